@@ -29,6 +29,8 @@ namespace Private {
     if (rows < 0 || cols < 0 || (cols > 0 && rows > kLargestInt / cols) || rows * cols >= kSampleElementLimit)
         throw MatrixAllocationException();
     try {
+        // Eigen frees the old storage first and would keep its address if the new one cannot be had.
+        if (rows * cols != matrix.size()) matrix.resize(0, 0);
         matrix.resize(rows, cols);
     } catch (const std::bad_alloc&) {
         throw MatrixAllocationException();
