@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+// Recordings in and out against a bare `from_chars` loop and a bare `to_chars` loop over the same bytes, all of them
+// through files in the page cache. An iteration is the whole table.
+#include "benchmarks/support/Pair.h"
+
+#include "host/recording/CsvReader.h"
+#include "host/recording/CsvWriter.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Quillmere::Host::CsvReader;
+using Quillmere::Host::CsvWriter;
+using Quillmere::Host::ResultFile;
+
+constexpr std::size_t kColumns = 10;
+constexpr std::size_t kRows = 20000;
+
+/// One table for all bodies, in memory and as a file.
+struct Table {
+    explicit Table(int digits) : values(kRows * kColumns) {
+        std::string name = (std::filesystem::temp_directory_path() / "quillmere-bench-XXXXXX").string();
+        if (::mkdtemp(name.data()) == nullptr) std::abort();
+        folder = name;
+        std::mt19937_64 random(1);
+        std::normal_distribution<double> noise;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] = i % kColumns == 0 ? 0.01 * static_cast<double>(i / kColumns) : noise(random);
+            if (digits > 0) values[i] = std::round(values[i] * std::pow(10, digits)) / std::pow(10, digits);
+        }
+        ResultFile file(path());
+        CsvWriter writer(file);
+        write(writer);
+        writer.flush();
+        file.complete();
+        std::ifstream in(path(), std::ios::binary);
+        text.assign(std::istreambuf_iterator<char>(in), {});
+        body = text.find('\n') + 1;
+    }
+    ~Table() { std::filesystem::remove_all(folder); }
+
+    std::string path() const { return (folder / "table.csv").string(); }
+
+    void write(CsvWriter& writer) const {
+        writer.writeHeader({"t", "a", "b", "c", "d", "e", "f", "g", "h", "i"});
+        for (std::size_t row = 0; row < kRows; ++row) {
+            for (std::size_t i = 0; i < kColumns; ++i)
+                writer.writeNumber(values[row * kColumns + i]);
+            writer.endRow();
+        }
+    }
+
+    std::vector<double> values;
+    std::filesystem::path folder;
+    std::string text;
+    std::size_t body;
+};
+
+/// Numbers as recordings have them, and numbers with all their digits as results have them.
+const Table& shortTable() {
+    static const Table table(4);
+    return table;
+}
+const Table& longTable() {
+    static const Table table(0);
+    return table;
+}
+
+void bareRead(benchmark::State& state, const Table& table) {
+    std::vector<double> row(kColumns);
+    std::string bytes(table.text.size(), '\0');
+    for (auto _ : state) {
+        // The bytes come from the file here too, so that both sides pay for the kernel's copy.
+        const int file = ::open(table.path().c_str(), O_RDONLY);
+        if (::read(file, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+            state.SkipWithError("the table cannot be read");
+        ::close(file);
+        const char* at = bytes.data() + table.body;
+        const char* const end = bytes.data() + bytes.size();
+        double sum = 0;
+        while (at != end) {
+            for (double& value : row)
+                at = std::from_chars(at, end, value).ptr + 1;
+            sum += std::accumulate(row.begin(), row.end(), 0.0);
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+}
+
+void read(benchmark::State& state, const Table& table) {
+    std::vector<double> row(kColumns);
+    std::vector<std::size_t> chosen(kColumns);
+    std::iota(chosen.begin(), chosen.end(), std::size_t{0});
+    for (auto _ : state) {
+        CsvReader reader(table.path());
+        reader.select(chosen);
+        double sum = 0;
+        while (reader.readRow(row.data()))
+            sum += std::accumulate(row.begin(), row.end(), 0.0);
+        benchmark::DoNotOptimize(sum);
+    }
+}
+
+void bareWrite(benchmark::State& state, const Table& table) {
+    std::vector<char> bytes(kRows * kColumns * 26);
+    const int file = ::open("/dev/null", O_WRONLY);
+    for (auto _ : state) {
+        char* at = bytes.data();
+        char* const end = at + bytes.size();
+        for (std::size_t row = 0; row < kRows; ++row) {
+            for (std::size_t i = 0; i < kColumns; ++i) {
+                at = std::to_chars(at, end, table.values[row * kColumns + i]).ptr;
+                *at++ = ',';
+            }
+            at[-1] = '\n';
+        }
+        if (::write(file, bytes.data(), static_cast<std::size_t>(at - bytes.data())) < 0)
+            state.SkipWithError("the table cannot be written");
+    }
+    ::close(file);
+}
+
+void write(benchmark::State& state, const Table& table) {
+    for (auto _ : state) {
+        ResultFile file("/dev/null");
+        CsvWriter writer(file);
+        table.write(writer);
+        writer.flush();
+    }
+}
+
+const Bench::Suite suite([] {
+    Bench::enter({.name = "read/short",
+                  .bare = [](benchmark::State& state) { bareRead(state, shortTable()); },
+                  .ours = [](benchmark::State& state) { read(state, shortTable()); },
+                  .goal = 1.4});
+    Bench::enter({.name = "read/long",
+                  .bare = [](benchmark::State& state) { bareRead(state, longTable()); },
+                  .ours = [](benchmark::State& state) { read(state, longTable()); },
+                  .goal = 1.4});
+    Bench::enter({.name = "write/short",
+                  .bare = [](benchmark::State& state) { bareWrite(state, shortTable()); },
+                  .ours = [](benchmark::State& state) { write(state, shortTable()); },
+                  .goal = 1.25});
+    Bench::enter({.name = "write/long",
+                  .bare = [](benchmark::State& state) { bareWrite(state, longTable()); },
+                  .ours = [](benchmark::State& state) { write(state, longTable()); },
+                  .goal = 1.25});
+});
+
+} // namespace

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace Quillmere::Host {
+
+/// A result on its way: written as `NAME.partial` beside its final name, and given that name by `complete` alone, so
+/// a file under the final name is always a whole one and what stood there before stays until then.
+///
+/// A symbolic link is followed: the file that it names is replaced, not the link. A device or a pipe is written
+/// straight, since it can't be renamed. Two runs can't write one result at a time: the second is refused.
+/// Failures are `RecordingException`s.
+class QUILLMERE_API ResultFile {
+public:
+    /// Opens `NAME.partial`, empty.
+    explicit ResultFile(const std::string& path);
+    /// Leaves `NAME.partial` where it is, unless `complete` or `discard` came before.
+    ~ResultFile();
+    ResultFile(const ResultFile&) = delete;
+    ResultFile& operator=(const ResultFile&) = delete;
+
+    void write(const char* bytes, std::size_t count);
+
+    /// Everything is written: gives the file its final name.
+    void complete();
+
+    /// Removes what was written, as if nothing had been.
+    void discard();
+
+    /// The final name, links followed.
+    const std::string& getPath() const { return path; }
+    /// Where the bytes are as long as the file isn't complete.
+    const std::string& getPartialPath() const { return partialPath; }
+
+    /// Makes the file at `replacement`, written by the caller, the partial file. Requires: nothing is written any more.
+    void replacePartial(const std::string& replacement);
+
+    /// What `path` comes to when links are followed and `.` and `..` are resolved; the file itself need not exist.
+    static std::string resolve(const std::string& path);
+
+private:
+    [[noreturn]] void fail(const std::string& what) const;
+    void close();
+
+    std::string path;
+    std::string partialPath;
+    bool isDirect = false; ///< A device or a pipe: nothing to rename.
+    int file = -1;
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/TableWriter.h"
+
+#include "host/recording/RecordingException.h"
+
+#include <algorithm>
+#include <fstream>
+
+namespace Quillmere::Host {
+
+namespace {
+using Core::MatrixXd;
+
+/// Copies `count` cells, each with the comma in front of it, and returns where the next ones begin.
+std::size_t copyCells(std::string& to, const std::string& row, std::size_t from, std::size_t count) {
+    std::size_t end = from;
+    for (std::size_t cell = 0; cell < count; ++cell)
+        end = std::min(row.find(',', end + 1), row.size());
+    to.append(row, from, end - from);
+    return end;
+}
+} // namespace
+
+TableWriter::TableWriter(const std::string& path, std::string name, std::vector<Group> list)
+    : file(path), writer(file), timeName(std::move(name)), groups(std::move(list)) {
+    Widths known{.firstRow = 0, .columns = {}};
+    for (const Group& group : groups)
+        known.columns.push_back(group.columns.size());
+    widths.push_back(std::move(known));
+}
+
+void TableWriter::writeRow(double time, const std::vector<const MatrixXd*>& samples) {
+    grow(samples);
+    if (!hasBegun) begin();
+    writer.writeNumber(time);
+    const std::vector<std::size_t>& columns = widths.back().columns;
+    for (std::size_t group = 0; group < groups.size(); ++group) {
+        const MatrixXd* sample = samples[group];
+        const std::size_t elements = sample == nullptr ? 0 : static_cast<std::size_t>(sample->size());
+        for (std::size_t i = 0; i < elements; ++i)
+            writer.writeNumber(sample->data()[i]);
+        for (std::size_t i = elements; i < columns[group]; ++i)
+            writer.writeEmpty();
+    }
+    writer.endRow();
+}
+
+/// Widens the groups whose samples have more elements than there are columns so far.
+void TableWriter::grow(const std::vector<const MatrixXd*>& samples) {
+    std::vector<std::size_t>* columns = &widths.back().columns;
+    for (std::size_t group = 0; group < groups.size(); ++group) {
+        if (samples[group] == nullptr) continue;
+        const auto elements = static_cast<std::size_t>(samples[group]->size());
+        if (!groups[group].columns.empty()) requireNamedWidth(group, elements);
+        if (elements <= (*columns)[group]) continue;
+        if (widths.back().firstRow != writer.getRows()) {
+            widths.push_back({.firstRow = writer.getRows(), .columns = *columns});
+            columns = &widths.back().columns;
+        }
+        (*columns)[group] = elements;
+    }
+}
+
+void TableWriter::requireNamedWidth(std::size_t group, std::size_t elements) const {
+    const std::size_t names = groups[group].columns.size();
+    if (elements == names) return;
+    throw RecordingException(file.getPath() + ": group '" + groups[group].name + "': found a sample of " +
+                             std::to_string(elements) + " elements; expected " + std::to_string(names) +
+                             ", as many as it has column names");
+}
+
+std::vector<std::string> TableWriter::header(const std::vector<std::size_t>& columns) const {
+    std::vector<std::string> names{timeName};
+    for (std::size_t group = 0; group < groups.size(); ++group)
+        for (std::size_t i = 0; i < columns[group]; ++i)
+            names.push_back(groups[group].columns.empty() ? groups[group].name + "[" + std::to_string(i) + "]"
+                                                          : groups[group].columns[i]);
+    return names;
+}
+
+void TableWriter::begin() {
+    writer.writeHeader(header(widths.back().columns));
+    hasBegun = true;
+}
+
+void TableWriter::complete() {
+    close();
+    file.complete();
+}
+
+void TableWriter::abandon() {
+    close();
+}
+
+void TableWriter::discard() {
+    file.discard();
+}
+
+void TableWriter::close() {
+    if (!hasBegun) begin();
+    writer.flush();
+    if (widths.size() > 1) widenEarlyRows();
+}
+
+/// Copies the table under the final header, with the cells added that a row's groups had not yet when it was written.
+void TableWriter::widenEarlyRows() {
+    const std::string widened = file.getPartialPath() + ".widened";
+    ResultFile to(widened);
+    try {
+        copyWidened(to);
+        to.complete();
+    } catch (...) {
+        to.discard();
+        throw;
+    }
+    file.replacePartial(widened);
+}
+
+void TableWriter::copyWidened(ResultFile& to) const {
+    constexpr std::size_t kEnough = std::size_t{1} << 18;
+    CsvWriter head(to);
+    head.writeHeader(header(widths.back().columns));
+    head.flush();
+
+    std::ifstream from(file.getPartialPath());
+    std::string row;
+    std::string wide;
+    std::getline(from, row); // the header of the first widths
+    std::size_t known = 0;
+    for (std::uint64_t index = 0; std::getline(from, row); ++index) {
+        while (known + 1 < widths.size() && widths[known + 1].firstRow <= index)
+            ++known;
+        std::size_t at = copyCells(wide, row, 0, 1);
+        for (std::size_t group = 0; group < groups.size(); ++group) {
+            const std::size_t has = widths[known].columns[group];
+            at = copyCells(wide, row, at, has);
+            wide.append(widths.back().columns[group] - has, ',');
+        }
+        wide += '\n';
+        if (wide.size() < kEnough) continue;
+        to.write(wide.data(), wide.size());
+        wide.clear();
+    }
+    if (!from.eof()) throw RecordingException(file.getPartialPath() + ": cannot be read again");
+    to.write(wide.data(), wide.size());
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "framework/transport/MatrixXd.h"
+#include "host/recording/CsvWriter.h"
+#include "host/recording/ResultFile.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// Writes samples of several groups as one CSV table: a time column, then for each group one column an element, named
+/// `group[0]`, `group[1]` and so on, or by names of its own. A group that has no sample in a row leaves its cells empty.
+///
+/// How wide a group is, is known when its first sample comes, which may be long after the first row. Rows are
+/// written at once all the same, in the widths known so far; when widths have grown in between, closing the table copies
+/// it once and fills in the cells that the early rows lack. Memory never holds more than a row.
+class QUILLMERE_API TableWriter {
+public:
+    struct Group {
+        std::string name;
+        std::vector<std::string> columns; ///< Names of its own, or empty.
+    };
+
+    /// Opens the result. Raises `RecordingException` when it can't be written.
+    TableWriter(const std::string& path, std::string timeName, std::vector<Group> groups);
+
+    /// Writes a row: `samples[i]` belongs to group i and may be null. Raises when a group with names of its own gets a
+    /// sample with another number of elements, and when the file can't be written.
+    void writeRow(double time, const std::vector<const Core::MatrixXd*>& samples);
+
+    /// Closes a table that is whole: it gets its final name.
+    void complete();
+    /// Closes a table that isn't: it stays under its partial name.
+    void abandon();
+    /// Closes a table that nobody wants: nothing stays.
+    void discard();
+
+    const std::string& getPath() const { return file.getPath(); }
+    const std::string& getPartialPath() const { return file.getPartialPath(); }
+    std::uint64_t getRows() const { return writer.getRows(); }
+
+private:
+    /// From one row on, how many columns each group has.
+    struct Widths {
+        std::uint64_t firstRow;
+        std::vector<std::size_t> columns;
+    };
+
+    void grow(const std::vector<const Core::MatrixXd*>& samples);
+    void requireNamedWidth(std::size_t group, std::size_t elements) const;
+    std::vector<std::string> header(const std::vector<std::size_t>& columns) const;
+    void begin();
+    void close();
+    void widenEarlyRows();
+    void copyWidened(ResultFile& to) const;
+
+    ResultFile file;
+    CsvWriter writer;
+    std::string timeName;
+    std::vector<Group> groups;
+    std::vector<Widths>
+        widths; ///< The last entry is in force; the first is the header's as long as it is the only one.
+    bool hasBegun = false;
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/CsvReader.h"
+
+#include "host/recording/RecordingException.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/support/Numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Quillmere::Host::CsvReader;
+using Quillmere::Host::RecordingException;
+using Support::agree;
+using Support::same;
+using Strings = std::vector<std::string>;
+using Rows = std::vector<std::vector<double>>;
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kUntouched = -77.0;
+
+Rows readAll(CsvReader& reader, const std::vector<std::size_t>& chosen) {
+    reader.select(chosen);
+    Rows rows;
+    std::vector<double> row(chosen.size(), kUntouched);
+    while (reader.readRow(row.data())) {
+        rows.push_back(row);
+        std::fill(row.begin(), row.end(), kUntouched);
+    }
+    return rows;
+}
+
+std::vector<std::size_t> all(const CsvReader& reader) {
+    std::vector<std::size_t> chosen;
+    for (std::size_t i = 0; i < reader.getColumns().size(); ++i)
+        chosen.push_back(i);
+    return chosen;
+}
+
+void expectRows(const Rows& got, const Rows& wanted, const std::string& name) {
+    ASSERT_EQ(got.size(), wanted.size()) << name;
+    for (std::size_t row = 0; row < got.size(); ++row) {
+        ASSERT_EQ(got[row].size(), wanted[row].size()) << name << " row " << row;
+        for (std::size_t i = 0; i < got[row].size(); ++i)
+            EXPECT_TRUE(agree(got[row][i], wanted[row][i], same)) << name << " row " << row << " value " << i;
+    }
+}
+
+struct TextRow {
+    std::string name;
+    std::string text;
+    Strings columns;
+    Rows rows;
+};
+
+const TextRow kTexts[] = {
+    {.name = "plain",
+     .text = "t,x\n0,1\n0.5,-2.5e3\n",
+     .columns = {"t", "x"},
+     .rows = {{0, 1}, {0.5, -2500}}},
+    {.name = "header alone", .text = "t,x\n", .columns = {"t", "x"}, .rows = {}},
+    {.name = "header without a line end", .text = "t,x", .columns = {"t", "x"}, .rows = {}},
+    {.name = "last row without a line end", .text = "t,x\n1,2", .columns = {"t", "x"}, .rows = {{1, 2}}},
+    {.name = "CRLF", .text = "t,x\r\n1,2\r\n3,4\r\n", .columns = {"t", "x"}, .rows = {{1, 2}, {3, 4}}},
+    {.name = "byte order mark", .text = "\xEF\xBB\xBFt,x\n1,2\n", .columns = {"t", "x"}, .rows = {{1, 2}}},
+    {.name = "comments first", .text = "# made up\n#\nt,x\n1,2\n", .columns = {"t", "x"}, .rows = {{1, 2}}},
+    {.name = "blank lines",
+     .text = "\nt,x\n\n1,2\n\n\n3,4\n\n",
+     .columns = {"t", "x"},
+     .rows = {{1, 2}, {3, 4}}},
+    {.name = "blanks around", .text = " t ,\tx\n 1 , 2\t\n", .columns = {"t", "x"}, .rows = {{1, 2}}},
+    {.name = "quotes",
+     .text = "\"a,b\",\"say \"\"x\"\"\"\n\"1\",\" 2\"\n",
+     .columns = {"a,b", "say \"x\""},
+     .rows = {{1, 2}}},
+    {.name = "plus sign", .text = "t\n+1.5\n", .columns = {"t"}, .rows = {{1.5}}},
+    {.name = "leading zeros", .text = "t\n010\n-00.5\n", .columns = {"t"}, .rows = {{10}, {-0.5}}},
+    {.name = "minus zero", .text = "t\n-0\n", .columns = {"t"}, .rows = {{-0.0}}},
+    {.name = "not a number and infinities",
+     .text = "t\nnan\nNaN\n-inf\nInfinity\n",
+     .columns = {"t"},
+     .rows = {{kNan}, {kNan}, {-kInfinity}, {kInfinity}}},
+    {.name = "the smallest and the largest",
+     .text = "t\n5e-324\n-1.7976931348623157e308\n",
+     .columns = {"t"},
+     .rows = {{std::numeric_limits<double>::denorm_min()}, {std::numeric_limits<double>::lowest()}}},
+    {.name = "one column, a blank line is an empty cell",
+     .text = "x\n1\n\n2\n",
+     .columns = {"x"},
+     .rows = {{1}, {kUntouched}, {2}}},
+};
+
+TEST(CsvReader, ReadsWhatTablesLookLike) {
+    const Support::TemporaryFolder folder;
+    for (const TextRow& row : kTexts) {
+        CsvReader reader(folder.write("in.csv", row.text));
+        EXPECT_EQ(reader.getColumns(), row.columns) << row.name;
+        expectRows(readAll(reader, all(reader)), row.rows, row.name);
+    }
+}
+
+TEST(CsvReader, GivesTheChosenColumnsInTheChosenOrder) {
+    const Support::TemporaryFolder folder;
+    CsvReader reader(folder.write("in.csv", "t,note,x,y\n1,what,3,4\n5,\"a, b\",7,8\n"));
+    expectRows(readAll(reader, {3, 0}), {{4, 1}, {8, 5}}, "y, t");
+}
+
+TEST(CsvReader, TellsWhichCellsWereEmpty) {
+    const Support::TemporaryFolder folder;
+    CsvReader reader(folder.write("in.csv", "t,x,y\n1,,3\n2, ,\"\"\n4,5,6\n"));
+    reader.select({0, 1, 2});
+    double row[3] = {};
+    ASSERT_TRUE(reader.readRow(row));
+    EXPECT_TRUE(reader.getHasEmptyCells());
+    EXPECT_FALSE(reader.getIsEmpty(0));
+    EXPECT_TRUE(reader.getIsEmpty(1));
+    EXPECT_FALSE(reader.getIsEmpty(2));
+    ASSERT_TRUE(reader.readRow(row));
+    EXPECT_TRUE(reader.getIsEmpty(1));
+    ASSERT_TRUE(reader.readRow(row));
+    EXPECT_FALSE(reader.getHasEmptyCells());
+    EXPECT_FALSE(reader.getIsEmpty(1));
+    EXPECT_FALSE(reader.readRow(row));
+    EXPECT_FALSE(reader.readRow(row)) << "the end is the end";
+}
+
+TEST(CsvReader, RowsAcrossThePiecesInMemoryComeWhole) {
+    const Support::TemporaryFolder folder;
+    std::string text = "t,x\n";
+    Rows wanted;
+    for (int i = 0; i < 60000; ++i) { // about 1 MB, four pieces
+        text += std::to_string(i) + "," + std::to_string(i) + ".25\n";
+        wanted.push_back({static_cast<double>(i), i + 0.25});
+    }
+    CsvReader reader(folder.write("in.csv", text));
+    expectRows(readAll(reader, {0, 1}), wanted, "long");
+    EXPECT_EQ(reader.getLine(), 60001u);
+    EXPECT_EQ(reader.getBytesRead(), text.size());
+    EXPECT_EQ(reader.getSize(), text.size());
+}
+
+TEST(CsvReader, ARowLongerThanAPieceIsRead) {
+    const Support::TemporaryFolder folder;
+    std::string header = "t";
+    std::string row = "1";
+    for (int i = 0; i < 100000; ++i) {
+        header += ",x" + std::to_string(i);
+        row += ",0.125";
+    }
+    CsvReader reader(folder.write("in.csv", header + "\n" + row + "\n" + row));
+    ASSERT_EQ(reader.getColumns().size(), 100001u);
+    expectRows(readAll(reader, {0, 100000}), {{1, 0.125}, {1, 0.125}}, "wide");
+}
+
+struct RefusalRow {
+    std::string name;
+    std::string text;
+    std::string complaint; ///< Behind the path.
+};
+
+const RefusalRow kRefusals[] = {
+    {.name = "a word",
+     .text = "t,x\n1,2\n3,abc\n",
+     .complaint = ":3: column 'x': found \"abc\"; expected a number"},
+    {.name = "a number and more",
+     .text = "t,x\n1,2m\n",
+     .complaint = ":2: column 'x': found \"2m\"; expected a number"},
+    {.name = "hexadecimal",
+     .text = "t,x\n0x10,2\n",
+     .complaint = ":2: column 't': found \"0x10\"; expected a number"},
+    {.name = "two signs",
+     .text = "t,x\n+-1,2\n",
+     .complaint = ":2: column 't': found \"+-1\"; expected a number"},
+    {.name = "quoted word",
+     .text = "t,x\n1,\"no\"\n",
+     .complaint = ":2: column 'x': found \"no\"; expected a number"},
+    {.name = "decimal comma in quotes",
+     .text = "t,x\n1,\"2,5\"\n",
+     .complaint = ":2: column 'x': found \"2,5\"; expected a number"},
+    {.name = "too large",
+     .text = "t,x\n1e999,2\n",
+     .complaint = ":2: column 't': found \"1e999\"; expected a number that a 64-bit float can hold"},
+    {.name = "short row",
+     .text = "t,x,y\n1,2,3\n4,5\n",
+     .complaint =
+         ":3: column 'y': found a row that ends before it, \"4,5\"; expected 3 cells, as the header has"},
+    {.name = "long row",
+     .text = "t,x\n1,2,3\n",
+     .complaint =
+         ":2: column 'x': found more cells behind it in \"1,2,3\"; expected 2 cells, as the header has"},
+    {.name = "after a comment and a blank line",
+     .text = "# c\nt,x\n\n1,-\n",
+     .complaint = ":4: column 'x': found \"-\"; expected a number"},
+    {.name = "empty file", .text = "", .complaint = ": found no header row; expected a row of column names"},
+    {.name = "comments alone",
+     .text = "# c\n",
+     .complaint = ": found no header row; expected a row of column names"},
+};
+
+TEST(CsvReader, ComplaintsSayWhereAndWhat) {
+    const Support::TemporaryFolder folder;
+    for (const RefusalRow& row : kRefusals) {
+        const std::string path = folder.write("in.csv", row.text);
+        try {
+            CsvReader reader(path);
+            readAll(reader, all(reader));
+            ADD_FAILURE() << row.name << ": nothing was refused";
+        } catch (const RecordingException& exception) {
+            EXPECT_EQ(exception.what(), path + row.complaint) << row.name;
+        }
+    }
+}
+
+TEST(CsvReader, AMissingFileIsNamed) {
+    const Support::TemporaryFolder folder;
+    try {
+        CsvReader reader(folder.path("nowhere.csv"));
+        FAIL();
+    } catch (const RecordingException& exception) {
+        EXPECT_EQ(exception.what(),
+                  folder.path("nowhere.csv") + ": cannot be opened: No such file or directory");
+    }
+}
+
+TEST(CsvReader, ABadCellInAColumnThatNobodyReadsIsNoFault) {
+    const Support::TemporaryFolder folder;
+    CsvReader reader(folder.write("in.csv", "t,x\n1,abc\n"));
+    expectRows(readAll(reader, {0}), {{1}}, "t");
+}
+
+} // namespace

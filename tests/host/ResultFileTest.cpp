@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/ResultFile.h"
+
+#include "host/recording/RecordingException.h"
+#include "tests/host/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+namespace {
+
+using Quillmere::Host::RecordingException;
+using Quillmere::Host::ResultFile;
+using Support::TemporaryFolder;
+
+std::string refusal(const std::string& path) {
+    try {
+        ResultFile file(path);
+    } catch (const RecordingException& exception) {
+        return exception.what();
+    }
+    return "";
+}
+
+TEST(ResultFile, HasItsFinalNameOnlyWhenComplete) {
+    const TemporaryFolder folder;
+    folder.write("out.csv", "what a user had");
+    {
+        ResultFile file(folder.path("out.csv"));
+        file.write("new", 3);
+        EXPECT_EQ(folder.read("out.csv"), "what a user had");
+        EXPECT_EQ(folder.read("out.csv.partial"), "new");
+        file.complete();
+    }
+    EXPECT_EQ(folder.read("out.csv"), "new");
+    EXPECT_EQ(folder.count(), 1);
+}
+
+TEST(ResultFile, LeavesThePartialFileWhenItIsGivenUp) {
+    const TemporaryFolder folder;
+    folder.write("out.csv", "what a user had");
+    { ResultFile(folder.path("out.csv")).write("half", 4); }
+    EXPECT_EQ(folder.read("out.csv"), "what a user had");
+    EXPECT_EQ(folder.read("out.csv.partial"), "half");
+}
+
+TEST(ResultFile, DiscardLeavesNothing) {
+    const TemporaryFolder folder;
+    ResultFile file(folder.path("out.csv"));
+    file.write("half", 4);
+    file.discard();
+    EXPECT_EQ(folder.count(), 0);
+}
+
+TEST(ResultFile, StartsEmptyOverAnEarlierPartialFile) {
+    const TemporaryFolder folder;
+    folder.write("out.csv.partial", "from a run that failed");
+    ResultFile file(folder.path("out.csv"));
+    file.write("x", 1);
+    file.complete();
+    EXPECT_EQ(folder.read("out.csv"), "x");
+}
+
+TEST(ResultFile, FollowsALinkAndKeepsIt) {
+    const TemporaryFolder folder;
+    folder.write("real.csv", "old");
+    std::filesystem::create_symlink("real.csv", folder.path("link.csv"));
+    ResultFile file(folder.path("link.csv"));
+    file.write("new", 3);
+    file.complete();
+    EXPECT_EQ(folder.read("real.csv"), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link.csv")));
+    EXPECT_EQ(folder.count(), 2);
+}
+
+TEST(ResultFile, FollowsALinkToAFileThatIsNotThereYet) {
+    const TemporaryFolder folder;
+    std::filesystem::create_symlink("real.csv", folder.path("link.csv"));
+    ResultFile file(folder.path("link.csv"));
+    EXPECT_EQ(file.getPath(), folder.path("real.csv"));
+    file.complete();
+    EXPECT_TRUE(folder.has("real.csv"));
+}
+
+TEST(ResultFile, WritesADeviceStraight) {
+    ResultFile file("/dev/null");
+    file.write("x", 1);
+    file.complete();
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    EXPECT_FALSE(std::filesystem::exists("/dev/null.partial"));
+}
+
+TEST(ResultFile, RefusesASecondWriterWithoutHarmToTheFirst) {
+    const TemporaryFolder folder;
+    ResultFile first(folder.path("out.csv"));
+    first.write("abc", 3);
+    EXPECT_EQ(refusal(folder.path("out.csv")),
+              folder.path("out.csv.partial") + ": another run is writing this result");
+    EXPECT_EQ(folder.read("out.csv.partial"), "abc");
+}
+
+TEST(ResultFile, RefusesWhatCannotBeWritten) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(refusal(folder.path(".")),
+              folder.path(".") + ": found a directory; expected the name of a file to write");
+    EXPECT_EQ(refusal(folder.path("no/such/out.csv")),
+              folder.path("no/such/out.csv.partial") + ": cannot be written: No such file or directory");
+}
+
+TEST(ResultFile, AFullDiskIsAFailure) {
+    ResultFile file("/dev/full");
+    try {
+        file.write("x", 1);
+        FAIL();
+    } catch (const RecordingException& exception) {
+        EXPECT_STREQ(exception.what(), "/dev/full: cannot be written: No space left on device");
+    }
+}
+
+} // namespace
