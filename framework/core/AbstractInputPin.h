@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Pin.h"
+
+#include <cstdint>
+
+namespace Quillmere::Core {
+
+class AbstractOutputPin;
+
+/// The receiving end of a link, whatever it carries.
+class QUILLMERE_API AbstractInputPin : public virtual Pin {
+public:
+    /// Registers the pin with `pinManager`, which is not owned and may be null. A new pin is blocking and keeps one
+    /// sample.
+    AbstractInputPin(const std::string& name, PinManager* const pinManager);
+    ~AbstractInputPin() override;
+
+    /// The link's other end, null when unconnected. [any]
+    virtual AbstractOutputPin* getConnectedOutput() const = 0;
+    /// Forgets what waits, the last time stamp included. [any, guarded]
+    virtual void clear() = 0;
+    /// Chooses the buffer strategy anew; what waits is lost. Requires: the pin's gate is held. [any, guarded]
+    virtual void rebuildStrategy() = 0;
+    /// The output pin's word on a link made (`output`) or taken down (null).
+    /// Requires: the gates of both ends are held. [any, guarded]
+    virtual void setConnectedOutput(AbstractOutputPin* output, bool synchronous) = 0;
+
+    /// Whether the link runs in the sender's thread. [any]
+    bool getIsSynchronous() const { return isSynchronous; }
+    /// Whether the reader may sleep on this pin. [any]
+    bool getIsBlocking() const { return isBlocking; }
+    /// Requires: no link exists; blocks call it in their constructors. [setup]
+    void setIsBlocking(bool flag) { isBlocking = flag; }
+
+    std::uint32_t getBufferCapacity() const { return bufferCapacity; }
+    bool getIsLifo() const { return isLifo; }
+    /// How many samples the link keeps. Raises `Poco::InvalidArgumentException` for 0. What waits is lost.
+    /// [any, guarded]
+    void setBufferCapacity(std::uint32_t capacity);
+    /// Whether a buffer of more than one sample hands out the newest first. What waits is lost. [any, guarded]
+    void setIsLifo(bool flag);
+
+protected:
+    std::uint32_t bufferCapacity = 1;
+    bool isLifo = false;
+    bool isSynchronous = true;
+    bool isBlocking = true;
+};
+
+} // namespace Quillmere::Core

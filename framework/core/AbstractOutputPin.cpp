@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#include "framework/core/AbstractOutputPin.h"
+
+#include "framework/core/FlowManager.h"
+
+#include <algorithm>
+
+namespace Quillmere::Core {
+
+AbstractOutputPin::AbstractOutputPin(const std::string& name, PinManager* const pinManager) : Pin(name, pinManager) {
+    if (pinManager != nullptr) pinManager->outputs.push_back(this);
+}
+
+AbstractOutputPin::~AbstractOutputPin() {
+    if (getManager() != nullptr) std::erase(getManager()->outputs, this);
+}
+
+void AbstractOutputPin::notifyAttached(AbstractInputPin& input, bool& isSynchronous) {
+    if (LinkListener* const listener = FlowManager::instance().getLinkListener())
+        listener->linkAttached(*this, input, isSynchronous);
+}
+
+void AbstractOutputPin::notifyDetached(AbstractInputPin& input) {
+    if (LinkListener* const listener = FlowManager::instance().getLinkListener())
+        listener->linkDetached(*this, input);
+}
+
+} // namespace Quillmere::Core

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Filter.h"
+#include "framework/core/Synchronizer.h"
+
+#include <vector>
+
+namespace Quillmere::Core {
+
+/// Blocks that run in one thread, and the gate between that thread and all others. Blocks are not owned.
+class QUILLMERE_API LayoutManager : public NamedObject {
+public:
+    explicit LayoutManager(const std::string& name);
+    /// Lets go of the blocks that are left. Requires: no loop runs, and nobody holds or wants the gate.
+    ~LayoutManager();
+
+    /// Appends the block, taking it out of the layout that held it; its links choose their strategies anew, and what
+    /// was in flight on them is lost. [any, guarded]
+    void add(Filter& filter);
+    /// Lets go of the block, its links as in `add`; one of another layout is passed over. [any, guarded]
+    void remove(Filter& filter);
+
+    /// In the order in which they run. Requires: the gate is held, or nobody changes the layout. [any, guarded]
+    const std::vector<Filter*>& getFilters() const { return filters; }
+    /// [any]
+    Synchronizer& getSynchronizer() { return synchronizer; }
+
+    /// One pass: each block's `process` once, in order, under the gate, which is given up between two blocks when
+    /// somebody wants it. What a block raises ends the pass and goes to the caller. [run]
+    void runStep();
+
+private:
+    void place(Filter& filter, LayoutManager* destination);
+    void forget(Filter& filter);
+
+    Synchronizer synchronizer;
+    std::vector<Filter*> filters; ///< changed under the gate
+    std::size_t nextFilter = 0;   ///< where the pass stands, so that a block removed meanwhile skips no other
+};
+
+} // namespace Quillmere::Core

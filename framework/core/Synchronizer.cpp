@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include "framework/core/Synchronizer.h"
+
+#include <functional>
+
+#include <Poco/ScopedUnlock.h>
+
+namespace Quillmere::Core {
+
+namespace Private {
+constinit thread_local char threadMark = 0;
+} // namespace Private
+
+void Synchronizer::wait(Poco::FastMutex& mutex, Poco::Event& event) {
+    Sleeper self{event};
+    {
+        const std::lock_guard lock(state);
+        if (isShutDown || guards > 0) return;
+        // Who set it last meant a sleeper that is gone.
+        event.reset();
+        sleepers.push_back(&self);
+        ++sleeperCount;
+    }
+    {
+        const Poco::ScopedUnlock<Poco::FastMutex> unlocked(mutex);
+        event.wait();
+    }
+    const std::lock_guard lock(state);
+    std::erase(sleepers, &self);
+    --sleeperCount;
+}
+
+void Synchronizer::signal(Poco::Event& event) {
+    // A sleeper on this event has registered under the mutex that the caller holds, so a zero here is no race.
+    if (sleeperCount.load(std::memory_order_relaxed) == 0) return;
+    const std::lock_guard lock(state);
+    for (Sleeper* const sleeper : sleepers)
+        if (&sleeper->event == &event) event.set();
+}
+
+void Synchronizer::shutDown() {
+    const std::lock_guard lock(state);
+    isShutDown = true;
+    for (Sleeper* const sleeper : sleepers)
+        sleeper->event.set();
+}
+
+void Synchronizer::announceGuard() {
+    const std::lock_guard lock(state);
+    ++guards;
+    for (Sleeper* const sleeper : sleepers)
+        sleeper->event.set();
+}
+
+void Synchronizer::enterAsGuard() {
+    std::unique_lock lock(state);
+    guardsMayEnter.wait(lock, [this] { return owner == nullptr && !isStepsTurn; });
+    owner = &Private::threadMark;
+    depth = 1;
+    isHeldByGuard = true;
+}
+
+void Synchronizer::enterAsStep() {
+    std::unique_lock lock(state);
+    if (stepsWaiting++ == 0) guardsBeforeStep = guards;
+    stepsMayEnter.wait(lock, [this] { return owner == nullptr && (guards == 0 || isStepsTurn); });
+    owner = &Private::threadMark;
+    depth = 1;
+    isStepsTurn = false;
+    if (--stepsWaiting > 0) guardsBeforeStep = guards;
+}
+
+void Synchronizer::open() {
+    const std::lock_guard lock(state);
+    owner = nullptr;
+    if (isHeldByGuard) {
+        isHeldByGuard = false;
+        --guards;
+        if (stepsWaiting > 0 && (guardsBeforeStep == 0 || --guardsBeforeStep == 0)) isStepsTurn = true;
+    }
+    if (isStepsTurn || guards == 0) {
+        if (stepsWaiting > 0) stepsMayEnter.notify_one();
+    } else {
+        guardsMayEnter.notify_all();
+    }
+}
+
+void Synchronizer::giveWay() {
+    // Inside a guard of this thread, or inside another step, the gate is not this step's to give.
+    if (depth > 1) return;
+    open();
+    enterAsStep();
+}
+
+void Synchronizer::DisablerLocker::enter() {
+    Synchronizer* const low = std::less<>()(b, a) ? b : a;
+    Synchronizer* const high = low == a ? b : a;
+    const bool entersLow = low != nullptr && !low->passAgain();
+    const bool entersHigh = high != nullptr && high != low && !high->passAgain();
+    if (entersLow) low->announceGuard();
+    if (entersHigh) high->announceGuard();
+    if (entersLow) low->enterAsGuard();
+    if (entersHigh) high->enterAsGuard();
+    if (high == low) high->passAgain();
+}
+
+} // namespace Quillmere::Core

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+#include <Poco/Event.h>
+#include <Poco/Mutex.h>
+
+namespace Quillmere::Core {
+
+namespace Private {
+/// Its address tells the threads apart. Initial-exec, so that taking the address costs one instruction.
+extern QUILLMERE_API constinit thread_local char threadMark __attribute__((tls_model("initial-exec")));
+} // namespace Private
+
+/// The gate between a layout's run thread and all other threads.
+///
+/// Two kinds of holders take turns. The run loop holds the gate over one pass of its layout (`StepLocker`) and gives
+/// way between two blocks. Everybody else who touches a block's settings or links holds it as a guard
+/// (`DisablerLocker`): guards that are announced go before a step that comes, and guards that come after a waiting
+/// step let it do one block first, so neither side starves.
+///
+/// A thread that holds the gate passes it again at the cost of a compare and a count, whichever way it took it.
+/// Requires: a thread that is inside a step guards no gate of another layout, whose step might guard this one.
+class QUILLMERE_API Synchronizer {
+public:
+    class DisablerLocker;
+    class StepLocker;
+    template <class Subject> class SubjectLocker;
+
+    Synchronizer() = default;
+    /// Requires: nobody holds the gate, wants it or sleeps in it.
+    ~Synchronizer() = default;
+    Synchronizer(const Synchronizer&) = delete;
+    Synchronizer& operator=(const Synchronizer&) = delete;
+
+    /// Sleeps until `event` is signalled; `mutex` is released meanwhile. Returns at once when a guard holds or wants
+    /// the gate or the gate is shut down, and is woken by either. Always returns with `mutex` locked, and may return
+    /// with nothing new: the caller tests again. A step that sleeps keeps the gate: who wants it wakes the step, and
+    /// gets the gate when the step has ended.
+    /// Requires: `mutex` is locked by this thread. [run]
+    void wait(Poco::FastMutex& mutex, Poco::Event& event);
+
+    /// Wakes who sleeps on `event`; nothing is kept for those who come later.
+    /// Requires: the mutex that goes with `event` is locked by this thread. [any]
+    void signal(Poco::Event& event);
+
+    /// Wakes all sleepers, for good: from now on `wait` returns at once. Steps and guards work as before. [any]
+    void shutDown();
+
+    /// [any]
+    bool getIsShutDown() const { return isShutDown.load(std::memory_order_relaxed); }
+
+    /// Whether a guard holds the gate or wants it: the run loop's question between two blocks. [any]
+    bool getIsWanted() const { return guards.load(std::memory_order_relaxed) != 0; }
+
+private:
+    bool getIsOwn() const { return owner.load(std::memory_order_relaxed) == &Private::threadMark; }
+    /// Takes the gate once more if this thread has it.
+    bool passAgain() {
+        if (!getIsOwn()) return false;
+        ++depth;
+        return true;
+    }
+    /// Gives back what `passAgain`, `enterAsGuard` or `enterAsStep` took.
+    void leave() {
+        if (--depth == 0) open();
+    }
+    void announceGuard();
+    void enterAsGuard();
+    void enterAsStep();
+    void open();
+    void giveWay();
+
+    struct Sleeper {
+        Poco::Event& event;
+    };
+
+    std::atomic<const char*> owner{nullptr}; ///< thread mark of the holder; written under `state`
+    unsigned depth = 0;                       ///< how often the holder holds it; the holder's own
+    bool isHeldByGuard = false;               ///< the holder's own
+    std::atomic<unsigned> guards{0};          ///< guards that hold or want the gate; written under `state`
+    std::atomic<unsigned> sleeperCount{0};    ///< size of `sleepers`; written under `state`
+    std::atomic<bool> isShutDown{false};      ///< written under `state`
+
+    std::mutex state; ///< innermost lock: nothing else is taken under it but an event's own
+    std::condition_variable stepsMayEnter;
+    std::condition_variable guardsMayEnter;
+    unsigned stepsWaiting = 0;
+    unsigned guardsBeforeStep = 0; ///< guards that were there when the waiting step came and haven't gone yet
+    bool isStepsTurn = false;      ///< the waiting step goes next, whatever guards came meanwhile
+    std::vector<Sleeper*> sleepers;
+};
+
+/// Holds one gate or two as a guard for its lifetime: no step of their layouts is under way, and a reader that slept
+/// in `wait` has been woken and has ended its step. Null gates are passed over. Guards of one thread nest. [any]
+class QUILLMERE_API Synchronizer::DisablerLocker {
+public:
+    /// Announces itself on both gates, then takes them in the order of their addresses.
+    DisablerLocker(Synchronizer* const first, Synchronizer* const second) : a(first), b(second) {
+        if (b == nullptr && (a == nullptr || a->passAgain())) return;
+        enter();
+    }
+    ~DisablerLocker() {
+        if (a != nullptr) a->leave();
+        if (b != nullptr) b->leave();
+    }
+    DisablerLocker(const DisablerLocker&) = delete;
+    DisablerLocker& operator=(const DisablerLocker&) = delete;
+
+private:
+    void enter();
+
+    Synchronizer* const a;
+    Synchronizer* const b;
+};
+
+/// Holds the gate over one pass of a layout. [run]
+class QUILLMERE_API Synchronizer::StepLocker {
+public:
+    explicit StepLocker(Synchronizer& synchronizer) : gate(synchronizer) {
+        if (!gate.passAgain()) gate.enterAsStep();
+    }
+    ~StepLocker() { gate.leave(); }
+    StepLocker(const StepLocker&) = delete;
+    StepLocker& operator=(const StepLocker&) = delete;
+
+    /// The safe point between two blocks: lets the guards through that want the gate.
+    void giveWayIfWanted() {
+        if (gate.getIsWanted()) gate.giveWay();
+    }
+
+private:
+    Synchronizer& gate;
+};
+
+/// A `DisablerLocker` over the gate of a subject (a setting, a pin) that another thread may move to another layout
+/// meanwhile: the gate that is held in the end is the one that the subject has. [any]
+template <class Subject> class Synchronizer::SubjectLocker {
+public:
+    explicit SubjectLocker(Subject& subject) : gate(subject.getSynchronizer()) {
+        // A holder's subject can't move away, since moving it takes the gate: no second look is needed.
+        if (gate != nullptr && !gate->passAgain()) enter(subject);
+    }
+    ~SubjectLocker() {
+        if (gate != nullptr) gate->leave();
+    }
+    SubjectLocker(const SubjectLocker&) = delete;
+    SubjectLocker& operator=(const SubjectLocker&) = delete;
+
+private:
+    [[gnu::noinline]] void enter(Subject& subject) {
+        for (;;) {
+            gate->announceGuard();
+            gate->enterAsGuard();
+            Synchronizer* const current = subject.getSynchronizer();
+            if (current == gate) return;
+            gate->leave();
+            gate = current;
+            if (gate == nullptr || gate->passAgain()) return;
+        }
+    }
+
+    Synchronizer* gate;
+};
+
+} // namespace Quillmere::Core

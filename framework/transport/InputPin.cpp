@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include "framework/transport/InputPin.h"
+
+#include "framework/core/LayoutManager.h"
+
+namespace Quillmere::Core {
+
+template <class T> void InputPin<T>::clear() {
+    pendingSample = nullptr;
+    lastTimeStamp = 0.0;
+    strategy->clear();
+}
+
+template <class T> void InputPin<T>::setConnectedOutput(AbstractOutputPin* output, bool synchronous) {
+    this->connectedOutput = output;
+    this->isSynchronous = synchronous;
+    rebuildStrategy();
+}
+
+template <class T> void InputPin<T>::rebuildStrategy() {
+    pendingSample = nullptr; // it may lie in the strategy that goes now
+    strategy = nullptr;
+    strategy = makeStrategy();
+    clear();
+}
+
+template <class T> typename InputPin<T>::Kind InputPin<T>::chooseKind() const {
+    if (this->connectedOutput == nullptr) return Kind::Simple;
+    const LayoutManager* const out = layoutOf(*this->connectedOutput);
+    const LayoutManager* const in = layoutOf(*this);
+    if (in == out) {
+        if (in != nullptr || this->isSynchronous) return Kind::Simple;
+        return Kind::ThreadSafe;
+    }
+    if (in != nullptr && this->isBlocking && this->getSynchronizer() != nullptr) return Kind::Synchronized;
+    return Kind::ThreadSafe;
+}
+
+template <class T>
+std::unique_ptr<AbstractBufferStrategy<TimeStampedData<T>>> InputPin<T>::makeStrategy() const {
+    using S = TimeStampedData<T>;
+    const std::uint32_t capacity = this->bufferCapacity;
+    const bool isSingle = capacity == 1;
+    switch (chooseKind()) {
+    case Kind::Simple:
+        if (isSingle) return std::make_unique<SimpleBufferStrategy<S, SingleValuePtrBuffer>>(capacity);
+        if (this->isLifo) return std::make_unique<SimpleBufferStrategy<S, LifoBuffer>>(capacity);
+        return std::make_unique<SimpleBufferStrategy<S, FifoBuffer>>(capacity);
+    case Kind::ThreadSafe:
+        if (isSingle) return std::make_unique<ThreadSafeBufferStrategy<S, SingleValueBuffer>>(capacity);
+        if (this->isLifo) return std::make_unique<ThreadSafeBufferStrategy<S, LifoBuffer>>(capacity);
+        return std::make_unique<ThreadSafeBufferStrategy<S, FifoBuffer>>(capacity);
+    case Kind::Synchronized: break;
+    }
+    Synchronizer* const gate = this->getSynchronizer();
+    if (isSingle) return std::make_unique<SynchronizedBufferStrategy<S, SingleValueBuffer>>(capacity, gate);
+    if (this->isLifo) return std::make_unique<SynchronizedBufferStrategy<S, LifoBuffer>>(capacity, gate);
+    return std::make_unique<SynchronizedBufferStrategy<S, FifoBuffer>>(capacity, gate);
+}
+
+template class InputPinBase<MatrixXd>;
+template class InputPin<MatrixXd>;
+
+} // namespace Quillmere::Core

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/AbstractInputPin.h"
+#include "framework/core/AbstractOutputPin.h"
+#include "framework/core/Synchronizer.h"
+#include "framework/transport/BufferStrategies.h"
+#include "framework/transport/TimeStampedData.h"
+
+#include <cassert>
+#include <memory>
+#include <string>
+#include <typeinfo>
+
+namespace Quillmere::Core {
+
+/// The one text by which both ends of a link know what it carries. [any]
+template <class T> const std::string& dataTypeName() {
+    static const std::string name = typeid(T).name();
+    return name;
+}
+
+/// What an output pin needs of an input pin that carries `T`.
+template <class T> class QUILLMERE_API InputPinBase : public AbstractInputPin {
+public:
+    InputPinBase(const std::string& name, PinManager* const manager) : Pin(name, manager), AbstractInputPin(name, manager) {}
+    ~InputPinBase() override { InputPinBase::detachAll(); }
+
+    AbstractOutputPin* getConnectedOutput() const final { return connectedOutput; }
+    /// The sender's call: only the buffer strategy is touched. [run of the sender]
+    virtual void receive(const TimeStampedData<T>& sample) = 0;
+
+    void detachAll() override {
+        if (connectedOutput != nullptr) connectedOutput->detach(*this, false);
+    }
+    void detachSynchronous() override {
+        if (connectedOutput != nullptr) connectedOutput->detach(*this, true);
+    }
+    bool isAttached() const override { return connectedOutput != nullptr; }
+    const std::string& getDataTypeName() const override { return dataTypeName<T>(); }
+
+protected:
+    AbstractOutputPin* connectedOutput = nullptr; ///< not owned; changed with the gates of both ends held
+};
+
+/// The receiving end of a link. Owns the buffer strategy, chooses its kind by how the link crosses threads, and hands
+/// out samples in three steps: `hasData`, `take`, `getTimeStamp`.
+template <class T> class QUILLMERE_API InputPin final : public InputPinBase<T> {
+public:
+    /// `manager` is not owned and may be null.
+    InputPin(const std::string& name, PinManager* const manager) : Pin(name, manager), InputPinBase<T>(name, manager) {
+        rebuildStrategy();
+    }
+    ~InputPin() override { InputPinBase<T>::detachAll(); }
+
+    /// Whether a sample waits; fetches one if none does. A blocking pin whose sender is in another layout sleeps here
+    /// until a sample comes or somebody wants the gate. When false, the step ends: nothing is sent, no state changes.
+    /// [run]
+    bool hasData() {
+        if (pendingSample == nullptr) strategy->read(pendingSample);
+        return pendingSample != nullptr;
+    }
+    /// Uses the waiting sample up. What is returned is read in place and stays valid until the next `hasData`.
+    /// Requires: `hasData()` has just been true. [run]
+    const T& take() {
+        assert(pendingSample != nullptr);
+        const TimeStampedData<T>* const sample = pendingSample;
+        lastTimeStamp = sample->timeStamp;
+        pendingSample = nullptr;
+        return sample->value;
+    }
+    /// Seconds: of the sample that waits, else of the one taken last; 0.0 after `clear`. [run]
+    double getTimeStamp() const { return pendingSample != nullptr ? pendingSample->timeStamp : lastTimeStamp; }
+
+    void clear() override;
+    void rebuildStrategy() override;
+    void setConnectedOutput(AbstractOutputPin* output, bool synchronous) override;
+    void receive(const TimeStampedData<T>& sample) override { strategy->write(sample); }
+
+    /// How many samples wait in the link, the one that `hasData` has fetched not among them. [any]
+    std::uint32_t getQueueLength() const { return strategy->size(); }
+
+private:
+    enum class Kind { Simple, ThreadSafe, Synchronized };
+    using Strategy = AbstractBufferStrategy<TimeStampedData<T>>;
+
+    Kind chooseKind() const;
+    std::unique_ptr<Strategy> makeStrategy() const;
+
+    std::unique_ptr<Strategy> strategy;
+    TimeStampedData<T>* pendingSample = nullptr; ///< fetched and not yet taken; the strategy's or the sender's
+    double lastTimeStamp = 0.0;                  ///< seconds; of the sample taken last
+};
+
+extern template class QUILLMERE_API InputPinBase<MatrixXd>;
+extern template class QUILLMERE_API InputPin<MatrixXd>;
+
+} // namespace Quillmere::Core

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/AbstractOutputPin.h"
+#include "framework/transport/InputPin.h"
+#include "framework/transport/TimeStampedData.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include <Poco/Timestamp.h>
+
+namespace Quillmere::Core {
+
+/// Keeps the attached inputs of an output pin that carries `T`, and makes and takes down links.
+template <class T> class QUILLMERE_API OutputPinBase : public AbstractOutputPin {
+public:
+    OutputPinBase(const std::string& name, PinManager* const manager)
+        : Pin(name, manager), AbstractOutputPin(name, manager) {}
+
+    void attach(AbstractInputPin& input, bool silent) override;
+    void detach(AbstractInputPin& input, bool synchronousOnly) override;
+    std::set<AbstractInputPin*> getAttachedInputs() const override;
+    std::vector<ConnectionName> getConnections() const override;
+    void refreshInputs() override;
+
+    void detachAll() override;
+    void detachSynchronous() override;
+    bool isAttached() const override { return !inputs.empty(); }
+    const std::string& getDataTypeName() const override { return dataTypeName<T>(); }
+
+protected:
+    /// `attach` after the test of the data types.
+    virtual void doAttach(AbstractInputPin& input, bool silent) = 0;
+
+    /// An ordered set, by address; a vector, since every sample walks it and it seldom changes. Not owned; changed with
+    /// the gates of both ends held.
+    std::vector<InputPinBase<T>*> inputs;
+};
+
+/// The sending end of links: owns the one sample that goes out, and hands it to all attached inputs.
+template <class T> class QUILLMERE_API OutputPin final : public OutputPinBase<T> {
+public:
+    /// `manager` is not owned and may be null.
+    OutputPin(const std::string& name, PinManager* const manager) : Pin(name, manager), OutputPinBase<T>(name, manager) {}
+    ~OutputPin() override { this->detachAll(); }
+
+    /// What goes out: the block writes the payload, `send` the time stamp. Inputs of the same thread read it in place,
+    /// so it is written before it is sent, and again only in the next step. [run]
+    TimeStampedData<T> data;
+
+    /// Stamps `data` with `timeStamp` (seconds) and hands it to each attached input. [run]
+    void send(double timeStamp) {
+        data.timeStamp = timeStamp;
+        for (InputPinBase<T>* const input : this->inputs)
+            input->receive(data);
+    }
+    /// Stamps `data` with the wall clock: seconds since 15 October 1582, midnight UTC. [run]
+    void send() { send(static_cast<double>(Poco::Timestamp().utcTime()) * 1e-7); }
+
+protected:
+    void doAttach(AbstractInputPin& input, bool silent) override;
+};
+
+extern template class QUILLMERE_API OutputPinBase<MatrixXd>;
+extern template class QUILLMERE_API OutputPin<MatrixXd>;
+
+} // namespace Quillmere::Core

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#include "plugin/VelmarindPlugin.h"
+
+#include "blocks/FilterGain.h"
+#include "blocks/FilterInvGain.h"
+#include "plugin/BuildInfo.h"
+#include "plugin/FilterFactory.h"
+
+namespace {
+constexpr const char* kName = "Velmarind";
+constexpr const char* kVersion = "1.3.3";
+} // namespace
+
+VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
+    metaData.pluginVersion = kVersion;
+    metaData.hostVersion = BuildInfo::kFrameworkVersion;
+    metaData.pluginName = kName;
+    metaData.description = "This is the plugin that wraps Velmarind elements.";
+    metaData.platform = BuildInfo::kPlatform;
+    metaData.buildDate = BuildInfo::kBuildDate;
+
+    // The order is interface: alphabetical, a lower-case letter or `_` before the capitals where names part.
+    registerBlock<FilterGain>();
+    registerBlock<FilterInvGain>();
+}
+
+template <class T> void VelmarindPlugin::registerBlock() {
+    addFactory(std::make_unique<FilterFactory<T>>(getName(), Quillmere::Core::ComponentVersion(getVersion())));
+}
