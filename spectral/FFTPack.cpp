@@ -350,6 +350,18 @@ void unfold(Index width, Index groups, Index factor, const double* __restrict in
         }
     }
 }
+/// The same for rows of one double: a transposition.
+void unfoldNarrow(Index groups, Index factor, const double* __restrict in, double* __restrict out) {
+    for (Index k = 0; k < groups; ++k) {
+        double* __restrict spectrum = out + factor * k;
+        spectrum[0] = in[k];
+        for (Index j = 1; 2 * j < factor; ++j) {
+            spectrum[2 * j - 1] = in[groups * j + k];
+            spectrum[2 * j] = in[groups * (factor - j) + k];
+        }
+    }
+}
+
 /// Joins rows by any other factor. Rows of one double are folded into the other array, so their result ends there; wider
 /// rows are folded in place, so theirs comes back to where the pass began.
 void radixAny(Index width, Index groups, Index factor, double* in, double* other, const double* twiddles) {
@@ -360,6 +372,7 @@ void radixAny(Index width, Index groups, Index factor, double* in, double* other
         foldBranches(width, groups, factor, in, twiddles);
     }
     transformBranches(width * groups, factor, in, other);
+    if (width == 1) return unfoldNarrow(groups, factor, other, in);
     unfold(width, groups, factor, other, in);
 }
 } // namespace
