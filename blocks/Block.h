@@ -19,4 +19,6 @@ using Quillmere::Core::ValueProperty;
 
 /// Whether a control sample asks for what its pin stands for: any first value but 0.0, not-a-number included; an empty
 /// sample never asks. [any]
-inline bool isSet(const MatrixXd& control) { return control.size() > 0 && control(0) != 0.0; }
+inline bool isSet(const MatrixXd& control) {
+    return control.size() > 0 && control(0) != 0.0;
+}

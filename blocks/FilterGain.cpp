@@ -2,7 +2,8 @@
 #include "blocks/FilterGain.h"
 
 FilterGain::FilterGain(const std::string& instanceName)
-    : Filter(instanceName, true), input("input", this), output("output", this), gain("Gain", &getPropertyBag()) {
+    : Filter(instanceName, true), input("input", this), output("output", this),
+      gain("Gain", &getPropertyBag()) {
     gain.setValue(1.0);
 }
 

@@ -2,7 +2,8 @@
 #include "blocks/FilterInvGain.h"
 
 FilterInvGain::FilterInvGain(const std::string& instanceName)
-    : Filter(instanceName, true), input("input", this), output("output", this), invGain("invGain", &getPropertyBag()) {
+    : Filter(instanceName, true), input("input", this), output("output", this),
+      invGain("invGain", &getPropertyBag()) {
     invGain.setValue(1.0);
 }
 

@@ -22,4 +22,6 @@ void dllStopPlugin() {
     gPlugin = nullptr;
 }
 
-const char* dllGetQuillmereVersion() { return BuildInfo::kFrameworkVersion; }
+const char* dllGetQuillmereVersion() {
+    return BuildInfo::kFrameworkVersion;
+}

@@ -6,7 +6,8 @@
 #include <new>
 
 /// Makes blocks of class `T`, which tells its type name as `T::kTypeName`.
-template <class T> class FilterFactory final : public Quillmere::Core::AbstractFilterFactory {
+template <class T>
+class FilterFactory final : public Quillmere::Core::AbstractFilterFactory {
 public:
     using AbstractFilterFactory::AbstractFilterFactory;
 

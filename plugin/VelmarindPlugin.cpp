@@ -24,6 +24,8 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     registerBlock<FilterInvGain>();
 }
 
-template <class T> void VelmarindPlugin::registerBlock() {
-    addFactory(std::make_unique<FilterFactory<T>>(getName(), Quillmere::Core::ComponentVersion(getVersion())));
+template <class T>
+void VelmarindPlugin::registerBlock() {
+    addFactory(
+        std::make_unique<FilterFactory<T>>(getName(), Quillmere::Core::ComponentVersion(getVersion())));
 }

@@ -9,5 +9,6 @@ public:
     VelmarindPlugin();
 
 private:
-    template <class T> void registerBlock();
+    template <class T>
+    void registerBlock();
 };

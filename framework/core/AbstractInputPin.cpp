@@ -9,7 +9,8 @@
 
 namespace Quillmere::Core {
 
-AbstractInputPin::AbstractInputPin(const std::string& name, PinManager* const pinManager) : Pin(name, pinManager) {
+AbstractInputPin::AbstractInputPin(const std::string& name, PinManager* const pinManager)
+    : Pin(name, pinManager) {
     if (pinManager != nullptr) pinManager->inputs.push_back(this);
 }
 
@@ -19,7 +20,8 @@ AbstractInputPin::~AbstractInputPin() {
 
 void AbstractInputPin::setBufferCapacity(std::uint32_t capacity) {
     if (capacity == 0)
-        throw Poco::InvalidArgumentException("Input pin '" + getName() + "' must keep at least one sample, got 0");
+        throw Poco::InvalidArgumentException("Input pin '" + getName() +
+                                             "' must keep at least one sample, got 0");
     const Synchronizer::SubjectLocker<Pin> guard(*this);
     bufferCapacity = capacity;
     rebuildStrategy();

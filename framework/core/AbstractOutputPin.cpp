@@ -7,7 +7,8 @@
 
 namespace Quillmere::Core {
 
-AbstractOutputPin::AbstractOutputPin(const std::string& name, PinManager* const pinManager) : Pin(name, pinManager) {
+AbstractOutputPin::AbstractOutputPin(const std::string& name, PinManager* const pinManager)
+    : Pin(name, pinManager) {
     if (pinManager != nullptr) pinManager->outputs.push_back(this);
 }
 

@@ -27,7 +27,8 @@ void AbstractProperty::accept(Util::System::AbstractVisitor& visitor) const {
 
 void AbstractProperty::addObserver(PropertyObserver& observer) {
     const PropertyLocker guard(*this);
-    if (std::find(observers.begin(), observers.end(), &observer) == observers.end()) observers.push_back(&observer);
+    if (std::find(observers.begin(), observers.end(), &observer) == observers.end())
+        observers.push_back(&observer);
 }
 
 void AbstractProperty::removeObserver(PropertyObserver& observer) {
@@ -41,8 +42,8 @@ void AbstractProperty::notifyAttributeChanged() const {
         observer->attributesChanged(*this);
 }
 
-AbstractProperty::ScopedChangeValueNotifier::ScopedChangeValueNotifier(const AbstractProperty* changedProperty,
-                                                                       bool notify)
+AbstractProperty::ScopedChangeValueNotifier::ScopedChangeValueNotifier(
+    const AbstractProperty* changedProperty, bool notify)
     : property(notify ? changedProperty : nullptr), exceptionsBefore(std::uncaught_exceptions()) {}
 
 AbstractProperty::ScopedChangeValueNotifier::~ScopedChangeValueNotifier() noexcept(false) {

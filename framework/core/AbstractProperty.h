@@ -67,8 +67,8 @@ public:
     /// owned and must outlive the setting. [any, guarded]
     template <class Object, class MemberFunction>
     void setChangeHandler(Object* object, MemberFunction memberFunction) {
-        using Handler = Util::System::MemFunHandler<Util::System::Functor<void, Util::System::NullType>, Object*,
-                                                    MemberFunction>;
+        using Handler = Util::System::MemFunHandler<Util::System::Functor<void, Util::System::NullType>,
+                                                    Object*, MemberFunction>;
         const Synchronizer::SubjectLocker<const AbstractProperty> guard(*this);
         const Handler handler(object, memberFunction);
         changeHandler = handler.clone();

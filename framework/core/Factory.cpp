@@ -5,6 +5,8 @@ namespace Quillmere::Core {
 
 AbstractFilterFactory::~AbstractFilterFactory() = default;
 
-void AbstractFilterFactory::destroy(Filter* filter) { delete filter; }
+void AbstractFilterFactory::destroy(Filter* filter) {
+    delete filter;
+}
 
 } // namespace Quillmere::Core

@@ -9,7 +9,8 @@
 namespace Quillmere::Core {
 
 /// Makes and destroys objects of one kind by name.
-template <class Product> class AbstractFactory {
+template <class Product>
+class AbstractFactory {
 public:
     /// `pluginName` is the name of the plug-in that offers the factory, not the product's.
     AbstractFactory(const std::string& pluginName, const ComponentVersion& pluginVersion)

@@ -11,6 +11,8 @@ Filter::~Filter() {
     if (LayoutManager* const layout = getManager()) layout->remove(*this);
 }
 
-void Filter::setManager(LayoutManager* const layout) { storeManager(layout); }
+void Filter::setManager(LayoutManager* const layout) {
+    storeManager(layout);
+}
 
 } // namespace Quillmere::Core

@@ -43,7 +43,9 @@ LayoutManager::~LayoutManager() {
         remove(*filters.back());
 }
 
-void LayoutManager::add(Filter& filter) { place(filter, this); }
+void LayoutManager::add(Filter& filter) {
+    place(filter, this);
+}
 
 void LayoutManager::remove(Filter& filter) {
     if (filter.getManager() == this) place(filter, nullptr);

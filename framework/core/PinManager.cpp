@@ -18,8 +18,8 @@ SomePin& findPin(const std::vector<SomePin*>& pins, const std::string& pinName, 
     std::string names;
     for (SomePin* const pin : pins)
         names += (names.empty() ? "'" : ", '") + pin->getName() + "'";
-    throw Poco::NotFoundException("Block '" + blockName + "' has no " + kind + " pin '" + pinName + "'; it has " +
-                                  (names.empty() ? "none" : names));
+    throw Poco::NotFoundException("Block '" + blockName + "' has no " + kind + " pin '" + pinName +
+                                  "'; it has " + (names.empty() ? "none" : names));
 }
 } // namespace
 

@@ -45,7 +45,8 @@ private:
     std::vector<AbstractInputPin*> inputs;
     std::vector<AbstractOutputPin*> outputs;
     std::atomic<LayoutManager*> manager{nullptr};
-    std::atomic<Synchronizer*> synchronizer{nullptr}; ///< that of `manager`, kept so that a guard finds it in one load
+    std::atomic<Synchronizer*> synchronizer{
+        nullptr}; ///< that of `manager`, kept so that a guard finds it in one load
 };
 
 } // namespace Quillmere::Core

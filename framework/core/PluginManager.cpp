@@ -24,8 +24,12 @@ AbstractFilterFactory* PluginManager::findFactory(const std::string& typeName) c
     return nullptr;
 }
 
-void PluginManager::addFactory(AbstractFilterFactory& factory) { factories.push_back(&factory); }
+void PluginManager::addFactory(AbstractFilterFactory& factory) {
+    factories.push_back(&factory);
+}
 
-void PluginManager::removeFactory(AbstractFilterFactory& factory) { std::erase(factories, &factory); }
+void PluginManager::removeFactory(AbstractFilterFactory& factory) {
+    std::erase(factories, &factory);
+}
 
 } // namespace Quillmere::Core

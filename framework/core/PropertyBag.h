@@ -49,7 +49,9 @@ public:
     const PropertyBag& getPropertyBag() const { return bag; }
 
     /// The setting of that name. Raises `Poco::NotFoundException`, which tells what there is. [any]
-    const AbstractProperty& getProperty(const std::string& propertyName) const { return bag.get(propertyName); }
+    const AbstractProperty& getProperty(const std::string& propertyName) const {
+        return bag.get(propertyName);
+    }
     AbstractProperty& getProperty(const std::string& propertyName) { return bag.get(propertyName); }
 
 private:

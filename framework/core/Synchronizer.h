@@ -31,7 +31,8 @@ class QUILLMERE_API Synchronizer {
 public:
     class DisablerLocker;
     class StepLocker;
-    template <class Subject> class SubjectLocker;
+    template <class Subject>
+    class SubjectLocker;
 
     Synchronizer() = default;
     /// Requires: nobody holds the gate, wants it or sleeps in it.
@@ -82,11 +83,11 @@ private:
     };
 
     std::atomic<const char*> owner{nullptr}; ///< thread mark of the holder; written under `state`
-    unsigned depth = 0;                       ///< how often the holder holds it; the holder's own
-    bool isHeldByGuard = false;               ///< the holder's own
-    std::atomic<unsigned> guards{0};          ///< guards that hold or want the gate; written under `state`
-    std::atomic<unsigned> sleeperCount{0};    ///< size of `sleepers`; written under `state`
-    std::atomic<bool> isShutDown{false};      ///< written under `state`
+    unsigned depth = 0;                      ///< how often the holder holds it; the holder's own
+    bool isHeldByGuard = false;              ///< the holder's own
+    std::atomic<unsigned> guards{0};         ///< guards that hold or want the gate; written under `state`
+    std::atomic<unsigned> sleeperCount{0};   ///< size of `sleepers`; written under `state`
+    std::atomic<bool> isShutDown{false};     ///< written under `state`
 
     std::mutex state; ///< innermost lock: nothing else is taken under it but an event's own
     std::condition_variable stepsMayEnter;
@@ -141,7 +142,8 @@ private:
 
 /// A `DisablerLocker` over the gate of a subject (a setting, a pin) that another thread may move to another layout
 /// meanwhile: the gate that is held in the end is the one that the subject has. [any]
-template <class Subject> class Synchronizer::SubjectLocker {
+template <class Subject>
+class Synchronizer::SubjectLocker {
 public:
     explicit SubjectLocker(Subject& subject) : gate(subject.getSynchronizer()) {
         // A holder's subject can't move away, since moving it takes the gate: no second look is needed.

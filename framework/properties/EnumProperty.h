@@ -10,7 +10,8 @@
 namespace Quillmere::Core {
 
 /// A choice from a list of labels of type `L`; the value is the label's index, and so is its text form.
-template <class L> class QUILLMERE_API EnumProperty : public ValueProperty<unsigned> {
+template <class L>
+class QUILLMERE_API EnumProperty : public ValueProperty<unsigned> {
 public:
     using LabelsHandler = Util::System::Callable<>;
 
@@ -56,7 +57,8 @@ private:
 extern template class QUILLMERE_API EnumProperty<std::string>;
 
 /// The same, typed by an enumeration `E` whose values are the indices.
-template <class E, class L> class EnumEnumProperty : public EnumProperty<L> {
+template <class E, class L>
+class EnumEnumProperty : public EnumProperty<L> {
 public:
     using EnumHandler = Util::System::Callable<E>;
 

@@ -12,7 +12,8 @@ namespace Quillmere::Core {
 
 /// A number that must lie between two limits, both inclusive. The step is for those who show the setting; nothing
 /// enforces it.
-template <class T> class QUILLMERE_API RangeProperty : public ValueProperty<T> {
+template <class T>
+class QUILLMERE_API RangeProperty : public ValueProperty<T> {
 public:
     using ValueProperty<T>::ValueProperty;
 
@@ -26,7 +27,8 @@ public:
         if (isWithinLimits(newValue)) return;
         std::ostringstream text;
         text.imbue(std::locale::classic());
-        text << newValue << " does not fit in [" << minValue << ";" << maxValue << "], (step : " << stepValue << ")";
+        text << newValue << " does not fit in [" << minValue << ";" << maxValue << "], (step : " << stepValue
+             << ")";
         throw Poco::RangeException(text.str());
     }
 

@@ -14,15 +14,24 @@
 namespace Quillmere::Core {
 
 namespace Private {
-template <class T> bool differs(const T& a, const T& b) { return a != b; }
+template <class T>
+bool differs(const T& a, const T& b) {
+    return a != b;
+}
 QUILLMERE_API bool differs(const MatrixXd& a, const MatrixXd& b);
 
-template <class T> void store(T& to, const T& from) { to = from; }
-inline void store(MatrixXd& to, const MatrixXd& from) { copySample(to, from); }
+template <class T>
+void store(T& to, const T& from) {
+    to = from;
+}
+inline void store(MatrixXd& to, const MatrixXd& from) {
+    copySample(to, from);
+}
 } // namespace Private
 
 /// A setting that holds a value of type `T`. Every write takes one road, `setValue`, and every access is guarded.
-template <class T> class QUILLMERE_API ValueProperty : public AbstractProperty {
+template <class T>
+class QUILLMERE_API ValueProperty : public AbstractProperty {
 public:
     using Validator = Util::System::FunctorImpl<void, Util::System::Seq<const T&>>;
 
@@ -88,7 +97,8 @@ public:
 
     /// Binds what gets each new value before it is stored and may refuse it by raising; replaces what was bound.
     /// `object` is not owned and must outlive the setting. [any, guarded]
-    template <class Object, class MemberFunction> void setValidator(Object* object, MemberFunction memberFunction) {
+    template <class Object, class MemberFunction>
+    void setValidator(Object* object, MemberFunction memberFunction) {
         using Shape = Util::System::Functor<void, Util::System::Seq<const T&>>;
         const PropertyLocker guard(*this);
         const Util::System::MemFunHandler<Shape, Object*, MemberFunction> handler(object, memberFunction);

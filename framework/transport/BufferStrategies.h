@@ -17,7 +17,8 @@ namespace Quillmere::Core {
 /// What stands between an output pin and an input pin, and belongs to the input pin: how many samples wait, which one
 /// is handed out, and whether the reader sleeps when none waits. A writer never sleeps and never fails; the oldest
 /// samples are lost when the reader lags.
-template <class S> class QUILLMERE_API AbstractBufferStrategy {
+template <class S>
+class QUILLMERE_API AbstractBufferStrategy {
 public:
     virtual ~AbstractBufferStrategy() = default;
     /// The sender's side. [run of the sender]

@@ -11,7 +11,8 @@
 namespace Quillmere::Core {
 
 /// One sample, by address: the sender's own, read as it is at that time.
-template <class S> class SingleValuePtrBuffer {
+template <class S>
+class SingleValuePtrBuffer {
 public:
     explicit SingleValuePtrBuffer(std::uint32_t) {}
 
@@ -37,7 +38,8 @@ private:
 };
 
 /// One sample, copied; the newest wins. What is handed out stays valid until the next `read`, whatever is written.
-template <class S> class SingleValueBuffer {
+template <class S>
+class SingleValueBuffer {
 public:
     explicit SingleValueBuffer(std::uint32_t) {}
 
@@ -64,7 +66,8 @@ private:
 
 /// A double-ended queue of samples that drops the oldest when full. It is a ring whose slots keep their matrix storage
 /// and that grows only up to the largest number of samples that have waited, so a steady stream allocates nothing.
-template <class S> class SampleQueue {
+template <class S>
+class SampleQueue {
 public:
     explicit SampleQueue(std::uint32_t maximumSize) : limit(maximumSize) {}
 
@@ -113,7 +116,8 @@ private:
 };
 
 /// Up to `capacity` samples, the newest handed out first.
-template <class S> class LifoBuffer {
+template <class S>
+class LifoBuffer {
 public:
     explicit LifoBuffer(std::uint32_t capacity) : queue(capacity) {}
 
@@ -135,7 +139,8 @@ private:
 };
 
 /// Up to `capacity` samples, the oldest handed out first.
-template <class S> class FifoBuffer {
+template <class S>
+class FifoBuffer {
 public:
     explicit FifoBuffer(std::uint32_t capacity) : queue(capacity) {}
 

@@ -5,26 +5,30 @@
 
 namespace Quillmere::Core {
 
-template <class T> void InputPin<T>::clear() {
+template <class T>
+void InputPin<T>::clear() {
     pendingSample = nullptr;
     lastTimeStamp = 0.0;
     strategy->clear();
 }
 
-template <class T> void InputPin<T>::setConnectedOutput(AbstractOutputPin* output, bool synchronous) {
+template <class T>
+void InputPin<T>::setConnectedOutput(AbstractOutputPin* output, bool synchronous) {
     this->connectedOutput = output;
     this->isSynchronous = synchronous;
     rebuildStrategy();
 }
 
-template <class T> void InputPin<T>::rebuildStrategy() {
+template <class T>
+void InputPin<T>::rebuildStrategy() {
     pendingSample = nullptr; // it may lie in the strategy that goes now
     strategy = nullptr;
     strategy = makeStrategy();
     clear();
 }
 
-template <class T> typename InputPin<T>::Kind InputPin<T>::chooseKind() const {
+template <class T>
+typename InputPin<T>::Kind InputPin<T>::chooseKind() const {
     if (this->connectedOutput == nullptr) return Kind::Simple;
     const LayoutManager* const out = layoutOf(*this->connectedOutput);
     const LayoutManager* const in = layoutOf(*this);
@@ -50,7 +54,8 @@ std::unique_ptr<AbstractBufferStrategy<TimeStampedData<T>>> InputPin<T>::makeStr
         if (isSingle) return std::make_unique<ThreadSafeBufferStrategy<S, SingleValueBuffer>>(capacity);
         if (this->isLifo) return std::make_unique<ThreadSafeBufferStrategy<S, LifoBuffer>>(capacity);
         return std::make_unique<ThreadSafeBufferStrategy<S, FifoBuffer>>(capacity);
-    case Kind::Synchronized: break;
+    case Kind::Synchronized:
+        break;
     }
     Synchronizer* const gate = this->getSynchronizer();
     if (isSingle) return std::make_unique<SynchronizedBufferStrategy<S, SingleValueBuffer>>(capacity, gate);

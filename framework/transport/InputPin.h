@@ -15,15 +15,18 @@
 namespace Quillmere::Core {
 
 /// The one text by which both ends of a link know what it carries. [any]
-template <class T> const std::string& dataTypeName() {
+template <class T>
+const std::string& dataTypeName() {
     static const std::string name = typeid(T).name();
     return name;
 }
 
 /// What an output pin needs of an input pin that carries `T`.
-template <class T> class QUILLMERE_API InputPinBase : public AbstractInputPin {
+template <class T>
+class QUILLMERE_API InputPinBase : public AbstractInputPin {
 public:
-    InputPinBase(const std::string& name, PinManager* const manager) : Pin(name, manager), AbstractInputPin(name, manager) {}
+    InputPinBase(const std::string& name, PinManager* const manager)
+        : Pin(name, manager), AbstractInputPin(name, manager) {}
     ~InputPinBase() override { InputPinBase::detachAll(); }
 
     AbstractOutputPin* getConnectedOutput() const final { return connectedOutput; }
@@ -45,10 +48,12 @@ protected:
 
 /// The receiving end of a link. Owns the buffer strategy, chooses its kind by how the link crosses threads, and hands
 /// out samples in three steps: `hasData`, `take`, `getTimeStamp`.
-template <class T> class QUILLMERE_API InputPin final : public InputPinBase<T> {
+template <class T>
+class QUILLMERE_API InputPin final : public InputPinBase<T> {
 public:
     /// `manager` is not owned and may be null.
-    InputPin(const std::string& name, PinManager* const manager) : Pin(name, manager), InputPinBase<T>(name, manager) {
+    InputPin(const std::string& name, PinManager* const manager)
+        : Pin(name, manager), InputPinBase<T>(name, manager) {
         rebuildStrategy();
     }
     ~InputPin() override { InputPinBase<T>::detachAll(); }
@@ -70,7 +75,9 @@ public:
         return sample->value;
     }
     /// Seconds: of the sample that waits, else of the one taken last; 0.0 after `clear`. [run]
-    double getTimeStamp() const { return pendingSample != nullptr ? pendingSample->timeStamp : lastTimeStamp; }
+    double getTimeStamp() const {
+        return pendingSample != nullptr ? pendingSample->timeStamp : lastTimeStamp;
+    }
 
     void clear() override;
     void rebuildStrategy() override;
@@ -88,8 +95,9 @@ private:
     std::unique_ptr<Strategy> makeStrategy() const;
 
     std::unique_ptr<Strategy> strategy;
-    TimeStampedData<T>* pendingSample = nullptr; ///< fetched and not yet taken; the strategy's or the sender's
-    double lastTimeStamp = 0.0;                  ///< seconds; of the sample taken last
+    TimeStampedData<T>* pendingSample =
+        nullptr;                ///< fetched and not yet taken; the strategy's or the sender's
+    double lastTimeStamp = 0.0; ///< seconds; of the sample taken last
 };
 
 extern template class QUILLMERE_API InputPinBase<MatrixXd>;

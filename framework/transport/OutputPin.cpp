@@ -12,7 +12,8 @@ namespace Quillmere::Core {
 
 namespace {
 /// Runs `action` with the gates of both ends held, those that the ends have at that time.
-template <class Action> void withBothGates(const Pin& output, const Pin& input, Action action) {
+template <class Action>
+void withBothGates(const Pin& output, const Pin& input, Action action) {
     for (;;) {
         Synchronizer* const ofOutput = output.getSynchronizer();
         Synchronizer* const ofInput = input.getSynchronizer();
@@ -24,12 +25,14 @@ template <class Action> void withBothGates(const Pin& output, const Pin& input, 
 }
 } // namespace
 
-template <class T> void OutputPinBase<T>::attach(AbstractInputPin& input, bool silent) {
+template <class T>
+void OutputPinBase<T>::attach(AbstractInputPin& input, bool silent) {
     if (getDataTypeName() != input.getDataTypeName()) throw Poco::DataFormatException();
     doAttach(input, silent);
 }
 
-template <class T> void OutputPin<T>::doAttach(AbstractInputPin& input, bool silent) {
+template <class T>
+void OutputPin<T>::doAttach(AbstractInputPin& input, bool silent) {
     withBothGates(*this, input, [&] {
         // The data types agree, so this is what it is.
         auto* const typedInput = static_cast<InputPinBase<T>*>(&input);
@@ -49,7 +52,8 @@ template <class T> void OutputPin<T>::doAttach(AbstractInputPin& input, bool sil
     });
 }
 
-template <class T> void OutputPinBase<T>::detach(AbstractInputPin& input, bool synchronousOnly) {
+template <class T>
+void OutputPinBase<T>::detach(AbstractInputPin& input, bool synchronousOnly) {
     if (synchronousOnly && !input.getIsSynchronous()) return;
     withBothGates(*this, input, [&] {
         const auto entry = std::find(inputs.begin(), inputs.end(), &input);
@@ -60,11 +64,13 @@ template <class T> void OutputPinBase<T>::detach(AbstractInputPin& input, bool s
     });
 }
 
-template <class T> std::set<AbstractInputPin*> OutputPinBase<T>::getAttachedInputs() const {
+template <class T>
+std::set<AbstractInputPin*> OutputPinBase<T>::getAttachedInputs() const {
     return {inputs.begin(), inputs.end()};
 }
 
-template <class T> std::vector<ConnectionName> OutputPinBase<T>::getConnections() const {
+template <class T>
+std::vector<ConnectionName> OutputPinBase<T>::getConnections() const {
     const Synchronizer::SubjectLocker<const Pin> guard(*this);
     std::vector<ConnectionName> connections;
     for (const AbstractInputPin* const input : inputs)
@@ -73,7 +79,8 @@ template <class T> std::vector<ConnectionName> OutputPinBase<T>::getConnections(
     return connections;
 }
 
-template <class T> void OutputPinBase<T>::refreshInputs() {
+template <class T>
+void OutputPinBase<T>::refreshInputs() {
     for (AbstractInputPin* const input : inputs) {
         if (input->getSynchronizer() == this->getSynchronizer()) {
             input->rebuildStrategy();
@@ -84,12 +91,14 @@ template <class T> void OutputPinBase<T>::refreshInputs() {
     }
 }
 
-template <class T> void OutputPinBase<T>::detachAll() {
+template <class T>
+void OutputPinBase<T>::detachAll() {
     while (!inputs.empty())
         this->detach(*inputs.front(), false);
 }
 
-template <class T> void OutputPinBase<T>::detachSynchronous() {
+template <class T>
+void OutputPinBase<T>::detachSynchronous() {
     const auto attached = inputs; // elements leave the set meanwhile
     for (InputPinBase<T>* const input : attached)
         this->detach(*input, true);

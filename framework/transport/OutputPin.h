@@ -14,7 +14,8 @@
 namespace Quillmere::Core {
 
 /// Keeps the attached inputs of an output pin that carries `T`, and makes and takes down links.
-template <class T> class QUILLMERE_API OutputPinBase : public AbstractOutputPin {
+template <class T>
+class QUILLMERE_API OutputPinBase : public AbstractOutputPin {
 public:
     OutputPinBase(const std::string& name, PinManager* const manager)
         : Pin(name, manager), AbstractOutputPin(name, manager) {}
@@ -40,10 +41,12 @@ protected:
 };
 
 /// The sending end of links: owns the one sample that goes out, and hands it to all attached inputs.
-template <class T> class QUILLMERE_API OutputPin final : public OutputPinBase<T> {
+template <class T>
+class QUILLMERE_API OutputPin final : public OutputPinBase<T> {
 public:
     /// `manager` is not owned and may be null.
-    OutputPin(const std::string& name, PinManager* const manager) : Pin(name, manager), OutputPinBase<T>(name, manager) {}
+    OutputPin(const std::string& name, PinManager* const manager)
+        : Pin(name, manager), OutputPinBase<T>(name, manager) {}
     ~OutputPin() override { this->detachAll(); }
 
     /// What goes out: the block writes the payload, `send` the time stamp. Inputs of the same thread read it in place,

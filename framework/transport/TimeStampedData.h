@@ -8,7 +8,8 @@
 namespace Quillmere::Core {
 
 /// A sample: a payload and its time stamp in seconds.
-template <class T> struct TimeStampedData {
+template <class T>
+struct TimeStampedData {
     T value{};
     double timeStamp = 0.0;
 };

@@ -34,26 +34,38 @@ std::string rounded(double value, int digits) {
 
 std::string describe(Tolerance tolerance) {
     switch (tolerance.kind) {
-    case Tolerance::Kind::Same: return "same";
-    case Tolerance::Kind::Ulp: return "withinUlp(" + digits17(tolerance.bound) + ")";
+    case Tolerance::Kind::Same:
+        return "same";
+    case Tolerance::Kind::Ulp:
+        return "withinUlp(" + digits17(tolerance.bound) + ")";
     case Tolerance::Kind::Relative:
         return "withinRel(" + digits17(tolerance.bound) + ", floor " + digits17(tolerance.floor) + ")";
-    case Tolerance::Kind::Printed: return "printed(" + digits17(tolerance.bound) + ")";
-    case Tolerance::Kind::Law: return "law(" + digits17(tolerance.bound) + ")";
+    case Tolerance::Kind::Printed:
+        return "printed(" + digits17(tolerance.bound) + ")";
+    case Tolerance::Kind::Law:
+        return "law(" + digits17(tolerance.bound) + ")";
     }
     return "?";
 }
 
-std::string shape(const MatrixXd& m) { return std::to_string(m.rows()) + "-by-" + std::to_string(m.cols()); }
+std::string shape(const MatrixXd& m) {
+    return std::to_string(m.rows()) + "-by-" + std::to_string(m.cols());
+}
 } // namespace
 
 Tolerance withinUlp(int n) {
     if (n < 1 || n > 4) throw std::logic_error("withinUlp takes 1 to 4");
     return {Tolerance::Kind::Ulp, static_cast<double>(n), 0.0};
 }
-Tolerance withinRel(double bound, double floor) { return {Tolerance::Kind::Relative, bound, floor}; }
-Tolerance printed(int digits) { return {Tolerance::Kind::Printed, static_cast<double>(digits), 0.0}; }
-Tolerance law(double bound) { return {Tolerance::Kind::Law, bound, 0.0}; }
+Tolerance withinRel(double bound, double floor) {
+    return {Tolerance::Kind::Relative, bound, floor};
+}
+Tolerance printed(int digits) {
+    return {Tolerance::Kind::Printed, static_cast<double>(digits), 0.0};
+}
+Tolerance law(double bound) {
+    return {Tolerance::Kind::Law, bound, 0.0};
+}
 
 bool agrees(double got, double wanted, Tolerance tolerance) {
     if (std::isnan(got) || std::isnan(wanted)) return std::isnan(got) && std::isnan(wanted);
@@ -61,15 +73,18 @@ bool agrees(double got, double wanted, Tolerance tolerance) {
         return std::bit_cast<std::uint64_t>(got) == std::bit_cast<std::uint64_t>(wanted);
     if (std::isinf(got) || std::isinf(wanted)) return got == wanted;
     switch (tolerance.kind) {
-    case Tolerance::Kind::Same: break;
-    case Tolerance::Kind::Ulp: return distance(got, wanted) <= static_cast<std::uint64_t>(tolerance.bound);
+    case Tolerance::Kind::Same:
+        break;
+    case Tolerance::Kind::Ulp:
+        return distance(got, wanted) <= static_cast<std::uint64_t>(tolerance.bound);
     case Tolerance::Kind::Relative:
         return std::fabs(got - wanted) <= tolerance.bound * std::max(std::fabs(wanted), tolerance.floor);
     case Tolerance::Kind::Printed: {
         const int digits = static_cast<int>(tolerance.bound);
         return rounded(got, digits) == rounded(wanted, digits);
     }
-    case Tolerance::Kind::Law: return std::fabs(got - wanted) <= tolerance.bound;
+    case Tolerance::Kind::Law:
+        return std::fabs(got - wanted) <= tolerance.bound;
     }
     return false;
 }
@@ -87,7 +102,8 @@ testing::AssertionResult agree(const MatrixXd& got, const MatrixXd& wanted, Tole
         for (Eigen::Index c = 0; c < got.cols(); ++c) {
             const auto result = agree(got(r, c), wanted(r, c), tolerance);
             if (!result)
-                return testing::AssertionFailure() << "element (" << r << ", " << c << "): " << result.message();
+                return testing::AssertionFailure()
+                       << "element (" << r << ", " << c << "): " << result.message();
         }
     return testing::AssertionSuccess();
 }
@@ -109,7 +125,8 @@ MatrixXd matrix(std::initializer_list<std::initializer_list<double>> rows) {
     Eigen::Index index = 0;
     for (const auto& row : rows) {
         if (row.size() != cols) throw std::logic_error("matrix: rows of unequal length");
-        for (const double value : row) result(index++) = value;
+        for (const double value : row)
+            result(index++) = value;
     }
     return result;
 }
