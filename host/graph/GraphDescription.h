@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/graph/Complaint.h"
+#include "host/graph/Value.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// What a caller changes in a graph file for one run. `option` is what complaints name, such as `--param cutoff=2`.
+struct GraphChanges {
+    struct Parameter {
+        std::string name;
+        std::string value; ///< YAML, as in the file.
+        std::string option;
+    };
+    struct Setting {
+        std::string block;
+        std::string property;
+        std::string value; ///< YAML, as in the file.
+        std::string option;
+    };
+    struct File {
+        std::string block;
+        std::string path; ///< Relative to where the program runs.
+        std::string option;
+    };
+    std::vector<Parameter> parameters;
+    std::vector<Setting> settings;
+    std::vector<File> inputs;
+    std::vector<File> outputs;
+};
+
+/// A graph file, read and checked as far as that goes without a block: keys, ids, references between blocks, parameters.
+/// What a type, a pin or a property may be is for `Graph`, which asks living blocks. Nothing is built here, and no file
+/// but the graph's own is touched.
+class QUILLMERE_API GraphDescription {
+public:
+    struct Setting {
+        /// Who gave it. A caller's path is relative to where the program runs, one in the file to the file's folder; and
+        /// a caller's input must not end up on a sink, which would write over it.
+        enum class Origin { File, Caller, CallersInput, CallersOutput };
+
+        std::string name;
+        Place where;
+        Value value; ///< Parameters filled in.
+        Origin origin = Origin::File;
+    };
+    struct Block {
+        std::string id;
+        Place where;
+        std::string type; ///< Empty when the file gives none, which is a complaint already.
+        Place typeWhere;
+        std::vector<Setting> settings; ///< In the order in which they are written.
+        std::string layout;
+    };
+    struct Endpoint {
+        std::string block; ///< Empty when the file gives none, which is a complaint already.
+        std::string pin;   ///< Everything behind the first dot; see `hasPin`.
+        bool hasPin = false;
+        Place where;
+
+        std::string getText() const { return hasPin ? block + "." + pin : block; }
+    };
+    struct Connection {
+        Endpoint from;
+        Endpoint to;
+        std::optional<std::uint32_t> buffer;
+        std::optional<bool> isNewestFirst; ///< `order: newest` or `order: oldest`.
+        Place where;
+    };
+
+    /// Reads the file, makes the changes, and complains of everything that is wrong. What could be understood is there
+    /// all the same, so that it can be checked further and a user hears of everything at once.
+    static GraphDescription read(const std::string& path, const GraphChanges& changes,
+                                 Complaints& complaints);
+
+    const std::string& getPath() const { return path; }
+    /// The folder of the graph file, which paths in it are relative to.
+    std::string getFolder() const;
+    /// The name in the file, or the file's own without its ending.
+    const std::string& getName() const { return name; }
+    const std::vector<Block>& getBlocks() const { return blocks; }
+    const std::vector<Connection>& getConnections() const { return connections; }
+    /// Whether the file could be understood as far as to be worth checking further.
+    bool getIsUsable() const { return isUsable; }
+
+    const Block* findBlock(const std::string& id) const;
+
+private:
+    friend class GraphReader;
+
+    std::string path;
+    std::string name;
+    std::vector<Block> blocks;
+    std::vector<Connection> connections;
+    bool isUsable = false;
+};
+
+} // namespace Quillmere::Host

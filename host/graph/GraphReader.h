@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/graph/Complaint.h"
+#include "host/graph/GraphDescription.h"
+#include "host/graph/Value.h"
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// The reading of one graph file, format 1, into a `GraphDescription`. `docs/graph-file.md` is the format for people.
+class GraphReader {
+public:
+    GraphReader(std::string path, Complaints& complaints);
+
+    GraphDescription read(const GraphChanges& changes);
+
+private:
+    using Block = GraphDescription::Block;
+    using Connection = GraphDescription::Connection;
+    using Endpoint = GraphDescription::Endpoint;
+    using Setting = GraphDescription::Setting;
+
+    void readFormat(const Value& top);
+    void readParameters(const Value& top, const GraphChanges& changes);
+    void readBlocks(const Value& top);
+    void readBlock(const Value& value);
+    void readId(const Value& value, Block& block);
+    void readSettings(const Value& value, Block& block);
+    void readConnections(const Value& top);
+    void readConnection(const Value& value);
+    Endpoint readEndpoint(const Value& connection, std::string_view key);
+    void readBuffer(const Value& value, Connection& connection);
+    void readOrder(const Value& value, Connection& connection);
+
+    void applySettings(const GraphChanges& changes);
+    void applyFiles(const std::vector<GraphChanges::File>& files, Setting::Origin origin);
+    Block* requireBlock(const std::string& id, const std::string& option);
+    static void putSetting(Block& block, Setting setting);
+
+    bool requireKind(const Value& value, Value::Kind kind, const std::string& expected);
+    void requireKnownKeys(const Value& map, const std::vector<std::string>& known);
+    Value withParameters(const Value& value);
+    Value parameterFor(const Value& value);
+    std::string readText(const Value& value, const std::string& expected);
+
+    Complaints& complaints;
+    GraphDescription graph;
+    std::map<std::string, Value> parameters;
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/NearestName.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
+
+namespace Quillmere::Host {
+
+namespace {
+
+/// What is left of a name when nobody minds case and separators.
+std::string folded(const std::string& name) {
+    std::string text;
+    for (const char c : name)
+        if (c != ' ' && c != '_' && c != '-')
+            text += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+/// Edits between two texts: insertions, deletions, changes and swaps of neighbours.
+std::size_t distance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> before(b.size() + 1);
+    std::vector<std::size_t> last(b.size() + 1);
+    std::vector<std::size_t> current(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j)
+        last[j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        current[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t change = a[i - 1] == b[j - 1] ? 0 : 1;
+            current[j] = std::min({last[j] + 1, current[j - 1] + 1, last[j - 1] + change});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                current[j] = std::min(current[j], before[j - 2] + 1);
+        }
+        std::swap(before, last);
+        std::swap(last, current);
+    }
+    return last[b.size()];
+}
+
+} // namespace
+
+std::string nearestName(const std::string& name, const std::vector<std::string>& known) {
+    const std::string wanted = folded(name);
+    std::string nearest;
+    std::size_t least = name.size() + 1;
+    for (const std::string& candidate : known) {
+        const std::string text = folded(candidate);
+        const std::size_t edits = distance(wanted, text);
+        if (edits > std::max<std::size_t>(1, std::max(wanted.size(), text.size()) / 3)) continue;
+        if (edits >= std::max(wanted.size(), text.size())) continue; // nothing in common
+        if (edits < least) {
+            least = edits;
+            nearest = candidate;
+        }
+    }
+    return nearest;
+}
+
+std::string listOfNames(const std::vector<std::string>& names) {
+    constexpr std::size_t kMost = 12;
+    if (names.empty()) return "nothing";
+    std::string text = names.front();
+    const std::size_t shown = std::min(names.size(), kMost);
+    for (std::size_t i = 1; i < shown; ++i)
+        text += (i + 1 == names.size() ? " and " : ", ") + names[i];
+    if (names.size() > shown) text += " and " + std::to_string(names.size() - shown) + " more";
+    return text;
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// The one of `known` that somebody who wrote `name` may have meant, or an empty text when none is near: the fewest
+/// letters left out, added, changed or swapped, at most a third of the longer name. Case, blanks, `_` and `-` count
+/// little. Of two equally near the first is taken.
+QUILLMERE_API std::string nearestName(const std::string& name, const std::vector<std::string>& known);
+
+/// `a, b and c`, for messages that list what there is; `nothing` for an empty list, and no more than a dozen names.
+QUILLMERE_API std::string listOfNames(const std::vector<std::string>& names);
+
+} // namespace Quillmere::Host
