@@ -103,8 +103,8 @@ int printTable(const Recorder& recorder, std::ostream& out) {
         line(row.name, fixed(bare, 2), fixed(ours, 2), fixed(ratio, 2),
              row.goal > 0.0 ? fixed(row.goal, 2) : "-",
              !judged    ? ""
-             : isMissed ? "MISSED"
-                        : "ok");
+             : isMissed ? "  MISSED"
+                        : "  ok");
     }
     return missed;
 }
