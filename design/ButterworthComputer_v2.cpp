@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "design/ButterworthComputer_v2.h"
+
+#include "design/ButterworthSections.h"
+#include "design/Pair.h"
+
+#include <cmath>
+#include <cstddef>
+
+using namespace Design;
+using Quillmere::Core::copySample;
+using Quillmere::Core::resizeSample;
+
+void ButterworthComputer_v2::setParameters(double newCutOff, int newOrder) {
+    cutOff = newCutOff;
+    order = newOrder;
+    needsInit = true;
+}
+
+void ButterworthComputer_v2::setParameters(double newCutOff, int newOrder, bool reinit, bool newMemorize) {
+    cutOff = newCutOff;
+    order = newOrder;
+    needsInit = reinit;
+    memorize = newMemorize;
+}
+
+void ButterworthComputer_v2::setCutOff(double newCutOff, bool reinit, bool newMemorize) {
+    if (newCutOff == cutOff) return;
+    cutOff = newCutOff;
+    memorize = newMemorize;
+    needsInit = needsInit || reinit;
+    if (!needsInit) computeCoefficients();
+}
+
+void ButterworthComputer_v2::step(const MatrixXd& input) {
+    if (order == 0) {
+        samplesSinceInit = samplesSinceInitLimit = 1;
+        copySample(filtered, input);
+        return;
+    }
+    if (needsInit || !isRunning(input)) initialise(input);
+    if (samplesSinceInit < samplesSinceInitLimit) ++samplesSinceInit;
+    if (numSections == 1)
+        stepFirstOrder(input.data());
+    else
+        stepSections(input.data());
+}
+
+/// Whether states and coefficients fit the input's shape and each other. They don't after a change of shape, seen or
+/// slept through in a bypass, nor where an order or a cached cut-off brought another number of sections without a start.
+bool ButterworthComputer_v2::isRunning(const MatrixXd& input) const {
+    return filtered.rows() == input.rows() && filtered.cols() == input.cols() && stateRows == input.rows() &&
+           stateCols == input.cols() && numSections > 0 && coefficients.cols() == numSections &&
+           (states.empty() || states.front().cols() == numSections);
+}
+
+void ButterworthComputer_v2::initialise(const MatrixXd& input) {
+    needsInit = true; // stays so if memory runs out below
+    states.clear();
+    states.resize(static_cast<std::size_t>(input.size()));
+    if (!memorize) coefficientCache.clear();
+    computeCoefficients();
+    samplesSinceInit = 0;
+    samplesSinceInitLimit = numSections;
+    const double* value = input.data();
+    for (MatrixXd& state : states) {
+        resizeSample(state, 2, numSections);
+        state.setConstant(*value++);
+    }
+    stateRows = input.rows();
+    stateCols = input.cols();
+    copySample(filtered, input);
+    needsInit = false;
+}
+
+void ButterworthComputer_v2::computeCoefficients() {
+    // NaN is no key: an ordered map can't tell it from any other.
+    const bool isKey = memorize && !std::isnan(cutOff);
+    if (isKey) {
+        const auto found = coefficientCache.find(cutOff);
+        // An entry made under another order may have other sections than are wanted now.
+        if (found != coefficientCache.end() && found->second.cols() == order / 2 + order % 2) {
+            copySample(coefficients, found->second);
+            numSections = static_cast<int>(coefficients.cols());
+            return;
+        }
+    }
+    numSections = designButterworthSections(coefficients, cutOff, order);
+    if (isKey) copySample(coefficientCache[cutOff], coefficients);
+}
+
+/// The one section that matters: a state matrix is then x1 and y1 side by side, so two elements are two loads.
+void ButterworthComputer_v2::stepFirstOrder(const double* in) {
+    const double a1 = coefficients(kA1, 0);
+    const double gain = coefficients(kGain, 0);
+    const bool complement = highPass;
+    MatrixXd* const all = states.data();
+    double* const out = filtered.data();
+    const Eigen::Index count = filtered.size();
+    Eigen::Index i = 0;
+    for (; i + 2 <= count; i += 2) {
+        double* const even = all[i].data();
+        double* const odd = all[i + 1].data();
+        const Pair left = loadPair(even);
+        const Pair right = loadPair(odd);
+        const Pair u = loadPair(in + i);
+        const Pair y = a1 * secondLanes(left, right) + gain * (firstLanes(left, right) + u);
+        storePair(even, firstLanes(u, y));
+        storePair(odd, secondLanes(u, y));
+        storePair(out + i, complement ? u - y : y);
+    }
+    if (i == count) return;
+    double* const last = all[i].data();
+    const double u = in[i];
+    last[1] = a1 * last[1] + gain * (last[0] + u);
+    last[0] = u;
+    out[i] = complement ? u - last[1] : last[1];
+}
+
+/// Any number of sections, each fed the input itself.
+void ButterworthComputer_v2::stepSections(const double* in) {
+    double* out = filtered.data();
+    for (MatrixXd& state : states) {
+        const double u = *in++;
+        double y = 0.0;
+        for (int k = 0; k < numSections; ++k) {
+            y = coefficients(kA1, k) * state(1, k) + coefficients(kGain, k) * (state(0, k) + u);
+            state(1, k) = y;
+            state(0, k) = u;
+        }
+        *out++ = highPass ? u - y : y;
+    }
+}
