@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "framework/core/AbstractInputPin.h"
 
+#include "framework/core/AbstractOutputPin.h"
 #include "framework/core/Synchronizer.h"
 
 #include <Poco/Exception.h>
@@ -20,17 +21,37 @@ AbstractInputPin::~AbstractInputPin() {
 
 void AbstractInputPin::setBufferCapacity(std::uint32_t capacity) {
     if (capacity == 0)
-        throw Poco::InvalidArgumentException("Input pin '" + getName() +
-                                             "' must keep at least one sample, got 0");
-    const Synchronizer::SubjectLocker<Pin> guard(*this);
-    bufferCapacity = capacity;
-    rebuildStrategy();
+        throw Poco::InvalidArgumentException("Input pin '" + getName() + "' must keep at least one sample, got 0");
+    withBothEndsHeld([&] {
+        bufferCapacity = capacity;
+        rebuildStrategy();
+    });
 }
 
 void AbstractInputPin::setIsLifo(bool flag) {
-    const Synchronizer::SubjectLocker<Pin> guard(*this);
-    isLifo = flag;
-    rebuildStrategy();
+    withBothEndsHeld([&] {
+        isLifo = flag;
+        rebuildStrategy();
+    });
+}
+
+template <class Action> void AbstractInputPin::withBothEndsHeld(Action action) {
+    const auto gateOf = [](const Pin* pin) { return pin != nullptr ? pin->getSynchronizer() : nullptr; };
+    for (;;) {
+        Synchronizer* ownGate = nullptr;
+        Synchronizer* sendersGate = nullptr;
+        const AbstractOutputPin* sender = nullptr;
+        {
+            const Synchronizer::SubjectLocker<Pin> guard(*this); // a link doesn't change under the gate of one end
+            ownGate = getSynchronizer();
+            sender = getConnectedOutput();
+            sendersGate = gateOf(sender);
+        }
+        const Synchronizer::DisablerLocker guard(ownGate, sendersGate);
+        if (getSynchronizer() != ownGate || getConnectedOutput() != sender || gateOf(sender) != sendersGate) continue;
+        action();
+        return;
+    }
 }
 
 } // namespace Quillmere::Core

@@ -47,6 +47,10 @@ protected:
     bool isLifo = false;
     bool isSynchronous = true;
     bool isBlocking = true;
+
+private:
+    /// Runs `action` with the gates of this pin and of its sender held, whatever link it has at that time.
+    template <class Action> void withBothEndsHeld(Action action);
 };
 
 } // namespace Quillmere::Core

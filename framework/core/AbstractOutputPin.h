@@ -37,7 +37,7 @@ public:
     /// The attached inputs whose blocks are in a layout. [any, guarded]
     virtual std::vector<ConnectionName> getConnections() const = 0;
     /// Lets every attached input choose its buffer strategy anew, after a block has changed its layout; samples in
-    /// flight are lost. [any, guarded]
+    /// flight are lost. Requires: this pin's gate is held, or its block doesn't run. [any, guarded]
     virtual void refreshInputs() = 0;
 
 protected:
