@@ -112,6 +112,8 @@ double ellik(double phi, double m) {
 
 JacobiElliptic ellpj(double u, double m) {
     if (m < 0.0 || m > 1.0) return {.sn = 0.0, .cn = 0.0, .dn = 0.0, .phi = 0.0, .code = -1};
+    if (std::isnan(m))
+        return {.sn = m, .cn = m, .dn = m, .phi = m, .code = 0}; // takes no step on the scale below
     if (m < 1e-09) return ellpjNearZero(u, m);
     if (m >= 0.9999999999) return ellpjNearOne(u, m);
 
@@ -130,7 +132,7 @@ JacobiElliptic ellpj(double u, double m) {
         power *= 2.0;
     }
 
-    // Back up the scale. A parameter that is not-a-number has taken no step down and takes none here.
+    // Back up the scale, as many steps as were taken down.
     double phi = power * a[steps] * u;
     double former = phi;
     for (; steps > 0; --steps) {

@@ -3,17 +3,11 @@
 
 #include "design/Constants.h"
 
-#include <algorithm>
 #include <cmath>
-#include <limits>
 
 using Design::Complex;
 using Design::kPi;
 using Design::kTwoPi;
-
-namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-}
 
 PoleZeroDesigner::PoleZeroDesigner(std::int32_t designMode, std::int32_t prototypeOrder, bool useMatchedZ,
                                    double low, double high)
@@ -131,9 +125,16 @@ void PoleZeroDesigner::mapBilinear() {
         zZeros[static_cast<std::size_t>(numZZeros)] = {-1.0, 0.0};
 }
 
-bool PoleZeroDesigner::getIsPole(Complex z) const {
-    return std::any_of(zPoles.begin(), zPoles.begin() + numZPoles,
-                       [z](Complex pole) { return pole.re == z.re && pole.im == z.im; });
+/// The transfer function with leading coefficients of 1. As a product of its factors: near a cluster of roots the
+/// multiplied-out polynomial is a small difference of large terms, and at order 10 would keep eight digits only.
+Complex PoleZeroDesigner::evaluateTransfer(Complex z) const {
+    const auto product = [z](const Roots& roots, std::int32_t count) {
+        Complex value{1.0, 0.0};
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
+            value = value * (z - roots[i]);
+        return value;
+    };
+    return product(zZeros, numZZeros) / product(zPoles, numZPoles);
 }
 
 void PoleZeroDesigner::expandAndScale() {
@@ -141,22 +142,16 @@ void PoleZeroDesigner::expandAndScale() {
     std::array<Complex, kRootCapacity + 1> bottom{};
     Design::expandRoots(zZeros, numZZeros, top);
     Design::expandRoots(zPoles, numZPoles, bottom);
-    const auto transfer = [&](Complex z) {
-        // A pole that stands on the reference point makes this a division by zero; multiplying the roots out rounds,
-        // and would leave a tiny number in its place.
-        if (getIsPole(z)) return Complex{kNaN, kNaN};
-        return Design::evaluateRatio(top, numZZeros, bottom, numZPoles, z);
-    };
 
     if (mode == Design::kLowPass) {
-        gain = magnitude(transfer({1.0, 0.0}));
+        gain = magnitude(evaluateTransfer({1.0, 0.0}));
     } else if (mode == Design::kHighPass) {
-        gain = magnitude(transfer({-1.0, 0.0}));
+        gain = magnitude(evaluateTransfer({-1.0, 0.0}));
     } else if (mode == Design::kBandPass) {
         const double angle = (lowCutOff + highCutOff) * kTwoPi * 0.25;
-        gain = magnitude(transfer({std::cos(angle), std::sin(angle)}));
+        gain = magnitude(evaluateTransfer({std::cos(angle), std::sin(angle)}));
     } else if (mode == Design::kBandStop) {
-        gain = magnitude(Design::poisonedSqrt(transfer({1.0, 0.0}) * transfer({-1.0, 0.0})));
+        gain = magnitude(Design::poisonedSqrt(evaluateTransfer({1.0, 0.0}) * evaluateTransfer({-1.0, 0.0})));
     }
 
     xCoeffs.resize(static_cast<std::size_t>(numZZeros) + 1);

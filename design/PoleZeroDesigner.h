@@ -65,5 +65,5 @@ private:
     void splitPole(std::size_t index, Design::Complex halfBand, double centre);
     template <class Mapping>
     void mapRoots(Mapping mapping);
-    bool getIsPole(Design::Complex z) const;
+    Design::Complex evaluateTransfer(Design::Complex z) const;
 };

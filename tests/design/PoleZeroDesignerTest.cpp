@@ -1,0 +1,533 @@
+// SPDX-License-Identifier: MIT
+#include "design/PoleZeroDesigner.h"
+
+#include "design/BesselDesigner.h"
+#include "design/ButterworthDesigner.h"
+#include "design/ChebyshevDesigner.h"
+#include "design/Constants.h"
+#include "tests/design/DesignKit.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <memory>
+
+namespace {
+using Design::Complex;
+using Kit::MatrixXd;
+using Support::agree;
+using Support::law;
+using Support::matrix;
+using Support::same;
+using Support::withinRel;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+
+using Bessel = Kit::OpenRoots<BesselDesigner>;
+using Butterworth = Kit::OpenRoots<ButterworthDesigner>;
+struct Chebyshev : Kit::OpenRoots<ChebyshevDesigner> {
+    Chebyshev(std::int32_t code, std::int32_t degree, bool matched, double low, double high)
+        : OpenRoots(code, degree, matched, low, -0.5, high) {}
+};
+
+// ---- Worked samples
+
+TEST(PoleZeroDesigner, ButterworthOrderOneByHand) {
+    Butterworth designer(Design::kLowPass, 1, false, 0.5, 0.1);
+    designer.step(matrix({{1.0}}));
+    // w1 = 2 tan(pi/4) = 2, the s-plane pole is -2, the z-plane pole 0, the zero -1.
+    EXPECT_TRUE(agree(designer.sPoles[0].re, -2.0, withinRel(1e-15)));
+    EXPECT_TRUE(agree(designer.zPoles[0].re, 0.0, law(1e-15))); // because tan(pi/4) is rounded
+    EXPECT_TRUE(agree(designer.zZeros[0].re, -1.0, same));
+    EXPECT_TRUE(agree(designer.getGain(), 2.0, withinRel(1e-15)));
+    EXPECT_EQ(designer.getXCoefficients(), (std::vector<double>{1.0, 1.0}));
+    ASSERT_EQ(designer.getYCoefficients().size(), 2u);
+    EXPECT_TRUE(agree(designer.getYCoefficients()[0], 0.0, law(1e-15))); // because of the pole's rounding
+    EXPECT_TRUE(agree(designer.getYCoefficients()[1], -1.0, same));
+    EXPECT_TRUE(agree(designer.output(), matrix({{0.5}}), withinRel(1e-15)));
+}
+
+TEST(PoleZeroDesigner, MatchedLowPassOfOrderOneConverges) {
+    Butterworth designer(Design::kLowPass, 1, true, 0.05, 0.1);
+    double former = 0.0;
+    for (int n = 0; n < 400; ++n) {
+        designer.step(matrix({{3.0}}));
+        EXPECT_EQ(designer.xHistory.size(), 1u);
+        EXPECT_EQ(designer.yHistory.size(), 2u);
+        const double u = 3.0 / designer.gain;
+        EXPECT_TRUE(
+            agree(designer.output()(0), designer.xCoeffs[0] * u + former * designer.yCoeffs[0], same));
+        former = designer.output()(0);
+    }
+    // The pole is exp(-0.05 pi) = 0.855, and 0.855^400 is far below the last bit.
+    EXPECT_TRUE(agree(former, 3.0, withinRel(1e-13)));
+}
+
+TEST(PoleZeroDesigner, BilinearLowPassOfOrderOneIsTheTrueFilter) {
+    Butterworth designer(Design::kLowPass, 1, false, 0.3, 0.1);
+    const double w = std::tan(0.15 * Design::kPi); // y(n) = (w (u(n) + u(n-1)) + (1 - w) y(n-1)) / (1 + w)
+    double u1 = 0.0;
+    double y1 = 0.0;
+    for (const MatrixXd& sample : Kit::randomTrace(1, 500, 1, 1)) {
+        designer.step(sample);
+        EXPECT_EQ(designer.xHistory.size(), 2u);
+        EXPECT_EQ(designer.yHistory.size(), 2u);
+        y1 = (w * (sample(0) + u1) + (1.0 - w) * y1) / (1.0 + w);
+        u1 = sample(0);
+        EXPECT_TRUE(agree(designer.output()(0), y1, withinRel(1e-13)));
+    }
+}
+
+TEST(PoleZeroDesigner, ButterworthPolesByRisingAngle) {
+    struct Row {
+        const char* name;
+        std::int32_t order;
+        std::vector<double> degrees;
+    };
+    const Row rows[] = {{.name = "order 1", .order = 1, .degrees = {180}},
+                        {.name = "order 2", .order = 2, .degrees = {135, 225}},
+                        {.name = "order 3", .order = 3, .degrees = {120, 180, 240}},
+                        {.name = "order 4", .order = 4, .degrees = {112.5, 157.5, 202.5, 247.5}}};
+    for (const Row& row : rows) {
+        Butterworth designer(Design::kLowPass, row.order, true, 0.05, 0.1);
+        designer.computePoles();
+        ASSERT_EQ(designer.numSPoles, row.order) << row.name;
+        for (std::size_t i = 0; i < row.degrees.size(); ++i) {
+            const double angle = row.degrees[i] * Design::kPi / 180.0;
+            EXPECT_TRUE(agree(designer.sPoles[i].re, std::cos(angle), withinRel(1e-14)))
+                << row.name << ", " << i;
+            EXPECT_TRUE(agree(designer.sPoles[i].im, std::sin(angle), withinRel(1e-14)))
+                << row.name << ", " << i;
+        }
+    }
+}
+
+TEST(PoleZeroDesigner, BesselListsTheRealPoleFirst) {
+    Bessel designer(Design::kLowPass, 3, true, 0.05, 0.1);
+    designer.computePoles();
+    ASSERT_EQ(designer.numSPoles, 3);
+    EXPECT_TRUE(agree(designer.sPoles[0].re, -1.32267579991, same));
+    EXPECT_TRUE(agree(designer.sPoles[1].im, 0.999264436281, same));
+    EXPECT_TRUE(agree(designer.sPoles[2].im, -0.999264436281, same));
+}
+
+TEST(PoleZeroDesigner, BesselPolesAreThreeDecibelsDownAtOne) {
+    for (std::int32_t order = 1; order <= 10; ++order) {
+        Bessel designer(Design::kLowPass, order, true, 0.05, 0.1);
+        designer.computePoles();
+        ASSERT_EQ(designer.numSPoles, order);
+        double power = 1.0;
+        for (std::int32_t i = 0; i < order; ++i) {
+            const Complex pole = designer.sPoles[static_cast<std::size_t>(i)];
+            const double atZero = pole.re * pole.re + pole.im * pole.im;
+            const double atOne = pole.re * pole.re + (1.0 - pole.im) * (1.0 - pole.im);
+            power *= atZero / atOne;
+        }
+        // The table has twelve digits; ten factors of relative error 5e-12 stay below this.
+        EXPECT_TRUE(agree(power, 0.5, law(1e-10))) << "order " << order;
+    }
+}
+
+TEST(PoleZeroDesigner, ChebyshevRippleShapesThePoles) {
+    const double rip = std::pow(10.0, 0.05);
+    const double eps = std::sqrt(rip - 1.0);
+    EXPECT_TRUE(agree(rip, 1.122018, Support::printed(7)));
+    EXPECT_TRUE(agree(eps, 0.349311, Support::printed(6)));
+    for (const std::int32_t order : {2, 3}) {
+        Chebyshev designer(Design::kLowPass, order, true, 0.05, 0.1);
+        designer.computePoles();
+        ASSERT_EQ(designer.numSPoles, order);
+        const double y = std::asinh(1.0 / eps) / order;
+        for (std::int32_t i = 0; i < order; ++i) {
+            const double angle = Design::kPi * (order == 3 ? 2.0 + i : 2.25 + 1.5 * i) / 3.0;
+            const Complex pole = designer.sPoles[static_cast<std::size_t>(i)];
+            EXPECT_TRUE(agree(pole.re, std::cos(angle) * std::sinh(y), withinRel(1e-13)))
+                << order << ", " << i;
+            EXPECT_TRUE(agree(pole.im, std::sin(angle) * std::cosh(y), withinRel(1e-13)))
+                << order << ", " << i;
+        }
+    }
+}
+
+// ---- Edges
+
+TEST(PoleZeroDesigner, BandRootCounts) {
+    Butterworth pass(Design::kBandPass, 3, false, 0.2, 0.35);
+    pass.step(matrix({{1.0}}));
+    EXPECT_EQ(pass.numSPoles, 6);
+    EXPECT_EQ(pass.numZZeros, pass.numZPoles);
+    pass.setParameters(Design::kBandPass, 3, true, 0.2, 0.35);
+    pass.step(matrix({{1.0}}));
+    EXPECT_EQ(pass.numSPoles, 6);
+    EXPECT_EQ(pass.numZZeros, 3);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_TRUE(agree(pass.zZeros[i].re, 1.0, same));
+        EXPECT_TRUE(agree(pass.zZeros[i].im, 0.0, same));
+    }
+    pass.setParameters(Design::kBandStop, 3, true, 0.2, 0.35);
+    pass.step(matrix({{1.0}}));
+    EXPECT_EQ(pass.numSPoles, 6);
+    EXPECT_EQ(pass.numSZeros, 6);
+}
+
+TEST(PoleZeroDesigner, HistorySizesFollowModeAndMapping) {
+    struct Row {
+        const char* name;
+        std::int32_t mode;
+        bool matchedZ;
+        std::size_t x, y;
+    };
+    const Row rows[] = {{.name = "low-pass matched", .mode = 1, .matchedZ = true, .x = 1, .y = 4},
+                        {.name = "low-pass bilinear", .mode = 1, .matchedZ = false, .x = 4, .y = 4},
+                        {.name = "high-pass matched", .mode = 2, .matchedZ = true, .x = 4, .y = 4},
+                        {.name = "high-pass bilinear", .mode = 2, .matchedZ = false, .x = 4, .y = 4},
+                        {.name = "band-pass matched", .mode = 4, .matchedZ = true, .x = 4, .y = 7},
+                        {.name = "band-pass bilinear", .mode = 4, .matchedZ = false, .x = 7, .y = 7},
+                        {.name = "band-stop matched", .mode = 8, .matchedZ = true, .x = 7, .y = 7},
+                        {.name = "band-stop bilinear", .mode = 8, .matchedZ = false, .x = 7, .y = 7}};
+    for (const Row& row : rows) {
+        Butterworth designer(row.mode, 3, row.matchedZ, 0.2, 0.35);
+        designer.step(matrix({{1.0, 2.0}}));
+        EXPECT_EQ(designer.xHistory.size(), row.x) << row.name;
+        EXPECT_EQ(designer.yHistory.size(), row.y) << row.name;
+        EXPECT_EQ(designer.xCoeffs.size(), row.x) << row.name;
+        EXPECT_EQ(designer.yCoeffs.size(), row.y) << row.name;
+    }
+}
+
+struct VoidDesign {
+    const char* name;
+    std::int32_t mode, order;
+    bool matchedZ;
+    double low, high;
+};
+constexpr VoidDesign kVoidDesigns[] = {
+    {.name = "band-pass, equal edges, matched",
+     .mode = 4,
+     .order = 1,
+     .matchedZ = true,
+     .low = 0.2,
+     .high = 0.2},
+    {.name = "band-pass, equal edges, bilinear",
+     .mode = 4,
+     .order = 3,
+     .matchedZ = false,
+     .low = 0.2,
+     .high = 0.2},
+    {.name = "band-stop, equal edges, matched",
+     .mode = 8,
+     .order = 2,
+     .matchedZ = true,
+     .low = 0.4,
+     .high = 0.4},
+    {.name = "band-stop, equal edges, bilinear",
+     .mode = 8,
+     .order = 10,
+     .matchedZ = false,
+     .low = 0.4,
+     .high = 0.4},
+    {.name = "low-pass at 0, matched", .mode = 1, .order = 1, .matchedZ = true, .low = 0.0, .high = 0.1},
+    {.name = "low-pass at 0, bilinear", .mode = 1, .order = 5, .matchedZ = false, .low = 0.0, .high = 0.1},
+    {.name = "low-pass at 0, order 10", .mode = 1, .order = 10, .matchedZ = true, .low = 0.0, .high = 0.1},
+    {.name = "band-stop from 0, matched", .mode = 8, .order = 3, .matchedZ = true, .low = 0.0, .high = 0.3},
+    {.name = "band-stop from 0, bilinear", .mode = 8, .order = 4, .matchedZ = false, .low = 0.0, .high = 0.3},
+};
+
+template <class Designer>
+void expectVoid(const VoidDesign& row) {
+    Designer designer(row.mode, row.order, row.matchedZ, row.low, row.high);
+    for (int n = 0; n < 3; ++n) {
+        designer.step(matrix({{1.0, -2.0, 0.0}}));
+        EXPECT_TRUE(agree(designer.output(), matrix({{kNaN, kNaN, kNaN}}), same)) << row.name;
+    }
+    EXPECT_TRUE(std::isnan(designer.getGain())) << row.name;
+    for (const double c : designer.getXCoefficients())
+        EXPECT_TRUE(std::isnan(c)) << row.name;
+    for (const double c : designer.getYCoefficients())
+        EXPECT_TRUE(std::isnan(c)) << row.name;
+    // The next sound design is sound.
+    designer.resetHistory(0, 0);
+    Designer fresh(1, 2, false, 0.3, 0.4);
+    fresh.step(matrix({{1.0, 2.0, 3.0}}));
+    if constexpr (!std::is_same_v<Designer, Chebyshev>) {
+        designer.setParameters(1, 2, false, 0.3, 0.4);
+        designer.step(matrix({{1.0, 2.0, 3.0}}));
+        EXPECT_TRUE(agree(designer.output(), fresh.output(), same)) << row.name;
+    }
+}
+
+TEST(PoleZeroDesigner, DesignsWithoutSolutionAreNaNUntilTheNext) {
+    for (const VoidDesign& row : kVoidDesigns) {
+        expectVoid<Bessel>(row);
+        expectVoid<Butterworth>(row);
+        expectVoid<Chebyshev>(row);
+    }
+}
+
+TEST(PoleZeroDesigner, OtherModesLeaveTheGainAlone) {
+    Butterworth designer(3, 2, false, 0.2, 0.3);
+    designer.step(matrix({{1.0}}));
+    EXPECT_TRUE(agree(designer.getGain(), 1.0, same));
+}
+
+// ---- Memory
+
+TEST(PoleZeroDesigner, StartsWithoutADesign) {
+    const Butterworth designer(Design::kLowPass, 2, true, 0.05, 0.1);
+    EXPECT_TRUE(agree(designer.getGain(), 1.0, same));
+    EXPECT_TRUE(designer.getXCoefficients().empty());
+    EXPECT_TRUE(designer.getYCoefficients().empty());
+    EXPECT_EQ(designer.xHistory.size(), 2u);
+    EXPECT_EQ(designer.yHistory.size(), 2u);
+    EXPECT_TRUE(agree(designer.output(), matrix({{0.0}}), same));
+    EXPECT_TRUE(designer.needsDesign);
+}
+
+TEST(PoleZeroDesigner, ShapeChangeZeroesHistoryAndRedesigns) {
+    Butterworth designer(Design::kLowPass, 2, false, 0.1, 0.2);
+    for (int n = 0; n < 5; ++n)
+        designer.step(matrix({{1.0, 2.0}}));
+    designer.gain = 99.0; // only a redesign can mend this
+    designer.step(matrix({{1.0}, {2.0}}));
+    Butterworth fresh(Design::kLowPass, 2, false, 0.1, 0.2);
+    fresh.step(matrix({{1.0}, {2.0}}));
+    EXPECT_TRUE(agree(designer.output(), fresh.output(), same));
+    EXPECT_TRUE(agree(designer.gain, fresh.gain, same));
+}
+
+TEST(PoleZeroDesigner, ResetKeepsShapeAndDesign) {
+    Butterworth designer(Design::kBandPass, 2, false, 0.1, 0.2);
+    Butterworth fresh(Design::kBandPass, 2, false, 0.1, 0.2);
+    for (int n = 0; n < 5; ++n)
+        designer.step(matrix({{1.0, 2.0}}));
+    const auto x = designer.getXCoefficients();
+    const auto y = designer.getYCoefficients();
+    designer.resetHistory(0, 0);
+    EXPECT_FALSE(designer.needsDesign);
+    EXPECT_TRUE(agree(designer.output(), matrix({{0.0, 0.0}}), same));
+    EXPECT_EQ(designer.getXCoefficients(), x);
+    EXPECT_EQ(designer.getYCoefficients(), y);
+    designer.step(matrix({{3.0, 4.0}}));
+    fresh.step(matrix({{3.0, 4.0}}));
+    EXPECT_TRUE(agree(designer.output(), fresh.output(), same));
+}
+
+TEST(PoleZeroDesigner, ResetTakesAnotherShapeWithoutADesign) {
+    Butterworth designer(Design::kLowPass, 1, false, 0.1, 0.2);
+    designer.step(matrix({{1.0}}));
+    designer.resetHistory(2, 3);
+    EXPECT_TRUE(agree(designer.output(), MatrixXd::Zero(2, 3), same));
+    designer.resetHistory(4, 0);
+    EXPECT_TRUE(agree(designer.output(), MatrixXd::Zero(2, 3), same))
+        << "a value below 1 means the present shape";
+    EXPECT_FALSE(designer.needsDesign);
+}
+
+TEST(PoleZeroDesigner, ParametersActAtTheNextStep) {
+    Butterworth designer(Design::kLowPass, 1, false, 0.1, 0.2);
+    designer.step(matrix({{1.0}}));
+    const double before = designer.getGain();
+    designer.setParameters(Design::kLowPass, 1, false, 0.4, 0.2);
+    EXPECT_TRUE(agree(designer.getGain(), before, same));
+    designer.step(matrix({{1.0}}));
+    EXPECT_LT(designer.getGain(), before);
+}
+
+// ---- Laws over a grid of designs
+
+struct Grid {
+    std::string name;
+    std::int32_t mode, order;
+    bool matchedZ;
+    double low, high;
+};
+
+std::vector<Grid> grid() {
+    std::vector<Grid> rows;
+    for (const std::int32_t mode : {1, 2, 4, 8})
+        for (std::int32_t order = 1; order <= 10; ++order)
+            for (const bool matchedZ : {false, true})
+                for (const double low : {0.01, 0.05, 0.2, 0.5, 0.8, 0.95})
+                    rows.push_back(
+                        {.name = "mode " + std::to_string(mode) + ", order " + std::to_string(order) +
+                                 (matchedZ ? ", matched-z, " : ", bilinear, ") + std::to_string(low),
+                         .mode = mode,
+                         .order = order,
+                         .matchedZ = matchedZ,
+                         .low = low,
+                         .high = low + 0.04});
+    return rows;
+}
+
+template <class Designer>
+class PoleZeroLaws : public testing::Test {};
+using Families = testing::Types<Bessel, Butterworth, Chebyshev>;
+TYPED_TEST_SUITE(PoleZeroLaws, Families);
+
+TYPED_TEST(PoleZeroLaws, PolesLieInsideTheUnitCircle) {
+    for (const Grid& row : grid()) {
+        if (row.mode != Design::kLowPass && row.mode != Design::kHighPass) continue;
+        TypeParam designer(row.mode, row.order, row.matchedZ, row.low, row.high);
+        designer.step(matrix({{1.0}}));
+        ASSERT_EQ(designer.numZPoles, row.order) << row.name;
+        for (std::int32_t i = 0; i < designer.numZPoles; ++i)
+            EXPECT_LT(magnitude(designer.zPoles[static_cast<std::size_t>(i)]), 1.0)
+                << row.name << ", pole " << i;
+    }
+}
+
+TYPED_TEST(PoleZeroLaws, RootsComeInConjugatePairs) {
+    for (const Grid& row : grid()) {
+        TypeParam designer(row.mode, row.order, row.matchedZ, row.low, row.high);
+        designer.step(matrix({{1.0}}));
+        const auto paired = [&](const auto& roots, std::int32_t count) {
+            for (std::int32_t i = 0; i < count; ++i) {
+                const Complex wanted = conjugate(roots[static_cast<std::size_t>(i)]);
+                double nearest = 1.0;
+                for (std::int32_t k = 0; k < count; ++k)
+                    nearest = std::min(nearest, magnitude(roots[static_cast<std::size_t>(k)] - wanted));
+                // Every stage treats a pair alike but for rounding; the square root of a band can lose half the digits
+                // where its radicand vanishes, and no design of the grid comes near that.
+                EXPECT_LT(nearest, 1e-12) << row.name << ", root " << i;
+            }
+        };
+        paired(designer.zPoles, designer.numZPoles);
+        paired(designer.zZeros, designer.numZZeros);
+    }
+}
+
+/// A polynomial with real coefficients on the unit circle, and how much rounding it carries relative to its size.
+struct OnCircle {
+    double size;
+    double rounding;
+};
+
+OnCircle onCircle(const std::vector<double>& coefficients, Complex z) {
+    std::vector<Complex> terms;
+    double sum = 0.0;
+    for (const double c : coefficients) {
+        terms.push_back({c, 0.0});
+        sum += std::fabs(c);
+    }
+    const int degree = static_cast<int>(terms.size()) - 1;
+    const double size = magnitude(Design::evaluatePolynomial(terms, degree, z));
+    // Each coefficient and each term of the sum is rounded a few times a degree, by half an ulp of at most `sum`.
+    return {.size = size, .rounding = 4.0 * (degree + 1) * kEps * sum / size};
+}
+
+TYPED_TEST(PoleZeroLaws, GainIsOneAtTheReferencePoint) {
+    int compared = 0;
+    for (const Grid& row : grid()) {
+        TypeParam designer(row.mode, row.order, row.matchedZ, row.low, row.high);
+        designer.step(matrix({{1.0}}));
+        const double angle = (row.low + row.high) * 0.5 * Design::kPi;
+        std::vector<Complex> points{{1.0, 0.0}};
+        if (row.mode == Design::kHighPass) points = {{-1.0, 0.0}};
+        if (row.mode == Design::kBandPass) points = {{std::cos(angle), std::sin(angle)}};
+        if (row.mode == Design::kBandStop) points = {{1.0, 0.0}, {-1.0, 0.0}};
+        double response = 1.0;
+        double bound = 1e-13;
+        for (const Complex z : points) {
+            const OnCircle x = onCircle(designer.xCoeffs, z);
+            const OnCircle y = onCircle(designer.yCoeffs, z);
+            response *= x.size / y.size;
+            bound += x.rounding + y.rounding;
+        }
+        if (points.size() == 2) response = std::sqrt(response);
+        // Near a cluster of roots the coefficients have no digits left to compare.
+        if (!(bound < 1e-3)) continue;
+        EXPECT_TRUE(agree(response / designer.getGain(), 1.0, law(bound))) << row.name;
+        ++compared;
+    }
+    EXPECT_GT(compared, 250);
+}
+
+TYPED_TEST(PoleZeroLaws, AConstantSettlesAsTheDesignSays) {
+    for (const Grid& row : grid()) {
+        if (row.mode != Design::kLowPass || row.low < 0.05) continue;
+        TypeParam designer(row.mode, row.order, row.matchedZ, row.low, row.high);
+        designer.step(matrix({{2.0}}));
+        double feedback = 0.0;
+        double size = 1.0;
+        for (std::size_t j = 0; j + 1 < designer.yCoeffs.size(); ++j) {
+            feedback += designer.yCoeffs[j];
+            size += std::fabs(designer.yCoeffs[j]);
+        }
+        // y settles with the factor `feedback` a step, and its rounding is magnified by 1 / (1 - feedback).
+        const double bound = 64.0 * kEps * size / (1.0 - feedback);
+        if (!(bound < 1e-3) || std::fabs(feedback) > 0.999) continue;
+        for (int n = 0; n < 40000; ++n)
+            designer.step(matrix({{2.0}}));
+        EXPECT_TRUE(agree(designer.output()(0), 2.0, law(2.0 * bound))) << row.name;
+    }
+}
+
+// ---- Long traces
+
+TYPED_TEST(PoleZeroLaws, RunsTheLiteralDirectFormBitForBit) {
+    for (const Grid& row : grid()) {
+        if (row.low != 0.2) continue;
+        for (const Kit::Shape shape : Kit::kShapes) {
+            TypeParam designer(row.mode, row.order, row.matchedZ, row.low, row.high);
+            Kit::LiteralDirectForm literal;
+            for (const MatrixXd& sample : Kit::randomTrace(7, 60, shape.rows, shape.cols)) {
+                designer.step(sample);
+                if (literal.xHistory.empty())
+                    literal = {.xCoeffs = designer.xCoeffs,
+                               .yCoeffs = designer.yCoeffs,
+                               .xHistory = std::vector<MatrixXd>(designer.xHistory.size(), sample * 0.0),
+                               .yHistory = std::vector<MatrixXd>(designer.yHistory.size(), sample * 0.0)};
+                ASSERT_TRUE(agree(designer.output(), literal.step(sample / designer.gain), same)) << row.name;
+            }
+        }
+    }
+}
+
+TYPED_TEST(PoleZeroLaws, IsAFirstOrderRecursionWhateverTheOrder) {
+    for (const Grid& row : grid()) {
+        if (row.low != 0.2) continue;
+        TypeParam designer(row.mode, row.order, row.matchedZ, row.low, row.high);
+        MatrixXd u1 = MatrixXd::Zero(3, 5);
+        MatrixXd y1 = MatrixXd::Zero(3, 5);
+        for (const MatrixXd& sample : Kit::randomTrace(11, 2000, 3, 5)) {
+            designer.step(sample);
+            const auto& x = designer.xCoeffs;
+            const auto& y = designer.yCoeffs;
+            double formerX = 0.0, formerY = 0.0, size = std::fabs(x.back());
+            for (std::size_t i = 0; i + 1 < x.size(); ++i) {
+                formerX += x[i];
+                size += std::fabs(x[i]);
+            }
+            for (std::size_t j = 0; j + 1 < y.size(); ++j) {
+                formerY += y[j];
+                size += std::fabs(y[j]);
+            }
+            const MatrixXd u = sample / designer.gain;
+            const MatrixXd wanted = x.back() * u + formerX * u1 + formerY * y1;
+            // A sum of n terms rounds at most n times, each time by half an ulp of at most the sum of their sizes.
+            const double largest =
+                std::max({u.cwiseAbs().maxCoeff(), u1.cwiseAbs().maxCoeff(), y1.cwiseAbs().maxCoeff()});
+            const double bound = static_cast<double>(x.size() + y.size()) * kEps * size * largest;
+            ASSERT_TRUE(agree(designer.output(), wanted, law(bound))) << row.name;
+            u1 = u;
+            y1 = designer.output();
+            if (!(y1.cwiseAbs().maxCoeff() < 1e280)) break; // some of these grow without bound, as they must
+        }
+    }
+}
+
+TEST(PoleZeroDesigner, AHighPassNearNyquistDiverges) {
+    Butterworth designer(Design::kHighPass, 2, false, 0.95, 0.1);
+    double largest = 0.0;
+    for (const MatrixXd& sample : Kit::randomTrace(3, 200, 1, 1)) {
+        designer.step(sample);
+        largest = std::max(largest, std::fabs(designer.output()(0)));
+    }
+    EXPECT_GT(largest, 1e20);
+}
+
+} // namespace
