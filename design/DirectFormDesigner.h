@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <vector>
 
+using Quillmere::Core::MatrixXd;
+
 namespace Design {
 /// The band shapes as designs know them.
 inline constexpr std::int32_t kLowPass = 1;
@@ -31,8 +33,6 @@ inline constexpr std::int32_t kBandStop = 8;
 /// A design whose gain is not-a-number has only such coefficients, and its output stays so until the next design.
 class DirectFormDesigner {
 public:
-    using MatrixXd = Quillmere::Core::MatrixXd;
-
     virtual ~DirectFormDesigner();
 
     /// Clears the histories and gives them the shape `rows` by `cols`; a value below 1 for either means the shape

@@ -6,6 +6,8 @@
 
 #include <vector>
 
+using Quillmere::Core::MatrixXd;
+
 /// Runs a recursive filter whose coefficients the user gives, every element of a sample alike. With u the input times
 /// the reciprocal of the gain, nx coefficients x and any number of coefficients y:
 ///
@@ -19,8 +21,6 @@
 /// value. Before any coefficients are set the output is zero.
 class IIRComputer {
 public:
-    using MatrixXd = Quillmere::Core::MatrixXd;
-
     void setGain(double gain);
     /// Takes row 0. Requires: at least one row.
     void setXCoefficients(const MatrixXd& matrix);
