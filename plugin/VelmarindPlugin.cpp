@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "plugin/VelmarindPlugin.h"
 
+#include "blocks/FilterFlagStatic.h"
 #include "blocks/FilterGain.h"
 #include "blocks/FilterInvGain.h"
+#include "blocks/FilterSaturationDetector.h"
+#include "blocks/FilterSmartSaturationDetector.h"
+#include "blocks/FilterWFLC.h"
 #include "plugin/BuildInfo.h"
 #include "plugin/FilterFactory.h"
 
@@ -20,8 +24,12 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     metaData.buildDate = BuildInfo::kBuildDate;
 
     // The order is interface: alphabetical, a lower-case letter or `_` before the capitals where names part.
+    registerBlock<FilterFlagStatic>();
     registerBlock<FilterGain>();
     registerBlock<FilterInvGain>();
+    registerBlock<FilterSaturationDetector>();
+    registerBlock<FilterSmartSaturationDetector>();
+    registerBlock<FilterWFLC>();
 }
 
 template <class T>
