@@ -51,6 +51,19 @@ template <int pairs>
     }
 }
 
+/// Runs the cascade over one element; alone, a pair of lanes would only add work.
+[[gnu::always_inline]] inline double stepSingle(const double* c, int sections, double* state, double u) {
+    for (int k = 0; k < sections; ++k, ++c, ++state) {
+        const double s1 = state[0];
+        const double s2 = state[sections];
+        const double w = u + c[kA1 * sections] * s1 + c[kA2 * sections] * s2;
+        u = (c[kB1 * sections] * s1 + w + c[kB2 * sections] * s2) * c[kGain * sections];
+        state[sections] = s1;
+        state[0] = w;
+    }
+    return u;
+}
+
 } // namespace
 
 void ButterworthComputer::setParameters(double newCutOff, int newOrder) {
@@ -138,8 +151,13 @@ void ButterworthComputer::stepElements(const double* in) {
     for (; first + 4 <= count; first += 4)
         stepGroup<2>(c, sections, highPass, state + first, in + first, out + first, 4);
     const Eigen::Index rest = count - first;
-    if (rest == 3)
+    if (rest == 3) {
         stepGroup<2>(c, sections, highPass, state + first, in + first, out + first, 3);
-    else if (rest > 0)
-        stepGroup<1>(c, sections, highPass, state + first, in + first, out + first, rest);
+    } else if (rest == 2) {
+        stepGroup<1>(c, sections, highPass, state + first, in + first, out + first, 2);
+    } else if (rest == 1) {
+        const double x = in[first];
+        const double u = stepSingle(c, sections, state[first].data(), x);
+        out[first] = highPass ? x - u : u;
+    }
 }
