@@ -50,7 +50,7 @@ void ButterworthComputer_v2::step(const MatrixXd& input) {
 /// slept through in a bypass, nor where an order or a cached cut-off brought another number of sections without a start.
 bool ButterworthComputer_v2::isRunning(const MatrixXd& input) const {
     return filtered.rows() == input.rows() && filtered.cols() == input.cols() && stateRows == input.rows() &&
-           stateCols == input.cols() && numSections > 0 && coefficients.cols() == numSections &&
+           stateCols == input.cols() && coefficients.cols() == numSections &&
            (states.empty() || states.front().cols() == numSections);
 }
 
