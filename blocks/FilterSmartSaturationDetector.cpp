@@ -25,7 +25,7 @@ void flagElements(const Rules& rules, const double* x, double* anchor, double* c
         if constexpr (kWholeOnly) follows = follows & (std::trunc(value) == value);
         const double newCount = follows ? count[i] + 1.0 : 0.0;
         count[i] = newCount;
-        out[i] = follows & (newCount + 1.0 >= rules.steadySamples) ? 1.0 : 0.0;
+        out[i] = (follows & (newCount + 1.0 >= rules.steadySamples)) ? 1.0 : 0.0;
         anchor[i] = follows ? start : value;
     }
 }

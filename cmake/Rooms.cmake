@@ -20,7 +20,9 @@ function(velmarind_engines name)
 endfunction()
 
 # velmarind_tests(ROOM LIBRARIES libs... SOURCES files...): one test program per room. The one list of sources both
-# builds the tests and registers each of them with CTest.
+# builds the tests and registers each of them with CTest. The label `threads` marks what the thread sanitizer has to see;
+# the target `thread_tests` builds all of that.
+add_custom_target(thread_tests)
 function(velmarind_tests room)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   set(target test_${room})
@@ -29,4 +31,7 @@ function(velmarind_tests room)
   target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES} Velmarind::test_support)
   gtest_discover_tests(${target} TEST_PREFIX "${room}." DISCOVERY_TIMEOUT 60
                        PROPERTIES TIMEOUT 300 LABELS "${room};${ARG_LABELS}")
+  if("threads" IN_LIST ARG_LABELS)
+    add_dependencies(thread_tests ${target})
+  endif()
 endfunction()

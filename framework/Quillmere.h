@@ -6,6 +6,7 @@
 #include "framework/core/CommandProperty.h"
 #include "framework/core/FlowManager.h"
 #include "framework/core/LayoutManager.h"
+#include "framework/core/Version.h"
 #include "framework/properties/EnumProperty.h"
 #include "framework/properties/RangeProperty.h"
 #include "framework/properties/ValueProperty.h"

@@ -2,7 +2,7 @@
 #include "plugin/EntryPoints.h"
 
 #include "framework/core/FlowManager.h"
-#include "plugin/BuildInfo.h"
+#include "framework/core/Version.h"
 #include "plugin/VelmarindPlugin.h"
 
 namespace {
@@ -23,5 +23,5 @@ void dllStopPlugin() {
 }
 
 const char* dllGetQuillmereVersion() {
-    return BuildInfo::kFrameworkVersion;
+    return Quillmere::Core::kFrameworkVersion;
 }

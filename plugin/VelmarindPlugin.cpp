@@ -7,6 +7,7 @@
 #include "blocks/FilterSaturationDetector.h"
 #include "blocks/FilterSmartSaturationDetector.h"
 #include "blocks/FilterWFLC.h"
+#include "framework/core/Version.h"
 #include "plugin/BuildInfo.h"
 #include "plugin/FilterFactory.h"
 
@@ -17,7 +18,7 @@ constexpr const char* kVersion = "1.3.3";
 
 VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     metaData.pluginVersion = kVersion;
-    metaData.hostVersion = BuildInfo::kFrameworkVersion;
+    metaData.hostVersion = Quillmere::Core::kFrameworkVersion;
     metaData.pluginName = kName;
     metaData.description = "This is the plugin that wraps Velmarind elements.";
     metaData.platform = BuildInfo::kPlatform;
