@@ -1,8 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "plugin/VelmarindPlugin.h"
 
+#include "blocks/FilterBlackmanWindow.h"
+#include "blocks/FilterFastFourierTransform.h"
+#include "blocks/FilterFFT.h"
 #include "blocks/FilterFlagStatic.h"
+#include "blocks/FilterFunctionGenerator.h"
 #include "blocks/FilterGain.h"
+#include "blocks/FilterGaussianWhiteNoiseGenerator.h"
+#include "blocks/FilterHammingWindow.h"
+#include "blocks/FilterHanningWindow.h"
 #include "blocks/FilterInvGain.h"
 #include "blocks/FilterSaturationDetector.h"
 #include "blocks/FilterSmartSaturationDetector.h"
@@ -25,8 +32,15 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     metaData.buildDate = BuildInfo::kBuildDate;
 
     // The order is interface: alphabetical, a lower-case letter or `_` before the capitals where names part.
+    registerBlock<FilterBlackmanWindow>();
+    registerBlock<FilterFastFourierTransform>();
+    registerBlock<FilterFFT>();
     registerBlock<FilterFlagStatic>();
+    registerBlock<FilterFunctionGenerator>();
     registerBlock<FilterGain>();
+    registerBlock<FilterGaussianWhiteNoiseGenerator>();
+    registerBlock<FilterHammingWindow>();
+    registerBlock<FilterHanningWindow>();
     registerBlock<FilterInvGain>();
     registerBlock<FilterSaturationDetector>();
     registerBlock<FilterSmartSaturationDetector>();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "spectral/FFTPack.h"
 
-#include "tests/spectral/AllocationCount.h"
 #include "tests/spectral/DirectTransform.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
@@ -75,9 +75,7 @@ constexpr std::int32_t kLawLengths[] = {2,  3,  4,  5,   6,   7,   8,    12,   1
 
 } // namespace
 
-// ---- what it is
-
-TEST(FFTPack, StartsUnsizedAndOwnsItsTablesAlone) {
+TEST(FFTPackTest, StartsUnsizedAndOwnsItsTablesAlone) {
     const FFTPack pack;
     EXPECT_EQ(pack.getSize(), 0);
     EXPECT_EQ(pack.getFactorTable(), nullptr);
@@ -87,13 +85,13 @@ TEST(FFTPack, StartsUnsizedAndOwnsItsTablesAlone) {
     EXPECT_FALSE(std::is_copy_assignable_v<FFTPack>);
 }
 
-TEST(FFTPack, ConstructionAllocatesNothing) {
-    const long before = allocationCount();
+TEST(FFTPackTest, ConstructionAllocatesNothing) {
+    const AllocationCounter counter;
     const FFTPack pack;
-    EXPECT_EQ(allocationCount(), before);
+    EXPECT_EQ(counter.count(), 0u);
 }
 
-TEST(FFTPack, StoresTheFactorsInTheOrderOfTheTrials) {
+TEST(FFTPackTest, StoresTheFactorsInTheOrderOfTheTrials) {
     const struct {
         std::int32_t n;
         std::vector<std::int32_t> factors;
@@ -140,7 +138,7 @@ TEST(FFTPack, StoresTheFactorsInTheOrderOfTheTrials) {
     }
 }
 
-TEST(FFTPack, FactorsOfEveryLengthMultiplyBackAndFitTheTable) {
+TEST(FFTPackTest, FactorsOfEveryLengthMultiplyBackAndFitTheTable) {
     for (std::int32_t n = 2; n <= 4096; ++n) {
         FFTPack pack;
         pack.setSize(n);
@@ -153,7 +151,7 @@ TEST(FFTPack, FactorsOfEveryLengthMultiplyBackAndFitTheTable) {
     }
 }
 
-TEST(FFTPack, LaysTheTwiddlesOutBranchByBranch) {
+TEST(FFTPackTest, LaysTheTwiddlesOutBranchByBranch) {
     // n = 24 has the factors 2, 4, 3. The 2 has one branch of width 12 at angles of 1/24 turn; the 4 has three of width 3
     // at 2/24, 4/24 and 6/24; the 3 is the last and has none.
     const struct {
@@ -172,13 +170,11 @@ TEST(FFTPack, LaysTheTwiddlesOutBranchByBranch) {
     }
 }
 
-// ---- worked samples
-
-TEST(FFTPack, TransformsTwoToSumAndDifference) {
+TEST(FFTPackTest, TransformsTwoToSumAndDifference) {
     EXPECT_EQ(transformOf({3.0, 5.0}), (std::vector<double>{8.0, -2.0}));
 }
 
-TEST(FFTPack, TransformsFourAndThreeAsWorkedByHand) {
+TEST(FFTPackTest, TransformsFourAndThreeAsWorkedByHand) {
     // 1, 2, 4, 8: the sum 15; (1 - 4) + i (8 - 2); 1 - 2 + 4 - 8.
     EXPECT_EQ(transformOf({1.0, 2.0, 4.0, 8.0}), (std::vector<double>{15.0, -3.0, 6.0, -5.0}));
     // 1, 2, 4: the sum 7; 1 - (2 + 4)/2; (4 - 2) * sqrt(3)/2.
@@ -188,7 +184,7 @@ TEST(FFTPack, TransformsFourAndThreeAsWorkedByHand) {
     EXPECT_TRUE(agree(three[2], std::sqrt(3.0), withinRel(1e-15)));
 }
 
-TEST(FFTPack, PutsRealAndImaginaryPartsInHalfComplexOrder) {
+TEST(FFTPackTest, PutsRealAndImaginaryPartsInHalfComplexOrder) {
     // exp(-2*pi*i*k/n): the spectrum of an impulse one sample late shows every place of both layouts.
     for (const std::int32_t n : {9, 10, 11, 12}) {
         std::vector<double> x(static_cast<std::size_t>(n));
@@ -206,14 +202,14 @@ TEST(FFTPack, PutsRealAndImaginaryPartsInHalfComplexOrder) {
     }
 }
 
-TEST(FFTPack, AgreesWithTheDefinitionForEveryLengthTo2048) {
+TEST(FFTPackTest, AgreesWithTheDefinitionForEveryLengthTo2048) {
     for (std::int32_t n = 1; n <= 2048; ++n) {
         const std::vector<double> x = noise(static_cast<std::size_t>(n), static_cast<std::uint64_t>(n));
         EXPECT_LE(relativeError(transformOf(x), directTransform(x)), bound(n)) << "n = " << n;
     }
 }
 
-TEST(FFTPack, AgreesWithTheDefinitionForLongSequences) {
+TEST(FFTPackTest, AgreesWithTheDefinitionForLongSequences) {
     for (const std::int32_t n : {4096, 6561, 10007}) {
         const std::vector<double> x = noise(static_cast<std::size_t>(n), static_cast<std::uint64_t>(n));
         EXPECT_LE(relativeError(transformOf(x), directTransform(x)), bound(n)) << "n = " << n;
@@ -231,7 +227,7 @@ TEST(FFTPack, AgreesWithTheDefinitionForLongSequences) {
     }
 }
 
-TEST(DirectTransform, InTwoSummationsIsTheOneSummation) {
+TEST(DirectTransformTest, InTwoSummationsIsTheOneSummation) {
     const std::vector<double> x = noise(60, 1);
     const std::vector<long double> whole = directTransform(x);
     for (const std::size_t rows : {4UL, 5UL, 6UL, 15UL}) {
@@ -241,9 +237,7 @@ TEST(DirectTransform, InTwoSummationsIsTheOneSummation) {
     }
 }
 
-// ---- laws
-
-TEST(FFTPack, IsLinear) {
+TEST(FFTPackTest, IsLinear) {
     for (const std::int32_t n : kLawLengths) {
         const std::vector<double> x = noise(static_cast<std::size_t>(n), 1);
         const std::vector<double> y = noise(static_cast<std::size_t>(n), 2);
@@ -260,7 +254,7 @@ TEST(FFTPack, IsLinear) {
     }
 }
 
-TEST(FFTPack, TurnsEachHarmonicByItsShareWhenTheInputIsShifted) {
+TEST(FFTPackTest, TurnsEachHarmonicByItsShareWhenTheInputIsShifted) {
     for (const std::int32_t n : kLawLengths) {
         const auto length = static_cast<std::size_t>(n);
         const std::vector<double> x = noise(length, 3);
@@ -284,7 +278,7 @@ TEST(FFTPack, TurnsEachHarmonicByItsShareWhenTheInputIsShifted) {
     }
 }
 
-TEST(FFTPack, KeepsTheEnergyAsParsevalSays) {
+TEST(FFTPackTest, KeepsTheEnergyAsParsevalSays) {
     for (const std::int32_t n : kLawLengths) {
         const std::vector<double> x = noise(static_cast<std::size_t>(n), 4);
         std::vector<double> spectrum = transformOf(x);
@@ -297,7 +291,7 @@ TEST(FFTPack, KeepsTheEnergyAsParsevalSays) {
     }
 }
 
-TEST(FFTPack, GivesEvenInputNoImaginaryAndOddInputNoRealPart) {
+TEST(FFTPackTest, GivesEvenInputNoImaginaryAndOddInputNoRealPart) {
     for (const std::int32_t n : kLawLengths) {
         const auto length = static_cast<std::size_t>(n);
         const std::vector<double> x = noise(length, 5);
@@ -317,9 +311,7 @@ TEST(FFTPack, GivesEvenInputNoImaginaryAndOddInputNoRealPart) {
     }
 }
 
-// ---- edges
-
-TEST(FFTPack, LeavesASingleValueAlone) {
+TEST(FFTPackTest, LeavesASingleValueAlone) {
     FFTPack pack;
     pack.setSize(1);
     EXPECT_EQ(pack.getSize(), 1);
@@ -330,7 +322,7 @@ TEST(FFTPack, LeavesASingleValueAlone) {
     EXPECT_TRUE(agree(value, -0.0, same));
 }
 
-TEST(FFTPack, CarriesNonFiniteValuesIntoEverySum) {
+TEST(FFTPackTest, CarriesNonFiniteValuesIntoEverySum) {
     for (const std::int32_t n : {2, 3, 4, 8, 15, 22}) {
         std::vector<double> x(static_cast<std::size_t>(n), 1.0);
         x.back() = std::numeric_limits<double>::quiet_NaN();
@@ -342,7 +334,7 @@ TEST(FFTPack, CarriesNonFiniteValuesIntoEverySum) {
     }
 }
 
-TEST(FFTPack, RefusesAWorkArrayBeyond32Bits) {
+TEST(FFTPackTest, RefusesAWorkArrayBeyond32Bits) {
     // 8 * (3 * 178956966 + 15) bytes are the first beyond 2^32 - 1.
     FFTPack pack;
     pack.setSize(8);
@@ -357,32 +349,30 @@ TEST(FFTPack, RefusesAWorkArrayBeyond32Bits) {
     EXPECT_EQ(x, (std::vector<double>{15.0, -3.0, 6.0, -5.0}));
 }
 
-// ---- memory
-
-TEST(FFTPack, KeepsBothTablesWhereTheyAreForTheSizeInForce) {
+TEST(FFTPackTest, KeepsBothTablesWhereTheyAreForTheSizeInForce) {
     FFTPack pack;
     pack.setSize(12);
     const auto* factors = pack.getFactorTable();
     const auto* work = pack.getWorkArray();
-    const long before = allocationCount();
+    const AllocationCounter counter;
     pack.setSize(12);
     EXPECT_EQ(pack.getFactorTable(), factors);
     EXPECT_EQ(pack.getWorkArray(), work);
-    EXPECT_EQ(allocationCount(), before);
+    EXPECT_EQ(counter.count(), 0u);
 }
 
-TEST(FFTPack, AllocatesNothingInATransform) {
+TEST(FFTPackTest, AllocatesNothingInATransform) {
     for (const std::int32_t n : kLawLengths) {
         FFTPack pack;
         pack.setSize(n);
         std::vector<double> x = noise(static_cast<std::size_t>(n), 6);
-        const long before = allocationCount();
+        const AllocationCounter counter;
         pack.forwardTransform(x.data());
-        EXPECT_EQ(allocationCount(), before) << "n = " << n;
+        EXPECT_EQ(counter.count(), 0u) << "n = " << n;
     }
 }
 
-TEST(FFTPack, RemembersNothingButThePlan) {
+TEST(FFTPackTest, RemembersNothingButThePlan) {
     FFTPack used;
     for (const std::int32_t n : kLawLengths) {
         const std::vector<double> x = noise(static_cast<std::size_t>(n), 7);

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "blocks/Block.h"
+
+/// Makes one sample of a test signal a step, in a time of its own.
+///
+///     sinusoid     sin(p * 2*pi / P) * A + O
+///     triangular   (2*p / P - 1) * A + O
+///     rectangular  O + A if 2*p <= P, else O - A
+///     continuous   O
+///     then  p += SampleRate, time += SampleRate;  p -= P once if p >= P
+///
+/// with the phase p, P = "SignalPeriod", A = "SignalAmplitude" and O = "SignalOffset". Out: 1 by 1, in the unit of A,
+/// stamped with the time after the step, so the first sample is stamped "SampleRate" and not 0. Before the first step the
+/// output holds minus the default amplitude. Phase and time run on for the life of the block; nothing resets them, no
+/// change of a setting either.
+///
+/// Kept as is: "SampleRate" is the step of one call in the unit of the period, not a frequency; "triangular" is a ramp
+/// that jumps back; the period is taken off once a step, so a step beyond it lets the phase grow. In "continuous" mode
+/// amplitude, period and rate cannot be written.
+class FilterFunctionGenerator final : public Filter {
+public:
+    static constexpr const char* kTypeName = "FilterFunctionGenerator";
+
+    explicit FilterFunctionGenerator(const std::string& instanceName);
+    ~FilterFunctionGenerator() override;
+
+    void process() override;
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    double valueAtPhase() const;
+    void advance();
+    void onModeChanged();
+
+    OutputPin<MatrixXd> out;
+    EnumProperty<std::string> mode;
+    RangeProperty<double> signalPeriod;
+    RangeProperty<double> signalAmplitude;
+    RangeProperty<double> signalOffset;
+    RangeProperty<int> sampleRate;
+
+    double phase = 0.0; ///< place in the period, in the unit of the period
+    double time = 0.0;  ///< stamp of the sample sent last, in the same unit
+};
