@@ -16,7 +16,7 @@ void CommandProperty::fire() {
 }
 
 void CommandProperty::accept(Util::System::AbstractVisitor& visitor) const {
-    if (!acceptTyped(*this, visitor)) AbstractProperty::accept(visitor);
+    if (!acceptTyped(*this, visitor)) DefaultPropertyCatchAll::onUnknownVisitor(*this, visitor);
 }
 
 void CommandProperty::setValueFromString(const std::string&) {

@@ -19,7 +19,7 @@ public:
     ~EnumProperty() override = default;
 
     void accept(Util::System::AbstractVisitor& visitor) const override {
-        if (!acceptTyped(*this, visitor)) AbstractProperty::accept(visitor);
+        if (!acceptTyped(*this, visitor)) DefaultPropertyCatchAll::onUnknownVisitor(*this, visitor);
     }
 
     /// Raises `Poco::RangeException` for an index without a label, any index being good while there are no labels;

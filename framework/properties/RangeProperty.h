@@ -18,7 +18,7 @@ public:
     using ValueProperty<T>::ValueProperty;
 
     void accept(Util::System::AbstractVisitor& visitor) const override {
-        if (!this->acceptTyped(*this, visitor)) AbstractProperty::accept(visitor);
+        if (!this->acceptTyped(*this, visitor)) DefaultPropertyCatchAll::onUnknownVisitor(*this, visitor);
     }
 
     /// As `ValueProperty`, then raises `Poco::RangeException` for a value outside the limits, a not-a-number included.

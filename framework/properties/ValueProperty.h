@@ -40,7 +40,7 @@ public:
     ~ValueProperty() override = default;
 
     void accept(Util::System::AbstractVisitor& visitor) const override {
-        if (!acceptTyped(*this, visitor)) AbstractProperty::accept(visitor);
+        if (!acceptTyped(*this, visitor)) DefaultPropertyCatchAll::onUnknownVisitor(*this, visitor);
     }
     bool getIsWritable() const override { return isWritable; }
     bool getIsReadable() const override { return isReadable; }
