@@ -27,6 +27,10 @@ void Complaints::add(const Place& where, std::string found, std::string expected
     list.push_back({where, std::move(found), std::move(expected), std::move(suggestion)});
 }
 
+void Complaints::add(const Complaints& others) {
+    list.insert(list.end(), others.list.begin(), others.list.end());
+}
+
 std::vector<Complaint> Complaints::getSorted() const {
     std::vector<Complaint> sorted = list;
     std::stable_sort(sorted.begin(), sorted.end(), [](const Complaint& a, const Complaint& b) {

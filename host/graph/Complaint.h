@@ -32,6 +32,7 @@ struct Complaint {
 class QUILLMERE_API Complaints {
 public:
     void add(const Place& where, std::string found, std::string expected, std::string suggestion = {});
+    void add(const Complaints& others);
 
     bool isEmpty() const { return list.empty(); }
     /// By line and column; what stands at one place keeps its order.

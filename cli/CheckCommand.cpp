@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#include "cli/Commands.h"
+
+#include "cli/GraphArguments.h"
+#include "host/graph/Graph.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+namespace Cli {
+
+using namespace Quillmere::Host;
+
+CheckCommand::CheckCommand(CLI::App& command) {
+    arguments.enter(command);
+}
+
+ExitCode CheckCommand::run() {
+    const GraphChanges changes = changesOf(arguments);
+    const BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
+    Complaints complaints;
+    const GraphDescription description = GraphDescription::read(arguments.graph, changes, complaints);
+    Graph graph(description, catalogue, complaints);
+    graph.openSources(complaints);
+    complaints.raise();
+    std::cout << graph.getName() << ": " << graph.getNodes().size() << " blocks, "
+              << description.getConnections().size() << " connections, ready to run\n";
+    return kDone;
+}
+
+} // namespace Cli

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+/// The commands of `quillmere`: each enters its options and gives back what main calls when the command is named.
+namespace Cli {
+
+/// What a call of the program ends with.
+enum ExitCode : int {
+    kDone = 0,
+    kFailedMidway = 1, ///< Results stay under their partial names.
+    kNothingRun = 2,   ///< Wrong usage, graph or input; no result was touched.
+};
+
+/// What a command got wrong in its own arguments.
+struct UsageError {
+    std::string text;
+};
+
+/// The plug-ins to load: those that the user named, and the one beside the program.
+struct PluginArguments {
+    std::vector<std::string> plugins;
+    void enter(CLI::App& command);
+};
+
+class Command {
+public:
+    virtual ~Command() = default;
+    virtual ExitCode run() = 0;
+};
+
+class BlocksCommand final : public Command {
+public:
+    explicit BlocksCommand(CLI::App& command);
+    ExitCode run() override;
+
+private:
+    PluginArguments plugins;
+    std::string type;
+    bool asJson = false;
+};
+
+/// The graph of a command and what is changed in it for this call.
+struct GraphArguments {
+    std::string graph;
+    std::vector<std::string> settings;
+    std::vector<std::string> parameters;
+    std::vector<std::string> inputs;
+    std::vector<std::string> outputs;
+    PluginArguments plugins;
+    void enter(CLI::App& command);
+};
+
+class CheckCommand final : public Command {
+public:
+    explicit CheckCommand(CLI::App& command);
+    ExitCode run() override;
+
+private:
+    GraphArguments arguments;
+};
+
+class RunCommand final : public Command {
+public:
+    explicit RunCommand(CLI::App& command);
+    ExitCode run() override;
+
+private:
+    GraphArguments arguments;
+    bool isQuiet = false;
+};
+
+} // namespace Cli

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "cli/GraphArguments.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+namespace Cli {
+
+namespace {
+using Quillmere::Host::BlockCatalogue;
+using Quillmere::Host::GraphChanges;
+
+constexpr const char* kPluginFile = "libVelmarind.so";
+
+/// The two sides of the first `=`.
+std::pair<std::string, std::string> split(const std::string& text, const std::string& option,
+                                          const std::string& form) {
+    const std::size_t sign = text.find('=');
+    if (sign == std::string::npos || sign == 0)
+        throw UsageError{option + ": found '" + text + "'; expected " + form};
+    return {text.substr(0, sign), text.substr(sign + 1)};
+}
+
+void enterList(CLI::App& command, const std::string& name, std::vector<std::string>& values,
+               const std::string& form, const std::string& meaning) {
+    // One value each time the option stands there: what follows may be the graph.
+    command.add_option(name, values, meaning)->type_name(form)->allow_extra_args(false);
+}
+
+std::vector<GraphChanges::File> filesOf(const std::vector<std::string>& texts, const std::string& option) {
+    std::vector<GraphChanges::File> files;
+    for (const std::string& text : texts) {
+        const auto [block, path] = split(text, option, "block=FILE");
+        files.push_back({block, path, option + " " + text});
+    }
+    return files;
+}
+
+std::string ownPath() {
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).string();
+}
+
+} // namespace
+
+void PluginArguments::enter(CLI::App& command) {
+    enterList(command, "--plugin", plugins, "FILE",
+              "Load a plug-in, before the one that lies beside this program. Again for another.");
+}
+
+void GraphArguments::enter(CLI::App& command) {
+    command.add_option("GRAPH", graph, "The graph file, YAML or JSON.")->required()->type_name("FILE");
+    enterList(command, "--set", settings, "BLOCK.PROPERTY=VALUE",
+              "Give a block's property another value for this call.");
+    enterList(command, "--param", parameters, "NAME=VALUE",
+              "Give a parameter of the graph another value for this call.");
+    enterList(command, "--input", inputs, "BLOCK=FILE", "Let a source read another recording.");
+    enterList(command, "--output", outputs, "BLOCK=FILE", "Let a sink write another file.");
+    plugins.enter(command);
+}
+
+GraphChanges changesOf(const GraphArguments& arguments) {
+    GraphChanges changes;
+    for (const std::string& text : arguments.parameters) {
+        const auto [name, value] = split(text, "--param", "NAME=VALUE");
+        changes.parameters.push_back({name, value, "--param " + text});
+    }
+    for (const std::string& text : arguments.settings) {
+        const auto [target, value] = split(text, "--set", "BLOCK.PROPERTY=VALUE");
+        const std::size_t dot = target.find('.'); // ids have none, names of properties may
+        if (dot == std::string::npos)
+            throw UsageError{"--set: found '" + text + "'; expected BLOCK.PROPERTY=VALUE"};
+        changes.settings.push_back({target.substr(0, dot), target.substr(dot + 1), value, "--set " + text});
+    }
+    changes.inputs = filesOf(arguments.inputs, "--input");
+    changes.outputs = filesOf(arguments.outputs, "--output");
+    return changes;
+}
+
+BlockCatalogue loadCatalogue(const PluginArguments& arguments) {
+    BlockCatalogue catalogue;
+    for (const std::string& path : arguments.plugins)
+        catalogue.load(path);
+    const auto isOurs = [](const std::string& path) {
+        return std::filesystem::path(path).filename() == kPluginFile;
+    };
+    if (std::any_of(arguments.plugins.begin(), arguments.plugins.end(), isOurs)) return catalogue;
+    const std::string beside = Quillmere::Host::findPluginBeside(ownPath());
+    if (!beside.empty())
+        catalogue.load(beside);
+    else if (arguments.plugins.empty())
+        throw UsageError{std::string("found no ") + kPluginFile +
+                         " beside this program; expected --plugin FILE"};
+    return catalogue;
+}
+
+} // namespace Cli

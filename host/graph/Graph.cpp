@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/Graph.h"
+
+#include "host/graph/GraphBuilder.h"
+
+#include <filesystem>
+
+namespace Quillmere::Host {
+
+namespace {
+void checkFolder(const Sink& sink, Complaints& complaints) {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::path(sink.getPath()).parent_path();
+    if (!folder.empty() && !std::filesystem::is_directory(folder, error))
+        complaints.add(sink.getPathPlace(), "the file '" + sink.getPath() + "' in a folder that isn't there",
+                       "a folder that is");
+    else if (std::filesystem::is_directory(sink.getPath(), error))
+        complaints.add(sink.getPathPlace(), "the folder '" + sink.getPath() + "'", "the name of a file");
+}
+} // namespace
+
+Graph::Graph(const GraphDescription& graphDescription, const BlockCatalogue& catalogue,
+             Complaints& complaints)
+    : description(graphDescription), layout(graphDescription.getName()) {
+    GraphBuilder(*this, complaints).build(catalogue);
+}
+
+Graph::~Graph() = default;
+
+void Graph::requireSource(Complaints& complaints) const {
+    if (description.getIsUsable() && sources.empty())
+        complaints.add({description.getPath(), 1, 1}, "a graph without a source",
+                       "a block that reads a recording, such as RecordingSource");
+}
+
+void Graph::openSources(Complaints& complaints) {
+    for (const Node& node : nodes) {
+        const bool hasPath = node.block != nullptr && !node.isFaulty;
+        if (hasPath && node.source != nullptr) node.source->open(complaints);
+        if (hasPath && node.sink != nullptr) checkFolder(*node.sink, complaints);
+    }
+}
+
+void Graph::openSinks() {
+    try {
+        for (Sink* const sink : sinks)
+            sink->open();
+    } catch (...) {
+        for (Sink* const sink : sinks)
+            sink->discard();
+        throw;
+    }
+}
+
+} // namespace Quillmere::Host

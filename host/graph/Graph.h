@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "framework/core/LayoutManager.h"
+#include "host/graph/GraphDescription.h"
+#include "host/graph/HostBlock.h"
+#include "host/plugins/BlockCatalogue.h"
+
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// A graph that is built: living blocks, set and connected, in one layout and in the order in which they run.
+///
+/// Building is also the check: types, pins, settings and their limits are what living blocks say they are. Nothing has
+/// run and no recording or result has been touched when building ends.
+class QUILLMERE_API Graph {
+public:
+    struct Node {
+        const GraphDescription::Block* description;
+        BlockPtr block;           ///< Null for an unknown type.
+        Source* source = nullptr; ///< The block, if it is one.
+        Sink* sink = nullptr;     ///< The block, if it is one.
+        bool isFaulty = false;    ///< Its settings raised complaints, so more of it would only repeat them.
+    };
+
+    /// Builds what `description` describes, of blocks from `catalogue`, and complains of everything that can't be built.
+    /// Requires: `description` outlives the graph; a graph with complaints isn't run. [setup]
+    Graph(const GraphDescription& description, const BlockCatalogue& catalogue, Complaints& complaints);
+    ~Graph();
+    Graph(const Graph&) = delete;
+    Graph& operator=(const Graph&) = delete;
+
+    /// In file order.
+    const std::vector<Node>& getNodes() const { return nodes; }
+    /// In the order in which they run: senders before receivers; where that says nothing, or the graph has a loop, as in
+    /// the file.
+    const std::vector<const Node*>& getRunOrder() const { return runOrder; }
+    const std::vector<Source*>& getSources() const { return sources; }
+    const std::vector<Sink*>& getSinks() const { return sinks; }
+    Core::LayoutManager& getLayout() { return layout; }
+    const std::string& getName() const { return description.getName(); }
+
+    /// Complains of a graph that nothing drives. [setup]
+    void requireSource(Complaints& complaints) const;
+    /// Opens the recordings and complains of what they lack, and of results that have no place. No result is touched.
+    /// [setup]
+    void openSources(Complaints& complaints);
+    /// Starts the results. When one can't be started, those that could are thrown away, and `RecordingException` is
+    /// raised. [setup]
+    void openSinks();
+
+private:
+    friend class GraphBuilder;
+
+    const GraphDescription& description;
+    Core::LayoutManager layout;
+    std::vector<Node> nodes;
+    std::vector<const Node*> runOrder;
+    std::vector<Source*> sources;
+    std::vector<Sink*> sinks;
+};
+
+} // namespace Quillmere::Host

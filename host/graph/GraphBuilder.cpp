@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/GraphBuilder.h"
+
+#include "framework/Quillmere.h"
+#include "host/graph/NearestName.h"
+#include "host/graph/PropertyWriter.h"
+#include "host/recording/ResultFile.h"
+
+#include <algorithm>
+
+namespace Quillmere::Host {
+
+namespace {
+using Core::AbstractInputPin;
+using Core::AbstractOutputPin;
+
+template <class Things>
+std::vector<std::string> namesOf(const Things& things) {
+    std::vector<std::string> names;
+    for (const auto* const thing : things)
+        names.push_back(thing->getName());
+    return names;
+}
+
+template <class Pins>
+auto findPin(const Pins& pins, const std::string& name) -> typename Pins::value_type {
+    const auto found =
+        std::find_if(pins.begin(), pins.end(), [&](const auto* pin) { return pin->getName() == name; });
+    return found == pins.end() ? nullptr : *found;
+}
+
+std::string quoted(const GraphDescription::Block& block) {
+    return "'" + block.id + "' (" + block.type + ")";
+}
+
+/// The input that clocks a block: the first that its step waits on; null for a block without inputs.
+const AbstractInputPin* mainInput(const Core::Filter& block) {
+    const auto& pins = block.getInputPins();
+    const auto found =
+        std::find_if(pins.begin(), pins.end(), [](const auto* pin) { return pin->getIsBlocking(); });
+    return found == pins.end() ? nullptr : *found;
+}
+
+} // namespace
+
+GraphBuilder::GraphBuilder(Graph& target, Complaints& list)
+    : graph(target), description(target.description), complaints(list) {}
+
+void GraphBuilder::build(const BlockCatalogue& catalogue) {
+    createBlocks(catalogue);
+    for (Node& node : graph.nodes)
+        if (node.block != nullptr) applySettings(node);
+    for (const Connection& connection : description.getConnections())
+        connect(connection);
+    for (const Sink* const sink : graph.sinks)
+        sink->checkPins(complaints);
+    checkMainInputs();
+    checkFiles();
+    arrange();
+}
+
+void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {
+    graph.nodes.reserve(description.getBlocks().size());
+    for (const GraphDescription::Block& block : description.getBlocks()) {
+        Node& node = graph.nodes.emplace_back(Node{&block, catalogue.create(block.type, block.id)});
+        node.source = dynamic_cast<Source*>(node.block.get());
+        node.sink = dynamic_cast<Sink*>(node.block.get());
+        if (node.source != nullptr) graph.sources.push_back(node.source);
+        if (node.sink != nullptr) graph.sinks.push_back(node.sink);
+        if (node.block != nullptr || block.type.empty()) continue;
+        std::vector<std::string> known = catalogue.getTypeNames();
+        known.insert(known.end(), BlockCatalogue::getHostTypeNames().begin(),
+                     BlockCatalogue::getHostTypeNames().end());
+        complaints.add(block.typeWhere, "the block type '" + block.type + "'", "one of " + listOfNames(known),
+                       nearestName(block.type, known));
+    }
+}
+
+void GraphBuilder::applySettings(Node& node) {
+    Complaints own;
+    checkOrigins(node, own);
+    if (auto* const hostBlock = dynamic_cast<HostBlock*>(node.block.get()))
+        hostBlock->configure(*node.description, description.getFolder(), own);
+    else
+        writeProperties(node, own);
+    node.isFaulty = !own.isEmpty();
+    complaints.add(own);
+}
+
+/// An input that is given for one run belongs to a source, an output to a sink: a slip would write over a recording.
+void GraphBuilder::checkOrigins(const Node& node, Complaints& own) {
+    for (const Setting& setting : node.description->settings) {
+        if (setting.origin == Setting::Origin::CallersInput && node.source == nullptr)
+            own.add(setting.where, "the block " + quoted(*node.description),
+                    "a block that reads a recording");
+        if (setting.origin == Setting::Origin::CallersOutput && node.sink == nullptr)
+            own.add(setting.where, "the block " + quoted(*node.description), "a block that writes a result");
+    }
+}
+
+/// Writes the settings in file order. One that is refused is tried again after the others, since a setting may make
+/// another writable or move its limits.
+void GraphBuilder::writeProperties(Node& node, Complaints& own) {
+    const Core::PropertyBag& bag = node.block->getPropertyBag();
+    std::vector<const Setting*> waiting;
+    for (const Setting& setting : node.description->settings) {
+        if (bag.find(setting.name) != nullptr) {
+            if (!setting.value.isMissing()) waiting.push_back(&setting);
+        } else if (setting.origin != Setting::Origin::CallersInput &&
+                   setting.origin != Setting::Origin::CallersOutput) {
+            const std::vector<std::string> names = namesOf(bag);
+            own.add(setting.where, "the property '" + setting.name + "' of " + quoted(*node.description),
+                    "one of " + listOfNames(names), nearestName(setting.name, names));
+        }
+    }
+    for (bool hasMoved = true; hasMoved && !waiting.empty();) {
+        hasMoved = false;
+        std::erase_if(waiting, [&](const Setting* setting) {
+            Complaints refusals;
+            writeProperty(*bag.find(setting->name), setting->value, refusals);
+            hasMoved = hasMoved || refusals.isEmpty();
+            return refusals.isEmpty();
+        });
+    }
+    for (const Setting* const setting : waiting)
+        writeProperty(*bag.find(setting->name), setting->value, own);
+}
+
+void GraphBuilder::connect(const Connection& connection) {
+    Node* const from = find(connection.from.block);
+    Node* const to = find(connection.to.block);
+    AbstractOutputPin* const output = from == nullptr ? nullptr : findOutput(connection.from, *from);
+    AbstractInputPin* const input = to == nullptr ? nullptr : findInput(connection.to, *to);
+    if (output == nullptr || input == nullptr) {
+        faultyReceivers.insert(connection.to.block);
+        return;
+    }
+    const auto [known, isNew] = connected.try_emplace(input, connection.to.where);
+    if (!isNew) {
+        complaints.add(connection.to.where, "a second connection to '" + connection.to.getText() + "'",
+                       "one for each input (the first is in line " + std::to_string(known->second.line) +
+                           ")");
+        return;
+    }
+    input->setBufferCapacity(connection.buffer.value_or(1));
+    input->setIsLifo(connection.isNewestFirst.value_or(false));
+    output->attach(*input, false);
+}
+
+AbstractOutputPin* GraphBuilder::findOutput(const GraphDescription::Endpoint& end, const Node& node) {
+    if (node.block == nullptr) return nullptr;
+    const auto& pins = node.block->getOutputPins();
+    if (!end.hasPin && pins.size() == 1) return pins.front();
+    AbstractOutputPin* const pin = end.hasPin ? findPin(pins, end.pin) : nullptr;
+    if (pin != nullptr || (node.isFaulty && node.source != nullptr)) return pin;
+    const std::vector<std::string> names = namesOf(pins);
+    if (end.hasPin)
+        complaints.add(end.where, "the output '" + end.pin + "' of " + quoted(*node.description),
+                       "one of " + listOfNames(names), nearestName(end.pin, names));
+    else
+        complaints.add(end.where, "no output of " + quoted(*node.description),
+                       "'" + end.block + ".' and one of " + listOfNames(names));
+    return nullptr;
+}
+
+AbstractInputPin* GraphBuilder::findInput(const GraphDescription::Endpoint& end, const Node& node) {
+    if (node.block == nullptr) return nullptr;
+    if (node.sink != nullptr && !end.pin.empty()) return &node.sink->requirePin(end.pin);
+    const auto& pins = node.block->getInputPins();
+    if (!end.hasPin && pins.size() == 1 && node.sink == nullptr) return pins.front();
+    AbstractInputPin* const pin = end.hasPin ? findPin(pins, end.pin) : nullptr;
+    if (pin != nullptr) return pin;
+    const std::vector<std::string> names = namesOf(pins);
+    if (node.sink != nullptr)
+        complaints.add(end.where, "no input of " + quoted(*node.description),
+                       "'" + end.block + ".' and a name for the columns");
+    else if (end.hasPin)
+        complaints.add(end.where, "the input '" + end.pin + "' of " + quoted(*node.description),
+                       "one of " + listOfNames(names), nearestName(end.pin, names));
+    else
+        complaints.add(end.where, "no input of " + quoted(*node.description),
+                       "'" + end.block + ".' and one of " + listOfNames(names));
+    return nullptr;
+}
+
+void GraphBuilder::checkMainInputs() {
+    for (const Node& node : graph.nodes) {
+        if (node.block == nullptr || faultyReceivers.contains(node.description->id)) continue;
+        const AbstractInputPin* const pin = mainInput(*node.block);
+        if (node.sink != nullptr && pin == nullptr)
+            complaints.add(node.description->where, quoted(*node.description) + " without a connection",
+                           "one at least");
+        if (pin != nullptr && !connected.contains(pin))
+            complaints.add(node.description->where,
+                           "the main input '" + pin->getName() + "' of " + quoted(*node.description) +
+                               " open",
+                           "a connection to '" + node.description->id + "." + pin->getName() + "'");
+    }
+}
+
+/// A file is written by one sink, and isn't read in the same run.
+void GraphBuilder::checkFiles() {
+    std::map<std::string, std::string> writers;
+    for (const Sink* const sink : graph.sinks) {
+        if (sink->getPath().empty()) continue;
+        const auto [known, isNew] =
+            writers.try_emplace(ResultFile::resolve(sink->getPath()), sink->getName());
+        if (!isNew)
+            complaints.add(sink->getPathPlace(),
+                           "the file '" + sink->getPath() + "', which '" + known->second + "' writes too",
+                           "a file of its own for each sink");
+    }
+    for (const Source* const source : graph.sources) {
+        const auto writer = writers.find(ResultFile::resolve(source->getPath()));
+        if (!source->getPath().empty() && writer != writers.end())
+            complaints.add(source->getPathPlace(),
+                           "the file '" + source->getPath() + "', which '" + writer->second + "' writes",
+                           "a recording that the run doesn't write over");
+    }
+}
+
+/// Puts the blocks into the layout, senders first: again and again the first block of the file all of whose senders are
+/// placed; where a loop leaves none such, the first that is left.
+void GraphBuilder::arrange() {
+    std::map<const Core::PinManager*, std::set<const Core::PinManager*>> senders;
+    for (const Node& node : graph.nodes) {
+        if (node.block == nullptr) continue;
+        for (const AbstractInputPin* const pin : node.block->getInputPins())
+            if (const AbstractOutputPin* const output = pin->getConnectedOutput())
+                senders[node.block.get()].insert(output->getManager());
+    }
+    std::vector<const Node*> waiting;
+    for (const Node& node : graph.nodes)
+        if (node.block != nullptr) waiting.push_back(&node);
+    while (!waiting.empty()) {
+        auto next = std::find_if(waiting.begin(), waiting.end(),
+                                 [&](const Node* node) { return senders[node->block.get()].empty(); });
+        if (next == waiting.end()) next = waiting.begin();
+        for (auto& [receiver, remaining] : senders)
+            remaining.erase((*next)->block.get());
+        graph.runOrder.push_back(*next);
+        graph.layout.add(*(*next)->block);
+        waiting.erase(next);
+    }
+}
+
+Graph::Node* GraphBuilder::find(const std::string& id) {
+    const auto found = std::find_if(graph.nodes.begin(), graph.nodes.end(),
+                                    [&](const Node& node) { return node.description->id == id; });
+    return found == graph.nodes.end() ? nullptr : &*found;
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "framework/core/Filter.h"
+#include "host/graph/Complaint.h"
+#include "host/graph/GraphDescription.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// A block of the host: where samples enter a graph and where they leave it. It has pins like every block; what it is
+/// told it is told once, before the run, by settings of a kind that blocks don't have (texts and lists of columns).
+class QUILLMERE_API HostBlock : public Core::Filter {
+public:
+    /// For people who ask what there is.
+    struct SettingDescription {
+        std::string name;
+        std::string kind;
+        std::string standard; ///< What holds when it isn't given; empty when it must be.
+        std::string meaning;
+    };
+
+    using Core::Filter::Filter;
+
+    virtual const std::vector<SettingDescription>& getSettingDescriptions() const = 0;
+
+    /// Takes the settings; what is wrong with them is complained of. `folder` is what the graph's paths are relative to.
+    virtual void configure(const GraphDescription::Block& description, const std::string& folder,
+                           Complaints& complaints) = 0;
+
+    /// The file that it reads or writes, and where the graph names it.
+    const std::string& getPath() const { return path; }
+    const Place& getPathPlace() const { return pathPlace; }
+
+protected:
+    /// Takes the setting `file`.
+    void takeFile(const GraphDescription::Setting& setting, const std::string& folder,
+                  Complaints& complaints);
+    /// Complains of a setting that there isn't.
+    void refuseSetting(const GraphDescription::Setting& setting, Complaints& complaints) const;
+    /// Complains of a file that wasn't given.
+    void requireFile(const GraphDescription::Block& description, Complaints& complaints) const;
+
+private:
+    std::string path;
+    Place pathPlace;
+};
+
+/// Where samples enter a graph. The runner asks each source for the time of its next sample, lets the earliest go, and
+/// runs a round; the source sends in its step.
+class QUILLMERE_API Source : public HostBlock {
+public:
+    using HostBlock::HostBlock;
+
+    /// Opens the recording and looks whether it has what the pins need. Nothing is sent yet.
+    virtual void open(Complaints& complaints) = 0;
+
+    /// Gets the next sample ready if none is; false at the end. Raises `RecordingException` for bad data. [run]
+    virtual bool prepare() = 0;
+    /// Seconds. Requires: `prepare()` was true.
+    virtual double getNextTimeStamp() const = 0;
+    /// Lets the next step send what is ready. [run]
+    virtual void release() = 0;
+
+    /// How far it has come.
+    virtual std::uint64_t getRows() const = 0;
+    virtual std::uint64_t getBytesRead() const = 0;
+    virtual std::uint64_t getSize() const = 0;
+};
+
+/// Where samples leave a graph.
+class QUILLMERE_API Sink : public HostBlock {
+public:
+    using HostBlock::HostBlock;
+
+    /// The input pin of that name, made if it isn't there yet. Requires: not open. [setup]
+    virtual Core::AbstractInputPin& requirePin(const std::string& name) = 0;
+    /// Complains of settings that name pins which no connection has made. [setup]
+    virtual void checkPins(Complaints& complaints) const = 0;
+
+    /// Starts the result. Raises `RecordingException`. [setup]
+    virtual void open() = 0;
+    /// The time of the round that comes, in seconds. [run]
+    virtual void setStreamTime(double seconds) = 0;
+    /// Ends the result: whole, not whole but kept, or thrown away. [setup]
+    virtual void complete() = 0;
+    virtual void abandon() = 0;
+    virtual void discard() = 0;
+
+    virtual std::uint64_t getRows() const = 0;
+    /// Where the result is as long as it isn't whole.
+    virtual std::string getPartialPath() const = 0;
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/PropertyWriter.h"
+
+#include "host/graph/NearestName.h"
+#include "host/plugins/BlockDescription.h"
+
+#include <Poco/Any.h>
+#include <Poco/Exception.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace Quillmere::Host {
+
+namespace {
+using Core::AbstractProperty;
+using Kind = PropertyDescription::Kind;
+
+/// What a message quotes of a value.
+std::string foundText(const Value& value, const AbstractProperty& property) {
+    return value.describe() + " for '" + property.getName() + "'";
+}
+
+/// Writes through the setting's own road and turns its refusal into a complaint.
+template <class T>
+void write(AbstractProperty& property, const T& number, const Value& value, const std::string& expected,
+           Complaints& complaints) {
+    try {
+        property.setValueFromAny(Poco::Any(static_cast<const T*>(&number)));
+    } catch (const Poco::RangeException&) {
+        complaints.add(value.where, foundText(value, property), expected);
+    } catch (const Poco::Exception& exception) {
+        const std::string reason = exception.message().empty() ? exception.name() : exception.message();
+        complaints.add(value.where, foundText(value, property),
+                       expected + " that the block takes (" + reason + ")");
+    } catch (const std::exception& exception) {
+        complaints.add(value.where, foundText(value, property),
+                       expected + " that the block takes (" + exception.what() + ")");
+    }
+}
+
+template <class T>
+void writeWhole(AbstractProperty& property, const Value& value, const std::string& expected,
+                Complaints& complaints) {
+    const auto number = toWhole(value, complaints);
+    if (!number) return;
+    if (*number < std::numeric_limits<T>::min() || *number > std::numeric_limits<T>::max())
+        complaints.add(value.where, foundText(value, property), expected);
+    else
+        write(property, static_cast<T>(*number), value, expected, complaints);
+}
+
+void writeChoice(AbstractProperty& property, const PropertyDescription& description, const Value& value,
+                 Complaints& complaints) {
+    const std::string expected = expectedText(description);
+    const auto label = std::find(description.labels.begin(), description.labels.end(), value.text);
+    if (value.isScalar() && label != description.labels.end()) {
+        write(property, static_cast<unsigned>(label - description.labels.begin()), value, expected,
+              complaints);
+        return;
+    }
+    const bool isIndex = value.isScalar() && !value.isQuoted && !value.text.empty() &&
+                         value.text.find_first_not_of("+-0123456789.") == std::string::npos;
+    if (isIndex)
+        writeWhole<unsigned>(property, value, expected, complaints);
+    else
+        complaints.add(value.where, foundText(value, property), expected,
+                       value.isScalar() ? nearestName(value.text, description.labels) : "");
+}
+
+} // namespace
+
+void writeProperty(AbstractProperty& property, const Value& value, Complaints& complaints) {
+    const PropertyDescription description = describe(property);
+    const std::string expected = expectedText(description);
+    switch (description.kind) {
+    case Kind::Flag:
+        if (const auto flag = toFlag(value, complaints)) write(property, *flag, value, expected, complaints);
+        return;
+    case Kind::Whole:
+        writeWhole<int>(property, value, expected, complaints);
+        return;
+    case Kind::Count:
+        writeWhole<unsigned>(property, value, expected, complaints);
+        return;
+    case Kind::Number:
+        if (const auto number = toNumber(value, complaints))
+            write(property, *number, value, expected, complaints);
+        return;
+    case Kind::Matrix:
+        if (const auto matrix = toMatrix(value, complaints))
+            write(property, *matrix, value, expected, complaints);
+        return;
+    case Kind::Choice:
+        writeChoice(property, description, value, complaints);
+        return;
+    case Kind::Command:
+    case Kind::Unknown:
+        complaints.add(value.where, foundText(value, property), expected);
+        return;
+    }
+}
+
+} // namespace Quillmere::Host

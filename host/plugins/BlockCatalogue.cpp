@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "host/plugins/BlockCatalogue.h"
+
+#include "host/recording/RecordingSink.h"
+#include "host/recording/RecordingSource.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace Quillmere::Host {
+
+namespace {
+constexpr const char* kPluginFile = "libVelmarind.so";
+} // namespace
+
+void BlockCatalogue::load(const std::string& path) {
+    const std::shared_ptr<PluginLibrary> library = PluginLibrary::open(path);
+    for (Core::AbstractFilterFactory* const factory : library->getFactories())
+        if (find(factory->getTypeName()) == nullptr) entries.push_back({library, factory});
+}
+
+std::vector<std::string> BlockCatalogue::getTypeNames() const {
+    std::vector<std::string> names;
+    for (const Entry& entry : entries)
+        names.emplace_back(entry.factory->getTypeName());
+    return names;
+}
+
+const std::vector<std::string>& BlockCatalogue::getHostTypeNames() {
+    static const std::vector<std::string> names{RecordingSource::kTypeName, RecordingSink::kTypeName};
+    return names;
+}
+
+bool BlockCatalogue::getIsHostType(const std::string& type) {
+    const std::vector<std::string>& names = getHostTypeNames();
+    return std::find(names.begin(), names.end(), type) != names.end();
+}
+
+std::string BlockCatalogue::getPluginName(const std::string& type) const {
+    const Entry* const entry = find(type);
+    return entry == nullptr ? "" : entry->factory->getPluginName();
+}
+
+std::string BlockCatalogue::getPluginVersion(const std::string& type) const {
+    const Entry* const entry = find(type);
+    return entry == nullptr ? "" : entry->factory->getVersion().toString();
+}
+
+BlockPtr BlockCatalogue::create(const std::string& type, const std::string& name) const {
+    if (type == RecordingSource::kTypeName) return BlockPtr(new RecordingSource(name));
+    if (type == RecordingSink::kTypeName) return BlockPtr(new RecordingSink(name));
+    const Entry* const entry = find(type);
+    if (entry == nullptr) return {};
+    return BlockPtr(entry->factory->create(name), BlockDeleter{entry->library, entry->factory});
+}
+
+const BlockCatalogue::Entry* BlockCatalogue::find(const std::string& type) const {
+    const auto found = std::find_if(entries.begin(), entries.end(),
+                                    [&](const Entry& entry) { return type == entry.factory->getTypeName(); });
+    return found == entries.end() ? nullptr : &*found;
+}
+
+std::string findPluginBeside(const std::string& program) {
+    const std::filesystem::path folder = std::filesystem::path(program).parent_path();
+    // Beside the program; where a build puts it; where an installation puts it.
+    for (const char* const place : {".", "../lib", "../lib/velmarind", QUILLMERE_LIBRARY_FOLDER}) {
+        std::error_code error;
+        const std::filesystem::path candidate =
+            std::filesystem::canonical(folder / place / kPluginFile, error);
+        if (!error) return candidate.string();
+    }
+    return {};
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/plugins/PluginLibrary.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// The block types that graphs may use: those of the plug-ins that were loaded, in the order of loading and then in each
+/// plug-in's own, and those of the host.
+class QUILLMERE_API BlockCatalogue {
+public:
+    /// Adds the types of the plug-in in the file at `path`. Of two types with one name the first is taken.
+    /// Raises what `PluginLibrary::open` raises.
+    void load(const std::string& path);
+
+    /// Type names of the plug-ins' blocks, and of the host's own.
+    std::vector<std::string> getTypeNames() const;
+    static const std::vector<std::string>& getHostTypeNames();
+    static bool getIsHostType(const std::string& type);
+
+    /// The plug-in that a type comes from and its version, empty for a type of the host or an unknown one.
+    std::string getPluginName(const std::string& type) const;
+    std::string getPluginVersion(const std::string& type) const;
+
+    /// A new block; null when the type is unknown.
+    BlockPtr create(const std::string& type, const std::string& name) const;
+
+private:
+    struct Entry {
+        std::shared_ptr<PluginLibrary> library;
+        Core::AbstractFilterFactory* factory;
+    };
+    const Entry* find(const std::string& type) const;
+
+    std::vector<Entry> entries;
+};
+
+/// Where the plug-in of this project lies when the program at `program` runs from its build tree or from an installed
+/// one; empty when it isn't there.
+QUILLMERE_API std::string findPluginBeside(const std::string& program);
+
+} // namespace Quillmere::Host

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/RecordingSink.h"
+
+#include "host/graph/NearestName.h"
+
+#include <algorithm>
+#include <set>
+
+namespace Quillmere::Host {
+
+RecordingSink::RecordingSink(const std::string& instanceName) : Sink(instanceName, true) {}
+
+RecordingSink::~RecordingSink() = default;
+
+void RecordingSink::process() {
+    bool hasAny = false;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        samples[i] = inputs[i].hasData() ? &inputs[i].take() : nullptr;
+        hasAny = hasAny || samples[i] != nullptr;
+    }
+    if (hasAny) table->writeRow(streamTime, samples);
+}
+
+const std::vector<HostBlock::SettingDescription>& RecordingSink::getSettingDescriptions() const {
+    static const std::vector<SettingDescription> descriptions{
+        {"file", "text", "", "the CSV table to write"},
+        {"time", "text", "t", "the name of the time column"},
+        {"columns", "map", "accel[0] and so on",
+         "for a pin the names of its columns, as in {accel: [ax, ay, az]}"}};
+    return descriptions;
+}
+
+void RecordingSink::configure(const GraphDescription::Block& description, const std::string& folder,
+                              Complaints& complaints) {
+    for (const GraphDescription::Setting& setting : description.settings) {
+        if (setting.value.isMissing()) continue;
+        if (setting.name == "file") {
+            takeFile(setting, folder, complaints);
+        } else if (setting.name == "time") {
+            if (const auto name = toText(setting.value, complaints)) timeName = *name;
+        } else if (setting.name == "columns") {
+            takeColumns(setting.value, complaints);
+        } else {
+            refuseSetting(setting, complaints);
+        }
+    }
+    requireFile(description, complaints);
+}
+
+void RecordingSink::takeColumns(const Value& value, Complaints& complaints) {
+    if (value.kind != Value::Kind::Map) {
+        complaints.add(value.where, value.describe(),
+                       "for a pin the names of its columns, as in {accel: [ax, ay, az]}");
+        return;
+    }
+    std::set<std::string> used{timeName};
+    for (const Value::Entry& entry : value.entries) {
+        NamedColumns& named = columns.emplace_back(NamedColumns{entry.key, entry.where, {}});
+        if (entry.value.kind != Value::Kind::List || entry.value.items.empty()) {
+            complaints.add(entry.value.where, entry.value.describe(), "a list of names, as in [ax, ay, az]");
+            continue;
+        }
+        for (const Value& item : entry.value.items) {
+            const auto name = toText(item, complaints);
+            if (!name) continue;
+            if (name->empty() || name->find_first_of("\r\n") != std::string::npos)
+                complaints.add(item.where, item.describe(), "a name in one line");
+            else if (!used.insert(*name).second)
+                complaints.add(item.where, "the column name '" + *name + "' a second time", "each name once");
+            named.names.push_back(*name);
+        }
+    }
+}
+
+Core::AbstractInputPin& RecordingSink::requirePin(const std::string& name) {
+    const auto known =
+        std::find_if(inputs.begin(), inputs.end(),
+                     [&](const Core::InputPin<Core::MatrixXd>& pin) { return pin.getName() == name; });
+    return known != inputs.end() ? *known : inputs.emplace_back(name, this);
+}
+
+void RecordingSink::checkPins(Complaints& complaints) const {
+    std::vector<std::string> names;
+    for (const Core::InputPin<Core::MatrixXd>& pin : inputs)
+        names.push_back(pin.getName());
+    for (const NamedColumns& named : columns)
+        if (std::find(names.begin(), names.end(), named.pin) == names.end())
+            complaints.add(named.where, "the pin '" + named.pin + "' that no connection leads to",
+                           "one of " + listOfNames(names), nearestName(named.pin, names));
+}
+
+void RecordingSink::open() {
+    std::vector<TableWriter::Group> groups;
+    for (const Core::InputPin<Core::MatrixXd>& pin : inputs) {
+        const auto named = std::find_if(columns.begin(), columns.end(), [&](const NamedColumns& candidate) {
+            return candidate.pin == pin.getName();
+        });
+        groups.push_back({pin.getName(), named == columns.end() ? std::vector<std::string>{} : named->names});
+    }
+    table = std::make_unique<TableWriter>(getPath(), timeName, std::move(groups));
+    samples.assign(inputs.size(), nullptr);
+}
+
+void RecordingSink::complete() {
+    table->complete();
+}
+
+void RecordingSink::abandon() {
+    if (table != nullptr) table->abandon();
+}
+
+void RecordingSink::discard() {
+    if (table != nullptr) table->discard();
+}
+
+} // namespace Quillmere::Host

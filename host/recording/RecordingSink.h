@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "framework/transport/InputPin.h"
+#include "host/graph/HostBlock.h"
+#include "host/recording/TableWriter.h"
+
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// Writes what comes to its pins as a CSV table: a row for each round in which any pin received, first the time of the
+/// round, then the elements of each pin's sample, row by row; the cells of a pin that received nothing are empty.
+/// Numbers are in the shortest form that reads back to the same bits. The pins are those that connections name, in the
+/// order of the connections.
+class QUILLMERE_API RecordingSink final : public Sink {
+public:
+    static constexpr const char* kTypeName = "RecordingSink";
+
+    explicit RecordingSink(const std::string& instanceName);
+    ~RecordingSink() override;
+
+    void process() override;
+    const char* getTypeName() const override { return kTypeName; }
+
+    const std::vector<SettingDescription>& getSettingDescriptions() const override;
+    void configure(const GraphDescription::Block& description, const std::string& folder,
+                   Complaints& complaints) override;
+    Core::AbstractInputPin& requirePin(const std::string& name) override;
+    void checkPins(Complaints& complaints) const override;
+    void open() override;
+    void setStreamTime(double seconds) override { streamTime = seconds; }
+    void complete() override;
+    void abandon() override;
+    void discard() override;
+    std::uint64_t getRows() const override { return table == nullptr ? 0 : table->getRows(); }
+    std::string getPartialPath() const override { return table == nullptr ? "" : table->getPartialPath(); }
+
+private:
+    struct NamedColumns {
+        std::string pin;
+        Place where;
+        std::vector<std::string> names;
+    };
+
+    void takeColumns(const Value& value, Complaints& complaints);
+
+    std::deque<Core::InputPin<Core::MatrixXd>> inputs; ///< Pins can't move.
+    std::vector<NamedColumns> columns;
+    std::string timeName = "t";
+
+    std::unique_ptr<TableWriter> table;
+    std::vector<const Core::MatrixXd*>
+        samples;             ///< Of the row that is being written, null where nothing came.
+    double streamTime = 0.0; ///< Seconds.
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "framework/transport/OutputPin.h"
+#include "host/graph/HostBlock.h"
+#include "host/recording/CsvReader.h"
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// Reads a CSV recording: each row becomes one sample on each pin, or N rows one sample of N rows.
+///
+/// A pin is a list of columns; its sample is 1 by n, one element a column, or N by n with `frame: N`, row by row. The
+/// time stamp is the row's time column in seconds, or the row's number divided by `rate`; a frame has that of its last
+/// row, and the next frame begins `hop` rows after it began. Rows at the end that fill no frame are not sent.
+/// A row in which all cells of a pin are empty gives no sample on that pin, as a result has it where nothing came; a
+/// pin with some cells empty, and an empty cell in a frame, are complaints.
+class QUILLMERE_API RecordingSource final : public Source {
+public:
+    static constexpr const char* kTypeName = "RecordingSource";
+
+    explicit RecordingSource(const std::string& instanceName);
+    ~RecordingSource() override;
+
+    void process() override;
+    const char* getTypeName() const override { return kTypeName; }
+
+    const std::vector<SettingDescription>& getSettingDescriptions() const override;
+    void configure(const GraphDescription::Block& description, const std::string& folder,
+                   Complaints& complaints) override;
+    void open(Complaints& complaints) override;
+    bool prepare() override;
+    double getNextTimeStamp() const override { return nextTimeStamp; }
+    void release() override { isReleased = true; }
+    std::uint64_t getRows() const override { return rows; }
+    std::uint64_t getBytesRead() const override { return reader == nullptr ? 0 : reader->getBytesRead(); }
+    std::uint64_t getSize() const override { return reader == nullptr ? 0 : reader->getSize(); }
+
+private:
+    struct Column {
+        std::string name;
+        Place where;
+    };
+    struct Output {
+        Output(const std::string& name, Core::PinManager* manager) : pin(name, manager) {}
+        Core::OutputPin<Core::MatrixXd> pin;
+        std::vector<Column> columns;
+        std::vector<std::size_t> cells; ///< For each column the place of its value in `row`.
+        bool hasSample = true;          ///< Whether the row that is ready has a sample for it.
+        std::vector<double> frame;      ///< The rows of the frame that is being gathered.
+    };
+
+    void takeSetting(const GraphDescription::Setting& setting, const std::string& folder,
+                     Complaints& complaints);
+    void takePins(const Value& value, Complaints& complaints);
+    void takeColumns(const Value& value, Output& output, Complaints& complaints);
+    std::optional<std::int64_t> takeCount(const Value& value, Complaints& complaints);
+    void requireClock(const GraphDescription::Block& description, Complaints& complaints) const;
+    std::optional<std::size_t> findColumn(const Column& column, Complaints& complaints) const;
+
+    bool readRow();
+    double readTimeStamp() const;
+    void noteEmptyCells();
+    bool gatherFrame();
+    void addToFrame(Output& output) const;
+    void fill(Output& output) const;
+
+    std::deque<Output> outputs; ///< Pins can't move.
+    std::optional<Column> timeColumn;
+    std::optional<double> rate; ///< Rows a second.
+    std::size_t frameRows = 0;  ///< 0: no frames.
+    std::size_t hop = 0;        ///< Rows from frame to frame; 0 until told: the frame's own length.
+
+    std::unique_ptr<CsvReader> reader;
+    std::vector<double> row;    ///< The cells of one row, each column that anybody wants once.
+    std::size_t timeCell = 0;   ///< Where the time is in `row`.
+    std::uint64_t rows = 0;     ///< Read so far.
+    std::size_t gathered = 0;   ///< Rows in the frames.
+    std::size_t toSkip = 0;     ///< Rows before the next frame begins, when frames lie apart.
+    double nextTimeStamp = 0.0; ///< Seconds.
+    bool isReady = false;       ///< A sample is ready.
+    bool isReleased = false;    ///< The next step sends it.
+};
+
+} // namespace Quillmere::Host
