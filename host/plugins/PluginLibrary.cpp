@@ -2,6 +2,7 @@
 #include "host/plugins/PluginLibrary.h"
 
 #include "framework/core/FlowManager.h"
+#include "framework/core/Version.h"
 
 #include <dlfcn.h>
 
@@ -12,9 +13,6 @@
 namespace Quillmere::Host {
 
 namespace {
-
-/// What a plug-in must have been built for.
-constexpr std::string_view kFrameworkVersion = "0.10.0";
 
 /// The plug-ins that are open, by path. A plug-in has one start and one stop, however many ask for it.
 std::map<std::string, std::weak_ptr<PluginLibrary>>& openLibraries() {
@@ -65,10 +63,10 @@ void PluginLibrary::start() {
     const auto begin = reinterpret_cast<EntryPoint>(requireSymbol("dllStartPlugin"));
     const auto end = reinterpret_cast<EntryPoint>(requireSymbol("dllStopPlugin"));
     const char* const found = version();
-    if (found == nullptr || found != kFrameworkVersion)
+    if (found == nullptr || std::string_view(found) != Core::kFrameworkVersion)
         throw PluginException(path + ": found a plug-in for framework version " +
                               (found == nullptr ? "none" : found) + "; expected " +
-                              std::string(kFrameworkVersion));
+                              std::string(Core::kFrameworkVersion));
     const std::size_t before = installedFactories().size();
     stop = end; // also after a start that fails midway: the plug-in has its own record of how far it came
     begin();
