@@ -13,6 +13,7 @@
 #include "blocks/FilterInvGain.h"
 #include "blocks/FilterSaturationDetector.h"
 #include "blocks/FilterSmartSaturationDetector.h"
+#include "blocks/FilterSphericalFiltering.h"
 #include "blocks/FilterWFLC.h"
 #include "framework/core/Version.h"
 #include "plugin/BuildInfo.h"
@@ -44,6 +45,7 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     registerBlock<FilterInvGain>();
     registerBlock<FilterSaturationDetector>();
     registerBlock<FilterSmartSaturationDetector>();
+    registerBlock<FilterSphericalFiltering>();
     registerBlock<FilterWFLC>();
 }
 
