@@ -2,6 +2,8 @@
 #include "plugin/VelmarindPlugin.h"
 
 #include "blocks/FilterBlackmanWindow.h"
+#include "blocks/FilterDeadband.h"
+#include "blocks/FilterEdge.h"
 #include "blocks/FilterFastFourierTransform.h"
 #include "blocks/FilterFFT.h"
 #include "blocks/FilterFlagStatic.h"
@@ -10,10 +12,12 @@
 #include "blocks/FilterGaussianWhiteNoiseGenerator.h"
 #include "blocks/FilterHammingWindow.h"
 #include "blocks/FilterHanningWindow.h"
+#include "blocks/FilterHysteresis.h"
 #include "blocks/FilterInvGain.h"
 #include "blocks/FilterSaturationDetector.h"
 #include "blocks/FilterSmartSaturationDetector.h"
 #include "blocks/FilterSphericalFiltering.h"
+#include "blocks/FilterThreshold.h"
 #include "blocks/FilterWFLC.h"
 #include "framework/core/Version.h"
 #include "plugin/BuildInfo.h"
@@ -34,6 +38,8 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
 
     // The order is interface: alphabetical, a lower-case letter or `_` before the capitals where names part.
     registerBlock<FilterBlackmanWindow>();
+    registerBlock<FilterDeadband>();
+    registerBlock<FilterEdge>();
     registerBlock<FilterFastFourierTransform>();
     registerBlock<FilterFFT>();
     registerBlock<FilterFlagStatic>();
@@ -42,10 +48,12 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     registerBlock<FilterGaussianWhiteNoiseGenerator>();
     registerBlock<FilterHammingWindow>();
     registerBlock<FilterHanningWindow>();
+    registerBlock<FilterHysteresis>();
     registerBlock<FilterInvGain>();
     registerBlock<FilterSaturationDetector>();
     registerBlock<FilterSmartSaturationDetector>();
     registerBlock<FilterSphericalFiltering>();
+    registerBlock<FilterThreshold>();
     registerBlock<FilterWFLC>();
 }
 

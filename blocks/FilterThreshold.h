@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "blocks/Block.h"
+
+/// Compares the first element of a sample with a threshold: 1 by 1, 1.0 beyond it and 0.0 else.
+///
+///     High Level:  Output = x > Threshold
+///     Low Level:   Output = x < Threshold
+///
+/// x is element 0 of a sample of any shape, in the unit of the threshold; a value on the threshold and a not-a-number
+/// give 0.0 in both modes. An empty sample is used up and sends nothing. Nothing is remembered from sample to sample.
+class FilterThreshold final : public Filter {
+public:
+    static constexpr const char* kTypeName = "FilterThreshold";
+
+    explicit FilterThreshold(const std::string& instanceName);
+    ~FilterThreshold() override;
+
+    void process() override;
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    enum Mode : unsigned { HighLevel, LowLevel };
+
+    EnumProperty<std::string> mode;
+    ValueProperty<double> threshold;
+    InputPin<MatrixXd> input;
+    OutputPin<MatrixXd> output;
+};
