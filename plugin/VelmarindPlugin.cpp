@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "plugin/VelmarindPlugin.h"
 
+#include "blocks/FilterBandPass.h"
 #include "blocks/FilterBlackmanWindow.h"
+#include "blocks/FilterButterworth.h"
+#include "blocks/FilterButterworth_v2.h"
 #include "blocks/FilterDeadband.h"
 #include "blocks/FilterEdge.h"
 #include "blocks/FilterFastFourierTransform.h"
@@ -37,7 +40,10 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     metaData.buildDate = BuildInfo::kBuildDate;
 
     // The order is interface: alphabetical, a lower-case letter or `_` before the capitals where names part.
+    registerBlock<FilterBandPass>();
     registerBlock<FilterBlackmanWindow>();
+    registerBlock<FilterButterworth>();
+    registerBlock<FilterButterworth_v2>();
     registerBlock<FilterDeadband>();
     registerBlock<FilterEdge>();
     registerBlock<FilterFastFourierTransform>();

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#include "blocks/FilterButterworth.h"
+
+FilterButterworth::FilterButterworth(const std::string& instanceName)
+    : Filter(instanceName, true), out("out", this), in("in", this), reset("reset", this),
+      init("Init", &getPropertyBag()), relativeCutOff("RelativeCutOffFreq", &getPropertyBag()),
+      order("Order", &getPropertyBag()), mode("Mode", &getPropertyBag()) {
+    init.setChangeHandler(this, &FilterButterworth::raiseParametersChanged);
+    relativeCutOff.setRange(0.0, 1.0, 0.000001);
+    relativeCutOff.setChangeHandler(this, &FilterButterworth::raiseParametersChanged);
+    relativeCutOff.setValue(0.05);
+    order.setRange(0, 10, 1);
+    order.setChangeHandler(this, &FilterButterworth::raiseParametersChanged);
+    order.setValue(1);
+    mode.addLabel("LowPass");
+    mode.addLabel("HiPass");
+    mode.setChangeHandler(this, &FilterButterworth::raiseParametersChanged);
+    mode.setValue(0);
+    reset.setIsBlocking(false);
+}
+
+FilterButterworth::~FilterButterworth() = default;
+
+void FilterButterworth::process() {
+    if (reset.hasData() && isSet(reset.take())) parametersChanged = true;
+    if (parametersChanged) redesign();
+    if (!in.hasData()) return;
+    computer.step(in.take());
+    copySample(out.data.value, computer.output());
+    out.send(in.getTimeStamp());
+}
+
+void FilterButterworth::redesign() {
+    const int wantedOrder = order.getValue();
+    computer.setParameters(relativeCutOff.getValue(), wantedOrder);
+    computer.setHighPass(static_cast<Mode>(mode.getValue()) == Mode::HiPass);
+    computer.requestInit();
+    parametersChanged = false;
+}
+
+void FilterButterworth::raiseParametersChanged() {
+    parametersChanged = true;
+}

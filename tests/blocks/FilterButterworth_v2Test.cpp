@@ -1,0 +1,362 @@
+// SPDX-License-Identifier: MIT
+#include "blocks/FilterButterworth_v2.h"
+
+#include "tests/support/Allocations.h"
+#include "tests/support/Feed.h"
+#include "tests/support/Numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+using namespace Support;
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr unsigned kLowPass = 0;
+constexpr unsigned kHiPass = 1;
+
+/// The recursion in one line, for one element.
+struct Plain {
+    double x = 0.0;
+    double y = 0.0;
+
+    void start(double u) { x = y = u; }
+    double step(double cutOff, double u) {
+        const double t = std::tan(cutOff * (4.0 * std::atan(1.0)) * 0.5);
+        y = (1.0 - t) / (1.0 + t) * y + t / (1.0 + t) * (x + u);
+        x = u;
+        return y;
+    }
+};
+
+/// A block with one element on its pins.
+struct Scalar {
+    FilterButterworth_v2 block{"smooth"};
+    Feed feed{block};
+
+    double run(double u) { return feed.run("in", matrix({{u}}))(0); }
+    void cutOff(double value) { feed.give("RelativeCutOffFreq", matrix({{value}})); }
+};
+
+} // namespace
+
+TEST(FilterButterworth_v2Test, Catalogue) {
+    FilterButterworth_v2 block("smooth");
+    EXPECT_STREQ(block.getTypeName(), "FilterButterworth_v2");
+    EXPECT_EQ(catalogue(block), "input \"in\" blocking\n"
+                                "input \"RelativeCutOffFreq\" blocking\n"
+                                "input \"reset\" non-blocking\n"
+                                "output \"out\"\n"
+                                "command \"Init\"\n"
+                                "range double \"RelativeCutOffFreq\" 0.050000000000000003 in [0;1] step "
+                                "9.9999999999999995e-07\n"
+                                "range int \"Order\" 1 in [0;1] step 1\n"
+                                "enum \"Mode\" 0 of LowPass, HiPass\n"
+                                "value bool \"ReinitOnCutOffFreqUpdate\" true\n"
+                                "value bool \"MemorizeCoef\" false\n");
+}
+
+TEST(FilterButterworth_v2Test, WorkedSample) {
+    // At half the band t is tan(pi/4), one unit below 1: a1 is a rounding error, so y is the mean of two inputs.
+    Scalar smooth;
+    smooth.feed.set("RelativeCutOffFreq", 0.5);
+    const double inputs[] = {4.0, 2.0, -1.0, 7.0};
+    const double wanted[] = {4.0, 3.0, 0.5, 3.0};
+    for (int n = 0; n < 4; ++n)
+        EXPECT_TRUE(agree(smooth.run(inputs[n]), wanted[n], law(1e-14))) << n;
+}
+
+TEST(FilterButterworth_v2Test, TheFirstOutputIsTheFirstInputAndAConstantStays) {
+    const MatrixXd input = matrix({{1, -2.5, 0}, {3, 1e3, 7}});
+    for (const unsigned mode : {kLowPass, kHiPass}) {
+        FilterButterworth_v2 block("smooth");
+        Feed feed(block);
+        feed.set("Mode", mode);
+        for (int n = 0; n < 50; ++n) {
+            const MatrixXd wanted = mode == kLowPass ? input : MatrixXd::Zero(2, 3);
+            EXPECT_TRUE(agree(feed.run("in", input), wanted, law(1e-11))); // 1e3 to fourteen digits
+        }
+    }
+}
+
+TEST(FilterButterworth_v2Test, OrderZeroGivesTheInputInBothModes) {
+    for (const unsigned mode : {kLowPass, kHiPass}) {
+        FilterButterworth_v2 block("smooth");
+        Feed feed(block);
+        feed.set("Order", 0);
+        feed.set("Mode", mode);
+        for (const MatrixXd& input : {matrix({{1, kNaN, -0.0}}), matrix({{2}, {3}}), MatrixXd(0, 0)}) {
+            feed.give("RelativeCutOffFreq", matrix({{0.7}}));
+            EXPECT_TRUE(agree(feed.run("in", input), input, same));
+        }
+    }
+}
+
+TEST(FilterButterworth_v2Test, ACutOffTakenInABypassIsStored) {
+    Scalar smooth;
+    smooth.feed.set("Order", 0);
+    smooth.feed.set("ReinitOnCutOffFreqUpdate", false);
+    smooth.run(1.0);
+    smooth.cutOff(0.7);
+    smooth.run(1.0);
+    smooth.feed.set("RelativeCutOffFreq", 0.7); // the same as stored: nothing more to do
+    smooth.feed.set("Order", 1);
+    Plain plain;
+    plain.start(2.0);
+    EXPECT_TRUE(agree(smooth.run(2.0), plain.step(0.7, 2.0), same));
+    EXPECT_TRUE(agree(smooth.run(5.0), plain.step(0.7, 5.0), same));
+}
+
+TEST(FilterButterworth_v2Test, WhatEachEventDoes) {
+    // After 1 and 3 at 0.05, the event, then 10: which cut-off meets it, and whether the state does.
+    struct Row {
+        const char* name;
+        void (*act)(Feed&);
+        bool restarts; // with "ReinitOnCutOffFreqUpdate"
+        double cutOff; // afterwards
+    };
+    const Row rows[] = {
+        {.name = "nothing", .act = [](Feed&) {}, .restarts = false, .cutOff = 0.05},
+        {.name = "cut-off by pin",
+         .act =
+             [](Feed& feed) {
+                 feed.give("RelativeCutOffFreq", matrix({{0.4, 9.0}}));
+             },
+         .restarts = true,
+         .cutOff = 0.4},
+        {.name = "cut-off by pin, beyond 1",
+         .act = [](Feed& feed) { feed.give("RelativeCutOffFreq", matrix({{1.3}})); },
+         .restarts = true,
+         .cutOff = 1.3},
+        {.name = "the present cut-off by pin",
+         .act = [](Feed& feed) { feed.give("RelativeCutOffFreq", matrix({{0.05}})); },
+         .restarts = false,
+         .cutOff = 0.05},
+        {.name = "an empty sample as cut-off",
+         .act = [](Feed& feed) { feed.give("RelativeCutOffFreq", MatrixXd(1, 0)); },
+         .restarts = false,
+         .cutOff = 0.05},
+        {.name = "cut-off by setting",
+         .act = [](Feed& feed) { feed.set("RelativeCutOffFreq", 0.4); },
+         .restarts = true,
+         .cutOff = 0.4},
+        {.name = "Init", .act = [](Feed& feed) { feed.fire("Init"); }, .restarts = true, .cutOff = 0.05},
+        {.name = "reset 1",
+         .act = [](Feed& feed) { feed.give("reset", matrix({{1}})); },
+         .restarts = true,
+         .cutOff = 0.05},
+        {.name = "reset not-a-number",
+         .act = [](Feed& feed) { feed.give("reset", matrix({{kNaN}})); },
+         .restarts = true,
+         .cutOff = 0.05},
+        {.name = "reset 0",
+         .act = [](Feed& feed) { feed.give("reset", matrix({{0}})); },
+         .restarts = false,
+         .cutOff = 0.05},
+        {.name = "reset empty",
+         .act = [](Feed& feed) { feed.give("reset", MatrixXd(0, 0)); },
+         .restarts = false,
+         .cutOff = 0.05},
+        {.name = "the pin against the setting: the pin comes last",
+         .act =
+             [](Feed& feed) {
+                 feed.set("RelativeCutOffFreq", 0.4);
+                 feed.give("RelativeCutOffFreq", matrix({{0.3}}));
+             },
+         .restarts = true,
+         .cutOff = 0.3},
+        {.name = "the pin, then any setting: the shown value comes back",
+         .act =
+             [](Feed& feed) {
+                 feed.give("RelativeCutOffFreq", matrix({{0.4}}));
+                 feed.step();
+                 feed.fire("Init");
+             },
+         .restarts = true,
+         .cutOff = 0.05},
+    };
+    for (const Row& row : rows)
+        for (const bool reinit : {true, false}) {
+            Scalar smooth;
+            smooth.feed.set("ReinitOnCutOffFreqUpdate", reinit);
+            Plain plain;
+            plain.start(1.0);
+            EXPECT_TRUE(agree(smooth.run(1.0), plain.step(0.05, 1.0), same)) << row.name;
+            EXPECT_TRUE(agree(smooth.run(3.0), plain.step(0.05, 3.0), same)) << row.name;
+            row.act(smooth.feed);
+            if (row.restarts && reinit) plain.start(10.0);
+            EXPECT_TRUE(agree(smooth.run(10.0), plain.step(row.cutOff, 10.0), same))
+                << row.name << ", reinit " << reinit;
+            EXPECT_TRUE(agree(smooth.run(-4.0), plain.step(row.cutOff, -4.0), same))
+                << row.name << ", reinit " << reinit;
+        }
+}
+
+TEST(FilterButterworth_v2Test, AModeWithoutRestartsSwapsTheOutput) {
+    for (const bool reinit : {true, false}) {
+        Scalar smooth;
+        smooth.feed.set("ReinitOnCutOffFreqUpdate", reinit);
+        Plain plain;
+        plain.start(1.0);
+        smooth.run(1.0);
+        plain.step(0.05, 1.0);
+        smooth.feed.set("Mode", kHiPass);
+        if (reinit) plain.start(6.0);
+        EXPECT_TRUE(agree(smooth.run(6.0), 6.0 - plain.step(0.05, 6.0), same)) << reinit;
+        if (reinit) {
+            EXPECT_TRUE(agree(smooth.feed.last().value(0), 0.0, law(1e-15)));
+        }
+    }
+}
+
+TEST(FilterButterworth_v2Test, AnOrderWithoutRestartsKeepsCoefficientsAndState) {
+    Scalar smooth;
+    smooth.feed.set("ReinitOnCutOffFreqUpdate", false);
+    Plain plain;
+    plain.start(1.0);
+    EXPECT_TRUE(agree(smooth.run(1.0), plain.step(0.05, 1.0), same));
+    smooth.feed.set("Order", 0);
+    EXPECT_TRUE(agree(smooth.run(50.0), 50.0, same));
+    smooth.feed.set("Order", 1);
+    EXPECT_TRUE(agree(smooth.run(4.0), plain.step(0.05, 4.0), same));
+    // With the order, a cut-off written meanwhile is stored but not designed.
+    smooth.feed.set("Order", 0);
+    smooth.run(50.0);
+    smooth.feed.set("RelativeCutOffFreq", 0.9);
+    smooth.feed.set("Order", 1);
+    EXPECT_TRUE(agree(smooth.run(2.0), plain.step(0.05, 2.0), same));
+}
+
+TEST(FilterButterworth_v2Test, AnOrderWithRestartsStartsAnew) {
+    Scalar smooth;
+    smooth.run(1.0);
+    smooth.feed.set("Order", 0);
+    smooth.run(50.0);
+    smooth.feed.set("Order", 1);
+    Plain plain;
+    plain.start(4.0);
+    EXPECT_TRUE(agree(smooth.run(4.0), plain.step(0.05, 4.0), same));
+}
+
+TEST(FilterButterworth_v2Test, MemorizedCutOffsFilterTheSame) {
+    Scalar kept;
+    Scalar fresh;
+    kept.feed.set("MemorizeCoef", true);
+    for (Scalar* const each : {&kept, &fresh})
+        each->feed.set("ReinitOnCutOffFreqUpdate", false);
+    for (int n = 0; n < 200; ++n) {
+        const double cutOff = 0.1 * (n % 7 + 1);
+        kept.cutOff(cutOff);
+        fresh.cutOff(cutOff);
+        const double u = std::sin(n * 0.7);
+        EXPECT_TRUE(agree(kept.run(u), fresh.run(u), same)) << n;
+    }
+}
+
+TEST(FilterButterworth_v2Test, AnotherShapeStartsAnew) {
+    FilterButterworth_v2 block("smooth");
+    Feed feed(block);
+    feed.set("ReinitOnCutOffFreqUpdate", false);
+    feed.run("in", matrix({{1, 2, 3}}));
+    feed.run("in", matrix({{9, 9, 9}}));
+    for (const MatrixXd& input : {matrix({{1, 2}, {3, 4}}), matrix({{5}, {6}, {7}, {8}})}) {
+        MatrixXd wanted = input;
+        for (Eigen::Index i = 0; i < input.size(); ++i) {
+            Plain plain;
+            plain.start(input(i));
+            wanted(i) = plain.step(0.05, input(i));
+        }
+        EXPECT_TRUE(agree(feed.run("in", input), wanted, same));
+    }
+}
+
+TEST(FilterButterworth_v2Test, AnEmptySampleIsSentOnWithItsTimeStamp) {
+    FilterButterworth_v2 block("smooth");
+    Feed feed(block);
+    for (const MatrixXd& input : {MatrixXd(0, 0), MatrixXd(0, 4), matrix({{1}}), MatrixXd(3, 0)}) {
+        EXPECT_EQ(feed.run("in", input, 2.5).size(), input.size());
+        EXPECT_TRUE(agree(feed.last().timeStamp, 2.5, same));
+    }
+}
+
+TEST(FilterButterworth_v2Test, ControlSamplesAloneSendNothing) {
+    Scalar smooth;
+    smooth.cutOff(0.3);
+    smooth.feed.give("reset", matrix({{1}}));
+    smooth.feed.step();
+    EXPECT_TRUE(smooth.feed.sent().empty());
+}
+
+TEST(FilterButterworth_v2Test, RefusesWhatDoesNotFit) {
+    Scalar smooth;
+    EXPECT_EQ(refusal<Poco::RangeException>([&] { smooth.feed.set("Order", 2); }),
+              "2 does not fit in [0;1], (step : 1)");
+    EXPECT_EQ(refusal<Poco::RangeException>([&] { smooth.feed.set("RelativeCutOffFreq", -0.5); }),
+              "-0.5 does not fit in [0;1], (step : 1e-06)");
+}
+
+TEST(FilterButterworth_v2Test, ASteadyStepAllocatesNothing) {
+    FilterButterworth_v2 block("smooth");
+    Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
+    Quillmere::Core::OutputPin<MatrixXd> cutOffs("cutOffs", nullptr);
+    InputPin<MatrixXd> receiver("receiver", nullptr);
+    sender.attach(block.getInputPin("in"), false);
+    cutOffs.attach(block.getInputPin("RelativeCutOffFreq"), false);
+    block.getOutputPin("out").attach(receiver, false);
+    {
+        FilterButterworth_v2& settings = block;
+        const bool off = false;
+        const bool on = true;
+        settings.getProperty("ReinitOnCutOffFreqUpdate").setValueFromAny(&off);
+        settings.getProperty("MemorizeCoef").setValueFromAny(&on);
+    }
+    sender.data.value = MatrixXd::Ones(1, 3);
+    cutOffs.data.value = MatrixXd::Ones(1, 1);
+    const auto round = [&] {
+        for (const double cutOff : {0.1, 0.2, 0.3}) {
+            cutOffs.data.value(0) = cutOff;
+            cutOffs.send(1.0);
+            sender.send(1.0);
+            block.process();
+            ASSERT_TRUE(receiver.hasData());
+            receiver.take();
+        }
+    };
+    round();
+    round();
+    const AllocationCounter counter;
+    for (int n = 0; n < 100; ++n)
+        round();
+    EXPECT_EQ(counter.count(), 0u);
+}
+
+TEST(FilterButterworth_v2Test, LongTrace) {
+    std::mt19937_64 random(9);
+    std::uniform_real_distribution<double> number(-10.0, 10.0);
+    std::uniform_int_distribution<int> dice(0, 9);
+    Scalar smooth;
+    smooth.feed.set("ReinitOnCutOffFreqUpdate", false);
+    Plain plain;
+    double cutOff = 0.05;
+    bool highPass = false;
+    for (int n = 0; n < 3000; ++n) {
+        if (dice(random) == 0) {
+            cutOff = 0.1 * (1 + dice(random));
+            smooth.cutOff(cutOff);
+        }
+        if (dice(random) == 0) {
+            highPass = !highPass;
+            smooth.feed.set("Mode", highPass ? kHiPass : kLowPass);
+            // Any setting brings the shown cut-off back, and the pin's sample, if one waits, comes after it.
+            smooth.cutOff(cutOff);
+        }
+        const double u = number(random);
+        if (n == 0) plain.start(u);
+        const double y = plain.step(cutOff, u);
+        ASSERT_TRUE(agree(smooth.run(u), highPass ? u - y : y, same)) << "step " << n;
+    }
+}
