@@ -2,11 +2,15 @@
 #include "plugin/VelmarindPlugin.h"
 
 #include "blocks/FilterBandPass.h"
+#include "blocks/FilterBessel.h"
 #include "blocks/FilterBlackmanWindow.h"
 #include "blocks/FilterButterworth.h"
 #include "blocks/FilterButterworth_v2.h"
+#include "blocks/FilterButterworthV2.h"
+#include "blocks/FilterChebyshev.h"
 #include "blocks/FilterDeadband.h"
 #include "blocks/FilterEdge.h"
+#include "blocks/FilterEllipticV1.h"
 #include "blocks/FilterFastFourierTransform.h"
 #include "blocks/FilterFFT.h"
 #include "blocks/FilterFlagStatic.h"
@@ -16,6 +20,7 @@
 #include "blocks/FilterHammingWindow.h"
 #include "blocks/FilterHanningWindow.h"
 #include "blocks/FilterHysteresis.h"
+#include "blocks/FilterIIR.h"
 #include "blocks/FilterInvGain.h"
 #include "blocks/FilterSaturationDetector.h"
 #include "blocks/FilterSmartSaturationDetector.h"
@@ -41,11 +46,15 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
 
     // The order is interface: alphabetical, a lower-case letter or `_` before the capitals where names part.
     registerBlock<FilterBandPass>();
+    registerBlock<FilterBessel>();
     registerBlock<FilterBlackmanWindow>();
     registerBlock<FilterButterworth>();
     registerBlock<FilterButterworth_v2>();
+    registerBlock<FilterButterworthV2>();
+    registerBlock<FilterChebyshev>();
     registerBlock<FilterDeadband>();
     registerBlock<FilterEdge>();
+    registerBlock<FilterEllipticV1>();
     registerBlock<FilterFastFourierTransform>();
     registerBlock<FilterFFT>();
     registerBlock<FilterFlagStatic>();
@@ -55,6 +64,7 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     registerBlock<FilterHammingWindow>();
     registerBlock<FilterHanningWindow>();
     registerBlock<FilterHysteresis>();
+    registerBlock<FilterIIR>();
     registerBlock<FilterInvGain>();
     registerBlock<FilterSaturationDetector>();
     registerBlock<FilterSmartSaturationDetector>();

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "blocks/BlockPoleZeroBase.h"
+#include "design/ChebyshevDesigner.h"
+
+/// Filters every element of a sample with a Chebyshev filter of type I and order 1 to 10: steeper than a Butterworth, for
+/// a pass band that ripples by "Ripple" decibels (below 0).
+///
+/// Low-pass, high-pass, band-pass or band-stop. Pins, settings, what is remembered and what is sent when:
+/// `BlockPoleZeroBase`. The design: `PoleZeroDesigner`, `ChebyshevDesigner`.
+///
+/// Kept as is: the filter looks back one sample only, whatever the order, so from order 2 on its dynamics are those of a
+/// first-order filter; a constant still settles where the design says (`DirectFormDesigner`).
+class FilterChebyshev final : public BlockPoleZeroBase {
+public:
+    static constexpr const char* kTypeName = "FilterChebyshev";
+
+    explicit FilterChebyshev(const std::string& instanceName);
+    ~FilterChebyshev() override;
+
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    void passParameters(std::int32_t designCode) override;
+    void onRipple();
+
+    RangeProperty<double> ripple;
+    ValueProperty<bool> matchedZ;
+    CommandProperty resetCommand;
+    ChebyshevDesigner designer{Design::kLowPass, 1, true, 0.05, -0.5, 0.1};
+};
