@@ -1,0 +1,360 @@
+// SPDX-License-Identifier: MIT
+#include "blocks/BlockPoleZeroBase.h"
+
+#include "blocks/FilterBessel.h"
+#include "blocks/FilterButterworthV2.h"
+#include "blocks/FilterChebyshev.h"
+#include "blocks/FilterEllipticV1.h"
+#include "tests/support/Allocations.h"
+#include "tests/support/Feed.h"
+#include "tests/support/Numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+
+// What the four blocks share, tested on each of them.
+
+using namespace Support;
+
+namespace {
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+constexpr unsigned kLowPass = 0;
+constexpr unsigned kHighPass = 1;
+constexpr unsigned kBandPass = 2;
+constexpr unsigned kBandStop = 3;
+
+template <class Block>
+class PoleZeroBlocks : public testing::Test {
+protected:
+    static constexpr bool kIsElliptic = std::is_same_v<Block, FilterEllipticV1>;
+    static constexpr const char* kLow = kIsElliptic ? "LowRelFreq" : "LowRelativeCutOffFreq";
+    static constexpr const char* kHigh = kIsElliptic ? "HighRelFreq" : "HighRelativeCutOffFreq";
+
+    /// Chooses a band mode with edges in order.
+    void chooseBand(unsigned mode, double low, double high) {
+        feed.set("Mode", mode);
+        feed.set(kHigh, 1.0);
+        feed.set(kLow, low);
+        feed.set(kHigh, high);
+    }
+
+    Block block{"filter"};
+    Feed feed{block};
+};
+
+using Blocks = testing::Types<FilterBessel, FilterButterworthV2, FilterChebyshev, FilterEllipticV1>;
+TYPED_TEST_SUITE(PoleZeroBlocks, Blocks);
+} // namespace
+
+// ---- Worked samples
+
+TYPED_TEST(PoleZeroBlocks, TheFirstSamplePublishesTheDesignBeforeTheOutput) {
+    EXPECT_TRUE(agree(this->feed.sent("gain").empty() ? 0.0 : 1.0, 0.0, same));
+    // A receiver on each pin that notes the order.
+    struct Noting final : Quillmere::Core::InputPinBase<MatrixXd> {
+        Noting(const std::string& name, std::string& sharedNotes)
+            : Pin(name, nullptr), InputPinBase(name, nullptr), notes(sharedNotes) {}
+        ~Noting() override { InputPinBase::detachAll(); }
+        void clear() override {}
+        void rebuildStrategy() override {}
+        void setConnectedOutput(Quillmere::Core::AbstractOutputPin* output, bool) override {
+            connectedOutput = output;
+        }
+        void receive(const Sample&) override { notes += getName() + " "; }
+        std::string& notes;
+    };
+    std::string notes;
+    Noting gain("gain", notes), coeffs("coeffs", notes), out("out", notes);
+    this->block.getOutputPin("gain").attach(gain, false);
+    this->block.getOutputPin("coeffs").attach(coeffs, false);
+    this->block.getOutputPin("out").attach(out, false);
+    this->feed.run("in", matrix({{1.0}}), 0.0, "out");
+    this->feed.run("in", matrix({{1.0}}), 0.0, "out");
+    EXPECT_EQ(notes, "gain coeffs out out ");
+}
+
+TYPED_TEST(PoleZeroBlocks, TheDesignCarriesTheWallClockAndTheOutputTheInputsTime) {
+    this->feed.run("in", matrix({{1.0}}), 12.5, "out");
+    EXPECT_TRUE(agree(this->feed.last("out").timeStamp, 12.5, same));
+    // Seconds since 1582: near 1.4e10 in our days.
+    for (const char* const pin : {"gain", "coeffs"}) {
+        EXPECT_GT(this->feed.last(pin).timeStamp, 1.3e10) << pin;
+        EXPECT_LT(this->feed.last(pin).timeStamp, 2e10) << pin;
+    }
+    EXPECT_EQ(this->feed.last("gain").value.size(), 1);
+    EXPECT_EQ(this->feed.last("coeffs").value.rows(), 2);
+}
+
+TYPED_TEST(PoleZeroBlocks, TheOutputIsTheRecursionOfThePublishedDesign) {
+    for (const unsigned mode : {kLowPass, kHighPass, kBandPass, kBandStop})
+        for (int order = 1; order <= 4; ++order) {
+            TypeParam tested("filter");
+            Feed testedFeed(tested);
+            testedFeed.set("Mode", mode);
+            if (mode >= kBandPass) testedFeed.set(this->kHigh, 0.4);
+            testedFeed.set(this->kLow, 0.3);
+            testedFeed.set("Order", order);
+            std::mt19937_64 random(5);
+            std::uniform_real_distribution<double> number(-1.0, 1.0);
+            MatrixXd u1 = MatrixXd::Zero(1, 3), y1 = MatrixXd::Zero(1, 3);
+            for (int n = 0; n < 300; ++n) {
+                MatrixXd sample(1, 3);
+                for (Eigen::Index i = 0; i < 3; ++i)
+                    sample(i) = number(random);
+                const MatrixXd got = testedFeed.run("in", sample, n, "out");
+                const MatrixXd coeffs = testedFeed.last("coeffs").value;
+                const double gain = testedFeed.last("gain").value(0);
+                const bool isElliptic = this->kIsElliptic;
+                const Eigen::Index poles = mode >= kBandPass ? 2 * order : order;
+                // How many testedFeed-forward coefficients are in use: the elliptic design and matched-z use fewer.
+                const Eigen::Index forward = mode == kLowPass ? 1 : mode == kBandPass ? order + 1 : poles + 1;
+                const MatrixXd u = isElliptic ? sample : MatrixXd(sample / gain);
+                double formerX = 0.0, formerY = 0.0;
+                for (Eigen::Index i = 0; i + 1 < forward; ++i)
+                    formerX += coeffs(0, i);
+                for (Eigen::Index j = 0; j < poles; ++j)
+                    formerY += coeffs(1, j);
+                const MatrixXd wanted = coeffs(0, forward - 1) * u + formerX * u1 + formerY * y1;
+                if (!std::isfinite(wanted.sum())) break; // odd elliptic low-pass and band-pass designs
+                const double size =
+                    coeffs.cwiseAbs().sum() *
+                    std::max({u.cwiseAbs().maxCoeff(), u1.cwiseAbs().maxCoeff(), y1.cwiseAbs().maxCoeff()});
+                // A sum of up to twenty terms, each rounding by half an ulp of at most the sum of their sizes.
+                ASSERT_TRUE(agree(got, wanted, law(20.0 * 2.3e-16 * size)))
+                    << "mode " << mode << ", order " << order << ", step " << n;
+                u1 = u;
+                y1 = got;
+            }
+        }
+}
+
+// ---- Edges
+
+TYPED_TEST(PoleZeroBlocks, WithoutASampleNothingHappens) {
+    this->feed.step();
+    this->feed.step();
+    for (const char* const pin : {"gain", "coeffs", "out"})
+        EXPECT_TRUE(this->feed.sent(pin).empty()) << pin;
+}
+
+TYPED_TEST(PoleZeroBlocks, AnEmptySampleIsDroppedAndTheDesignWaits) {
+    for (const MatrixXd& empty : {MatrixXd(0, 0), MatrixXd(0, 3), MatrixXd(2, 0)}) {
+        this->feed.give("in", empty);
+        this->feed.step();
+    }
+    for (const char* const pin : {"gain", "coeffs", "out"})
+        EXPECT_TRUE(this->feed.sent(pin).empty()) << pin;
+    this->feed.run("in", matrix({{1.0}}), 0.0, "out");
+    EXPECT_EQ(this->feed.sent("gain").size(), 1u);
+    EXPECT_EQ(this->feed.sent("coeffs").size(), 1u);
+}
+
+TYPED_TEST(PoleZeroBlocks, EveryDesignSettingPublishesOnce) {
+    this->feed.run("in", matrix({{1.0}}), 0.0, "out");
+    const auto expectPublished = [this](const char* what) {
+        this->feed.forget();
+        this->feed.run("in", matrix({{1.0}}), 0.0, "out");
+        this->feed.run("in", matrix({{1.0}}), 0.0, "out");
+        EXPECT_EQ(this->feed.sent("gain").size(), 1u) << what;
+        EXPECT_EQ(this->feed.sent("coeffs").size(), 1u) << what;
+    };
+    this->feed.set("Mode", kBandStop);
+    expectPublished("Mode");
+    this->feed.set("Order", 2);
+    expectPublished("Order");
+    this->feed.set(this->kHigh, 0.3);
+    expectPublished("high");
+    this->feed.set(this->kLow, 0.2);
+    expectPublished("low");
+    if (this->kIsElliptic) {
+        this->feed.set("Ripple BandPass", 1.0);
+        expectPublished("Ripple BandPass");
+        this->feed.set("Ripple BandStop", -20.0);
+        expectPublished("Ripple BandStop");
+    } else {
+        this->feed.set("MatchedZ-Transform", false);
+        expectPublished("MatchedZ-Transform");
+    }
+}
+
+TYPED_TEST(PoleZeroBlocks, EqualEdgesAreNaNWithoutAMessage) {
+    for (const unsigned mode : {kBandPass, kBandStop}) {
+        this->chooseBand(mode, 0.3, 0.3);
+        for (int n = 0; n < 3; ++n)
+            EXPECT_TRUE(
+                agree(this->feed.run("in", matrix({{1.0, 0.0}}), 0.0, "out"), matrix({{kNaN, kNaN}}), same));
+        EXPECT_TRUE(std::isnan(this->feed.last("gain").value(0)));
+        const MatrixXd coeffs = this->feed.last("coeffs").value;
+        EXPECT_TRUE(coeffs.row(1).array().isNaN().all());
+        EXPECT_TRUE(std::isnan(coeffs(0, 0))) << "the rest may be filled up with zeros";
+    }
+}
+
+// ---- The edges of a band are kept in order
+
+TYPED_TEST(PoleZeroBlocks, TheHighEdgeIsWritableInBandModesOnly) {
+    const auto isWritable = [this] { return this->block.getProperty(this->kHigh).getIsWritable(); };
+    const auto write = [this] { this->feed.set(this->kHigh, 0.7); };
+    EXPECT_FALSE(isWritable());
+    const std::string text = std::string("Property '") + this->kHigh + "' is not writable";
+    EXPECT_EQ(refusal<Poco::NoPermissionException>(write), text);
+    for (const unsigned mode : {kBandPass, kBandStop}) {
+        this->feed.set("Mode", mode);
+        EXPECT_TRUE(isWritable());
+        this->feed.set("Mode", kHighPass);
+        EXPECT_FALSE(isWritable());
+        EXPECT_EQ(refusal<Poco::NoPermissionException>(write), text);
+        this->feed.set("Mode", mode);
+        this->feed.set("Mode", kLowPass);
+        EXPECT_FALSE(isWritable());
+    }
+}
+
+TYPED_TEST(PoleZeroBlocks, ABandModePullsTheHighEdgeUp) {
+    this->feed.set(this->kLow, 0.4);
+    EXPECT_LT(this->feed.template get<double>(this->kHigh), 0.4) << "nothing moves in a low-pass";
+    this->feed.set("Mode", kBandPass);
+    EXPECT_TRUE(agree(this->feed.template get<double>(this->kHigh), 0.4, same));
+}
+
+TYPED_TEST(PoleZeroBlocks, TheLowEdgeTakesTheHighOneAlong) {
+    this->feed.set("Mode", kBandStop);
+    this->feed.set(this->kHigh, 0.2);
+    this->feed.set(this->kLow, 0.6);
+    EXPECT_TRUE(agree(this->feed.template get<double>(this->kHigh), 0.6, same));
+    this->feed.set(this->kLow, 0.5);
+    EXPECT_TRUE(agree(this->feed.template get<double>(this->kHigh), 0.6, same));
+}
+
+TYPED_TEST(PoleZeroBlocks, TheHighEdgeTakesTheLowOneAlong) {
+    this->feed.set("Mode", kBandPass);
+    this->feed.set(this->kHigh, 0.8);
+    this->feed.set(this->kLow, 0.6);
+    this->feed.set(this->kHigh, 0.02);
+    EXPECT_TRUE(agree(this->feed.template get<double>(this->kLow), 0.02, same));
+    EXPECT_TRUE(agree(this->feed.template get<double>(this->kHigh), 0.02, same));
+}
+
+TYPED_TEST(PoleZeroBlocks, TheUnusedHighEdgePlaysNoPart) {
+    TypeParam other("other");
+    Feed otherFeed(other);
+    otherFeed.set("Mode", kBandPass);
+    otherFeed.set(this->kHigh, 0.9);
+    otherFeed.set("Mode", kHighPass);
+    this->feed.set("Mode", kHighPass);
+    for (int n = 0; n < 5; ++n)
+        EXPECT_TRUE(agree(this->feed.run("in", matrix({{n * 1.5}}), 0.0, "out"),
+                          otherFeed.run("in", matrix({{n * 1.5}}), 0.0, "out"), same));
+}
+
+TYPED_TEST(PoleZeroBlocks, LimitsAreInterface) {
+    EXPECT_EQ(refusal<Poco::RangeException>([this] { this->feed.set("Order", 0); }),
+              "0 does not fit in [1;10], (step : 1)");
+    EXPECT_EQ(refusal<Poco::RangeException>([this] { this->feed.set("Order", 11); }),
+              "11 does not fit in [1;10], (step : 1)");
+    EXPECT_EQ(refusal<Poco::RangeException>([this] { this->feed.set("Mode", 4u); }), "");
+    EXPECT_EQ(refusal<Poco::RangeException>([this] { this->feed.set(this->kLow, 1.5); }),
+              this->kIsElliptic ? "1.5 does not fit in [0.01;1], (step : 0.0001)"
+                                : "1.5 does not fit in [0;1], (step : 1e-06)");
+}
+
+// ---- Memory
+
+TYPED_TEST(PoleZeroBlocks, ResetZeroesTheStateAndKeepsTheDesign) {
+    struct Row {
+        const char* name;
+        MatrixXd control;
+        bool isFired, isReset;
+    };
+    const Row rows[] = {
+        {.name = "one", .control = matrix({{1.0}}), .isFired = false, .isReset = true},
+        {.name = "a NaN", .control = matrix({{kNaN}}), .isFired = false, .isReset = true},
+        {.name = "only the first value counts",
+         .control = matrix({{0.0, 1.0}}),
+         .isFired = false,
+         .isReset = false},
+        {.name = "zero", .control = matrix({{0.0}}), .isFired = false, .isReset = false},
+        {.name = "minus zero", .control = matrix({{-0.0}}), .isFired = false, .isReset = false},
+        {.name = "an empty sample", .control = MatrixXd(1, 0), .isFired = false, .isReset = false},
+        {.name = "the command", .control = matrix({{0.0}}), .isFired = true, .isReset = true},
+    };
+    for (const Row& row : rows) {
+        TypeParam tested("filter");
+        Feed testedFeed(tested);
+        testedFeed.set("Mode", kHighPass);
+        const MatrixXd fresh = testedFeed.run("in", matrix({{1.0, 2.0}}), 0.0, "out");
+        testedFeed.run("in", matrix({{5.0, 3.0}}), 0.0, "out");
+        testedFeed.forget();
+        TypeParam twin("filter");
+        Feed twinFeed(twin);
+        twinFeed.set("Mode", kHighPass);
+        twinFeed.run("in", matrix({{1.0, 2.0}}), 0.0, "out");
+        twinFeed.run("in", matrix({{5.0, 3.0}}), 0.0, "out");
+        const MatrixXd third = twinFeed.run("in", matrix({{1.0, 2.0}}), 0.0, "out");
+        ASSERT_FALSE(agree(third, fresh, same)) << "or the rows below would show nothing";
+        if (row.isFired)
+            testedFeed.fire("Reset");
+        else
+            testedFeed.give("reset", row.control);
+        const MatrixXd got = testedFeed.run("in", matrix({{1.0, 2.0}}), 0.0, "out");
+        EXPECT_TRUE(agree(got, row.isReset ? fresh : third, same)) << row.name;
+        EXPECT_TRUE(testedFeed.sent("gain").empty()) << row.name;
+        EXPECT_TRUE(testedFeed.sent("coeffs").empty()) << row.name;
+    }
+}
+
+TYPED_TEST(PoleZeroBlocks, AResetWithoutASampleHappensAtOnce) {
+    const MatrixXd fresh = this->feed.run("in", matrix({{2.0}}), 0.0, "out");
+    this->feed.give("reset", matrix({{1.0}}));
+    this->feed.step();
+    this->feed.give("reset", matrix({{0.0}}));
+    EXPECT_TRUE(agree(this->feed.run("in", matrix({{2.0}}), 0.0, "out"), fresh, same));
+}
+
+TYPED_TEST(PoleZeroBlocks, ANewShapeStartsAnewAndPublishesNothing) {
+    this->feed.run("in", matrix({{1.0, 2.0}}), 0.0, "out");
+    this->feed.forget();
+    TypeParam twin("filter");
+    Feed twinFeed(twin);
+    EXPECT_TRUE(agree(this->feed.run("in", matrix({{3.0}, {4.0}}), 0.0, "out"),
+                      twinFeed.run("in", matrix({{3.0}, {4.0}}), 0.0, "out"), same));
+    EXPECT_TRUE(this->feed.sent("gain").empty());
+    EXPECT_TRUE(this->feed.sent("coeffs").empty());
+}
+
+TYPED_TEST(PoleZeroBlocks, ADesignAbsorbsAReset) {
+    this->feed.run("in", matrix({{1.0}}), 0.0, "out");
+    this->feed.set("Mode", kHighPass);
+    this->feed.give("reset", matrix({{1.0}}));
+    this->feed.run("in", matrix({{1.0}}), 0.0, "out");
+    TypeParam twin("filter");
+    Feed twinFeed(twin);
+    twinFeed.set("Mode", kHighPass);
+    twinFeed.run("in", matrix({{1.0}}), 0.0, "out");
+    EXPECT_TRUE(agree(this->feed.run("in", matrix({{5.0}}), 0.0, "out"),
+                      twinFeed.run("in", matrix({{5.0}}), 0.0, "out"), same))
+        << "the reset was used up by the design";
+}
+
+TYPED_TEST(PoleZeroBlocks, ASteadyStepAllocatesNothing) {
+    Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
+    TypeParam tested("filter");
+    sender.attach(tested.getInputPin("in"), false);
+    tested.getProperty("Order").setValueFromString("10");
+    sender.data.value = MatrixXd::Ones(8, 9);
+    const auto step = [&] {
+        sender.send(1.0);
+        tested.process();
+    };
+    step();
+    step();
+    const AllocationCounter counter;
+    for (int n = 0; n < 100; ++n)
+        step();
+    EXPECT_EQ(counter.count(), 0u);
+}
