@@ -109,8 +109,8 @@ void SphericalFilteringCore::update(const MatrixXd& gyroscope, const MatrixXd* a
         impose(imposedCutoffs->data()[0], imposedCutoffs->data()[1]);
     else
         adaptCutoffs(rate);
-    acceleration.previous = a;
-    magnetic.previous = m;
+    remember(acceleration, a);
+    remember(magnetic, m);
 
     filter(acceleration);
     filter(magnetic);
@@ -124,16 +124,11 @@ void SphericalFilteringCore::update(const MatrixXd& gyroscope, const MatrixXd* a
     put(mTerreFilteredOut, magnetic.terreFiltered);
 }
 
-/// The vector of this step: the one given, else the last one, else `fallback`. The first one ever is also remembered
-/// unclipped, since the cut-offs of the same step compare with it.
-SphericalFilteringCore::Vector3 SphericalFilteringCore::choose(Channel& channel, const MatrixXd* given,
+/// The vector of this step: the one given, else the last one, else `fallback`.
+SphericalFilteringCore::Vector3 SphericalFilteringCore::choose(const Channel& channel, const MatrixXd* given,
                                                                const Vector3& fallback) {
-    const Vector3 vector = given != nullptr      ? vectorOf(*given)
-                           : channel.hasPrevious ? channel.previous
-                                                 : fallback;
-    if (!channel.hasPrevious) channel.previous = vector;
-    channel.hasPrevious = true;
-    return vector;
+    if (given != nullptr) return vectorOf(*given);
+    return channel.hasPrevious ? channel.previous : fallback;
 }
 
 void SphericalFilteringCore::turn(const Vector3& rate, double deltaTime) {
@@ -175,6 +170,11 @@ void SphericalFilteringCore::toTerre(Channel& channel, const Vector3& v) const {
     const double* const r = rotation.data();
     for (std::size_t i = 0; i < 3; ++i)
         channel.terre[i] = v[0] * r[3 * i] + v[1] * r[3 * i + 1] + v[2] * r[3 * i + 2];
+}
+
+void SphericalFilteringCore::remember(Channel& channel, const Vector3& v) {
+    channel.previous = v;
+    channel.hasPrevious = true;
 }
 
 void SphericalFilteringCore::impose(double aCutoff, double mCutoff) {

@@ -74,10 +74,11 @@ private:
         MatrixXd lowPassInput; ///< 1 by 3
     };
 
-    static Vector3 choose(Channel& channel, const MatrixXd* given, const Vector3& fallback);
+    static Vector3 choose(const Channel& channel, const MatrixXd* given, const Vector3& fallback);
     void turn(const Vector3& rate, double deltaTime);
     void fillRotation();
     void toTerre(Channel& channel, const Vector3& vector) const;
+    static void remember(Channel& channel, const Vector3& vector);
     void impose(double aCutoff, double mCutoff);
     void adaptCutoffs(const Vector3& rate);
     void rememberResiduals();

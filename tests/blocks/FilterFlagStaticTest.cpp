@@ -143,6 +143,18 @@ TEST(FilterFlagStaticTest, ComparisonIsStrict) {
     EXPECT_TRUE(agree(f.flag(), 1.0, same));
 }
 
+TEST(FilterFlagStaticTest, AnEquallyLoudWindowIsNotAdopted) {
+    Fixture f;
+    f.feed.set("Windows Size", 2);
+    f.feed.set("MaxStdDev", 1.0);
+    f.step(matrix({{1, 2, 2}}), 0.0);
+    f.step(matrix({{-1, -2, -2}}), 1.0);
+    ASSERT_TRUE(agree(f.estimate(), matrix({{1, 2, 2}}), same));
+    f.step(matrix({{-2, -1, -2}}), 2.0); // a third axis that rests counts double: too loud
+    f.step(matrix({{2, 1, 2}}), 3.0);    // deviations of 2, 1 and 2, as long as 1, 2 and 2
+    EXPECT_TRUE(agree(f.estimate(), matrix({{1, 2, 2}}), same));
+}
+
 TEST(FilterFlagStaticTest, BiasEntersTheFlagAlone) {
     Fixture f;
     const MatrixXd offset = matrix({{1000, -2000, 3000}});

@@ -185,6 +185,9 @@ TEST(FilterSmartSaturationDetectorTest, AnotherShapeEndsAllRuns) {
     EXPECT_TRUE(agree(feed.run("in", square), MatrixXd(MatrixXd::Zero(2, 2)), same));
     EXPECT_TRUE(agree(feed.run("in", square), MatrixXd(MatrixXd::Zero(2, 2)), same));
     EXPECT_TRUE(agree(feed.run("in", square), MatrixXd(MatrixXd::Ones(2, 2)), same));
+    // As wide, but not as high.
+    EXPECT_TRUE(
+        agree(feed.run("in", MatrixXd::Constant(3, 2, 1024.0)), MatrixXd(MatrixXd::Zero(3, 2)), same));
     for (const MatrixXd& empty : {MatrixXd(0, 0), MatrixXd(0, 3), MatrixXd(2, 0)})
         EXPECT_TRUE(agree(feed.run("in", empty), empty, same)) << "an empty sample is sent on";
     EXPECT_TRUE(agree(feed.run("in", square), MatrixXd(MatrixXd::Zero(2, 2)), same));

@@ -233,6 +233,17 @@ TEST(FilterSphericalFilteringTest, TimeOfAStep) {
     }
 }
 
+TEST(FilterSphericalFilteringTest, ATimeStampThatIsNoNumberIsNotNegative) {
+    Fixture f;
+    f.step(kNaN, kTurn);
+    EXPECT_TRUE(agree(f.angle(), 0.01, law(1e-15))) << "no time stamp came before";
+    f.step(1.0, kTurn);
+    EXPECT_TRUE(agree(f.angle(), kNaN, same)) << "a difference from not-a-number";
+    f.feed.fire("Reset");
+    f.step(1.5, kTurn);
+    EXPECT_TRUE(agree(f.angle(), 0.5, law(1e-15)));
+}
+
 TEST(FilterSphericalFilteringTest, UseTimestampHasNoHandler) {
     Fixture f;
     f.step(-1.0, kTurn); // negative: every step takes the sample period
