@@ -29,6 +29,10 @@ auto findPin(const Pins& pins, const std::string& name) -> typename Pins::value_
     return found == pins.end() ? nullptr : *found;
 }
 
+std::string oneOf(const std::vector<std::string>& names) {
+    return names.empty() ? "a block that has some" : "one of " + listOfNames(names);
+}
+
 std::string quoted(const GraphDescription::Block& block) {
     return "'" + block.id + "' (" + block.type + ")";
 }
@@ -156,7 +160,7 @@ AbstractOutputPin* GraphBuilder::findOutput(const GraphDescription::Endpoint& en
     const std::vector<std::string> names = namesOf(pins);
     if (end.hasPin)
         complaints.add(end.where, "the output '" + end.pin + "' of " + quoted(*node.description),
-                       "one of " + listOfNames(names), nearestName(end.pin, names));
+                       oneOf(names), nearestName(end.pin, names));
     else
         complaints.add(end.where, "no output of " + quoted(*node.description),
                        "'" + end.block + ".' and one of " + listOfNames(names));
@@ -175,8 +179,8 @@ AbstractInputPin* GraphBuilder::findInput(const GraphDescription::Endpoint& end,
         complaints.add(end.where, "no input of " + quoted(*node.description),
                        "'" + end.block + ".' and a name for the columns");
     else if (end.hasPin)
-        complaints.add(end.where, "the input '" + end.pin + "' of " + quoted(*node.description),
-                       "one of " + listOfNames(names), nearestName(end.pin, names));
+        complaints.add(end.where, "the input '" + end.pin + "' of " + quoted(*node.description), oneOf(names),
+                       nearestName(end.pin, names));
     else
         complaints.add(end.where, "no input of " + quoted(*node.description),
                        "'" + end.block + ".' and one of " + listOfNames(names));

@@ -39,6 +39,16 @@ std::size_t distance(const std::string& a, const std::string& b) {
     return last[b.size()];
 }
 
+/// The one name that begins with what was written.
+std::string onlyCompletion(const std::string& wanted, const std::vector<std::string>& known) {
+    constexpr std::size_t kShortest = 3;
+    const auto completes = [&](const std::string& candidate) {
+        return folded(candidate).starts_with(wanted);
+    };
+    if (wanted.size() < kShortest || std::count_if(known.begin(), known.end(), completes) != 1) return {};
+    return *std::find_if(known.begin(), known.end(), completes);
+}
+
 } // namespace
 
 std::string nearestName(const std::string& name, const std::vector<std::string>& known) {
@@ -55,7 +65,7 @@ std::string nearestName(const std::string& name, const std::vector<std::string>&
             nearest = candidate;
         }
     }
-    return nearest;
+    return nearest.empty() ? onlyCompletion(wanted, known) : nearest;
 }
 
 std::string listOfNames(const std::vector<std::string>& names) {

@@ -9,7 +9,7 @@
 namespace Quillmere::Host {
 
 /// The one of `known` that somebody who wrote `name` may have meant, or an empty text when none is near: the fewest
-/// letters left out, added, changed or swapped, at most a third of the longer name. Case, blanks, `_` and `-` count
+/// letters left out, added, changed or swapped, at most a third of the longer name; else the only one that begins with it. Case, blanks, `_` and `-` count
 /// little. Of two equally near the first is taken.
 QUILLMERE_API std::string nearestName(const std::string& name, const std::vector<std::string>& known);
 

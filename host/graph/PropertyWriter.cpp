@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <type_traits>
 
 namespace Quillmere::Host {
 
@@ -40,12 +41,15 @@ void write(AbstractProperty& property, const T& number, const Value& value, cons
 }
 
 template <class T>
-void writeWhole(AbstractProperty& property, const Value& value, const std::string& expected,
+void writeWhole(AbstractProperty& property, const PropertyDescription& description, const Value& value,
                 Complaints& complaints) {
+    const std::string expected = expectedText(description);
     const auto number = toWhole(value, complaints);
     if (!number) return;
     if (*number < std::numeric_limits<T>::min() || *number > std::numeric_limits<T>::max())
-        complaints.add(value.where, foundText(value, property), expected);
+        complaints.add(value.where, foundText(value, property),
+                       description.hasLimits || std::is_unsigned_v<T> ? expected
+                                                                      : expected + " that fits in 32 bits");
     else
         write(property, static_cast<T>(*number), value, expected, complaints);
 }
@@ -62,7 +66,7 @@ void writeChoice(AbstractProperty& property, const PropertyDescription& descript
     const bool isIndex = value.isScalar() && !value.isQuoted && !value.text.empty() &&
                          value.text.find_first_not_of("+-0123456789.") == std::string::npos;
     if (isIndex)
-        writeWhole<unsigned>(property, value, expected, complaints);
+        writeWhole<unsigned>(property, description, value, complaints);
     else
         complaints.add(value.where, foundText(value, property), expected,
                        value.isScalar() ? nearestName(value.text, description.labels) : "");
@@ -78,10 +82,10 @@ void writeProperty(AbstractProperty& property, const Value& value, Complaints& c
         if (const auto flag = toFlag(value, complaints)) write(property, *flag, value, expected, complaints);
         return;
     case Kind::Whole:
-        writeWhole<int>(property, value, expected, complaints);
+        writeWhole<int>(property, description, value, complaints);
         return;
     case Kind::Count:
-        writeWhole<unsigned>(property, value, expected, complaints);
+        writeWhole<unsigned>(property, description, value, complaints);
         return;
     case Kind::Number:
         if (const auto number = toNumber(value, complaints))

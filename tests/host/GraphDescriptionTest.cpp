@@ -204,7 +204,9 @@ TEST_F(GraphDescriptionTest, EveryWordForYesAndNoIsNoId) {
                   std::string::npos)
             << word;
     }
-    EXPECT_EQ(complaintsOf("format: 1\nblocks: [{id: on-1_A, type: T}, {id: 007, type: T}, {id: y, type: T}]\n"), "");
+    EXPECT_EQ(
+        complaintsOf("format: 1\nblocks: [{id: on-1_A, type: T}, {id: 007, type: T}, {id: y, type: T}]\n"),
+        "");
 }
 
 TEST_F(GraphDescriptionTest, FilesThatAreNoGraphs) {

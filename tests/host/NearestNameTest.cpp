@@ -29,6 +29,8 @@ const Row kRows[] = {
     {.name = "ni", .known = {"in", "out"}, .nearest = "in"},
     {.name = "x", .known = {"in", "a"}, .nearest = ""},
     {.name = "Gain", .known = {"FilterThresholdLeveler"}, .nearest = ""},
+    {.name = "main", .known = {"aux", "main in.put"}, .nearest = "main in.put"},
+    {.name = "low", .known = {"LowThreshold", "LowRelativeCutOffFreq"}, .nearest = ""},
     {.name = "gian", .known = {"gain", "gin"}, .nearest = "gain"},
     {.name = "anything", .known = {}, .nearest = ""},
     {.name = "", .known = {"a"}, .nearest = ""},

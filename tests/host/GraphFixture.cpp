@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "tests/host/GraphFixture.h"
+
+namespace Support {
+
+using namespace Quillmere::Host;
+
+GraphFixture::GraphFixture() {
+    catalogue.load(VELMARIND_PLUGIN);
+    catalogue.load(ODD_PLUGIN);
+    folder.write("in.csv", "t,x,y\n0,1,10\n0.5,2,20\n1,3,30\n");
+}
+
+std::string GraphFixture::complaintsOf(const std::string& text, const GraphChanges& changes) {
+    Complaints complaints;
+    const GraphDescription description =
+        GraphDescription::read(folder.write("g.yaml", text), changes, complaints);
+    Graph graph(description, catalogue, complaints);
+    graph.openSources(complaints);
+    std::string lines;
+    for (const Complaint& complaint : complaints.getSorted())
+        lines += withoutFolder(complaint.getText()) + "\n";
+    return lines;
+}
+
+std::string GraphFixture::run(const std::string& text, const GraphChanges& changes) {
+    Complaints complaints;
+    const GraphDescription description =
+        GraphDescription::read(folder.write("g.yaml", text), changes, complaints);
+    Graph graph(description, catalogue, complaints);
+    graph.openSources(complaints);
+    complaints.raise();
+    graph.openSinks();
+    OfflineRunner runner(graph);
+    try {
+        runner.run(stop);
+    } catch (const RunException& exception) {
+        return withoutFolder(exception.what());
+    }
+    return "";
+}
+
+std::string GraphFixture::withoutFolder(std::string text) const {
+    const std::string prefix = folder.path("");
+    for (std::size_t at = text.find(prefix); at != std::string::npos; at = text.find(prefix))
+        text.erase(at, prefix.size());
+    return text;
+}
+
+} // namespace Support

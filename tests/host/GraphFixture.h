@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/graph/Graph.h"
+#include "host/run/OfflineRunner.h"
+#include "tests/host/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+
+namespace Support {
+
+/// A folder with graphs and recordings, and a catalogue of this project's blocks and of odd ones.
+class GraphFixture : public testing::Test {
+protected:
+    GraphFixture();
+
+    /// What is wrong with a graph, a line each, the file's own name being `g.yaml` and the folder's left out. The
+    /// recordings are opened as for a run.
+    std::string complaintsOf(const std::string& text, const Quillmere::Host::GraphChanges& changes = {});
+
+    /// Runs a graph. Gives back an empty text, or why it failed.
+    std::string run(const std::string& text, const Quillmere::Host::GraphChanges& changes = {});
+
+    /// `text` without the folder's name.
+    std::string withoutFolder(std::string text) const;
+
+    TemporaryFolder folder;
+    Quillmere::Host::BlockCatalogue catalogue;
+    std::atomic<bool> stop{false};
+};
+
+} // namespace Support

@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+// A plug-in for the host's tests: blocks with every kind of setting and with every way to go wrong.
+#include "framework/Quillmere.h"
+#include "plugin/EntryPoints.h"
+#include "plugin/FilterFactory.h"
+
+#include <cmath>
+#include <memory>
+#include <string>
+
+namespace {
+
+using namespace Quillmere::Core;
+
+/// Passes "main in.put" on to "a"; has a setting of every kind.
+class OddSettings final : public Filter {
+public:
+    static constexpr const char* kTypeName = "OddSettings";
+
+    explicit OddSettings(const std::string& name)
+        : Filter(name, true), auxiliary("aux", this), main("main in.put", this), a("a", this), b("b", this),
+          flag("flag", bag()), whole("whole", bag()), count("count", bag()), number("number", bag()),
+          rangedWhole("ranged whole", bag()), rangedNumber("ranged.number", bag()), choice("choice", bag()),
+          matrix("matrix", bag()), locked("locked", bag()), unlock("unlock", bag()), command("Reset", bag()) {
+        auxiliary.setIsBlocking(false);
+        rangedWhole.setRange(-3, 10, 1);
+        rangedNumber.setRange(0.5, 1.5, 0.0);
+        for (const char* const label : {"LowPass", "HiPass", "0"})
+            choice.addLabel(label);
+        matrix.setValue(MatrixXd::Constant(1, 2, 0.5));
+        matrix.setValidator(this, &OddSettings::checkMatrix);
+        locked.setIsWritable(false);
+        unlock.setChangeHandler(this, &OddSettings::onUnlock);
+    }
+
+    void process() override {
+        if (auxiliary.hasData()) auxiliary.take();
+        if (!main.hasData()) return;
+        copySample(a.data.value, main.take());
+        a.send(main.getTimeStamp());
+    }
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    PropertyBag* bag() { return &getPropertyBag(); }
+    void checkMatrix(const MatrixXd& value) const {
+        if (value.size() == 0) throw Poco::DataFormatException("a row at least");
+    }
+    void onUnlock() { locked.setIsWritable(unlock.getValue()); }
+
+    InputPin<MatrixXd> auxiliary;
+    InputPin<MatrixXd> main;
+    OutputPin<MatrixXd> a;
+    OutputPin<MatrixXd> b;
+    ValueProperty<bool> flag;
+    ValueProperty<int> whole;
+    ValueProperty<unsigned> count;
+    ValueProperty<double> number;
+    RangeProperty<int> rangedWhole;
+    RangeProperty<double> rangedNumber;
+    EnumProperty<std::string> choice;
+    ValueProperty<MatrixXd> matrix;
+    ValueProperty<double> locked;
+    ValueProperty<bool> unlock;
+    CommandProperty command;
+};
+
+/// Passes samples on until it raises at the one after "good".
+class OddFailing final : public Filter {
+public:
+    static constexpr const char* kTypeName = "OddFailing";
+
+    explicit OddFailing(const std::string& name)
+        : Filter(name, true), in("in", this), out("out", this), good("good", &getPropertyBag()) {}
+
+    void process() override {
+        if (!in.hasData()) return;
+        if (++seen > good.getValue()) throw Poco::RuntimeException("overheated");
+        copySample(out.data.value, in.take());
+        out.send(in.getTimeStamp());
+    }
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    InputPin<MatrixXd> in;
+    OutputPin<MatrixXd> out;
+    ValueProperty<int> good;
+    int seen = 0;
+};
+
+/// Sends "in" plus what "back" brought last: a leaky sum when its output leads back.
+class OddSum final : public Filter {
+public:
+    static constexpr const char* kTypeName = "OddSum";
+
+    explicit OddSum(const std::string& name)
+        : Filter(name, true), back("back", this), in("in", this), out("out", this) {
+        back.setIsBlocking(false);
+    }
+
+    void process() override {
+        if (back.hasData()) held = 0.5 * back.take()(0);
+        if (!in.hasData()) return;
+        const double value = in.take()(0);
+        resizeSample(out.data.value, 1, 1);
+        out.data.value(0) = value + held;
+        out.send(in.getTimeStamp());
+    }
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    InputPin<MatrixXd> back;
+    InputPin<MatrixXd> in;
+    OutputPin<MatrixXd> out;
+    double held = 0.0;
+};
+
+/// Counts up by itself, without an input.
+class OddGenerator final : public Filter {
+public:
+    static constexpr const char* kTypeName = "OddGenerator";
+
+    explicit OddGenerator(const std::string& name) : Filter(name, true), out("out", this) {
+        resizeSample(out.data.value, 1, 1);
+        out.data.value(0) = 0.0;
+    }
+
+    void process() override {
+        out.data.value(0) += 1.0;
+        out.send(0.0);
+    }
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    OutputPin<MatrixXd> out;
+};
+
+/// Sends each sample three times in one step, so that a buffer behind it fills.
+class OddThrice final : public Filter {
+public:
+    static constexpr const char* kTypeName = "OddThrice";
+
+    explicit OddThrice(const std::string& name) : Filter(name, true), in("in", this), out("out", this) {}
+
+    void process() override {
+        if (!in.hasData()) return;
+        copySample(out.data.value, in.take());
+        for (int i = 0; i < 3; ++i) {
+            out.data.value(0) += 0.25;
+            out.send(in.getTimeStamp());
+        }
+    }
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    InputPin<MatrixXd> in;
+    OutputPin<MatrixXd> out;
+};
+
+class OddPlugin final : public DefaultPlugin {
+public:
+    OddPlugin() : DefaultPlugin("Odd", "0.1") {
+        enter<OddSettings>();
+        enter<OddFailing>();
+        enter<OddSum>();
+        enter<OddGenerator>();
+        enter<OddThrice>();
+    }
+
+private:
+    template <class T>
+    void enter() {
+        addFactory(std::make_unique<FilterFactory<T>>(getName(), ComponentVersion(getVersion())));
+    }
+};
+
+OddPlugin* odd = nullptr;
+
+} // namespace
+
+void dllStartPlugin() {
+    if (odd != nullptr) return;
+    odd = new OddPlugin();
+    FlowManager::instance().getPluginManager().installPlugin(*odd);
+}
+
+void dllStopPlugin() {
+    if (odd == nullptr) return;
+    FlowManager::instance().getPluginManager().uninstallPlugin(*odd);
+    delete odd;
+    odd = nullptr;
+}
+
+const char* dllGetQuillmereVersion() {
+    return ODD_FRAMEWORK_VERSION;
+}
