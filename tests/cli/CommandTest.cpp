@@ -1,0 +1,306 @@
+// SPDX-License-Identifier: MIT
+#include "tests/cli/Program.h"
+#include "tests/host/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Support::Ended;
+using Strings = std::vector<std::string>;
+
+constexpr const char* kGraph = R"yaml(format: 1
+name: the test
+parameters: {factor: 2}
+blocks:
+  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}
+  - {id: gain, type: FilterGain, properties: {Gain: "${factor}"}}
+  - {id: out, type: RecordingSink, properties: {file: out.csv}}
+connections:
+  - {from: in, to: gain}
+  - {from: gain, to: out.x}
+)yaml";
+
+class Command : public testing::Test {
+protected:
+    Command() {
+        folder.write("g.yaml", kGraph);
+        folder.write("in.csv", "t,x\n0,1\n0.5,2\n1,3\n");
+    }
+
+    Ended call(Strings arguments) const {
+        arguments.insert(arguments.begin(), QUILLMERE);
+        return Support::runProgram(arguments, folder.path(""));
+    }
+
+    Support::TemporaryFolder folder;
+};
+
+TEST_F(Command, RunsAGraphAndSumsUp) {
+    const Ended ended = call({"run", "g.yaml"});
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_EQ(ended.err, "") << "no progress where there is no terminal";
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,2\n0.5,4\n1,6\n");
+    EXPECT_TRUE(std::regex_match(ended.out, std::regex("the test: 3 rows in [0-9.]+ s \\([0-9]+ rows/s\\)\n"
+                                                       "  in   3 rows from in\\.csv\n"
+                                                       "  out  3 rows to out\\.csv\n")))
+        << ended.out;
+    EXPECT_EQ(folder.count(), 3);
+}
+
+TEST_F(Command, QuietPrintsNothing) {
+    const Ended ended = call({"run", "--quiet", "g.yaml"});
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_EQ(ended.out + ended.err, "");
+}
+
+TEST_F(Command, OptionsChangeTheGraphForOneCall) {
+    folder.write("other.csv", "t,x\n7,1\n");
+    EXPECT_EQ(
+        call({"run", "--param", "factor=-1", "--input", "in=other.csv", "g.yaml", "--output", "out=o.csv"})
+            .exitCode,
+        0);
+    EXPECT_EQ(folder.read("o.csv"), "t,x[0]\n7,-1\n");
+    EXPECT_FALSE(folder.has("out.csv"));
+    EXPECT_EQ(call({"run", "--set", "gain.Gain=0.5", "--set=in.rate=4", "g.yaml"}).exitCode, 2)
+        << "two clocks";
+    EXPECT_EQ(call({"run", "--set", "gain.Gain=0.5", "g.yaml"}).exitCode, 0);
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,0.5\n0.5,1\n1,1.5\n");
+}
+
+TEST_F(Command, PathsAreRelativeToTheGraphOrToTheCaller) {
+    std::filesystem::create_directory(folder.path("sub"));
+    std::filesystem::rename(folder.path("g.yaml"), folder.path("sub/g.yaml"));
+    std::filesystem::rename(folder.path("in.csv"), folder.path("sub/in.csv"));
+    EXPECT_EQ(call({"run", "sub/g.yaml"}).exitCode, 0);
+    EXPECT_TRUE(folder.has("sub/out.csv"));
+    EXPECT_EQ(call({"run", "sub/g.yaml", "--input", "in=sub/out.csv", "--set", "in.pins={x: ['x[0]']}",
+                    "--output", "out=out.csv"})
+                  .exitCode,
+              0);
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,4\n0.5,8\n1,12\n");
+}
+
+TEST_F(Command, AWrongGraphIsToldOnTheErrorOutputAndNothingRuns) {
+    folder.write("out.csv", "what a user had");
+    const Ended ended =
+        call({"run", "g.yaml", "--set", "gain.Gian=2", "--set", "gain.Gain=high", "--param", "fcator=1"});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.out, "");
+    EXPECT_EQ(ended.err, "--param fcator=1: found the parameter 'fcator'; expected one of the graph's "
+                         "parameters: factor; did you mean "
+                         "factor?\n"
+                         "--set gain.Gian=2: found the property 'Gian' of 'gain' (FilterGain); expected one "
+                         "of Gain; did you mean "
+                         "Gain?\n"
+                         "--set gain.Gain=high: found 'high'; expected a number\n");
+    EXPECT_EQ(folder.read("out.csv"), "what a user had");
+    EXPECT_EQ(folder.count(), 3);
+}
+
+TEST_F(Command, CheckTellsTheSameAsRunAndTouchesNothing) {
+    const Ended good = call({"check", "g.yaml"});
+    EXPECT_EQ(good.exitCode, 0);
+    EXPECT_EQ(good.out, "the test: 3 blocks, 2 connections, ready to run\n");
+    EXPECT_EQ(folder.count(), 2);
+    std::filesystem::remove(folder.path("in.csv"));
+    const Ended bad = call({"check", "g.yaml"});
+    EXPECT_EQ(bad.exitCode, 2);
+    EXPECT_EQ(bad.err,
+              "g.yaml:5:56: found no recording that can be read (in.csv: cannot be opened: No such file or "
+              "directory); expected a CSV file with a row of column names\n");
+    EXPECT_EQ(call({"run", "g.yaml"}).err, bad.err);
+}
+
+TEST_F(Command, ARunThatFailsMidwayKeepsWhatItWrote) {
+    folder.write("in.csv", "t,x\n0,1\n0.5,two\n");
+    folder.write("out.csv", "what a user had");
+    const Ended ended = call({"run", "g.yaml"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(
+        ended.err,
+        "quillmere: block 'in' (RecordingSource) at 0 s: in.csv:3: column 'x': found \"two\"; expected a "
+        "number\n  incomplete: 1 rows in " +
+            folder.path("out.csv.partial") + "\n");
+    EXPECT_EQ(folder.read("out.csv"), "what a user had");
+    EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,2\n");
+    folder.write("in.csv", "t,x\n0,1\n");
+    EXPECT_EQ(call({"run", "g.yaml"}).exitCode, 0);
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,2\n");
+    EXPECT_FALSE(folder.has("out.csv.partial"));
+}
+
+TEST_F(Command, AFullDiskIsAFailureMidway) {
+    const Ended ended = call({"run", "g.yaml", "--output", "out=/dev/full"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_NE(ended.err.find("/dev/full: cannot be written: No space left on device"), std::string::npos)
+        << ended.err;
+}
+
+/// A recording of which more comes only when the test says so.
+class Interrupted : public Command {
+protected:
+    Interrupted() {
+        std::filesystem::remove(folder.path("in.csv"));
+        if (::mkfifo(folder.path("in.csv").c_str(), 0600) != 0)
+            throw std::runtime_error("no FIFO can be made");
+    }
+};
+
+TEST_F(Interrupted, ControlCEndsTheRunAsAFailureMidway) {
+    Support::Program program({QUILLMERE, "run", "g.yaml"}, folder.path(""));
+    std::signal(SIGPIPE, SIG_IGN); // the program goes before all rows are written
+    std::ofstream rows(folder.path("in.csv"));
+    // More than the reader takes at once, so that it is midway when the signal comes.
+    rows << "t,x\n" << std::flush;
+    for (int i = 0; i < 60000; ++i)
+        rows << i << ",1\n";
+    rows.flush();
+    while (!folder.has("out.csv.partial") || folder.read("out.csv.partial").empty())
+        std::this_thread::yield();
+    program.signal(SIGINT);
+    for (int i = 60000; i < 120000; ++i)
+        rows << i << ",1\n";
+    rows.close();
+    const Ended ended = program.wait();
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_TRUE(std::regex_search(
+        ended.err, std::regex("^quillmere: at [0-9.e+]+ s: interrupted\n  incomplete: [0-9]+ rows in "
+                              ".*out\\.csv\\.partial\n$")))
+        << ended.err;
+    EXPECT_FALSE(folder.has("out.csv"));
+    const std::string partial = folder.read("out.csv.partial");
+    EXPECT_TRUE(partial.starts_with("t,x[0]\n0,2\n1,2\n"));
+    EXPECT_TRUE(partial.ends_with(",2\n")) << "whole rows";
+}
+
+TEST_F(Command, WrongUsageRunsNothing) {
+    const Strings calls[] = {{},
+                             {"runn", "g.yaml"},
+                             {"run"},
+                             {"run", "g.yaml", "--frobnicate"},
+                             {"run", "g.yaml", "extra"},
+                             {"run", "g.yaml", "--set", "gain"},
+                             {"run", "g.yaml", "--set", "gain=1"},
+                             {"run", "g.yaml", "--input", "in"},
+                             {"run", "g.yaml", "--param", "=1"},
+                             {"run", "none.yaml"},
+                             {"run", "g.yaml", "--plugin", "none.so"},
+                             {"blocks", "FilterGian"}};
+    for (const Strings& arguments : calls) {
+        const Ended ended = call(arguments);
+        EXPECT_EQ(ended.exitCode, 2) << testing::PrintToString(arguments);
+        EXPECT_NE(ended.err, "") << testing::PrintToString(arguments);
+        EXPECT_EQ(folder.count(), 2) << testing::PrintToString(arguments);
+    }
+    EXPECT_EQ(call({"run", "g.yaml", "--set", "gain=1"}).err,
+              "quillmere: --set: found 'gain=1'; expected BLOCK.PROPERTY=VALUE\n");
+    EXPECT_NE(call({"blocks", "FilterGian"}).err.find("; did you mean FilterGain?\n"), std::string::npos);
+}
+
+TEST_F(Command, HelpAndVersionAreEverywhere) {
+    for (const Strings& command : {Strings{}, Strings{"run"}, Strings{"check"}, Strings{"blocks"}}) {
+        Strings help = command;
+        help.push_back("--help");
+        const Ended helped = call(help);
+        EXPECT_EQ(helped.exitCode, 0);
+        EXPECT_NE(helped.out.find("Usage: quillmere"), std::string::npos) << helped.out;
+        Strings version = command;
+        version.push_back("--version");
+        const Ended told = call(version);
+        EXPECT_EQ(told.exitCode, 0);
+        EXPECT_EQ(told.out, "quillmere " QUILLMERE_VERSION "\n");
+    }
+}
+
+TEST_F(Command, BlocksAreListedInCatalogueOrderTheHostsApart) {
+    const Ended ended = call({"blocks"});
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_TRUE(ended.out.starts_with("blocks of Velmarind 1.3.3\n  Filter")) << ended.out;
+    EXPECT_LT(ended.out.find("  FilterGain\n"), ended.out.find("  FilterInvGain\n"));
+    EXPECT_TRUE(ended.out.ends_with("\nblocks of the host\n  RecordingSource\n  RecordingSink\n"))
+        << ended.out;
+}
+
+TEST_F(Command, ABlockIsShownFromALivingOne) {
+    EXPECT_EQ(call({"blocks", "FilterGain"}).out, "FilterGain (Velmarind 1.3.3)\n\n"
+                                                  "inputs\n  input  blocking\n\n"
+                                                  "outputs\n  output\n\n"
+                                                  "properties\n  Gain  number  1  a number\n");
+    const std::string odd = call({"blocks", "OddSettings", "--plugin", ODD_PLUGIN}).out;
+    EXPECT_NE(odd.find("  aux          not blocking\n  main in.put  blocking\n"), std::string::npos) << odd;
+    EXPECT_NE(odd.find("  ranged whole   whole number  0             a whole number from -3 to 10, step 1\n"),
+              std::string::npos)
+        << odd;
+    EXPECT_NE(odd.find("  locked         number        0             a number"), std::string::npos) << odd;
+    EXPECT_NE(odd.find("read-only\n"), std::string::npos) << odd;
+    EXPECT_NE(odd.find("  Reset          command\n"), std::string::npos) << odd;
+    const std::string source = call({"blocks", "RecordingSource"}).out;
+    EXPECT_NE(source.find("  file   text          required  the CSV recording"), std::string::npos) << source;
+}
+
+TEST_F(Command, JsonHoldsTheSame) {
+    const auto list = nlohmann::json::parse(call({"blocks", "--json"}).out);
+    EXPECT_EQ(list.at("hostBlocks"), nlohmann::json({"RecordingSource", "RecordingSink"}));
+    EXPECT_EQ(list.at("blocks").at(0).at("plugin"), "Velmarind");
+    const auto odd =
+        nlohmann::json::parse(call({"blocks", "OddSettings", "--json", "--plugin", ODD_PLUGIN}).out);
+    EXPECT_EQ(odd.at("type"), "OddSettings");
+    EXPECT_EQ(odd.at("plugin"), "Odd");
+    EXPECT_EQ(odd.at("inputs"), nlohmann::json::parse(R"([{"name": "aux", "blocking": false},
+                                                         {"name": "main in.put", "blocking": true}])"));
+    EXPECT_EQ(odd.at("outputs"), nlohmann::json::parse(R"([{"name": "a"}, {"name": "b"}])"));
+    const auto& properties = odd.at("properties");
+    ASSERT_EQ(properties.size(), 11u);
+    EXPECT_EQ(properties.at(0), nlohmann::json::parse(R"({"name": "flag", "kind": "flag", "default": false,
+                                                         "writable": true, "readable": true})"));
+    EXPECT_EQ(properties.at(4),
+              nlohmann::json::parse(R"({"name": "ranged whole", "kind": "whole number", "default": 0,
+                                                         "minimum": -3.0, "maximum": 10.0, "step": 1.0,
+                                                         "writable": true, "readable": true})"));
+    EXPECT_EQ(properties.at(6), nlohmann::json::parse(R"({"name": "choice", "kind": "choice", "default": 0,
+                                                         "defaultLabel": "LowPass", "labels": ["LowPass", "HiPass", "0"],
+                                                         "writable": true, "readable": true})"));
+    EXPECT_EQ(properties.at(7).at("default"), nlohmann::json::parse("[[0.5, 0.5]]"));
+    EXPECT_FALSE(properties.at(10).contains("default"));
+    const auto sink = nlohmann::json::parse(call({"blocks", "RecordingSink", "--json"}).out);
+    EXPECT_EQ(sink.at("properties").at(0).at("name"), "file");
+    EXPECT_TRUE(sink.at("plugin").is_null());
+}
+
+TEST_F(Command, APluginMayBeNamedInPlaceOfTheOneBeside) {
+    const std::string copy = folder.path("libVelmarind.so");
+    std::filesystem::copy_file(VELMARIND_PLUGIN, copy);
+    const Ended ended = call({"run", "g.yaml", "--plugin", copy});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+}
+
+TEST_F(Command, TwoRunsGiveTheSameBytesAndAGainOfOneGivesThemBack) {
+    std::string text = "t,x\n";
+    for (int i = 0; i < 2000; ++i)
+        text += std::to_string(0.01 * i) + "," + std::to_string(0.7 * i * i - 13.0 * i) + "\n";
+    folder.write("in.csv", text);
+    const Strings run{"run", "--param", "factor=0.1", "g.yaml"};
+    ASSERT_EQ(call(run).exitCode, 0);
+    const std::string first = folder.read("out.csv");
+    ASSERT_EQ(call(run).exitCode, 0);
+    EXPECT_EQ(folder.read("out.csv"), first);
+    ASSERT_EQ(call({"run", "--param", "factor=1", "--input", "in=out.csv", "--output", "out=back.csv",
+                    "--set", "in.pins={x: ['x[0]']}", "g.yaml"})
+                  .exitCode,
+              0);
+    EXPECT_EQ(folder.read("back.csv"), first);
+}
+
+} // namespace

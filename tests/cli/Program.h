@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace Support {
+
+/// How a program ended and what it printed.
+struct Ended {
+    int exitCode = -1; ///< Minus the signal when one ended it.
+    std::string out;
+    std::string err;
+};
+
+/// A program that runs beside the test. Its output goes to files, so that it never waits for the test to read.
+class Program {
+public:
+    /// Starts `arguments[0]` in `folder`.
+    Program(const std::vector<std::string>& arguments, const std::string& folder);
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+    ~Program();
+
+    void signal(int number) const;
+    /// Waits for its end.
+    Ended wait();
+
+private:
+    pid_t process = -1;
+    int out = -1;
+    int err = -1;
+};
+
+/// Runs a program to its end.
+Ended runProgram(const std::vector<std::string>& arguments, const std::string& folder);
+
+} // namespace Support
