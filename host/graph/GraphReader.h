@@ -12,7 +12,7 @@
 
 namespace Quillmere::Host {
 
-/// The reading of one graph file, format 1, into a `GraphDescription`. `docs/graph-file.md` is the format for people.
+/// The reading of one graph file, format 1, into a `GraphDescription`. `docs/graphs.md` is the format for people.
 class GraphReader {
 public:
     GraphReader(std::string path, Complaints& complaints);

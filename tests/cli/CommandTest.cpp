@@ -286,6 +286,18 @@ TEST_F(Command, APluginMayBeNamedInPlaceOfTheOneBeside) {
     EXPECT_EQ(ended.exitCode, 0) << ended.err;
 }
 
+TEST_F(Command, TheExampleRuns) {
+    std::string text = "t,ax,ay,az,gx,gy,gz,mx,my,mz\n";
+    for (int i = 0; i < 50; ++i)
+        text += std::to_string(0.01 * i) + ",0.5,0,1,0,0,0,0.45,0,-0.89\n";
+    folder.write("wrist.csv", text);
+    const Ended ended = call(
+        {"run", EXAMPLES "/calm-wrist.yaml", "--input", "wrist=wrist.csv", "--output", "result=calm.csv"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    const std::string table = folder.read("calm.csv");
+    EXPECT_TRUE(table.starts_with("t,accel[0],accel[1],accel[2]\n0,0.5,0,1\n")) << table.substr(0, 100);
+}
+
 TEST_F(Command, TwoRunsGiveTheSameBytesAndAGainOfOneGivesThemBack) {
     std::string text = "t,x\n";
     for (int i = 0; i < 2000; ++i)
