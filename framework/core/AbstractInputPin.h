@@ -3,6 +3,7 @@
 
 #include "framework/core/Pin.h"
 
+#include <atomic>
 #include <cstdint>
 
 namespace Quillmere::Core {
@@ -45,7 +46,7 @@ public:
 protected:
     std::uint32_t bufferCapacity = 1;
     bool isLifo = false;
-    bool isSynchronous = true;
+    std::atomic<bool> isSynchronous{true}; ///< read without a guard, also while another thread detaches
     bool isBlocking = true;
 
 private:

@@ -7,6 +7,7 @@
 #include "framework/transport/BufferStrategies.h"
 #include "framework/transport/TimeStampedData.h"
 
+#include <atomic>
 #include <cassert>
 #include <memory>
 #include <string>
@@ -34,16 +35,17 @@ public:
     virtual void receive(const TimeStampedData<T>& sample) = 0;
 
     void detachAll() override {
-        if (connectedOutput != nullptr) connectedOutput->detach(*this, false);
+        if (AbstractOutputPin* const output = connectedOutput) output->detach(*this, false);
     }
     void detachSynchronous() override {
-        if (connectedOutput != nullptr) connectedOutput->detach(*this, true);
+        if (AbstractOutputPin* const output = connectedOutput) output->detach(*this, true);
     }
     bool isAttached() const override { return connectedOutput != nullptr; }
     const std::string& getDataTypeName() const override { return dataTypeName<T>(); }
 
 protected:
-    AbstractOutputPin* connectedOutput = nullptr; ///< not owned; changed with the gates of both ends held
+    /// Not owned; changed with the gates of both ends held, and read without a guard by who detaches.
+    std::atomic<AbstractOutputPin*> connectedOutput{nullptr};
 };
 
 /// The receiving end of a link. Owns the buffer strategy, chooses its kind by how the link crosses threads, and hands

@@ -93,15 +93,23 @@ void OutputPinBase<T>::refreshInputs() {
 
 template <class T>
 void OutputPinBase<T>::detachAll() {
-    while (!inputs.empty())
-        this->detach(*inputs.front(), false);
+    for (;;) {
+        const std::vector<InputPinBase<T>*> attached = copyOfInputs();
+        if (attached.empty()) return;
+        this->detach(*attached.front(), false);
+    }
 }
 
 template <class T>
 void OutputPinBase<T>::detachSynchronous() {
-    const auto attached = inputs; // elements leave the set meanwhile
-    for (InputPinBase<T>* const input : attached)
+    for (InputPinBase<T>* const input : copyOfInputs()) // elements leave the set meanwhile
         this->detach(*input, true);
+}
+
+template <class T>
+std::vector<InputPinBase<T>*> OutputPinBase<T>::copyOfInputs() const {
+    const Synchronizer::SubjectLocker<const Pin> guard(*this);
+    return inputs;
 }
 
 template class OutputPinBase<MatrixXd>;

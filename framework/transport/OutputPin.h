@@ -38,6 +38,9 @@ protected:
     /// An ordered set, by address; a vector, since every sample walks it and it seldom changes. Not owned; changed with
     /// the gates of both ends held.
     std::vector<InputPinBase<T>*> inputs;
+
+private:
+    std::vector<InputPinBase<T>*> copyOfInputs() const;
 };
 
 /// The sending end of links: owns the one sample that goes out, and hands it to all attached inputs.
