@@ -37,9 +37,16 @@ void AbstractProperty::removeObserver(PropertyObserver& observer) {
 }
 
 void AbstractProperty::notifyAttributeChanged() const {
-    const auto listening = observers; // an observer may take its leave meanwhile
+    const PropertyLocker guard(*this);
+    tellObservers(&PropertyObserver::attributesChanged);
+}
+
+void AbstractProperty::tellObservers(void (PropertyObserver::*message)(const AbstractProperty&)) const {
+    // An observer may take its leave meanwhile, and another one's.
+    const auto listening = observers;
     for (PropertyObserver* const observer : listening)
-        observer->attributesChanged(*this);
+        if (std::find(observers.begin(), observers.end(), observer) != observers.end())
+            (observer->*message)(*this);
 }
 
 AbstractProperty::ScopedChangeValueNotifier::ScopedChangeValueNotifier(
@@ -49,9 +56,7 @@ AbstractProperty::ScopedChangeValueNotifier::ScopedChangeValueNotifier(
 AbstractProperty::ScopedChangeValueNotifier::~ScopedChangeValueNotifier() noexcept(false) {
     if (property == nullptr || std::uncaught_exceptions() > exceptionsBefore) return;
     if (property->changeHandler != nullptr) (*property->changeHandler)();
-    const auto listening = property->observers; // an observer may take its leave meanwhile
-    for (PropertyObserver* const observer : listening)
-        observer->valueChanged(*property);
+    property->tellObservers(&PropertyObserver::valueChanged);
 }
 
 } // namespace Quillmere::Core

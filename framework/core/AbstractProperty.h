@@ -28,7 +28,7 @@ public:
     virtual ~PropertyObserver() = default;
     /// The value has changed, and the block's own handler has run. [any, guarded]
     virtual void valueChanged(const AbstractProperty& property) = 0;
-    /// Something else has changed: writability, labels. [any]
+    /// Something else has changed: writability, labels. [any, guarded]
     virtual void attributesChanged(const AbstractProperty& property) = 0;
 };
 
@@ -86,6 +86,8 @@ protected:
     std::unique_ptr<Util::System::FunctorImpl<void, Util::System::NullType>> changeHandler; ///< may be null
 
 private:
+    void tellObservers(void (PropertyObserver::*message)(const AbstractProperty&)) const;
+
     PropertyBag* const bag;
     std::vector<PropertyObserver*> observers; ///< changed under the guard
 };

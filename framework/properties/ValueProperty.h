@@ -5,6 +5,7 @@
 #include "framework/properties/TextConversion.h"
 #include "framework/transport/MatrixXd.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -56,7 +57,7 @@ public:
     }
     void setValueFromAny(const Poco::Any& any) override {
         const T* const* const pointer = Poco::AnyCast<const T*>(&any);
-        if (pointer == nullptr)
+        if (pointer == nullptr || *pointer == nullptr)
             throw Poco::BadCastException("RefAnyCast: Failed to convert between const Any types");
         setValue(**pointer);
     }
@@ -111,8 +112,9 @@ protected:
     }
 
     T value{};
-    bool isReadable = true;
-    bool isWritable = true;
+    // Read without a guard, also while another thread writes them.
+    std::atomic<bool> isReadable{true};
+    std::atomic<bool> isWritable{true};
     std::unique_ptr<Validator> validator; ///< may be null
 };
 
