@@ -29,6 +29,12 @@ public:
     void removeFactory(AbstractFilterFactory& factory);
 
 private:
+    // The flow manager's own: a plug-in installs its factories there, so another registry would stay empty.
+    friend class FlowManager;
+    PluginManager() = default;
+    PluginManager(const PluginManager&) = delete;
+    PluginManager& operator=(const PluginManager&) = delete;
+
     std::vector<Plugin*> plugins;
     std::vector<AbstractFilterFactory*> factories;
 };
