@@ -4,6 +4,7 @@
 #include "framework/transport/TimeStampedData.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <vector>
 
@@ -69,7 +70,8 @@ private:
 template <class S>
 class SampleQueue {
 public:
-    explicit SampleQueue(std::uint32_t maximumSize) : limit(maximumSize) {}
+    /// Requires: `maximumSize` is at least 1.
+    explicit SampleQueue(std::uint32_t maximumSize) : limit(maximumSize) { assert(limit > 0); }
 
     std::uint32_t capacity() const { return limit; }
     std::uint32_t size() const { return static_cast<std::uint32_t>(count); }
@@ -78,7 +80,7 @@ public:
 
     /// Appends a copy at the back, dropping the front of a full queue.
     void push(const S& sample) {
-        if (count == limit && count != 0) dropFront();
+        if (count == limit) dropFront();
         if (count == slots.size()) grow();
         copySample(slots[slotAt(count)], sample);
         ++count;
