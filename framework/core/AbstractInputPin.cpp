@@ -21,7 +21,8 @@ AbstractInputPin::~AbstractInputPin() {
 
 void AbstractInputPin::setBufferCapacity(std::uint32_t capacity) {
     if (capacity == 0)
-        throw Poco::InvalidArgumentException("Input pin '" + getName() + "' must keep at least one sample, got 0");
+        throw Poco::InvalidArgumentException("Input pin '" + getName() +
+                                             "' must keep at least one sample, got 0");
     withBothEndsHeld([&] {
         bufferCapacity = capacity;
         rebuildStrategy();
@@ -35,20 +36,23 @@ void AbstractInputPin::setIsLifo(bool flag) {
     });
 }
 
-template <class Action> void AbstractInputPin::withBothEndsHeld(Action action) {
+template <class Action>
+void AbstractInputPin::withBothEndsHeld(Action action) {
     const auto gateOf = [](const Pin* pin) { return pin != nullptr ? pin->getSynchronizer() : nullptr; };
     for (;;) {
         Synchronizer* ownGate = nullptr;
         Synchronizer* sendersGate = nullptr;
         const AbstractOutputPin* sender = nullptr;
         {
-            const Synchronizer::SubjectLocker<Pin> guard(*this); // a link doesn't change under the gate of one end
+            const Synchronizer::SubjectLocker<Pin> guard(
+                *this); // a link doesn't change under the gate of one end
             ownGate = getSynchronizer();
             sender = getConnectedOutput();
             sendersGate = gateOf(sender);
         }
         const Synchronizer::DisablerLocker guard(ownGate, sendersGate);
-        if (getSynchronizer() != ownGate || getConnectedOutput() != sender || gateOf(sender) != sendersGate) continue;
+        if (getSynchronizer() != ownGate || getConnectedOutput() != sender || gateOf(sender) != sendersGate)
+            continue;
         action();
         return;
     }

@@ -51,7 +51,8 @@ protected:
 
 private:
     /// Runs `action` with the gates of this pin and of its sender held, whatever link it has at that time.
-    template <class Action> void withBothEndsHeld(Action action);
+    template <class Action>
+    void withBothEndsHeld(Action action);
 };
 
 } // namespace Quillmere::Core
