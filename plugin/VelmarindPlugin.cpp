@@ -9,6 +9,8 @@
 #include "blocks/FilterButterworthV2.h"
 #include "blocks/FilterChebyshev.h"
 #include "blocks/FilterDeadband.h"
+#include "blocks/FilterDerivate.h"
+#include "blocks/FilterDiscarder.h"
 #include "blocks/FilterEdge.h"
 #include "blocks/FilterEllipticV1.h"
 #include "blocks/FilterFastFourierTransform.h"
@@ -22,6 +24,7 @@
 #include "blocks/FilterHysteresis.h"
 #include "blocks/FilterIIR.h"
 #include "blocks/FilterInvGain.h"
+#include "blocks/FilterResample.h"
 #include "blocks/FilterSaturationDetector.h"
 #include "blocks/FilterSmartSaturationDetector.h"
 #include "blocks/FilterSphericalFiltering.h"
@@ -53,6 +56,8 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     registerBlock<FilterButterworthV2>();
     registerBlock<FilterChebyshev>();
     registerBlock<FilterDeadband>();
+    registerBlock<FilterDerivate>();
+    registerBlock<FilterDiscarder>();
     registerBlock<FilterEdge>();
     registerBlock<FilterEllipticV1>();
     registerBlock<FilterFastFourierTransform>();
@@ -66,6 +71,7 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     registerBlock<FilterHysteresis>();
     registerBlock<FilterIIR>();
     registerBlock<FilterInvGain>();
+    registerBlock<FilterResample>();
     registerBlock<FilterSaturationDetector>();
     registerBlock<FilterSmartSaturationDetector>();
     registerBlock<FilterSphericalFiltering>();
