@@ -16,6 +16,7 @@
 #include "blocks/FilterFastFourierTransform.h"
 #include "blocks/FilterFFT.h"
 #include "blocks/FilterFlagStatic.h"
+#include "blocks/FilterFrequency.h"
 #include "blocks/FilterFunctionGenerator.h"
 #include "blocks/FilterGain.h"
 #include "blocks/FilterGaussianWhiteNoiseGenerator.h"
@@ -24,11 +25,13 @@
 #include "blocks/FilterHysteresis.h"
 #include "blocks/FilterIIR.h"
 #include "blocks/FilterInvGain.h"
+#include "blocks/FilterPeriodCounter.h"
 #include "blocks/FilterResample.h"
 #include "blocks/FilterSaturationDetector.h"
 #include "blocks/FilterSmartSaturationDetector.h"
 #include "blocks/FilterSphericalFiltering.h"
 #include "blocks/FilterThreshold.h"
+#include "blocks/FilterThresholdLeveler.h"
 #include "blocks/FilterWFLC.h"
 #include "framework/core/Version.h"
 #include "plugin/BuildInfo.h"
@@ -63,6 +66,7 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     registerBlock<FilterFastFourierTransform>();
     registerBlock<FilterFFT>();
     registerBlock<FilterFlagStatic>();
+    registerBlock<FilterFrequency>();
     registerBlock<FilterFunctionGenerator>();
     registerBlock<FilterGain>();
     registerBlock<FilterGaussianWhiteNoiseGenerator>();
@@ -71,11 +75,13 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     registerBlock<FilterHysteresis>();
     registerBlock<FilterIIR>();
     registerBlock<FilterInvGain>();
+    registerBlock<FilterPeriodCounter>();
     registerBlock<FilterResample>();
     registerBlock<FilterSaturationDetector>();
     registerBlock<FilterSmartSaturationDetector>();
     registerBlock<FilterSphericalFiltering>();
     registerBlock<FilterThreshold>();
+    registerBlock<FilterThresholdLeveler>();
     registerBlock<FilterWFLC>();
 }
 

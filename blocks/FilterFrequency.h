@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "blocks/Block.h"
+
+/// Measures how fast samples arrive: the mean rate over each interval of a number of samples, as 1 by 1.
+///
+///     out = SampleNbr / (t(last) - t(first)),  -1 where the two time stamps are equal
+///
+/// Only time stamps count; the values of a sample, and whether it has any, don't. The rate is in samples per unit of the
+/// time stamps (hertz for seconds), and negative where time runs backwards. One output for every SampleNbr inputs: the
+/// sample that ends an interval begins the next one. "reset" and a new "SampleNbr" begin anew with the next sample.
+class FilterFrequency final : public Filter {
+public:
+    static constexpr const char* kTypeName = "FilterFrequency";
+
+    explicit FilterFrequency(const std::string& instanceName);
+    ~FilterFrequency() override;
+
+    void process() override;
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    InputPin<MatrixXd> input;
+    OutputPin<MatrixXd> output;
+    RangeProperty<int> sampleNumber;
+    CommandProperty resetCommand;
+
+    void requestReset();
+
+    int sampleCount = 0;         ///< samples since the interval began; 0 after a reset
+    int intervalLength = 100;    ///< the "SampleNbr" in force
+    double intervalStart = -1.0; ///< time stamp at which the interval began
+    bool resetRequested = false; ///< begin anew at the next sample
+};
