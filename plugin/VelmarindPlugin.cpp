@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "plugin/VelmarindPlugin.h"
 
+#include "blocks/FilterAbsoluteErode.h"
 #include "blocks/FilterBandPass.h"
 #include "blocks/FilterBessel.h"
 #include "blocks/FilterBlackmanWindow.h"
@@ -26,6 +27,8 @@
 #include "blocks/FilterIIR.h"
 #include "blocks/FilterInvGain.h"
 #include "blocks/FilterPeriodCounter.h"
+#include "blocks/FilterRelativeErode.h"
+#include "blocks/FilterRemoveStill.h"
 #include "blocks/FilterResample.h"
 #include "blocks/FilterSaturationDetector.h"
 #include "blocks/FilterSmartSaturationDetector.h"
@@ -51,6 +54,7 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     metaData.buildDate = BuildInfo::kBuildDate;
 
     // The order is interface: alphabetical, a lower-case letter or `_` before the capitals where names part.
+    registerBlock<FilterAbsoluteErode>();
     registerBlock<FilterBandPass>();
     registerBlock<FilterBessel>();
     registerBlock<FilterBlackmanWindow>();
@@ -76,6 +80,8 @@ VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
     registerBlock<FilterIIR>();
     registerBlock<FilterInvGain>();
     registerBlock<FilterPeriodCounter>();
+    registerBlock<FilterRelativeErode>();
+    registerBlock<FilterRemoveStill>();
     registerBlock<FilterResample>();
     registerBlock<FilterSaturationDetector>();
     registerBlock<FilterSmartSaturationDetector>();

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "blocks/Block.h"
+
+#include <vector>
+
+/// Thins a trajectory of three-axis points: drops each row that hasn't moved far enough, on any axis, from the last row
+/// that was kept.
+///
+///     row r is kept  where  |x(r) - x(k)| > distancex  or  |y(r) - y(k)| > distancey  or  |z(r) - z(k)| > distancez
+///
+/// k is the last row that was kept; row 0 always is. Input N by 3, output N' by 3, all in the unit of the distances; a
+/// sample without rows is sent on, one of another width is used up and sends nothing. A slow drift is kept each time that
+/// it adds up to more than a distance. Nothing is remembered from sample to sample.
+/// Kept as is: a difference that is not-a-number drops the row, so a not-a-number on all axes of row 0 drops all others.
+class FilterRemoveStill final : public Filter {
+public:
+    static constexpr const char* kTypeName = "FilterRemoveStill";
+
+    explicit FilterRemoveStill(const std::string& instanceName);
+    ~FilterRemoveStill() override;
+
+    void process() override;
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    InputPin<MatrixXd> input;
+    OutputPin<MatrixXd> output;
+    RangeProperty<double> distanceX;
+    RangeProperty<double> distanceY;
+    RangeProperty<double> distanceZ;
+
+    void findMovingRows(const MatrixXd& trajectory);
+
+    std::vector<Eigen::Index> keptRows; ///< of the sample at hand; a member to keep its storage
+};
