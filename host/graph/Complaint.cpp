@@ -9,15 +9,18 @@ namespace Quillmere::Host {
 namespace {
 std::string joined(const std::vector<Complaint>& complaints) {
     std::string text;
-    for (const Complaint& complaint : complaints)
-        text += (text.empty() ? "" : "\n") + complaint.getText();
+    for (const Complaint& complaint : complaints) {
+        if (!text.empty()) text += '\n';
+        text += complaint.getText();
+    }
     return text;
 }
 } // namespace
 
 std::string Complaint::getText() const {
     std::string text = where.file;
-    if (where.line > 0) text += ":" + std::to_string(where.line) + ":" + std::to_string(where.column);
+    if (where.line > 0)
+        text.append(":").append(std::to_string(where.line)).append(":").append(std::to_string(where.column));
     text += ": found " + found + "; expected " + expected;
     if (!suggestion.empty()) text += "; did you mean " + suggestion + "?";
     return text;

@@ -250,8 +250,13 @@ void GraphReader::applySettings(const GraphChanges& changes) {
     for (const GraphChanges::Setting& change : changes.settings) {
         Block* block = requireBlock(change.block, change.option);
         const auto value = readValueText(change.value, change.option, false, complaints);
-        if (block != nullptr && value)
-            putSetting(*block, {change.property, {change.option, 0, 0}, *value, Setting::Origin::Caller});
+        if (block == nullptr || !value) continue;
+        Setting setting;
+        setting.name = change.property;
+        setting.where.file = change.option;
+        setting.value = *value;
+        setting.origin = Setting::Origin::Caller;
+        putSetting(*block, std::move(setting));
     }
 }
 

@@ -74,11 +74,12 @@ TEST(Value, RefusesWhatIsNoFileOfValues) {
 TEST(Value, ReferencesThatUnfoldWithoutEndAreRefused) {
     std::string text = "a0: &a0 [x, x, x, x, x, x, x, x, x, x]\n";
     for (int i = 1; i < 12; ++i) {
-        const std::string before = "*a" + std::to_string(i - 1);
-        text += "a" + std::to_string(i) + ": &a" + std::to_string(i) + " [" + before;
+        const std::string own = std::to_string(i);
+        const std::string before = std::to_string(i - 1);
+        text.append("a").append(own).append(": &a").append(own).append(" [*a").append(before);
         for (int k = 1; k < 10; ++k)
-            text += ", " + before;
-        text += "]\n";
+            text.append(", *a").append(before);
+        text.append("]\n");
     }
     EXPECT_NE(complaintsOf(text).find("found more than a million values; expected a smaller graph"),
               std::string::npos);
