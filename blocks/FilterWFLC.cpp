@@ -88,8 +88,8 @@ void FilterWFLC::send() {
     out.data.value(0) = estimator.getEstimate();
     error.data.value(0) = estimator.getError();
     frequencyWeight.data.value(0) = estimator.getFrequencyWeight();
-    copySample(amplitudeWeights.data.value, estimator.getAmplitudeWeights());
-    copySample(harmonicWeights.data.value, estimator.getHarmonicWeights());
+    estimator.copyAmplitudeWeights(amplitudeWeights.data.value);
+    estimator.copyHarmonicWeights(harmonicWeights.data.value);
     const double time = input.getTimeStamp();
     for (OutputPin<MatrixXd>* const pin :
          {&out, &error, &frequencyWeight, &amplitudeWeights, &harmonicWeights})

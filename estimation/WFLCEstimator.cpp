@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <type_traits>
 
 using Quillmere::Core::MatrixXd;
 using Quillmere::Core::resizeSample;
@@ -38,7 +39,22 @@ void WFLCEstimator::reset() {
 }
 
 void WFLCEstimator::step(double sample) {
-    const auto n = static_cast<std::size_t>(order);
+    // Most signals are tracked with few harmonics, and loops of a known length leave nothing but their arithmetic.
+    switch (order) {
+    case 1:
+        return stepHarmonics(sample, std::integral_constant<std::size_t, 1>());
+    case 2:
+        return stepHarmonics(sample, std::integral_constant<std::size_t, 2>());
+    case 3:
+        return stepHarmonics(sample, std::integral_constant<std::size_t, 3>());
+    default:
+        return stepHarmonics(sample, static_cast<std::size_t>(order));
+    }
+}
+
+template <class Count>
+void WFLCEstimator::stepHarmonics(double sample, Count harmonics) {
+    const std::size_t n = harmonics;
     double* const x = regressors.data();
     double* const w = weights.data();
     const double v = sample - offset;
@@ -68,16 +84,24 @@ void WFLCEstimator::step(double sample) {
 
 MatrixXd WFLCEstimator::getAmplitudeWeights() const {
     MatrixXd result;
-    resizeSample(result, 1, 2 * order);
-    std::copy_n(weights.begin() + 1, result.size(), result.data());
+    copyAmplitudeWeights(result);
     return result;
 }
 
 MatrixXd WFLCEstimator::getHarmonicWeights() const {
-    const std::int32_t others = order - 1;
     MatrixXd result;
-    resizeSample(result, 1, 2 * others);
-    std::copy_n(weights.begin() + 2, others, result.data());
-    std::copy_n(weights.begin() + order + 2, others, result.data() + others);
+    copyHarmonicWeights(result);
     return result;
+}
+
+void WFLCEstimator::copyAmplitudeWeights(MatrixXd& to) const {
+    resizeSample(to, 1, 2 * order);
+    std::copy_n(weights.begin() + 1, 2 * order, to.data());
+}
+
+void WFLCEstimator::copyHarmonicWeights(MatrixXd& to) const {
+    const std::int32_t others = order - 1;
+    resizeSample(to, 1, 2 * others);
+    std::copy_n(weights.begin() + 2, others, to.data());
+    std::copy_n(weights.begin() + order + 2, others, to.data() + others);
 }

@@ -60,10 +60,16 @@ public:
     Quillmere::Core::MatrixXd getAmplitudeWeights() const;
     /// 1 by 2N-2: the same without the first harmonic; 1 by 0 for one harmonic.
     Quillmere::Core::MatrixXd getHarmonicWeights() const;
+    /// The same two into a matrix at hand, which keeps its storage while the order stays.
+    void copyAmplitudeWeights(Quillmere::Core::MatrixXd& to) const;
+    void copyHarmonicWeights(Quillmere::Core::MatrixXd& to) const;
 
 private:
     /// Index 0, then sine and cosine of each harmonic.
     using Terms = std::array<double, 2 * kLargestOrder + 1>;
+
+    template <class Count>
+    void stepHarmonics(double sample, Count harmonics);
 
     std::int32_t order = 1; ///< N
     double mu = 0.0;
