@@ -36,6 +36,12 @@ void AbstractInputPin::setIsLifo(bool flag) {
     });
 }
 
+LinkCounts AbstractInputPin::getCounts() {
+    LinkCounts counts;
+    withBothEndsHeld([&] { counts = {received.get(), taken.get(), getWaitingCount()}; });
+    return counts;
+}
+
 template <class Action>
 void AbstractInputPin::withBothEndsHeld(Action action) {
     const auto gateOf = [](const Pin* pin) { return pin != nullptr ? pin->getSynchronizer() : nullptr; };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Pin.h"
+#include "framework/core/Tally.h"
 
 #include <atomic>
 #include <cstdint>
@@ -28,6 +29,17 @@ public:
     /// Requires: the gates of both ends are held. [any, guarded]
     virtual void setConnectedOutput(AbstractOutputPin* output, bool synchronous) = 0;
 
+    /// How many samples wait in the link or have been fetched and not taken.
+    /// Requires: the pin's gate is held, or its block doesn't run. [any, guarded]
+    virtual std::uint32_t getWaitingCount() const { return 0; }
+    /// What became of the samples that were sent to this pin, all of one instant. [any, guarded]
+    LinkCounts getCounts();
+
+    /// Samples taken so far. [any]
+    std::uint64_t getTakenCount() const { return taken.get(); }
+    /// Whether the link comes from another layout and wakes this one. Requires: the pin's gate is held. [any, guarded]
+    bool getIsWaking() const { return isWaking; }
+
     /// Whether the link runs in the sender's thread. [any]
     bool getIsSynchronous() const { return isSynchronous; }
     /// Whether the reader may sleep on this pin. [any]
@@ -48,6 +60,9 @@ protected:
     bool isLifo = false;
     std::atomic<bool> isSynchronous{true}; ///< read without a guard, also while another thread detaches
     bool isBlocking = true;
+    bool isWaking = false;
+    Tally received; ///< raised by the sender
+    Tally taken;    ///< raised by the reader
 
 private:
     /// Runs `action` with the gates of this pin and of its sender held, whatever link it has at that time.

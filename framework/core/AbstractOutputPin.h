@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Pin.h"
+#include "framework/core/Tally.h"
 
 #include <set>
 #include <string>
@@ -40,7 +41,12 @@ public:
     /// flight are lost. Requires: this pin's gate is held, or its block doesn't run. [any, guarded]
     virtual void refreshInputs() = 0;
 
+    /// Samples sent so far, whoever was attached. [any]
+    std::uint64_t getSentCount() const { return sent.get(); }
+
 protected:
+    Tally sent; ///< raised by the block's step
+
     /// Asks the host about a new link: `isSynchronous` comes in true and goes out as the host decides.
     void notifyAttached(AbstractInputPin& input, bool& isSynchronous);
     /// Tells the host that a synchronous link is gone.

@@ -3,6 +3,7 @@
 
 #include "framework/core/PinManager.h"
 #include "framework/core/PropertyBag.h"
+#include "framework/core/Tally.h"
 
 namespace Quillmere::Core {
 
@@ -25,6 +26,9 @@ protected:
 public:
     /// The block's type name, the same static text as its factory's. [any]
     virtual const char* getTypeName() const = 0;
+
+    /// What a loop counts of this block's steps, if it counts at all. [run to write, any to read]
+    StepTally stepTally;
 };
 
 } // namespace Quillmere::Core

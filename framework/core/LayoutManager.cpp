@@ -78,11 +78,20 @@ void LayoutManager::forget(Filter& filter) {
 }
 
 void LayoutManager::runStep() {
-    Synchronizer::StepLocker gate(synchronizer);
-    for (nextFilter = 0; nextFilter < filters.size();) {
-        filters[nextFilter++]->process();
-        gate.giveWayIfWanted();
-    }
+    struct PlainPass {
+        bool begin() const { return true; }
+        void step(Filter& filter) const { filter.process(); }
+        void end() const {}
+    } pass;
+    runPass(pass);
+}
+
+void LayoutManager::arrange(const std::vector<Filter*>& order) {
+    const auto rank = [&](const Filter* filter) { return std::find(order.begin(), order.end(), filter); };
+    const Synchronizer::DisablerLocker guard(&synchronizer, nullptr);
+    std::stable_sort(filters.begin(), filters.end(),
+                     [&](const Filter* a, const Filter* b) { return rank(a) < rank(b); });
+    nextFilter = filters.size();
 }
 
 } // namespace Quillmere::Core

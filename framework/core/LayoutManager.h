@@ -29,6 +29,23 @@ public:
     /// One pass: each block's `process` once, in order, under the gate, which is given up between two blocks when
     /// somebody wants it. What a block raises ends the pass and goes to the caller. [run]
     void runStep();
+    /// A pass by a loop of one's own: `pass.begin()` tells whether there is one, `pass.step(filter)` steps one block,
+    /// `pass.end()` comes behind the last; all under the gate. [run]
+    template <class Pass>
+    void runPass(Pass& pass) {
+        Synchronizer::StepLocker gate(synchronizer);
+        nextFilter = 0;
+        if (!pass.begin()) return;
+        while (nextFilter < filters.size()) {
+            pass.step(*filters[nextFilter++]);
+            gate.giveWayIfWanted();
+        }
+        pass.end();
+    }
+
+    /// Puts the blocks into the order in which `order` has them; those that it hasn't stay behind the others. A pass that
+    /// is under way ends, so the loop needs another. [any, guarded]
+    void arrange(const std::vector<Filter*>& order);
 
 private:
     void place(Filter& filter, LayoutManager* destination);

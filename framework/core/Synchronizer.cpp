@@ -12,6 +12,7 @@ constinit thread_local char threadMark = 0;
 } // namespace Private
 
 void Synchronizer::wait(Poco::FastMutex& mutex, Poco::Event& event) {
+    if (sleepsBetweenPasses.load(std::memory_order_relaxed)) return;
     Sleeper self{event};
     {
         const std::lock_guard lock(state);
@@ -31,6 +32,7 @@ void Synchronizer::wait(Poco::FastMutex& mutex, Poco::Event& event) {
 }
 
 void Synchronizer::signal(Poco::Event& event) {
+    if (sleepsBetweenPasses.load(std::memory_order_relaxed)) wake(kSignal);
     // A sleeper on this event has registered under the mutex that the caller holds, so a zero here is no race.
     if (sleeperCount.load(std::memory_order_relaxed) == 0) return;
     const std::lock_guard lock(state);
@@ -43,6 +45,27 @@ void Synchronizer::shutDown() {
     isShutDown = true;
     for (Sleeper* const sleeper : sleepers)
         sleeper->event.set();
+    loopMayWake.notify_all();
+}
+
+void Synchronizer::sleep(Clock::time_point due) {
+    std::unique_lock lock(state);
+    // First asleep, then the last look at the reasons; who gives a reason does it the other way round.
+    isAsleep = true;
+    ++sleeps;
+    const auto hasReason = [this] { return reasons.load() != 0 || isShutDown; };
+    if (due == Clock::time_point::max())
+        loopMayWake.wait(lock, hasReason);
+    else
+        loopMayWake.wait_until(lock, due, hasReason);
+    isAsleep = false;
+}
+
+void Synchronizer::giveReason(Reason reason) {
+    reasons.fetch_or(reason);
+    if (!isAsleep.load()) return;
+    { const std::lock_guard lock(state); } // whoever is about to sleep has looked, or is inside the wait
+    loopMayWake.notify_one();
 }
 
 void Synchronizer::announceGuard() {

@@ -4,7 +4,9 @@
 #include "framework/core/Api.h"
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <vector>
 
@@ -51,7 +53,7 @@ public:
     /// Requires: the mutex that goes with `event` is locked by this thread. [any]
     void signal(Poco::Event& event);
 
-    /// Wakes all sleepers, for good: from now on `wait` returns at once. Steps and guards work as before. [any]
+    /// Wakes all sleepers, for good: from now on `wait` and `sleep` return at once. Steps and guards work as before. [any]
     void shutDown();
 
     /// [any]
@@ -59,6 +61,37 @@ public:
 
     /// Whether a guard holds the gate or wants it: the run loop's question between two blocks. [any]
     bool getIsWanted() const { return guards.load(std::memory_order_relaxed) != 0; }
+
+    /// Why a loop that sleeps between its passes is woken.
+    enum Reason : unsigned {
+        kSignal = 1, ///< a sample came over a link on which readers may sleep
+        kStir = 2,   ///< `stir` was called
+    };
+    using Clock = std::chrono::steady_clock;
+
+    /// With true, no reader sleeps in `wait` any more, which returns at once: the loop sleeps itself, in `sleep`, when a
+    /// pass found nothing to do. This is for a layout that several things may wake: asleep in one block's input, it
+    /// would miss the others. Requires: nobody sleeps in `wait`. [setup]
+    void setSleepsBetweenPasses(bool flag) { sleepsBetweenPasses.store(flag, std::memory_order_relaxed); }
+
+    /// Wakes the loop that sleeps between passes, or keeps it from falling asleep. [any]
+    void stir() { wake(kStir); }
+
+    /// What has come since the last call, as `Reason`s. The loop asks before each look at its blocks: what comes behind
+    /// that look is kept for `sleep`. [run]
+    unsigned takeReasons() {
+        if (reasons.load(std::memory_order_relaxed) == 0) return 0;
+        return reasons.exchange(0);
+    }
+
+    /// Sleeps until there is a reason, until `due`, or until the gate is shut down; returns at once if there is a reason
+    /// already. Guards don't wake the sleeper, since it doesn't hold the gate. Requires: not inside a step. [run]
+    void sleep(Clock::time_point due);
+
+    /// Whether the loop is in `sleep` without a reason to wake; `getSleeps` counts how often it fell asleep. Two looks at
+    /// several gates that all find the same sleep prove that all slept at one time in between. [any]
+    bool getIsAsleep() const { return isAsleep.load() && reasons.load() == 0; }
+    std::uint64_t getSleeps() const { return sleeps.load(); }
 
 private:
     bool getIsOwn() const { return owner.load(std::memory_order_relaxed) == &Private::threadMark; }
@@ -72,6 +105,12 @@ private:
     void leave() {
         if (--depth == 0) open();
     }
+    void wake(Reason reason) {
+        // A reason that is there already was put there behind the loop's last look, or the look is still to come:
+        // what leads here and the look hold one lock after the other, the link's or the gate.
+        if ((reasons.load(std::memory_order_relaxed) & reason) == 0) giveReason(reason);
+    }
+    void giveReason(Reason reason);
     void announceGuard();
     void enterAsGuard();
     void enterAsStep();
@@ -88,10 +127,15 @@ private:
     std::atomic<unsigned> guards{0};         ///< guards that hold or want the gate; written under `state`
     std::atomic<unsigned> sleeperCount{0};   ///< size of `sleepers`; written under `state`
     std::atomic<bool> isShutDown{false};     ///< written under `state`
+    std::atomic<bool> sleepsBetweenPasses{false};
+    std::atomic<unsigned> reasons{0}; ///< to wake the loop that sleeps between passes
+    std::atomic<bool> isAsleep{false};
+    std::atomic<std::uint64_t> sleeps{0};
 
     std::mutex state; ///< innermost lock: nothing else is taken under it but an event's own
     std::condition_variable stepsMayEnter;
     std::condition_variable guardsMayEnter;
+    std::condition_variable loopMayWake;
     unsigned stepsWaiting = 0;
     unsigned guardsBeforeStep = 0; ///< guards that were there when the waiting step came and haven't gone yet
     bool isStepsTurn = false;      ///< the waiting step goes next, whatever guards came meanwhile

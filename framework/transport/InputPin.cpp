@@ -23,7 +23,9 @@ template <class T>
 void InputPin<T>::rebuildStrategy() {
     pendingSample = nullptr; // it may lie in the strategy that goes now
     strategy = nullptr;
-    strategy = makeStrategy();
+    const Kind kind = chooseKind();
+    strategy = makeStrategy(kind);
+    this->isWaking = kind == Kind::Synchronized;
     clear();
 }
 
@@ -41,11 +43,11 @@ typename InputPin<T>::Kind InputPin<T>::chooseKind() const {
 }
 
 template <class T>
-std::unique_ptr<AbstractBufferStrategy<TimeStampedData<T>>> InputPin<T>::makeStrategy() const {
+std::unique_ptr<AbstractBufferStrategy<TimeStampedData<T>>> InputPin<T>::makeStrategy(Kind kind) const {
     using S = TimeStampedData<T>;
     const std::uint32_t capacity = this->bufferCapacity;
     const bool isSingle = capacity == 1;
-    switch (chooseKind()) {
+    switch (kind) {
     case Kind::Simple:
         if (isSingle) return std::make_unique<SimpleBufferStrategy<S, SingleValuePtrBuffer>>(capacity);
         if (this->isLifo) return std::make_unique<SimpleBufferStrategy<S, LifoBuffer>>(capacity);

@@ -74,6 +74,7 @@ public:
         const TimeStampedData<T>* const sample = pendingSample;
         lastTimeStamp = sample->timeStamp;
         pendingSample = nullptr;
+        this->taken.add(1);
         return sample->value;
     }
     /// Seconds: of the sample that waits, else of the one taken last; 0.0 after `clear`. [run]
@@ -84,7 +85,13 @@ public:
     void clear() override;
     void rebuildStrategy() override;
     void setConnectedOutput(AbstractOutputPin* output, bool synchronous) override;
-    void receive(const TimeStampedData<T>& sample) override { strategy->write(sample); }
+    void receive(const TimeStampedData<T>& sample) override {
+        strategy->write(sample);
+        this->received.add(1);
+    }
+    std::uint32_t getWaitingCount() const override {
+        return strategy->size() + (pendingSample != nullptr ? 1 : 0);
+    }
 
     /// How many samples wait in the link, the one that `hasData` has fetched not among them. [any]
     std::uint32_t getQueueLength() const { return strategy->size(); }
@@ -94,7 +101,7 @@ private:
     using Strategy = AbstractBufferStrategy<TimeStampedData<T>>;
 
     Kind chooseKind() const;
-    std::unique_ptr<Strategy> makeStrategy() const;
+    std::unique_ptr<Strategy> makeStrategy(Kind kind) const;
 
     std::unique_ptr<Strategy> strategy;
     TimeStampedData<T>* pendingSample =

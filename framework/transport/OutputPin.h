@@ -59,6 +59,7 @@ public:
     /// Stamps `data` with `timeStamp` (seconds) and hands it to each attached input. [run]
     void send(double timeStamp) {
         data.timeStamp = timeStamp;
+        this->sent.add(1);
         for (InputPinBase<T>* const input : this->inputs)
             input->receive(data);
     }

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/CheckingHost.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace Quillmere::Core;
+using namespace Support;
+
+// A pass by a loop of one's own, and what it leaves to be counted.
+
+namespace {
+struct NamingPass {
+    bool isWanted = true;
+    std::string names;
+
+    bool begin() const { return isWanted; }
+    void step(Filter& filter) {
+        names += filter.getName();
+        filter.process();
+    }
+    void end() { names += "."; }
+};
+
+std::string namesOfOnePass(LayoutManager& layout) {
+    NamingPass pass;
+    layout.runPass(pass);
+    return pass.names;
+}
+} // namespace
+
+TEST(PassTest, StepsEachBlockOnceInOrder) {
+    CheckingHost host("host");
+    ProbeBlock a("a", host);
+    ProbeBlock b("b", host);
+    host.add(a);
+    host.add(b);
+    EXPECT_EQ(namesOfOnePass(host.getLayout()), "ab.");
+}
+
+TEST(PassTest, APassThatIsNotWantedStepsNothing) {
+    CheckingHost host("host");
+    ProbeBlock a("a", host);
+    host.add(a);
+    NamingPass pass{.isWanted = false, .names = ""};
+    host.getLayout().runPass(pass);
+    EXPECT_EQ(pass.names, "");
+}
+
+TEST(PassTest, ArrangePutsWhatItNamesFirst) {
+    CheckingHost host("host");
+    ProbeBlock a("a", host);
+    ProbeBlock b("b", host);
+    ProbeBlock c("c", host);
+    ProbeBlock stranger("x", host);
+    for (ProbeBlock* const block : {&a, &b, &c})
+        host.add(*block);
+    host.getLayout().arrange({&c, &stranger, &b});
+    EXPECT_EQ(namesOfOnePass(host.getLayout()), "cba.");
+    host.getLayout().arrange({});
+    EXPECT_EQ(namesOfOnePass(host.getLayout()), "cba.");
+}
+
+TEST(PassTest, CountsTellWhatBecameOfEverySample) {
+    CheckingHost left("left");
+    CheckingHost right("right");
+    ProbeBlock source("source", left);
+    ProbeBlock sink("sink", right);
+    left.add(source);
+    right.add(sink);
+    sink.in.setBufferCapacity(3);
+    source.out.attach(sink.in, false);
+    EXPECT_TRUE(sink.in.getIsWaking());
+    source.generate(10);
+    for (int i = 0; i < 5; ++i)
+        left.getLayout().runStep();
+    LinkCounts counts = sink.in.getCounts();
+    EXPECT_EQ(source.out.getSentCount(), 5u);
+    EXPECT_EQ(counts.received, 5u);
+    EXPECT_EQ(counts.waiting, 3u);
+    EXPECT_EQ(counts.getLost(), 2u) << "the buffer keeps three";
+
+    EXPECT_TRUE(sink.in.hasData());
+    EXPECT_EQ(sink.in.getCounts().waiting, 3u) << "fetched and not taken";
+    right.getLayout().runStep();
+    counts = sink.in.getCounts();
+    EXPECT_EQ(counts.taken, 1u);
+    EXPECT_EQ(sink.in.getTakenCount(), 1u);
+    EXPECT_EQ(counts.waiting, 2u);
+    EXPECT_EQ(counts.getLost(), 2u);
+
+    source.out.detach(sink.in, false);
+    counts = sink.in.getCounts();
+    EXPECT_EQ(counts.waiting, 0u);
+    EXPECT_EQ(counts.getLost(), 4u) << "what waited in a link that is gone is lost";
+    EXPECT_FALSE(sink.in.getIsWaking());
+}
+
+TEST(PassTest, OnlyLinksOnWhichReadersMaySleepWake) {
+    CheckingHost left("left");
+    CheckingHost right("right");
+    ProbeBlock source("source", left);
+    ProbeBlock neighbour("neighbour", left);
+    ProbeBlock sink("sink", right);
+    left.add(source);
+    left.add(neighbour);
+    right.add(sink);
+    source.out.attach(neighbour.in, false);
+    source.out.attach(sink.control, false);
+    EXPECT_FALSE(neighbour.in.getIsWaking()) << "the same layout";
+    EXPECT_FALSE(sink.control.getIsWaking()) << "not blocking";
+    right.getLayout().add(neighbour);
+    EXPECT_TRUE(neighbour.in.getIsWaking());
+}
+
+TEST(PassTest, EverySampleIsAccountedForWhileTheReaderLags) {
+    constexpr std::uint64_t kSamples = 20000;
+    CheckingHost left("left");
+    CheckingHost right("right");
+    ProbeBlock source("source", left);
+    ProbeBlock sink("sink", right);
+    left.add(source);
+    right.add(sink);
+    sink.in.setBufferCapacity(2);
+    source.out.attach(sink.in, false);
+    source.generate(kSamples);
+    left.start();
+    right.start();
+    LinkCounts counts;
+    while (counts.received < kSamples || counts.waiting > 0) {
+        counts = sink.in.getCounts();
+        EXPECT_LE(counts.taken + counts.waiting, counts.received);
+    }
+    left.stop();
+    right.stop();
+    EXPECT_EQ(counts.received, kSamples);
+    EXPECT_EQ(counts.taken, static_cast<std::uint64_t>(sink.getTaken()));
+    EXPECT_EQ(counts.getLost(), kSamples - counts.taken);
+}
