@@ -17,40 +17,49 @@ struct Terms {
     double factor;
 };
 
-/// Runs the elements at `input`, `x` and `y` that one `Lanes` holds; a double is one element.
+/// The samples, by element.
+struct Elements {
+    const double* input;
+    double* x;
+    double* y;
+    Eigen::Index size;
+};
+
+/// Runs as many of the elements from `first` on as come in groups of `lanes`, and returns the first one left.
 /// Order matters: each element adds its terms one by one, from the left. Vectors run across elements only.
-template <InputScale scale, class Lanes>
-inline void runLanes(const Terms& terms, const Lanes& input, Lanes& x, Lanes& y) {
-    Lanes newest;
-    if constexpr (scale == InputScale::Divide)
-        newest = input / terms.factor;
-    else
-        newest = input * terms.factor;
-    Lanes sum = (terms.xLast == 0 ? newest : x) * terms.xCoeffs[0];
-    for (std::size_t i = 1; i < terms.xLast; ++i)
-        sum += x * terms.xCoeffs[i];
-    if (terms.xLast > 0) sum += newest * terms.xCoeffs[terms.xLast];
-    for (std::size_t j = 0; j < terms.yCount; ++j)
-        sum += y * terms.yCoeffs[j];
-    x = newest;
-    y = sum;
+template <InputScale scale, int lanes>
+Eigen::Index runGroups(const Terms& terms, Elements elements, Eigen::Index first) {
+    using Lanes = Eigen::Array<double, lanes, 1>;
+    for (; first + lanes <= elements.size; first += lanes) {
+        Eigen::Map<Lanes> xState(elements.x + first);
+        Eigen::Map<Lanes> yState(elements.y + first);
+        const Lanes input = Eigen::Map<const Lanes>(elements.input + first);
+        const Lanes former = xState;
+        const Lanes y = yState;
+        Lanes newest;
+        if constexpr (scale == InputScale::Divide)
+            newest = input / terms.factor;
+        else
+            newest = input * terms.factor;
+
+        Lanes sum = (terms.xLast == 0 ? newest : former) * terms.xCoeffs[0];
+        for (std::size_t i = 1; i < terms.xLast; ++i)
+            sum += former * terms.xCoeffs[i];
+        if (terms.xLast > 0) sum += newest * terms.xCoeffs[terms.xLast];
+        for (std::size_t j = 0; j < terms.yCount; ++j)
+            sum += y * terms.yCoeffs[j];
+        xState = newest;
+        yState = sum;
+    }
+    return first;
 }
 
 template <InputScale scale>
-void run(const Terms& terms, const double* input, double* x, double* y, Eigen::Index size) {
-    // Eight elements in flight hide the latency of one sum.
-    constexpr Eigen::Index kInFlight = 8;
-    using Lanes = Eigen::Array<double, kInFlight, 1>;
-    Eigen::Index e = 0;
-    for (; e + kInFlight <= size; e += kInFlight) {
-        Lanes xLanes = Eigen::Map<const Lanes>(x + e);
-        Lanes yLanes = Eigen::Map<const Lanes>(y + e);
-        runLanes<scale, Lanes>(terms, Eigen::Map<const Lanes>(input + e), xLanes, yLanes);
-        Eigen::Map<Lanes>(x + e) = xLanes;
-        Eigen::Map<Lanes>(y + e) = yLanes;
-    }
-    for (; e < size; ++e)
-        runLanes<scale, double>(terms, input[e], x[e], y[e]);
+void run(const Terms& terms, const Elements& elements) {
+    // Eight elements in flight hide the latency of one sum; what is left goes by pairs.
+    const Eigen::Index pairs = runGroups<scale, 8>(terms, elements, 0);
+    const Eigen::Index single = runGroups<scale, 2>(terms, elements, pairs);
+    runGroups<scale, 1>(terms, elements, single);
 }
 } // namespace
 
@@ -61,9 +70,14 @@ void runDirectForm(const DirectForm& form, const MatrixXd& input, RisingHistory&
                       .yCoeffs = form.yCoeffs.data(),
                       .yCount = std::min(yHistory.size() - 1, form.yCoeffs.size()),
                       .factor = form.factor};
-    const auto runAll =
-        form.scale == InputScale::Divide ? run<InputScale::Divide> : run<InputScale::Multiply>;
-    runAll(terms, input.data(), xHistory.newest.data(), yHistory.newest.data(), input.size());
+    const Elements elements{.input = input.data(),
+                            .x = xHistory.newest.data(),
+                            .y = yHistory.newest.data(),
+                            .size = input.size()};
+    if (form.scale == InputScale::Divide)
+        run<InputScale::Divide>(terms, elements);
+    else
+        run<InputScale::Multiply>(terms, elements);
 }
 
 } // namespace Design
