@@ -3,7 +3,6 @@
 
 #include "cli/GraphArguments.h"
 #include "host/graph/HostBlock.h"
-#include "host/graph/NearestName.h"
 #include "host/plugins/BlockDescription.h"
 
 #include <CLI/CLI.hpp>
@@ -169,15 +168,7 @@ ExitCode BlocksCommand::run() {
             printNames(catalogue);
         return kDone;
     }
-    const BlockPtr block = catalogue.create(type, type);
-    if (block == nullptr) {
-        std::vector<std::string> known = catalogue.getTypeNames();
-        known.insert(known.end(), BlockCatalogue::getHostTypeNames().begin(),
-                     BlockCatalogue::getHostTypeNames().end());
-        const std::string nearest = nearestName(type, known);
-        throw UsageError{"found the block type '" + type + "'; expected one of " + listOfNames(known) +
-                         (nearest.empty() ? "" : "; did you mean " + nearest + "?")};
-    }
+    const BlockPtr block = createBlock(catalogue, type);
     const auto* const hostBlock = dynamic_cast<const HostBlock*>(block.get());
     if (asJson) {
         Json json = jsonOf(describe(*block));

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "host/plugins/BlockCatalogue.h"
+#include "host/response/FrequencyResponse.h"
+
 #include <string>
 #include <vector>
 
@@ -64,6 +67,25 @@ public:
 
 private:
     GraphArguments arguments;
+};
+
+class ResponseCommand final : public Command {
+public:
+    explicit ResponseCommand(CLI::App& command);
+    ExitCode run() override;
+
+private:
+    Quillmere::Host::FrequencyResponse measureType(const Quillmere::Host::BlockCatalogue& catalogue) const;
+    Quillmere::Host::FrequencyResponse measureGraph(const Quillmere::Host::BlockCatalogue& catalogue) const;
+    std::string title() const;
+
+    std::string target; ///< A block type, or a graph file when `block` is given.
+    std::string block;
+    std::vector<std::string> settings;
+    std::vector<std::string> parameters;
+    Quillmere::Host::ResponseSettings measurement;
+    std::string picture;
+    PluginArguments plugins;
 };
 
 class RunCommand final : public Command {

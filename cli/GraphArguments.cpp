@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/GraphArguments.h"
 
+#include "host/graph/NearestName.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -11,18 +13,12 @@ namespace Cli {
 
 namespace {
 using Quillmere::Host::BlockCatalogue;
+using Quillmere::Host::BlockPtr;
 using Quillmere::Host::GraphChanges;
+using Quillmere::Host::listOfNames;
+using Quillmere::Host::nearestName;
 
 constexpr const char* kPluginFile = "libVelmarind.so";
-
-/// The two sides of the first `=`.
-std::pair<std::string, std::string> split(const std::string& text, const std::string& option,
-                                          const std::string& form) {
-    const std::size_t sign = text.find('=');
-    if (sign == std::string::npos || sign == 0)
-        throw UsageError{option + ": found '" + text + "'; expected " + form};
-    return {text.substr(0, sign), text.substr(sign + 1)};
-}
 
 void enterList(CLI::App& command, const std::string& name, std::vector<std::string>& values,
                const std::string& form, const std::string& meaning) {
@@ -33,7 +29,7 @@ void enterList(CLI::App& command, const std::string& name, std::vector<std::stri
 std::vector<GraphChanges::File> filesOf(const std::vector<std::string>& texts, const std::string& option) {
     std::vector<GraphChanges::File> files;
     for (const std::string& text : texts) {
-        const auto [block, path] = split(text, option, "block=FILE");
+        const auto [block, path] = splitSetting(text, option, "block=FILE");
         files.push_back({block, path, option + " " + text});
     }
     return files;
@@ -45,6 +41,14 @@ std::string ownPath() {
 }
 
 } // namespace
+
+std::pair<std::string, std::string> splitSetting(const std::string& text, const std::string& option,
+                                                 const std::string& form) {
+    const std::size_t sign = text.find('=');
+    if (sign == std::string::npos || sign == 0)
+        throw UsageError{option + ": found '" + text + "'; expected " + form};
+    return {text.substr(0, sign), text.substr(sign + 1)};
+}
 
 void PluginArguments::enter(CLI::App& command) {
     enterList(command, "--plugin", plugins, "FILE",
@@ -65,11 +69,11 @@ void GraphArguments::enter(CLI::App& command) {
 GraphChanges changesOf(const GraphArguments& arguments) {
     GraphChanges changes;
     for (const std::string& text : arguments.parameters) {
-        const auto [name, value] = split(text, "--param", "NAME=VALUE");
+        const auto [name, value] = splitSetting(text, "--param", "NAME=VALUE");
         changes.parameters.push_back({name, value, "--param " + text});
     }
     for (const std::string& text : arguments.settings) {
-        const auto [target, value] = split(text, "--set", "BLOCK.PROPERTY=VALUE");
+        const auto [target, value] = splitSetting(text, "--set", "BLOCK.PROPERTY=VALUE");
         const std::size_t dot = target.find('.'); // ids have none, names of properties may
         if (dot == std::string::npos)
             throw UsageError{"--set: found '" + text + "'; expected BLOCK.PROPERTY=VALUE"};
@@ -95,6 +99,17 @@ BlockCatalogue loadCatalogue(const PluginArguments& arguments) {
         throw UsageError{std::string("found no ") + kPluginFile +
                          " beside this program; expected --plugin FILE"};
     return catalogue;
+}
+
+BlockPtr createBlock(const BlockCatalogue& catalogue, const std::string& type) {
+    BlockPtr block = catalogue.create(type, type);
+    if (block != nullptr) return block;
+    std::vector<std::string> known = catalogue.getTypeNames();
+    known.insert(known.end(), BlockCatalogue::getHostTypeNames().begin(),
+                 BlockCatalogue::getHostTypeNames().end());
+    const std::string nearest = nearestName(type, known);
+    throw UsageError{"found the block type '" + type + "'; expected one of " + listOfNames(known) +
+                     (nearest.empty() ? "" : "; did you mean " + nearest + "?")};
 }
 
 } // namespace Cli

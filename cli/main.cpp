@@ -22,17 +22,21 @@ int call(CLI::App& program, int count, char** arguments) {
     CLI::App& checkApp =
         addCommand(program, "check", "Tell whether a graph could run, and everything that is wrong.");
     CLI::App& blocksApp = addCommand(program, "blocks", "List the block types, or show one.");
+    CLI::App& responseApp =
+        addCommand(program, "response", "Measure what a block does to each frequency: CSV, and a picture.");
     Cli::RunCommand run(runApp);
     Cli::CheckCommand check(checkApp);
     Cli::BlocksCommand blocks(blocksApp);
+    Cli::ResponseCommand response(responseApp);
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
         return program.exit(error) == 0 ? Cli::kDone : Cli::kNothingRun;
     }
-    Cli::Command& command = runApp.parsed()     ? static_cast<Cli::Command&>(run)
-                            : checkApp.parsed() ? static_cast<Cli::Command&>(check)
-                                                : static_cast<Cli::Command&>(blocks);
+    Cli::Command& command = runApp.parsed()        ? static_cast<Cli::Command&>(run)
+                            : checkApp.parsed()    ? static_cast<Cli::Command&>(check)
+                            : responseApp.parsed() ? static_cast<Cli::Command&>(response)
+                                                   : static_cast<Cli::Command&>(blocks);
     return command.run();
 }
 

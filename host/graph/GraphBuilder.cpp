@@ -102,14 +102,13 @@ void GraphBuilder::checkOrigins(const Node& node, Complaints& own) {
     }
 }
 
-/// Writes the settings in file order. One that is refused is tried again after the others, since a setting may make
-/// another writable or move its limits.
+/// Writes the settings in file order, as far as the block lets them.
 void GraphBuilder::writeProperties(Node& node, Complaints& own) {
     const Core::PropertyBag& bag = node.block->getPropertyBag();
-    std::vector<const Setting*> waiting;
+    std::vector<PropertyWrite> writes;
     for (const Setting& setting : node.description->settings) {
-        if (bag.find(setting.name) != nullptr) {
-            if (!setting.value.isMissing()) waiting.push_back(&setting);
+        if (Core::AbstractProperty* const property = bag.find(setting.name); property != nullptr) {
+            if (!setting.value.isMissing()) writes.push_back({property, &setting.value});
         } else if (setting.origin != Setting::Origin::CallersInput &&
                    setting.origin != Setting::Origin::CallersOutput) {
             const std::vector<std::string> names = namesOf(bag);
@@ -117,17 +116,7 @@ void GraphBuilder::writeProperties(Node& node, Complaints& own) {
                     "one of " + listOfNames(names), nearestName(setting.name, names));
         }
     }
-    for (bool hasMoved = true; hasMoved && !waiting.empty();) {
-        hasMoved = false;
-        std::erase_if(waiting, [&](const Setting* setting) {
-            Complaints refusals;
-            writeProperty(*bag.find(setting->name), setting->value, refusals);
-            hasMoved = hasMoved || refusals.isEmpty();
-            return refusals.isEmpty();
-        });
-    }
-    for (const Setting* const setting : waiting)
-        writeProperty(*bag.find(setting->name), setting->value, own);
+    Quillmere::Host::writeProperties(std::move(writes), own);
 }
 
 void GraphBuilder::connect(const Connection& connection) {

@@ -105,4 +105,18 @@ void writeProperty(AbstractProperty& property, const Value& value, Complaints& c
     }
 }
 
+void writeProperties(std::vector<PropertyWrite> writes, Complaints& complaints) {
+    for (bool hasMoved = true; hasMoved && !writes.empty();) {
+        hasMoved = false;
+        std::erase_if(writes, [&](const PropertyWrite& write) {
+            Complaints refusals;
+            writeProperty(*write.property, *write.value, refusals);
+            hasMoved = hasMoved || refusals.isEmpty();
+            return refusals.isEmpty();
+        });
+    }
+    for (const PropertyWrite& write : writes)
+        writeProperty(*write.property, *write.value, complaints);
+}
+
 } // namespace Quillmere::Host

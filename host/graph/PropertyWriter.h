@@ -2,8 +2,11 @@
 #pragma once
 
 #include "framework/core/AbstractProperty.h"
+#include "framework/core/Api.h"
 #include "host/graph/Complaint.h"
 #include "host/graph/Value.h"
+
+#include <vector>
 
 namespace Quillmere::Host {
 
@@ -11,5 +14,15 @@ namespace Quillmere::Host {
 /// label or its index, a matrix by nested lists, everything else by a plain scalar. What the setting doesn't take, for
 /// its kind, its limits or because the block refuses it, is a complaint, and the setting keeps what it had.
 void writeProperty(Core::AbstractProperty& property, const Value& value, Complaints& complaints);
+
+/// A setting of a living block and what it shall be.
+struct PropertyWrite {
+    Core::AbstractProperty* property;
+    const Value* value;
+};
+
+/// Writes several settings in their order. One that is refused is tried again after the others, since a setting may
+/// make another writable or move its limits; what is refused in the end is a complaint.
+QUILLMERE_API void writeProperties(std::vector<PropertyWrite> writes, Complaints& complaints);
 
 } // namespace Quillmere::Host

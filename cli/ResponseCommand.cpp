@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+#include "cli/Commands.h"
+
+#include "cli/GraphArguments.h"
+#include "framework/Quillmere.h"
+#include "host/graph/Graph.h"
+#include "host/graph/NearestName.h"
+#include "host/graph/PropertyWriter.h"
+#include "host/recording/ResultFile.h"
+#include "host/response/ResponseReport.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+
+namespace Cli {
+
+using namespace Quillmere::Host;
+using Quillmere::Core::Filter;
+
+namespace {
+
+/// A graph that is built for one of its blocks; that block, cut loose from the others.
+struct CutGraph {
+    CutGraph(const GraphDescription& description, const BlockCatalogue& catalogue, const std::string& id)
+        : graph(description, catalogue, complaints) {
+        complaints.raise();
+        std::vector<std::string> ids;
+        for (const Graph::Node& node : graph.getNodes()) {
+            ids.push_back(node.description->id);
+            if (node.description->id == id) block = node.block.get();
+        }
+        if (block == nullptr) {
+            const std::string nearest = nearestName(id, ids);
+            throw UsageError{"found the block '" + id + "'; expected one of " + listOfNames(ids) +
+                             (nearest.empty() ? "" : "; did you mean " + nearest + "?")};
+        }
+        for (auto* const pin : block->getInputPins())
+            pin->detachAll();
+        for (auto* const pin : block->getOutputPins())
+            pin->detachAll();
+        graph.getLayout().remove(*block);
+    }
+
+    Complaints complaints;
+    Graph graph;
+    Filter* block = nullptr;
+};
+
+/// A lone block with settings as `PROPERTY=VALUE`.
+BlockPtr configuredBlock(const BlockCatalogue& catalogue, const std::string& type,
+                         const std::vector<std::string>& settings) {
+    BlockPtr block = createBlock(catalogue, type);
+    Complaints complaints;
+    std::vector<Value> values;
+    std::vector<PropertyWrite> writes;
+    values.reserve(settings.size()); // the writes point into it
+    for (const std::string& text : settings) {
+        const auto [name, value] = splitSetting(text, "--set", "PROPERTY=VALUE");
+        if (block->getPropertyBag().find(name) == nullptr) {
+            std::vector<std::string> names;
+            for (const auto* const property : block->getPropertyBag())
+                names.push_back(property->getName());
+            complaints.add({"--set " + text}, "the property '" + name + "' of " + type,
+                           "one of " + listOfNames(names), nearestName(name, names));
+        } else if (const auto read = readValueText(value, "--set " + text, false, complaints)) {
+            values.push_back(*read);
+            writes.push_back({block->getPropertyBag().find(name), &values.back()});
+        }
+    }
+    writeProperties(std::move(writes), complaints);
+    complaints.raise();
+    return block;
+}
+
+void writePicture(const std::string& path, const std::string& svg) {
+    ResultFile file(path);
+    file.write(svg.data(), svg.size());
+    file.complete();
+}
+
+} // namespace
+
+ResponseCommand::ResponseCommand(CLI::App& command) {
+    const auto enterList = [&](const char* name, std::vector<std::string>& values, const char* form,
+                               const char* meaning) {
+        command.add_option(name, values, meaning)->type_name(form)->allow_extra_args(false);
+    };
+    command.add_option("TARGET", target, "A block type; with BLOCK a graph file.")->required();
+    command.add_option("BLOCK", block, "The id of a block in the graph.");
+    enterList("--set", settings, "[BLOCK.]PROPERTY=VALUE",
+              "Give a property another value; with the block's id in a graph.");
+    enterList("--param", parameters, "NAME=VALUE", "Give a parameter of the graph another value.");
+    command.add_option("--from", measurement.input, "The input pin, if there are several and none is 'in'.")
+        ->type_name("PIN");
+    command.add_option("--to", measurement.output, "The output pin, if there are several and none is 'out'.")
+        ->type_name("PIN");
+    command.add_option("--points", measurement.intervals, "Measure at so many frequencies above 0.")
+        ->type_name("COUNT")
+        ->check(CLI::Range(1, 10000))
+        ->capture_default_str();
+    command.add_option("--picture", picture, "Write a picture, too.")->type_name("FILE.svg");
+    plugins.enter(command);
+}
+
+ExitCode ResponseCommand::run() {
+    const BlockCatalogue catalogue = loadCatalogue(plugins);
+    const FrequencyResponse response = block.empty() ? measureType(catalogue) : measureGraph(catalogue);
+    std::cout << responseAsCsv(response);
+    if (!picture.empty()) writePicture(picture, responseAsSvg(response, title()));
+    if (const std::size_t count = response.countUnsettled(); count > 0)
+        std::cerr << "at " << count << " of " << response.points.size()
+                  << " frequencies the output grows without bound, doesn't settle or isn't finite\n";
+    return kDone;
+}
+
+FrequencyResponse ResponseCommand::measureType(const BlockCatalogue& catalogue) const {
+    if (!parameters.empty())
+        throw UsageError{"--param: found a block type; expected a graph file and a BLOCK"};
+    const BlockMaker make = [&] {
+        return std::shared_ptr<Filter>(configuredBlock(catalogue, target, settings));
+    };
+    return measureResponse(make, measurement);
+}
+
+FrequencyResponse ResponseCommand::measureGraph(const BlockCatalogue& catalogue) const {
+    GraphArguments arguments;
+    arguments.graph = target;
+    arguments.settings = settings;
+    arguments.parameters = parameters;
+    Complaints complaints;
+    const GraphDescription description = GraphDescription::read(target, changesOf(arguments), complaints);
+    complaints.raise();
+    const BlockMaker make = [&] {
+        const auto graph = std::make_shared<CutGraph>(description, catalogue, block);
+        return std::shared_ptr<Filter>(graph, graph->block);
+    };
+    return measureResponse(make, measurement);
+}
+
+std::string ResponseCommand::title() const {
+    std::string text = block.empty() ? target : block + " in " + target;
+    for (const std::string& setting : settings)
+        text += ", " + setting;
+    return text;
+}
+
+} // namespace Cli

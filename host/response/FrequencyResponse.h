@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "framework/core/Filter.h"
+
+#include <complex>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// A block whose response can't be measured: no such pin, or samples that it doesn't answer one by one.
+class QUILLMERE_API ResponseException : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What a filter does at one frequency, as output over input. A part that isn't finite stands for a response that
+/// could not be measured: the block grows without bound, doesn't settle, or sends numbers that aren't finite.
+struct ResponsePoint {
+    double frequency; ///< As a fraction of the Nyquist frequency.
+    std::complex<double> sine;
+    std::complex<double> impulse;
+    std::complex<double> design; ///< Meaningful if the response has a design.
+};
+
+struct QUILLMERE_API FrequencyResponse {
+    std::vector<ResponsePoint> points;
+    bool hasDesign = false;
+
+    /// At how many frequencies the sine could not be measured.
+    std::size_t countUnsettled() const;
+};
+
+struct ResponseSettings {
+    std::size_t intervals = 100; ///< Frequencies are 0, 1/intervals, ... 1.
+    std::string input;           ///< Pins; when empty "in" and "out", or the only ones.
+    std::string output;
+};
+
+/// A new block, set as it shall be measured, its pins without links; what keeps it alive comes along.
+using BlockMaker = std::function<std::shared_ptr<Core::Filter>()>;
+
+/// Measures what a block really does, by running new ones on 1-by-1 samples: on a cosine of each frequency until two
+/// windows agree, and on a single 1 after zeros, whose answer is transformed. A block that is linear and the same at all
+/// times gives the same both ways.
+///
+/// A block that publishes a design on pins "gain" and "coeffs" (row 0 feed-forward, row 1 feedback with its leading
+/// term -1) also gives the response that its design promises. When -1 stands in front, coefficients are those of
+/// falling powers of z and the gain is in them; else of rising powers, and the gain divides.
+/// Raises `ResponseException`, and what the block raises.
+QUILLMERE_API FrequencyResponse measureResponse(const BlockMaker& makeBlock,
+                                                const ResponseSettings& settings);
+
+} // namespace Quillmere::Host
