@@ -1,8 +1,12 @@
 # The arithmetic contract of the project, as one interface target: every library, test and benchmark of ours links
 # `Velmarind::numerics`, so the same input gives the same bits in every build.
 
-foreach(flags IN ITEMS CMAKE_CXX_FLAGS CMAKE_CXX_FLAGS_RELEASE CMAKE_CXX_FLAGS_RELWITHDEBINFO CMAKE_CXX_FLAGS_DEBUG)
-  if("${${flags}}" MATCHES "-ffast-math|-Ofast|-funsafe-math|-fassociative-math|-ffinite-math|-freciprocal-math|-mfma|-march=|-ffp-contract=(fast|on)")
+string(CONCAT refused "-ffast-math|-Ofast|-funsafe-math-optimizations|-fassociative-math|-ffinite-math-only|-freciprocal-math"
+  "|-fno-signed-zeros|-fcx-limited-range|-fcx-fortran-rules|-ffp-model=(fast|aggressive)|-ffp-contract=(fast|on)"
+  "|-mfma4?|-mrecip|-mfpmath=387|-march=[^ ]*")
+foreach(configuration IN ITEMS "" _DEBUG _RELEASE _RELWITHDEBINFO _MINSIZEREL)
+  set(flags CMAKE_CXX_FLAGS${configuration})
+  if("${${flags}}" MATCHES "${refused}")
     message(FATAL_ERROR "${flags} holds ${CMAKE_MATCH_0}: results must not depend on the build, so this flag is refused.")
   endif()
 endforeach()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "framework/core/Filter.h"
 #include "framework/transport/InputPin.h"
 #include "framework/transport/OutputPin.h"
 

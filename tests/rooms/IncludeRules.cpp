@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#include "tests/rooms/IncludeRules.h"
+
+#include <algorithm>
+#include <regex>
+#include <sstream>
+
+namespace {
+/// A room and what its files may include besides their own room: folders, which end in a slash, or single headers.
+struct Room {
+    std::string folder;
+    std::vector<std::string> may;
+};
+
+constexpr const char* kMatrix = "framework/transport/MatrixXd.h";
+
+/// In the order of the arrows. Tests, benchmarks and examples may include anything.
+const std::vector<Room> kRooms = {
+    {.folder = "framework/util/", .may = {}},
+    {.folder = "framework/core/", .may = {"framework/util/"}},
+    {.folder = "framework/transport/", .may = {"framework/core/"}},
+    {.folder = "framework/properties/", .may = {"framework/core/", kMatrix}},
+    {.folder = "framework/", .may = {}}, // the umbrella header
+    {.folder = "design/", .may = {kMatrix}},
+    {.folder = "spectral/", .may = {}},
+    {.folder = "estimation/", .may = {kMatrix, "design/"}},
+    {.folder = "blocks/", .may = {"framework/", "design/", "spectral/", "estimation/"}},
+    {.folder = "plugin/", .may = {"framework/", "blocks/"}},
+    {.folder = "host/", .may = {"framework/"}},
+    {.folder = "cli/", .may = {"host/"}},
+};
+
+bool isAllowed(const Room& room, const std::string& included) {
+    return included.starts_with(room.folder) ||
+           std::any_of(room.may.begin(), room.may.end(), [&](const std::string& allowed) {
+               return allowed.ends_with('/') ? included.starts_with(allowed) : included == allowed;
+           });
+}
+
+std::string complaintAbout(const std::string& path, const std::string& included) {
+    const auto room = std::find_if(kRooms.begin(), kRooms.end(),
+                                   [&](const Room& candidate) { return path.starts_with(candidate.folder); });
+    if (room == kRooms.end()) return "";
+    const bool isOfOurs = std::any_of(kRooms.begin(), kRooms.end(), [&](const Room& candidate) {
+        return included.starts_with(candidate.folder);
+    });
+    if (!isOfOurs) return "\"" + included + "\" is not written from the root";
+    if (!isAllowed(*room, included)) return room->folder + " may not include \"" + included + "\"";
+    return "";
+}
+} // namespace
+
+std::vector<Finding> checkIncludes(const std::string& path, const std::string& text, bool hasOwnHeader) {
+    const std::regex pattern(R"re(^\s*#\s*include\s*(["<])([^">]*)[">])re");
+    const std::string ownHeader = path.substr(0, path.rfind('.')) + ".h";
+    std::vector<Finding> findings;
+    bool isFirst = true;
+    std::istringstream lines(text);
+    std::string line;
+    for (int number = 1; std::getline(lines, line); ++number) {
+        std::smatch match;
+        if (!std::regex_search(line, match, pattern)) continue;
+        const std::string place = path + ":" + std::to_string(number);
+        // An example is a project of its own, so its paths begin in its own folder.
+        if (isFirst && hasOwnHeader && !("/" + ownHeader).ends_with("/" + match[2].str()))
+            findings.push_back({place, "the first include is not the source's own header"});
+        isFirst = false;
+        if (match[1] != "\"") continue;
+        const std::string complaint = complaintAbout(path, match[2]);
+        if (!complaint.empty()) findings.push_back({place, complaint});
+    }
+    return findings;
+}
