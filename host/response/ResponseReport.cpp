@@ -37,6 +37,7 @@ struct Panel {
     double bottom, top;  ///< what they stand for
     double tick;
     const char* unit;
+    double jump; ///< neighbours that differ by this much are not joined
 
     double x(double frequency) const { return kLeft + frequency * (kRight - kLeft); }
     double y(double value) const { return below - (value - bottom) / (top - bottom) * (below - above); }
@@ -78,18 +79,19 @@ std::string axes(const Panel& panel) {
     return svg;
 }
 
-/// The points that the panel can show, joined; a gap where there is none.
+/// The points that the panel can show, joined; a gap where there is none, and where an angle starts over.
 std::string curve(const Panel& panel, const char* style, const FrequencyResponse& response,
                   const std::function<std::optional<double>(const ResponsePoint&)>& value) {
     std::string path;
-    bool isDown = false;
+    std::optional<double> former;
     for (const ResponsePoint& point : response.points) {
         const std::optional<double> shown = value(point);
         if (shown) {
-            path += (isDown ? "L" : "M") + number(panel.x(point.frequency)) + " " +
+            const bool isJoined = former && std::fabs(*shown - *former) < panel.jump;
+            path += (isJoined ? "L" : "M") + number(panel.x(point.frequency)) + " " +
                     number(panel.y(std::clamp(*shown, panel.bottom, panel.top)));
         }
-        isDown = shown.has_value();
+        former = shown;
     }
     return "<path class=\"" + std::string(style) + "\" d=\"" + path + "\"/>\n";
 }
@@ -129,16 +131,25 @@ std::string responseAsCsv(const FrequencyResponse& response) {
 }
 
 std::string responseAsSvg(const FrequencyResponse& response, const std::string& title) {
-    const Panel gain{
-        .above = 48, .below = 268, .bottom = -80, .top = topDecibels(response), .tick = 20, .unit = " dB"};
-    const Panel phase{.above = 318, .below = 478, .bottom = -180, .top = 180, .tick = 90, .unit = "°"};
+    const Panel gain{.above = 48,
+                     .below = 268,
+                     .bottom = -80,
+                     .top = topDecibels(response),
+                     .tick = 20,
+                     .unit = " dB",
+                     .jump = 1e9};
+    const Panel phase{
+        .above = 318, .below = 478, .bottom = -180, .top = 180, .tick = 90, .unit = "°", .jump = 180};
+    // Letters are a little over half as wide as they are high.
+    const double titleSize = std::min(15.0, (kRight - kLeft) / 0.58 / static_cast<double>(title.size() + 1));
     std::string svg =
         "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + number(kWidth) +
-        " 520\" font-family=\"sans-serif\" font-size=\"12\">\n"
+        " 540\" font-family=\"sans-serif\" font-size=\"12\">\n"
         "<style>path{fill:none;stroke-linejoin:round}.grid{stroke:#ddd}.design{stroke:#d80;stroke-width:"
         "1.5;stroke-dasharray:6 4}.impulse{stroke:#9bd;stroke-width:5}.sine{stroke:#024;stroke-width:"
         "1.5}</style>\n<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n";
-    svg += "<text x=\"" + number(kLeft) + "\" y=\"24\" font-size=\"15\">" + escaped(title) + "</text>\n";
+    svg += "<text x=\"" + number(kLeft) + "\" y=\"24\" font-size=\"" + number(titleSize) + "\">" +
+           escaped(title) + "</text>\n";
     const auto add = [&](const char* style, const Getter& get) {
         svg += curve(gain, style, response, [&](const ResponsePoint& point) { return decibels(get(point)); });
         svg += curve(phase, style, response,
@@ -148,7 +159,7 @@ std::string responseAsSvg(const FrequencyResponse& response, const std::string& 
     add("impulse", [](const ResponsePoint& point) { return point.impulse; });
     if (response.hasDesign) add("design", [](const ResponsePoint& point) { return point.design; });
     add("sine", [](const ResponsePoint& point) { return point.sine; });
-    svg += text(kLeft, 512, "start",
+    svg += text(kLeft, 530, "start",
                 std::string("dark: measured with sines; pale: with an impulse") +
                     (response.hasDesign ? "; dashed: what the design promises" : ""));
     svg += text(kRight, 512, "end", "frequency / Nyquist frequency");
