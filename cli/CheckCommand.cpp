@@ -22,6 +22,7 @@ ExitCode CheckCommand::run() {
     Complaints complaints;
     const GraphDescription description = GraphDescription::read(arguments.graph, changes, complaints);
     Graph graph(description, catalogue, complaints);
+    graph.requireDrive(complaints);
     graph.openSources(complaints);
     complaints.raise();
     std::cout << graph.getName() << ": " << graph.getNodes().size() << " blocks, "

@@ -4,12 +4,19 @@
 #include "host/plugins/BlockCatalogue.h"
 #include "host/response/FrequencyResponse.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace CLI {
 class App;
 }
+
+namespace Quillmere::Host {
+class Complaints;
+class Graph;
+} // namespace Quillmere::Host
 
 /// The commands of `quillmere`: each enters its options and gives back what main calls when the command is named.
 namespace Cli {
@@ -94,7 +101,11 @@ public:
     ExitCode run() override;
 
 private:
+    void checkLimit(const Quillmere::Host::Graph& graph, Quillmere::Host::Complaints& complaints) const;
+
     GraphArguments arguments;
+    std::optional<std::uint64_t> steps; ///< Rounds.
+    std::optional<double> duration;     ///< Seconds of stream time.
     bool isQuiet = false;
 };
 

@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstdio>
 #include <iostream>
+#include <limits>
 
 namespace Cli {
 
@@ -45,19 +46,28 @@ std::string formatted(const char* format, double number) {
     return text;
 }
 
+/// What a run has done: rows of its recordings or, where there are none, rounds.
+struct Work {
+    Work(const RunProgress& progress, bool isWithoutRows)
+        : count(isWithoutRows ? progress.rounds : progress.rows), unit(isWithoutRows ? " rounds" : " rows") {}
+    std::uint64_t count;
+    const char* unit;
+};
+
 /// A line on a terminal that is written over again and again: rows a second, and how long the rest will take.
 class ProgressLine {
 public:
-    explicit ProgressLine(Clock::time_point begin) : start(begin), shown(begin) {}
+    ProgressLine(Clock::time_point begin, bool countsRounds)
+        : start(begin), shown(begin), isWithoutRows(countsRounds) {}
     ~ProgressLine() { clear(); }
 
     void show(const RunProgress& progress) {
         if (Clock::now() - shown < std::chrono::milliseconds(100)) return;
         shown = Clock::now();
         const double seconds = secondsSince(start);
-        const double rows = static_cast<double>(progress.rows);
-        std::cerr << "\r\033[K" << progress.rows << " rows, " << formatted("%.0f", rows / seconds)
-                  << " rows/s";
+        const Work work(progress, isWithoutRows);
+        std::cerr << "\r\033[K" << work.count << work.unit << ", "
+                  << formatted("%.0f", static_cast<double>(work.count) / seconds) << work.unit << "/s";
         if (progress.bytes > 0 && progress.bytesRead > 0) {
             const double part = static_cast<double>(progress.bytesRead) / static_cast<double>(progress.bytes);
             std::cerr << ", " << formatted("%.0f", 100.0 * part) << " %, "
@@ -74,6 +84,7 @@ public:
 private:
     Clock::time_point start;
     Clock::time_point shown;
+    bool isWithoutRows;
     bool isShown = false;
 };
 
@@ -86,8 +97,10 @@ void printSummary(const Graph& graph, const RunProgress& progress, double second
         std::cout << "  " << block.getName() << std::string(width - block.getName().size() + 2, ' ') << rows
                   << " rows " << direction << " " << block.getPath() << "\n";
     };
-    std::cout << graph.getName() << ": " << progress.rows << " rows in " << formatted("%.2f", seconds)
-              << " s (" << formatted("%.0f", static_cast<double>(progress.rows) / seconds) << " rows/s)\n";
+    const Work work(progress, graph.getSources().empty());
+    std::cout << graph.getName() << ": " << work.count << work.unit << " in " << formatted("%.2f", seconds)
+              << " s (" << formatted("%.0f", static_cast<double>(work.count) / seconds) << work.unit
+              << "/s)\n";
     for (const Source* const source : graph.getSources())
         line(*source, source->getRows(), "from");
     for (const Sink* const sink : graph.getSinks())
@@ -104,7 +117,27 @@ void printFailure(const Graph& graph, const std::string& message) {
 
 RunCommand::RunCommand(CLI::App& command) {
     arguments.enter(command);
+    CLI::Option* const rounds =
+        command.add_option("--steps", steps, "Run a graph without a source for N rounds.")
+            ->type_name("N")
+            ->check(CLI::PositiveNumber);
+    command.add_option("--duration", duration, "Run a graph without a source for SECONDS of its time.")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(std::numeric_limits<double>::min(), std::numeric_limits<double>::max(), "above 0"))
+        ->excludes(rounds);
     command.add_flag("--quiet", isQuiet, "Print neither progress nor a summary.");
+}
+
+/// A recording ends a run; a graph without one needs to be told when to end.
+void RunCommand::checkLimit(const Graph& graph, Complaints& complaints) const {
+    const bool isLimited = steps || duration;
+    const Place place{arguments.graph, 1, 1};
+    if (graph.getSources().empty() && !isLimited)
+        complaints.add(place, "a graph without a source", "--duration SECONDS or --steps N to end its run");
+    if (!graph.getSources().empty() && isLimited)
+        complaints.add(place,
+                       steps ? "--steps and a graph with a source" : "--duration and a graph with a source",
+                       "neither, since the run ends with the recording");
 }
 
 ExitCode RunCommand::run() {
@@ -115,13 +148,15 @@ ExitCode RunCommand::run() {
     Complaints complaints;
     const GraphDescription description = GraphDescription::read(arguments.graph, changes, complaints);
     Graph graph(description, catalogue, complaints);
-    graph.requireSource(complaints);
+    graph.requireDrive(complaints);
+    checkLimit(graph, complaints);
     graph.openSources(complaints);
     complaints.raise();
     graph.openSinks();
 
     OfflineRunner runner(graph);
-    ProgressLine progress(start);
+    runner.setLimit({steps, duration});
+    ProgressLine progress(start, graph.getSources().empty());
     if (!isQuiet && ::isatty(STDERR_FILENO) != 0)
         runner.setProgressHandler([&](const RunProgress& now) { progress.show(now); });
     try {

@@ -3,6 +3,7 @@
 
 #include "host/graph/GraphBuilder.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace Quillmere::Host {
@@ -27,10 +28,13 @@ Graph::Graph(const GraphDescription& graphDescription, const BlockCatalogue& cat
 
 Graph::~Graph() = default;
 
-void Graph::requireSource(Complaints& complaints) const {
-    if (description.getIsUsable() && sources.empty())
-        complaints.add({description.getPath(), 1, 1}, "a graph without a source",
-                       "a block that reads a recording, such as RecordingSource");
+void Graph::requireDrive(Complaints& complaints) const {
+    const auto isDriving = [](const Node& node) {
+        return node.block == nullptr || (node.sink == nullptr && node.block->getInputPins().empty());
+    };
+    if (description.getIsUsable() && std::none_of(nodes.begin(), nodes.end(), isDriving))
+        complaints.add({description.getPath(), 1, 1}, "a graph that nothing drives",
+                       "a block that reads a recording, such as RecordingSource, or one without inputs");
 }
 
 void Graph::openSources(Complaints& complaints) {

@@ -43,8 +43,8 @@ public:
     Core::LayoutManager& getLayout() { return layout; }
     const std::string& getName() const { return description.getName(); }
 
-    /// Complains of a graph that nothing drives. [setup]
-    void requireSource(Complaints& complaints) const;
+    /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples. [setup]
+    void requireDrive(Complaints& complaints) const;
     /// Opens the recordings and complains of what they lack, and of results that have no place. No result is touched.
     /// [setup]
     void openSources(Complaints& complaints);

@@ -5,6 +5,7 @@
 #include "host/plugins/BlockDescription.h"
 
 #include <Poco/Exception.h>
+#include <Poco/Timestamp.h>
 
 #include <algorithm>
 
@@ -12,6 +13,13 @@ namespace Quillmere::Host {
 
 namespace {
 constexpr std::uint64_t kRoundsBetweenReports = 4096;
+/// So often in a row a clock may show the same time: the wall clock is coarser than a round.
+constexpr std::uint64_t kMostRoundsOfOneTime = 1000000;
+
+/// Seconds, as blocks stamp it.
+double wallClock() {
+    return static_cast<double>(Poco::Timestamp().utcTime()) * 1e-7;
+}
 
 std::string messageOf(const std::exception& exception) {
     const auto* const poco = dynamic_cast<const Poco::Exception*>(&exception);
@@ -36,16 +44,69 @@ void OfflineRunner::run(const std::atomic<bool>& stop) {
 }
 
 void OfflineRunner::runRounds(const std::atomic<bool>& stop) {
+    if (graph.getSources().empty())
+        runGenerators(stop);
+    else
+        runRecordings(stop);
+    drain(stop);
+    if (onProgress) onProgress(getProgress());
+}
+
+void OfflineRunner::runRecordings(const std::atomic<bool>& stop) {
     while (Source* const source = earliestSource()) {
         current = nullptr;
         if (stop.load(std::memory_order_relaxed)) throw RunException("interrupted");
         streamTime = source->getNextTimeStamp();
         source->release();
         runRound();
-        if (++rounds % kRoundsBetweenReports == 0 && onProgress) onProgress(getProgress());
+        countRound();
     }
-    drain(stop);
-    if (onProgress) onProgress(getProgress());
+}
+
+void OfflineRunner::runGenerators(const std::atomic<bool>& stop) {
+    takeClock();
+    const double startOfRun = wallClock();
+    std::uint64_t roundsOfOneTime = 0;
+    while (!isLimitReached(startOfRun)) {
+        if (stop.load(std::memory_order_relaxed)) throw RunException("interrupted");
+        const double before = streamTime;
+        runClockedRound();
+        countRound();
+        roundsOfOneTime = streamTime > before ? 0 : roundsOfOneTime + 1;
+        if (limit.seconds && roundsOfOneTime > kMostRoundsOfOneTime)
+            throw RunException("the time of '" + clock->getName() +
+                               "' stands still, so no duration ends the run");
+    }
+}
+
+/// Takes the first generator that has an output out of the steps.
+void OfflineRunner::takeClock() {
+    for (auto step = steps.begin(); step != steps.end() && clockPin == nullptr; ++step) {
+        if (!(*step)->getInputPins().empty() || (*step)->getOutputPins().empty()) continue;
+        clockPin = dynamic_cast<const Core::OutputPin<Core::MatrixXd>*>((*step)->getOutputPins().front());
+        clock = clockPin == nullptr ? nullptr : *step;
+    }
+    std::erase(steps, clock);
+}
+
+void OfflineRunner::runClockedRound() {
+    if (clock != nullptr) {
+        const Core::Synchronizer::StepLocker gate(graph.getLayout().getSynchronizer());
+        current = clock;
+        clock->process();
+        streamTime = clockPin->data.timeStamp;
+    }
+    runRound();
+}
+
+bool OfflineRunner::isLimitReached(double startOfRun) const {
+    if (limit.rounds) return rounds >= *limit.rounds;
+    const double begin = streamTime >= startOfRun ? startOfRun : 0.0;
+    return !limit.seconds || (rounds > 0 && streamTime - begin >= *limit.seconds);
+}
+
+void OfflineRunner::countRound() {
+    if (++rounds % kRoundsBetweenReports == 0 && onProgress) onProgress(getProgress());
 }
 
 /// The source with the earliest sample, of equals the first; null when all have ended.
@@ -114,6 +175,7 @@ std::uint64_t OfflineRunner::mostDrainRounds() const {
 
 RunProgress OfflineRunner::getProgress() const {
     RunProgress progress;
+    progress.rounds = rounds;
     progress.streamTime = streamTime;
     for (const Source* const source : graph.getSources()) {
         progress.rows += source->getRows();

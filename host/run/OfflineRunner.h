@@ -2,11 +2,13 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "framework/transport/OutputPin.h"
 #include "host/graph/Graph.h"
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,8 +21,17 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// What ends the run of a graph without sources; without either of them it ends at once.
+struct RunLimit {
+    std::optional<std::uint64_t> rounds;
+    /// Of stream time, from its begin: 0, where a generator has a time of its own, or the start of the run, where it
+    /// stamps the wall clock. The round that reaches it is the last.
+    std::optional<double> seconds;
+};
+
 /// How far a run has come.
 struct RunProgress {
+    std::uint64_t rounds = 0;    ///< Before the sources had ended, or the limit was reached.
     std::uint64_t rows = 0;      ///< Read by all sources.
     std::uint64_t bytesRead = 0; ///< Of all recordings.
     std::uint64_t bytes = 0;     ///< Of all recordings; 0 when unknown.
@@ -32,10 +43,16 @@ struct RunProgress {
 /// The source whose next sample is the earliest lets it go (of equals the first in the file), and one round follows:
 /// each block's step once, in the graph's order. When all sources have ended, rounds go on until no link holds a sample
 /// that moves; blocks without inputs rest then, since they would never end.
+///
+/// A graph without sources is driven by its generators, the blocks without inputs, until its limit: the first of them in
+/// the graph's order is the clock, which steps first in each round and whose time stamp is the round's time.
 class QUILLMERE_API OfflineRunner {
 public:
     /// Requires: the graph has no complaints, its sources and sinks are open, and it outlives the runner.
     explicit OfflineRunner(Graph& graph);
+
+    /// For a graph without sources. Requires: `run` has not been called; rounds above 0, seconds above 0 and finite.
+    void setLimit(const RunLimit& newLimit) { limit = newLimit; }
 
     /// Called now and then with how far the run has come.
     void setProgressHandler(std::function<void(const RunProgress&)> handler) {
@@ -50,6 +67,12 @@ public:
 
 private:
     void runRounds(const std::atomic<bool>& stop);
+    void runRecordings(const std::atomic<bool>& stop);
+    void runGenerators(const std::atomic<bool>& stop);
+    void takeClock();
+    void runClockedRound();
+    bool isLimitReached(double startOfRun) const;
+    void countRound();
     Source* earliestSource();
     void runRound();
     void drain(const std::atomic<bool>& stop);
@@ -60,8 +83,11 @@ private:
 
     Graph& graph;
     std::function<void(const RunProgress&)> onProgress;
-    std::vector<Source*> running;          ///< Sources that have not ended.
-    std::vector<Core::Filter*> steps;      ///< What a round steps, in order.
+    std::vector<Source*> running;     ///< Sources that have not ended.
+    std::vector<Core::Filter*> steps; ///< What a round steps, in order.
+    Core::Filter* clock = nullptr;    ///< Steps before them and tells the time, where there are no sources.
+    const Core::OutputPin<Core::MatrixXd>* clockPin = nullptr; ///< What the clock stamps.
+    RunLimit limit;
     const Core::Filter* current = nullptr; ///< The block that is being stepped or read, for messages.
     std::uint64_t rounds = 0;
     double streamTime = 0.0;

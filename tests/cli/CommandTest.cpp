@@ -187,6 +187,39 @@ TEST_F(Interrupted, ControlCEndsTheRunAsAFailureMidway) {
     EXPECT_TRUE(partial.ends_with(",2\n")) << "whole rows";
 }
 
+TEST_F(Command, AGraphWithoutASourceIsToldWhenToEnd) {
+    folder.write("gen.yaml", "format: 1\nname: ramp\nblocks:\n"
+                             "  - {id: gen, type: FilterFunctionGenerator, properties: {Mode: triangular, "
+                             "SignalPeriod: 4, SignalAmplitude: 1, SampleRate: 1}}\n"
+                             "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+                             "connections: [{from: gen, to: out.x}]\n");
+    const Ended refused = call({"run", "gen.yaml"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_EQ(refused.err,
+              "gen.yaml:1:1: found a graph without a source; expected --duration SECONDS or --steps N "
+              "to end its run\n");
+    EXPECT_FALSE(folder.has("out.csv"));
+    EXPECT_EQ(call({"check", "gen.yaml"}).exitCode, 0);
+
+    const Ended ended = call({"run", "gen.yaml", "--steps", "3"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n1,-1\n2,-0.5\n3,0\n");
+    EXPECT_TRUE(std::regex_match(ended.out, std::regex("ramp: 3 rounds in [0-9.]+ s \\([0-9]+ rounds/s\\)\n"
+                                                       "  out  3 rows to out\\.csv\n")))
+        << ended.out;
+    EXPECT_EQ(call({"run", "gen.yaml", "--duration", "2"}).exitCode, 0);
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n1,-1\n2,-0.5\n");
+}
+
+TEST_F(Command, ARecordingEndsARunByItself) {
+    const Ended ended = call({"run", "g.yaml", "--steps", "3"});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.err,
+              "g.yaml:1:1: found --steps and a graph with a source; expected neither, since the run ends "
+              "with the recording\n");
+    EXPECT_EQ(folder.count(), 2);
+}
+
 TEST_F(Command, WrongUsageRunsNothing) {
     const Strings calls[] = {{},
                              {"runn", "g.yaml"},
@@ -198,6 +231,13 @@ TEST_F(Command, WrongUsageRunsNothing) {
                              {"run", "g.yaml", "--input", "in"},
                              {"run", "g.yaml", "--param", "=1"},
                              {"run", "none.yaml"},
+                             {"run", "g.yaml", "--steps", "0"},
+                             {"run", "g.yaml", "--steps", "-1"},
+                             {"run", "g.yaml", "--steps", "1.5"},
+                             {"run", "g.yaml", "--duration", "0"},
+                             {"run", "g.yaml", "--duration", "nan"},
+                             {"run", "g.yaml", "--duration", "inf"},
+                             {"run", "g.yaml", "--duration", "1", "--steps", "1"},
                              {"run", "g.yaml", "--plugin", "none.so"},
                              {"blocks", "FilterGian"}};
     for (const Strings& arguments : calls) {

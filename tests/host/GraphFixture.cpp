@@ -23,7 +23,7 @@ std::string GraphFixture::complaintsOf(const std::string& text, const GraphChang
     return lines;
 }
 
-std::string GraphFixture::run(const std::string& text, const GraphChanges& changes) {
+std::string GraphFixture::run(const std::string& text, const GraphChanges& changes, const RunLimit& limit) {
     Complaints complaints;
     const GraphDescription description =
         GraphDescription::read(folder.write("g.yaml", text), changes, complaints);
@@ -32,6 +32,7 @@ std::string GraphFixture::run(const std::string& text, const GraphChanges& chang
     complaints.raise();
     graph.openSinks();
     OfflineRunner runner(graph);
+    runner.setLimit(limit);
     try {
         runner.run(stop);
     } catch (const RunException& exception) {

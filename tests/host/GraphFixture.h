@@ -22,7 +22,8 @@ protected:
     std::string complaintsOf(const std::string& text, const Quillmere::Host::GraphChanges& changes = {});
 
     /// Runs a graph. Gives back an empty text, or why it failed.
-    std::string run(const std::string& text, const Quillmere::Host::GraphChanges& changes = {});
+    std::string run(const std::string& text, const Quillmere::Host::GraphChanges& changes = {},
+                    const Quillmere::Host::RunLimit& limit = {});
 
     /// `text` without the folder's name.
     std::string withoutFolder(std::string text) const;

@@ -277,16 +277,24 @@ TEST_F(GraphTest, BuffersAreSetOnTheReceivingPin) {
     EXPECT_EQ(graph.getNodes().at(1).block->getInputPin("x").getBufferCapacity(), 1u);
 }
 
-TEST_F(GraphTest, AGraphWithoutASourceCannotRun) {
-    Complaints complaints;
-    const GraphDescription description = GraphDescription::read(
-        folder.write("g.yaml", "format: 1\nblocks: [{id: g, type: OddGenerator}]\n"), {}, complaints);
-    const Graph graph(description, catalogue, complaints);
-    graph.requireSource(complaints);
-    ASSERT_EQ(complaints.getSorted().size(), 1u);
-    EXPECT_EQ(withoutFolder(complaints.getSorted()[0].getText()),
-              "g.yaml:1:1: found a graph without a source; expected a block that reads a recording, such as "
-              "RecordingSource");
+TEST_F(GraphTest, AGraphThatNothingDrivesCannotRun) {
+    const auto driveComplaints = [&](const std::string& text) {
+        Complaints complaints;
+        const GraphDescription description =
+            GraphDescription::read(folder.write("g.yaml", "format: 1\n" + text), {}, complaints);
+        const Graph graph(description, catalogue, complaints);
+        graph.requireDrive(complaints);
+        std::string lines;
+        for (const Complaint& complaint : complaints.getSorted())
+            lines += withoutFolder(complaint.getText()) + "\n";
+        return lines;
+    };
+    EXPECT_EQ(
+        driveComplaints("blocks: [{id: a, type: FilterGain}, {id: b, type: FilterGain}]\n"
+                        "connections: [{from: a, to: b}, {from: b, to: a}]\n"),
+        "g.yaml:1:1: found a graph that nothing drives; expected a block that reads a recording, such as "
+        "RecordingSource, or one without inputs\n");
+    EXPECT_EQ(driveComplaints("blocks: [{id: g, type: OddGenerator}]\n"), "");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "tests/host/GraphFixture.h"
 
+#include <Poco/Timestamp.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -146,6 +147,88 @@ TEST_F(OfflineRunnerTest, ProgressIsToldAtTheEnd) {
     EXPECT_EQ(told[0].bytes, told[0].bytesRead);
     EXPECT_EQ(told[0].streamTime, 1.0);
     EXPECT_EQ(built.getSinks().at(0)->getRows(), 3u);
+}
+
+/// A graph without a source, driven by generators.
+class GeneratedRunTest : public OfflineRunnerTest {
+protected:
+    std::string resultOf(const RunLimit& limit, const std::string& blocks, const std::string& connections) {
+        const std::string failure = run(graph(blocks, connections), {}, limit);
+        return failure.empty() ? folder.read("out.csv") : failure;
+    }
+    /// A ramp from -1 that rises by 0.5 in each round, a round a second.
+    static constexpr const char* kRamp =
+        "  - {id: ramp, type: FilterFunctionGenerator, properties: {Mode: triangular, "
+        "SignalPeriod: 4, SignalAmplitude: 1, SampleRate: 1}}\n";
+};
+
+TEST_F(GeneratedRunTest, RunsForItsRounds) {
+    const RunLimit limit{.rounds = 5, .seconds = {}};
+    const std::string wanted = "t,x[0]\n1,-1\n2,-0.5\n3,0\n4,0.5\n5,-1\n";
+    EXPECT_EQ(resultOf(limit, kRamp, "  - {from: ramp, to: out.x}\n"), wanted);
+    EXPECT_EQ(resultOf(limit, kRamp, "  - {from: ramp, to: out.x}\n"), wanted) << "and again the same";
+}
+
+TEST_F(GeneratedRunTest, RunsForItsDurationOfTheClocksTime) {
+    const struct {
+        double seconds;
+        const char* table;
+    } rows[] = {{0.25, "t,x[0]\n1,-1\n"},
+                {1.0, "t,x[0]\n1,-1\n"},
+                {2.5, "t,x[0]\n1,-1\n2,-0.5\n3,0\n"},
+                {3.0, "t,x[0]\n1,-1\n2,-0.5\n3,0\n"}};
+    for (const auto& row : rows)
+        EXPECT_EQ(resultOf({.rounds = {}, .seconds = row.seconds}, kRamp, "  - {from: ramp, to: out.x}\n"),
+                  row.table)
+            << row.seconds << " s";
+}
+
+TEST_F(GeneratedRunTest, WithoutALimitItEndsAtOnce) {
+    EXPECT_EQ(resultOf({}, kRamp, "  - {from: ramp, to: out.x}\n"), "t\n");
+}
+
+TEST_F(GeneratedRunTest, TheFirstGeneratorIsTheClockWhereverItStands) {
+    // The second one stamps 0; a gain before both in the file still gets its sample in the same round.
+    EXPECT_EQ(resultOf({.rounds = 2, .seconds = {}},
+                       "  - {id: g, type: FilterGain, properties: {Gain: 2}}\n" + std::string(kRamp) +
+                           "  - {id: gen, type: OddGenerator}\n",
+                       "  - {from: ramp, to: g}\n  - {from: g, to: out.x}\n  - {from: gen, to: out.n}\n"),
+              "t,x[0],n[0]\n1,-2,1\n2,-1,2\n");
+}
+
+TEST_F(GeneratedRunTest, WhatIsBufferedLeavesAfterTheLimit) {
+    EXPECT_EQ(
+        resultOf({.rounds = 1, .seconds = {}}, std::string(kRamp) + "  - {id: three, type: OddThrice}\n",
+                 "  - {from: ramp, to: three}\n  - {from: three, to: out.x, buffer: 9, order: oldest}\n"),
+        "t,x[0]\n1,-0.75\n1,-0.5\n1,-0.25\n");
+}
+
+TEST_F(GeneratedRunTest, AClockOnTheWallRunsFromTheStart) {
+    const double before = static_cast<double>(Poco::Timestamp().utcTime()) * 1e-7;
+    EXPECT_EQ(run(graph("  - {id: noise, type: FilterGaussianWhiteNoiseGenerator}\n",
+                        "  - {from: noise, to: out.x}\n"),
+                  {}, {.rounds = {}, .seconds = 0.02}),
+              "");
+    const std::string table = folder.read("out.csv");
+    const std::size_t firstRow = table.find('\n') + 1;
+    const std::size_t lastRow = table.rfind('\n', table.size() - 2) + 1;
+    EXPECT_GE(std::stod(table.substr(firstRow)), before);
+    EXPECT_GE(std::stod(table.substr(lastRow)), before + 0.02);
+    EXPECT_LT(firstRow, lastRow) << "more than one row";
+}
+
+TEST_F(GeneratedRunTest, AClockThatStandsStillEndsNoDuration) {
+    EXPECT_EQ(run(graph("  - {id: gen, type: OddGenerator}\n  - {id: g, type: FilterGain}\n",
+                        "  - {from: gen, to: g}\n  - {from: g, to: out.x, buffer: 1}\n"),
+                  {}, {.rounds = {}, .seconds = 1.0}),
+              "at 0 s: the time of 'gen' stands still, so no duration ends the run");
+}
+
+TEST_F(GeneratedRunTest, AStopEndsItMidway) {
+    stop = true;
+    EXPECT_EQ(run(graph(kRamp, "  - {from: ramp, to: out.x}\n"), {}, {.rounds = 5, .seconds = {}}),
+              "at 0 s: interrupted");
+    EXPECT_FALSE(folder.has("out.csv"));
 }
 
 } // namespace
