@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "tests/cli/Program.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/support/Numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Support::Ended;
+
+/// The numbers of a table, without its head.
+std::vector<std::vector<double>> numbersOf(const std::string& table) {
+    std::vector<std::vector<double>> rows;
+    std::istringstream lines(table);
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line)) {
+        std::istringstream cells(line);
+        rows.emplace_back();
+        for (std::string cell; std::getline(cells, cell, ',');)
+            rows.back().push_back(std::stod(cell));
+    }
+    return rows;
+}
+
+class Examples : public testing::Test {
+protected:
+    Ended call(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), QUILLMERE);
+        return Support::runProgram(arguments, folder.path(""));
+    }
+    Support::TemporaryFolder folder;
+};
+
+TEST_F(Examples, TheSpectrumShowsATremorAtFiveHertz) {
+    // Gravity, and 0.05 gravities at 5 Hz in the second half.
+    std::string text = "t,ax,ay,az,gx,gy,gz,mx,my,mz\n";
+    for (int i = 0; i < 800; ++i) {
+        const double tremor = i < 400 ? 0.0 : 0.05 * std::sin(2.0 * std::numbers::pi * 5.0 * 0.01 * i);
+        char row[128];
+        std::snprintf(row, sizeof row, "%.2f,0,0,%.17g,0,0,0,0,0,0\n", 0.01 * i, 1.0 + tremor);
+        text += row;
+    }
+    folder.write("wrist.csv", text);
+    const Ended ended = call({"run", EXAMPLES "/wrist-spectrum.yaml", "--input", "wrist=wrist.csv",
+                              "--output", "result=spectrum.csv"});
+    ASSERT_EQ(ended.exitCode, 0) << ended.err;
+    const auto rows = numbersOf(folder.read("spectrum.csv"));
+    ASSERT_EQ(rows.size(), 7u) << "frames begin at rows 0, 100, ... 600";
+    ASSERT_EQ(rows[0].size(), 101u) << "the time and 100 amplitudes";
+    EXPECT_TRUE(Support::agree(rows[0][0], 1.99, Support::same)) << "a frame has the time of its last row";
+    // The window's mean is short of 0.5 by less than 1/400 of itself; gravity and the tremor's other rows leak less.
+    EXPECT_TRUE(Support::agree(rows[6][1 + 10], 0.05, Support::law(0.05 * 0.01)));
+    EXPECT_TRUE(Support::agree(rows[0][1 + 10], 0.0, Support::law(0.0005)));
+    for (std::size_t k = 3; k < 100; ++k)
+        if (k < 9 || k > 11) {
+            EXPECT_LT(rows[6][1 + k], 0.005) << "row " << k;
+        }
+}
+
+TEST_F(Examples, TheStepResponseNeedsNoRecording) {
+    const Ended ended =
+        call({"run", EXAMPLES "/step-response.yaml", "--steps", "400", "--output", "result=step.csv"});
+    ASSERT_EQ(ended.exitCode, 0) << ended.err;
+    const std::string table = folder.read("step.csv");
+    EXPECT_TRUE(table.starts_with("t,wave,smooth\n1,1,")) << table.substr(0, 60);
+    const auto rows = numbersOf(table);
+    ASSERT_EQ(rows.size(), 400u);
+    // Up for the phases 0 to 100, both included, then down; a low-pass of cut-off 0.1 has settled 90 rounds later.
+    EXPECT_TRUE(Support::agree(rows[100][1], 1.0, Support::same));
+    EXPECT_TRUE(Support::agree(rows[101][1], -1.0, Support::same));
+    EXPECT_TRUE(Support::agree(rows[199][2], -1.0, Support::law(1e-3)));
+    EXPECT_TRUE(Support::agree(rows[299][2], 1.0, Support::law(1e-3)));
+    EXPECT_LT(rows[102][2], rows[101][2]) << "it has begun to fall";
+}
+
+} // namespace
