@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <complex>
 #include <limits>
 
 namespace {
@@ -19,13 +20,16 @@ using Support::law;
 using Support::matrix;
 using Support::printed;
 using Support::same;
+using Support::withinRel;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 struct Elliptic : Kit::Open<EllipticDesigner> {
+    using EllipticDesigner::cgam;
     using EllipticDesigner::numSPoles;
     using EllipticDesigner::numSZeros;
     using EllipticDesigner::scale;
+    using EllipticDesigner::sRoots;
     using EllipticDesigner::wc;
     using EllipticDesigner::zOrder;
     using EllipticDesigner::zRoots;
@@ -101,6 +105,24 @@ TEST(EllipticDesigner, LowPassUsesItsFirstCoefficientOnly) {
         EXPECT_EQ(designer.xHistory.size(), 1u);
         EXPECT_TRUE(agree(designer.output(), matrix({{designer.xCoeffs[0], -designer.xCoeffs[0]}}), same));
     }
+}
+
+TEST(EllipticDesigner, ABandDropsTheImaginaryPartOfTheDivisor) {
+    // The pole r = re + i im gives w = wc r, and of (S + B) / D and (B - S) / D, with S the root of (2 cgam)^2 -
+    // 4 (1 - w^2), B = 2 cgam, the exact D would be 2 (1 - w); here it is 2 (1 - re w).
+    const Elliptic designer = designed(Design::kBandPass, 2, 0.2, 0.5, -40.0, 0.4);
+    ASSERT_EQ(designer.zOrder, 4);
+    const std::complex<double> w = designer.wc * std::complex<double>(designer.sRoots[0], designer.sRoots[1]);
+    const double b = 2.0 * designer.cgam;
+    const std::complex<double> root = std::sqrt(b * b - 4.0 * (1.0 - w * w));
+    const std::complex<double> first = (b + root) / (2.0 * (1.0 - w.real()));
+    const std::complex<double> second = (b - root) / (2.0 * (1.0 - w.real()));
+    EXPECT_GT(std::fabs(w.imag()), 0.1) << "or nothing is dropped";
+    // Which of two conjugates comes first follows from which root was taken.
+    EXPECT_TRUE(agree(designer.zRoots[0].re, first.real(), withinRel(1e-13)));
+    EXPECT_TRUE(agree(std::fabs(designer.zRoots[0].im), std::fabs(first.imag()), withinRel(1e-13)));
+    EXPECT_TRUE(agree(designer.zRoots[2].re, second.real(), withinRel(1e-13)));
+    EXPECT_TRUE(agree(std::fabs(designer.zRoots[2].im), std::fabs(second.imag()), withinRel(1e-13)));
 }
 
 // ---- Edges
