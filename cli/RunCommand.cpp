@@ -31,7 +31,7 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may set 
 void stopOnSignals() {
     struct sigaction action {};
     action.sa_handler = [](int) { isStopped.store(true, std::memory_order_relaxed); };
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND); // a macro without a sign
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         sigaction(signal, &action, nullptr);
 }
