@@ -73,6 +73,9 @@ void FilterAbsoluteErode::process() {
     const Span columnSpan = isEmpty ? Span{} : spanOf(columns, sample.cols());
     MatrixXd& cropped = output.data.value;
     resizeSample(cropped, rowSpan.length, columnSpan.length);
-    cropped = sample.block(rowSpan.first, columnSpan.first, rowSpan.length, columnSpan.length);
+    for (Eigen::Index row = 0; row < rowSpan.length; ++row) {
+        const double* const from = sample.data() + (rowSpan.first + row) * sample.cols() + columnSpan.first;
+        std::copy_n(from, columnSpan.length, cropped.data() + row * columnSpan.length);
+    }
     output.send(input.getTimeStamp());
 }

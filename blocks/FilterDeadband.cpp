@@ -4,14 +4,17 @@
 #include <cmath>
 
 namespace {
-/// Multiplies each element by 1.0 where `passes` holds and by 0.0 elsewhere.
+/// Multiplies each element by 1.0 where `passes` holds and by 0.0 elsewhere. Two loops that become vector code are
+/// faster than one that the compiler fills with jumps.
 template <class Passes>
 void applyMask(const MatrixXd& sample, MatrixXd& result, Passes passes) {
     const double* const from = sample.data();
     double* const to = result.data();
     const Eigen::Index size = sample.size();
     for (Eigen::Index i = 0; i < size; ++i)
-        to[i] = (passes(from[i]) ? 1.0 : 0.0) * from[i];
+        to[i] = passes(from[i]) ? 1.0 : 0.0;
+    for (Eigen::Index i = 0; i < size; ++i)
+        to[i] *= from[i];
 }
 } // namespace
 

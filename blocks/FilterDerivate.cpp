@@ -18,14 +18,12 @@ void FilterDerivate::process() {
     MatrixXd& difference = output.data.value;
     resizeSample(difference, sample.rows(), sample.cols());
     const double* const from = sample.data();
-    double* const before = previous.data();
+    const double* const before = previous.data();
     double* const to = difference.data();
     const Eigen::Index size = sample.size();
-    for (Eigen::Index i = 0; i < size; ++i) {
-        const double x = from[i];
-        to[i] = x - before[i];
-        before[i] = x;
-    }
+    for (Eigen::Index i = 0; i < size; ++i)
+        to[i] = from[i] - before[i];
+    copySample(previous, sample);
     output.send(input.getTimeStamp());
 }
 

@@ -53,6 +53,9 @@ void FilterRelativeErode::process() {
     if (isEmpty) rows = columns = Span{};
     MatrixXd& cropped = output.data.value;
     resizeSample(cropped, rows.length, columns.length);
-    cropped = sample.block(rows.first, columns.first, rows.length, columns.length);
+    for (Eigen::Index row = 0; row < rows.length; ++row) {
+        const double* const from = sample.data() + (rows.first + row) * sample.cols() + columns.first;
+        std::copy_n(from, columns.length, cropped.data() + row * columns.length);
+    }
     output.send(input.getTimeStamp());
 }

@@ -6,6 +6,14 @@
 
 namespace {
 constexpr Eigen::Index kAxes = 3;
+
+/// Copies a row and returns where the next one goes. Three moves: a call to copy so little would cost more.
+inline double* copyRow(const double* from, double* to) {
+    to[0] = from[0];
+    to[1] = from[1];
+    to[2] = from[2];
+    return to + kAxes;
+}
 } // namespace
 
 FilterRemoveStill::FilterRemoveStill(const std::string& instanceName)
@@ -23,28 +31,26 @@ void FilterRemoveStill::process() {
     if (!input.hasData()) return;
     const MatrixXd& trajectory = input.take();
     if (trajectory.cols() != kAxes) return;
-    keptRows.clear();
-    if (trajectory.rows() > 0) findMovingRows(trajectory);
-    MatrixXd& thinned = output.data.value;
-    resizeSample(thinned, static_cast<Eigen::Index>(keptRows.size()), kAxes);
-    double* to = thinned.data();
-    for (const Eigen::Index row : keptRows)
-        to = std::copy_n(trajectory.data() + row * kAxes, kAxes, to);
+    const Eigen::Index count = trajectory.rows() > 0 ? gatherMovingRows(trajectory) : 0;
+    resizeSample(output.data.value, count, kAxes);
+    std::copy_n(gathered.data(), count * kAxes, output.data.value.data());
     output.send(input.getTimeStamp());
 }
 
-void FilterRemoveStill::findMovingRows(const MatrixXd& trajectory) {
+Eigen::Index FilterRemoveStill::gatherMovingRows(const MatrixXd& trajectory) {
     const double farX = distanceX.getValue();
     const double farY = distanceY.getValue();
     const double farZ = distanceZ.getValue();
+    if (gathered.rows() < trajectory.rows()) resizeSample(gathered, trajectory.rows(), kAxes);
     const double* kept = trajectory.data();
-    keptRows.push_back(0);
-    for (Eigen::Index row = 1; row < trajectory.rows(); ++row) {
-        const double* const point = trajectory.data() + row * kAxes;
+    const double* const end = kept + trajectory.size();
+    double* next = copyRow(kept, gathered.data());
+    for (const double* point = kept + kAxes; point != end; point += kAxes) {
         const bool hasMoved = std::abs(point[0] - kept[0]) > farX || std::abs(point[1] - kept[1]) > farY ||
                               std::abs(point[2] - kept[2]) > farZ;
         if (!hasMoved) continue;
-        keptRows.push_back(row);
+        next = copyRow(point, next);
         kept = point;
     }
+    return (next - gathered.data()) / kAxes;
 }

@@ -3,8 +3,6 @@
 
 #include "blocks/Block.h"
 
-#include <vector>
-
 /// Thins a trajectory of three-axis points: drops each row that hasn't moved far enough, on any axis, from the last row
 /// that was kept.
 ///
@@ -31,7 +29,8 @@ private:
     RangeProperty<double> distanceY;
     RangeProperty<double> distanceZ;
 
-    void findMovingRows(const MatrixXd& trajectory);
+    /// Gathers the rows to keep and returns how many there are.
+    Eigen::Index gatherMovingRows(const MatrixXd& trajectory);
 
-    std::vector<Eigen::Index> keptRows; ///< of the sample at hand; a member to keep its storage
+    MatrixXd gathered; ///< scratch of one step, as long as the longest sample; a member to keep its storage
 };
