@@ -2,7 +2,6 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
-#include "framework/Quillmere.h"
 #include "host/graph/Graph.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/PropertyWriter.h"
@@ -37,11 +36,7 @@ struct CutGraph {
             throw UsageError{"found the block '" + id + "'; expected one of " + listOfNames(ids) +
                              (nearest.empty() ? "" : "; did you mean " + nearest + "?")};
         }
-        for (auto* const pin : block->getInputPins())
-            pin->detachAll();
-        for (auto* const pin : block->getOutputPins())
-            pin->detachAll();
-        graph.getLayout().remove(*block);
+        graph.cutLoose(*block);
     }
 
     Complaints complaints;

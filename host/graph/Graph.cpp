@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/Graph.h"
 
+#include "framework/core/AbstractInputPin.h"
+#include "framework/core/AbstractOutputPin.h"
 #include "host/graph/GraphBuilder.h"
 
 #include <algorithm>
@@ -54,6 +56,14 @@ void Graph::openSinks() {
             sink->discard();
         throw;
     }
+}
+
+void Graph::cutLoose(Core::Filter& block) {
+    for (Core::AbstractInputPin* const pin : block.getInputPins())
+        pin->detachAll();
+    for (Core::AbstractOutputPin* const pin : block.getOutputPins())
+        pin->detachAll();
+    layout.remove(block);
 }
 
 } // namespace Quillmere::Host

@@ -52,6 +52,10 @@ public:
     /// raised. [setup]
     void openSinks();
 
+    /// Takes `block` out of the graph's layout and takes down all its links, so that it can be run by itself; it stays
+    /// the graph's. [setup]
+    void cutLoose(Core::Filter& block);
+
 private:
     friend class GraphBuilder;
 

@@ -59,6 +59,32 @@ protected:
     }
 };
 
+TEST_F(GraphTest, ABlockCutLooseHasNeitherLinksNorLayout) {
+    const std::string text = std::string(kHead) +
+                             "  - {id: odd, type: OddSettings}\nconnections:\n"
+                             "  - {from: in.x, to: odd.main in.put}\n"
+                             "  - {from: odd.a, to: out.a}\n  - {from: in.xy, to: out.b}\n";
+    Complaints complaints;
+    const GraphDescription description = GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+    Graph graph(description, catalogue, complaints);
+    complaints.raise();
+    Quillmere::Core::Filter& odd = *graph.getNodes().at(2).block;
+    const auto links = [](const Quillmere::Core::Filter& block) {
+        int attached = 0;
+        for (const auto* const pin : block.getInputPins())
+            attached += pin->isAttached() ? 1 : 0;
+        for (const auto* const pin : block.getOutputPins())
+            attached += pin->isAttached() ? 1 : 0;
+        return attached;
+    };
+    ASSERT_EQ(links(odd), 2);
+    graph.cutLoose(odd);
+    EXPECT_EQ(links(odd), 0);
+    EXPECT_EQ(odd.getManager(), nullptr);
+    EXPECT_EQ(links(*graph.getNodes().at(0).block), 1) << "the others keep their own";
+    EXPECT_EQ(graph.getLayout().getFilters().size(), 2u);
+}
+
 TEST_F(GraphTest, SettingsAreWrittenInTheirOwnType) {
     EXPECT_EQ(
         valuesOf(
