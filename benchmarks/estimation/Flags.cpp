@@ -99,7 +99,7 @@ void bareSmartComparison(benchmark::State& state) {
             const bool follows =
                 ((x[i] <= low) | (x[i] >= high)) & (x[i] >= a[i] - tolerance) & (x[i] <= a[i] + tolerance);
             c[i] = follows ? c[i] + 1 : 0;
-            to[i] = follows & (c[i] + 1 >= wanted) ? 1.0 : 0.0;
+            to[i] = (follows & (c[i] + 1 >= wanted)) ? 1.0 : 0.0;
             a[i] = follows ? a[i] : x[i];
         }
         benchmark::ClobberMemory();
