@@ -71,36 +71,56 @@ void Synchronizer::giveReason(Reason reason) {
 void Synchronizer::announceGuard() {
     const std::lock_guard lock(state);
     ++guards;
+    bits |= kQueued;
     for (Sleeper* const sleeper : sleepers)
         sleeper->event.set();
 }
 
 void Synchronizer::enterAsGuard() {
     std::unique_lock lock(state);
-    guardsMayEnter.wait(lock, [this] { return owner == nullptr && !isStepsTurn; });
-    owner = &Private::threadMark;
-    depth = 1;
+    guardsMayEnter.wait(lock, [this] { return (bits & kHeld) == 0 && !isStepsTurn; });
+    bits |= kHeld;
+    take();
     isHeldByGuard = true;
 }
 
 void Synchronizer::enterAsStep() {
+    unsigned expected = kFree;
+    if (!bits.compare_exchange_strong(expected, kHeld)) return queueAsStep();
+    take();
+}
+
+void Synchronizer::queueAsStep() {
     std::unique_lock lock(state);
     if (stepsWaiting++ == 0) guardsBeforeStep = guards;
-    stepsMayEnter.wait(lock, [this] { return owner == nullptr && (guards == 0 || isStepsTurn); });
-    owner = &Private::threadMark;
-    depth = 1;
+    bits |= kQueued;
+    stepsMayEnter.wait(lock, [this] { return (bits & kHeld) == 0 && (guards == 0 || isStepsTurn); });
+    bits |= kHeld;
+    take();
     isStepsTurn = false;
     if (--stepsWaiting > 0) guardsBeforeStep = guards;
+    if (stepsWaiting == 0 && guards == 0) bits = kHeld;
+}
+
+void Synchronizer::take() {
+    owner.store(&Private::threadMark, std::memory_order_relaxed);
+    depth = 1;
 }
 
 void Synchronizer::open() {
+    owner.store(nullptr, std::memory_order_relaxed);
+    unsigned expected = kHeld;
+    if (!bits.compare_exchange_strong(expected, kFree)) openToOthers();
+}
+
+void Synchronizer::openToOthers() {
     const std::lock_guard lock(state);
-    owner = nullptr;
     if (isHeldByGuard) {
         isHeldByGuard = false;
         --guards;
         if (stepsWaiting > 0 && (guardsBeforeStep == 0 || --guardsBeforeStep == 0)) isStepsTurn = true;
     }
+    bits = stepsWaiting > 0 || guards > 0 ? kQueued : kFree;
     if (isStepsTurn || guards == 0) {
         if (stepsWaiting > 0) stepsMayEnter.notify_one();
     } else {

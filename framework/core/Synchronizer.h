@@ -27,7 +27,8 @@ extern QUILLMERE_API constinit thread_local char threadMark __attribute__((tls_m
 /// (`DisablerLocker`): guards that are announced go before a step that comes, and guards that come after a waiting
 /// step let it do one block first, so neither side starves.
 ///
-/// A thread that holds the gate passes it again at the cost of a compare and a count, whichever way it took it.
+/// A thread that holds the gate passes it again at the cost of a compare and at most a count, whichever way it took it;
+/// a step that is alone takes and opens the gate by one exchange each.
 /// Requires: a thread that is inside a step guards no gate of another layout, whose step might guard this one.
 class QUILLMERE_API Synchronizer {
 public:
@@ -111,17 +112,27 @@ private:
         if ((reasons.load(std::memory_order_relaxed) & reason) == 0) giveReason(reason);
     }
     void giveReason(Reason reason);
-    void announceGuard();
-    void enterAsGuard();
     void enterAsStep();
     void open();
+    void take();
+    void announceGuard();
+    void enterAsGuard();
+    void queueAsStep();
+    void openToOthers();
     void giveWay();
 
     struct Sleeper {
         Poco::Event& event;
     };
 
-    std::atomic<const char*> owner{nullptr}; ///< thread mark of the holder; written under `state`
+    // What `bits` holds. While `kQueued` is set, they change under `state` only; so a step that is alone takes and
+    // opens the gate by one exchange each, and whoever queues sees either before it happened or after.
+    static constexpr unsigned kFree = 0;
+    static constexpr unsigned kHeld = 1;
+    static constexpr unsigned kQueued = 2; ///< guards hold or want the gate, or steps wait for it
+
+    std::atomic<unsigned> bits{kFree};
+    std::atomic<const char*> owner{nullptr}; ///< thread mark of the holder; written by the holder
     unsigned depth = 0;                      ///< how often the holder holds it; the holder's own
     bool isHeldByGuard = false;              ///< the holder's own
     std::atomic<unsigned> guards{0};         ///< guards that hold or want the gate; written under `state`
@@ -190,8 +201,13 @@ template <class Subject>
 class Synchronizer::SubjectLocker {
 public:
     explicit SubjectLocker(Subject& subject) : gate(subject.getSynchronizer()) {
-        // A holder's subject can't move away, since moving it takes the gate: no second look is needed.
-        if (gate != nullptr && !gate->passAgain()) enter(subject);
+        if (gate == nullptr) return;
+        // A thread that has the gate keeps it for longer than this lasts, and the subject can't move away, since
+        // moving it takes the gate: there is nothing to count, to hold or to give back.
+        if (gate->getIsOwn())
+            gate = nullptr;
+        else
+            enter(subject);
     }
     ~SubjectLocker() {
         if (gate != nullptr) gate->leave();

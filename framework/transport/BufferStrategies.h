@@ -51,6 +51,9 @@ public:
     bool isEmpty() override { return buffer.isEmpty(); }
     std::uint32_t size() override { return buffer.size(); }
 
+    /// What the operations above work on, for pins that know the kind of their link. [run]
+    Buffer<S>& getBuffer() { return buffer; }
+
 private:
     Buffer<S> buffer;
 };

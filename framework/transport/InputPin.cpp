@@ -22,6 +22,7 @@ void InputPin<T>::setConnectedOutput(AbstractOutputPin* output, bool synchronous
 template <class T>
 void InputPin<T>::rebuildStrategy() {
     pendingSample = nullptr; // it may lie in the strategy that goes now
+    this->plainLink = nullptr;
     strategy = nullptr;
     const Kind kind = chooseKind();
     strategy = makeStrategy(kind);
@@ -43,13 +44,17 @@ typename InputPin<T>::Kind InputPin<T>::chooseKind() const {
 }
 
 template <class T>
-std::unique_ptr<AbstractBufferStrategy<TimeStampedData<T>>> InputPin<T>::makeStrategy(Kind kind) const {
+std::unique_ptr<AbstractBufferStrategy<TimeStampedData<T>>> InputPin<T>::makeStrategy(Kind kind) {
     using S = TimeStampedData<T>;
     const std::uint32_t capacity = this->bufferCapacity;
     const bool isSingle = capacity == 1;
     switch (kind) {
     case Kind::Simple:
-        if (isSingle) return std::make_unique<SimpleBufferStrategy<S, SingleValuePtrBuffer>>(capacity);
+        if (isSingle) {
+            auto plain = std::make_unique<SimpleBufferStrategy<S, SingleValuePtrBuffer>>(capacity);
+            this->plainLink = &plain->getBuffer();
+            return plain;
+        }
         if (this->isLifo) return std::make_unique<SimpleBufferStrategy<S, LifoBuffer>>(capacity);
         return std::make_unique<SimpleBufferStrategy<S, FifoBuffer>>(capacity);
     case Kind::ThreadSafe:

@@ -33,6 +33,12 @@ public:
     AbstractOutputPin* getConnectedOutput() const final { return connectedOutput; }
     /// The sender's call: only the buffer strategy is touched. [run of the sender]
     virtual void receive(const TimeStampedData<T>& sample) = 0;
+    /// What `receive` does, without a virtual call where the link is the plain one. [run of the sender]
+    void accept(const TimeStampedData<T>& sample) {
+        if (plainLink == nullptr) return receive(sample);
+        plainLink->write(sample);
+        received.add(1);
+    }
 
     void detachAll() override {
         if (AbstractOutputPin* const output = connectedOutput) output->detach(*this, false);
@@ -46,6 +52,9 @@ public:
 protected:
     /// Not owned; changed with the gates of both ends held, and read without a guard by who detaches.
     std::atomic<AbstractOutputPin*> connectedOutput{nullptr};
+    /// The buffer inside the strategy of a plain link; null for every other kind. Most links are plain, and their
+    /// samples small, so a virtual call to either side would show.
+    SingleValuePtrBuffer<TimeStampedData<T>>* plainLink = nullptr;
 };
 
 /// The receiving end of a link. Owns the buffer strategy, chooses its kind by how the link crosses threads, and hands
@@ -64,8 +73,9 @@ public:
     /// until a sample comes or somebody wants the gate. When false, the step ends: nothing is sent, no state changes.
     /// [run]
     bool hasData() {
-        if (pendingSample == nullptr) strategy->read(pendingSample);
-        return pendingSample != nullptr;
+        if (pendingSample != nullptr) return true;
+        if (this->plainLink != nullptr) return this->plainLink->read(pendingSample);
+        return strategy->read(pendingSample);
     }
     /// Uses the waiting sample up. What is returned is read in place and stays valid until the next `hasData`.
     /// Requires: `hasData()` has just been true. [run]
@@ -101,7 +111,7 @@ private:
     using Strategy = AbstractBufferStrategy<TimeStampedData<T>>;
 
     Kind chooseKind() const;
-    std::unique_ptr<Strategy> makeStrategy(Kind kind) const;
+    std::unique_ptr<Strategy> makeStrategy(Kind kind);
 
     std::unique_ptr<Strategy> strategy;
     TimeStampedData<T>* pendingSample =

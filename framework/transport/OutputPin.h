@@ -61,7 +61,7 @@ public:
         data.timeStamp = timeStamp;
         this->sent.add(1);
         for (InputPinBase<T>* const input : this->inputs)
-            input->receive(data);
+            input->accept(data);
     }
     /// Stamps `data` with the wall clock: seconds since 15 October 1582, midnight UTC. [run]
     void send() { send(static_cast<double>(Poco::Timestamp().utcTime()) * 1e-7); }
