@@ -4,12 +4,20 @@
 #include "design/ButterworthSections.h"
 #include "design/Pair.h"
 
+#include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 using namespace Design;
 using Quillmere::Core::copySample;
 using Quillmere::Core::resizeSample;
+
+namespace {
+// Multiplying by 2^64 over the golden ratio spreads neighbouring keys; the top 6 bits number 64 slots.
+constexpr std::uint64_t kGoldenRatio = 0x9E3779B97F4A7C15;
+constexpr int kSlotShift = 64 - 6;
+} // namespace
 
 void ButterworthComputer_v2::setParameters(double newCutOff, int newOrder) {
     cutOff = newCutOff;
@@ -40,10 +48,11 @@ void ButterworthComputer_v2::step(const MatrixXd& input) {
     }
     if (needsInit || !isRunning(input)) initialise(input);
     if (samplesSinceInit < samplesSinceInitLimit) ++samplesSinceInit;
-    if (numSections == 1)
-        stepFirstOrder(input.data());
+    if (numSections != 1) return stepSections(input.data());
+    if (highPass)
+        stepFirstOrder<true>(input.data());
     else
-        stepSections(input.data());
+        stepFirstOrder<false>(input.data());
 }
 
 /// Whether states and coefficients fit the input's shape and each other. They don't after a change of shape, seen or
@@ -58,7 +67,10 @@ void ButterworthComputer_v2::initialise(const MatrixXd& input) {
     needsInit = true; // stays so if memory runs out below
     states.clear();
     states.resize(static_cast<std::size_t>(input.size()));
-    if (!memorize) coefficientCache.clear();
+    if (!memorize && !coefficientCache.empty()) {
+        coefficientCache.clear();
+        recent.fill({});
+    }
     computeCoefficients();
     samplesSinceInit = 0;
     samplesSinceInitLimit = numSections;
@@ -77,10 +89,10 @@ void ButterworthComputer_v2::computeCoefficients() {
     // NaN is no key: an ordered map can't tell it from any other.
     const bool isKey = memorize && !std::isnan(cutOff);
     if (isKey) {
-        const auto found = coefficientCache.find(cutOff);
+        const MatrixXd* const cached = findCached();
         // An entry made under another order may have other sections than are wanted now.
-        if (found != coefficientCache.end() && found->second.cols() == order / 2 + order % 2) {
-            copySample(coefficients, found->second);
+        if (cached != nullptr && cached->cols() == order / 2 + order % 2) {
+            copySample(coefficients, *cached);
             numSections = static_cast<int>(coefficients.cols());
             return;
         }
@@ -89,25 +101,44 @@ void ButterworthComputer_v2::computeCoefficients() {
     if (isKey) copySample(coefficientCache[cutOff], coefficients);
 }
 
+/// The entry of the present cut-off, or null.
+const MatrixXd* ButterworthComputer_v2::findCached() {
+    Recent& slot = recent[(std::bit_cast<std::uint64_t>(cutOff) * kGoldenRatio) >> kSlotShift];
+    if (slot.entry != nullptr && slot.cutOff == cutOff) return slot.entry;
+    const auto found = coefficientCache.find(cutOff);
+    if (found == coefficientCache.end()) return nullptr;
+    slot = {cutOff, &found->second}; // a map's entries stay where they are
+    return slot.entry;
+}
+
 /// The one section that matters: a state matrix is then x1 and y1 side by side, so two elements are two loads.
+template <bool complement>
 void ButterworthComputer_v2::stepFirstOrder(const double* in) {
     const double a1 = coefficients(kA1, 0);
     const double gain = coefficients(kGain, 0);
-    const bool complement = highPass;
     MatrixXd* const all = states.data();
     double* const out = filtered.data();
     const Eigen::Index count = filtered.size();
-    Eigen::Index i = 0;
-    for (; i + 2 <= count; i += 2) {
+    const auto stepPair = [=](Eigen::Index i) {
         double* const even = all[i].data();
         double* const odd = all[i + 1].data();
         const Pair left = loadPair(even);
         const Pair right = loadPair(odd);
         const Pair u = loadPair(in + i);
+        // Order matters: the feedback, then the gain times the sum of both inputs.
         const Pair y = a1 * secondLanes(left, right) + gain * (firstLanes(left, right) + u);
         storePair(even, firstLanes(u, y));
         storePair(odd, secondLanes(u, y));
         storePair(out + i, complement ? u - y : y);
+    };
+    Eigen::Index i = 0;
+    for (; i + 4 <= count; i += 4) {
+        stepPair(i);
+        stepPair(i + 2);
+    }
+    if (i + 2 <= count) {
+        stepPair(i);
+        i += 2;
     }
     if (i == count) return;
     double* const last = all[i].data();

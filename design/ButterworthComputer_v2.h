@@ -3,6 +3,7 @@
 
 #include "framework/transport/MatrixXd.h"
 
+#include <array>
 #include <map>
 #include <vector>
 
@@ -25,6 +26,9 @@ using Quillmere::Core::MatrixXd;
 /// order that changes without a start leaves the coefficients in force as they are.
 class ButterworthComputer_v2 {
 public:
+    ButterworthComputer_v2() = default;
+    ButterworthComputer_v2(const ButterworthComputer_v2&) = delete;
+    ButterworthComputer_v2& operator=(const ButterworthComputer_v2&) = delete;
     virtual ~ButterworthComputer_v2() = default;
 
     /// Takes a cut-off, as a fraction of the Nyquist frequency, and an order; the next step starts anew.
@@ -58,6 +62,8 @@ private:
     bool isRunning(const MatrixXd& input) const;
     void initialise(const MatrixXd& input);
     void computeCoefficients();
+    const MatrixXd* findCached();
+    template <bool complement>
     void stepFirstOrder(const double* in);
     void stepSections(const double* in);
 
@@ -76,4 +82,12 @@ private:
     Eigen::Index stateRows =
         0; ///< The shape that `states` were made for; a bypass may have seen another since.
     Eigen::Index stateCols = 0;
+
+    struct Recent {
+        double cutOff = 0.0;
+        const MatrixXd* entry = nullptr;
+    };
+    /// Entries of the cache by a few bits of their cut-off, since a walk through the map takes longer than a step over
+    /// many elements; emptied with it.
+    std::array<Recent, 64> recent;
 };
