@@ -266,7 +266,8 @@ TEST(BufferStrategiesThreadsTest, SamplesCrossWholeAndAtMostOnce) {
                 << kind.name;
             ASSERT_FALSE(seen[static_cast<std::size_t>(which)]) << kind.name << " gave " << which << " twice";
             seen[static_cast<std::size_t>(which)] = true;
-            ASSERT_TRUE(!kind.isInOrder || which > last) << kind.name << " gave " << which << " after " << last;
+            ASSERT_TRUE(!kind.isInOrder || which > last)
+                << kind.name << " gave " << which << " after " << last;
             last = which;
         }
         writer.join();
