@@ -8,10 +8,10 @@
 #include <limits>
 
 using Design::Complex;
+using Design::kHalfPi;
 using Design::kPi;
 
 namespace {
-const double kHalfPi = kPi * 0.5;
 /// Decibels of power to natural logarithms.
 const double kDecibels = 10.0 / std::log(10.0);
 /// The most z-plane roots of an order up to 10: 20 poles and 30 zeros.

@@ -11,7 +11,6 @@ namespace Design {
 
 namespace {
 constexpr double kLargest = std::numeric_limits<double>::max(); // stands for the pole of an integral
-const double kHalfPi = kPi * 0.5;
 
 /// Cephes' coefficients of K, highest power first.
 constexpr std::array<double, 11> kIntegralP{
