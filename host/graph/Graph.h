@@ -5,6 +5,7 @@
 #include "framework/core/LayoutManager.h"
 #include "host/graph/GraphDescription.h"
 #include "host/graph/HostBlock.h"
+#include "host/graph/Timeline.h"
 #include "host/plugins/BlockCatalogue.h"
 
 #include <string>
@@ -42,6 +43,8 @@ public:
     const std::vector<Sink*>& getSinks() const { return sinks; }
     Core::LayoutManager& getLayout() { return layout; }
     const std::string& getName() const { return description.getName(); }
+    /// What the runner has done to the blocks when stream time comes to it.
+    Timeline& getTimeline() { return timeline; }
 
     /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples. [setup]
     void requireDrive(Complaints& complaints) const;
@@ -58,6 +61,7 @@ public:
 
 private:
     friend class GraphBuilder;
+    friend class TimelineBuilder;
 
     const GraphDescription& description;
     Core::LayoutManager layout;
@@ -65,6 +69,7 @@ private:
     std::vector<const Node*> runOrder;
     std::vector<Source*> sources;
     std::vector<Sink*> sinks;
+    Timeline timeline; ///< Goes before the blocks that it is linked with.
 };
 
 } // namespace Quillmere::Host

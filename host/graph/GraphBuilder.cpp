@@ -4,6 +4,7 @@
 #include "framework/Quillmere.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/PropertyWriter.h"
+#include "host/graph/TimelineBuilder.h"
 #include "host/recording/ResultFile.h"
 
 #include <algorithm>
@@ -56,11 +57,14 @@ void GraphBuilder::build(const BlockCatalogue& catalogue) {
         if (node.block != nullptr) applySettings(node);
     for (const Connection& connection : description.getConnections())
         connect(connection);
+    TimelineBuilder timeline(graph, description, complaints);
+    timeline.resolve(catalogue, connected);
     for (const Sink* const sink : graph.sinks)
         sink->checkPins(complaints);
     checkMainInputs();
     checkFiles();
     arrange();
+    timeline.link();
 }
 
 void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {

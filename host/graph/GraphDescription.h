@@ -75,6 +75,21 @@ public:
         Place where;
     };
 
+    /// What happens to one setting, command or input when the time of its entry has come.
+    struct TimelineChange {
+        enum class Kind { Set, Fire, Send };
+
+        Kind kind = Kind::Set;
+        std::string block;
+        std::string name; ///< Of the setting, the command or the input pin: everything behind the first dot.
+        Place where;
+        Value value; ///< Parameters filled in; nothing for a command.
+    };
+    struct TimelineEntry {
+        double at = 0.0;                     ///< Stream time in seconds; finite.
+        std::vector<TimelineChange> changes; ///< In the order in which they are written.
+    };
+
     /// Reads the file, makes the changes, and complains of everything that is wrong. What could be understood is there
     /// all the same, so that it can be checked further and a user hears of everything at once.
     static GraphDescription read(const std::string& path, const GraphChanges& changes,
@@ -87,6 +102,8 @@ public:
     const std::string& getName() const { return name; }
     const std::vector<Block>& getBlocks() const { return blocks; }
     const std::vector<Connection>& getConnections() const { return connections; }
+    /// By time; entries of one time as they stand in the file.
+    const std::vector<TimelineEntry>& getTimeline() const { return timeline; }
     /// Whether the file could be understood as far as to be worth checking further.
     bool getIsUsable() const { return isUsable; }
 
@@ -99,6 +116,7 @@ private:
     std::string name;
     std::vector<Block> blocks;
     std::vector<Connection> connections;
+    std::vector<TimelineEntry> timeline;
     bool isUsable = false;
 };
 

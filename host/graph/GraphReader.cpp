@@ -2,6 +2,7 @@
 #include "host/graph/GraphReader.h"
 
 #include "host/graph/NearestName.h"
+#include "host/graph/TimelineReader.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -13,7 +14,8 @@ namespace {
 
 constexpr std::int64_t kFormat = 1;
 
-const std::vector<std::string> kGraphKeys{"format", "name", "parameters", "blocks", "connections", "view"};
+const std::vector<std::string> kGraphKeys{"format",      "name",     "parameters", "blocks",
+                                          "connections", "timeline", "view"};
 const std::vector<std::string> kBlockKeys{"id", "type", "properties", "layout", "view"};
 const std::vector<std::string> kConnectionKeys{"from", "to", "buffer", "order", "view"};
 const std::vector<std::string> kOrders{"newest", "oldest"};
@@ -74,6 +76,7 @@ GraphDescription GraphReader::read(const GraphChanges& changes) {
     readParameters(*top, changes);
     readBlocks(*top);
     readConnections(*top);
+    readTimeline(*top);
     applySettings(changes);
     applyFiles(changes.inputs, Setting::Origin::CallersInput);
     applyFiles(changes.outputs, Setting::Origin::CallersOutput);
@@ -189,6 +192,12 @@ void GraphReader::readConnections(const Value& top) {
     for (const Value& item : list->value.items)
         if (requireKind(item, Value::Kind::Map, "a connection as {from: block.pin, to: block.pin}"))
             readConnection(item);
+}
+
+void GraphReader::readTimeline(const Value& top) {
+    const Value::Entry* list = top.find("timeline");
+    if (list == nullptr || list->value.kind == Value::Kind::Null) return;
+    graph.timeline = TimelineReader(graph, complaints).read(withParameters(list->value));
 }
 
 void GraphReader::readConnection(const Value& value) {

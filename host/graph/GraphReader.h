@@ -32,6 +32,7 @@ private:
     void readId(const Value& value, Block& block);
     void readSettings(const Value& value, Block& block);
     void readConnections(const Value& top);
+    void readTimeline(const Value& top);
     void readConnection(const Value& value);
     Endpoint readEndpoint(const Value& connection, std::string_view key);
     void readBuffer(const Value& value, Connection& connection);

@@ -57,6 +57,7 @@ void OfflineRunner::runRecordings(const std::atomic<bool>& stop) {
         current = nullptr;
         if (stop.load(std::memory_order_relaxed)) throw RunException("interrupted");
         streamTime = source->getNextTimeStamp();
+        graph.getTimeline().apply(streamTime);
         source->release();
         runRound();
         countRound();
@@ -70,7 +71,7 @@ void OfflineRunner::runGenerators(const std::atomic<bool>& stop) {
     while (!isLimitReached(startOfRun)) {
         if (stop.load(std::memory_order_relaxed)) throw RunException("interrupted");
         const double before = streamTime;
-        runClockedRound();
+        runClockedRound(startOfRun);
         countRound();
         roundsOfOneTime = streamTime > before ? 0 : roundsOfOneTime + 1;
         if (limit.seconds && roundsOfOneTime > kMostRoundsOfOneTime)
@@ -89,20 +90,26 @@ void OfflineRunner::takeClock() {
     std::erase(steps, clock);
 }
 
-void OfflineRunner::runClockedRound() {
+void OfflineRunner::runClockedRound(double startOfRun) {
     if (clock != nullptr) {
         const Core::Synchronizer::StepLocker gate(graph.getLayout().getSynchronizer());
         current = clock;
         clock->process();
         streamTime = clockPin->data.timeStamp;
+        current = nullptr;
     }
+    graph.getTimeline().apply(streamTime - beginOfTime(startOfRun));
     runRound();
 }
 
 bool OfflineRunner::isLimitReached(double startOfRun) const {
     if (limit.rounds) return rounds >= *limit.rounds;
-    const double begin = streamTime >= startOfRun ? startOfRun : 0.0;
-    return !limit.seconds || (rounds > 0 && streamTime - begin >= *limit.seconds);
+    return !limit.seconds || (rounds > 0 && streamTime - beginOfTime(startOfRun) >= *limit.seconds);
+}
+
+/// A clock with a time of its own begins at 0; one that stamps the wall clock began with the run.
+double OfflineRunner::beginOfTime(double startOfRun) const {
+    return streamTime >= startOfRun ? startOfRun : 0.0;
 }
 
 void OfflineRunner::countRound() {

@@ -46,6 +46,9 @@ struct RunProgress {
 ///
 /// A graph without sources is driven by its generators, the blocks without inputs, until its limit: the first of them in
 /// the graph's order is the clock, which steps first in each round and whose time stamp is the round's time.
+///
+/// What the graph's timeline has for a time is done before the first round of that time or a later one; in a graph without
+/// sources behind the clock's step, which tells the time.
 class QUILLMERE_API OfflineRunner {
 public:
     /// Requires: the graph has no complaints, its sources and sinks are open, and it outlives the runner.
@@ -70,8 +73,9 @@ private:
     void runRecordings(const std::atomic<bool>& stop);
     void runGenerators(const std::atomic<bool>& stop);
     void takeClock();
-    void runClockedRound();
+    void runClockedRound(double startOfRun);
     bool isLimitReached(double startOfRun) const;
+    double beginOfTime(double startOfRun) const;
     void countRound();
     Source* earliestSource();
     void runRound();

@@ -162,7 +162,7 @@ connections:
 )yaml"),
               "g.yaml:1:9: found format 2; expected format 1\n"
               "g.yaml:2:1: found the key 'paramters'; expected one of format, name, parameters, blocks, "
-              "connections and "
+              "connections, timeline and "
               "view; did you mean parameters?\n"
               "g.yaml:3:14: found the parameter name 'a b'; expected letters, digits, '_' and '-'; did you "
               "mean a_b?\n"
@@ -212,10 +212,10 @@ TEST_F(GraphDescriptionTest, EveryWordForYesAndNoIsNoId) {
 TEST_F(GraphDescriptionTest, FilesThatAreNoGraphs) {
     EXPECT_EQ(complaintsOf(""),
               "g.yaml:1:1: found nothing; expected a graph with the keys format, name, parameters, blocks, "
-              "connections and view\n");
+              "connections, timeline and view\n");
     EXPECT_EQ(complaintsOf("- 1\n"),
               "g.yaml:1:1: found a list; expected a graph with the keys format, name, parameters, "
-              "blocks, connections and view\n");
+              "blocks, connections, timeline and view\n");
     EXPECT_EQ(complaintsOf("name: x\n"),
               "g.yaml:1:1: found a graph without a format; expected 'format: 1'\n"
               "g.yaml:1:1: found a graph without blocks; expected a list 'blocks:'\n");
