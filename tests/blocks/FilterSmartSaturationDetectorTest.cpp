@@ -39,25 +39,27 @@ struct Element {
     double anchor = 0.0;
     int count = 0;
 
+    /// 1.0 for saturated, 0.0 for not.
     double step(const Settings& s, double x) {
-        const int c = count;
-        double out = 0.0;
+        const int before = count;
+        double saturation = 0.0;
         count = 0;
-        const bool candidate = x <= s.minThreshold || x >= s.maxThreshold;
-        bool passes = false;
-        if (candidate) {
-            passes = x >= anchor - s.tolerance && x <= anchor + s.tolerance;
-            if (passes && s.integer) {
-                double whole = 0.0;
-                passes = std::modf(x, &whole) == 0.0;
-            }
-        }
-        if (passes) {
-            count = c + 1;
-            if (count + 1 >= s.samples) out = 1.0;
+        if (isCandidate(s, x) && isSteady(s, x)) {
+            count = before + 1;
+            if (count + 1 >= s.samples) saturation = 1.0;
         }
         if (count == 0) anchor = x;
-        return out;
+        return saturation;
+    }
+
+    static bool isCandidate(const Settings& s, double x) {
+        return x <= s.minThreshold || x >= s.maxThreshold;
+    }
+
+    bool isSteady(const Settings& s, double x) const {
+        if (!(x >= anchor - s.tolerance && x <= anchor + s.tolerance)) return false;
+        if (!s.integer) return true;
+        return std::isinf(x) || x - std::trunc(x) == 0.0;
     }
 };
 } // namespace

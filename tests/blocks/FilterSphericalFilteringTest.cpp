@@ -459,49 +459,53 @@ struct LiteralBlock {
     double lastTimeStamp = -1;
     MatrixXd out[6];
 
+    /// What waits on each pin, `time` being the stamp of "3g". A step tells which of the two vectors it took.
     struct In {
         std::optional<MatrixXd> a, m, g, perturbed, fc, reset;
         double time = 0;
         bool aIsUsed = false, mIsUsed = false;
     };
 
+    static bool startsNonZero(const std::optional<MatrixXd>& sample) {
+        return sample && sample->size() >= 1 && !((*sample)(0) == 0.0);
+    }
+
+    static std::optional<MatrixXd> imposedBy(const std::optional<MatrixXd>& sample) {
+        if (sample && sample->size() == 1) return matrix({{(*sample)(0), (*sample)(0)}});
+        if (sample && sample->size() == 2) return matrix({{(*sample)(0), (*sample)(1)}});
+        return std::nullopt;
+    }
+
+    /// The lambda of this step, -1 for none.
+    double readSettings() {
+        if (!updateRequested) return -1;
+        if (!useTimestamp) core.samplePeriod = 1.0 / frequency;
+        core.filterGain = filterGain;
+        updateRequested = false;
+        return lambdaGain;
+    }
+
+    /// True if the step sends.
     bool step(In& in) {
-        if (in.reset && in.reset->size() >= 1 && (*in.reset)(0) != 0) resetRequested = true;
-        magPerturbed = false;
-        if (in.perturbed && in.perturbed->size() >= 1 && (*in.perturbed)(0) != 0) magPerturbed = true;
-        std::optional<MatrixXd> fc;
-        if (in.fc && in.fc->size() == 1)
-            fc = matrix({{(*in.fc)(0), (*in.fc)(0)}});
-        else if (in.fc && in.fc->size() == 2)
-            fc = matrix({{(*in.fc)(0), (*in.fc)(1)}});
+        if (startsNonZero(in.reset)) resetRequested = true;
+        magPerturbed = startsNonZero(in.perturbed);
+        const std::optional<MatrixXd> imposed = imposedBy(in.fc);
         if (resetRequested) {
             core.reset();
             resetRequested = false;
             updateRequested = true;
         }
-        double lambda = -1;
-        if (updateRequested) {
-            if (!useTimestamp) core.samplePeriod = 1 / frequency;
-            core.filterGain = filterGain;
-            lambda = lambdaGain;
-            updateRequested = false;
-        }
+        const double lambda = readSettings();
         if (!in.g) return false;
         double deltaTime = -1;
         if (!(lastTimeStamp < 0)) deltaTime = in.time - lastTimeStamp;
         lastTimeStamp = in.time;
         if (in.g->size() != 3) return false;
-        const MatrixXd* a = nullptr;
-        const MatrixXd* m = nullptr;
-        if (in.a) {
-            in.aIsUsed = true;
-            if (in.a->size() == 3) a = &*in.a;
-        }
-        if (in.m) {
-            in.mIsUsed = true;
-            if (in.m->size() == 3) m = &*in.m;
-        }
-        core.update(*in.g, a, m, out, deltaTime, lambda, magPerturbed, fc ? &*fc : nullptr);
+        in.aIsUsed = in.a.has_value();
+        in.mIsUsed = in.m.has_value();
+        const MatrixXd* a = in.a && in.a->size() == 3 ? &*in.a : nullptr;
+        const MatrixXd* m = in.m && in.m->size() == 3 ? &*in.m : nullptr;
+        core.update(*in.g, a, m, out, deltaTime, lambda, magPerturbed, imposed ? &*imposed : nullptr);
         return true;
     }
 };

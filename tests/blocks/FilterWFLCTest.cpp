@@ -48,28 +48,12 @@ struct LiteralBlock {
     double startFrequency = kStart;
     bool resetRequested = true, rebuildRequested = true;
 
-    /// True if the step sends.
+    /// A null pointer is a pin without a sample. True if the step sends.
     bool step(const MatrixXd* reset, const MatrixXd* wf0, const MatrixXd* input) {
-        if (reset && reset->size() > 0 && !((*reset)(0) == 0)) resetRequested = true;
-        if (wf0 && wf0->size() > 0) {
-            const double v = (*wf0)(0);
-            if (v != startFrequency && !(v < 0) && !std::isnan(v)) {
-                startFrequency = v;
-                estimator.wf0 = v;
-            }
-        }
+        if (reset && reset->size() >= 1 && !((*reset)(0) == 0.0)) resetRequested = true;
+        if (wf0 && wf0->size() >= 1) offerStart((*wf0)(0));
         if (rebuildRequested) {
-            estimator.n = order;
-            estimator.mu = mu;
-            estimator.mu0 = mu0;
-            estimator.muB = muB;
-            estimator.wf0 = startFrequency;
-            estimator.w1 = w1;
-            estimator.wm1 = wm1;
-            estimator.offset = offset;
-            estimator.reset();
-            rebuildRequested = false;
-            resetRequested = false;
+            rebuild();
         } else if (resetRequested) {
             estimator.reset();
             resetRequested = false;
@@ -78,6 +62,27 @@ struct LiteralBlock {
         if (input->size() == 0) return false;
         estimator.step((*input)(0));
         return true;
+    }
+
+    void offerStart(double v) {
+        if (v == startFrequency) return;
+        if (v < 0.0 || std::isnan(v)) return;
+        startFrequency = v;
+        estimator.wf0 = v; // in force from the next reset on
+    }
+
+    void rebuild() {
+        estimator.n = order;
+        estimator.mu = mu;
+        estimator.mu0 = mu0;
+        estimator.muB = muB;
+        estimator.wf0 = startFrequency;
+        estimator.w1 = w1;
+        estimator.wm1 = wm1;
+        estimator.offset = offset;
+        estimator.reset();
+        rebuildRequested = false;
+        resetRequested = false;
     }
 };
 } // namespace

@@ -3,279 +3,315 @@
 
 #include "framework/transport/MatrixXd.h"
 
+#include <array>
 #include <cmath>
-#include <limits>
+#include <map>
+#include <optional>
+#include <vector>
 
-/// The orientation-aided filter once more, rule by rule and with no thought for speed: what `SphericalFilteringCore` is
-/// compared with. Every field is a matrix, rows are shifted where the rules shift them, every design is made anew, and no
-/// line is shared with the code under test.
+/// The orientation-aided filter told again on triples of numbers, one rule a line: what `SphericalFilteringCore` and
+/// `FilterSphericalFiltering` are compared with. A field of two rows is two triples, the current one first; an empty
+/// field has none.
 struct LiteralSpherical {
     using M = Quillmere::Core::MatrixXd;
+    using Triple = std::array<double, 3>;
+    using Rotation = std::array<Triple, 3>;
+    using Rows = std::vector<Triple>;
 
-    /// First-order low-pass of one row of three; the state is the last input and the last output of each element.
+    /// A first-order low-pass of three channels whose cut-off may move while it runs.
     struct LowPass {
-        double cutOff = 0.05, a1 = 0.0, g = 0.0;
+        struct Design {
+            double a1 = 0.0;
+            double gain = 0.0;
+        };
+        double cutOff = 0.05;
         bool needsInit = true;
-        M x1, y1;
+        bool memorize = false;
+        bool hasRun = false;
+        Design design;
+        std::map<double, Design> known;
+        Triple lastInput{};
+        Triple lastOutput{};
 
-        void design() {
-            const double pi = 4 * std::atan(1.0);
-            double a = cutOff * pi * 0.5;
-            const double turn = pi + pi;
-            if (std::fabs(a) > turn) a -= turn * std::trunc(a / turn);
-            const double t = std::tan(a);
-            a1 = (1 - t) / (1 + t);
-            g = t / (1 + t);
-        }
-        void setParameters(double value) {
-            cutOff = value;
+        void setParameters(double newCutOff) {
+            cutOff = newCutOff;
             needsInit = true;
         }
-        void setCutOff(double value) {
-            if (value == cutOff) return;
-            cutOff = value;
-            if (!needsInit) design();
+
+        void setCutOff(double newCutOff, bool reinit, bool keepDesigns) {
+            if (newCutOff == cutOff) return;
+            const bool pending = needsInit;
+            cutOff = newCutOff;
+            memorize = keepDesigns;
+            needsInit = pending || reinit;
+            if (!needsInit) compute();
         }
-        M step(const M& in) {
+
+        void compute() {
+            if (memorize && known.contains(cutOff)) {
+                design = known.at(cutOff);
+                return;
+            }
+            const double pi = 4.0 * std::atan(1.0);
+            const double turn = pi + pi;
+            double a = cutOff * pi * 0.5;
+            if (std::abs(a) > turn) a -= turn * std::trunc(a / turn);
+            const double t = std::tan(a);
+            design.a1 = (1.0 - t) / (1.0 + t);
+            design.gain = t / (1.0 + t);
+            if (memorize) known[cutOff] = design;
+        }
+
+        Triple step(const Triple& input) {
+            if (!hasRun) needsInit = true; // the output has no shape yet
             if (needsInit) {
-                design();
-                x1 = in;
-                y1 = in;
+                if (!memorize) known.clear();
+                compute();
+                lastInput = input;
+                lastOutput = input;
                 needsInit = false;
+                hasRun = true;
             }
-            for (int i = 0; i < 3; ++i) {
-                y1(0, i) = a1 * y1(0, i) + g * (x1(0, i) + in(0, i));
-                x1(0, i) = in(0, i);
+            for (std::size_t i = 0; i < 3; ++i) {
+                lastOutput[i] = design.a1 * lastOutput[i] + design.gain * (lastInput[i] + input[i]);
+                lastInput[i] = input[i];
             }
-            return y1;
+            return lastOutput;
         }
     };
 
-    M aTerre, aFiltered, aTerreFiltered, aPrevious;
-    M mTerre, mFiltered, mTerreFiltered, mPrevious;
-    M quaternion, temp, cutoffs;
+    Rows aTerre, aFiltered, aTerreFiltered;
+    Rows mTerre, mFiltered, mTerreFiltered;
+    std::optional<Triple> aPrevious, mPrevious;
+    std::array<double, 4> quaternion{1.0, 0.0, 0.0, 0.0};
+    M temp;
+    M cutoffs;
     LowPass aLowPass, mLowPass;
-    double filterGain = 0.001, samplePeriod = 0.01, lambdaGain = 0.7;
-    bool holdMagnetic = false, holdAcceleration = false, magneticPerturbed = false;
+    double filterGain = 0.001;
+    double samplePeriod = 0.01;
+    double lambdaGain = 0.7;
+    bool holdMagnetic = false;
+    bool holdAcceleration = false;
+    bool magneticPerturbed = false;
 
-    static M row3(double x, double y, double z) {
-        M m(1, 3);
-        m << x, y, z;
-        return m;
-    }
-
+    /// The previous vectors, the cut-offs, the gain and the period outlive it.
     void reset() {
-        aTerre.resize(0, 0);
-        mTerre.resize(0, 0);
-        aFiltered.resize(0, 0);
-        aTerreFiltered.resize(0, 0);
-        mFiltered.resize(0, 0);
-        mTerreFiltered.resize(0, 0);
-        temp.resize(0, 0);
+        aTerre.clear();
+        mTerre.clear();
+        aFiltered.clear();
+        aTerreFiltered.clear();
+        mFiltered.clear();
+        mTerreFiltered.clear();
+        temp = M();
         lambdaGain = 0.7;
-        quaternion.resize(1, 4);
-        quaternion << 1, 0, 0, 0;
-        holdMagnetic = holdAcceleration = magneticPerturbed = false;
+        quaternion = {1.0, 0.0, 0.0, 0.0};
+        holdMagnetic = false;
+        holdAcceleration = false;
+        magneticPerturbed = false;
         aLowPass.setParameters(0.0001);
         mLowPass.setParameters(0.0001);
     }
 
-    M rotation() const {
-        const double w = quaternion(0, 0), x = quaternion(0, 1), y = quaternion(0, 2), z = quaternion(0, 3);
-        M r(3, 3);
-        r << x * x + w * w - y * y - z * z, 2 * (x * y - w * z), 2 * (x * z + y * w), //
-            2 * (w * z + x * y), w * w - x * x + y * y - z * z, 2 * (y * z - x * w),  //
-            2 * (x * z - y * w), 2 * (y * z + x * w), w * w - x * x - y * y + z * z;
+    Rotation turning() const {
+        const auto [w, x, y, z] = quaternion;
+        Rotation r;
+        r[0] = {x * x + w * w - y * y - z * z, 2.0 * (x * y - w * z), 2.0 * (x * z + y * w)};
+        r[1] = {2.0 * (w * z + x * y), w * w - x * x + y * y - z * z, 2.0 * (y * z - x * w)};
+        r[2] = {2.0 * (x * z - y * w), 2.0 * (y * z + x * w), w * w - x * x - y * y + z * z};
         return r;
     }
 
-    static M toTerre(const M& v, const M& r) { return times(v, r, true); }
-    static M toSensor(const M& v, const M& r) { return times(v, r, false); }
-    static M times(const M& v, const M& r, bool transposed) {
-        M out(1, 3);
-        for (int column = 0; column < 3; ++column) {
-            double sum = 0;
-            for (int k = 0; k < 3; ++k) {
-                const double factor = transposed ? r(column, k) : r(k, column);
-                sum = k == 0 ? v(0, 0) * factor : sum + v(0, k) * factor;
-            }
-            out(0, column) = sum;
-        }
-        return out;
+    M rotation() const {
+        const Rotation r = turning();
+        M result(3, 3);
+        for (std::size_t i = 0; i < 3; ++i)
+            for (std::size_t j = 0; j < 3; ++j)
+                result(static_cast<Eigen::Index>(i), static_cast<Eigen::Index>(j)) = r[i][j];
+        return result;
     }
 
-    static M asRow(const M& m) {
-        if (m.rows() > 1) return m.transpose();
-        return m;
+    /// The row v times the transposed rotation.
+    static Triple toEarth(const Triple& v, const Rotation& r) {
+        Triple result{};
+        for (std::size_t j = 0; j < 3; ++j)
+            result[j] = v[0] * r[j][0] + v[1] * r[j][1] + v[2] * r[j][2];
+        return result;
     }
 
-    static double norm(const M& v) {
-        double sum = 0;
-        for (int i = 0; i < v.cols(); ++i)
-            sum = sum + v(0, i) * v(0, i);
-        return std::sqrt(sum);
+    /// The row v times the rotation.
+    static Triple toSensor(const Triple& v, const Rotation& r) {
+        Triple result{};
+        for (std::size_t j = 0; j < 3; ++j)
+            result[j] = v[0] * r[0][j] + v[1] * r[1][j] + v[2] * r[2][j];
+        return result;
     }
 
-    static double clamp(double x, double low, double high) { return x < low ? low : (x > high ? high : x); }
+    static Triple tripleOf(const M& rowOrColumn) { return {rowOrColumn(0), rowOrColumn(1), rowOrColumn(2)}; }
 
-    static double rounded(double f) {
-        if (f == 0 || !std::isfinite(f)) return f;
+    static M rowOf(const Triple& v) {
+        M result(1, 3);
+        result << v[0], v[1], v[2];
+        return result;
+    }
+
+    static double limited(double x, double low, double high) {
+        if (x < low) return low;
+        if (x > high) return high;
+        return x;
+    }
+
+    static Triple clipped(const Triple& v) {
+        return {limited(v[0], -1.1, 1.1), limited(v[1], -1.1, 1.1), limited(v[2], -1.1, 1.1)};
+    }
+
+    void turn(const Triple& gyroscope, double deltaTime) {
+        const Triple& g = gyroscope;
+        double n = std::sqrt(g[0] * g[0] + g[1] * g[1] + g[2] * g[2]);
+        if (!(n > 1e-9)) n = 1e-9;
+        const Triple u{g[0] / n, g[1] / n, g[2] / n};
+        const double h = n * (deltaTime * 0.5);
+        const double d[4] = {std::cos(h), u[0] * std::sin(h), u[1] * std::sin(h), u[2] * std::sin(h)};
+        const double table[4][4] = {{d[0], d[1], d[2], d[3]},
+                                    {-d[1], d[0], -d[3], d[2]},
+                                    {-d[2], d[3], d[0], -d[1]},
+                                    {-d[3], -d[2], d[1], d[0]}};
+        const std::array<double, 4> q = quaternion;
+        for (std::size_t j = 0; j < 4; ++j)
+            quaternion[j] = q[0] * table[0][j] + q[1] * table[1][j] + q[2] * table[2][j] + q[3] * table[3][j];
+        double length = 0.0;
+        for (const double part : quaternion)
+            length += part * part;
+        length = std::sqrt(length);
+        if (!(length > 1e-9)) length = 1e-9;
+        for (double& part : quaternion)
+            part = part / length;
+    }
+
+    /// One significant digit; zero stays zero.
+    static double oneDigit(double f) {
+        if (f == 0.0) return 0.0;
         const int e = static_cast<int>(std::floor(std::log10(f)));
         const double t = f * std::pow(10.0, -e);
-        double r = 0;
-        if (!(t < 0))
-            r = std::floor(t + 0.5);
-        else
-            r = -std::floor(0.5 - t);
+        const double r = t >= 0.0 ? std::floor(t + 0.5) : -std::floor(0.5 - t);
         return r * std::pow(10.0, e);
     }
 
-    void adapt(const M& g) {
-        double aErr = 0, mErr = 0;
-        if (aFiltered.rows() >= 1 && aFiltered.cols() == 3 && mFiltered.rows() >= 1 &&
-            mFiltered.cols() == 3) {
-            M residual(1, 6);
-            for (int i = 0; i < 3; ++i) {
-                residual(0, i) = std::fabs(aPrevious(0, i) - aFiltered(0, i));
-                residual(0, i + 3) = std::fabs(mPrevious(0, i) - mFiltered(0, i));
-            }
-            if (temp.rows() == 5 || temp.rows() == 6) {
-                for (int i = 4; i >= 1; --i)
-                    for (int j = 0; j < 6; ++j)
-                        temp(i, j) = temp(i - 1, j);
-            } else {
-                temp.resize(5, 6);
-                for (int i = 1; i < 5; ++i)
-                    for (int j = 0; j < 6; ++j)
-                        temp(i, j) = residual(0, j);
-            }
-            for (int j = 0; j < 6; ++j)
-                temp(0, j) = residual(0, j);
-            M c(1, 6);
-            for (int j = 0; j < 6; ++j) {
-                double sum = 0;
-                for (int i = 0; i < 5; ++i)
-                    sum = sum + temp(i, j);
-                c(0, j) = sum / 5;
-            }
-            for (int j = 0; j < 3; ++j)
-                aErr = aErr + (temp(0, j) - c(0, j)) * (temp(0, j) - c(0, j));
-            for (int j = 3; j < 6; ++j)
-                mErr = mErr + (temp(0, j) - c(0, j)) * (temp(0, j) - c(0, j));
+    void noteResiduals() {
+        std::array<double, 6> residual{};
+        for (std::size_t i = 0; i < 3; ++i) {
+            residual[i] = std::abs((*aPrevious)[i] - aFiltered[0][i]);
+            residual[3 + i] = std::abs((*mPrevious)[i] - mFiltered[0][i]);
         }
-        const double squared = g(0, 0) * g(0, 0) + g(0, 1) * g(0, 1) + g(0, 2) * g(0, 2);
-        const double energy = clamp(squared - 0.05, 0.1, 5);
-        const double gainA = 1.1 - clamp(aErr, 0.1, 1);
-        const double gainM = 1.1 - clamp(mErr, 0.1, 1);
-        double fA = 0, fM = 0;
+        const bool exists = temp.rows() == 5 || temp.rows() == 6;
+        if (!exists) temp.resize(5, 6);
+        for (Eigen::Index c = 0; c < 6; ++c) {
+            const double now = residual[static_cast<std::size_t>(c)];
+            for (Eigen::Index r = 4; r >= 1; --r)
+                temp(r, c) = exists ? temp(r - 1, c) : now;
+            temp(0, c) = now;
+        }
+    }
+
+    /// How far row 0 of the table lies from the columns' means, over three columns.
+    double spread(Eigen::Index firstColumn) const {
+        double sum = 0.0;
+        for (Eigen::Index c = firstColumn; c < firstColumn + 3; ++c) {
+            double mean = 0.0;
+            for (Eigen::Index r = 0; r < temp.rows(); ++r)
+                mean += temp(r, c);
+            mean = mean / static_cast<double>(temp.rows());
+            sum += (temp(0, c) - mean) * (temp(0, c) - mean);
+        }
+        return sum;
+    }
+
+    void adapt(const Triple& gyroscope) {
+        double aErr = 0.0;
+        double mErr = 0.0;
+        if (!aFiltered.empty() && !mFiltered.empty()) {
+            noteResiduals();
+            aErr = spread(0);
+            mErr = spread(3);
+        }
+        const Triple& g = gyroscope;
+        const double energy = limited(g[0] * g[0] + g[1] * g[1] + g[2] * g[2] - 0.05, 0.1, 5.0);
+        const double gainA = 1.1 - limited(aErr, 0.1, 1.0);
+        const double gainM = 1.1 - limited(mErr, 0.1, 1.0);
+        double fA = 0.0;
+        double fM = 0.0;
         if (cutoffs.size() == 0) {
             cutoffs.resize(1, 2);
             fA = gainA * energy * filterGain;
             fM = gainM * energy * filterGain;
         } else {
-            const double lambda = lambdaGain;
-            fA = (lambda * gainA * energy * filterGain + cutoffs(0, 0)) / (lambda + 1);
-            fM = (lambda * gainM * energy * filterGain + cutoffs(0, 1)) / (lambda + 1);
+            fA = (lambdaGain * gainA * energy * filterGain + cutoffs(0)) / (lambdaGain + 1.0);
+            fM = (lambdaGain * gainM * energy * filterGain + cutoffs(1)) / (lambdaGain + 1.0);
         }
-        cutoffs << rounded(fA), rounded(fM);
-        aLowPass.setCutOff(cutoffs(0, 0));
-        mLowPass.setCutOff(cutoffs(0, 1));
+        useCutoffs(oneDigit(fA), oneDigit(fM));
+    }
+
+    void useCutoffs(double acceleration, double magnetic) {
+        cutoffs(0) = acceleration;
+        cutoffs(1) = magnetic;
+        aLowPass.setCutOff(acceleration, false, true);
+        mLowPass.setCutOff(magnetic, false, true);
+    }
+
+    void filter() {
+        if (aTerreFiltered.size() != 2) aTerreFiltered = aTerre;
+        if (mTerreFiltered.size() != 2) mTerreFiltered = mTerre;
+        aTerreFiltered[1] = holdAcceleration ? aTerreFiltered[0] : aLowPass.step(aTerre[0]);
+        mTerreFiltered[1] = holdMagnetic ? mTerreFiltered[0] : mLowPass.step(mTerre[0]);
+        aTerreFiltered[0] = aTerreFiltered[1];
+        mTerreFiltered[0] = mTerreFiltered[1];
     }
 
     void update(const M& gyroscope, const M* accelerometer, const M* magnetometer, M out[6], double deltaTime,
                 double lambda, bool magPerturbed, const M* imposed) {
         magneticPerturbed = magPerturbed;
-        const M g = asRow(gyroscope);
-        M a, m;
-        if (accelerometer) {
-            a = asRow(*accelerometer);
-            holdAcceleration = false;
-        } else {
-            holdAcceleration = true;
-            a = aPrevious.size() == 3 ? aPrevious : row3(0, 0, 1);
-        }
-        if (magnetometer) {
-            m = asRow(*magnetometer);
-            holdMagnetic = magneticPerturbed;
-        } else {
-            holdMagnetic = true;
-            m = mPrevious.size() == 3 ? mPrevious : row3(0.5, 0, 0.866);
-        }
-        if (mPrevious.size() == 0) mPrevious = m;
-        if (aPrevious.size() == 0) aPrevious = a;
-        if (lambda != -1) lambdaGain = lambda;
-        if (deltaTime < 0) deltaTime = samplePeriod;
+        const Triple g = tripleOf(gyroscope);
+        Triple a = aPrevious.value_or(Triple{0.0, 0.0, 1.0});
+        holdAcceleration = accelerometer == nullptr;
+        if (accelerometer) a = tripleOf(*accelerometer);
+        Triple m = mPrevious.value_or(Triple{0.5, 0.0, 0.866});
+        holdMagnetic = magnetometer ? magneticPerturbed : true;
+        if (magnetometer) m = tripleOf(*magnetometer);
+        if (!mPrevious) mPrevious = m;
+        if (!aPrevious) aPrevious = a;
+        if (lambda != -1.0) lambdaGain = lambda;
+        if (deltaTime < 0.0) deltaTime = samplePeriod;
 
-        double n = norm(g);
-        if (!(n > 1e-9)) n = 1e-9;
-        const M u = row3(g(0, 0) / n, g(0, 1) / n, g(0, 2) / n);
-        const double h = n * (deltaTime * 0.5);
-        const double d0 = std::cos(h), d1 = u(0, 0) * std::sin(h), d2 = u(0, 1) * std::sin(h),
-                     d3 = u(0, 2) * std::sin(h);
-        M product(4, 4);
-        product << d0, d1, d2, d3, -d1, d0, -d3, d2, -d2, d3, d0, -d1, -d3, -d2, d1, d0;
-        M turned(1, 4);
-        for (int column = 0; column < 4; ++column) {
-            double sum = quaternion(0, 0) * product(0, column);
-            for (int k = 1; k < 4; ++k)
-                sum = sum + quaternion(0, k) * product(k, column);
-            turned(0, column) = sum;
+        turn(g, deltaTime);
+        a = clipped(a);
+        m = clipped(m);
+        const Rotation r = turning();
+        if (aTerre.empty()) {
+            aTerre.assign(2, toEarth(a, r));
+            mTerre.assign(2, toEarth(m, r));
         }
-        double length = norm(turned);
-        if (!(length > 1e-9)) length = 1e-9;
-        for (int i = 0; i < 4; ++i)
-            quaternion(0, i) = turned(0, i) / length;
-
-        for (int i = 0; i < 3; ++i) {
-            a(0, i) = clamp(a(0, i), -1.1, 1.1);
-            m(0, i) = clamp(m(0, i), -1.1, 1.1);
-        }
-        const M r = rotation();
-        if (aTerre.rows() == 0) {
-            aTerre.resize(2, 3);
-            mTerre.resize(2, 3);
-            aTerre.row(1) = toTerre(a, r);
-            mTerre.row(1) = toTerre(m, r);
-        }
-        aTerre.row(0) = toTerre(a, r);
-        mTerre.row(0) = toTerre(m, r);
+        aTerre[0] = toEarth(a, r);
+        mTerre[0] = toEarth(m, r);
 
         if (imposed) {
             if (cutoffs.size() == 0) cutoffs.resize(1, 2);
-            cutoffs << (*imposed)(0), (*imposed)(1);
-            aLowPass.setCutOff(cutoffs(0, 0));
-            mLowPass.setCutOff(cutoffs(0, 1));
+            useCutoffs((*imposed)(0), (*imposed)(1));
         } else {
             adapt(g);
         }
         aPrevious = a;
         mPrevious = m;
 
-        if (aTerreFiltered.size() != 6) aTerreFiltered = aTerre;
-        if (mTerreFiltered.size() != 6) mTerreFiltered = mTerre;
-        if (holdAcceleration)
-            aTerreFiltered.row(1) = M(aTerreFiltered.row(0));
-        else
-            aTerreFiltered.row(1) = aLowPass.step(aTerre.row(0));
-        if (holdMagnetic)
-            mTerreFiltered.row(1) = M(mTerreFiltered.row(0));
-        else
-            mTerreFiltered.row(1) = mLowPass.step(mTerre.row(0));
-        aTerreFiltered.row(0) = M(aTerreFiltered.row(1));
-        mTerreFiltered.row(0) = M(mTerreFiltered.row(1));
-        aTerre.row(1) = M(aTerre.row(0));
-        mTerre.row(1) = M(mTerre.row(0));
-        aFiltered.resize(2, 3);
-        mFiltered.resize(2, 3);
-        for (int i = 0; i < 2; ++i) {
-            aFiltered.row(i) = toSensor(aTerreFiltered.row(i), r);
-            mFiltered.row(i) = toSensor(mTerreFiltered.row(i), r);
-        }
-        out[0] = aFiltered.row(0);
-        out[1] = mFiltered.row(0);
-        out[2] = aTerre.row(0);
-        out[3] = mTerre.row(0);
-        out[4] = aTerreFiltered.row(0);
-        out[5] = mTerreFiltered.row(0);
+        filter();
+        aTerre[1] = aTerre[0];
+        mTerre[1] = mTerre[0];
+        aFiltered = {toSensor(aTerreFiltered[0], r), toSensor(aTerreFiltered[1], r)};
+        mFiltered = {toSensor(mTerreFiltered[0], r), toSensor(mTerreFiltered[1], r)};
+
+        out[0] = rowOf(aFiltered[0]);
+        out[1] = rowOf(mFiltered[0]);
+        out[2] = rowOf(aTerre[0]);
+        out[3] = rowOf(mTerre[0]);
+        out[4] = rowOf(aTerreFiltered[0]);
+        out[5] = rowOf(mTerreFiltered[0]);
     }
 };
