@@ -14,7 +14,8 @@ public:
         metaData.pluginName = getName();
         metaData.pluginVersion = getVersion();
         metaData.hostVersion = dllGetQuillmereVersion();
-        addFactory(std::make_unique<FilterFactory<FilterAbsolute>>(getName(), ComponentVersion(getVersion())));
+        addFactory(
+            std::make_unique<FilterFactory<FilterAbsolute>>(getName(), ComponentVersion(getVersion())));
     }
 };
 
@@ -33,4 +34,6 @@ void dllStopPlugin() {
     plugin = nullptr;
 }
 
-const char* dllGetQuillmereVersion() { return kFrameworkVersion; }
+const char* dllGetQuillmereVersion() {
+    return kFrameworkVersion;
+}
