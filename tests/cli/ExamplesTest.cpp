@@ -82,4 +82,45 @@ TEST_F(Examples, TheStepResponseNeedsNoRecording) {
     EXPECT_LT(rows[102][2], rows[101][2]) << "it has begun to fall";
 }
 
+TEST_F(Examples, EventsOfATremorBurst) {
+    // A turn rate of 0.82 radians a second at 5 Hz from 6 to 16 seconds.
+    std::string text = "t,gx\n";
+    for (int i = 0; i < 2400; ++i) {
+        const bool trembles = i >= 600 && i < 1600;
+        char row[64];
+        std::snprintf(row, sizeof row, "%.2f,%.17g\n", 0.01 * i,
+                      trembles ? 0.82 * std::sin(2.0 * std::numbers::pi * 5.0 * 0.01 * i) : 0.0);
+        text += row;
+    }
+    folder.write("wrist.csv", text);
+    const Ended ended =
+        call({"run", EXAMPLES "/events.yaml", "--input", "wrist=wrist.csv", "--output", "result=events.csv"});
+    ASSERT_EQ(ended.exitCode, 0) << ended.err;
+    const std::string table = folder.read("events.csv");
+    std::istringstream lines(table);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "t,begin,end,periods,hertz");
+    std::vector<std::string> events;
+    std::vector<double> times;
+    while (std::getline(lines, line)) {
+        const std::size_t comma = line.find(',');
+        times.push_back(std::stod(line));
+        events.push_back(line.substr(comma));
+        // Beats are whole rows apart and 5 Hz is 20 rows: the rate is exact but where the band-pass still swings in.
+        if (events.back().starts_with(",,,,")) {
+            const double hertz = std::stod(events.back().substr(4));
+            EXPECT_TRUE(Support::agree(hertz, 5.0, Support::law(0.06))) << line;
+            events.back() = ",,,,hertz";
+        }
+    }
+    const std::vector<std::string> wanted{",1,,,",  ",,,,hertz", ",,,10,", ",,,,hertz", ",,,20,", ",,,,hertz",
+                                          ",,,30,", ",,,,hertz", ",,,40,", ",,,,hertz", ",,1,,"};
+    EXPECT_EQ(events, wanted) << table;
+    EXPECT_GT(times.front(), 6.0);
+    EXPECT_LT(times.front(), 7.0);
+    EXPECT_GT(times.back(), 16.0);
+    EXPECT_LT(times.back(), 17.0);
+}
+
 } // namespace
