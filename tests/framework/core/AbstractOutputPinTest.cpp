@@ -44,10 +44,10 @@ TEST(AbstractOutputPinTest, TheListenerDecidesForBlocksWithoutALayout) {
 }
 
 TEST(AbstractOutputPinTest, TheListenerIsAskedBeforeTheInputLearnsOfTheLink) {
+    bool wasConnected = true; // outlives the pins, whose end the listener hears of too
     Listening listening;
     OutputPin<MatrixXd> output("output", nullptr);
     InputPin<MatrixXd> input("input", nullptr);
-    bool wasConnected = true;
     listening.meanwhile = [&] { wasConnected = input.isAttached() || output.isAttached(); };
     output.attach(input, false);
     EXPECT_FALSE(wasConnected);
