@@ -22,7 +22,10 @@ double degrees(Complex response) {
 
 std::string cells(Complex response) {
     if (!std::isfinite(std::abs(response))) return ",,";
-    return "," + shortestText(std::abs(response)) + "," + shortestText(degrees(response));
+    std::string text = ",";
+    text += shortestText(std::abs(response)) + ",";
+    text += shortestText(degrees(response));
+    return text;
 }
 
 // ---- The picture; lengths in pixels.
@@ -88,7 +91,8 @@ std::string curve(const Panel& panel, const char* style, const FrequencyResponse
         const std::optional<double> shown = value(point);
         if (shown) {
             const bool isJoined = former && std::fabs(*shown - *former) < panel.jump;
-            path += (isJoined ? "L" : "M") + number(panel.x(point.frequency)) + " " +
+            path += isJoined ? "L" : "M";
+            path += number(panel.x(point.frequency)) + " " +
                     number(panel.y(std::clamp(*shown, panel.bottom, panel.top)));
         }
         former = shown;
