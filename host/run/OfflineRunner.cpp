@@ -194,7 +194,7 @@ RunProgress OfflineRunner::getProgress() const {
 
 /// `block 'smooth' (FilterButterworth) at 12.5 s: `, or the time alone between two steps.
 std::string OfflineRunner::whereItStands() const {
-    const std::string time = "at " + shortestText(streamTime) + " s: ";
+    std::string time = "at " + shortestText(streamTime) + " s: ";
     if (current == nullptr) return time;
     return "block '" + current->getName() + "' (" + current->getTypeName() + ") " + time;
 }
