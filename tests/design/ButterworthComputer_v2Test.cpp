@@ -168,6 +168,32 @@ TEST(ButterworthComputer_v2Test, ACutOffMetBeforeComesFromTheCache) {
     EXPECT_EQ(counter.count(), 0u);
 }
 
+TEST(ButterworthComputer_v2Test, ACachedEntryIsUsedAndNotComputedAnew) {
+    // The key leaves the order out, so an entry of order 2, which has one section too, shows under order 1.
+    ButterworthComputer_v2 computer;
+    computer.setParameters(0.3, 2, true, true);
+    stepped(computer, 1.0);
+    computer.setParameters(0.3, 1, true, true);
+    ButterworthComputer_v2 ofOrder2;
+    ofOrder2.setParameters(0.3, 2);
+    for (const double u : {1.0, 4.0, -2.0})
+        EXPECT_TRUE(agree(stepped(computer, u), stepped(ofOrder2, u), same)) << u;
+}
+
+TEST(ButterworthComputer_v2Test, TheSameCutOffLeavesTheCacheOn) {
+    ButterworthComputer_v2 computer;
+    computer.setParameters(0.3, 1, true, true);
+    stepped(computer, 1.0);
+    computer.setCutOff(0.4, false, true);
+    computer.setCutOff(0.3, false, true);
+    computer.setCutOff(0.3, true, false); // had it switched the cache off, the start below would empty it
+    computer.requestInit();
+    stepped(computer, 1.0);
+    const AllocationCounter counter;
+    computer.setCutOff(0.4, false, true);
+    EXPECT_EQ(counter.count(), 0u);
+}
+
 TEST(ButterworthComputer_v2Test, AStartWithoutTheCacheEmptiesIt) {
     ButterworthComputer_v2 computer;
     computer.setParameters(0.3, 1, true, true);
