@@ -2,6 +2,7 @@
 #include "host/graph/HostBlock.h"
 
 #include "host/graph/NearestName.h"
+#include "host/recording/StandardStream.h"
 
 #include <filesystem>
 
@@ -16,7 +17,8 @@ void HostBlock::takeFile(const GraphDescription::Setting& setting, const std::st
         complaints.add(pathPlace, "an empty text", "the name of a file");
         return;
     }
-    const bool isFromFile = setting.origin == GraphDescription::Setting::Origin::File;
+    const bool isFromFile =
+        setting.origin == GraphDescription::Setting::Origin::File && !getIsStandardStream(*text);
     // A path that is absolute already stays what it is.
     path = isFromFile ? (std::filesystem::path(folder) / *text).lexically_normal().string() : *text;
 }

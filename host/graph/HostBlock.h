@@ -32,7 +32,7 @@ public:
     virtual void configure(const GraphDescription::Block& description, const std::string& folder,
                            Complaints& complaints) = 0;
 
-    /// The file that it reads or writes, and where the graph names it.
+    /// The file that it reads or writes, `-` for standard input or output, and where the graph names it.
     const std::string& getPath() const { return path; }
     const Place& getPathPlace() const { return pathPlace; }
 
@@ -59,14 +59,20 @@ public:
     /// Opens the recording and looks whether it has what the pins need. Nothing is sent yet.
     virtual void open(Complaints& complaints) = 0;
 
-    /// Gets the next sample ready if none is; false at the end. Raises `RecordingException` for bad data. [run]
+    /// Gets the next sample ready if none is; false at the end. May wait for who writes a pipe. Raises
+    /// `RecordingException` for bad data. [run]
     virtual bool prepare() = 0;
+    /// Whether `prepare` wouldn't wait. [run]
+    virtual bool getIsPrepared() = 0;
+    /// Whether its samples come when they come, from a pipe, and what to wait on for them. Requires: open.
+    virtual bool getIsPiped() const = 0;
+    virtual int getDescriptor() const = 0;
     /// Seconds. Requires: `prepare()` was true.
     virtual double getNextTimeStamp() const = 0;
     /// Lets the next step send what is ready. [run]
     virtual void release() = 0;
 
-    /// How far it has come.
+    /// How far it has come: rows [any], and bytes [run].
     virtual std::uint64_t getRows() const = 0;
     virtual std::uint64_t getBytesRead() const = 0;
     virtual std::uint64_t getSize() const = 0;
@@ -86,6 +92,12 @@ public:
     virtual void open() = 0;
     /// The time of the round that comes, in seconds. [run]
     virtual void setStreamTime(double seconds) = 0;
+    /// With true, a row is not what came in one round but what came with one time stamp: for a sink whose samples other
+    /// threads send. A row is written when every connected pin has given to it, or when a sample of another time comes.
+    /// [any, guarded]
+    virtual void setGathersByTime(bool flag) = 0;
+    /// With true, each row is handed over as soon as it is written, for who reads along. [setup]
+    virtual void setWritesThrough(bool flag) = 0;
     /// Ends the result: whole, not whole but kept, or thrown away. [setup]
     virtual void complete() = 0;
     virtual void abandon() = 0;

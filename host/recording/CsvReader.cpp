@@ -2,8 +2,10 @@
 #include "host/recording/CsvReader.h"
 
 #include "host/recording/RecordingException.h"
+#include "host/recording/StandardStream.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -57,6 +59,14 @@ std::string plainText(std::string_view cell) {
     return text;
 }
 
+constexpr const char* kStandardInput = "standard input";
+
+/// A descriptor of its own, also of standard input, so that closing it closes nobody else's.
+int openForReading(const std::string& path) {
+    if (path == kStandardInput) return ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}
+
 std::string shortened(std::string_view text) {
     if (text.size() <= kQuotedText) return std::string(text);
     return std::string(text.substr(0, kQuotedText)) + "...";
@@ -65,12 +75,15 @@ std::string shortened(std::string_view text) {
 } // namespace
 
 CsvReader::CsvReader(std::string filePath)
-    : path(std::move(filePath)), file(::open(path.c_str(), O_RDONLY | O_CLOEXEC)), piece(kPieceSize) {
+    : path(getIsStandardStream(filePath) ? kStandardInput : std::move(filePath)), file(openForReading(path)),
+      piece(kPieceSize) {
     if (file < 0) throw RecordingException(path + ": cannot be opened: " + std::strerror(errno));
     try {
         struct stat facts {};
-        if (::fstat(file, &facts) == 0 && S_ISREG(facts.st_mode))
+        if (::fstat(file, &facts) == 0 && S_ISREG(facts.st_mode)) {
+            isPiped = false;
             size = static_cast<std::uint64_t>(facts.st_size);
+        }
         cursor = filled = piece.data();
         readHeader();
     } catch (...) {
@@ -142,6 +155,24 @@ bool CsvReader::readRow(double* values) {
             return true;
         }
         begin = next;
+    }
+}
+
+bool CsvReader::getIsRowReady() {
+    for (;;) {
+        const auto left = static_cast<std::size_t>(filled - cursor);
+        const bool hasLine = std::memchr(cursor, '\n', left) != nullptr;
+        // A blank line is no row, and readRow would wait for what comes behind it.
+        const bool isBlankLine =
+            hasLine && (*cursor == '\n' || std::string_view(cursor, left).starts_with("\r\n"));
+        if (isBlankLine && columns.size() > 1) {
+            nextLine();
+            continue;
+        }
+        if (hasLine || atEnd) return true;
+        pollfd look{file, POLLIN, 0};
+        if (::poll(&look, 1, 0) == 0) return false;
+        refill();
     }
 }
 

@@ -22,7 +22,8 @@ namespace Quillmere::Host {
 /// makes it larger. Every complaint is a `RecordingException` with file, line, column name and the text found.
 class QUILLMERE_API CsvReader {
 public:
-    /// Opens the file and reads the header. Raises when it can't be opened or has no header.
+    /// Opens the file, or standard input for `-`, and reads the header; of a pipe it waits for one. Raises when it can't be
+    /// opened or has no header.
     explicit CsvReader(std::string path);
     ~CsvReader();
     CsvReader(const CsvReader&) = delete;
@@ -39,6 +40,16 @@ public:
     /// cell leaves its value as it was and counts in `getIsEmpty`. Raises for a cell that isn't a number and for a row
     /// with more or fewer cells than the header.
     bool readRow(double* values);
+
+    /// Whether `readRow` would give a row or the end of the file without waiting for whoever writes a pipe. Reads what
+    /// has come.
+    bool getIsRowReady();
+    /// Whether rows may have to be waited for: no file on a disk, but a pipe, a terminal, a device.
+    bool getIsPiped() const { return isPiped; }
+    /// Whether nothing is left, as far as has been looked.
+    bool getIsAtEnd() const { return atEnd && cursor == filled; }
+    /// What to wait on for more of a pipe.
+    int getDescriptor() const { return file; }
 
     /// Whether the cell behind value `index` of the last row was empty.
     bool getIsEmpty(std::size_t index) const { return emptyCells > 0 && empty[index] != 0; }
@@ -65,8 +76,9 @@ private:
     void noteEmpty(std::size_t value);
     [[noreturn]] void refuseRow(std::size_t cells) const;
 
-    std::string path;
+    std::string path; ///< As messages name it.
     int file;
+    bool isPiped = true;
     std::uint64_t size = 0;
     std::uint64_t bytesBefore = 0; ///< Bytes of the file in front of `piece`.
 

@@ -13,12 +13,53 @@ RecordingSink::RecordingSink(const std::string& instanceName) : Sink(instanceNam
 RecordingSink::~RecordingSink() = default;
 
 void RecordingSink::process() {
+    if (gathersByTime) {
+        for (std::size_t i = 0; i < inputs.size(); ++i)
+            if (inputs[i].hasData()) gather(i);
+        if (isGathering && getIsRowFull()) endGatheredRow();
+        return;
+    }
     bool hasAny = false;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         samples[i] = inputs[i].hasData() ? &inputs[i].take() : nullptr;
         hasAny = hasAny || samples[i] != nullptr;
     }
-    if (hasAny) table->writeRow(streamTime, samples);
+    if (hasAny) writeRow(streamTime);
+}
+
+void RecordingSink::gather(std::size_t pin) {
+    const double time = inputs[pin].getTimeStamp();
+    // A time stamp that is no number is like no other.
+    if (isGathering && (samples[pin] != nullptr || !(time == streamTime))) endGatheredRow();
+    Core::copySample(gathered[pin], inputs[pin].take());
+    samples[pin] = &gathered[pin];
+    streamTime = time;
+    isGathering = true;
+}
+
+bool RecordingSink::getIsRowFull() const {
+    for (std::size_t i = 0; i < inputs.size(); ++i)
+        if (samples[i] == nullptr && inputs[i].isAttached()) return false;
+    return true;
+}
+
+void RecordingSink::writeRow(double time) {
+    table->writeRow(time, samples);
+    if (writesThrough) table->flush();
+}
+
+void RecordingSink::endGatheredRow() {
+    if (!isGathering) return;
+    isGathering = false;
+    writeRow(streamTime);
+    std::fill(samples.begin(), samples.end(), nullptr);
+}
+
+void RecordingSink::setGathersByTime(bool flag) {
+    if (gathersByTime == flag) return;
+    endGatheredRow();
+    std::fill(samples.begin(), samples.end(), nullptr);
+    gathersByTime = flag;
 }
 
 const std::vector<HostBlock::SettingDescription>& RecordingSink::getSettingDescriptions() const {
@@ -99,14 +140,18 @@ void RecordingSink::open() {
     }
     table = std::make_unique<TableWriter>(getPath(), timeName, std::move(groups));
     samples.assign(inputs.size(), nullptr);
+    gathered.resize(inputs.size());
 }
 
 void RecordingSink::complete() {
+    endGatheredRow();
     table->complete();
 }
 
 void RecordingSink::abandon() {
-    if (table != nullptr) table->abandon();
+    if (table == nullptr) return;
+    endGatheredRow();
+    table->abandon();
 }
 
 void RecordingSink::discard() {

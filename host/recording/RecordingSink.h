@@ -15,6 +15,7 @@ namespace Quillmere::Host {
 
 /// Writes what comes to its pins as a CSV table: a row for each round in which any pin received, first the time of the
 /// round, then the elements of each pin's sample, row by row; the cells of a pin that received nothing are empty.
+/// Where samples come from other threads, a row is what came with one time stamp; see `setGathersByTime`.
 /// Numbers are in the shortest form that reads back to the same bits. The pins are those that connections name, in the
 /// order of the connections.
 class QUILLMERE_API RecordingSink final : public Sink {
@@ -34,6 +35,8 @@ public:
     void checkPins(Complaints& complaints) const override;
     void open() override;
     void setStreamTime(double seconds) override { streamTime = seconds; }
+    void setGathersByTime(bool flag) override;
+    void setWritesThrough(bool flag) override { writesThrough = flag; }
     void complete() override;
     void abandon() override;
     void discard() override;
@@ -48,6 +51,10 @@ private:
     };
 
     void takeColumns(const Value& value, Complaints& complaints);
+    void gather(std::size_t pin);
+    bool getIsRowFull() const;
+    void writeRow(double time);
+    void endGatheredRow();
 
     std::deque<Core::InputPin<Core::MatrixXd>> inputs; ///< Pins can't move.
     std::vector<NamedColumns> columns;
@@ -56,7 +63,11 @@ private:
     std::unique_ptr<TableWriter> table;
     std::vector<const Core::MatrixXd*>
         samples;             ///< Of the row that is being written, null where nothing came.
-    double streamTime = 0.0; ///< Seconds.
+    double streamTime = 0.0; ///< Seconds; of the round, or of the row that is being gathered.
+    bool gathersByTime = false;
+    bool writesThrough = false;
+    bool isGathering = false;             ///< Samples of the row that is being gathered wait for the others.
+    std::vector<Core::MatrixXd> gathered; ///< For each pin what `samples` points to, in a gathered row.
 };
 
 } // namespace Quillmere::Host

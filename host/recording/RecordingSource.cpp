@@ -183,7 +183,7 @@ bool RecordingSource::prepare() {
 bool RecordingSource::readRow() {
     if (!reader->readRow(row.data())) return false;
     nextTimeStamp = readTimeStamp();
-    ++rows;
+    rows.add(1);
     if (reader->getHasEmptyCells())
         noteEmptyCells();
     else
@@ -193,7 +193,7 @@ bool RecordingSource::readRow() {
 }
 
 double RecordingSource::readTimeStamp() const {
-    if (!timeColumn) return static_cast<double>(rows) / *rate;
+    if (!timeColumn) return static_cast<double>(rows.get()) / *rate;
     const std::string expected = "a time in seconds";
     if (reader->getIsEmpty(timeCell)) reader->refuse(timeColumn->name, "", expected);
     const double time = row[timeCell];
@@ -218,27 +218,40 @@ void RecordingSource::noteEmptyCells() {
     }
 }
 
+bool RecordingSource::getIsPrepared() {
+    // The rows of a frame that have come are gathered at once; only the one that fills it, or the end, makes it ready.
+    while (!isReady && reader->getIsRowReady()) {
+        if (frameRows == 0 || reader->getIsAtEnd()) return true;
+        if (readRow()) isReady = takeRowIntoFrame();
+    }
+    return isReady;
+}
+
 /// Reads rows until a frame is full; false when the recording ends before.
 bool RecordingSource::gatherFrame() {
-    while (readRow()) {
-        if (toSkip > 0) {
-            --toSkip;
-            continue;
-        }
-        if (gathered == frameRows) { // full and sent: what the next frame shares with it moves up
-            gathered = frameRows - std::min(hop, frameRows);
-            for (Output& output : outputs)
-                output.frame.erase(output.frame.begin(),
-                                   output.frame.end() -
-                                       static_cast<std::ptrdiff_t>(gathered * output.columns.size()));
-        }
-        for (Output& output : outputs)
-            addToFrame(output);
-        if (++gathered < frameRows) continue;
-        toSkip = hop > frameRows ? hop - frameRows : 0;
-        return true;
-    }
+    while (readRow())
+        if (takeRowIntoFrame()) return true;
     return false;
+}
+
+/// Adds the row that was read to the frame; true when the frame is full.
+bool RecordingSource::takeRowIntoFrame() {
+    if (toSkip > 0) {
+        --toSkip;
+        return false;
+    }
+    if (gathered == frameRows) { // full and sent: what the next frame shares with it moves up
+        gathered = frameRows - std::min(hop, frameRows);
+        for (Output& output : outputs)
+            output.frame.erase(output.frame.begin(),
+                               output.frame.end() -
+                                   static_cast<std::ptrdiff_t>(gathered * output.columns.size()));
+    }
+    for (Output& output : outputs)
+        addToFrame(output);
+    if (++gathered < frameRows) return false;
+    toSkip = hop > frameRows ? hop - frameRows : 0;
+    return true;
 }
 
 void RecordingSource::addToFrame(Output& output) const {

@@ -37,9 +37,12 @@ public:
                    Complaints& complaints) override;
     void open(Complaints& complaints) override;
     bool prepare() override;
+    bool getIsPrepared() override;
+    bool getIsPiped() const override { return reader->getIsPiped(); }
+    int getDescriptor() const override { return reader->getDescriptor(); }
     double getNextTimeStamp() const override { return nextTimeStamp; }
     void release() override { isReleased = true; }
-    std::uint64_t getRows() const override { return rows; }
+    std::uint64_t getRows() const override { return rows.get(); }
     std::uint64_t getBytesRead() const override { return reader == nullptr ? 0 : reader->getBytesRead(); }
     std::uint64_t getSize() const override { return reader == nullptr ? 0 : reader->getSize(); }
 
@@ -69,6 +72,7 @@ private:
     double readTimeStamp() const;
     void noteEmptyCells();
     bool gatherFrame();
+    bool takeRowIntoFrame();
     void addToFrame(Output& output) const;
     void fill(Output& output) const;
 
@@ -81,7 +85,7 @@ private:
     std::unique_ptr<CsvReader> reader;
     std::vector<double> row;    ///< The cells of one row, each column that anybody wants once.
     std::size_t timeCell = 0;   ///< Where the time is in `row`.
-    std::uint64_t rows = 0;     ///< Read so far.
+    Core::Tally rows;           ///< Read so far.
     std::size_t gathered = 0;   ///< Rows in the frames.
     std::size_t toSkip = 0;     ///< Rows before the next frame begins, when frames lie apart.
     double nextTimeStamp = 0.0; ///< Seconds.

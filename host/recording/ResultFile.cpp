@@ -2,6 +2,7 @@
 #include "host/recording/ResultFile.h"
 
 #include "host/recording/RecordingException.h"
+#include "host/recording/StandardStream.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -29,6 +30,13 @@ std::string ResultFile::resolve(const std::string& path) {
 }
 
 ResultFile::ResultFile(const std::string& name) : path(resolve(name)), partialPath(path + ".partial") {
+    if (getIsStandardStream(name)) {
+        path = partialPath = "standard output";
+        isDirect = true;
+        file = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+        if (file < 0) fail("cannot be written");
+        return;
+    }
     struct stat facts {};
     const bool exists = ::stat(path.c_str(), &facts) == 0;
     if (exists && S_ISDIR(facts.st_mode))

@@ -12,12 +12,12 @@ namespace Quillmere::Host {
 /// A result on its way: written as `NAME.partial` beside its final name, and given that name by `complete` alone, so
 /// a file under the final name is always a whole one and what stood there before stays until then.
 ///
-/// A symbolic link is followed: the file that it names is replaced, not the link. A device or a pipe is written
-/// straight, since it can't be renamed. Two runs can't write one result at a time: the second is refused.
+/// A symbolic link is followed: the file that it names is replaced, not the link. A device, a pipe and standard output
+/// (`-`) are written straight, since they can't be renamed. Two runs can't write one result at a time: the second is refused.
 /// Failures are `RecordingException`s.
 class QUILLMERE_API ResultFile {
 public:
-    /// Opens `NAME.partial`, empty.
+    /// Opens `NAME.partial`, empty; of a pipe it waits for the reader.
     explicit ResultFile(const std::string& path);
     /// Leaves `NAME.partial` where it is, unless `complete` or `discard` came before.
     ~ResultFile();
@@ -32,6 +32,8 @@ public:
     /// Removes what was written, as if nothing had been.
     void discard();
 
+    /// Whether what was written is gone for good: a device, a pipe, standard output.
+    bool getIsDirect() const { return isDirect; }
     /// The final name, links followed.
     const std::string& getPath() const { return path; }
     /// Where the bytes are as long as the file isn't complete.
@@ -49,7 +51,7 @@ private:
 
     std::string path;
     std::string partialPath;
-    bool isDirect = false; ///< A device or a pipe: nothing to rename.
+    bool isDirect = false; ///< Nothing to rename.
     int file = -1;
 };
 

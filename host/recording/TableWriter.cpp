@@ -53,6 +53,7 @@ void TableWriter::grow(const std::vector<const MatrixXd*>& samples) {
         const auto elements = static_cast<std::size_t>(samples[group]->size());
         if (!groups[group].columns.empty()) requireNamedWidth(group, elements);
         if (elements <= (*columns)[group]) continue;
+        if (hasBegun && file.getIsDirect()) requireKnownWidth(group, elements);
         if (widths.back().firstRow != writer.getRows()) {
             widths.push_back({.firstRow = writer.getRows(), .columns = *columns});
             columns = &widths.back().columns;
@@ -69,6 +70,13 @@ void TableWriter::requireNamedWidth(std::size_t group, std::size_t elements) con
                              ", as many as it has column names");
 }
 
+void TableWriter::requireKnownWidth(std::size_t group, std::size_t elements) const {
+    const std::size_t known = widths.back().columns[group];
+    throw RecordingException(file.getPath() + ": group '" + groups[group].name + "': found a sample of " +
+                             std::to_string(elements) + " elements behind a header with " +
+                             std::to_string(known) + "; expected the group's column names, or a file");
+}
+
 std::vector<std::string> TableWriter::header(const std::vector<std::size_t>& columns) const {
     std::vector<std::string> names{timeName};
     for (std::size_t group = 0; group < groups.size(); ++group)
@@ -79,6 +87,9 @@ std::vector<std::string> TableWriter::header(const std::vector<std::size_t>& col
 }
 
 void TableWriter::begin() {
+    if (file.getIsDirect())
+        for (std::size_t& columns : widths.front().columns)
+            columns = std::max(columns, std::size_t{1});
     writer.writeHeader(header(widths.back().columns));
     hasBegun = true;
 }

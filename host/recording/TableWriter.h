@@ -18,6 +18,9 @@ namespace Quillmere::Host {
 /// How wide a group is, is known when its first sample comes, which may be long after the first row. Rows are
 /// written at once all the same, in the widths known so far; when widths have grown in between, closing the table copies
 /// it once and fills in the cells that the early rows lack. Memory never holds more than a row.
+///
+/// A pipe can't be copied: there, a group without names that has no sample yet when the first row is written gets one
+/// column, and a sample that is wider than its columns is refused.
 class QUILLMERE_API TableWriter {
 public:
     struct Group {
@@ -31,6 +34,9 @@ public:
     /// Writes a row: `samples[i]` belongs to group i and may be null. Raises when a group with names of its own gets a
     /// sample with another number of elements, and when the file can't be written.
     void writeRow(double time, const std::vector<const Core::MatrixXd*>& samples);
+
+    /// Hands the rows so far over to the file, so that who reads along sees them.
+    void flush() { writer.flush(); }
 
     /// Closes a table that is whole: it gets its final name.
     void complete();
@@ -52,6 +58,7 @@ private:
 
     void grow(const std::vector<const Core::MatrixXd*>& samples);
     void requireNamedWidth(std::size_t group, std::size_t elements) const;
+    void requireKnownWidth(std::size_t group, std::size_t elements) const;
     std::vector<std::string> header(const std::vector<std::size_t>& columns) const;
     void begin();
     void close();
