@@ -4,8 +4,10 @@
 #include "framework/Quillmere.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/PropertyWriter.h"
+#include "host/graph/RunOrder.h"
 #include "host/graph/TimelineBuilder.h"
 #include "host/recording/ResultFile.h"
+#include "host/recording/StandardStream.h"
 
 #include <algorithm>
 
@@ -207,7 +209,16 @@ void GraphBuilder::checkFiles() {
                            "the file '" + sink->getPath() + "', which '" + known->second + "' writes too",
                            "a file of its own for each sink");
     }
+    const Source* fromStandardInput = nullptr;
     for (const Source* const source : graph.sources) {
+        if (getIsStandardStream(source->getPath())) {
+            if (fromStandardInput != nullptr)
+                complaints.add(source->getPathPlace(),
+                               "standard input, which '" + fromStandardInput->getName() + "' reads too",
+                               "one source that reads it");
+            fromStandardInput = source;
+            continue;
+        }
         const auto writer = writers.find(ResultFile::resolve(source->getPath()));
         if (!source->getPath().empty() && writer != writers.end())
             complaints.add(source->getPathPlace(),
@@ -216,28 +227,15 @@ void GraphBuilder::checkFiles() {
     }
 }
 
-/// Puts the blocks into the layout, senders first: again and again the first block of the file all of whose senders are
-/// placed; where a loop leaves none such, the first that is left.
+/// Puts the blocks into the layout, in the order in which they run.
 void GraphBuilder::arrange() {
-    std::map<const Core::PinManager*, std::set<const Core::PinManager*>> senders;
-    for (const Node& node : graph.nodes) {
-        if (node.block == nullptr) continue;
-        for (const AbstractInputPin* const pin : node.block->getInputPins())
-            if (const AbstractOutputPin* const output = pin->getConnectedOutput())
-                senders[node.block.get()].insert(output->getManager());
-    }
-    std::vector<const Node*> waiting;
+    std::vector<Core::Filter*> blocks;
     for (const Node& node : graph.nodes)
-        if (node.block != nullptr) waiting.push_back(&node);
-    while (!waiting.empty()) {
-        auto next = std::find_if(waiting.begin(), waiting.end(),
-                                 [&](const Node* node) { return senders[node->block.get()].empty(); });
-        if (next == waiting.end()) next = waiting.begin();
-        for (auto& [receiver, remaining] : senders)
-            remaining.erase((*next)->block.get());
-        graph.runOrder.push_back(*next);
-        graph.layout.add(*(*next)->block);
-        waiting.erase(next);
+        if (node.block != nullptr) blocks.push_back(node.block.get());
+    for (Core::Filter* const block : runOrder(blocks)) {
+        const auto isOfBlock = [&](const Node& node) { return node.block.get() == block; };
+        graph.runOrder.push_back(&*std::find_if(graph.nodes.begin(), graph.nodes.end(), isOfBlock));
+        graph.layout.add(*block);
     }
 }
 

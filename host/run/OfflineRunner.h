@@ -2,41 +2,17 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "framework/transport/OutputPin.h"
 #include "host/graph/Graph.h"
+#include "host/run/RunEnd.h"
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <optional>
-#include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace Quillmere::Host {
 
-/// A run that ended midway. The text says which block, at what stream time, and why.
-class QUILLMERE_API RunException : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// What ends the run of a graph without sources; without either of them it ends at once.
-struct RunLimit {
-    std::optional<std::uint64_t> rounds;
-    /// Of stream time, from its begin: 0, where a generator has a time of its own, or the start of the run, where it
-    /// stamps the wall clock. The round that reaches it is the last.
-    std::optional<double> seconds;
-};
-
-/// How far a run has come.
-struct RunProgress {
-    std::uint64_t rounds = 0;    ///< Before the sources had ended, or the limit was reached.
-    std::uint64_t rows = 0;      ///< Read by all sources.
-    std::uint64_t bytesRead = 0; ///< Of all recordings.
-    std::uint64_t bytes = 0;     ///< Of all recordings; 0 when unknown.
-    double streamTime = 0.0;     ///< Seconds, of the last round.
-};
+class GeneratorClock;
 
 /// Runs a graph over its recordings: one thread, as fast as it can, and the same bytes every time.
 ///
@@ -72,25 +48,16 @@ private:
     void runRounds(const std::atomic<bool>& stop);
     void runRecordings(const std::atomic<bool>& stop);
     void runGenerators(const std::atomic<bool>& stop);
-    void takeClock();
-    void runClockedRound(double startOfRun);
-    bool isLimitReached(double startOfRun) const;
-    double beginOfTime(double startOfRun) const;
+    void runClockedRound(GeneratorClock& clock);
     void countRound();
     Source* earliestSource();
     void runRound();
     void drain(const std::atomic<bool>& stop);
-    std::vector<std::uint32_t> queueLengths() const;
-    std::uint64_t mostDrainRounds() const;
-    std::string whereItStands() const;
-    void endSinks(bool isWhole);
 
     Graph& graph;
     std::function<void(const RunProgress&)> onProgress;
     std::vector<Source*> running;     ///< Sources that have not ended.
     std::vector<Core::Filter*> steps; ///< What a round steps, in order.
-    Core::Filter* clock = nullptr;    ///< Steps before them and tells the time, where there are no sources.
-    const Core::OutputPin<Core::MatrixXd>* clockPin = nullptr; ///< What the clock stamps.
     RunLimit limit;
     const Core::Filter* current = nullptr; ///< The block that is being stepped or read, for messages.
     std::uint64_t rounds = 0;

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/graph/HostBlock.h"
+
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// A run that ended midway. The text says which block, at what stream time, and why.
+class QUILLMERE_API RunException : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What ends the run of a graph without sources; without either of them it ends at once, and a live one when it is told.
+struct RunLimit {
+    std::optional<std::uint64_t> rounds;
+    /// Of stream time, from its begin: 0, where a generator has a time of its own, or the start of the run, where it
+    /// stamps the wall clock. The round that reaches it is the last.
+    std::optional<double> seconds;
+
+    bool getIsAny() const { return rounds || seconds; }
+};
+
+/// How far a run has come.
+struct RunProgress {
+    std::uint64_t rounds = 0;    ///< Before the sources had ended, or the limit was reached.
+    std::uint64_t rows = 0;      ///< Read by all sources.
+    std::uint64_t bytesRead = 0; ///< Of all recordings.
+    std::uint64_t bytes = 0;     ///< Of all recordings; 0 when unknown.
+    double streamTime = 0.0;     ///< Seconds, of the last round.
+};
+
+/// Why something failed, in words.
+QUILLMERE_API std::string reasonOf(const std::exception& exception);
+
+/// `block 'smooth' (FilterButterworth) at 12.5 s: reason`, or without the block (null) between two steps.
+std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception);
+
+/// Ends every result: whole, or kept under its partial name. A failure of one must not keep the others from being ended,
+/// and makes none of those behind it look whole; then it is raised as a `RunException`.
+void endSinks(const std::vector<Sink*>& sinks, bool isWhole);
+
+} // namespace Quillmere::Host
