@@ -13,7 +13,8 @@
 
 namespace Quillmere::Host {
 
-/// A graph that is built: living blocks, set and connected, in one layout and in the order in which they run.
+/// A graph that is built: living blocks, set and connected, in one layout and in the order in which they run. A live run
+/// deals them out to the layouts of the file.
 ///
 /// Building is also the check: types, pins, settings and their limits are what living blocks say they are. Nothing has
 /// run and no recording or result has been touched when building ends.
@@ -43,6 +44,7 @@ public:
     const std::vector<Sink*>& getSinks() const { return sinks; }
     Core::LayoutManager& getLayout() { return layout; }
     const std::string& getName() const { return description.getName(); }
+    const GraphDescription& getDescription() const { return description; }
     /// What the runner has done to the blocks when stream time comes to it.
     Timeline& getTimeline() { return timeline; }
 

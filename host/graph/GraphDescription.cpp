@@ -23,4 +23,10 @@ const GraphDescription::Block* GraphDescription::findBlock(const std::string& id
     return found == blocks.end() ? nullptr : &*found;
 }
 
+const GraphDescription::Layout* GraphDescription::findLayout(const std::string& id) const {
+    const auto found =
+        std::find_if(layouts.begin(), layouts.end(), [&](const Layout& layout) { return layout.id == id; });
+    return found == layouts.end() ? nullptr : &*found;
+}
+
 } // namespace Quillmere::Host

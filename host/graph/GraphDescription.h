@@ -57,7 +57,12 @@ public:
         std::string type; ///< Empty when the file gives none, which is a complaint already.
         Place typeWhere;
         std::vector<Setting> settings; ///< In the order in which they are written.
-        std::string layout;
+        std::string layout;            ///< The first when the file gives none.
+    };
+    /// Blocks that share a thread when the graph runs live.
+    struct Layout {
+        std::string id;
+        Place where;
     };
     struct Endpoint {
         std::string block; ///< Empty when the file gives none, which is a complaint already.
@@ -101,6 +106,8 @@ public:
     /// The name in the file, or the file's own without its ending.
     const std::string& getName() const { return name; }
     const std::vector<Block>& getBlocks() const { return blocks; }
+    /// One at least: `main` where the file gives none.
+    const std::vector<Layout>& getLayouts() const { return layouts; }
     const std::vector<Connection>& getConnections() const { return connections; }
     /// By time; entries of one time as they stand in the file.
     const std::vector<TimelineEntry>& getTimeline() const { return timeline; }
@@ -108,12 +115,14 @@ public:
     bool getIsUsable() const { return isUsable; }
 
     const Block* findBlock(const std::string& id) const;
+    const Layout* findLayout(const std::string& id) const;
 
 private:
     friend class GraphReader;
 
     std::string path;
     std::string name;
+    std::vector<Layout> layouts;
     std::vector<Block> blocks;
     std::vector<Connection> connections;
     std::vector<TimelineEntry> timeline;

@@ -14,8 +14,11 @@ namespace {
 
 constexpr std::int64_t kFormat = 1;
 
-const std::vector<std::string> kGraphKeys{"format",      "name",     "parameters", "blocks",
-                                          "connections", "timeline", "view"};
+constexpr const char* kOnlyLayout = "main"; ///< Where a graph names none.
+
+const std::vector<std::string> kGraphKeys{"format", "name",        "parameters", "layouts",
+                                          "blocks", "connections", "timeline",   "view"};
+const std::vector<std::string> kLayoutKeys{"id", "view"};
 const std::vector<std::string> kBlockKeys{"id", "type", "properties", "layout", "view"};
 const std::vector<std::string> kConnectionKeys{"from", "to", "buffer", "order", "view"};
 const std::vector<std::string> kOrders{"newest", "oldest"};
@@ -74,6 +77,7 @@ GraphDescription GraphReader::read(const GraphChanges& changes) {
     readFormat(*top);
     if (const Value::Entry* name = top->find("name")) graph.name = readText(name->value, "a name");
     readParameters(*top, changes);
+    readLayouts(*top);
     readBlocks(*top);
     readConnections(*top);
     readTimeline(*top);
@@ -120,6 +124,26 @@ void GraphReader::readParameters(const Value& top, const GraphChanges& changes) 
     }
 }
 
+void GraphReader::readLayouts(const Value& top) {
+    const Value::Entry* list = top.find("layouts");
+    if (list != nullptr && requireKind(list->value, Value::Kind::List, "a list of layouts as {id: ...}")) {
+        for (const Value& item : list->value.items) {
+            if (!requireKind(item, Value::Kind::Map, "a layout as {id: ...}")) continue;
+            requireKnownKeys(item, kLayoutKeys);
+            GraphDescription::Layout layout{{}, item.where};
+            layout.id = readId(item, "layout", layout.where);
+            if (layout.id.empty()) continue;
+            if (const auto* const first = graph.findLayout(layout.id))
+                complaints.add(layout.where, "the layout '" + layout.id + "' a second time",
+                               "an id of its own for each layout (the first is in line " +
+                                   std::to_string(first->where.line) + ")");
+            else
+                graph.layouts.push_back(std::move(layout));
+        }
+    }
+    if (graph.layouts.empty()) graph.layouts.push_back({kOnlyLayout, top.where});
+}
+
 void GraphReader::readBlocks(const Value& top) {
     const Value::Entry* list = top.find("blocks");
     if (list == nullptr) {
@@ -137,37 +161,42 @@ void GraphReader::readBlock(const Value& value) {
     requireKnownKeys(value, kBlockKeys);
     Block block;
     block.where = block.typeWhere = value.where;
-    readId(value, block);
+    readBlockId(value, block);
     if (const Value::Entry* type = value.find("type")) {
         block.typeWhere = type->value.where;
         block.type = readText(type->value, "the name of a block type");
     } else {
         complaints.add(value.where, "a block without a type", "'type:' and the name of a block type");
     }
-    if (const Value::Entry* layout = value.find("layout"))
-        block.layout = readText(layout->value, "a layout's name");
+    readLayoutOf(value, block);
     if (const Value::Entry* settings = value.find("properties")) readSettings(settings->value, block);
     if (!block.id.empty()) graph.blocks.push_back(std::move(block));
 }
 
-void GraphReader::readId(const Value& value, Block& block) {
+/// The id of a block or a layout, with its place; empty, with a complaint, when there is none that will do.
+std::string GraphReader::readId(const Value& value, const std::string& what, Place& where) {
     const Value::Entry* entry = value.find("id");
     if (entry == nullptr) {
-        complaints.add(value.where, "a block without an id", "'id:' and a name");
-        return;
+        complaints.add(value.where, "a " + what + " without an id", "'id:' and a name");
+        return {};
     }
-    const std::string id = readText(entry->value, "an id");
-    if (id.empty()) return;
-    block.where = entry->value.where;
+    std::string id = readText(entry->value, "an id");
+    if (id.empty()) return {};
+    where = entry->value.where;
     if (!isId(id)) {
-        complaints.add(block.where, "the id '" + id + "'", "letters, digits, '_' and '-'", asId(id));
-        return;
+        complaints.add(where, "the id '" + id + "'", "letters, digits, '_' and '-'", asId(id));
+        return {};
     }
     if (isYamlWord(id)) {
-        complaints.add(block.where, "the id '" + id + "'",
+        complaints.add(where, "the id '" + id + "'",
                        "a word that no YAML reader takes for a yes, a no or a nothing", id + "_");
-        return;
+        return {};
     }
+    return id;
+}
+
+void GraphReader::readBlockId(const Value& value, Block& block) {
+    const std::string id = readId(value, "block", block.where);
     if (const Block* first = graph.findBlock(id)) {
         complaints.add(block.where, "the id '" + id + "' a second time",
                        "an id of its own for each block (the first is in line " +
@@ -175,6 +204,17 @@ void GraphReader::readId(const Value& value, Block& block) {
         return;
     }
     block.id = id;
+}
+
+void GraphReader::readLayoutOf(const Value& value, Block& block) {
+    const Value::Entry* entry = value.find("layout");
+    block.layout = entry == nullptr ? graph.layouts.front().id : readText(entry->value, "the id of a layout");
+    if (block.layout.empty() || graph.findLayout(block.layout) != nullptr) return;
+    std::vector<std::string> ids;
+    for (const GraphDescription::Layout& layout : graph.layouts)
+        ids.push_back(layout.id);
+    complaints.add(entry->value.where, "the layout '" + block.layout + "'",
+                   "one of the graph's layouts: " + listOfNames(ids), nearestName(block.layout, ids));
 }
 
 void GraphReader::readSettings(const Value& value, Block& block) {

@@ -27,9 +27,12 @@ private:
 
     void readFormat(const Value& top);
     void readParameters(const Value& top, const GraphChanges& changes);
+    void readLayouts(const Value& top);
     void readBlocks(const Value& top);
     void readBlock(const Value& value);
-    void readId(const Value& value, Block& block);
+    std::string readId(const Value& value, const std::string& what, Place& where);
+    void readBlockId(const Value& value, Block& block);
+    void readLayoutOf(const Value& value, Block& block);
     void readSettings(const Value& value, Block& block);
     void readConnections(const Value& top);
     void readTimeline(const Value& top);

@@ -22,22 +22,10 @@ std::string foundText(const Value& value, const AbstractProperty& property) {
     return value.describe() + " for '" + property.getName() + "'";
 }
 
-/// Writes through the setting's own road and turns its refusal into a complaint.
+/// Writes through the setting's own road.
 template <class T>
-void write(AbstractProperty& property, const T& number, const Value& value, const std::string& expected,
-           Complaints& complaints) {
-    try {
-        property.setValueFromAny(Poco::Any(static_cast<const T*>(&number)));
-    } catch (const Poco::RangeException&) {
-        complaints.add(value.where, foundText(value, property), expected);
-    } catch (const Poco::Exception& exception) {
-        const std::string reason = exception.message().empty() ? exception.name() : exception.message();
-        complaints.add(value.where, foundText(value, property),
-                       expected + " that the block takes (" + reason + ")");
-    } catch (const std::exception& exception) {
-        complaints.add(value.where, foundText(value, property),
-                       expected + " that the block takes (" + exception.what() + ")");
-    }
+void write(AbstractProperty& property, const T& number) {
+    property.setValueFromAny(Poco::Any(static_cast<const T*>(&number)));
 }
 
 template <class T>
@@ -51,7 +39,7 @@ void writeWhole(AbstractProperty& property, const PropertyDescription& descripti
                        description.hasLimits || std::is_unsigned_v<T> ? expected
                                                                       : expected + " that fits in 32 bits");
     else
-        write(property, static_cast<T>(*number), value, expected, complaints);
+        write(property, static_cast<T>(*number));
 }
 
 void writeChoice(AbstractProperty& property, const PropertyDescription& description, const Value& value,
@@ -59,8 +47,7 @@ void writeChoice(AbstractProperty& property, const PropertyDescription& descript
     const std::string expected = expectedText(description);
     const auto label = std::find(description.labels.begin(), description.labels.end(), value.text);
     if (value.isScalar() && label != description.labels.end()) {
-        write(property, static_cast<unsigned>(label - description.labels.begin()), value, expected,
-              complaints);
+        write(property, static_cast<unsigned>(label - description.labels.begin()));
         return;
     }
     const bool isIndex = value.isScalar() && !value.isQuoted && !value.text.empty() &&
@@ -75,11 +62,26 @@ void writeChoice(AbstractProperty& property, const PropertyDescription& descript
 } // namespace
 
 void writeProperty(AbstractProperty& property, const Value& value, Complaints& complaints) {
+    const auto refuse = [&](const std::string& reason) {
+        complaints.add(value.where, foundText(value, property), expectedText(describe(property)) + reason);
+    };
+    try {
+        writePropertyOrRaise(property, value, complaints);
+    } catch (const Poco::RangeException&) {
+        refuse("");
+    } catch (const Poco::Exception& exception) {
+        refuse(" that the block takes (" +
+               (exception.message().empty() ? exception.name() : exception.message()) + ")");
+    } catch (const std::exception& exception) {
+        refuse(std::string(" that the block takes (") + exception.what() + ")");
+    }
+}
+
+void writePropertyOrRaise(AbstractProperty& property, const Value& value, Complaints& complaints) {
     const PropertyDescription description = describe(property);
-    const std::string expected = expectedText(description);
     switch (description.kind) {
     case Kind::Flag:
-        if (const auto flag = toFlag(value, complaints)) write(property, *flag, value, expected, complaints);
+        if (const auto flag = toFlag(value, complaints)) write(property, *flag);
         return;
     case Kind::Whole:
         writeWhole<int>(property, description, value, complaints);
@@ -88,19 +90,17 @@ void writeProperty(AbstractProperty& property, const Value& value, Complaints& c
         writeWhole<unsigned>(property, description, value, complaints);
         return;
     case Kind::Number:
-        if (const auto number = toNumber(value, complaints))
-            write(property, *number, value, expected, complaints);
+        if (const auto number = toNumber(value, complaints)) write(property, *number);
         return;
     case Kind::Matrix:
-        if (const auto matrix = toMatrix(value, complaints))
-            write(property, *matrix, value, expected, complaints);
+        if (const auto matrix = toMatrix(value, complaints)) write(property, *matrix);
         return;
     case Kind::Choice:
         writeChoice(property, description, value, complaints);
         return;
     case Kind::Command:
     case Kind::Unknown:
-        complaints.add(value.where, foundText(value, property), expected);
+        complaints.add(value.where, foundText(value, property), expectedText(description));
         return;
     }
 }

@@ -15,6 +15,9 @@ namespace Quillmere::Host {
 /// its kind, its limits or because the block refuses it, is a complaint, and the setting keeps what it had.
 void writeProperty(Core::AbstractProperty& property, const Value& value, Complaints& complaints);
 
+/// The same, but what the setting itself refuses goes to the caller as it raises it.
+void writePropertyOrRaise(Core::AbstractProperty& property, const Value& value, Complaints& complaints);
+
 /// A setting of a living block and what it shall be.
 struct PropertyWrite {
     Core::AbstractProperty* property;

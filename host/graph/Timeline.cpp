@@ -23,8 +23,13 @@ void Timeline::apply(const Action& action, double time, Complaints& complaints) 
     if (action.property != nullptr) writeProperty(*action.property, action.value, complaints);
     if (action.command != nullptr) fire(*action.command, action.where, complaints);
     if (action.output == nullptr) return;
+    const Core::Synchronizer::SubjectLocker<Core::Pin> guard(*action.output); // links may change meanwhile
     Core::copySample(action.output->data.value, action.sample);
     action.output->send(time);
+}
+
+Core::Filter* Timeline::getSender() {
+    return sender.get();
 }
 
 void Timeline::fire(Core::CommandProperty& command, const Place& where, Complaints& complaints) {

@@ -23,8 +23,12 @@ public:
     /// Does what is due at `time` (seconds) and hasn't been done, by time. A runner calls it before the first round of
     /// that time. Raises `GraphException`, which names the entry, when a block refuses. [run, between two rounds]
     void apply(double time) {
-        if (next < actions.size() && time >= actions[next].at) applyDue(time);
+        if (getIsDue(time)) applyDue(time);
     }
+    /// Whether there is something to do. [run, between two rounds]
+    bool getIsDue(double time) const { return next < actions.size() && time >= actions[next].at; }
+    /// The block that sends its values, null where none is sent; whoever runs the graph keeps it in a layout of its. [setup]
+    Core::Filter* getSender();
 
 private:
     friend class TimelineBuilder;

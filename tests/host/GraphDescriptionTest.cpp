@@ -30,6 +30,7 @@ connections:
   - {from: smooth, to: "result.Low Cutoff Freq. (relative)"
 }
 view: {zoom: 2}
+layouts: [{id: slow}, {id: fast, view: {y: 1}}]
 )yaml";
 
 class GraphDescriptionTest : public testing::Test {
@@ -68,6 +69,10 @@ TEST_F(GraphDescriptionTest, HoldsWhatTheFileSays) {
     const GraphDescription::Block& smooth = *graph.findBlock("smooth");
     EXPECT_EQ(smooth.type, "FilterButterworth");
     EXPECT_EQ(smooth.layout, "fast");
+    EXPECT_EQ(graph.findBlock("wrist")->layout, "slow") << "the first layout is the default";
+    ASSERT_EQ(graph.getLayouts().size(), 2u);
+    EXPECT_EQ(graph.getLayouts()[1].id, "fast");
+    EXPECT_EQ(graph.getLayouts()[1].where.line, 13);
     ASSERT_EQ(smooth.settings.size(), 2u);
     EXPECT_EQ(smooth.settings[1].name, "RelativeCutOffFreq");
     EXPECT_EQ(smooth.settings[1].value.text, "0.08");
@@ -88,6 +93,27 @@ TEST_F(GraphDescriptionTest, HoldsWhatTheFileSays) {
 TEST_F(GraphDescriptionTest, AFileWithoutANameIsNamedAfterItself) {
     EXPECT_EQ(read("format: 1\nblocks: [{id: a, type: T}]\n").getName(), "g");
     EXPECT_EQ(getText(), "");
+}
+
+TEST_F(GraphDescriptionTest, AGraphWithoutLayoutsHasOne) {
+    const GraphDescription graph = read("format: 1\nblocks: [{id: a, type: T}]\n");
+    EXPECT_EQ(getText(), "");
+    ASSERT_EQ(graph.getLayouts().size(), 1u);
+    EXPECT_EQ(graph.getLayouts()[0].id, "main");
+    EXPECT_EQ(graph.findBlock("a")->layout, "main");
+}
+
+TEST_F(GraphDescriptionTest, LayoutsAreChecked) {
+    EXPECT_EQ(complaintsOf("format: 1\nlayouts: [{id: fast}, {id: fast}, {name: x}, {id: a b}, 7]\n"
+                           "blocks: [{id: a, type: T, layout: fats}]\n"),
+              "g.yaml:2:28: found the layout 'fast' a second time; expected an id of its own for each layout "
+              "(the first is in line 2)\n"
+              "g.yaml:2:35: found a layout without an id; expected 'id:' and a name\n"
+              "g.yaml:2:36: found the key 'name'; expected one of id and view\n"
+              "g.yaml:2:51: found the id 'a b'; expected letters, digits, '_' and '-'; did you mean a_b?\n"
+              "g.yaml:2:57: found '7'; expected a layout as {id: ...}\n"
+              "g.yaml:3:35: found the layout 'fats'; expected one of the graph's layouts: fast; did you mean "
+              "fast?\n");
 }
 
 TEST_F(GraphDescriptionTest, JsonIsTheSame) {
@@ -142,7 +168,8 @@ TEST_F(GraphDescriptionTest, WrongChangesNameTheOption) {
 }
 
 TEST_F(GraphDescriptionTest, EverythingWrongIsToldAtOnce) {
-    EXPECT_EQ(complaintsOf(R"yaml(format: 2
+    EXPECT_EQ(
+        complaintsOf(R"yaml(format: 2
 paramters: {}
 parameters: {a b: 1, unset: , other: "${a}"}
 blocks:
@@ -160,41 +187,41 @@ connections:
   - {from: x.out, to: y.in, buffer: 0, order: latest}
   - {from: x.out, to: y.in, buffer: 010}
 )yaml"),
-              "g.yaml:1:9: found format 2; expected format 1\n"
-              "g.yaml:2:1: found the key 'paramters'; expected one of format, name, parameters, blocks, "
-              "connections, timeline and "
-              "view; did you mean parameters?\n"
-              "g.yaml:3:14: found the parameter name 'a b'; expected letters, digits, '_' and '-'; did you "
-              "mean a_b?\n"
-              "g.yaml:3:38: found '${a}'; expected a value, not another parameter\n"
-              "g.yaml:5:10: found the id 'on'; expected a word that no YAML reader takes for a yes, a no or "
-              "a nothing; did "
-              "you mean on_?\n"
-              "g.yaml:6:10: found the id 'a.b'; expected letters, digits, '_' and '-'; did you mean a_b?\n"
-              "g.yaml:7:5: found a block without a type; expected 'type:' and the name of a block type\n"
-              "g.yaml:7:13: found the key 'typ'; expected one of id, type, properties, layout and view; did "
-              "you mean type?\n"
-              "g.yaml:8:10: found the id 'x' a second time; expected an id of its own for each block (the "
-              "first is in line "
-              "7)\n"
-              "g.yaml:9:5: found a block without an id; expected 'id:' and a name\n"
-              "g.yaml:10:34: found a list; expected properties as 'name: value'\n"
-              "g.yaml:11:38: found '1${unset}'; expected '${name}' as the whole value and nothing beside it\n"
-              "g.yaml:11:54: found the parameter 'unset' without a value; expected one from the graph or the "
-              "caller\n"
-              "g.yaml:11:69: found the parameter 'nset'; expected one of the graph's parameters: a b, other "
-              "and unset; did "
-              "you mean unset?\n"
-              "g.yaml:12:5: found 'y'; expected a block as {id: ..., type: ...}\n"
-              "g.yaml:14:23: found the block 'zz'; expected the id of a block: x, y and z; did you mean z?\n"
-              "g.yaml:14:30: found the key 'bufer'; expected one of from, to, buffer, order and view; did "
-              "you mean buffer?\n"
-              "g.yaml:15:5: found a connection without 'to'; expected 'to: block.pin'\n"
-              "g.yaml:16:37: found a buffer of 0; expected 1 to 2147483647 samples\n"
-              "g.yaml:16:47: found 'latest'; expected newest or oldest\n"
-              "g.yaml:17:37: found '010'; expected a whole number without leading zeros (readers disagree "
-              "whether they mean "
-              "eights); did you mean 10?\n");
+        "g.yaml:1:9: found format 2; expected format 1\n"
+        "g.yaml:2:1: found the key 'paramters'; expected one of format, name, parameters, layouts, blocks, "
+        "connections, timeline and "
+        "view; did you mean parameters?\n"
+        "g.yaml:3:14: found the parameter name 'a b'; expected letters, digits, '_' and '-'; did you "
+        "mean a_b?\n"
+        "g.yaml:3:38: found '${a}'; expected a value, not another parameter\n"
+        "g.yaml:5:10: found the id 'on'; expected a word that no YAML reader takes for a yes, a no or "
+        "a nothing; did "
+        "you mean on_?\n"
+        "g.yaml:6:10: found the id 'a.b'; expected letters, digits, '_' and '-'; did you mean a_b?\n"
+        "g.yaml:7:5: found a block without a type; expected 'type:' and the name of a block type\n"
+        "g.yaml:7:13: found the key 'typ'; expected one of id, type, properties, layout and view; did "
+        "you mean type?\n"
+        "g.yaml:8:10: found the id 'x' a second time; expected an id of its own for each block (the "
+        "first is in line "
+        "7)\n"
+        "g.yaml:9:5: found a block without an id; expected 'id:' and a name\n"
+        "g.yaml:10:34: found a list; expected properties as 'name: value'\n"
+        "g.yaml:11:38: found '1${unset}'; expected '${name}' as the whole value and nothing beside it\n"
+        "g.yaml:11:54: found the parameter 'unset' without a value; expected one from the graph or the "
+        "caller\n"
+        "g.yaml:11:69: found the parameter 'nset'; expected one of the graph's parameters: a b, other "
+        "and unset; did "
+        "you mean unset?\n"
+        "g.yaml:12:5: found 'y'; expected a block as {id: ..., type: ...}\n"
+        "g.yaml:14:23: found the block 'zz'; expected the id of a block: x, y and z; did you mean z?\n"
+        "g.yaml:14:30: found the key 'bufer'; expected one of from, to, buffer, order and view; did "
+        "you mean buffer?\n"
+        "g.yaml:15:5: found a connection without 'to'; expected 'to: block.pin'\n"
+        "g.yaml:16:37: found a buffer of 0; expected 1 to 2147483647 samples\n"
+        "g.yaml:16:47: found 'latest'; expected newest or oldest\n"
+        "g.yaml:17:37: found '010'; expected a whole number without leading zeros (readers disagree "
+        "whether they mean "
+        "eights); did you mean 10?\n");
 }
 
 TEST_F(GraphDescriptionTest, EveryWordForYesAndNoIsNoId) {
@@ -210,12 +237,12 @@ TEST_F(GraphDescriptionTest, EveryWordForYesAndNoIsNoId) {
 }
 
 TEST_F(GraphDescriptionTest, FilesThatAreNoGraphs) {
-    EXPECT_EQ(complaintsOf(""),
-              "g.yaml:1:1: found nothing; expected a graph with the keys format, name, parameters, blocks, "
-              "connections, timeline and view\n");
+    EXPECT_EQ(complaintsOf(""), "g.yaml:1:1: found nothing; expected a graph with the keys format, name, "
+                                "parameters, layouts, blocks, "
+                                "connections, timeline and view\n");
     EXPECT_EQ(complaintsOf("- 1\n"),
               "g.yaml:1:1: found a list; expected a graph with the keys format, name, parameters, "
-              "blocks, connections, timeline and view\n");
+              "layouts, blocks, connections, timeline and view\n");
     EXPECT_EQ(complaintsOf("name: x\n"),
               "g.yaml:1:1: found a graph without a format; expected 'format: 1'\n"
               "g.yaml:1:1: found a graph without blocks; expected a list 'blocks:'\n");
