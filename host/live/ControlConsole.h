@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/live/LiveRun.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// The language in which a run is controlled: lines in, lines out, for a person at a console and for programs alike.
+///
+/// A request is a line: a word and what it needs, names with blanks in double quotes. The answer is any number of lines
+/// that begin with a blank, and then `ok`, or `error: ` and why. `docs/live.md` lists the requests.
+class QUILLMERE_API ControlConsole {
+public:
+    /// Takes a line about a setting that is watched, without its line end. Called by any thread, under a guard: it must be
+    /// quick.
+    using Teller = std::function<void(const std::string& line)>;
+
+    /// `run` is not owned and outlives the console.
+    ControlConsole(LiveRun& run, Teller teller);
+    ~ControlConsole();
+    ControlConsole(const ControlConsole&) = delete;
+    ControlConsole& operator=(const ControlConsole&) = delete;
+
+    /// The answer to a request, line ends included.
+    std::string answer(std::string_view request);
+
+private:
+    using Lines = std::vector<std::string>;
+
+    Lines execute(std::string_view request);
+    Lines list(std::string_view pattern) const;
+    Lines watch(std::string_view pattern);
+
+    LiveRun& run;
+    const Teller tell;
+    std::vector<std::unique_ptr<SettingWatch>> watches;
+};
+
+} // namespace Quillmere::Host

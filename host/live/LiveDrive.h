@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/graph/Timeline.h"
+#include "host/live/LiveClock.h"
+#include "host/live/PipeWatcher.h"
+#include "host/run/RunEnd.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+namespace Quillmere::Host {
+
+/// What the layouts of a live run share: how time passes, what still drives the run, and how it ends.
+///
+/// A run is over when nothing new comes: its sources have ended, or its generators have reached their limit, or somebody
+/// has said so. Layouts then let out what is in their links. A run that is cut leaves everything where it is.
+class LiveDrive {
+public:
+    LiveDrive(double speed, const RunLimit& runLimit, bool counts, Timeline& graphsTimeline)
+        : clock(speed), limit(runLimit), countsSteps(counts), timeline(graphsTimeline) {}
+
+    LiveClock clock;
+    const RunLimit limit;
+    const bool countsSteps; ///< Whether layouts count their blocks' steps and take the time of some.
+    PipeWatcher pipes;
+    Timeline& timeline;
+    std::uint64_t mostDrainRounds = 0; ///< For a layout, when the run is over. [setup]
+
+    /// How many sources, or where there are none layouts with generators, keep the run going. [setup]
+    void setDrivers(unsigned count) { driversLeft = count; }
+    /// One of them has nothing more. [run]
+    void endDriver() {
+        if (--driversLeft == 0) end();
+    }
+    /// Nothing new shall come. [any]
+    void end();
+    /// The run ends here and now, for this reason; of several the first counts. [any]
+    void cut(const std::string& reason);
+
+    /// [any]
+    bool getIsOver() const { return isOver.load(std::memory_order_relaxed); }
+    bool getIsCut() const { return isCut.load(std::memory_order_relaxed); }
+    /// Why the run was cut; empty if it wasn't. [any]
+    std::string getFailure() const;
+    /// Sleeps until the run is over or cut. [any]
+    void waitForEnd() const;
+
+private:
+    std::atomic<unsigned> driversLeft{0};
+    std::atomic<bool> isOver{false};
+    std::atomic<bool> isCut{false};
+    mutable std::mutex state;
+    mutable std::condition_variable hasEnded;
+    std::string failure; ///< Under `state`.
+};
+
+} // namespace Quillmere::Host

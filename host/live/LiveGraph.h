@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/graph/Graph.h"
+#include "host/live/ControlException.h"
+#include "host/live/LiveLayout.h"
+#include "host/live/LiveStatistics.h"
+
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// A link as somebody asks for it: the ends as `block.pin`.
+struct LinkRequest {
+    std::string from;
+    std::string to;
+    std::uint32_t buffer = 1;
+    bool isNewestFirst = false;
+};
+
+/// The blocks of a live run by name, dealt out to the layouts of the graph, and what of that may be changed while it runs.
+///
+/// Requires of everything that changes links or layouts: the caller is not inside a step, a handler or an observer, which
+/// hold a gate already.
+class LiveGraph {
+public:
+    /// Deals the graph's blocks out. None of the three is owned. [setup]
+    LiveGraph(Graph& graph, const BlockCatalogue& catalogue, LiveDrive& drive);
+    /// Requires: no thread runs.
+    ~LiveGraph();
+
+    /// Reads what each recording begins with, for the time of the start, and starts a thread for each layout. [setup]
+    void start();
+    /// Whether all layouts sleep and nothing wakes them. [any]
+    bool getIsAtRest();
+    /// Wakes all layouts for a look. [any]
+    void stir();
+    /// Wakes all layouts for good and waits until their threads have ended. [setup]
+    void stop();
+    /// Rounds of all layouts. [any]
+    std::uint64_t getRounds() const;
+
+    /// What there is by that name. Raises `ControlException`. [any]
+    Core::Filter& getBlock(const std::string& id) const;
+    /// By `block.Setting`, split at the first dot. Raises `ControlException`. [any]
+    Core::AbstractProperty& getProperty(const std::string& name) const;
+    /// In the order of the file, then in that in which they were added. [any]
+    std::vector<Core::Filter*> getBlocks() const;
+    /// The layout that runs a block looks at it again. [any]
+    void lookAgain(const Core::Filter& block);
+
+    /// What `LiveRun` offers. Raise `ControlException`. [any]
+    void move(const std::string& block, const std::string& layout);
+    void attach(const LinkRequest& request);
+    void detach(const std::string& input);
+    void add(const std::string& id, const std::string& type, const std::string& layout);
+    LiveStatistics getStatistics();
+
+private:
+    /// The two sides of the first dot.
+    struct Address {
+        std::string block;
+        std::string member;
+    };
+    static Address addressOf(const std::string& name, const char* member);
+    Core::AbstractInputPin& getInput(const std::string& name) const;
+    Core::AbstractOutputPin& getOutput(const std::string& name) const;
+    LiveLayout& getLayout(const std::string& id);
+    LiveLayout* layoutOf(const Core::Filter& block);
+
+    void dealOut();
+    void placeTimeline();
+    void anchorClock();
+    void arrange(LiveLayout& layout);
+    void arrangeAll();
+    LiveStatistics::Block statisticsOf(Core::Filter& block);
+
+    Graph& graph;
+    const BlockCatalogue& catalogue;
+    LiveDrive& drive;
+    std::deque<LiveSource> sources;
+    std::deque<Core::LayoutManager> managers;
+    std::deque<LiveLayout> layouts; ///< One for each manager.
+    std::mutex structure;     ///< Taken before any gate by who changes links, layouts or the set of blocks.
+    mutable std::mutex names; ///< Innermost; held for a look at `blocks`.
+    std::vector<Core::Filter*> blocks; ///< Under `names`; changed under `structure` too.
+    std::vector<BlockPtr> added;       ///< Blocks that the graph doesn't own. Under `structure`.
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: MIT
+#include "host/live/LiveLayout.h"
+
+#include <algorithm>
+
+namespace Quillmere::Host {
+
+namespace {
+/// Passes from one whose steps are timed to the next; a prime, so that no steady pattern of passes falls in with it.
+constexpr std::uint64_t kPassesBetweenMeasurements = 67;
+/// Between two rounds of a clock whose time stamps can't tell when the next is due.
+constexpr std::chrono::milliseconds kPaceOfTimelessClock{10};
+} // namespace
+
+class LiveLayout::Pass {
+public:
+    explicit Pass(LiveLayout& owner) : self(owner) {}
+    bool begin() {
+        kind = self.choose();
+        if (kind == Kind::None) return false;
+        self.isMeasuring = self.drive.countsSteps && ++self.passes % kPassesBetweenMeasurements == 0;
+        return true;
+    }
+    void step(Core::Filter& block) { self.step(block, kind); }
+    void end() { self.endPass(kind); }
+
+    Kind kind = Kind::None;
+
+private:
+    LiveLayout& self;
+};
+
+LiveLayout::LiveLayout(std::string layoutId, Core::LayoutManager& blocks, LiveDrive& liveDrive)
+    : id(std::move(layoutId)), layout(blocks), drive(liveDrive) {}
+
+void LiveLayout::refresh(std::deque<LiveSource>& runSources) {
+    const std::vector<Core::Filter*>& blocks = layout.getFilters();
+    sources.clear();
+    for (LiveSource& source : runSources)
+        // the layout first: what is held elsewhere is another thread's
+        if (source.source->getManager() == &layout && !source.hasEnded) sources.push_back(&source);
+    sinks.clear();
+    for (Core::Filter* const block : blocks)
+        if (auto* const sink = dynamic_cast<Sink*>(block)) sinks.push_back(sink);
+    if (runSources.empty() && clock == nullptr) {
+        clock = std::make_unique<GeneratorClock>(blocks);
+        if (clock->getBlock() == nullptr) clock = nullptr;
+    }
+    waiting.watch(blocks);
+    hasWakingLinks = waiting.getHasWakingLinks();
+    passesLeft = waiting.getMostRounds();
+    gatherRows();
+}
+
+/// Where a round of this layout is all that a sink's row can come from, the round makes the row; else the time stamp does.
+void LiveLayout::gatherRows() {
+    for (Sink* const sink : sinks) {
+        const auto isFromElsewhere = [this](const Core::AbstractInputPin* pin) {
+            const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
+            return sender != nullptr && Core::layoutOf(*sender) != &layout;
+        };
+        const auto& pins = sink->getInputPins();
+        const bool isDriven = clock != nullptr || !sources.empty();
+        sink->setGathersByTime(!isDriven || std::any_of(pins.begin(), pins.end(), isFromElsewhere));
+    }
+}
+
+void LiveLayout::start() {
+    getGate().setSleepsBetweenPasses(true);
+    thread = std::thread([this] { run(); });
+}
+
+void LiveLayout::join() {
+    if (thread.joinable()) thread.join();
+}
+
+void LiveLayout::lookAgain() {
+    isLookWanted = true;
+    getGate().stir();
+}
+
+void LiveLayout::run() {
+    try {
+        while (!drive.getIsCut() && !getGate().getIsShutDown())
+            turn();
+    } catch (const std::exception& exception) {
+        drive.cut(failureText(current, streamTime, exception));
+    }
+}
+
+void LiveLayout::turn() {
+    // Before the look at the blocks: what comes behind it keeps the layout from falling asleep.
+    const unsigned reasons = getGate().takeReasons();
+    if (reasons != 0 && ((reasons & Core::Synchronizer::kSignal) != 0 || isLookWanted.exchange(false))) {
+        isPassWanted = true;
+        if (!isDraining) passesLeft = std::max<std::uint64_t>(waiting.getMostRounds(), 1);
+    }
+    Pass pass(*this);
+    layout.runPass(pass);
+    if (isTimelineDue) {
+        // Outside the gate: it writes settings of blocks in other layouts.
+        isTimelineDue = false;
+        drive.timeline.apply(timelineTime);
+        return;
+    }
+    const bool hasDriver = clock != nullptr || !sources.empty();
+    if (pass.kind == Kind::None || (!isPassWanted && !hasDriver)) getGate().sleep(due);
+}
+
+LiveLayout::Kind LiveLayout::choose() {
+    due = Clock::time_point::max();
+    if (drive.getIsOver() && !isDraining) beginDrain();
+    if (!isDraining && (clock != nullptr ? chooseClock() : chooseSource())) return Kind::Round;
+    if (isTimelineDue || !isPassWanted || passesLeft == 0) return Kind::None;
+    --passesLeft;
+    return Kind::Other;
+}
+
+/// Whether one of the sources begins a round: of those whose next sample is due the one with the earliest.
+bool LiveLayout::chooseSource() {
+    if (sources.empty()) return false;
+    const Clock::time_point now = drive.clock.getIsUnpaced() ? Clock::time_point::min() : Clock::now();
+    Source* next = nullptr;
+    for (std::size_t i = 0; i < sources.size();) {
+        LiveSource& candidate = *sources[i];
+        const bool isReady = getIsReady(candidate);
+        if (candidate.hasEnded) {
+            sources.erase(sources.begin() + static_cast<std::ptrdiff_t>(i));
+            drive.endDriver();
+            continue;
+        }
+        ++i;
+        if (!isReady) continue;
+        Source& source = *candidate.source;
+        const bool comesByItself = source.getIsPiped();
+        const Clock::time_point dueTime =
+            comesByItself ? Clock::time_point::min() : drive.clock.dueOf(source.getNextTimeStamp());
+        if (dueTime > now)
+            due = std::min(due, dueTime);
+        else if (next == nullptr || source.getNextTimeStamp() < next->getNextTimeStamp())
+            next = &source;
+    }
+    current = nullptr;
+    if (next == nullptr) return false;
+    streamTime = next->getNextTimeStamp();
+    if (!beginRound(streamTime)) return false;
+    next->release();
+    return true;
+}
+
+/// Whether the source has a sample; notes its end. One that waits for who writes its pipe will wake the layout.
+bool LiveLayout::getIsReady(LiveSource& source) {
+    current = source.source;
+    if (source.source->getIsPiped() && !source.source->getIsPrepared()) {
+        drive.pipes.watch(source.source->getDescriptor(), getGate());
+        return false;
+    }
+    source.hasEnded = !source.source->prepare();
+    return !source.hasEnded;
+}
+
+bool LiveLayout::chooseClock() {
+    if (isClockDone) return false;
+    if (!hasClockStepped) {
+        if (drive.limit.getIsAny() && clock->getIsReached(drive.limit, rounds.get())) {
+            isClockDone = true;
+            drive.endDriver();
+            return false;
+        }
+        if (clockDue > Clock::now()) {
+            due = clockDue;
+            return false;
+        }
+        stepClock();
+    }
+    if (!beginRound(clock->getElapsed())) return false;
+    hasClockStepped = false;
+    return true;
+}
+
+void LiveLayout::stepClock() {
+    const double before = clock->getTime();
+    current = clock->getBlock();
+    clock->step();
+    if (drive.countsSteps) clock->getBlock()->stepTally.steps.add(1);
+    current = nullptr;
+    hasClockStepped = true;
+    streamTime = clock->getTime();
+    const bool tellsTime = !clock->getIsWallClock() && streamTime > before;
+    if (!drive.clock.getIsUnpaced())
+        clockDue = tellsTime ? drive.clock.dueOf(clock->getElapsed()) : Clock::now() + kPaceOfTimelessClock;
+}
+
+/// False when the timeline has something to do first.
+bool LiveLayout::beginRound(double time) {
+    if (appliesTimeline && drive.timeline.getIsDue(time)) {
+        isTimelineDue = true;
+        timelineTime = time;
+        return false;
+    }
+    for (Sink* const sink : sinks)
+        sink->setStreamTime(streamTime);
+    return true;
+}
+
+void LiveLayout::step(Core::Filter& block, Kind kind) {
+    const bool rests = kind == Kind::Round ? &block == getClock() : block.getInputPins().empty();
+    if (rests) return;
+    current = &block;
+    if (isMeasuring)
+        stepMeasured(block);
+    else
+        block.process();
+    if (drive.countsSteps) block.stepTally.steps.add(1);
+}
+
+void LiveLayout::stepMeasured(Core::Filter& block) {
+    const Clock::time_point begin = Clock::now();
+    block.process();
+    const auto spent = std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - begin);
+    block.stepTally.measuredSteps.add(1);
+    block.stepTally.nanoseconds.add(static_cast<std::uint64_t>(spent.count()));
+}
+
+void LiveLayout::endPass(Kind kind) {
+    current = nullptr;
+    isPassWanted = false;
+    if (kind == Kind::Round) rounds.add(1);
+    if (kind == Kind::Round && !hasWakingLinks) return;
+    const bool hasChanged = waiting.count();
+    const bool hasDriver = !isDraining && (clock != nullptr || !sources.empty());
+    const bool isLeft = hasDriver ? waiting.getIsAnyWaking() : waiting.getIsAny();
+    // Where samples come in between, as many may wait as before although some have moved; else as many as before means
+    // a loop at a steady pace.
+    isPassWanted = isLeft && (hasWakingLinks ? waiting.getHasMoved() : hasChanged);
+}
+
+/// Nothing new comes: from now on only what is in the links moves.
+void LiveLayout::beginDrain() {
+    isDraining = true;
+    passesLeft = drive.mostDrainRounds;
+    waiting.count();
+    isPassWanted = isPassWanted || waiting.getIsAny();
+}
+
+} // namespace Quillmere::Host

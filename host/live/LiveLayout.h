@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/Quillmere.h"
+#include "host/graph/HostBlock.h"
+#include "host/live/LiveDrive.h"
+#include "host/run/GeneratorClock.h"
+#include "host/run/WaitingSamples.h"
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// A source of a live run, and whether it has ended. Touched under the gate of the layout that holds the block.
+struct LiveSource {
+    Source* source;
+    bool hasEnded = false;
+};
+
+/// One layout of a live run: a thread that steps its blocks as long as anything moves, and sleeps else.
+///
+/// There are two kinds of passes. A round begins with a source whose next sample is due, or with the step of the layout's
+/// clock; it is the offline runner's round. Any other pass is there for what comes from other threads: samples over links
+/// that wake the layout, settings. Sources and generators rest in it.
+class LiveLayout {
+public:
+    /// Neither is owned; both outlive the layout's thread.
+    LiveLayout(std::string id, Core::LayoutManager& blocks, LiveDrive& drive);
+
+    const std::string& getId() const { return id; }
+    Core::LayoutManager& getBlocks() { return layout; }
+    Core::Synchronizer& getGate() { return layout.getSynchronizer(); }
+
+    /// Takes up what the layout holds now. `runSources` are all of the run's; where there are none, a generator is the
+    /// layout's clock. Requires: the gate is held, or no thread runs. [any, guarded]
+    void refresh(std::deque<LiveSource>& runSources);
+    /// Whether its rounds tell the time for the graph's timeline. [setup]
+    void setAppliesTimeline(bool flag) { appliesTimeline = flag; }
+    /// The generator that is its clock; null where there is none. Requires: the gate is held, or no thread runs.
+    const Core::Filter* getClock() const { return clock == nullptr ? nullptr : clock->getBlock(); }
+    /// More passes than it takes to let out what is in the links. Requires: no thread runs. [setup]
+    std::uint64_t getMostRounds() const { return waiting.getMostRounds(); }
+
+    /// [setup]
+    void start();
+    void join();
+    /// Something outside has changed: another pass, please. [any]
+    void lookAgain();
+    /// Rounds so far. [any]
+    std::uint64_t getRounds() const { return rounds.get(); }
+
+private:
+    class Pass;
+    using Clock = Core::Synchronizer::Clock;
+    enum class Kind { None, Round, Other };
+
+    void run();
+    void turn();
+    Kind choose();
+    bool chooseSource();
+    bool getIsReady(LiveSource& source);
+    bool chooseClock();
+    void stepClock();
+    bool beginRound(double time);
+    void step(Core::Filter& block, Kind kind);
+    void stepMeasured(Core::Filter& block);
+    void endPass(Kind kind);
+    void beginDrain();
+    void gatherRows();
+
+    const std::string id;
+    Core::LayoutManager& layout;
+    LiveDrive& drive;
+    std::thread thread;
+    std::atomic<bool> isLookWanted{false};
+    Core::Tally rounds;
+    bool appliesTimeline = false;
+
+    // The thread's own, changed by others under the gate.
+    std::vector<LiveSource*> sources; ///< Those of the layout that have not ended.
+    std::vector<Sink*> sinks;
+    std::unique_ptr<GeneratorClock> clock; ///< Null where sources drive the run.
+    WaitingSamples waiting;
+    bool hasWakingLinks = false;
+
+    const Core::Filter* current = nullptr; ///< The block that is being stepped or read, for messages.
+    double streamTime = 0.0;               ///< Seconds; of the last round.
+    double timelineTime = 0.0;             ///< Seconds; what the timeline is asked for.
+    bool isTimelineDue = false;            ///< It has something to do first, outside the gate.
+    bool hasClockStepped = false;          ///< And the rest of its round is to come.
+    bool isClockDone = false;              ///< It has reached the run's limit.
+    bool isDraining = false;
+    bool isPassWanted = true;
+    std::uint64_t passesLeft = 0; ///< Before what goes round in a loop is left alone.
+    std::uint64_t passes = 0;
+    bool isMeasuring = false; ///< Whether this pass takes the time of each step.
+    Clock::time_point due;    ///< Until when the layout may sleep.
+    Clock::time_point clockDue = Clock::time_point::min();
+};
+
+} // namespace Quillmere::Host

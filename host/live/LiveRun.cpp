@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+#include "host/live/LiveRun.h"
+
+#include "host/live/LiveDrive.h"
+#include "host/live/LiveGraph.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace Quillmere::Host {
+
+namespace {
+/// Between two looks whether a run that is over has come to rest.
+constexpr std::chrono::milliseconds kLook{1};
+} // namespace
+
+class LiveRun::Implementation {
+public:
+    Implementation(Graph& runGraph, const BlockCatalogue& catalogue, const LiveOptions& options)
+        : graph(runGraph), drive(options.speed, options.limit, options.countsSteps, runGraph.getTimeline()),
+          live(runGraph, catalogue, drive), settings(live) {}
+    ~Implementation() {
+        drive.cut("the run was given up");
+        if (supervisor.joinable()) supervisor.join();
+    }
+
+    void start() {
+        state = State::Running;
+        try {
+            live.start();
+        } catch (const std::exception& exception) {
+            drive.cut(exception.what());
+        }
+        supervisor = std::thread([this] { supervise(); });
+    }
+
+    Graph& graph;
+    LiveDrive drive;
+    LiveGraph live;
+    LiveSettings settings;
+    std::atomic<State> state{State::Ready};
+    std::mutex ending;
+    std::condition_variable hasEnded;
+    std::string failure; ///< Under `ending`.
+
+private:
+    /// Sleeps as long as the run runs; then sees it to its end.
+    void supervise() {
+        drive.waitForEnd();
+        state = State::Ending;
+        live.stir();
+        while (!drive.getIsCut() && !live.getIsAtRest())
+            std::this_thread::sleep_for(kLook);
+        live.stop();
+        drive.pipes.stop();
+        std::string reason = drive.getFailure();
+        try {
+            endSinks(graph.getSinks(), reason.empty());
+        } catch (const RunException& exception) {
+            reason = exception.what();
+        }
+        const std::lock_guard lock(ending);
+        failure = reason;
+        state = reason.empty() ? State::Ended : State::Failed;
+        hasEnded.notify_all();
+    }
+
+    std::thread supervisor;
+};
+
+LiveRun::LiveRun(Graph& graph, const BlockCatalogue& catalogue, const LiveOptions& options)
+    : implementation(std::make_unique<Implementation>(graph, catalogue, options)) {}
+
+LiveRun::~LiveRun() = default;
+
+void LiveRun::start() {
+    implementation->start();
+}
+
+void LiveRun::stop() {
+    implementation->drive.end();
+}
+
+void LiveRun::interrupt(const std::string& reason) {
+    implementation->drive.cut(reason);
+}
+
+LiveRun::State LiveRun::getState() const {
+    return implementation->state;
+}
+
+RunProgress LiveRun::getProgress() const {
+    RunProgress progress;
+    progress.rounds = implementation->live.getRounds();
+    for (const Source* const source : implementation->graph.getSources())
+        progress.rows += source->getRows();
+    return progress;
+}
+
+void LiveRun::wait() {
+    std::unique_lock lock(implementation->ending);
+    implementation->hasEnded.wait(lock, [this] { return getState() >= State::Ended; });
+    if (getState() == State::Failed) throw RunException(implementation->failure);
+}
+
+bool LiveRun::waitFor(std::chrono::milliseconds time) {
+    std::unique_lock lock(implementation->ending);
+    return implementation->hasEnded.wait_for(lock, time, [this] { return getState() >= State::Ended; });
+}
+
+std::vector<SettingState> LiveRun::list(const std::string& pattern) const {
+    return implementation->settings.list(pattern);
+}
+
+SettingState LiveRun::read(const std::string& name) const {
+    return implementation->settings.read(name);
+}
+
+void LiveRun::write(const std::string& name, const std::string& value) {
+    implementation->settings.write(name, value);
+}
+
+void LiveRun::fire(const std::string& name) {
+    implementation->settings.fire(name);
+}
+
+std::unique_ptr<SettingWatch> LiveRun::observe(const std::string& pattern,
+                                               SettingWatch::Handler handler) const {
+    return implementation->settings.observe(pattern, std::move(handler));
+}
+
+LiveStatistics LiveRun::getStatistics() {
+    return implementation->live.getStatistics();
+}
+
+void LiveRun::move(const std::string& block, const std::string& layout) {
+    implementation->live.move(block, layout);
+}
+
+void LiveRun::attach(const LinkRequest& request) {
+    implementation->live.attach(request);
+}
+
+void LiveRun::detach(const std::string& input) {
+    implementation->live.detach(input);
+}
+
+void LiveRun::add(const std::string& id, const std::string& type, const std::string& layout) {
+    implementation->live.add(id, type, layout);
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/live/LiveSettings.h"
+#include "host/live/LiveStatistics.h"
+#include "host/run/RunEnd.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+struct LiveOptions {
+    /// Stream time by real time: above 0, and infinite for as fast as it can. Pipes are never waited for longer than they
+    /// take.
+    double speed = 1.0;
+    RunLimit limit;          ///< For a graph without sources. None: it runs until it is told to stop.
+    bool countsSteps = true; ///< Whether the statistics have steps and times; samples are counted always.
+};
+
+/// Runs a graph live: a thread for each of its layouts, recordings paced by their time stamps, pipes read as they come, and
+/// everything that a graph has of settings, links and layouts open to change while it runs.
+///
+/// Every operation may be called by any thread, but not from a step, a handler or an observer; those that change links or
+/// layouts wait for steps that are under way. What is refused is a `ControlException`.
+class QUILLMERE_API LiveRun {
+public:
+    enum class State { Ready, Running, Ending, Ended, Failed };
+
+    /// Requires: the graph has no complaints, its sources and sinks are open; it and the catalogue outlive the run.
+    LiveRun(Graph& graph, const BlockCatalogue& catalogue, const LiveOptions& options = {});
+    /// Cuts a run that has not ended.
+    ~LiveRun();
+    LiveRun(const LiveRun&) = delete;
+    LiveRun& operator=(const LiveRun&) = delete;
+
+    /// Requires: not called before.
+    void start();
+    /// Ends the run: sources give no more, what is in the links comes out, and the results are whole.
+    void stop();
+    /// Ends it at once, as a failure with this reason: the results stay under their partial names.
+    void interrupt(const std::string& reason);
+    State getState() const;
+    RunProgress getProgress() const;
+
+    /// Waits until the run has ended, all threads and results with it. Raises `RunException` when it failed.
+    void wait();
+    /// Waits so long at most; true when the run has ended.
+    bool waitFor(std::chrono::milliseconds time);
+
+    /// Settings and commands as `block.Setting`; values are written as in a graph file. Patterns have `*` and `?`.
+    std::vector<SettingState> list(const std::string& pattern = "*") const;
+    SettingState read(const std::string& name) const;
+    void write(const std::string& name, const std::string& value);
+    void fire(const std::string& name);
+    std::unique_ptr<SettingWatch> observe(const std::string& pattern, SettingWatch::Handler handler) const;
+    LiveStatistics getStatistics();
+
+    /// Moves a block to another layout: its links choose their kind anew, and what is in flight on them is lost.
+    void move(const std::string& block, const std::string& layout);
+    /// Makes a link, takes down the one of an input.
+    void attach(const LinkRequest& request);
+    void detach(const std::string& input);
+    /// Adds a block of a plug-in, without links and with the settings that it is born with.
+    void add(const std::string& id, const std::string& type, const std::string& layout);
+
+private:
+    class Implementation;
+    const std::unique_ptr<Implementation> implementation;
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#include "host/live/LiveSettings.h"
+
+#include "framework/core/CommandProperty.h"
+#include "host/graph/PropertyWriter.h"
+#include "host/plugins/BlockDescription.h"
+
+#include <Poco/Exception.h>
+
+#include <fnmatch.h>
+
+#include <algorithm>
+
+namespace Quillmere::Host {
+
+namespace {
+SettingState stateOf(const Core::AbstractProperty& property, const std::string& name) {
+    const PropertyDescription description = describe(property);
+    const bool isCommand = description.kind == PropertyDescription::Kind::Command;
+    return {name, valueText(description), isCommand ? "" : expectedText(description), isCommand,
+            description.isWritable};
+}
+
+/// Names may hold brackets, which a pattern reads as a set of letters.
+bool matches(const std::string& pattern, const std::string& name) {
+    return pattern == name || ::fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
+}
+
+/// The setting's own words.
+std::string wordsOf(const Poco::Exception& exception) {
+    return exception.message().empty() ? exception.name() : exception.message();
+}
+
+template <class Action>
+void withRefusalsTold(Action action) {
+    try {
+        action();
+    } catch (const Poco::Exception& exception) {
+        throw ControlException(wordsOf(exception));
+    } catch (const ControlException&) {
+        throw;
+    } catch (const std::exception& exception) {
+        throw ControlException(exception.what());
+    }
+}
+
+void raise(const Complaints& complaints) {
+    if (complaints.isEmpty()) return;
+    const Complaint first = complaints.getSorted().front();
+    throw ControlException("found " + first.found + "; expected " + first.expected +
+                           (first.suggestion.empty() ? "" : "; did you mean " + first.suggestion + "?"));
+}
+} // namespace
+
+SettingWatch::SettingWatch(std::vector<Core::AbstractProperty*> watched,
+                           std::vector<std::string> watchedNames, Handler handler)
+    : properties(std::move(watched)), names(std::move(watchedNames)), onChange(std::move(handler)) {
+    for (Core::AbstractProperty* const property : properties)
+        property->addObserver(*this);
+}
+
+SettingWatch::~SettingWatch() {
+    for (Core::AbstractProperty* const property : properties)
+        property->removeObserver(*this);
+}
+
+void SettingWatch::tell(const Core::AbstractProperty& property) const {
+    const auto found = std::find(properties.begin(), properties.end(), &property);
+    if (found == properties.end()) return;
+    onChange(stateOf(property, names[static_cast<std::size_t>(found - properties.begin())]));
+}
+
+std::vector<SettingState> LiveSettings::list(const std::string& pattern) const {
+    std::vector<SettingState> states;
+    for (const Core::Filter* const block : graph.getBlocks())
+        for (const Core::AbstractProperty* const property : block->getPropertyBag()) {
+            const std::string name = block->getName() + "." + property->getName();
+            if (matches(pattern, name)) states.push_back(stateOf(*property, name));
+        }
+    return states;
+}
+
+SettingState LiveSettings::read(const std::string& name) const {
+    return stateOf(graph.getProperty(name), name);
+}
+
+void LiveSettings::write(const std::string& name, const std::string& text) {
+    Core::AbstractProperty& property = graph.getProperty(name);
+    Complaints complaints;
+    const auto value = readValueText(text, name, false, complaints);
+    if (value) withRefusalsTold([&] { writePropertyOrRaise(property, *value, complaints); });
+    raise(complaints);
+    graph.lookAgain(graph.getBlock(name.substr(0, name.find('.'))));
+}
+
+void LiveSettings::fire(const std::string& name) {
+    auto* const command = dynamic_cast<Core::CommandProperty*>(&graph.getProperty(name));
+    if (command == nullptr)
+        throw ControlException("found the setting '" + name +
+                               "'; expected a command, which is fired, not set");
+    withRefusalsTold([&] { command->fire(); });
+    graph.lookAgain(graph.getBlock(name.substr(0, name.find('.'))));
+}
+
+std::unique_ptr<SettingWatch> LiveSettings::observe(const std::string& pattern,
+                                                    SettingWatch::Handler handler) const {
+    std::vector<Core::AbstractProperty*> properties;
+    std::vector<std::string> names;
+    for (Core::Filter* const block : graph.getBlocks())
+        for (Core::AbstractProperty* const property : block->getPropertyBag()) {
+            std::string name = block->getName() + "." + property->getName();
+            if (!matches(pattern, name)) continue;
+            properties.push_back(property);
+            names.push_back(std::move(name));
+        }
+    if (properties.empty())
+        throw ControlException("found no setting that '" + pattern + "' matches; expected one at least");
+    return std::make_unique<SettingWatch>(std::move(properties), std::move(names), std::move(handler));
+}
+
+} // namespace Quillmere::Host
