@@ -16,10 +16,13 @@ class App;
 namespace Quillmere::Host {
 class Complaints;
 class Graph;
+struct RunProgress;
 } // namespace Quillmere::Host
 
 /// The commands of `quillmere`: each enters its options and gives back what main calls when the command is named.
 namespace Cli {
+
+class ProgressLine;
 
 /// What a call of the program ends with.
 enum ExitCode : int {
@@ -102,11 +105,33 @@ public:
 
 private:
     void checkLimit(const Quillmere::Host::Graph& graph, Quillmere::Host::Complaints& complaints) const;
+    bool showsProgress() const;
+    Quillmere::Host::RunProgress runOffline(Quillmere::Host::Graph& graph, ProgressLine& progress) const;
+    Quillmere::Host::RunProgress runLive(Quillmere::Host::Graph& graph,
+                                         const Quillmere::Host::BlockCatalogue& catalogue,
+                                         ProgressLine& progress) const;
 
     GraphArguments arguments;
     std::optional<std::uint64_t> steps; ///< Rounds.
     std::optional<double> duration;     ///< Seconds of stream time.
+    std::string speed = "1";
+    std::string control; ///< Empty for none.
+    bool isLive = false;
     bool isQuiet = false;
+    bool printsStatistics = false;
+};
+
+/// Asks a run that listens at a `--control` path.
+class CtlCommand final : public Command {
+public:
+    explicit CtlCommand(CLI::App& command);
+    ExitCode run() override;
+
+private:
+    std::string request() const;
+
+    std::string path;
+    std::vector<std::string> words;
 };
 
 } // namespace Cli

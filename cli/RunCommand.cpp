@@ -2,7 +2,10 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
+#include "cli/RunReport.h"
 #include "host/graph/Graph.h"
+#include "host/live/ControlServer.h"
+#include "host/live/LiveRun.h"
 #include "host/run/OfflineRunner.h"
 
 #include <CLI/CLI.hpp>
@@ -10,10 +13,10 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <charconv>
 #include <chrono>
+#include <cmath>
 #include <csignal>
-#include <cstdio>
-#include <iostream>
 #include <limits>
 
 namespace Cli {
@@ -22,9 +25,8 @@ using namespace Quillmere::Host;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 std::atomic<bool> isStopped{false};
+constexpr std::chrono::milliseconds kLookForSignals{100};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may set only what needs no lock");
 
 /// Asks the run to end; a second signal ends the program at once.
@@ -36,81 +38,19 @@ void stopOnSignals() {
         sigaction(signal, &action, nullptr);
 }
 
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
+constexpr const char* kAsFastAsItCan = "max";
+
+double speedOf(const std::string& text) {
+    if (text == kAsFastAsItCan) return std::numeric_limits<double>::infinity();
+    double speed = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), speed);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber && std::isfinite(speed) ? speed : 0.0;
 }
 
-std::string formatted(const char* format, double number) {
-    char text[64];
-    std::snprintf(text, sizeof text, format, number);
-    return text;
-}
-
-/// What a run has done: rows of its recordings or, where there are none, rounds.
-struct Work {
-    Work(const RunProgress& progress, bool isWithoutRows)
-        : count(isWithoutRows ? progress.rounds : progress.rows), unit(isWithoutRows ? " rounds" : " rows") {}
-    std::uint64_t count;
-    const char* unit;
-};
-
-/// A line on a terminal that is written over again and again: rows a second, and how long the rest will take.
-class ProgressLine {
-public:
-    ProgressLine(Clock::time_point begin, bool countsRounds)
-        : start(begin), shown(begin), isWithoutRows(countsRounds) {}
-    ~ProgressLine() { clear(); }
-
-    void show(const RunProgress& progress) {
-        if (Clock::now() - shown < std::chrono::milliseconds(100)) return;
-        shown = Clock::now();
-        const double seconds = secondsSince(start);
-        const Work work(progress, isWithoutRows);
-        std::cerr << "\r\033[K" << work.count << work.unit << ", "
-                  << formatted("%.0f", static_cast<double>(work.count) / seconds) << work.unit << "/s";
-        if (progress.bytes > 0 && progress.bytesRead > 0) {
-            const double part = static_cast<double>(progress.bytesRead) / static_cast<double>(progress.bytes);
-            std::cerr << ", " << formatted("%.0f", 100.0 * part) << " %, "
-                      << formatted("%.0f", seconds * (1.0 - part) / part) << " s left";
-        }
-        std::cerr << std::flush;
-        isShown = true;
-    }
-    void clear() {
-        if (isShown) std::cerr << "\r\033[K" << std::flush;
-        isShown = false;
-    }
-
-private:
-    Clock::time_point start;
-    Clock::time_point shown;
-    bool isWithoutRows;
-    bool isShown = false;
-};
-
-void printSummary(const Graph& graph, const RunProgress& progress, double seconds) {
-    std::size_t width = 0;
-    for (const Graph::Node& node : graph.getNodes())
-        if (node.source != nullptr || node.sink != nullptr)
-            width = std::max(width, node.description->id.size());
-    const auto line = [&](const HostBlock& block, std::uint64_t rows, const char* direction) {
-        std::cout << "  " << block.getName() << std::string(width - block.getName().size() + 2, ' ') << rows
-                  << " rows " << direction << " " << block.getPath() << "\n";
-    };
-    const Work work(progress, graph.getSources().empty());
-    std::cout << graph.getName() << ": " << work.count << work.unit << " in " << formatted("%.2f", seconds)
-              << " s (" << formatted("%.0f", static_cast<double>(work.count) / seconds) << work.unit
-              << "/s)\n";
-    for (const Source* const source : graph.getSources())
-        line(*source, source->getRows(), "from");
-    for (const Sink* const sink : graph.getSinks())
-        line(*sink, sink->getRows(), "to");
-}
-
-void printFailure(const Graph& graph, const std::string& message) {
-    std::cerr << "quillmere: " << message << "\n";
-    for (const Sink* const sink : graph.getSinks())
-        std::cerr << "  incomplete: " << sink->getRows() << " rows in " << sink->getPartialPath() << "\n";
+std::string checkSpeed(const std::string& text) {
+    if (speedOf(text) > 0.0) return {};
+    return "found '" + text + "'; expected a factor above 0, or max";
 }
 
 } // namespace
@@ -126,13 +66,25 @@ RunCommand::RunCommand(CLI::App& command) {
         ->check(CLI::Range(std::numeric_limits<double>::min(), std::numeric_limits<double>::max(), "above 0"))
         ->excludes(rounds);
     command.add_flag("--quiet", isQuiet, "Print neither progress nor a summary.");
+    CLI::Option* const live = command.add_flag(
+        "--live", isLive, "Run in real time, a thread for each layout; pipes are read as they come.");
+    command.add_option("--speed", speed, "Pace recordings so many times as fast as they were taken, or max.")
+        ->type_name("FACTOR|max")
+        ->check(checkSpeed)
+        ->needs(live);
+    command.add_option("--control", control, "Let 'quillmere ctl PATH' read and change settings meanwhile.")
+        ->type_name("PATH")
+        ->needs(live);
+    command.add_flag("--stats", printsStatistics, "Print at the end what each block and link has done.")
+        ->needs(live);
 }
 
 /// A recording ends a run; a graph without one needs to be told when to end.
 void RunCommand::checkLimit(const Graph& graph, Complaints& complaints) const {
     const bool isLimited = steps || duration;
     const Place place{arguments.graph, 1, 1};
-    if (graph.getSources().empty() && !isLimited)
+    // Somebody ends a live run, sooner or later.
+    if (graph.getSources().empty() && !isLimited && !isLive)
         complaints.add(place, "a graph without a source", "--duration SECONDS or --steps N to end its run");
     if (!graph.getSources().empty() && isLimited)
         complaints.add(place,
@@ -141,10 +93,11 @@ void RunCommand::checkLimit(const Graph& graph, Complaints& complaints) const {
 }
 
 ExitCode RunCommand::run() {
-    const Clock::time_point start = Clock::now();
-    stopOnSignals();
+    const ProgressLine::Clock::time_point start = ProgressLine::Clock::now();
     const GraphChanges changes = changesOf(arguments);
     const BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
+    // A reader that goes away is a failure to write, which ends the run in order.
+    std::signal(SIGPIPE, SIG_IGN);
     Complaints complaints;
     const GraphDescription description = GraphDescription::read(arguments.graph, changes, complaints);
     Graph graph(description, catalogue, complaints);
@@ -152,23 +105,51 @@ ExitCode RunCommand::run() {
     checkLimit(graph, complaints);
     graph.openSources(complaints);
     complaints.raise();
-    graph.openSinks();
-
-    OfflineRunner runner(graph);
-    runner.setLimit({steps, duration});
+    stopOnSignals();
     ProgressLine progress(start, graph.getSources().empty());
-    if (!isQuiet && ::isatty(STDERR_FILENO) != 0)
-        runner.setProgressHandler([&](const RunProgress& now) { progress.show(now); });
+    RunProgress done;
     try {
-        runner.run(isStopped);
+        done = isLive ? runLive(graph, catalogue, progress) : runOffline(graph, progress);
     } catch (const RunException& exception) {
         progress.clear();
         printFailure(graph, exception.what());
         return kFailedMidway;
     }
     progress.clear();
-    if (!isQuiet) printSummary(graph, runner.getProgress(), secondsSince(start));
+    if (!isQuiet) printSummary(graph, done, start);
     return kDone;
+}
+
+bool RunCommand::showsProgress() const {
+    return !isQuiet && ::isatty(STDERR_FILENO) != 0;
+}
+
+RunProgress RunCommand::runOffline(Graph& graph, ProgressLine& progress) const {
+    graph.openSinks();
+    OfflineRunner runner(graph);
+    runner.setLimit({steps, duration});
+    if (showsProgress()) runner.setProgressHandler([&](const RunProgress& now) { progress.show(now); });
+    runner.run(isStopped);
+    return runner.getProgress();
+}
+
+RunProgress RunCommand::runLive(Graph& graph, const BlockCatalogue& catalogue, ProgressLine& progress) const {
+    LiveRun run(graph, catalogue, {.speed = speedOf(speed), .limit = {steps, duration}});
+    std::optional<ControlServer> server;
+    if (!control.empty()) server.emplace(control);
+    graph.openSinks();
+    if (server) server->serve(run);
+    run.start();
+    while (!run.waitFor(kLookForSignals)) {
+        if (isStopped) run.interrupt("interrupted");
+        if (showsProgress()) progress.show(run.getProgress());
+    }
+    progress.clear();
+    if (printsStatistics)
+        for (const std::string& line : run.getStatistics().getText())
+            reportStream(graph) << line << "\n";
+    run.wait();
+    return run.getProgress();
 }
 
 } // namespace Cli

@@ -24,10 +24,13 @@ int call(CLI::App& program, int count, char** arguments) {
     CLI::App& blocksApp = addCommand(program, "blocks", "List the block types, or show one.");
     CLI::App& responseApp =
         addCommand(program, "response", "Measure what a block does to each frequency: CSV, and a picture.");
+    CLI::App& ctlApp =
+        addCommand(program, "ctl", "Read and change the settings of a run with --live and --control.");
     Cli::RunCommand run(runApp);
     Cli::CheckCommand check(checkApp);
     Cli::BlocksCommand blocks(blocksApp);
     Cli::ResponseCommand response(responseApp);
+    Cli::CtlCommand ctl(ctlApp);
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
@@ -36,6 +39,7 @@ int call(CLI::App& program, int count, char** arguments) {
     Cli::Command& command = runApp.parsed()        ? static_cast<Cli::Command&>(run)
                             : checkApp.parsed()    ? static_cast<Cli::Command&>(check)
                             : responseApp.parsed() ? static_cast<Cli::Command&>(response)
+                            : ctlApp.parsed()      ? static_cast<Cli::Command&>(ctl)
                                                    : static_cast<Cli::Command&>(blocks);
     return command.run();
 }

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/graph/Graph.h"
+#include "host/run/RunEnd.h"
+
+#include <chrono>
+#include <string>
+
+namespace Cli {
+
+/// A line on a terminal that is written over again and again: rows a second, and how long the rest will take.
+class ProgressLine {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    ProgressLine(Clock::time_point begin, bool countsRounds)
+        : start(begin), shown(begin), isWithoutRows(countsRounds) {}
+    ~ProgressLine() { clear(); }
+
+    void show(const Quillmere::Host::RunProgress& progress);
+    void clear();
+
+private:
+    Clock::time_point start;
+    Clock::time_point shown;
+    bool isWithoutRows;
+    bool isShown = false;
+};
+
+/// Where people are told things: standard output, unless a result goes there.
+std::ostream& reportStream(const Quillmere::Host::Graph& graph);
+
+/// What a run has done, and what came from where and went to where.
+void printSummary(const Quillmere::Host::Graph& graph, const Quillmere::Host::RunProgress& progress,
+                  ProgressLine::Clock::time_point start);
+
+/// Why a run failed, and what is left of its results.
+void printFailure(const Quillmere::Host::Graph& graph, const std::string& message);
+
+} // namespace Cli
