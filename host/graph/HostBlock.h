@@ -98,6 +98,9 @@ public:
     virtual void setGathersByTime(bool flag) = 0;
     /// With true, each row is handed over as soon as it is written, for who reads along. [setup]
     virtual void setWritesThrough(bool flag) = 0;
+    /// Waits no more for who reads a pipe: a write that would have to raises `RecordingException`, also one that is under
+    /// way. [any]
+    virtual void giveUp() = 0;
     /// Ends the result: whole, not whole but kept, or thrown away. [setup]
     virtual void complete() = 0;
     virtual void abandon() = 0;

@@ -84,8 +84,19 @@ void LiveLayout::run() {
         while (!drive.getIsCut() && !getGate().getIsShutDown())
             turn();
     } catch (const std::exception& exception) {
-        drive.cut(failureText(current, streamTime, exception));
+        drive.cut(failureText(current, timeOfFailure(), exception));
     }
+}
+
+/// The round's time; in a layout without rounds that of the sample which the block took last.
+double LiveLayout::timeOfFailure() {
+    if (current == nullptr || rounds.get() > 0) return streamTime;
+    const Core::Synchronizer::DisablerLocker guard(&getGate(), nullptr);
+    double time = streamTime;
+    for (const Core::AbstractInputPin* const pin : current->getInputPins())
+        if (const auto* const input = dynamic_cast<const Core::InputPin<Core::MatrixXd>*>(pin))
+            time = std::max(time, input->getTimeStamp());
+    return time;
 }
 
 void LiveLayout::turn() {

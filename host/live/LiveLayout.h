@@ -61,6 +61,7 @@ private:
     enum class Kind { None, Round, Other };
 
     void run();
+    double timeOfFailure();
     void turn();
     Kind choose();
     bool chooseSource();

@@ -53,6 +53,9 @@ private:
         live.stir();
         while (!drive.getIsCut() && !live.getIsAtRest())
             std::this_thread::sleep_for(kLook);
+        if (drive.getIsCut())
+            for (Sink* const sink : graph.getSinks())
+                sink->giveUp();
         live.stop();
         drive.pipes.stop();
         std::string reason = drive.getFailure();

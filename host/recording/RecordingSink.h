@@ -37,6 +37,7 @@ public:
     void setStreamTime(double seconds) override { streamTime = seconds; }
     void setGathersByTime(bool flag) override;
     void setWritesThrough(bool flag) override { writesThrough = flag; }
+    void giveUp() override { table->giveUp(); }
     void complete() override;
     void abandon() override;
     void discard() override;

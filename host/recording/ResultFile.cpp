@@ -5,16 +5,23 @@
 #include "host/recording/StandardStream.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
 
 namespace Quillmere::Host {
+
+namespace {
+constexpr int kLookForGivenUp = 100; ///< Milliseconds.
+} // namespace
 
 std::string ResultFile::resolve(const std::string& path) {
     std::error_code error;
@@ -60,12 +67,21 @@ ResultFile::~ResultFile() {
 
 void ResultFile::write(const char* bytes, std::size_t count) {
     while (count > 0) {
-        const ssize_t written = ::write(file, bytes, count);
+        if (isDirect) waitForReader();
+        // A pipe that has room takes so much without waiting.
+        const ssize_t written =
+            ::write(file, bytes, isDirect ? std::min<std::size_t>(count, PIPE_BUF) : count);
         if (written < 0 && errno == EINTR) continue;
         if (written < 0) fail("cannot be written");
         bytes += written;
         count -= static_cast<std::size_t>(written);
     }
+}
+
+void ResultFile::waitForReader() const {
+    pollfd look{file, POLLOUT, 0};
+    while (::poll(&look, 1, kLookForGivenUp) == 0)
+        if (isGivenUp) throw RecordingException(partialPath + ": cannot be written: nobody reads it");
 }
 
 void ResultFile::complete() {

@@ -3,6 +3,7 @@
 
 #include "framework/core/Api.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -24,7 +25,11 @@ public:
     ResultFile(const ResultFile&) = delete;
     ResultFile& operator=(const ResultFile&) = delete;
 
+    /// Of a pipe it waits for the reader, as long as nobody gives up.
     void write(const char* bytes, std::size_t count);
+
+    /// From now on a write to a pipe that isn't read fails, also one that is under way. [any]
+    void giveUp() { isGivenUp = true; }
 
     /// Everything is written: gives the file its final name.
     void complete();
@@ -47,11 +52,13 @@ public:
 
 private:
     [[noreturn]] void fail(const std::string& what) const;
+    void waitForReader() const;
     void close();
 
     std::string path;
     std::string partialPath;
     bool isDirect = false; ///< Nothing to rename.
+    std::atomic<bool> isGivenUp{false};
     int file = -1;
 };
 

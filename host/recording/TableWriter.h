@@ -38,6 +38,9 @@ public:
     /// Hands the rows so far over to the file, so that who reads along sees them.
     void flush() { writer.flush(); }
 
+    /// Waits no more for who reads a pipe; see `ResultFile`. [any]
+    void giveUp() { file.giveUp(); }
+
     /// Closes a table that is whole: it gets its final name.
     void complete();
     /// Closes a table that isn't: it stays under its partial name.
