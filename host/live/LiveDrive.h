@@ -30,8 +30,8 @@ public:
     Timeline& timeline;
     std::uint64_t mostDrainRounds = 0; ///< For a layout, when the run is over. [setup]
 
-    /// How many sources, or where there are none layouts with generators, keep the run going. [setup]
-    void setDrivers(unsigned count) { driversLeft = count; }
+    /// One more source, or where there are none one more layout with a generator, keeps the run going. [any]
+    void addDriver() { ++driversLeft; }
     /// One of them has nothing more. [run]
     void endDriver() {
         if (--driversLeft == 0) end();

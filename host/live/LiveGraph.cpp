@@ -35,8 +35,10 @@ auto& require(const Things& things, const std::string& name, const std::string& 
 
 LiveGraph::LiveGraph(Graph& builtGraph, const BlockCatalogue& blockCatalogue, LiveDrive& liveDrive)
     : graph(builtGraph), catalogue(blockCatalogue), drive(liveDrive) {
-    for (Source* const source : graph.getSources())
+    for (Source* const source : graph.getSources()) {
         sources.push_back({source});
+        drive.addDriver();
+    }
     for (const Graph::Node& node : graph.getNodes())
         blocks.push_back(node.block.get());
     dealOut();
@@ -71,12 +73,8 @@ void LiveGraph::placeTimeline() {
 }
 
 void LiveGraph::start() {
-    unsigned drivers = static_cast<unsigned>(sources.size());
-    for (LiveLayout& layout : layouts) {
+    for (LiveLayout& layout : layouts)
         drive.mostDrainRounds += layout.getMostRounds();
-        if (layout.getClock() != nullptr) ++drivers;
-    }
-    drive.setDrivers(drivers);
     const auto isPiped = [](const LiveSource& source) { return source.source->getIsPiped(); };
     if (std::any_of(sources.begin(), sources.end(), isPiped)) drive.pipes.start();
     for (Sink* const sink : graph.getSinks())

@@ -2,6 +2,7 @@
 #include "host/live/LiveLayout.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace Quillmere::Host {
 
@@ -44,7 +45,10 @@ void LiveLayout::refresh(std::deque<LiveSource>& runSources) {
         if (auto* const sink = dynamic_cast<Sink*>(block)) sinks.push_back(sink);
     if (runSources.empty() && clock == nullptr) {
         clock = std::make_unique<GeneratorClock>(blocks);
-        if (clock->getBlock() == nullptr) clock = nullptr;
+        if (clock->getBlock() == nullptr)
+            clock = nullptr;
+        else
+            drive.addDriver();
     }
     waiting.watch(blocks);
     hasWakingLinks = waiting.getHasWakingLinks();
@@ -85,6 +89,9 @@ void LiveLayout::run() {
             turn();
     } catch (const std::exception& exception) {
         drive.cut(failureText(current, timeOfFailure(), exception));
+    } catch (...) {
+        drive.cut(
+            failureText(current, timeOfFailure(), std::runtime_error("something that is no std::exception")));
     }
 }
 

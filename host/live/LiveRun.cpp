@@ -4,6 +4,7 @@
 #include "host/live/LiveDrive.h"
 #include "host/live/LiveGraph.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
@@ -12,8 +13,9 @@
 namespace Quillmere::Host {
 
 namespace {
-/// Between two looks whether a run that is over has come to rest.
-constexpr std::chrono::milliseconds kLook{1};
+/// Between two looks whether a run that is over has come to rest: soon at first, since most need no longer.
+constexpr std::chrono::milliseconds kFirstLook{1};
+constexpr std::chrono::milliseconds kLastLook{32};
 } // namespace
 
 class LiveRun::Implementation {
@@ -51,8 +53,9 @@ private:
         drive.waitForEnd();
         state = State::Ending;
         live.stir();
-        while (!drive.getIsCut() && !live.getIsAtRest())
-            std::this_thread::sleep_for(kLook);
+        for (auto look = kFirstLook; !drive.getIsCut() && !live.getIsAtRest();
+             look = std::min(2 * look, kLastLook))
+            std::this_thread::sleep_for(look);
         if (drive.getIsCut())
             for (Sink* const sink : graph.getSinks())
                 sink->giveUp();
