@@ -18,7 +18,7 @@
 /// and registers its `--quick` run as a test.
 ///
 /// The bodies run in repetitions, randomly interleaved, so that a busy neighbour or a cooling processor hits both sides
-/// alike. The closing table holds the medians of the processor time of one iteration, their ratio, the goal, and `ok` or
+/// alike. The closing table holds the medians of the time of one iteration (see `Time`), their ratio, the goal, and `ok` or
 /// `MISSED`. Track the ratio; the nanoseconds belong to one machine on one day.
 ///
 /// Options, beside all of Google Benchmark's own (`--benchmark_filter`, `--benchmark_out`, `--benchmark_format=json`, in
@@ -30,11 +30,16 @@ namespace Bench {
 
 using Body = std::function<void(benchmark::State&)>;
 
+/// What is measured of an iteration: the processor time of the thread that runs the body, or, for what several threads do
+/// together, what the body itself measures and tells by `state.SetIterationTime(seconds)`.
+enum class Time { OfProcessor, OfBody };
+
 struct Pair {
     std::string name;
     Body bare;         ///< The arithmetic alone, written as well as we can.
     Body ours;         ///< The same work through our code, on the same input.
     double goal = 0.0; ///< Ours takes at most this many times the bare loop; 0 when nothing is promised.
+    Time time = Time::OfProcessor;
 };
 
 /// Enters a pair. Names are unique within a program. Requires: called while a `Suite` is made. [setup]

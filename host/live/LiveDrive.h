@@ -18,7 +18,7 @@ namespace Quillmere::Host {
 ///
 /// A run is over when nothing new comes: its sources have ended, or its generators have reached their limit, or somebody
 /// has said so. Layouts then let out what is in their links. A run that is cut leaves everything where it is.
-class LiveDrive {
+class QUILLMERE_API LiveDrive {
 public:
     LiveDrive(double speed, const RunLimit& runLimit, bool counts, Timeline& graphsTimeline)
         : clock(speed), limit(runLimit), countsSteps(counts), timeline(graphsTimeline) {}

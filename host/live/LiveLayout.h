@@ -28,7 +28,7 @@ struct LiveSource {
 /// There are two kinds of passes. A round begins with a source whose next sample is due, or with the step of the layout's
 /// clock; it is the offline runner's round. Any other pass is there for what comes from other threads: samples over links
 /// that wake the layout, settings. Sources and generators rest in it.
-class LiveLayout {
+class QUILLMERE_API LiveLayout {
 public:
     /// Neither is owned; both outlive the layout's thread.
     LiveLayout(std::string id, Core::LayoutManager& blocks, LiveDrive& drive);

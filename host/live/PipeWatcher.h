@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "framework/core/Api.h"
 #include "framework/core/Synchronizer.h"
 
 #include <thread>
@@ -8,7 +9,7 @@
 namespace Quillmere::Host {
 
 /// Wakes layouts whose sources wait for who writes a pipe: one thread that sleeps until any of the pipes has something.
-class PipeWatcher {
+class QUILLMERE_API PipeWatcher {
 public:
     PipeWatcher() = default;
     ~PipeWatcher();
