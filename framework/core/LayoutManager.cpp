@@ -58,7 +58,10 @@ void LayoutManager::place(Filter& filter, LayoutManager* destination) {
         std::deque<Synchronizer::DisablerLocker> guards;
         for (Synchronizer* const gate : gates) // in the order of their addresses, as every guard takes them
             guards.emplace_back(gate, nullptr);
-        // Links may have changed until all gates were held; then the set of gates is not the right one.
+        // Until all gates were held, the block may have been moved, and its links changed; then the set of gates is not
+        // the right one. The gate that a moved block has now would be taken out of order behind these.
+        Synchronizer* const own = filter.getSynchronizer();
+        if (own != nullptr && !gates.contains(own)) continue;
         const Gates now = gatesAround(filter);
         if (!std::includes(gates.begin(), gates.end(), now.begin(), now.end(), std::less<>())) continue;
 

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <barrier>
+#include <deque>
 #include <random>
 #include <thread>
 #include <vector>
@@ -145,6 +148,44 @@ TEST(LayoutHammerTest, LinksComeAndGoAndBlocksMoveWhileAllRuns) {
     EXPECT_EQ(left.getLayout().getFilters().size(), 2u);
     EXPECT_EQ(right.getLayout().getFilters().size(), 1u);
     EXPECT_TRUE(middle.isInOrder);
+}
+
+TEST(LayoutHammerTest, TwoMoveOneBlockWhileOthersHoldTheGatesOnItsWay) {
+    std::deque<LayoutManager> layouts;
+    for (const char* const name : {"a", "b", "c", "d"})
+        layouts.emplace_back(name);
+    CheckingHost host("of the block");
+    ProbeBlock block("block", host);
+    std::atomic<int> moversLeft{2};
+    std::barrier start(4);
+    const auto below = [](std::mt19937& random, unsigned n) {
+        return std::uniform_int_distribution<unsigned>(0, n - 1)(random);
+    };
+    std::vector<std::thread> threads;
+    for (unsigned seed = 1; seed <= 2; ++seed) {
+        threads.emplace_back([&, seed] {
+            std::mt19937 random(seed);
+            start.arrive_and_wait();
+            for (int i = 0; i < 100000; ++i)
+                layouts[below(random, 4)].add(block);
+            --moversLeft;
+        });
+        threads.emplace_back([&, seed] {
+            // As a link between two other blocks is made; an end that doesn't come is what would be wrong.
+            std::mt19937 random(seed + 2);
+            start.arrive_and_wait();
+            while (moversLeft > 0)
+                const Synchronizer::DisablerLocker guard(&layouts[below(random, 4)].getSynchronizer(),
+                                                         &layouts[below(random, 4)].getSynchronizer());
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    std::size_t found = 0;
+    for (LayoutManager& layout : layouts)
+        found += layout.getFilters().size();
+    EXPECT_EQ(found, 1u);
+    block.getManager()->remove(block);
 }
 
 TEST(LayoutHammerTest, TwoLayoutsPassOneSampleBackAndForth) {
