@@ -32,7 +32,7 @@ void Synchronizer::wait(Poco::FastMutex& mutex, Poco::Event& event) {
 }
 
 void Synchronizer::signal(Poco::Event& event) {
-    if (sleepsBetweenPasses.load(std::memory_order_relaxed)) wake(kSignal);
+    if (sleepsBetweenPasses.load(std::memory_order_relaxed)) giveSignal();
     // A sleeper on this event has registered under the mutex that the caller holds, so a zero here is no race.
     if (sleeperCount.load(std::memory_order_relaxed) == 0) return;
     const std::lock_guard lock(state);
@@ -50,9 +50,10 @@ void Synchronizer::shutDown() {
 
 void Synchronizer::sleep(Clock::time_point due) {
     std::unique_lock lock(state);
+    // Counted before it shows, or who looks twice could take this sleep for the one before.
+    ++sleeps;
     // First asleep, then the last look at the reasons; who gives a reason does it the other way round.
     isAsleep = true;
-    ++sleeps;
     const auto hasReason = [this] { return reasons.load() != 0 || isShutDown; };
     if (due == Clock::time_point::max())
         loopMayWake.wait(lock, hasReason);
@@ -70,8 +71,9 @@ void Synchronizer::giveReason(Reason reason) {
 
 void Synchronizer::announceGuard() {
     const std::lock_guard lock(state);
-    ++guards;
+    // In this order: a step that sees that the gate is wanted can't take it back before it has opened it to the guard.
     bits |= kQueued;
+    ++guards;
     for (Sleeper* const sleeper : sleepers)
         sleeper->event.set();
 }

@@ -61,7 +61,7 @@ public:
     bool getIsShutDown() const { return isShutDown.load(std::memory_order_relaxed); }
 
     /// Whether a guard holds the gate or wants it: the run loop's question between two blocks. [any]
-    bool getIsWanted() const { return guards.load(std::memory_order_relaxed) != 0; }
+    bool getIsWanted() const { return guards.load(std::memory_order_acquire) != 0; }
 
     /// Why a loop that sleeps between its passes is woken.
     enum Reason : unsigned {
@@ -75,8 +75,9 @@ public:
     /// would miss the others. Requires: nobody sleeps in `wait`. [setup]
     void setSleepsBetweenPasses(bool flag) { sleepsBetweenPasses.store(flag, std::memory_order_relaxed); }
 
-    /// Wakes the loop that sleeps between passes, or keeps it from falling asleep. [any]
-    void stir() { wake(kStir); }
+    /// Wakes the loop that sleeps between passes, or keeps it from falling asleep: its next look finds what the caller did
+    /// before, whether under a lock or not. [any]
+    void stir() { giveReason(kStir); }
 
     /// What has come since the last call, as `Reason`s. The loop asks before each look at its blocks: what comes behind
     /// that look is kept for `sleep`. [run]
@@ -106,10 +107,10 @@ private:
     void leave() {
         if (--depth == 0) open();
     }
-    void wake(Reason reason) {
-        // A reason that is there already was put there behind the loop's last look, or the look is still to come:
-        // what leads here and the look hold one lock after the other, the link's or the gate.
-        if ((reasons.load(std::memory_order_relaxed) & reason) == 0) giveReason(reason);
+    void giveSignal() {
+        // A reason that is there already was put there behind the loop's last look, or the look is still to come: the
+        // caller and the look hold the link's mutex one after the other. This spares a busy link a locked instruction.
+        if ((reasons.load(std::memory_order_relaxed) & kSignal) == 0) giveReason(kSignal);
     }
     void giveReason(Reason reason);
     void enterAsStep();
