@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <random>
 
@@ -40,6 +41,54 @@ struct Scalar {
 
     double run(double u) { return feed.run("in", matrix({{u}}))(0); }
     void cutOff(double value) { feed.give("RelativeCutOffFreq", matrix({{value}})); }
+};
+
+/// A block between bare links, which allocate nothing, so that what the block allocates can be counted. Restarts are off.
+class Counted {
+public:
+    Counted() {
+        sender.attach(block.getInputPin("in"), false);
+        cutOffs.attach(block.getInputPin("RelativeCutOffFreq"), false);
+        block.getOutputPin("out").attach(receiver, false);
+        set("ReinitOnCutOffFreqUpdate", false);
+        sender.data.value = MatrixXd::Ones(1, 3);
+        cutOffs.data.value = MatrixXd::Ones(1, 1);
+    }
+
+    template <class T>
+    void set(const char* name, const T& value) {
+        block.getProperty(name).setValueFromAny(&value);
+    }
+
+    /// A start with the shown cut-off.
+    void restart() {
+        set("ReinitOnCutOffFreqUpdate", true);
+        dynamic_cast<CommandProperty&>(block.getProperty("Init")).fire();
+        step();
+        set("ReinitOnCutOffFreqUpdate", false);
+    }
+
+    /// The allocations of a step that a new cut-off goes before.
+    std::uint64_t visit(double cutOff) {
+        cutOffs.data.value(0) = cutOff;
+        const AllocationCounter counter;
+        cutOffs.send(1.0);
+        step();
+        return counter.count();
+    }
+
+private:
+    void step() {
+        sender.send(1.0);
+        block.process();
+        ASSERT_TRUE(receiver.hasData());
+        receiver.take();
+    }
+
+    FilterButterworth_v2 block{"smooth"};
+    Quillmere::Core::OutputPin<MatrixXd> sender{"sender", nullptr};
+    Quillmere::Core::OutputPin<MatrixXd> cutOffs{"cutOffs", nullptr};
+    InputPin<MatrixXd> receiver{"receiver", nullptr};
 };
 
 } // namespace
@@ -96,19 +145,24 @@ TEST(FilterButterworth_v2Test, OrderZeroGivesTheInputInBothModes) {
     }
 }
 
-TEST(FilterButterworth_v2Test, ACutOffTakenInABypassIsStored) {
-    Scalar smooth;
-    smooth.feed.set("Order", 0);
-    smooth.feed.set("ReinitOnCutOffFreqUpdate", false);
-    smooth.run(1.0);
-    smooth.cutOff(0.7);
-    smooth.run(1.0);
-    smooth.feed.set("RelativeCutOffFreq", 0.7); // the same as stored: nothing more to do
-    smooth.feed.set("Order", 1);
-    Plain plain;
-    plain.start(2.0);
-    EXPECT_TRUE(agree(smooth.run(2.0), plain.step(0.7, 2.0), same));
-    EXPECT_TRUE(agree(smooth.run(5.0), plain.step(0.7, 5.0), same));
+TEST(FilterButterworth_v2Test, ACutOffTakenInABypassLeavesNothingToRunOn) {
+    // Without restarts a filter sleeps through a bypass and goes on. A cut-off that comes meanwhile is designed at once,
+    // for order 0, which has no coefficients; so the way back is a start, at the cut-off that the setting shows.
+    for (const bool moves : {false, true}) {
+        Scalar smooth;
+        smooth.feed.set("ReinitOnCutOffFreqUpdate", false);
+        Plain plain;
+        plain.start(1.0);
+        EXPECT_TRUE(agree(smooth.run(1.0), plain.step(0.05, 1.0), same)) << moves;
+        EXPECT_TRUE(agree(smooth.run(3.0), plain.step(0.05, 3.0), same)) << moves;
+        smooth.feed.set("Order", 0);
+        if (moves) smooth.cutOff(0.7);
+        EXPECT_TRUE(agree(smooth.run(50.0), 50.0, same)) << moves;
+        smooth.feed.set("Order", 1);
+        if (moves) plain.start(2.0);
+        EXPECT_TRUE(agree(smooth.run(2.0), plain.step(0.05, 2.0), same)) << moves;
+        EXPECT_TRUE(agree(smooth.run(5.0), plain.step(0.05, 5.0), same)) << moves;
+    }
 }
 
 TEST(FilterButterworth_v2Test, WhatEachEventDoes) {
@@ -299,39 +353,59 @@ TEST(FilterButterworth_v2Test, RefusesWhatDoesNotFit) {
               "-0.5 does not fit in [0;1], (step : 1e-06)");
 }
 
+TEST(FilterButterworth_v2Test, MemorizedCutOffsAreKeptAtTheirFirstVisitOnly) {
+    Counted smooth;
+    smooth.visit(0.05);
+    EXPECT_EQ(smooth.visit(0.1), 0u) << "without the cache a cut-off is designed in place";
+    smooth.set("MemorizeCoef", true);
+    for (const double cutOff : {0.2, 0.3})
+        EXPECT_GT(smooth.visit(cutOff), 0u) << cutOff;
+    for (const double cutOff : {0.2, 0.3, 0.2})
+        EXPECT_EQ(smooth.visit(cutOff), 0u) << cutOff;
+}
+
+TEST(FilterButterworth_v2Test, MemorizeCoefWaitsForTheNextCutOff) {
+    Counted smooth;
+    smooth.visit(0.05);
+    smooth.set("MemorizeCoef", true);
+    smooth.restart(); // would keep the shown cut-off, 0.05
+    EXPECT_GT(smooth.visit(0.1), 0u);
+    EXPECT_GT(smooth.visit(0.05), 0u) << "it was not kept by the start";
+    EXPECT_EQ(smooth.visit(0.1), 0u);
+    EXPECT_EQ(smooth.visit(0.05), 0u);
+    smooth.set("MemorizeCoef", false);
+    smooth.restart(); // would empty the cache
+    smooth.set("MemorizeCoef", true);
+    EXPECT_EQ(smooth.visit(0.1), 0u) << "nor was it emptied";
+    smooth.set("MemorizeCoef", false);
+    smooth.visit(0.05);
+    smooth.restart();
+    smooth.set("MemorizeCoef", true);
+    EXPECT_GT(smooth.visit(0.1), 0u) << "a cut-off has passed it on, and the start has emptied the cache";
+}
+
+TEST(FilterButterworth_v2Test, AnOrderPassesMemorizeCoefOn) {
+    Counted smooth;
+    smooth.visit(0.05);
+    smooth.set("MemorizeCoef", true);
+    smooth.set("Order", 0);
+    smooth.visit(0.05);
+    smooth.set("Order", 1);
+    smooth.restart(); // keeps the shown cut-off now
+    EXPECT_GT(smooth.visit(0.1), 0u);
+    EXPECT_EQ(smooth.visit(0.05), 0u);
+}
+
 TEST(FilterButterworth_v2Test, ASteadyStepAllocatesNothing) {
-    FilterButterworth_v2 block("smooth");
-    Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
-    Quillmere::Core::OutputPin<MatrixXd> cutOffs("cutOffs", nullptr);
-    InputPin<MatrixXd> receiver("receiver", nullptr);
-    sender.attach(block.getInputPin("in"), false);
-    cutOffs.attach(block.getInputPin("RelativeCutOffFreq"), false);
-    block.getOutputPin("out").attach(receiver, false);
-    {
-        FilterButterworth_v2& settings = block;
-        const bool off = false;
-        const bool on = true;
-        settings.getProperty("ReinitOnCutOffFreqUpdate").setValueFromAny(&off);
-        settings.getProperty("MemorizeCoef").setValueFromAny(&on);
-    }
-    sender.data.value = MatrixXd::Ones(1, 3);
-    cutOffs.data.value = MatrixXd::Ones(1, 1);
-    const auto round = [&] {
-        for (const double cutOff : {0.1, 0.2, 0.3}) {
-            cutOffs.data.value(0) = cutOff;
-            cutOffs.send(1.0);
-            sender.send(1.0);
-            block.process();
-            ASSERT_TRUE(receiver.hasData());
-            receiver.take();
-        }
-    };
-    round();
-    round();
-    const AllocationCounter counter;
+    Counted smooth;
+    smooth.set("MemorizeCoef", true);
+    for (const double cutOff : {0.1, 0.2, 0.3})
+        smooth.visit(cutOff);
+    std::uint64_t allocations = 0;
     for (int n = 0; n < 100; ++n)
-        round();
-    EXPECT_EQ(counter.count(), 0u);
+        for (const double cutOff : {0.1, 0.2, 0.3})
+            allocations += smooth.visit(cutOff);
+    EXPECT_EQ(allocations, 0u);
 }
 
 TEST(FilterButterworth_v2Test, LongTrace) {
