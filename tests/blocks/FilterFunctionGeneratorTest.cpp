@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterFunctionGenerator.h"
 
+#include "tests/blocks/AttributeLog.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
@@ -51,16 +52,6 @@ private:
             return offset;
         }
     }
-};
-
-/// Notes which settings' attributes change.
-class AttributeLog final : public Quillmere::Core::PropertyObserver {
-public:
-    void valueChanged(const Quillmere::Core::AbstractProperty&) override {}
-    void attributesChanged(const Quillmere::Core::AbstractProperty& property) override {
-        names.push_back(property.getName());
-    }
-    std::vector<std::string> names;
 };
 } // namespace
 
@@ -208,9 +199,7 @@ TEST_F(FilterFunctionGeneratorTest, ContinuousModeLocksWhatItDoesNotUse) {
 }
 
 TEST_F(FilterFunctionGeneratorTest, ModeTellsOfTheLocksInOrder) {
-    AttributeLog log;
-    for (Quillmere::Core::AbstractProperty* const property : block.getPropertyBag())
-        property->addObserver(log);
+    AttributeLog log(block);
     const std::vector<std::string> once{"SignalAmplitude", "SignalPeriod", "SampleRate"};
     feed.set<unsigned>("Mode", kContinuous);
     EXPECT_EQ(log.names, once);
@@ -220,8 +209,6 @@ TEST_F(FilterFunctionGeneratorTest, ModeTellsOfTheLocksInOrder) {
     log.names.clear();
     feed.set<unsigned>("Mode", kTriangular);
     EXPECT_TRUE(log.names.empty()) << "an equal write tells no one";
-    for (Quillmere::Core::AbstractProperty* const property : block.getPropertyBag())
-        property->removeObserver(log);
 }
 
 TEST_F(FilterFunctionGeneratorTest, RefusesWhatLiesOutside) {
