@@ -5,6 +5,8 @@
 #include "blocks/FilterButterworthV2.h"
 #include "blocks/FilterChebyshev.h"
 #include "blocks/FilterEllipticV1.h"
+#include "tests/blocks/AttributeLog.h"
+#include "tests/blocks/SendLog.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
@@ -15,6 +17,8 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <string>
+#include <vector>
 
 // What the four blocks share, tested on each of them.
 
@@ -43,6 +47,8 @@ protected:
         feed.set(kHigh, high);
     }
 
+    RangeProperty<double>& high() { return dynamic_cast<RangeProperty<double>&>(block.getProperty(kHigh)); }
+
     Block block{"filter"};
     Feed feed{block};
 };
@@ -53,29 +59,20 @@ TYPED_TEST_SUITE(PoleZeroBlocks, Blocks);
 
 // ---- Worked samples
 
-TYPED_TEST(PoleZeroBlocks, TheFirstSamplePublishesTheDesignBeforeTheOutput) {
-    EXPECT_TRUE(agree(this->feed.sent("gain").empty() ? 0.0 : 1.0, 0.0, same));
-    // A receiver on each pin that notes the order.
-    struct Noting final : Quillmere::Core::InputPinBase<MatrixXd> {
-        Noting(const std::string& name, std::string& sharedNotes)
-            : Pin(name, nullptr), InputPinBase(name, nullptr), notes(sharedNotes) {}
-        ~Noting() override { InputPinBase::detachAll(); }
-        void clear() override {}
-        void rebuildStrategy() override {}
-        void setConnectedOutput(Quillmere::Core::AbstractOutputPin* output, bool) override {
-            connectedOutput = output;
-        }
-        void receive(const Sample&) override { notes += getName() + " "; }
-        std::string& notes;
+TYPED_TEST(PoleZeroBlocks, EveryDesignIsPublishedBeforeItsFirstOutput) {
+    const std::vector<std::string> designs{"gain", "coeffs", "out"};
+    const std::vector<std::string> runsOn{"out"};
+    SendLog log(this->block);
+    const auto step = [&] {
+        log.order.clear();
+        this->feed.run("in", matrix({{1.0}}), 0.0, "out");
+        return log.order;
     };
-    std::string notes;
-    Noting gain("gain", notes), coeffs("coeffs", notes), out("out", notes);
-    this->block.getOutputPin("gain").attach(gain, false);
-    this->block.getOutputPin("coeffs").attach(coeffs, false);
-    this->block.getOutputPin("out").attach(out, false);
-    this->feed.run("in", matrix({{1.0}}), 0.0, "out");
-    this->feed.run("in", matrix({{1.0}}), 0.0, "out");
-    EXPECT_EQ(notes, "gain coeffs out out ");
+    EXPECT_EQ(step(), designs) << "the first sample";
+    EXPECT_EQ(step(), runsOn);
+    this->feed.set("Order", 2);
+    EXPECT_EQ(step(), designs) << "a later design";
+    EXPECT_EQ(step(), runsOn);
 }
 
 TYPED_TEST(PoleZeroBlocks, TheDesignCarriesTheWallClockAndTheOutputTheInputsTime) {
@@ -198,7 +195,7 @@ TYPED_TEST(PoleZeroBlocks, EqualEdgesAreNaNWithoutAMessage) {
 // ---- The edges of a band are kept in order
 
 TYPED_TEST(PoleZeroBlocks, TheHighEdgeIsWritableInBandModesOnly) {
-    const auto isWritable = [this] { return this->block.getProperty(this->kHigh).getIsWritable(); };
+    const auto isWritable = [this] { return this->high().getIsWritable(); };
     const auto write = [this] { this->feed.set(this->kHigh, 0.7); };
     EXPECT_FALSE(isWritable());
     const std::string text = std::string("Property '") + this->kHigh + "' is not writable";
@@ -238,6 +235,40 @@ TYPED_TEST(PoleZeroBlocks, TheHighEdgeTakesTheLowOneAlong) {
     this->feed.set(this->kHigh, 0.02);
     EXPECT_TRUE(agree(this->feed.template get<double>(this->kLow), 0.02, same));
     EXPECT_TRUE(agree(this->feed.template get<double>(this->kHigh), 0.02, same));
+}
+
+TYPED_TEST(PoleZeroBlocks, TheHighEdgeTakesTheLowOneAlongInAnyMode) {
+    for (const unsigned mode : {kLowPass, kHighPass}) {
+        this->feed.set("Mode", mode);
+        this->feed.set(this->kLow, 0.5);
+        this->high().setIsWritable(true); // a host may
+        this->feed.set(this->kHigh, 0.02);
+        EXPECT_TRUE(agree(this->feed.template get<double>(this->kLow), 0.02, same)) << mode;
+        this->feed.set(this->kHigh, 0.6);
+    }
+}
+
+TYPED_TEST(PoleZeroBlocks, TheLowEdgeAsksWhetherTheHighOneIsWritableNotForTheMode) {
+    this->high().setIsWritable(true);
+    this->feed.set(this->kLow, 0.7);
+    EXPECT_TRUE(agree(this->feed.template get<double>(this->kHigh), 0.7, same)) << "in a low-pass";
+    this->feed.set("Mode", kBandPass);
+    this->high().setIsWritable(false);
+    this->feed.set(this->kLow, 0.9);
+    EXPECT_TRUE(agree(this->feed.template get<double>(this->kHigh), 0.7, same)) << "in a band-pass";
+}
+
+TYPED_TEST(PoleZeroBlocks, EveryModeTellsOfTheHighEdgesLock) {
+    AttributeLog log(this->block);
+    for (const unsigned mode : {kHighPass, kBandPass, kBandStop, kHighPass, kLowPass}) {
+        log.names.clear();
+        this->feed.set("Mode", mode);
+        EXPECT_EQ(log.names, std::vector<std::string>{this->kHigh}) << mode;
+        EXPECT_EQ(this->high().getIsWritable(), mode >= kBandPass) << mode;
+    }
+    log.names.clear();
+    this->feed.set("Mode", kLowPass);
+    EXPECT_TRUE(log.names.empty()) << "an equal write tells no one";
 }
 
 TYPED_TEST(PoleZeroBlocks, TheUnusedHighEdgePlaysNoPart) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterIIR.h"
 
+#include "tests/blocks/AttributeLog.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
@@ -9,6 +10,8 @@
 
 #include <limits>
 #include <random>
+#include <string>
+#include <vector>
 
 using namespace Support;
 
@@ -191,6 +194,21 @@ TEST_F(FilterIIRTest, InitValueIsWritableInFixedModeOnly) {
     feed.set("InitMode", 0u);
     EXPECT_EQ(refusal<Poco::NoPermissionException>(write), "Property 'InitValue' is not writable");
     EXPECT_EQ(refusal<Poco::RangeException>([this] { feed.set("InitMode", 2u); }), "");
+}
+
+TEST_F(FilterIIRTest, EveryInitModeTellsOfTheInitValuesLock) {
+    AttributeLog log(block);
+    const std::vector<std::string> once{"InitValue"};
+    feed.set("InitMode", 1u);
+    EXPECT_EQ(log.names, once);
+    EXPECT_TRUE(block.getProperty("InitValue").getIsWritable());
+    log.names.clear();
+    feed.set("InitMode", 0u);
+    EXPECT_EQ(log.names, once);
+    EXPECT_FALSE(block.getProperty("InitValue").getIsWritable());
+    log.names.clear();
+    feed.set("InitMode", 0u);
+    EXPECT_TRUE(log.names.empty()) << "an equal write tells no one";
 }
 
 // ---- Memory
