@@ -19,8 +19,9 @@
 /// - The run step pairs coefficients with history entries from the far end, though they are indexed from the near end,
 ///   so a low-pass uses `xCoeffs[0]` alone and at order 1 is y(n) = xCoeffs[0] u(n) - y(n-1).
 /// - `numSZeros` counts numbers, not roots, and is used as a count of roots: surplus roots (0, 0) become zeros at z = 1.
-///   An odd low-pass from order 3 on has its reference point on such a zero, an odd band-pass beside one, and their
-///   gains and coefficients are huge or not finite.
+///   From order 3 on an odd low-pass or band-pass has its reference point on such zeros, so its gain is a number over
+///   rounding noise: of either sign, huge as a rule, infinite at times, and of any size where a high order meets low
+///   edges. Its coefficients and outputs follow.
 /// - The quadratic that maps a root into a band has a real divisor: the imaginary part is dropped, which moves the
 ///   roots, at higher orders even out of the unit circle.
 /// - Equal edges of a band give a gain and coefficients that are not-a-number.

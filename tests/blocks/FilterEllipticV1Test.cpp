@@ -58,14 +58,15 @@ TEST(FilterEllipticV1Test, OrderTwo) {
     EXPECT_TRUE(agree(coeffs(1, 2), -0.839826, printed(6)));
 }
 
-TEST(FilterEllipticV1Test, OrderThreeLowPassIsHugeOrNotFinite) {
+TEST(FilterEllipticV1Test, OrderThreeLowPassIsHugeOrInfinite) {
     FilterEllipticV1 block("filter");
     Feed feed(block);
     feed.set("Order", 3);
     feed.set("LowRelFreq", 0.1);
     feed.set("Ripple BandStop", -40.0);
-    const double first = feed.run("in", matrix({{1.0}}), 0.0, "out")(0);
-    EXPECT_TRUE(!std::isfinite(first) || std::fabs(first) > 1e13);
+    // Its gain is a number over the rounding of a zero, so it is no NaN; the pin carries the reciprocal.
+    EXPECT_GT(std::fabs(feed.run("in", matrix({{1.0}}), 0.0, "out")(0)), 1e13);
+    EXPECT_LT(std::fabs(feed.last("gain").value(0)), 1e-13);
 }
 
 TEST(FilterEllipticV1Test, ABandStartsWithEqualEdges) {
