@@ -43,6 +43,7 @@ TEST(Complex, SqrtTakesTheRightHalfPlane) {
     EXPECT_TRUE(agreeBoth(Design::complexSqrt({-3.0, 4.0}), {1.0, 2.0}));
     EXPECT_TRUE(agreeBoth(Design::complexSqrt({-3.0, -4.0}), {1.0, -2.0}));
     EXPECT_TRUE(agreeBoth(Design::complexSqrt({0.0, 0.0}), {0.0, 0.0}));
+    EXPECT_TRUE(agreeBoth(Design::complexSqrt({-4.0, -0.0}), {0.0, 2.0})) << "-0.0 is not below 0";
 }
 
 TEST(Complex, SqrtCountsNaNAsNotPositive) {

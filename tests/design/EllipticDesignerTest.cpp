@@ -11,6 +11,7 @@
 #include <cmath>
 #include <complex>
 #include <limits>
+#include <random>
 
 namespace {
 using Design::Complex;
@@ -315,6 +316,25 @@ TEST(EllipticDesigner, ShapeChangeStartsAgain) {
     designer.step(matrix({{3.0}, {4.0}}));
     fresh.step(matrix({{3.0}, {4.0}}));
     EXPECT_TRUE(agree(designer.output(), fresh.output(), same));
+}
+
+TEST(EllipticDesigner, ADesignLeavesNothingToTheNext) {
+    std::vector<Grid> rows = grid();
+    std::mt19937_64 random(37);
+    std::shuffle(rows.begin(), rows.end(), random);
+    Elliptic reused(Design::kLowPass, 1, 0.05, 0.5, -10.0, 0.0);
+    for (const Grid& row : rows) {
+        Elliptic fresh = designed(row.mode, row.order, row.low, row.pass, row.stop, row.high);
+        reused.setParameters(row.mode, row.order, row.low, row.pass, row.stop, row.high);
+        reused.step(matrix({{1.0}}));
+        ASSERT_TRUE(agree(reused.getGain(), fresh.getGain(), same));
+        ASSERT_TRUE(agree(reused.output(), fresh.output(), same));
+        ASSERT_EQ(reused.xCoeffs.size(), fresh.xCoeffs.size());
+        for (std::size_t i = 0; i < fresh.xCoeffs.size(); ++i) {
+            ASSERT_TRUE(agree(reused.xCoeffs[i], fresh.xCoeffs[i], same));
+            ASSERT_TRUE(agree(reused.yCoeffs[i], fresh.yCoeffs[i], same));
+        }
+    }
 }
 
 // ---- Long trace

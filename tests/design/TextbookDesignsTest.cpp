@@ -11,8 +11,8 @@
 #include <cmath>
 #include <string>
 
-// Every design against the textbook's, computed elsewhere in many digits: the two scripts beside this file made the
-// figures and say how.
+// Every design against the textbook's, and elliptic bands, which are not the textbook's, against what their class says of
+// them: all computed elsewhere in many digits. The scripts beside this file made the figures and say how.
 namespace {
 using Design::Complex;
 using Support::agree;
@@ -38,6 +38,16 @@ struct EllipticRow {
 };
 const EllipticRow kEllipticRows[] = {
 #include "tests/design/TextbookElliptic.inc"
+};
+
+struct BandRow {
+    std::int32_t order, mode;
+    double gain; ///< 0 where a zero at the reference point leaves rounding noise
+    double loss; ///< how many times larger the terms are than the sums whose quotient is the gain
+    std::vector<double> x, y;
+};
+const BandRow kBandRows[] = {
+#include "tests/design/EllipticBands.inc"
 };
 
 /// Distances count relative to the unit circle, which is the size of the z-plane.
@@ -109,6 +119,23 @@ TEST(TextbookDesigns, EllipticWhereNoSurplusRootStandsInTheWay) {
         expectCoefficients(designer.getYCoefficients(), row.y, "y");
     }
     EXPECT_EQ(std::size(kEllipticRows), 16u);
+}
+
+TEST(TextbookDesigns, EllipticBandsAsTheirClassTells) {
+    for (const BandRow& row : kBandRows) {
+        SCOPED_TRACE("order " + std::to_string(row.order) + ", mode " + std::to_string(row.mode));
+        OpenElliptic designer(row.mode, row.order, 0.3, 0.5, -40.0, 0.6);
+        designer.step(matrix({{1.0}}));
+        std::vector<double> x = designer.getXCoefficients();
+        for (double& c : x)
+            c /= designer.getGain();
+        expectCoefficients(x, row.x, "x");
+        expectCoefficients(designer.getYCoefficients(), row.y, "y");
+        if (row.gain == 0.0) continue;
+        // Each term carries the roundings of up to twenty products.
+        EXPECT_TRUE(agree(designer.getGain(), row.gain, withinRel(40.0 * 0x1p-53 * row.loss, 0.0)));
+    }
+    EXPECT_EQ(std::size(kBandRows), 20u);
 }
 
 } // namespace

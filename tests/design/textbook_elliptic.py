@@ -10,8 +10,6 @@ python3-mpmath and python3-scipy:
     tests/design/textbook_elliptic.py > tests/design/TextbookElliptic.inc
 """
 import mpmath as mp
-import scipy
-from scipy import signal
 
 mp.mp.dps = 50
 CUT_OFF, PASS, STOP = mp.mpf("0.2"), mp.mpf("0.5"), mp.mpf(40)
@@ -67,6 +65,9 @@ def design(n, high_pass):
 
 
 def main():
+    import scipy  # here, so that elliptic_bands.py does without
+    from scipy import signal
+
     print("// SPDX-License-Identifier: MIT")
     print(f"// Written by textbook_elliptic.py with mpmath {mp.__version__} and SciPy {scipy.__version__}.")
     print(f"// Cut-off {float(CUT_OFF)!r}, pass band {float(PASS)!r} dB, stop band {float(STOP)!r} dB.")
@@ -86,4 +87,5 @@ def main():
             print(f" {{{', '.join(repr(float(v)) for v in y)}}}}},")
 
 
-main()
+if __name__ == "__main__":
+    main()
