@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterButterworth_v2.h"
 
+#include "tests/design/DesignKit.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
@@ -11,6 +12,7 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <vector>
 
 using namespace Support;
 
@@ -156,6 +158,7 @@ TEST(FilterButterworth_v2Test, ACutOffTakenInABypassLeavesNothingToRunOn) {
         EXPECT_TRUE(agree(smooth.run(1.0), plain.step(0.05, 1.0), same)) << moves;
         EXPECT_TRUE(agree(smooth.run(3.0), plain.step(0.05, 3.0), same)) << moves;
         smooth.feed.set("Order", 0);
+        EXPECT_TRUE(agree(smooth.run(40.0), 40.0, same)) << moves;
         if (moves) smooth.cutOff(0.7);
         EXPECT_TRUE(agree(smooth.run(50.0), 50.0, same)) << moves;
         smooth.feed.set("Order", 1);
@@ -408,29 +411,36 @@ TEST(FilterButterworth_v2Test, ASteadyStepAllocatesNothing) {
     EXPECT_EQ(allocations, 0u);
 }
 
-TEST(FilterButterworth_v2Test, LongTrace) {
+TEST(FilterButterworth_v2Test, LongTraces) {
     std::mt19937_64 random(9);
-    std::uniform_real_distribution<double> number(-10.0, 10.0);
     std::uniform_int_distribution<int> dice(0, 9);
-    Scalar smooth;
-    smooth.feed.set("ReinitOnCutOffFreqUpdate", false);
-    Plain plain;
-    double cutOff = 0.05;
-    bool highPass = false;
-    for (int n = 0; n < 3000; ++n) {
-        if (dice(random) == 0) {
-            cutOff = 0.1 * (1 + dice(random));
-            smooth.cutOff(cutOff);
-        }
-        if (dice(random) == 0) {
-            highPass = !highPass;
-            smooth.feed.set("Mode", highPass ? kHiPass : kLowPass);
+    for (const Kit::Shape shape : Kit::kShapes) {
+        FilterButterworth_v2 block("smooth");
+        Feed feed(block);
+        feed.set("ReinitOnCutOffFreqUpdate", false);
+        std::vector<Plain> plain(static_cast<std::size_t>(shape.rows * shape.cols));
+        double cutOff = 0.05;
+        bool highPass = false;
+        bool isFirst = true;
+        for (const MatrixXd& sample : Kit::randomTrace(41, 1000, shape.rows, shape.cols)) {
+            const bool moves = dice(random) == 0;
+            const bool swaps = dice(random) == 0;
+            if (moves) cutOff = 0.1 * (1 + dice(random));
+            if (swaps) {
+                highPass = !highPass;
+                feed.set("Mode", highPass ? kHiPass : kLowPass);
+            }
             // Any setting brings the shown cut-off back, and the pin's sample, if one waits, comes after it.
-            smooth.cutOff(cutOff);
+            if (moves || swaps) feed.give("RelativeCutOffFreq", matrix({{cutOff}}));
+            MatrixXd wanted = sample;
+            for (Eigen::Index i = 0; i < sample.size(); ++i) {
+                Plain& element = plain[static_cast<std::size_t>(i)];
+                if (isFirst) element.start(sample(i));
+                const double y = element.step(cutOff, sample(i));
+                wanted(i) = highPass ? sample(i) - y : y;
+            }
+            isFirst = false;
+            ASSERT_TRUE(agree(feed.run("in", sample), wanted, same)) << shape.rows << " by " << shape.cols;
         }
-        const double u = number(random);
-        if (n == 0) plain.start(u);
-        const double y = plain.step(cutOff, u);
-        ASSERT_TRUE(agree(smooth.run(u), highPass ? u - y : y, same)) << "step " << n;
     }
 }

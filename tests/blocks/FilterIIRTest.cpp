@@ -2,6 +2,7 @@
 #include "blocks/FilterIIR.h"
 
 #include "tests/blocks/AttributeLog.h"
+#include "tests/design/DesignKit.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
@@ -9,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -104,6 +104,16 @@ TEST_F(FilterIIRTest, EqualValuesOnPinsRestartNothing) {
     EXPECT_TRUE(agree(run(0.0), 4.0, same));
     feed.give("gain", matrix({{2.0}}));
     EXPECT_TRUE(agree(run(6.0), 1.5 + 3.0, same)) << "another gain does restart";
+    EXPECT_TRUE(agree(run(2.0), 0.5 + 2.25, same)) << "and only once";
+}
+
+TEST_F(FilterIIRTest, OneElementOfARowIsAChange) {
+    configure(matrix({{0.25, 0.5}}), matrix({{0.25, 0.5}}));
+    run(8.0);
+    feed.give("coeffsX", matrix({{0.25, 0.75}}));
+    EXPECT_TRUE(agree(run(4.0), 1.0 + 3.0 + 1.0 + 2.0, same));
+    feed.give("coeffsY", matrix({{0.25, 0.25}}));
+    EXPECT_TRUE(agree(run(4.0), 1.0 + 3.0 + 1.0 + 1.0, same));
 }
 
 TEST_F(FilterIIRTest, ANaNGainIsAlwaysAnother) {
@@ -236,7 +246,9 @@ TEST_F(FilterIIRTest, ResetsRestart) {
 TEST_F(FilterIIRTest, AShapeChangeStartsFromTheNewSample) {
     configure(matrix({{0.5}}), matrix({{0.5}}));
     feed.run("in", matrix({{8.0, 8.0}}));
-    EXPECT_TRUE(agree(feed.run("in", matrix({{2.0}, {3.0}})), matrix({{2.0}, {3.0}}), same));
+    for (const MatrixXd& sample :
+         {matrix({{2.0}, {3.0}}), matrix({{4.0}}), matrix({{5.0, 6.0}}), matrix({{7.0, 1.0}, {2.0, 3.0}})})
+        EXPECT_TRUE(agree(feed.run("in", sample), sample, same));
 }
 
 TEST_F(FilterIIRTest, InitValueAppliesAtTheNextStart) {
@@ -275,20 +287,19 @@ TEST_F(FilterIIRTest, ASteadyStepAllocatesNothing) {
 // ---- Long trace
 
 TEST_F(FilterIIRTest, IsTheOneLineRecursion) {
-    std::mt19937_64 random(23);
-    std::uniform_real_distribution<double> number(-1.0, 1.0);
     configure(matrix({{0.3, 0.2}}), matrix({{0.6}}));
     feed.set("Gain", 4.0);
-    double u1 = 0.0, y1 = 0.0;
-    for (int n = 0; n < 3000; ++n) {
-        const double value = number(random);
-        const double u = value * 0.25;
-        if (n == 0) {
+    for (const Kit::Shape shape : Kit::kShapes) {
+        MatrixXd u1, y1;
+        for (const MatrixXd& sample : Kit::randomTrace(23, 1000, shape.rows, shape.cols)) {
+            const MatrixXd u = sample * 0.25;
+            if (u1.size() == 0) {
+                u1 = u;
+                y1 = sample;
+            }
+            y1 = 0.3 * u1 + 0.2 * u + 0.6 * y1; // element by element, so the order of each sum is as written
             u1 = u;
-            y1 = value;
+            ASSERT_TRUE(agree(feed.run("in", sample), y1, same)) << shape.rows << " by " << shape.cols;
         }
-        y1 = 0.3 * u1 + 0.2 * u + 0.6 * y1;
-        u1 = u;
-        ASSERT_TRUE(agree(run(value), y1, same)) << n;
     }
 }

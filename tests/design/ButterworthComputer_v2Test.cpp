@@ -229,17 +229,21 @@ TEST(ButterworthComputer_v2Test, ZeroCutOffHoldsTheOutput) {
 }
 
 TEST(ButterworthComputer_v2Test, AHigherOrderIsNoCascade) {
-    ButterworthComputer_v2 computer;
-    computer.setParameters(0.3, 5);
-    MatrixXd c;
-    const int last = designButterworthSections(c, 0.3, 5) - 1;
-    double x1 = 1.0;
-    double y1 = 1.0;
-    for (const double u : {1.0, 4.0, -2.0, 0.5}) {
-        y1 = c(kA1, last) * y1 + c(kGain, last) * (x1 + u);
-        x1 = u;
-        const MatrixXd out = stepped(computer, matrix({{u, u, u}}));
-        EXPECT_TRUE(agree(out, matrix({{y1, y1, y1}}), same));
+    for (const bool highPass : {false, true}) {
+        ButterworthComputer_v2 computer;
+        computer.setParameters(0.3, 5);
+        computer.setHighPass(highPass);
+        MatrixXd c;
+        const int last = designButterworthSections(c, 0.3, 5) - 1;
+        double x1 = 1.0;
+        double y1 = 1.0;
+        for (const double u : {1.0, 4.0, -2.0, 0.5}) {
+            y1 = c(kA1, last) * y1 + c(kGain, last) * (x1 + u);
+            x1 = u;
+            const double wanted = highPass ? u - y1 : y1;
+            const MatrixXd out = stepped(computer, matrix({{u, u, u}}));
+            EXPECT_TRUE(agree(out, matrix({{wanted, wanted, wanted}}), same)) << highPass;
+        }
     }
 }
 
@@ -304,6 +308,28 @@ TEST(ButterworthComputer_v2Test, StatesThatDoNotFitAreNeverSteppedOn) {
                  computer.setParameters(0.2, 1, false, false);
              },
          .input = matrix({{3}, {4}}),
+         .order = 1},
+        {.name = "as many rows as before, after a sample with more in a bypass",
+         .prepare =
+             [](ButterworthComputer_v2& computer) {
+                 computer.setParameters(0.2, 1);
+                 computer.step(matrix({{1, 2}}));
+                 computer.setParameters(0.2, 0, false, false);
+                 computer.step(matrix({{1, 2}, {3, 4}}));
+                 computer.setParameters(0.2, 1, false, false);
+             },
+         .input = matrix({{3, 4}}),
+         .order = 1},
+        {.name = "as many columns as before, after a sample with more in a bypass",
+         .prepare =
+             [](ButterworthComputer_v2& computer) {
+                 computer.setParameters(0.2, 1);
+                 computer.step(matrix({{1, 2}}));
+                 computer.setParameters(0.2, 0, false, false);
+                 computer.step(matrix({{1, 2, 3}}));
+                 computer.setParameters(0.2, 1, false, false);
+             },
+         .input = matrix({{3, 4}}),
          .order = 1},
         {.name = "a cut-off designed in a bypass",
          .prepare =
