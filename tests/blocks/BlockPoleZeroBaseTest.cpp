@@ -159,6 +159,12 @@ TYPED_TEST(PoleZeroBlocks, TheOutputIsTheOneLineRecursionOfThePublishedDesign) {
 
 // ---- Edges
 
+TYPED_TEST(PoleZeroBlocks, TheGainPinIsOneByOneFromTheStart) {
+    const auto& gain = dynamic_cast<OutputPin<MatrixXd>&>(this->block.getOutputPin("gain"));
+    EXPECT_EQ(gain.data.value.rows(), 1);
+    EXPECT_EQ(gain.data.value.cols(), 1);
+}
+
 TYPED_TEST(PoleZeroBlocks, WithoutASampleNothingHappens) {
     this->feed.step();
     this->feed.step();

@@ -217,7 +217,7 @@ TEST(EllipticDesigner, OddBandPassDividesByAZeroAtItsReference) {
     EXPECT_EQ(countZerosAtCentre(designed(Design::kBandPass, 1, 0.2, 0.5, -40.0, 0.4)), 0);
 }
 
-/// Settings at and between their limits.
+/// Settings at and between their limits. A refused write can leave the high edge below the low one.
 struct Grid {
     std::int32_t mode, order;
     double low, pass, stop, high;
@@ -231,7 +231,7 @@ std::vector<Grid> grid() {
                 for (const double high : {0.0, 0.01, 0.15, 0.9, 1.0})
                     for (const double pass : {0.1, 0.5, 10.0})
                         for (const double stop : {-60.0, -10.0, -0.1})
-                            if (mode < 4 ? high == 0.0 : high >= low)
+                            if (mode >= 4 || high == 0.0)
                                 rows.push_back({mode, order, low, pass, stop, high});
     return rows;
 }
