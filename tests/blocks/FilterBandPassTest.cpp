@@ -2,9 +2,9 @@
 #include "blocks/FilterBandPass.h"
 
 #include "design/ButterworthComputer.h"
-#include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
+#include "tests/support/SteadySteps.h"
 
 #include <gtest/gtest.h>
 
@@ -212,22 +212,7 @@ TEST(FilterBandPassTest, RunsTheSameInsideALayout) {
 
 TEST(FilterBandPassTest, ASteadyStepAllocatesNothing) {
     FilterBandPass block("band");
-    Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
-    InputPin<MatrixXd> receiver("receiver", nullptr);
-    sender.attach(block.getInputPin("in"), false);
-    block.getOutputPin("out").attach(receiver, false);
-    sender.data.value = MatrixXd::Ones(1, 3);
-    const auto step = [&] {
-        sender.send(1.0);
-        block.process();
-        ASSERT_TRUE(receiver.hasData());
-        receiver.take();
-    };
-    step();
-    const AllocationCounter counter;
-    for (int n = 0; n < 100; ++n)
-        step();
-    EXPECT_EQ(counter.count(), 0u);
+    EXPECT_EQ(allocationsOfAHundredSteps(block, "in", MatrixXd::Ones(1, 3)), 0u);
 }
 
 TEST(FilterBandPassTest, LongTrace) {

@@ -1,39 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterBlackmanWindow.h"
 
-#include "blocks/FilterFastFourierTransform.h"
-#include "tests/support/Allocations.h"
-#include "tests/support/Feed.h"
-#include "tests/support/Numbers.h"
-#include "tests/support/Signals.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "tests/blocks/WindowTest.h"
+#include "tests/support/SteadySteps.h"
 
 using namespace Support;
 
-namespace {
-// Figures of F. J. Harris, "On the Use of Windows for Harmonic Analysis with the Discrete Fourier Transform", Proc. IEEE
-// 66 (1978), and of the closed form of the loss, |W(1/2)| / W(0).
-constexpr double kCoherentGain = 0.42;
-constexpr double kScallopingLoss = 1.10; // dB
-
-/// The largest row of the amplitude spectrum of a windowed sample.
-double peak(const MatrixXd& sample) {
-    FilterBlackmanWindow window("window");
-    Feed windowFeed(window);
-    FilterFastFourierTransform transform("transform");
-    Feed transformFeed(transform);
-    return transformFeed.run("in", windowFeed.run("input", sample), 0.0, "powerSpectrum").maxCoeff();
-}
-} // namespace
-
-class FilterBlackmanWindowTest : public testing::Test {
-protected:
-    FilterBlackmanWindow block{"window"};
-    Feed feed{block};
-};
+using FilterBlackmanWindowTest = WindowTest<FilterBlackmanWindow>;
 
 TEST_F(FilterBlackmanWindowTest, Catalogue) {
     EXPECT_STREQ(block.getTypeName(), "FilterBlackmanWindow");
@@ -44,7 +17,7 @@ TEST_F(FilterBlackmanWindowTest, Catalogue) {
 
 TEST_F(FilterBlackmanWindowTest, EqualValuesShowTheWindow) {
     // 0.42 - 0.5*cos(2*pi*i/(N-1)) + 0.08*cos(4*pi*i/(N-1)) in 40 digits: mpmath 1.2.1, rounded to 17.
-    const MatrixXd windows[] = {
+    expectWindows({
         column({0, 0}),
         column({0, 1, 0}),
         column({0, 0.34, 1, 0.34, 0}),
@@ -52,50 +25,25 @@ TEST_F(FilterBlackmanWindowTest, EqualValuesShowTheWindow) {
                 0.45918295754596367, 0.090453424354128082, 0}),
         column({0, 0.066446609406726238, 0.34, 0.77355339059327376, 1, 0.77355339059327376, 0.34,
                 0.066446609406726238, 0}),
-    };
-    for (const MatrixXd& window : windows) {
-        const Eigen::Index n = window.size();
-        // A few roundings of numbers up to 1.
-        const Tolerance nearly = law(4e-16);
-        EXPECT_TRUE(agree(feed.run("input", MatrixXd::Ones(n, 1)), window, nearly)) << n << " elements";
-        EXPECT_TRUE(agree(feed.run("input", MatrixXd::Constant(n, 1, -2.0)), -2.0 * window, law(8e-16)))
-            << n << " elements";
-        EXPECT_TRUE(agree(feed.run("input", MatrixXd::Ones(1, n)), window.transpose(), nearly))
-            << n << " elements";
-    }
+    });
 }
 
 TEST_F(FilterBlackmanWindowTest, IsExactlySymmetricAndRisesToItsMiddle) {
-    for (const Eigen::Index n : {2, 3, 4, 31, 32, 1000, 1001}) {
-        const MatrixXd window = feed.run("input", MatrixXd::Ones(n, 1));
-        for (Eigen::Index i = 0; i < n; ++i)
-            EXPECT_TRUE(agree(window(n - 1 - i), window(i), same)) << n << " elements, element " << i;
-        for (Eigen::Index i = 1; i < n / 2; ++i)
-            EXPECT_GE(window(i), window(i - 1)) << n << " elements, element " << i;
-    }
+    expectExactSymmetryAndARiseToTheMiddle();
 }
 
+// The next two have figures of F. J. Harris, "On the Use of Windows for Harmonic Analysis with the Discrete Fourier
+// Transform", Proc. IEEE 66 (1978), and of the closed form of the loss, |W(1/2)| / W(0).
+
 TEST_F(FilterBlackmanWindowTest, ATonesPeakIsLoweredByTheCoherentGain) {
-    // The window's ends are both of one period, so its sum is short of that of N points by at most one of them.
-    EXPECT_TRUE(agree(peak(tone(4096, 10.0, 200.0, 0.4)), 10.0 * kCoherentGain, law(10.0 / 4096)));
+    expectCoherentGain(0.42);
 }
 
 TEST_F(FilterBlackmanWindowTest, ATonesPeakHalfwayBetweenTwoBinsLosesTheScallopingLoss) {
-    const double loss = 20.0 * std::log10(peak(tone(4096, 10.0, 200.0)) / peak(tone(4096, 10.0, 200.5)));
-    EXPECT_TRUE(agree(loss, kScallopingLoss, printed(3)));
+    expectScallopingLoss(1.10);
 }
 
 TEST_F(FilterBlackmanWindowTest, ASteadyStepAllocatesNothing) {
     FilterBlackmanWindow own("own");
-    OutputPin<MatrixXd> sender("sender", nullptr);
-    sender.attach(own.getInputPin("input"), false);
-    sender.data.value = MatrixXd::Ones(30, 1);
-    sender.send(0.0);
-    own.process();
-    const AllocationCounter counter;
-    for (int i = 0; i < 10; ++i) {
-        sender.send(i);
-        own.process();
-    }
-    EXPECT_EQ(counter.count(), 0u);
+    EXPECT_EQ(allocationsOfAHundredSteps(own, "input", MatrixXd::Ones(30, 1)), 0u);
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterButterworth.h"
 
-#include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
+#include "tests/support/SteadySteps.h"
 
 #include <gtest/gtest.h>
 
@@ -249,22 +249,7 @@ TEST(FilterButterworthTest, AResetIsKeptUntilTheNextSample) {
 
 TEST(FilterButterworthTest, ASteadyStepAllocatesNothing) {
     FilterButterworth block("smooth");
-    Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
-    InputPin<MatrixXd> receiver("receiver", nullptr);
-    sender.attach(block.getInputPin("in"), false);
-    block.getOutputPin("out").attach(receiver, false);
-    sender.data.value = MatrixXd::Ones(1, 3);
-    const auto step = [&] {
-        sender.send(1.0);
-        block.process();
-        ASSERT_TRUE(receiver.hasData());
-        receiver.take();
-    };
-    step();
-    const AllocationCounter counter;
-    for (int n = 0; n < 100; ++n)
-        step();
-    EXPECT_EQ(counter.count(), 0u);
+    EXPECT_EQ(allocationsOfAHundredSteps(block, "in", MatrixXd::Ones(1, 3)), 0u);
 }
 
 TEST(FilterButterworthTest, LongTrace) {

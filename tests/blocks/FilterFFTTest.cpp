@@ -2,10 +2,10 @@
 #include "blocks/FilterFFT.h"
 
 #include "spectral/FFTPack.h"
-#include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
 #include "tests/support/Signals.h"
+#include "tests/support/SteadySteps.h"
 
 #include <gtest/gtest.h>
 
@@ -192,17 +192,7 @@ TEST_F(RunningFFT, RemembersNothingOfASignal) {
 }
 
 TEST_F(RunningFFT, ASteadyStepAllocatesNothing) {
-    Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
     FilterFFT own("own");
     dynamic_cast<ValueProperty<bool>&>(own.getProperty("Pause")).setValue(false);
-    sender.attach(own.getInputPin("in"), false);
-    sender.data.value = MatrixXd::Ones(30, 1);
-    sender.send(0.0);
-    own.process();
-    const AllocationCounter counter;
-    for (int i = 0; i < 10; ++i) {
-        sender.send(i);
-        own.process();
-    }
-    EXPECT_EQ(counter.count(), 0u);
+    EXPECT_EQ(allocationsOfAHundredSteps(own, "in", MatrixXd::Ones(30, 1)), 0u);
 }

@@ -2,10 +2,10 @@
 #include "blocks/FilterFastFourierTransform.h"
 
 #include "spectral/FFTPack.h"
-#include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
 #include "tests/support/Signals.h"
+#include "tests/support/SteadySteps.h"
 
 #include <gtest/gtest.h>
 
@@ -167,15 +167,5 @@ TEST_F(FilterFastFourierTransformTest, BothOutputsCarryTheTimeStampFftFirst) {
 
 TEST_F(FilterFastFourierTransformTest, ASteadyStepAllocatesNothing) {
     FilterFastFourierTransform own("own");
-    Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
-    sender.attach(own.getInputPin("in"), false);
-    sender.data.value = MatrixXd::Ones(30, 1);
-    sender.send(0.0);
-    own.process();
-    const AllocationCounter counter;
-    for (int i = 0; i < 10; ++i) {
-        sender.send(i);
-        own.process();
-    }
-    EXPECT_EQ(counter.count(), 0u);
+    EXPECT_EQ(allocationsOfAHundredSteps(own, "in", MatrixXd::Ones(30, 1)), 0u);
 }

@@ -4,6 +4,7 @@
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
 #include "tests/support/Scalars.h"
+#include "tests/support/Signals.h"
 #include "tests/support/SteadySteps.h"
 
 #include <gtest/gtest.h>
@@ -19,15 +20,6 @@ using namespace Support;
 namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
-
-/// Elements that tell where they stood: 1000 rows + columns.
-MatrixXd numbered(Eigen::Index rows, Eigen::Index cols) {
-    MatrixXd matrix(rows, cols);
-    for (Eigen::Index r = 0; r < rows; ++r)
-        for (Eigen::Index c = 0; c < cols; ++c)
-            matrix(r, c) = 1000.0 * static_cast<double>(r) + static_cast<double>(c);
-    return matrix;
-}
 
 void setRows(Feed& feed, double top, double bottom) {
     feed.set("TopErode (%)", top);

@@ -4,6 +4,7 @@
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
 #include "tests/support/Scalars.h"
+#include "tests/support/Signals.h"
 #include "tests/support/SteadySteps.h"
 
 #include <gtest/gtest.h>
@@ -18,15 +19,6 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-/// Rows that tell their own number: element (r, c) is r + c / 10.
-MatrixXd numbered(Eigen::Index rows, Eigen::Index cols) {
-    MatrixXd matrix(rows, cols);
-    for (Eigen::Index r = 0; r < rows; ++r)
-        for (Eigen::Index c = 0; c < cols; ++c)
-            matrix(r, c) = static_cast<double>(r) + 0.1 * static_cast<double>(c);
-    return matrix;
-}
-
 std::vector<int> rowsPicked(int rows, int limit) {
     FilterResample block("thin");
     Feed feed(block);
@@ -35,7 +27,7 @@ std::vector<int> rowsPicked(int rows, int limit) {
     std::vector<int> numbers;
     for (Eigen::Index r = 0; r < picked.rows(); ++r) {
         numbers.push_back(static_cast<int>(picked(r, 0)));
-        EXPECT_TRUE(agree(picked(r, 1), picked(r, 0) + 0.1, same)) << "whole rows are picked";
+        EXPECT_TRUE(agree(picked(r, 1), picked(r, 0) + 0.001, same)) << "whole rows are picked";
     }
     return numbers;
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterSaturationDetector.h"
 
-#include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
+#include "tests/support/SteadySteps.h"
 
 #include <gtest/gtest.h>
 
@@ -120,18 +120,7 @@ TEST(FilterSaturationDetectorTest, AWriteAppliesFromTheNextStepOn) {
 
 TEST(FilterSaturationDetectorTest, ASteadyStepAllocatesNothing) {
     FilterSaturationDetector block("saturation");
-    Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
-    sender.attach(block.getInputPin("in"), false);
-    sender.data.value = MatrixXd::Ones(4, 6);
-    const auto step = [&] {
-        sender.send(1.0);
-        block.process();
-    };
-    step();
-    const AllocationCounter counter;
-    for (int i = 0; i < 100; ++i)
-        step();
-    EXPECT_EQ(counter.count(), 0u);
+    EXPECT_EQ(allocationsOfAHundredSteps(block, "in", MatrixXd::Ones(4, 6)), 0u);
 }
 
 TEST(FilterSaturationDetectorTest, LongTrace) {

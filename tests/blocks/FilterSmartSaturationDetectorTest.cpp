@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterSmartSaturationDetector.h"
 
-#include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
+#include "tests/support/SteadySteps.h"
 
 #include <gtest/gtest.h>
 
@@ -220,18 +220,7 @@ TEST(FilterSmartSaturationDetectorTest, AWriteKeepsTheRuns) {
 
 TEST(FilterSmartSaturationDetectorTest, ASteadyStepAllocatesNothing) {
     FilterSmartSaturationDetector block("saturation");
-    Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
-    sender.attach(block.getInputPin("in"), false);
-    sender.data.value = MatrixXd::Constant(4, 6, 2000.0);
-    const auto step = [&] {
-        sender.send(1.0);
-        block.process();
-    };
-    step();
-    const AllocationCounter counter;
-    for (int i = 0; i < 100; ++i)
-        step();
-    EXPECT_EQ(counter.count(), 0u);
+    EXPECT_EQ(allocationsOfAHundredSteps(block, "in", MatrixXd::Constant(4, 6, 2000.0)), 0u);
 }
 
 TEST(FilterSmartSaturationDetectorTest, LongTrace) {

@@ -3,9 +3,9 @@
 
 #include "tests/blocks/SendLog.h"
 #include "tests/estimation/LiteralWFLC.h"
-#include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
+#include "tests/support/SteadySteps.h"
 
 #include <gtest/gtest.h>
 
@@ -314,19 +314,8 @@ TEST(FilterWFLCTest, RefusesWhatIsOutOfRange) {
 TEST(FilterWFLCTest, ASteadyStepAllocatesNothing) {
     for (const int order : {1, 2, 10}) {
         FilterWFLC block("tracker");
-        Feed(block).set("Order", order);
-        Quillmere::Core::OutputPin<MatrixXd> sender("sender", nullptr);
-        sender.attach(block.getInputPin("Input"), false);
-        sender.data.value = matrix({{0.5}});
-        const auto step = [&] {
-            sender.send(1.0);
-            block.process();
-        };
-        step();
-        const AllocationCounter counter;
-        for (int i = 0; i < 100; ++i)
-            step();
-        EXPECT_EQ(counter.count(), 0u) << order;
+        block.getProperty("Order").setValueFromString(std::to_string(order));
+        EXPECT_EQ(allocationsOfAHundredSteps(block, "Input", matrix({{0.5}})), 0u) << order;
     }
 }
 

@@ -7,7 +7,7 @@
 #include <initializer_list>
 #include <numbers>
 
-/// Signals as one-column samples.
+/// Samples to feed: signals of one column, and elements that can be found again.
 namespace Support {
 
 /// A column of the given values.
@@ -27,6 +27,15 @@ inline Quillmere::Core::MatrixXd tone(Eigen::Index rows, double amplitude, doubl
         const double turns = cycles * static_cast<double>(row) / static_cast<double>(rows);
         result(row) = amplitude * std::cos(2.0 * std::numbers::pi * turns + phase);
     }
+    return result;
+}
+
+/// Elements that tell where they stood: the row, and behind the point the column in thousandths.
+inline Quillmere::Core::MatrixXd numbered(Eigen::Index rows, Eigen::Index cols) {
+    Quillmere::Core::MatrixXd result(rows, cols);
+    for (Eigen::Index row = 0; row < rows; ++row)
+        for (Eigen::Index col = 0; col < cols; ++col)
+            result(row, col) = static_cast<double>(row) + 0.001 * static_cast<double>(col);
     return result;
 }
 
