@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "framework/core/AbstractProperty.h"
 #include "framework/core/Filter.h"
 
 #include <string>
