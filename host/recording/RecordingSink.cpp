@@ -64,7 +64,7 @@ void RecordingSink::setGathersByTime(bool flag) {
 
 const std::vector<HostBlock::SettingDescription>& RecordingSink::getSettingDescriptions() const {
     static const std::vector<SettingDescription> descriptions{
-        {"file", "text", "", "the CSV table to write"},
+        {"file", "text", "", "the CSV table to write; - is standard output"},
         {"time", "text", "t", "the name of the time column"},
         {"columns", "map", "accel[0] and so on",
          "for a pin the names of its columns, as in {accel: [ax, ay, az]}"}};

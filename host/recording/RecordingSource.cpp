@@ -43,7 +43,7 @@ void RecordingSource::fill(Output& output) const {
 
 const std::vector<HostBlock::SettingDescription>& RecordingSource::getSettingDescriptions() const {
     static const std::vector<SettingDescription> descriptions{
-        {"file", "text", "", "the CSV recording, with a row of column names first"},
+        {"file", "text", "", "the CSV recording, with a row of column names first; - is standard input"},
         {"pins", "map", "", "for each output pin the list of its columns, as in {accel: [ax, ay, az]}"},
         {"time", "text", "by rate", "the column that holds the time in seconds"},
         {"rate", "number", "by time", "rows a second, for a recording without a time column"},
