@@ -41,7 +41,7 @@ public:
     MatrixXd step(const MatrixXd& coeffs, const MatrixXd& u) {
         const double formerX = coeffs.row(0).head(forward - 1).sum();
         const double formerY = coeffs.row(1).head(poles).sum();
-        const MatrixXd y = coeffs(0, forward - 1) * u + formerX * u1 + formerY * y1;
+        MatrixXd y = coeffs(0, forward - 1) * u + formerX * u1 + formerY * y1;
         const auto largest = [](const MatrixXd& m) { return m.cwiseAbs().maxCoeff(); };
         // A sum of up to 42 terms, each rounding by half an ulp of at most the sum of their sizes.
         rounding =
