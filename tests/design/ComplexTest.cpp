@@ -12,7 +12,6 @@ namespace {
 using Design::Complex;
 using Support::agree;
 using Support::same;
-using Support::withinUlp;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
