@@ -11,12 +11,10 @@
 
 using namespace Design;
 using Quillmere::Core::copySample;
-using Quillmere::Core::resizeSample;
 
 namespace {
-// Multiplying by 2^64 over the golden ratio spreads neighbouring keys; the top 6 bits number 64 slots.
+// Multiplying by 2^64 over the golden ratio spreads neighbouring keys; the top bits number the slots.
 constexpr std::uint64_t kGoldenRatio = 0x9E3779B97F4A7C15;
-constexpr int kSlotShift = 64 - 6;
 } // namespace
 
 void ButterworthComputer_v2::setParameters(double newCutOff, int newOrder) {
@@ -48,25 +46,21 @@ void ButterworthComputer_v2::step(const MatrixXd& input) {
     }
     if (needsInit || !isRunning(input)) initialise(input);
     if (samplesSinceInit < samplesSinceInitLimit) ++samplesSinceInit;
-    if (numSections != 1) return stepSections(input.data());
-    if (highPass)
-        stepFirstOrder<true>(input.data());
-    else
-        stepFirstOrder<false>(input.data());
+    runSections(input.data());
 }
 
-/// Whether states and coefficients fit the input's shape and each other. They don't after a change of shape, seen or
+/// Whether states and output fit the input's shape and the sections in force. They don't after a change of shape, seen or
 /// slept through in a bypass, nor where an order or a cached cut-off brought another number of sections without a start.
 bool ButterworthComputer_v2::isRunning(const MatrixXd& input) const {
-    return filtered.rows() == input.rows() && filtered.cols() == input.cols() && stateRows == input.rows() &&
-           stateCols == input.cols() && coefficients.cols() == numSections &&
-           (states.empty() || states.front().cols() == numSections);
+    const auto fits = [&](const MatrixXd& matrix) {
+        return matrix.rows() == input.rows() && matrix.cols() == input.cols();
+    };
+    return fits(filtered) && numSections > 0 && states.size() == 2 * static_cast<std::size_t>(numSections) &&
+           fits(states.front());
 }
 
 void ButterworthComputer_v2::initialise(const MatrixXd& input) {
     needsInit = true; // stays so if memory runs out below
-    states.clear();
-    states.resize(static_cast<std::size_t>(input.size()));
     if (!memorize && !coefficientCache.empty()) {
         coefficientCache.clear();
         recent.fill({});
@@ -74,13 +68,9 @@ void ButterworthComputer_v2::initialise(const MatrixXd& input) {
     computeCoefficients();
     samplesSinceInit = 0;
     samplesSinceInitLimit = numSections;
-    const double* value = input.data();
-    for (MatrixXd& state : states) {
-        resizeSample(state, 2, numSections);
-        state.setConstant(*value++);
-    }
-    stateRows = input.rows();
-    stateCols = input.cols();
+    states.resize(2 * static_cast<std::size_t>(numSections));
+    for (MatrixXd& state : states)
+        copySample(state, input);
     copySample(filtered, input);
     needsInit = false;
 }
@@ -103,7 +93,7 @@ void ButterworthComputer_v2::computeCoefficients() {
 
 /// The entry of the present cut-off, or null.
 const MatrixXd* ButterworthComputer_v2::findCached() {
-    Recent& slot = recent[(std::bit_cast<std::uint64_t>(cutOff) * kGoldenRatio) >> kSlotShift];
+    Recent& slot = recent[(std::bit_cast<std::uint64_t>(cutOff) * kGoldenRatio) >> (64 - kSlotBits)];
     if (slot.entry != nullptr && slot.cutOff == cutOff) return slot.entry;
     const auto found = coefficientCache.find(cutOff);
     if (found == coefficientCache.end()) return nullptr;
@@ -111,54 +101,39 @@ const MatrixXd* ButterworthComputer_v2::findCached() {
     return slot.entry;
 }
 
-/// The one section that matters: a state matrix is then x1 and y1 side by side, so two elements are two loads.
-template <bool complement>
-void ButterworthComputer_v2::stepFirstOrder(const double* in) {
-    const double a1 = coefficients(kA1, 0);
-    const double gain = coefficients(kGain, 0);
-    MatrixXd* const all = states.data();
-    double* const out = filtered.data();
-    const Eigen::Index count = filtered.size();
-    const auto stepPair = [=](Eigen::Index i) {
-        double* const even = all[i].data();
-        double* const odd = all[i + 1].data();
-        const Pair left = loadPair(even);
-        const Pair right = loadPair(odd);
-        const Pair u = loadPair(in + i);
-        // Order matters: the feedback, then the gain times the sum of both inputs.
-        const Pair y = a1 * secondLanes(left, right) + gain * (firstLanes(left, right) + u);
-        storePair(even, firstLanes(u, y));
-        storePair(odd, secondLanes(u, y));
-        storePair(out + i, complement ? u - y : y);
-    };
-    Eigen::Index i = 0;
-    for (; i + 4 <= count; i += 4) {
-        stepPair(i);
-        stepPair(i + 2);
-    }
-    if (i + 2 <= count) {
-        stepPair(i);
-        i += 2;
-    }
-    if (i == count) return;
-    double* const last = all[i].data();
-    const double u = in[i];
-    last[1] = a1 * last[1] + gain * (last[0] + u);
-    last[0] = u;
-    out[i] = complement ? u - last[1] : last[1];
+/// Each section is fed the input itself, and only the last one is heard.
+void ButterworthComputer_v2::runSections(const double* in) {
+    for (int k = 0; k + 1 < numSections; ++k)
+        runSection<Heard::Not>(k, in);
+    if (highPass)
+        runSection<Heard::Complement>(numSections - 1, in);
+    else
+        runSection<Heard::Result>(numSections - 1, in);
 }
 
-/// Any number of sections, each fed the input itself.
-void ButterworthComputer_v2::stepSections(const double* in) {
-    double* out = filtered.data();
-    for (MatrixXd& state : states) {
-        const double u = *in++;
-        double y = 0.0;
-        for (int k = 0; k < numSections; ++k) {
-            y = coefficients(kA1, k) * state(1, k) + coefficients(kGain, k) * (state(0, k) + u);
-            state(1, k) = y;
-            state(0, k) = u;
-        }
-        *out++ = highPass ? u - y : y;
-    }
+template <ButterworthComputer_v2::Heard heard>
+void ButterworthComputer_v2::runSection(int section, const double* in) {
+    const double a1 = coefficients(kA1, section);
+    const double gain = coefficients(kGain, section);
+    double* const x1 = states[2 * static_cast<std::size_t>(section)].data();
+    double* const y1 = states[2 * static_cast<std::size_t>(section) + 1].data();
+    double* const out = filtered.data();
+    const Eigen::Index count = filtered.size();
+    // Order matters: the feedback, then the gain times the sum of both inputs. The input may be the output itself.
+    const auto stepPair = [=](Eigen::Index i) {
+        const Pair u = loadPair(in + i);
+        const Pair y = a1 * loadPair(y1 + i) + gain * (loadPair(x1 + i) + u);
+        storePair(x1 + i, u);
+        storePair(y1 + i, y);
+        if constexpr (heard != Heard::Not) storePair(out + i, heard == Heard::Complement ? u - y : y);
+    };
+    Eigen::Index i = 0;
+    for (; i + 2 <= count; i += 2)
+        stepPair(i);
+    if (i == count) return;
+    const double u = in[i];
+    const double y = a1 * y1[i] + gain * (x1[i] + u);
+    x1[i] = u;
+    y1[i] = y;
+    if constexpr (heard != Heard::Not) out[i] = heard == Heard::Complement ? u - y : y;
 }

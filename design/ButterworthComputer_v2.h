@@ -4,6 +4,7 @@
 #include "framework/transport/MatrixXd.h"
 
 #include <array>
+#include <cstddef>
 #include <map>
 #include <vector>
 
@@ -63,14 +64,15 @@ private:
     void initialise(const MatrixXd& input);
     void computeCoefficients();
     const MatrixXd* findCached();
-    template <bool complement>
-    void stepFirstOrder(const double* in);
-    void stepSections(const double* in);
+    enum class Heard { Not, Result, Complement };
+    void runSections(const double* in);
+    template <Heard heard>
+    void runSection(int section, const double* in);
 
     int order = 1; ///< 0 means bypass.
     double cutOff = 0.05;
     MatrixXd filtered;
-    std::vector<MatrixXd> states;                ///< By element: row 0 holds x1 of each section, row 1 y1.
+    std::vector<MatrixXd> states; ///< Of each section x1, then y1, in the input's shape: both stream.
     std::map<double, MatrixXd> coefficientCache; ///< By exact cut-off; emptied by a start without `memorize`.
     MatrixXd coefficients;                       ///< By section, with the rows of `Design::SectionRow`.
     bool needsInit = true;
@@ -79,15 +81,13 @@ private:
     bool highPass = false;
     int samplesSinceInit = 0; ///< Stops at the limit. Nothing reads the two; they are part of the state.
     int samplesSinceInitLimit = 0;
-    Eigen::Index stateRows =
-        0; ///< The shape that `states` were made for; a bypass may have seen another since.
-    Eigen::Index stateCols = 0;
 
     struct Recent {
         double cutOff = 0.0;
         const MatrixXd* entry = nullptr;
     };
+    static constexpr int kSlotBits = 8;
     /// Entries of the cache by a few bits of their cut-off, since a walk through the map takes longer than a step over
-    /// many elements; emptied with it.
-    std::array<Recent, 64> recent;
+    /// many elements; emptied with it. So many slots that dozens of cut-offs seldom share one.
+    std::array<Recent, std::size_t{1} << kSlotBits> recent;
 };

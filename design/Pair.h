@@ -20,12 +20,4 @@ inline void storePair(double* to, Pair pair) {
     std::memcpy(to, &pair, sizeof pair);
 }
 
-/// The first lanes of both, and the second lanes of both.
-inline Pair firstLanes(Pair a, Pair b) {
-    return __builtin_shufflevector(a, b, 0, 2);
-}
-inline Pair secondLanes(Pair a, Pair b) {
-    return __builtin_shufflevector(a, b, 1, 3);
-}
-
 } // namespace Design

@@ -168,6 +168,21 @@ TEST(ButterworthComputer_v2Test, ACutOffMetBeforeComesFromTheCache) {
     EXPECT_EQ(counter.count(), 0u);
 }
 
+TEST(ButterworthComputer_v2Test, ThousandsOfCachedCutOffsAreKeptApart) {
+    ButterworthComputer_v2 computer;
+    ButterworthComputer_v2 twin;
+    computer.setParameters(0.3, 1, true, true);
+    twin.setParameters(0.3, 1);
+    for (int round = 0; round < 3; ++round)
+        for (int n = 1; n <= 2000; ++n) {
+            const double cutOff = 0.0005 * (n * 7 % 2001);
+            computer.setCutOff(cutOff, false, true);
+            twin.setCutOff(cutOff, false, false);
+            const double u = n % 5 - 2.0;
+            ASSERT_TRUE(agree(stepped(computer, u), stepped(twin, u), same)) << round << ", " << cutOff;
+        }
+}
+
 TEST(ButterworthComputer_v2Test, ACachedEntryIsUsedAndNotComputedAnew) {
     // The key leaves the order out, so an entry of order 2, which has one section too, shows under order 1.
     ButterworthComputer_v2 computer;
