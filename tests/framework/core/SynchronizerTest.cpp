@@ -257,6 +257,34 @@ TEST(SynchronizerTest, GuardsNeverStopABusyLoopAndTheLoopNeverStopsThem) {
     });
 }
 
+TEST(SynchronizerTest, AStepGetsItsTurnBetweenGuardsThatHandTheGateOn) {
+    constexpr long kTurns = 200;
+    Synchronizer gate;
+    std::atomic<bool> isDone{false};
+    std::atomic<int> waiting{0};
+    long visits = 0; // no atomic: the gate is its lock
+    const auto writer = [&] {
+        while (!isDone) {
+            ++waiting;
+            const Guard guard(&gate, nullptr);
+            --waiting;
+            ++visits;
+            // Goes when the next one stands before the gate, so that there is hardly ever no guard.
+            while (waiting == 0 && !isDone)
+                std::this_thread::yield();
+            for (std::atomic<int> left{2000}; left > 0; --left) {
+            }
+        }
+    };
+    runTogether(writer, writer, [&] {
+        for (long i = 0; i < kTurns; ++i)
+            const Step step(gate);
+        isDone = true;
+    });
+    // Two at a turn and not thousands; much room for a thread that is held up before it stands in the queue.
+    EXPECT_LT(visits, 50 * kTurns) << "the guards went first for ever";
+}
+
 TEST(SynchronizerTest, ASettingIsWrittenTenThousandTimesAgainstABusyLoop) {
     CheckingHost host("busy");
     ProbeBlock block("probe", host);
