@@ -38,8 +38,23 @@ void AbstractInputPin::setIsLifo(bool flag) {
 
 LinkCounts AbstractInputPin::getCounts() {
     LinkCounts counts;
-    withBothEndsHeld([&] { counts = {received.get(), taken.get(), getWaitingCount()}; });
+    withBothEndsHeld([&] { counts = {getReceivedCount(), taken.get(), getWaitingCount()}; });
     return counts;
+}
+
+std::uint64_t AbstractInputPin::getTakenCount() const {
+    const Synchronizer::SubjectLocker<const Pin> guard(*this);
+    return taken.get();
+}
+
+void AbstractInputPin::countFrom(const AbstractOutputPin* next) {
+    receivedBefore = getReceivedCount();
+    sentBefore = next != nullptr ? next->getSentCount() : 0;
+}
+
+std::uint64_t AbstractInputPin::getReceivedCount() const {
+    const AbstractOutputPin* const sender = getConnectedOutput();
+    return receivedBefore + (sender != nullptr ? sender->getSentCount() - sentBefore : 0);
 }
 
 template <class Action>

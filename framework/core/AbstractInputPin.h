@@ -35,8 +35,8 @@ public:
     /// What became of the samples that were sent to this pin, all of one instant. [any, guarded]
     LinkCounts getCounts();
 
-    /// Samples taken so far. [any]
-    std::uint64_t getTakenCount() const { return taken.get(); }
+    /// Samples taken so far. [any, guarded]
+    std::uint64_t getTakenCount() const;
     /// Whether the link comes from another layout and wakes this one. Requires: the pin's gate is held. [any, guarded]
     bool getIsWaking() const { return isWaking; }
 
@@ -61,10 +61,19 @@ protected:
     std::atomic<bool> isSynchronous{true}; ///< read without a guard, also while another thread detaches
     bool isBlocking = true;
     bool isWaking = false;
-    Tally received; ///< raised by the sender
-    Tally taken;    ///< raised by the reader
+    GatedTally taken;
+
+    /// Counts what `next` sends from now on, null for nobody, beside what came until now. Requires: as
+    /// `setConnectedOutput`, which calls this before the link changes.
+    void countFrom(const AbstractOutputPin* next);
 
 private:
+    std::uint64_t getReceivedCount() const;
+
+    // What an input receives is what its sender sends, so the sample's road counts it once for all links.
+    std::uint64_t receivedBefore = 0; ///< over former links
+    std::uint64_t sentBefore = 0;     ///< by the sender, before this link
+
     /// Runs `action` with the gates of this pin and of its sender held, whatever link it has at that time.
     template <class Action>
     void withBothEndsHeld(Action action);

@@ -2,6 +2,7 @@
 #include "framework/core/AbstractOutputPin.h"
 
 #include "framework/core/FlowManager.h"
+#include "framework/core/Synchronizer.h"
 
 #include <algorithm>
 
@@ -14,6 +15,11 @@ AbstractOutputPin::AbstractOutputPin(const std::string& name, PinManager* const 
 
 AbstractOutputPin::~AbstractOutputPin() {
     if (getManager() != nullptr) std::erase(getManager()->outputs, this);
+}
+
+std::uint64_t AbstractOutputPin::getSentCount() const {
+    const Synchronizer::SubjectLocker<const Pin> guard(*this);
+    return sent.get();
 }
 
 void AbstractOutputPin::notifyAttached(AbstractInputPin& input, bool& isSynchronous) {

@@ -4,6 +4,7 @@
 #include "framework/core/Pin.h"
 #include "framework/core/Tally.h"
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
@@ -41,11 +42,11 @@ public:
     /// flight are lost. Requires: this pin's gate is held, or its block doesn't run. [any, guarded]
     virtual void refreshInputs() = 0;
 
-    /// Samples sent so far, whoever was attached. [any]
-    std::uint64_t getSentCount() const { return sent.get(); }
+    /// Samples sent so far, whoever was attached. [any, guarded]
+    std::uint64_t getSentCount() const;
 
 protected:
-    Tally sent; ///< raised by the block's step
+    GatedTally sent;
 
     /// Asks the host about a new link: `isSynchronous` comes in true and goes out as the host decides.
     void notifyAttached(AbstractInputPin& input, bool& isSynchronous);

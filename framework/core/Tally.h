@@ -20,6 +20,17 @@ private:
     std::atomic<std::uint64_t> count{0};
 };
 
+/// A count whose lock is the gate: raised in a block's steps, read under a guard. What a sample's road counts is of this kind,
+/// since it costs one addition in memory.
+class GatedTally {
+public:
+    void add(std::uint64_t amount) { count += amount; }
+    std::uint64_t get() const { return count; }
+
+private:
+    std::uint64_t count = 0;
+};
+
 /// What the loop that steps a block knows of its steps.
 struct StepTally {
     Tally steps;         ///< calls of `process`

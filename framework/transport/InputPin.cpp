@@ -14,6 +14,7 @@ void InputPin<T>::clear() {
 
 template <class T>
 void InputPin<T>::setConnectedOutput(AbstractOutputPin* output, bool synchronous) {
+    this->countFrom(output);
     this->connectedOutput = output;
     this->isSynchronous = synchronous;
     rebuildStrategy();

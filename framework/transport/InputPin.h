@@ -37,7 +37,6 @@ public:
     void accept(const TimeStampedData<T>& sample) {
         if (plainLink == nullptr) return receive(sample);
         plainLink->write(sample);
-        received.add(1);
     }
 
     void detachAll() override {
@@ -95,10 +94,7 @@ public:
     void clear() override;
     void rebuildStrategy() override;
     void setConnectedOutput(AbstractOutputPin* output, bool synchronous) override;
-    void receive(const TimeStampedData<T>& sample) override {
-        strategy->write(sample);
-        this->received.add(1);
-    }
+    void receive(const TimeStampedData<T>& sample) override { strategy->write(sample); }
     std::uint32_t getWaitingCount() const override {
         return strategy->size() + (pendingSample != nullptr ? 1 : 0);
     }

@@ -99,6 +99,35 @@ TEST(PassTest, CountsTellWhatBecameOfEverySample) {
     EXPECT_FALSE(sink.in.getIsWaking());
 }
 
+TEST(PassTest, AnInputCountsWhatIsSentWhileItIsLinked) {
+    CheckingHost host("host");
+    ProbeBlock first("first", host);
+    ProbeBlock second("second", host);
+    ProbeBlock sink("sink", host);
+    for (ProbeBlock* const block : {&first, &second, &sink})
+        host.add(*block);
+    const auto passes = [&](int count) {
+        for (; count > 0; --count)
+            host.getLayout().runStep();
+    };
+    first.generate(100);
+    second.generate(100);
+    passes(3); // before any link
+    EXPECT_EQ(sink.in.getCounts().received, 0u);
+    first.out.attach(sink.in, false);
+    passes(2);
+    EXPECT_EQ(sink.in.getCounts().received, 2u);
+    first.out.detach(sink.in, false);
+    passes(4); // between two links
+    EXPECT_EQ(sink.in.getCounts().received, 2u);
+    second.out.attach(sink.in, false);
+    passes(5);
+    EXPECT_EQ(sink.in.getCounts().received, 7u);
+    EXPECT_EQ(sink.in.getCounts().taken, 7u);
+    EXPECT_EQ(sink.in.getTakenCount(), 7u);
+    EXPECT_EQ(first.out.getSentCount(), 14u);
+}
+
 TEST(PassTest, OnlyLinksOnWhichReadersMaySleepWake) {
     CheckingHost left("left");
     CheckingHost right("right");
