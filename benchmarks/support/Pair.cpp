@@ -49,8 +49,8 @@ public:
             failed = failed || run.error_occurred;
             if (run.error_occurred) std::cerr << run.benchmark_name() << ": " << run.error_message << '\n';
             if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
-            const bool isOfBody = run.run_name.time_type == "manual_time";
-            const double time = isOfBody ? run.real_accumulated_time : run.cpu_accumulated_time;
+            const bool isOfProcessor = run.run_name.time_type.empty();
+            const double time = isOfProcessor ? run.cpu_accumulated_time : run.real_accumulated_time;
             const double perIteration = time * 1e9 / static_cast<double>(run.iterations);
             nanoseconds[run.run_name.function_name].push_back(perIteration);
         }
@@ -116,9 +116,10 @@ int printTable(const Recorder& recorder, std::ostream& out) {
 void enter(Pair pair) {
     auto* const bare = benchmark::RegisterBenchmark((pair.name + kBareSuffix).c_str(), std::move(pair.bare));
     auto* const ours = benchmark::RegisterBenchmark((pair.name + kOursSuffix).c_str(), std::move(pair.ours));
-    if (pair.time == Time::OfBody)
-        for (auto* const body : {bare, ours})
-            body->UseManualTime();
+    for (auto* const body : {bare, ours}) {
+        if (pair.time == Time::OfBody) body->UseManualTime();
+        if (pair.time == Time::OfWall) body->UseRealTime();
+    }
     rows().push_back({std::move(pair.name), true, pair.goal});
 }
 

@@ -31,8 +31,8 @@ namespace Bench {
 using Body = std::function<void(benchmark::State&)>;
 
 /// What is measured of an iteration: the processor time of the thread that runs the body, or, for what several threads do
-/// together, what the body itself measures and tells by `state.SetIterationTime(seconds)`.
-enum class Time { OfProcessor, OfBody };
+/// together, the time that passes, or what the body itself measures and tells by `state.SetIterationTime(seconds)`.
+enum class Time { OfProcessor, OfWall, OfBody };
 
 struct Pair {
     std::string name;
