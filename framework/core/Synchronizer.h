@@ -29,7 +29,8 @@ extern QUILLMERE_API constinit thread_local char threadMark __attribute__((tls_m
 ///
 /// A thread that holds the gate passes it again at the cost of a compare and at most a count, whichever way it took it;
 /// a step that is alone takes and opens the gate by one exchange each.
-/// Requires: a thread that is inside a step guards no gate of another layout, whose step might guard this one.
+/// Requires: a thread that has a gate, by a step or a guard, takes no other behind it, since somebody who has that one might
+/// want this one; several are taken by one guard, or in the order of their addresses.
 class QUILLMERE_API Synchronizer {
 public:
     class DisablerLocker;
