@@ -74,10 +74,17 @@ void LayoutManager::place(Filter& filter, LayoutManager* destination) {
 }
 
 void LayoutManager::forget(Filter& filter) {
+    std::erase(leftBehind, &filter);
     const auto found = std::find(filters.begin(), filters.end(), &filter);
     if (found == filters.end()) return;
     if (static_cast<std::size_t>(found - filters.begin()) < nextFilter) --nextFilter;
     filters.erase(found);
+}
+
+Filter* LayoutManager::takeLeftBehind() {
+    Filter* const filter = leftBehind.front();
+    leftBehind.erase(leftBehind.begin());
+    return filter;
 }
 
 void LayoutManager::runStep() {
@@ -92,8 +99,11 @@ void LayoutManager::runStep() {
 void LayoutManager::arrange(const std::vector<Filter*>& order) {
     const auto rank = [&](const Filter* filter) { return std::find(order.begin(), order.end(), filter); };
     const Synchronizer::DisablerLocker guard(&synchronizer, nullptr);
-    std::stable_sort(filters.begin(), filters.end(),
-                     [&](const Filter* a, const Filter* b) { return rank(a) < rank(b); });
+    const auto isBefore = [&](const Filter* a, const Filter* b) { return rank(a) < rank(b); };
+    leftBehind.insert(leftBehind.end(), filters.begin() + static_cast<std::ptrdiff_t>(nextFilter),
+                      filters.end());
+    std::stable_sort(leftBehind.begin(), leftBehind.end(), isBefore);
+    std::stable_sort(filters.begin(), filters.end(), isBefore);
     nextFilter = filters.size();
 }
 

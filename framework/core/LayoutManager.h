@@ -35,25 +35,33 @@ public:
     void runPass(Pass& pass) {
         Synchronizer::StepLocker gate(synchronizer);
         nextFilter = 0;
+        leftBehind.clear();
         if (!pass.begin()) return;
-        while (nextFilter < filters.size()) {
-            pass.step(*filters[nextFilter++]);
+        while (Filter* const filter = takeNext()) {
+            pass.step(*filter);
             gate.giveWayIfWanted();
         }
         pass.end();
     }
 
     /// Puts the blocks into the order in which `order` has them; those that it hasn't stay behind the others. A pass that
-    /// is under way ends, so the loop needs another. [any, guarded]
+    /// is under way steps those that it hasn't stepped yet, in the new order. [any, guarded]
     void arrange(const std::vector<Filter*>& order);
 
 private:
     void place(Filter& filter, LayoutManager* destination);
     void forget(Filter& filter);
+    /// The block that the pass steps next, null behind the last.
+    Filter* takeNext() {
+        if (nextFilter < filters.size()) return filters[nextFilter++];
+        return leftBehind.empty() ? nullptr : takeLeftBehind();
+    }
+    Filter* takeLeftBehind();
 
     Synchronizer synchronizer;
     std::vector<Filter*> filters; ///< changed under the gate
     std::size_t nextFilter = 0;   ///< where the pass stands, so that a block removed meanwhile skips no other
+    std::vector<Filter*> leftBehind; ///< what the pass has still to step since the order changed
 };
 
 } // namespace Quillmere::Core

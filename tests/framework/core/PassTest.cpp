@@ -64,6 +64,45 @@ TEST(PassTest, ArrangePutsWhatItNamesFirst) {
     EXPECT_EQ(namesOfOnePass(host.getLayout()), "cba.");
 }
 
+TEST(PassTest, ANewOrderLeavesNobodyOutOfThePassThatIsUnderWay) {
+    CheckingHost host("host");
+    ProbeBlock a("a", host);
+    ProbeBlock b("b", host);
+    ProbeBlock c("c", host);
+    ProbeBlock d("d", host);
+    ProbeBlock late("e", host);
+    for (ProbeBlock* const block : {&a, &b, &c, &d})
+        host.add(*block);
+    struct ReorderingPass {
+        LayoutManager& layout;
+        std::vector<std::vector<Filter*>> orders; ///< Behind the first step, behind the second and so on.
+        Filter* added = nullptr;                  ///< Behind the second step.
+        Filter* removed = nullptr;                ///< Behind the second step.
+        std::string names{};
+
+        bool begin() const { return true; }
+        void step(Filter& filter) {
+            names += filter.getName();
+            if (names.size() == 2 && added != nullptr) layout.add(*added);
+            if (names.size() == 2 && removed != nullptr) layout.remove(*removed);
+            if (names.size() <= orders.size()) layout.arrange(orders[names.size() - 1]);
+        }
+        void end() { names += "."; }
+    };
+    ReorderingPass pass{.layout = host.getLayout(), .orders = {{&d, &c, &b, &a}, {&a, &b, &c, &d}}};
+    host.getLayout().runPass(pass);
+    EXPECT_EQ(pass.names, "adbc.") << "each once, in the order of that time";
+    EXPECT_EQ(namesOfOnePass(host.getLayout()), "abcd.");
+
+    ReorderingPass changing{.layout = host.getLayout(),
+                            .orders = {{&d, &c, &b, &a}, {&b, &late, &a}},
+                            .added = &late,
+                            .removed = &c};
+    host.getLayout().runPass(changing);
+    EXPECT_EQ(changing.names, "adbe.");
+    EXPECT_EQ(namesOfOnePass(host.getLayout()), "bead.");
+}
+
 TEST(PassTest, CountsTellWhatBecameOfEverySample) {
     CheckingHost left("left");
     CheckingHost right("right");
