@@ -36,14 +36,20 @@ public:
         copySample(out.data.value, in.take());
         out.send(in.getTimeStamp());
         ++samples;
-        if (samples == kStepsToSettle) counter.emplace();
-        if (samples == kSteps) allocations = static_cast<int>(counter->count());
+        // A reader gives back storage of its own with its first sample, which may come late.
+        if (!counter && samples >= kStepsToSettle && reader->samples >= kStepsToSettle) {
+            counter.emplace();
+            end = samples + kSteps;
+        }
+        if (samples == end) allocations = static_cast<int>(counter->count());
     }
     const char* getTypeName() const override { return "Counting"; }
 
     InputPin<MatrixXd> in;
     OutputPin<MatrixXd> out;
-    int samples = 0;
+    const Counting* reader = this; ///< Of what this one sends, if it lives in another layout.
+    std::atomic<int> samples{0};
+    int end = 0;
     std::optional<Support::AllocationCounter> counter;
     std::atomic<int> allocations{-1}; ///< Not known yet.
 };
@@ -56,8 +62,10 @@ protected:
         first.add(here);
         second.add(there);
         ticker.out.attach(here.in, false);
-        there.in.setBufferCapacity(16); // what is lost doesn't matter here
+        // What is lost doesn't matter here; a longer queue might grow late, when the reader first lags that much.
+        there.in.setBufferCapacity(4);
         here.out.attach(there.in, false);
+        here.reader = &there;
     }
     void run() {
         for (LiveLayout* const layout : {&firstLive, &secondLive})
