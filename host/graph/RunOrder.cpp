@@ -30,4 +30,16 @@ std::vector<Core::Filter*> runOrder(const std::vector<Core::Filter*>& blocks) {
     return order;
 }
 
+bool hasLoop(const std::vector<Core::Filter*>& blocks) {
+    // Senders come first in the order, unless a loop leaves no choice.
+    std::set<const Core::PinManager*> later(blocks.begin(), blocks.end());
+    for (const Core::Filter* const block : runOrder(blocks)) {
+        for (const Core::AbstractInputPin* const pin : block->getInputPins())
+            if (const Core::AbstractOutputPin* const output = pin->getConnectedOutput())
+                if (later.contains(output->getManager())) return true;
+        later.erase(block);
+    }
+    return false;
+}
+
 } // namespace Quillmere::Host

@@ -28,7 +28,9 @@ public:
     const bool countsSteps; ///< Whether layouts count their blocks' steps and take the time of some.
     PipeWatcher pipes;
     Timeline& timeline;
-    std::uint64_t mostDrainRounds = 0; ///< For a layout, when the run is over. [setup]
+    std::mutex timelineMutex; ///< Held by who applies the timeline or says who shall; taken before any gate.
+    /// For a layout, when the run is over: what goes round in a loop is left alone then. Changed with all gates held.
+    std::uint64_t mostDrainRounds = 0;
 
     /// One more source, or where there are none one more layout with a generator, keeps the run going. [any]
     void addDriver() { ++driversLeft; }

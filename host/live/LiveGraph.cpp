@@ -8,7 +8,9 @@
 #include <Poco/Exception.h>
 
 #include <algorithm>
+#include <deque>
 #include <limits>
+#include <set>
 
 namespace Quillmere::Host {
 
@@ -33,6 +35,25 @@ auto& require(const Things& things, const std::string& name, const std::string& 
 }
 } // namespace
 
+/// All layouts stand still as long as it lives, and nobody else changes anything. A change and what the layouts know of it
+/// are one: a layout that was told later would step, in its own thread, what another one holds by now.
+class LiveGraph::Standstill {
+public:
+    explicit Standstill(LiveGraph& graph) : structure(graph.structure), timeline(graph.drive.timelineMutex) {
+        std::set<Core::Synchronizer*, std::less<>>
+            gates; // in the order of their addresses, as every guard takes them
+        for (LiveLayout& layout : graph.layouts)
+            gates.insert(&layout.getGate());
+        for (Core::Synchronizer* const gate : gates)
+            guards.emplace_back(gate, nullptr);
+    }
+
+private:
+    const std::lock_guard<std::mutex> structure;
+    const std::lock_guard<std::mutex> timeline;
+    std::deque<Core::Synchronizer::DisablerLocker> guards;
+};
+
 LiveGraph::LiveGraph(Graph& builtGraph, const BlockCatalogue& blockCatalogue, LiveDrive& liveDrive)
     : graph(builtGraph), catalogue(blockCatalogue), drive(liveDrive) {
     for (Source* const source : graph.getSources()) {
@@ -42,7 +63,6 @@ LiveGraph::LiveGraph(Graph& builtGraph, const BlockCatalogue& blockCatalogue, Li
     for (const Graph::Node& node : graph.getNodes())
         blocks.push_back(node.block.get());
     dealOut();
-    placeTimeline();
     arrangeAll();
 }
 
@@ -59,22 +79,22 @@ void LiveGraph::dealOut() {
 
 /// The first layout with a source tells the time for the timeline; without sources, the first with a generator.
 void LiveGraph::placeTimeline() {
-    const auto drives = [this](LiveLayout& layout) {
+    Core::Filter* const sender = graph.getTimeline().getSender();
+    const auto drives = [&](LiveLayout& layout) {
         const auto& held = layout.getBlocks().getFilters();
-        return std::any_of(held.begin(), held.end(), [this](const Core::Filter* block) {
-            return sources.empty() ? block->getInputPins().empty()
+        return std::any_of(held.begin(), held.end(), [&](const Core::Filter* block) {
+            return sources.empty() ? block->getInputPins().empty() && block != sender
                                    : dynamic_cast<const Source*>(block) != nullptr;
         });
     };
     const auto found = std::find_if(layouts.begin(), layouts.end(), drives);
     LiveLayout& teller = found == layouts.end() ? layouts.front() : *found;
-    teller.setAppliesTimeline(true);
-    if (Core::Filter* const sender = graph.getTimeline().getSender()) teller.getBlocks().add(*sender);
+    for (LiveLayout& layout : layouts)
+        layout.setAppliesTimeline(&layout == &teller);
+    if (sender != nullptr && sender->getManager() != &teller.getBlocks()) teller.getBlocks().add(*sender);
 }
 
 void LiveGraph::start() {
-    for (LiveLayout& layout : layouts)
-        drive.mostDrainRounds += layout.getMostRounds();
     const auto isPiped = [](const LiveSource& source) { return source.source->getIsPiped(); };
     if (std::any_of(sources.begin(), sources.end(), isPiped)) drive.pipes.start();
     for (Sink* const sink : graph.getSinks())
@@ -98,16 +118,17 @@ void LiveGraph::anchorClock() {
     drive.clock.start(first == std::numeric_limits<double>::infinity() ? 0.0 : first);
 }
 
-/// Asleep at two looks and never awake in between: then all slept at one time, and nobody was there to wake them.
+/// At rest at two looks and never gone in between: then all rested at one time, and nobody was there to move anything.
 bool LiveGraph::getIsAtRest() {
-    std::vector<std::uint64_t> sleeps;
+    std::vector<std::uint64_t> departures;
     for (LiveLayout& layout : layouts) {
-        if (!layout.getGate().getIsAsleep()) return false;
-        sleeps.push_back(layout.getGate().getSleeps());
+        departures.push_back(layout.getRestSign().getDepartures());
+        if (!layout.getRestSign().getIsAtRest(layout.getGate())) return false;
     }
-    for (std::size_t i = 0; i < layouts.size(); ++i)
-        if (!layouts[i].getGate().getIsAsleep() || layouts[i].getGate().getSleeps() != sleeps[i])
-            return false;
+    for (std::size_t i = 0; i < layouts.size(); ++i) {
+        const RestSign& sign = layouts[i].getRestSign();
+        if (!sign.getIsAtRest(layouts[i].getGate()) || sign.getDepartures() != departures[i]) return false;
+    }
     return true;
 }
 
@@ -121,6 +142,11 @@ void LiveGraph::stop() {
         layout.getGate().shutDown();
     for (LiveLayout& layout : layouts)
         layout.join();
+}
+
+void LiveGraph::endSinks(bool isWhole) {
+    const Standstill still(*this);
+    Quillmere::Host::endSinks(graph.getSinks(), isWhole);
 }
 
 std::uint64_t LiveGraph::getRounds() const {
@@ -185,7 +211,7 @@ void LiveGraph::lookAgain(const Core::Filter& block) {
 }
 
 void LiveGraph::move(const std::string& block, const std::string& layout) {
-    const std::lock_guard lock(structure);
+    const Standstill still(*this);
     Core::Filter& moved = getBlock(block);
     LiveLayout& to = getLayout(layout);
     LiveLayout* const from = layoutOf(moved);
@@ -198,7 +224,7 @@ void LiveGraph::move(const std::string& block, const std::string& layout) {
 }
 
 void LiveGraph::attach(const LinkRequest& request) {
-    const std::lock_guard lock(structure);
+    const Standstill still(*this);
     Core::AbstractOutputPin& from = getOutput(request.from);
     Core::AbstractInputPin& to = getInput(request.to);
     if (to.getConnectedOutput() != nullptr)
@@ -217,7 +243,7 @@ void LiveGraph::attach(const LinkRequest& request) {
 }
 
 void LiveGraph::detach(const std::string& input) {
-    const std::lock_guard lock(structure);
+    const Standstill still(*this);
     Core::AbstractInputPin& to = getInput(input);
     if (to.getConnectedOutput() == nullptr)
         throw ControlException("found the input '" + input + "', which has no link; expected one that has");
@@ -226,7 +252,7 @@ void LiveGraph::detach(const std::string& input) {
 }
 
 void LiveGraph::add(const std::string& id, const std::string& type, const std::string& layout) {
-    const std::lock_guard lock(structure);
+    const Standstill still(*this);
     for (const Core::Filter* const block : getBlocks())
         if (block->getName() == id)
             throw ControlException("found the id '" + id + "' a second time; expected an id of its own");
@@ -246,20 +272,27 @@ void LiveGraph::add(const std::string& id, const std::string& type, const std::s
     arrangeAll();
 }
 
+/// Requires: all layouts stand still, or no thread runs.
 void LiveGraph::arrangeAll() {
+    placeTimeline();
     for (LiveLayout& layout : layouts)
         arrange(layout);
+    drive.mostDrainRounds = 0;
+    for (LiveLayout& layout : layouts)
+        drive.mostDrainRounds += layout.getMostRounds();
+    // Without a loop everything comes out some time, however many samples a block makes of one.
+    if (!hasLoop(getBlocks())) drive.mostDrainRounds = std::numeric_limits<std::uint64_t>::max();
 }
 
 void LiveGraph::arrange(LiveLayout& layout) {
     std::vector<Core::Filter*> held;
     for (Core::Filter* const block : getBlocks())
         if (block->getManager() == &layout.getBlocks()) held.push_back(block);
-    const std::vector<Core::Filter*> order = runOrder(held);
-    {
-        const Core::Synchronizer::DisablerLocker guard(&layout.getGate(), nullptr);
-        if (layout.getBlocks().getFilters() != order) layout.getBlocks().arrange(order);
+    layout.getBlocks().arrange(runOrder(held));
+    try {
         layout.refresh(sources);
+    } catch (const std::exception& exception) {
+        drive.cut(reasonOf(exception)); // a sink that had a row to write, and no place for it
     }
     layout.lookAgain();
 }

@@ -35,12 +35,14 @@ public:
 
     /// Reads what each recording begins with, for the time of the start, and starts a thread for each layout. [setup]
     void start();
-    /// Whether all layouts sleep and nothing wakes them. [any]
+    /// Whether, the run being over, nothing moves in any layout. [any]
     bool getIsAtRest();
     /// Wakes all layouts for a look. [any]
     void stir();
     /// Wakes all layouts for good and waits until their threads have ended. [setup]
     void stop();
+    /// Ends all results, as whole ones or as what is left. Raises `RunException`. Requires: no thread runs. [any]
+    void endSinks(bool isWhole);
     /// Rounds of all layouts. [any]
     std::uint64_t getRounds() const;
 
@@ -71,6 +73,8 @@ private:
     Core::AbstractOutputPin& getOutput(const std::string& name) const;
     LiveLayout& getLayout(const std::string& id);
     LiveLayout* layoutOf(const Core::Filter& block);
+
+    class Standstill;
 
     void dealOut();
     void placeTimeline();

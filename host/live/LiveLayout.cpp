@@ -52,7 +52,8 @@ void LiveLayout::refresh(std::deque<LiveSource>& runSources) {
     }
     waiting.watch(blocks);
     hasWakingLinks = waiting.getHasWakingLinks();
-    passesLeft = waiting.getMostRounds();
+    isRefreshed = true;
+    if (!isDraining) passesByItself = 0;
     gatherRows();
 }
 
@@ -98,40 +99,52 @@ void LiveLayout::run() {
 /// The round's time; in a layout without rounds that of the sample which the block took last.
 double LiveLayout::timeOfFailure() {
     if (current == nullptr || rounds.get() > 0) return streamTime;
-    const Core::Synchronizer::DisablerLocker guard(&getGate(), nullptr);
     double time = streamTime;
-    for (const Core::AbstractInputPin* const pin : current->getInputPins())
+    for (const Core::AbstractInputPin* const pin : current->getInputPins()) {
+        const Core::Synchronizer::SubjectLocker<const Core::Pin> guard(
+            *pin); // it may be in another layout by now
         if (const auto* const input = dynamic_cast<const Core::InputPin<Core::MatrixXd>*>(pin))
             time = std::max(time, input->getTimeStamp());
+    }
     return time;
 }
 
 void LiveLayout::turn() {
-    // Before the look at the blocks: what comes behind it keeps the layout from falling asleep.
-    const unsigned reasons = getGate().takeReasons();
-    if (reasons != 0 && ((reasons & Core::Synchronizer::kSignal) != 0 || isLookWanted.exchange(false))) {
-        isPassWanted = true;
-        if (!isDraining) passesLeft = std::max<std::uint64_t>(waiting.getMostRounds(), 1);
-    }
     Pass pass(*this);
     layout.runPass(pass);
-    if (isTimelineDue) {
-        // Outside the gate: it writes settings of blocks in other layouts.
-        isTimelineDue = false;
-        drive.timeline.apply(timelineTime);
-        return;
-    }
-    const bool hasDriver = clock != nullptr || !sources.empty();
-    if (pass.kind == Kind::None || (!isPassWanted && !hasDriver)) getGate().sleep(due);
+    if (isTimelineDue)
+        applyTimeline();
+    else if (pass.kind == Kind::None || isNothingLeft)
+        getGate().sleep(due);
+}
+
+/// Outside the gate: it writes settings of blocks in other layouts.
+void LiveLayout::applyTimeline() {
+    isTimelineDue = false;
+    const std::lock_guard lock(drive.timelineMutex);
+    if (appliesTimeline) drive.timeline.apply(timelineTime);
+}
+
+/// Before the look at the blocks: what comes behind it keeps the layout from falling asleep.
+void LiveLayout::takeReasons() {
+    const unsigned reasons = restSign.takeReasons(getGate());
+    if (reasons == 0) return;
+    if ((reasons & Core::Synchronizer::kSignal) == 0 && !isLookWanted.exchange(false)) return;
+    isPassWanted = true;
+    if (!isDraining) passesByItself = 0;
 }
 
 LiveLayout::Kind LiveLayout::choose() {
+    takeReasons();
     due = Clock::time_point::max();
     if (drive.getIsOver() && !isDraining) beginDrain();
     if (!isDraining && (clock != nullptr ? chooseClock() : chooseSource())) return Kind::Round;
-    if (isTimelineDue || !isPassWanted || passesLeft == 0) return Kind::None;
-    --passesLeft;
-    return Kind::Other;
+    if (isTimelineDue) return Kind::None;
+    // What still moves behind that many goes round in a loop, and is left alone.
+    const std::uint64_t most = isDraining ? drive.mostDrainRounds : waiting.getMostRounds();
+    if (isPassWanted && passesByItself < most) return Kind::Other;
+    if (isDraining) restSign.set(true);
+    return Kind::None;
 }
 
 /// Whether one of the sources begins a round: of those whose next sample is due the one with the earliest.
@@ -242,21 +255,26 @@ void LiveLayout::stepMeasured(Core::Filter& block) {
 
 void LiveLayout::endPass(Kind kind) {
     current = nullptr;
-    isPassWanted = false;
+    isPassWanted = isNothingLeft = false;
     if (kind == Kind::Round) rounds.add(1);
     if (kind == Kind::Round && !hasWakingLinks) return;
     const bool hasChanged = waiting.count();
-    const bool hasDriver = !isDraining && (clock != nullptr || !sources.empty());
-    const bool isLeft = hasDriver ? waiting.getIsAnyWaking() : waiting.getIsAny();
     // Where samples come in between, as many may wait as before although some have moved; else as many as before means
     // a loop at a steady pace.
-    isPassWanted = isLeft && (hasWakingLinks ? waiting.getHasMoved() : hasChanged);
+    const bool hasMoved = hasWakingLinks ? waiting.getHasMoved() : hasChanged;
+    if (kind == Kind::Other && hasMoved) ++passesByItself;
+    const bool hasDriver = !isDraining && (clock != nullptr || !sources.empty());
+    const bool isLeft = hasDriver ? waiting.getIsAnyWaking() : waiting.getIsAny();
+    isPassWanted = isLeft && (hasMoved || isRefreshed);
+    isRefreshed = false;
+    isNothingLeft = !isPassWanted && !hasDriver;
+    if (isDraining) restSign.set(!isPassWanted);
 }
 
 /// Nothing new comes: from now on only what is in the links moves.
 void LiveLayout::beginDrain() {
     isDraining = true;
-    passesLeft = drive.mostDrainRounds;
+    passesByItself = 0;
     waiting.count();
     isPassWanted = isPassWanted || waiting.getIsAny();
 }

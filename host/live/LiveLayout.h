@@ -4,6 +4,7 @@
 #include "framework/Quillmere.h"
 #include "host/graph/HostBlock.h"
 #include "host/live/LiveDrive.h"
+#include "host/live/RestSign.h"
 #include "host/run/GeneratorClock.h"
 #include "host/run/WaitingSamples.h"
 
@@ -40,11 +41,12 @@ public:
     /// Takes up what the layout holds now. `runSources` are all of the run's; where there are none, a generator is the
     /// layout's clock. Requires: the gate is held, or no thread runs. [any, guarded]
     void refresh(std::deque<LiveSource>& runSources);
-    /// Whether its rounds tell the time for the graph's timeline. [setup]
+    /// Whether its rounds tell the time for the graph's timeline. Requires: the gate and the timeline's mutex are held, or no
+    /// thread runs. [any, guarded]
     void setAppliesTimeline(bool flag) { appliesTimeline = flag; }
     /// The generator that is its clock; null where there is none. Requires: the gate is held, or no thread runs.
     const Core::Filter* getClock() const { return clock == nullptr ? nullptr : clock->getBlock(); }
-    /// More passes than it takes to let out what is in the links. Requires: no thread runs. [setup]
+    /// More passes than it takes to let out what is in the links. Requires: the gate is held, or no thread runs.
     std::uint64_t getMostRounds() const { return waiting.getMostRounds(); }
 
     /// [setup]
@@ -52,6 +54,8 @@ public:
     void join();
     /// Something outside has changed: another pass, please. [any]
     void lookAgain();
+    /// Whether it has come to rest, the run being over. [any]
+    const RestSign& getRestSign() const { return restSign; }
     /// Rounds so far. [any]
     std::uint64_t getRounds() const { return rounds.get(); }
 
@@ -63,7 +67,9 @@ private:
     void run();
     double timeOfFailure();
     void turn();
+    void applyTimeline();
     Kind choose();
+    void takeReasons();
     bool chooseSource();
     bool getIsReady(LiveSource& source);
     bool chooseClock();
@@ -80,10 +86,11 @@ private:
     LiveDrive& drive;
     std::thread thread;
     std::atomic<bool> isLookWanted{false};
+    RestSign restSign; ///< Never at rest before the run is over.
     Core::Tally rounds;
-    bool appliesTimeline = false;
 
     // The thread's own, changed by others under the gate.
+    bool appliesTimeline = false;
     std::vector<LiveSource*> sources; ///< Those of the layout that have not ended.
     std::vector<Sink*> sinks;
     std::unique_ptr<GeneratorClock> clock; ///< Null where sources drive the run.
@@ -98,7 +105,10 @@ private:
     bool isClockDone = false;              ///< It has reached the run's limit.
     bool isDraining = false;
     bool isPassWanted = true;
-    std::uint64_t passesLeft = 0; ///< Before what goes round in a loop is left alone.
+    bool isRefreshed = false;   ///< Since the last pass, so that its counts don't tell what has moved before.
+    bool isNothingLeft = false; ///< Behind the last pass, until something comes.
+    std::uint64_t passesByItself =
+        0; ///< In which something moved, since the last cause from outside, or the run's end.
     std::uint64_t passes = 0;
     bool isMeasuring = false; ///< Whether this pass takes the time of each step.
     Clock::time_point due;    ///< Until when the layout may sleep.

@@ -63,7 +63,7 @@ private:
         drive.pipes.stop();
         std::string reason = drive.getFailure();
         try {
-            endSinks(graph.getSinks(), reason.empty());
+            live.endSinks(reason.empty());
         } catch (const RunException& exception) {
             reason = exception.what();
         }

@@ -7,11 +7,13 @@ namespace Quillmere::Host {
 
 void WaitingSamples::watch(const std::vector<Core::Filter*>& blocks) {
     links.clear();
-    blockCount = blocks.size();
+    mostRounds = blocks.size();
     for (const Core::Filter* const block : blocks)
         for (Core::AbstractInputPin* const pin : block->getInputPins())
-            if (auto* const input = dynamic_cast<Core::InputPin<Core::MatrixXd>*>(pin))
+            if (auto* const input = dynamic_cast<Core::InputPin<Core::MatrixXd>*>(pin)) {
                 links.push_back({input, 0});
+                mostRounds += pin->getBufferCapacity();
+            }
     count();
 }
 
@@ -35,13 +37,6 @@ bool WaitingSamples::count() {
 bool WaitingSamples::getHasWakingLinks() const {
     return std::any_of(links.begin(), links.end(),
                        [](const Link& link) { return link.input->getIsWaking(); });
-}
-
-std::uint64_t WaitingSamples::getMostRounds() const {
-    std::uint64_t most = blockCount;
-    for (const Link& link : links)
-        most += link.input->getBufferCapacity();
-    return most;
 }
 
 } // namespace Quillmere::Host

@@ -26,7 +26,7 @@ public:
     bool getHasWakingLinks() const;
 
     /// More rounds than the links' samples can need to leave blocks without loops, one step a round.
-    std::uint64_t getMostRounds() const;
+    std::uint64_t getMostRounds() const { return mostRounds; }
 
 private:
     struct Link {
@@ -34,7 +34,7 @@ private:
         std::uint32_t waiting;
     };
     std::vector<Link> links;
-    std::size_t blockCount = 0;
+    std::uint64_t mostRounds = 0;
     std::uint64_t taken = 0; ///< Samples used up, at the last count.
     bool hasMoved = false;
     bool isAny = false;
