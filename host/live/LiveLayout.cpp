@@ -59,15 +59,25 @@ void LiveLayout::refresh(std::deque<LiveSource>& runSources) {
 
 /// Where a round of this layout is all that a sink's row can come from, the round makes the row; else the time stamp does.
 void LiveLayout::gatherRows() {
+    const bool isDriven = clock != nullptr || !sources.empty();
     for (Sink* const sink : sinks) {
-        const auto isFromElsewhere = [this](const Core::AbstractInputPin* pin) {
-            const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
-            return sender != nullptr && Core::layoutOf(*sender) != &layout;
-        };
-        const auto& pins = sink->getInputPins();
-        const bool isDriven = clock != nullptr || !sources.empty();
-        sink->setGathersByTime(!isDriven || std::any_of(pins.begin(), pins.end(), isFromElsewhere));
+        std::set<const Core::PinManager*> seen{sink};
+        sink->setGathersByTime(!isDriven || getIsFedFromElsewhere(*sink, seen));
     }
+}
+
+/// Whether what a block waits for comes from another layout, directly or through other blocks. Control inputs don't count:
+/// what comes over them makes no sample.
+bool LiveLayout::getIsFedFromElsewhere(const Core::PinManager& block,
+                                       std::set<const Core::PinManager*>& seen) const {
+    for (const Core::AbstractInputPin* const pin : block.getInputPins()) {
+        const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
+        if (sender == nullptr || !pin->getIsBlocking()) continue;
+        if (Core::layoutOf(*sender) != &layout) return true;
+        const Core::PinManager* const owner = sender->getManager();
+        if (seen.insert(owner).second && getIsFedFromElsewhere(*owner, seen)) return true;
+    }
+    return false;
 }
 
 void LiveLayout::start() {

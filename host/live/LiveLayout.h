@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -80,6 +81,7 @@ private:
     void endPass(Kind kind);
     void beginDrain();
     void gatherRows();
+    bool getIsFedFromElsewhere(const Core::PinManager& block, std::set<const Core::PinManager*>& seen) const;
 
     const std::string id;
     Core::LayoutManager& layout;

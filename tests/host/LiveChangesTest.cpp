@@ -112,4 +112,30 @@ TEST_F(LiveChangesTest, TheTimelineGoesWithTheSourceThatTellsItsTime) {
     EXPECT_EQ(linesOfResult().back(), "3,9");
 }
 
+TEST_F(LiveChangesTest, ARowHasTheTimeOfItsSamplesThroughHoweverManyBlocksTheyCome) {
+    // The source of the sink's own layout is at another time.
+    folder.write(
+        "other.csv", "t,x\n" + [] {
+            std::string text;
+            for (int i = 0; i < 2000; ++i)
+                text += std::to_string(100000 + i) + ",1\n";
+            return text;
+        }());
+    feed("t,x\n" + rows(0, 1000));
+    start(
+        std::string(kLayouts) + "blocks:\n" + kPipe +
+        "  - {id: other, type: RecordingSource, layout: b, properties: {file: other.csv, time: t, pins: {x: "
+        "[x]}}}\n"
+        "  - {id: first, type: FilterGain, layout: b}\n  - {id: second, type: FilterGain, layout: b}\n"
+        "  - {id: unrelated, type: FilterGain, layout: b}\n"
+        "  - {id: out, type: RecordingSink, layout: b, properties: {file: out.csv}}\n"
+        "connections:\n  - {from: in, to: first, buffer: 1000}\n  - {from: first, to: second}\n"
+        "  - {from: second, to: out.x}\n  - {from: other, to: unrelated}\n");
+    pipe.close();
+    const std::vector<std::string> lines = linesOfResult();
+    ASSERT_EQ(lines.size(), 1001u);
+    for (int i = 0; i < 1000; ++i)
+        ASSERT_EQ(lines[static_cast<std::size_t>(i + 1)], std::to_string(i) + "," + std::to_string(i));
+}
+
 } // namespace
