@@ -24,7 +24,7 @@ TEST(BlockCatalogue, ListsTypesInThePluginsOrder) {
     BlockCatalogue catalogue;
     catalogue.load(ODD_PLUGIN);
     EXPECT_EQ(catalogue.getTypeNames(),
-              (Strings{"OddSettings", "OddFailing", "OddSum", "OddGenerator", "OddThrice"}));
+              (Strings{"OddSettings", "OddFailing", "OddSum", "OddGenerator", "OddThrice", "OddInOrder"}));
     catalogue.load(VELMARIND_PLUGIN);
     const Strings names = catalogue.getTypeNames();
     EXPECT_EQ(names.front(), "OddSettings") << "what was loaded first stays first";
@@ -38,7 +38,7 @@ TEST(BlockCatalogue, OfTwoTypesWithOneNameTheFirstIsTaken) {
     BlockCatalogue catalogue;
     catalogue.load(ODD_PLUGIN);
     catalogue.load(ODD_PLUGIN);
-    EXPECT_EQ(catalogue.getTypeNames().size(), 5u);
+    EXPECT_EQ(catalogue.getTypeNames().size(), 6u);
 }
 
 TEST(BlockCatalogue, TheHostsBlocksAreApart) {

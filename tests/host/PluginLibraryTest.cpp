@@ -36,7 +36,7 @@ TEST(PluginLibrary, StartsAndStops) {
     {
         const auto library = PluginLibrary::open(ODD_PLUGIN);
         EXPECT_EQ(pluginsInstalled(), before + 1);
-        ASSERT_EQ(library->getFactories().size(), 5u);
+        ASSERT_EQ(library->getFactories().size(), 6u);
         EXPECT_STREQ(library->getFactories().front()->getTypeName(), "OddSettings");
     }
     EXPECT_EQ(pluginsInstalled(), before);

@@ -157,6 +157,75 @@ private:
     OutputPin<MatrixXd> out;
 };
 
+/// Passes samples on whose first element is their number and whose time stamp is the number in milliseconds, and raises when
+/// one comes on either input that isn't behind those before, or whose two ends don't belong together. "Report" shows
+/// what has come.
+class OddInOrder final : public Filter {
+public:
+    static constexpr const char* kTypeName = "OddInOrder";
+
+    explicit OddInOrder(const std::string& name)
+        : Filter(name, true), side("side", this), in("in", this), out("out", this),
+          sideTaken("side taken", bag()), sideLast("side last", bag()), inTaken("in taken", bag()),
+          inLast("in last", bag()), report("Report", bag()) {
+        side.setIsBlocking(false);
+        for (ValueProperty<unsigned>* const shown : {&sideTaken, &sideLast, &inTaken, &inLast})
+            shown->setIsWritable(false);
+        report.setChangeHandler(this, &OddInOrder::onReport);
+    }
+
+    void process() override {
+        while (side.hasData())
+            take(side, sideSeen);
+        if (!in.hasData()) return;
+        copySample(out.data.value, take(in, inSeen));
+        out.send(in.getTimeStamp());
+    }
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    struct Seen {
+        unsigned taken = 0;
+        unsigned last = 0; ///< Number of the sample that came last.
+    };
+
+    PropertyBag* bag() { return &getPropertyBag(); }
+    static const MatrixXd& take(InputPin<MatrixXd>& pin, Seen& seen) {
+        const MatrixXd& sample = pin.take();
+        const auto number = static_cast<unsigned>(sample(0));
+        if (number != static_cast<unsigned>(std::lround(1e3 * pin.getTimeStamp())))
+            throw Poco::RuntimeException("torn sample on " + pin.getName());
+        if (number <= seen.last)
+            throw Poco::RuntimeException(std::to_string(number) + " behind " + std::to_string(seen.last) +
+                                         " on " + pin.getName());
+        ++seen.taken;
+        seen.last = number;
+        return sample;
+    }
+    void onReport() {
+        show(sideTaken, sideSeen.taken);
+        show(sideLast, sideSeen.last);
+        show(inTaken, inSeen.taken);
+        show(inLast, inSeen.last);
+    }
+    static void show(ValueProperty<unsigned>& shown, unsigned value) {
+        shown.setIsWritable(true);
+        shown.setValue(value);
+        shown.setIsWritable(false);
+    }
+
+    InputPin<MatrixXd> side;
+    InputPin<MatrixXd> in;
+    OutputPin<MatrixXd> out;
+    ValueProperty<unsigned> sideTaken;
+    ValueProperty<unsigned> sideLast;
+    ValueProperty<unsigned> inTaken;
+    ValueProperty<unsigned> inLast;
+    CommandProperty report;
+    Seen sideSeen;
+    Seen inSeen;
+};
+
 class OddPlugin final : public DefaultPlugin {
 public:
     OddPlugin() : DefaultPlugin("Odd", "0.1") {
@@ -165,6 +234,7 @@ public:
         enter<OddSum>();
         enter<OddGenerator>();
         enter<OddThrice>();
+        enter<OddInOrder>();
     }
 
 private:
