@@ -91,9 +91,6 @@ public:
     /// already. Guards don't wake the sleeper, since it doesn't hold the gate. Requires: not inside a step. [run]
     void sleep(Clock::time_point due);
 
-    /// Whether a signal has come that `takeReasons` hasn't told of yet. [any]
-    bool getHasSignal() const { return (reasons.load() & kSignal) != 0; }
-
     /// Whether the loop is in `sleep` without a reason to wake; `getSleeps` counts how often it fell asleep. Two looks at
     /// several gates that all find the same sleep prove that all slept at one time in between. [any]
     bool getIsAsleep() const { return isAsleep.load() && reasons.load() == 0; }

@@ -17,6 +17,14 @@ std::string GraphDescription::getFolder() const {
     return std::filesystem::path(path).parent_path().string();
 }
 
+bool GraphDescription::getIsId(std::string_view text) {
+    const auto isIdLetter = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+               c == '-';
+    };
+    return !text.empty() && std::all_of(text.begin(), text.end(), isIdLetter);
+}
+
 const GraphDescription::Block* GraphDescription::findBlock(const std::string& id) const {
     const auto found =
         std::find_if(blocks.begin(), blocks.end(), [&](const Block& block) { return block.id == id; });

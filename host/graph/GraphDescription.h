@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -113,6 +114,11 @@ public:
     const std::vector<TimelineEntry>& getTimeline() const { return timeline; }
     /// Whether the file could be understood as far as to be worth checking further.
     bool getIsUsable() const { return isUsable; }
+
+    /// Whether an id may read so; ids have no dot, so that what stands behind the first one in a name is a pin's or a
+    /// setting's.
+    static bool getIsId(std::string_view text);
+    static constexpr const char* kIdLetters = "letters, digits, '_' and '-'";
 
     const Block* findBlock(const std::string& id) const;
     const Layout* findLayout(const std::string& id) const;

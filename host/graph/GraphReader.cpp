@@ -23,14 +23,6 @@ const std::vector<std::string> kBlockKeys{"id", "type", "properties", "layout", 
 const std::vector<std::string> kConnectionKeys{"from", "to", "buffer", "order", "view"};
 const std::vector<std::string> kOrders{"newest", "oldest"};
 
-bool isIdLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
-}
-
-bool isId(std::string_view text) {
-    return !text.empty() && std::all_of(text.begin(), text.end(), isIdLetter);
-}
-
 /// Words that some YAML readers take for a yes, a no or a nothing.
 bool isYamlWord(std::string_view text) {
     std::string word;
@@ -43,7 +35,7 @@ bool isYamlWord(std::string_view text) {
 /// A text with every letter that an id can't have made one that it can.
 std::string asId(std::string text) {
     for (char& c : text)
-        if (!isIdLetter(c)) c = '_';
+        if (!GraphDescription::getIsId({&c, 1})) c = '_';
     return text;
 }
 
@@ -103,9 +95,9 @@ void GraphReader::readParameters(const Value& top, const GraphChanges& changes) 
     if (list != nullptr && list->value.kind != Value::Kind::Null &&
         requireKind(list->value, Value::Kind::Map, "parameters as 'name: value'")) {
         for (const Value::Entry& entry : list->value.entries) {
-            if (!isId(entry.key))
+            if (!GraphDescription::getIsId(entry.key))
                 complaints.add(entry.where, "the parameter name '" + entry.key + "'",
-                               "letters, digits, '_' and '-'", asId(entry.key));
+                               GraphDescription::kIdLetters, asId(entry.key));
             if (entry.value.isScalar() && entry.value.text.find("${") != std::string::npos)
                 complaints.add(entry.value.where, entry.value.describe(), "a value, not another parameter");
             parameters[entry.key] = entry.value;
@@ -183,8 +175,8 @@ std::string GraphReader::readId(const Value& value, const std::string& what, Pla
     std::string id = readText(entry->value, "an id");
     if (id.empty()) return {};
     where = entry->value.where;
-    if (!isId(id)) {
-        complaints.add(where, "the id '" + id + "'", "letters, digits, '_' and '-'", asId(id));
+    if (!GraphDescription::getIsId(id)) {
+        complaints.add(where, "the id '" + id + "'", GraphDescription::kIdLetters, asId(id));
         return {};
     }
     if (isYamlWord(id)) {

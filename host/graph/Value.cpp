@@ -203,7 +203,7 @@ std::optional<Value> readValueText(const std::string& text, const std::string& n
     } catch (const YAML::Exception& exception) {
         complaints.add(converter.place(exception.mark),
                        "text that is neither YAML nor JSON (" + exception.msg + ")",
-                       "a graph file in YAML or JSON");
+                       hasLines ? "a graph file in YAML or JSON" : "a value in YAML or JSON");
         return std::nullopt;
     }
 }

@@ -39,13 +39,18 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     int getDescriptor() const { return descriptor; }
-    bool getHasUnsent() const { return !unsent.empty(); }
+    /// What to wait for, as `poll` has it.
+    short getEvents() const {
+        return static_cast<short>((asksNoMore ? 0 : POLLIN) | (unsent.empty() ? 0 : POLLOUT));
+    }
 
-    /// Reads what has come and answers each whole line; false when the other end is gone or asks too much.
+    /// Reads what has come and answers each whole line; false when the other end is gone or asks too much. One that only
+    /// asks no more gets the answers that are left.
     bool read() {
         char piece[4096];
         const ssize_t count = ::recv(descriptor, piece, sizeof piece, 0);
-        if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) return false;
+        if (count < 0 && errno != EAGAIN && errno != EINTR) return false;
+        asksNoMore = asksNoMore || count == 0;
         if (count > 0) received.append(piece, static_cast<std::size_t>(count));
         for (std::size_t end = received.find('\n'); end != std::string::npos; end = received.find('\n')) {
             unsent += console.answer(std::string_view(received).substr(0, end));
@@ -53,10 +58,11 @@ public:
         }
         return received.size() <= kLongestRequest;
     }
-    /// Sends what there is, as far as the other end takes it; false when it is gone or reads too little.
+    /// Sends what there is, as far as the other end takes it; false when it is gone, has everything or reads too little.
     bool send() {
         {
             const std::lock_guard lock(telling);
+            if (hasMissed) return false;
             unsent += told;
             told.clear();
         }
@@ -65,15 +71,16 @@ public:
             if (count < 0) return errno == EAGAIN || errno == EINTR ? unsent.size() <= kMostUnread : false;
             unsent.erase(0, static_cast<std::size_t>(count));
         }
-        return true;
+        return !asksNoMore;
     }
 
 private:
     /// Called by who writes a watched setting, under its guard.
     void tell(const std::string& line) {
         const std::lock_guard lock(telling);
-        if (told.size() > kMostUnread) return; // it is going to be cut off
-        told += " " + line + "\n";
+        // One that isn't told everything is cut off, or it would take what it knows for all there is.
+        hasMissed = hasMissed || told.size() > kMostUnread;
+        if (!hasMissed) told += " " + line + "\n";
         raiseEvent(wake);
     }
 
@@ -81,8 +88,10 @@ private:
     const int wake;
     std::string received; ///< A line that has not ended.
     std::string unsent;
+    bool asksNoMore = false;
     std::mutex telling;
     std::string told;       ///< Under `telling`.
+    bool hasMissed = false; ///< Under `telling`.
     ControlConsole console; ///< Goes first, and with it whoever tells.
 };
 
@@ -110,8 +119,7 @@ void ControlServer::serve(LiveRun& run) {
 void ControlServer::answerAll(LiveRun& run) {
     std::vector<pollfd> events{{wake, POLLIN, 0}, {socket.getDescriptor(), POLLIN, 0}};
     for (const auto& connection : connections)
-        events.push_back({connection->getDescriptor(),
-                          static_cast<short>(connection->getHasUnsent() ? POLLIN | POLLOUT : POLLIN), 0});
+        events.push_back({connection->getDescriptor(), connection->getEvents(), 0});
     if (::poll(events.data(), events.size(), -1) < 0) return;
     std::uint64_t count = 0;
     while (::read(wake, &count, sizeof count) < 0 && errno == EINTR) {

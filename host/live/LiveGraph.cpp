@@ -118,17 +118,16 @@ void LiveGraph::anchorClock() {
     drive.clock.start(first == std::numeric_limits<double>::infinity() ? 0.0 : first);
 }
 
-/// At rest at two looks and never gone in between: then all rested at one time, and nobody was there to move anything.
+/// Asleep at two looks and never awake in between: then all slept at one time, and nobody was there to wake them.
 bool LiveGraph::getIsAtRest() {
-    std::vector<std::uint64_t> departures;
+    std::vector<std::uint64_t> sleeps;
     for (LiveLayout& layout : layouts) {
-        departures.push_back(layout.getRestSign().getDepartures());
-        if (!layout.getRestSign().getIsAtRest(layout.getGate())) return false;
+        if (!layout.getGate().getIsAsleep()) return false;
+        sleeps.push_back(layout.getGate().getSleeps());
     }
-    for (std::size_t i = 0; i < layouts.size(); ++i) {
-        const RestSign& sign = layouts[i].getRestSign();
-        if (!sign.getIsAtRest(layouts[i].getGate()) || sign.getDepartures() != departures[i]) return false;
-    }
+    for (std::size_t i = 0; i < layouts.size(); ++i)
+        if (!layouts[i].getGate().getIsAsleep() || layouts[i].getGate().getSleeps() != sleeps[i])
+            return false;
     return true;
 }
 
@@ -207,6 +206,8 @@ LiveLayout* LiveGraph::layoutOf(const Core::Filter& block) {
 }
 
 void LiveGraph::lookAgain(const Core::Filter& block) {
+    // A run that is over comes to rest by itself: who turns settings on and on doesn't hold it up.
+    if (drive.getIsOver()) return;
     if (LiveLayout* const layout = layoutOf(block)) layout->lookAgain();
 }
 
@@ -253,6 +254,8 @@ void LiveGraph::detach(const std::string& input) {
 
 void LiveGraph::add(const std::string& id, const std::string& type, const std::string& layout) {
     const Standstill still(*this);
+    if (!GraphDescription::getIsId(id))
+        throw ControlException("found the id '" + id + "'; expected " + GraphDescription::kIdLetters);
     for (const Core::Filter* const block : getBlocks())
         if (block->getName() == id)
             throw ControlException("found the id '" + id + "' a second time; expected an id of its own");
@@ -277,11 +280,21 @@ void LiveGraph::arrangeAll() {
     placeTimeline();
     for (LiveLayout& layout : layouts)
         arrange(layout);
-    drive.mostDrainRounds = 0;
-    for (LiveLayout& layout : layouts)
-        drive.mostDrainRounds += layout.getMostRounds();
-    // Without a loop everything comes out some time, however many samples a block makes of one.
-    if (!hasLoop(getBlocks())) drive.mostDrainRounds = std::numeric_limits<std::uint64_t>::max();
+    drive.mostDrainRounds = getMostDrainRounds();
+    if (!drive.getIsOver()) stir(); // sources and clocks may have come to another layout
+}
+
+/// Without a loop everything comes out some time, however many samples a block makes of one. With loops, each sample that
+/// is left may wake a layout once over each of the links between layouts.
+std::uint64_t LiveGraph::getMostDrainRounds() const {
+    if (!hasLoop(getBlocks())) return std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t mostRounds = 0;
+    std::uint64_t crossings = 0;
+    for (const LiveLayout& layout : layouts) {
+        mostRounds += layout.getMostRounds();
+        crossings += layout.getLinksFromElsewhere();
+    }
+    return mostRounds * (crossings + 1);
 }
 
 void LiveGraph::arrange(LiveLayout& layout) {
@@ -289,12 +302,7 @@ void LiveGraph::arrange(LiveLayout& layout) {
     for (Core::Filter* const block : getBlocks())
         if (block->getManager() == &layout.getBlocks()) held.push_back(block);
     layout.getBlocks().arrange(runOrder(held));
-    try {
-        layout.refresh(sources);
-    } catch (const std::exception& exception) {
-        drive.cut(reasonOf(exception)); // a sink that had a row to write, and no place for it
-    }
-    layout.lookAgain();
+    layout.refresh(sources);
 }
 
 LiveStatistics LiveGraph::getStatistics() {

@@ -79,8 +79,9 @@ private:
     void dealOut();
     void placeTimeline();
     void anchorClock();
-    void arrange(LiveLayout& layout);
     void arrangeAll();
+    void arrange(LiveLayout& layout);
+    std::uint64_t getMostDrainRounds() const;
     LiveStatistics::Block statisticsOf(Core::Filter& block);
 
     Graph& graph;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -52,8 +53,8 @@ void LiveLayout::refresh(std::deque<LiveSource>& runSources) {
     }
     waiting.watch(blocks);
     hasWakingLinks = waiting.getHasWakingLinks();
+    if (!isDraining) passesLeft = waiting.getMostRounds();
     isRefreshed = true;
-    if (!isDraining) passesByItself = 0;
     gatherRows();
 }
 
@@ -82,6 +83,9 @@ bool LiveLayout::getIsFedFromElsewhere(const Core::PinManager& block,
 
 void LiveLayout::start() {
     getGate().setSleepsBetweenPasses(true);
+    // What was set before the start is no reason for a pass; what another layout sends already is.
+    isLookWanted = isRefreshed = false;
+    wish = Wish::PassIfAnyWaits;
     thread = std::thread([this] { run(); });
 }
 
@@ -111,8 +115,8 @@ double LiveLayout::timeOfFailure() {
     if (current == nullptr || rounds.get() > 0) return streamTime;
     double time = streamTime;
     for (const Core::AbstractInputPin* const pin : current->getInputPins()) {
-        const Core::Synchronizer::SubjectLocker<const Core::Pin> guard(
-            *pin); // it may be in another layout by now
+        // The block may be in another layout by now.
+        const Core::Synchronizer::SubjectLocker<const Core::Pin> guard(*pin);
         if (const auto* const input = dynamic_cast<const Core::InputPin<Core::MatrixXd>*>(pin))
             time = std::max(time, input->getTimeStamp());
     }
@@ -120,12 +124,19 @@ double LiveLayout::timeOfFailure() {
 }
 
 void LiveLayout::turn() {
+    // Before the look at the blocks: what comes behind it keeps the layout from falling asleep.
+    const unsigned reasons = getGate().takeReasons();
+    const bool isLooking = (reasons & Core::Synchronizer::kStir) != 0 && isLookWanted.exchange(false);
+    if (isLooking || (reasons & Core::Synchronizer::kSignal) != 0) {
+        if (wish == Wish::None) wish = Wish::PassIfAnyWaits;
+        if (isLooking && !isDraining) wish = Wish::Pass;
+        if (!isDraining) passesLeft = std::max<std::uint64_t>(waiting.getMostRounds(), 1);
+    }
     Pass pass(*this);
     layout.runPass(pass);
-    if (isTimelineDue)
-        applyTimeline();
-    else if (pass.kind == Kind::None || isNothingLeft)
-        getGate().sleep(due);
+    if (isTimelineDue) return applyTimeline();
+    const bool hasDriver = clock != nullptr || !sources.empty();
+    if (pass.kind == Kind::None || (wish == Wish::None && !hasDriver)) getGate().sleep(due);
 }
 
 /// Outside the gate: it writes settings of blocks in other layouts.
@@ -135,26 +146,21 @@ void LiveLayout::applyTimeline() {
     if (appliesTimeline) drive.timeline.apply(timelineTime);
 }
 
-/// Before the look at the blocks: what comes behind it keeps the layout from falling asleep.
-void LiveLayout::takeReasons() {
-    const unsigned reasons = restSign.takeReasons(getGate());
-    if (reasons == 0) return;
-    if ((reasons & Core::Synchronizer::kSignal) == 0 && !isLookWanted.exchange(false)) return;
-    isPassWanted = true;
-    if (!isDraining) passesByItself = 0;
-}
-
 LiveLayout::Kind LiveLayout::choose() {
-    takeReasons();
     due = Clock::time_point::max();
     if (drive.getIsOver() && !isDraining) beginDrain();
     if (!isDraining && (clock != nullptr ? chooseClock() : chooseSource())) return Kind::Round;
-    if (isTimelineDue) return Kind::None;
-    // What still moves behind that many goes round in a loop, and is left alone.
-    const std::uint64_t most = isDraining ? drive.mostDrainRounds : waiting.getMostRounds();
-    if (isPassWanted && passesByItself < most) return Kind::Other;
-    if (isDraining) restSign.set(true);
-    return Kind::None;
+    if (isTimelineDue || passesLeft == 0 || !getIsPassWanted()) return Kind::None;
+    --passesLeft;
+    return Kind::Other;
+}
+
+bool LiveLayout::getIsPassWanted() {
+    if (wish == Wish::PassIfAnyWaits) {
+        waiting.count();
+        wish = waiting.getIsAny() ? Wish::Pass : Wish::None;
+    }
+    return wish == Wish::Pass;
 }
 
 /// Whether one of the sources begins a round: of those whose next sample is due the one with the earliest.
@@ -265,28 +271,21 @@ void LiveLayout::stepMeasured(Core::Filter& block) {
 
 void LiveLayout::endPass(Kind kind) {
     current = nullptr;
-    isPassWanted = isNothingLeft = false;
+    // Links that were taken up within the pass are counted from there on.
+    wish = std::exchange(isRefreshed, false) ? Wish::PassIfAnyWaits : Wish::None;
     if (kind == Kind::Round) rounds.add(1);
     if (kind == Kind::Round && !hasWakingLinks) return;
-    const bool hasChanged = waiting.count();
-    // Where samples come in between, as many may wait as before although some have moved; else as many as before means
-    // a loop at a steady pace.
-    const bool hasMoved = hasWakingLinks ? waiting.getHasMoved() : hasChanged;
-    if (kind == Kind::Other && hasMoved) ++passesByItself;
+    const bool hasMoved = waiting.count();
     const bool hasDriver = !isDraining && (clock != nullptr || !sources.empty());
     const bool isLeft = hasDriver ? waiting.getIsAnyWaking() : waiting.getIsAny();
-    isPassWanted = isLeft && (hasMoved || isRefreshed);
-    isRefreshed = false;
-    isNothingLeft = !isPassWanted && !hasDriver;
-    if (isDraining) restSign.set(!isPassWanted);
+    if (isLeft && hasMoved) wish = Wish::Pass;
 }
 
 /// Nothing new comes: from now on only what is in the links moves.
 void LiveLayout::beginDrain() {
     isDraining = true;
-    passesByItself = 0;
-    waiting.count();
-    isPassWanted = isPassWanted || waiting.getIsAny();
+    passesLeft = drive.mostDrainRounds;
+    wish = Wish::PassIfAnyWaits;
 }
 
 } // namespace Quillmere::Host

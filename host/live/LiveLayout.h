@@ -4,7 +4,6 @@
 #include "framework/Quillmere.h"
 #include "host/graph/HostBlock.h"
 #include "host/live/LiveDrive.h"
-#include "host/live/RestSign.h"
 #include "host/run/GeneratorClock.h"
 #include "host/run/WaitingSamples.h"
 
@@ -47,16 +46,16 @@ public:
     void setAppliesTimeline(bool flag) { appliesTimeline = flag; }
     /// The generator that is its clock; null where there is none. Requires: the gate is held, or no thread runs.
     const Core::Filter* getClock() const { return clock == nullptr ? nullptr : clock->getBlock(); }
-    /// More passes than it takes to let out what is in the links. Requires: the gate is held, or no thread runs.
+    /// More passes than it takes to let out what is in the links. Requires: no thread runs. [setup]
     std::uint64_t getMostRounds() const { return waiting.getMostRounds(); }
+    /// How many links come from other layouts. Requires: no thread runs. [setup]
+    std::uint64_t getLinksFromElsewhere() const { return waiting.getLinksFromElsewhere(); }
 
     /// [setup]
     void start();
     void join();
     /// Something outside has changed: another pass, please. [any]
     void lookAgain();
-    /// Whether it has come to rest, the run being over. [any]
-    const RestSign& getRestSign() const { return restSign; }
     /// Rounds so far. [any]
     std::uint64_t getRounds() const { return rounds.get(); }
 
@@ -64,13 +63,15 @@ private:
     class Pass;
     using Clock = Core::Synchronizer::Clock;
     enum class Kind { None, Round, Other };
+    /// A sample that woke the layout may have gone into the pass before; there is no other for it then, since some blocks
+    /// send in each of their steps, whether anything came or not.
+    enum class Wish { None, PassIfAnyWaits, Pass };
 
     void run();
     double timeOfFailure();
     void turn();
     void applyTimeline();
     Kind choose();
-    void takeReasons();
     bool chooseSource();
     bool getIsReady(LiveSource& source);
     bool chooseClock();
@@ -79,6 +80,7 @@ private:
     void step(Core::Filter& block, Kind kind);
     void stepMeasured(Core::Filter& block);
     void endPass(Kind kind);
+    bool getIsPassWanted();
     void beginDrain();
     void gatherRows();
     bool getIsFedFromElsewhere(const Core::PinManager& block, std::set<const Core::PinManager*>& seen) const;
@@ -88,7 +90,6 @@ private:
     LiveDrive& drive;
     std::thread thread;
     std::atomic<bool> isLookWanted{false};
-    RestSign restSign; ///< Never at rest before the run is over.
     Core::Tally rounds;
 
     // The thread's own, changed by others under the gate.
@@ -106,11 +107,9 @@ private:
     bool hasClockStepped = false;          ///< And the rest of its round is to come.
     bool isClockDone = false;              ///< It has reached the run's limit.
     bool isDraining = false;
-    bool isPassWanted = true;
-    bool isRefreshed = false;   ///< Since the last pass, so that its counts don't tell what has moved before.
-    bool isNothingLeft = false; ///< Behind the last pass, until something comes.
-    std::uint64_t passesByItself =
-        0; ///< In which something moved, since the last cause from outside, or the run's end.
+    Wish wish = Wish::None;       ///< For a pass that is no round.
+    bool isRefreshed = false;     ///< Since the last pass ended.
+    std::uint64_t passesLeft = 0; ///< Before what goes round in a loop is left alone.
     std::uint64_t passes = 0;
     bool isMeasuring = false; ///< Whether this pass takes the time of each step.
     Clock::time_point due;    ///< Until when the layout may sleep.

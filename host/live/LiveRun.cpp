@@ -15,7 +15,7 @@ namespace Quillmere::Host {
 namespace {
 /// Between two looks whether a run that is over has come to rest: soon at first, since most need no longer.
 constexpr std::chrono::milliseconds kFirstLook{1};
-constexpr std::chrono::milliseconds kLastLook{32};
+constexpr std::chrono::milliseconds kLastLook{4};
 } // namespace
 
 class LiveRun::Implementation {

@@ -17,7 +17,7 @@ struct LiveOptions {
     /// Stream time by real time: above 0, and infinite for as fast as it can. Pipes are never waited for longer than they
     /// take.
     double speed = 1.0;
-    RunLimit limit;          ///< For a graph without sources. None: it runs until it is told to stop.
+    RunLimit limit{};        ///< For a graph without sources. None: it runs until it is told to stop.
     bool countsSteps = true; ///< Whether the statistics have steps and times; samples are counted always.
 };
 

@@ -171,7 +171,7 @@ bool CsvReader::getIsRowReady() {
         }
         if (hasLine || atEnd) return true;
         pollfd look{file, POLLIN, 0};
-        if (::poll(&look, 1, 0) == 0) return false;
+        if (::poll(&look, 1, 0) <= 0) return false; // a signal came between: as good as nothing yet
         refill();
     }
 }

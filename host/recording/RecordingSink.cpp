@@ -19,6 +19,7 @@ void RecordingSink::process() {
         if (isGathering && getIsRowFull()) endGatheredRow();
         return;
     }
+    endGatheredRow(); // begun before rows were those of rounds again
     bool hasAny = false;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         samples[i] = inputs[i].hasData() ? &inputs[i].take() : nullptr;
@@ -30,10 +31,11 @@ void RecordingSink::process() {
 void RecordingSink::gather(std::size_t pin) {
     const double time = inputs[pin].getTimeStamp();
     // A time stamp that is no number is like no other.
-    if (isGathering && (samples[pin] != nullptr || !(time == streamTime))) endGatheredRow();
+    if (isGathering && (samples[pin] != nullptr || !(time == gatheredTime))) endGatheredRow();
+    if (!isGathering) std::fill(samples.begin(), samples.end(), nullptr);
     Core::copySample(gathered[pin], inputs[pin].take());
     samples[pin] = &gathered[pin];
-    streamTime = time;
+    gatheredTime = time;
     isGathering = true;
 }
 
@@ -51,15 +53,7 @@ void RecordingSink::writeRow(double time) {
 void RecordingSink::endGatheredRow() {
     if (!isGathering) return;
     isGathering = false;
-    writeRow(streamTime);
-    std::fill(samples.begin(), samples.end(), nullptr);
-}
-
-void RecordingSink::setGathersByTime(bool flag) {
-    if (gathersByTime == flag) return;
-    endGatheredRow();
-    std::fill(samples.begin(), samples.end(), nullptr);
-    gathersByTime = flag;
+    writeRow(gatheredTime);
 }
 
 const std::vector<HostBlock::SettingDescription>& RecordingSink::getSettingDescriptions() const {

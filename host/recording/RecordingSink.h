@@ -35,7 +35,7 @@ public:
     void checkPins(Complaints& complaints) const override;
     void open() override;
     void setStreamTime(double seconds) override { streamTime = seconds; }
-    void setGathersByTime(bool flag) override;
+    void setGathersByTime(bool flag) override { gathersByTime = flag; }
     void setWritesThrough(bool flag) override { writesThrough = flag; }
     void giveUp() override { table->giveUp(); }
     void complete() override;
@@ -64,10 +64,11 @@ private:
     std::unique_ptr<TableWriter> table;
     std::vector<const Core::MatrixXd*>
         samples;             ///< Of the row that is being written, null where nothing came.
-    double streamTime = 0.0; ///< Seconds; of the round, or of the row that is being gathered.
+    double streamTime = 0.0; ///< Seconds; of the round.
     bool gathersByTime = false;
     bool writesThrough = false;
     bool isGathering = false;             ///< Samples of the row that is being gathered wait for the others.
+    double gatheredTime = 0.0;            ///< Seconds; of that row.
     std::vector<Core::MatrixXd> gathered; ///< For each pin what `samples` points to, in a gathered row.
 };
 

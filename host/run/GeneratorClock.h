@@ -11,7 +11,7 @@ namespace Quillmere::Host {
 
 /// The generator that tells the time where there are no sources: the first of some blocks that has an output and no input.
 /// It steps before the others, and its time stamp is the round's time.
-class GeneratorClock {
+class QUILLMERE_API GeneratorClock {
 public:
     /// `blocks` in the order in which they run; none of them is owned. There may be no generator among them.
     explicit GeneratorClock(const std::vector<Core::Filter*>& blocks);

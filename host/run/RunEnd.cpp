@@ -7,10 +7,12 @@
 
 namespace Quillmere::Host {
 
+namespace {
 std::string reasonOf(const std::exception& exception) {
     const auto* const poco = dynamic_cast<const Poco::Exception*>(&exception);
     return poco == nullptr ? exception.what() : poco->displayText();
 }
+} // namespace
 
 std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception) {
     const std::string text = "at " + shortestText(streamTime) + " s: " + reasonOf(exception);

@@ -38,9 +38,6 @@ struct RunProgress {
     double streamTime = 0.0;     ///< Seconds, of the last round.
 };
 
-/// Why something failed, in words.
-QUILLMERE_API std::string reasonOf(const std::exception& exception);
-
 /// `block 'smooth' (FilterButterworth) at 12.5 s: reason`, or without the block (null) between two steps.
 std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception);
 

@@ -5,38 +5,51 @@
 
 namespace Quillmere::Host {
 
+namespace {
+bool comesFromElsewhere(const Core::AbstractInputPin& input) {
+    const Core::AbstractOutputPin* const sender = input.getConnectedOutput();
+    return sender != nullptr && Core::layoutOf(*sender) != Core::layoutOf(input);
+}
+} // namespace
+
 void WaitingSamples::watch(const std::vector<Core::Filter*>& blocks) {
     links.clear();
-    mostRounds = blocks.size();
-    for (const Core::Filter* const block : blocks)
-        for (Core::AbstractInputPin* const pin : block->getInputPins())
-            if (auto* const input = dynamic_cast<Core::InputPin<Core::MatrixXd>*>(pin)) {
-                links.push_back({input, 0});
-                mostRounds += pin->getBufferCapacity();
-            }
+    mostRounds = 0;
+    for (const Core::Filter* const block : blocks) {
+        if (!block->getInputPins().empty()) ++mostRounds;
+        for (Core::AbstractInputPin* const pin : block->getInputPins()) {
+            auto* const input = dynamic_cast<Core::InputPin<Core::MatrixXd>*>(pin);
+            if (input == nullptr) continue;
+            links.push_back({.input = input, .isFromElsewhere = comesFromElsewhere(*input)});
+            mostRounds += input->getBufferCapacity();
+        }
+    }
     count();
 }
 
 bool WaitingSamples::count() {
-    bool hasChanged = false;
-    std::uint64_t takenNow = 0;
+    bool hasMoved = false;
     isAny = isAnyWaking = false;
     for (Link& link : links) {
         const std::uint32_t waiting = link.input->getQueueLength();
-        hasChanged = hasChanged || waiting != link.waiting;
+        const std::uint64_t taken = link.input->getTakenCount();
+        hasMoved = hasMoved || (link.isFromElsewhere ? taken != link.taken : waiting != link.waiting);
         link.waiting = waiting;
-        takenNow += link.input->getTakenCount();
+        link.taken = taken;
         isAny = isAny || waiting > 0;
         isAnyWaking = isAnyWaking || (waiting > 0 && link.input->getIsWaking());
     }
-    hasMoved = takenNow != taken;
-    taken = takenNow;
-    return hasChanged;
+    return hasMoved;
 }
 
 bool WaitingSamples::getHasWakingLinks() const {
     return std::any_of(links.begin(), links.end(),
                        [](const Link& link) { return link.input->getIsWaking(); });
+}
+
+std::uint64_t WaitingSamples::getLinksFromElsewhere() const {
+    return static_cast<std::uint64_t>(
+        std::count_if(links.begin(), links.end(), [](const Link& link) { return link.isFromElsewhere; }));
 }
 
 } // namespace Quillmere::Host

@@ -10,33 +10,36 @@ namespace Quillmere::Host {
 
 /// How many samples wait in the links that lead to some blocks: what a runner asks to know whether anything can still move.
 /// Requires of every operation: the blocks' gate is held, or they don't run.
-class WaitingSamples {
+class QUILLMERE_API WaitingSamples {
 public:
-    /// Takes up the links of `blocks`, which are not owned.
+    /// Takes up the links of `blocks`, which are not owned. Requires: links and layouts don't change meanwhile.
     void watch(const std::vector<Core::Filter*>& blocks);
 
-    /// Counts anew, and tells whether any link has more or fewer than at the last count.
+    /// Counts anew, and tells whether the blocks have moved anything since the last count: whether a link within their
+    /// layout has more or fewer samples, or one was used up that another layout sent. As many as before in all links
+    /// within is a loop at a steady pace, or a block that sends without being asked.
     bool count();
-    /// Whether any sample was used up between the last count and the one before.
-    bool getHasMoved() const { return hasMoved; }
     /// Whether any sample waited at the last count, and whether one did in a link that wakes the blocks' layout.
     bool getIsAny() const { return isAny; }
     bool getIsAnyWaking() const { return isAnyWaking; }
     /// Whether there is a link that wakes the blocks' layout.
     bool getHasWakingLinks() const;
+    /// How many links come from other layouts.
+    std::uint64_t getLinksFromElsewhere() const;
 
-    /// More rounds than the links' samples can need to leave blocks without loops, one step a round.
+    /// More rounds than the links' samples can need to leave blocks without loops, one step a round. Blocks without inputs
+    /// take no part.
     std::uint64_t getMostRounds() const { return mostRounds; }
 
 private:
     struct Link {
         Core::InputPin<Core::MatrixXd>* input;
-        std::uint32_t waiting;
+        bool isFromElsewhere; ///< From another layout, which sends to it at any time.
+        std::uint32_t waiting = 0;
+        std::uint64_t taken = 0;
     };
     std::vector<Link> links;
     std::uint64_t mostRounds = 0;
-    std::uint64_t taken = 0; ///< Samples used up, at the last count.
-    bool hasMoved = false;
     bool isAny = false;
     bool isAnyWaking = false;
 };

@@ -2,12 +2,16 @@
 #include "host/recording/CsvReader.h"
 
 #include "host/recording/RecordingException.h"
+#include "tests/host/Fifo.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -231,6 +235,122 @@ TEST(CsvReader, ABadCellInAColumnThatNobodyReadsIsNoFault) {
     const Support::TemporaryFolder folder;
     CsvReader reader(folder.write("in.csv", "t,x\n1,abc\n"));
     expectRows(readAll(reader, {0}), {{1}}, "t");
+}
+
+/// A pipe with a header in it, and its reader.
+class PipedCsvTest : public testing::Test {
+protected:
+    void open(const std::string& header, const std::vector<std::size_t>& chosen) {
+        pipe.write(header);
+        reader = std::make_unique<CsvReader>(folder.path("pipe"));
+        reader->select(chosen);
+    }
+    /// The next row's first value. Requires: a row is ready.
+    double readRow() {
+        double row[2] = {kUntouched, kUntouched};
+        EXPECT_TRUE(reader->readRow(row));
+        return row[0];
+    }
+
+    const Support::TemporaryFolder folder;
+    Support::Fifo pipe{folder.path("pipe")};
+    std::unique_ptr<CsvReader> reader;
+};
+
+TEST_F(PipedCsvTest, ARowIsReadyWhenItsLineHasEnded) {
+    open("t,x\n", {0, 1});
+    EXPECT_TRUE(reader->getIsPiped());
+    EXPECT_EQ(reader->getSize(), 0u);
+    EXPECT_FALSE(reader->getIsRowReady());
+    pipe.write("1,");
+    EXPECT_FALSE(reader->getIsRowReady());
+    pipe.write("2");
+    EXPECT_FALSE(reader->getIsRowReady()) << "more digits may come";
+    pipe.write("0\n3,4\n5");
+    EXPECT_TRUE(reader->getIsRowReady());
+    EXPECT_TRUE(reader->getIsRowReady()) << "as often as one asks";
+    EXPECT_EQ(readRow(), 1.0);
+    EXPECT_TRUE(reader->getIsRowReady());
+    EXPECT_EQ(readRow(), 3.0);
+    EXPECT_FALSE(reader->getIsRowReady());
+    EXPECT_FALSE(reader->getIsAtEnd());
+}
+
+TEST_F(PipedCsvTest, BlankLinesAreNoRows) {
+    open("t,x\n", {0, 1});
+    pipe.write("\n\r\n\n");
+    EXPECT_FALSE(reader->getIsRowReady());
+    pipe.write("\r");
+    EXPECT_FALSE(reader->getIsRowReady());
+    pipe.write("\n\n7,8\n");
+    EXPECT_TRUE(reader->getIsRowReady());
+    EXPECT_EQ(readRow(), 7.0);
+    EXPECT_EQ(reader->getLine(), 7u) << "they count as lines all the same";
+}
+
+TEST_F(PipedCsvTest, InOneColumnABlankLineIsARow) {
+    open("x\n", {0});
+    EXPECT_FALSE(reader->getIsRowReady());
+    pipe.write("\n");
+    EXPECT_TRUE(reader->getIsRowReady());
+    EXPECT_EQ(readRow(), kUntouched);
+    EXPECT_TRUE(reader->getIsEmpty(0));
+}
+
+TEST_F(PipedCsvTest, TheEndIsReadyAndSoIsALastRowWithoutALineEnd) {
+    open("t,x\n", {0, 1});
+    pipe.write("\n1,2");
+    EXPECT_FALSE(reader->getIsRowReady());
+    pipe.close();
+    EXPECT_TRUE(reader->getIsRowReady());
+    EXPECT_FALSE(reader->getIsAtEnd()) << "a row is left";
+    EXPECT_EQ(readRow(), 1.0);
+    EXPECT_TRUE(reader->getIsRowReady());
+    EXPECT_TRUE(reader->getIsAtEnd());
+    double row[2];
+    EXPECT_FALSE(reader->readRow(row));
+}
+
+TEST_F(PipedCsvTest, ARowMayComeInManyPieces) {
+    open("t,x,note\n", {0, 1});
+    pipe.write("1,2,");
+    for (int i = 0; i < 20; ++i) { // more than is kept in memory of a file
+        pipe.write(std::string(30000, 'n'));
+        EXPECT_FALSE(reader->getIsRowReady());
+    }
+    pipe.write("\n");
+    EXPECT_TRUE(reader->getIsRowReady());
+    EXPECT_EQ(readRow(), 1.0);
+    EXPECT_EQ(reader->getBytesRead(), 9u + 4u + 600000u + 1u);
+}
+
+TEST(CsvReader, RowsOfAFileAreReadyAlways) {
+    const Support::TemporaryFolder folder;
+    CsvReader reader(folder.write("in.csv", "t,x\n\n1,2\n"));
+    EXPECT_FALSE(reader.getIsPiped());
+    EXPECT_TRUE(reader.getIsRowReady());
+    expectRows(readAll(reader, {0, 1}), {{1, 2}}, "file");
+    EXPECT_TRUE(reader.getIsRowReady()) << "the end";
+    EXPECT_TRUE(reader.getIsAtEnd());
+}
+
+TEST(CsvReader, ADashIsStandardInput) {
+    Support::StandardPipe input(STDIN_FILENO);
+    input.write("t,x\n1,2\n3,oops\n");
+    CsvReader reader("-");
+    EXPECT_EQ(reader.getPath(), "standard input");
+    EXPECT_TRUE(reader.getIsPiped());
+    EXPECT_NE(reader.getDescriptor(), STDIN_FILENO) << "closing it closes nobody else's";
+    reader.select({1});
+    double value = 0.0;
+    ASSERT_TRUE(reader.readRow(&value));
+    EXPECT_EQ(value, 2.0);
+    try {
+        reader.readRow(&value);
+        ADD_FAILURE() << "nothing was refused";
+    } catch (const RecordingException& exception) {
+        EXPECT_STREQ(exception.what(), "standard input:3: column 'x': found \"oops\"; expected a number");
+    }
 }
 
 } // namespace

@@ -161,7 +161,7 @@ TEST_F(GraphDescriptionTest, WrongChangesNameTheOption) {
                                             "mean smooth?\n"
                                             "--set smooth.Order=[4: found text that is neither YAML nor JSON "
                                             "(end of sequence flow not found); expected a "
-                                            "graph file in YAML or JSON\n"
+                                            "value in YAML or JSON\n"
                                             "--input rist=x.csv: found the block 'rist'; expected the id of "
                                             "a block: wrist, smooth and result; did you "
                                             "mean wrist?\n");

@@ -16,6 +16,7 @@ using namespace Quillmere::Host;
 
 constexpr int kStepsToSettle = 200;
 constexpr int kSteps = 5000;
+constexpr std::uint32_t kBuffer = 16;
 
 /// Drives a layout: a sample of 1 by 3 in each step.
 class Ticker final : public Filter {
@@ -62,10 +63,13 @@ protected:
         first.add(here);
         second.add(there);
         ticker.out.attach(here.in, false);
-        // What is lost doesn't matter here; a longer queue might grow late, when the reader first lags that much.
-        there.in.setBufferCapacity(4);
+        there.in.setBufferCapacity(kBuffer); // what is lost doesn't matter here
         here.out.attach(there.in, false);
         here.reader = &there;
+        // A buffer grows with the lag of its reader, whenever that comes: it has all its places from the start.
+        here.out.data.value = MatrixXd::Constant(1, 3, 0.5);
+        for (std::uint32_t i = 0; i < kBuffer; ++i)
+            here.out.send(0.0);
     }
     void run() {
         for (LiveLayout* const layout : {&firstLive, &secondLive})

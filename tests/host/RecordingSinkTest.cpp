@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSink.h"
 
+#include "framework/Quillmere.h"
 #include "tests/host/GraphFixture.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <deque>
+#include <limits>
 #include <string>
 
 namespace {
@@ -69,6 +73,169 @@ TEST_F(RecordingSinkTest, WrongSettingsAreComplainedOf) {
     };
     for (const RefusalRow& row : rows)
         EXPECT_EQ(complaintsOf(graph(row.properties)), row.complaints) << row.properties;
+}
+
+using namespace Quillmere;
+
+/// A sink with three inputs that nobody runs: the test sends and steps.
+struct Gatherer {
+    Gatherer() {
+        Host::Value file;
+        file.kind = Host::Value::Kind::Scalar;
+        file.text = folder.path("out.csv");
+        Host::GraphDescription::Block description;
+        description.settings.push_back({"file", {}, file, Host::GraphDescription::Setting::Origin::Caller});
+        Host::Complaints complaints;
+        sink.configure(description, "", complaints);
+        complaints.raise();
+        for (const char* const name : {"a", "b", "c"}) {
+            Core::OutputPin<Core::MatrixXd>& sender = senders.emplace_back(name, nullptr);
+            Core::resizeSample(sender.data.value, 1, 1);
+            sender.attach(sink.requirePin(name), false);
+        }
+        sink.open();
+        sink.setWritesThrough(true);
+    }
+
+    /// `a0` sends to pin a with time 0 (`an` with none that is a number), a value that counts up; `|` steps.
+    void play(const std::string& score) {
+        for (std::size_t i = 0; i < score.size(); ++i) {
+            if (score[i] == '|') sink.process();
+            if (score[i] < 'a' || score[i] > 'c') continue;
+            Core::OutputPin<Core::MatrixXd>& sender = senders[static_cast<std::size_t>(score[i] - 'a')];
+            sender.data.value(0) = ++count;
+            const char time = score[++i];
+            sender.send(time == 'n' ? std::numeric_limits<double>::quiet_NaN() : time - '0');
+        }
+    }
+    /// The rows so far, without the header.
+    std::string rows() const {
+        const std::string name = folder.has("out.csv") ? "out.csv" : "out.csv.partial";
+        const std::string table = folder.read(name);
+        return table.substr(std::min(table.find('\n') + 1, table.size()));
+    }
+
+    const Support::TemporaryFolder folder;
+    std::deque<Core::OutputPin<Core::MatrixXd>> senders;
+    Host::RecordingSink sink{"out"};
+    int count = 0;
+};
+
+struct GatherRow {
+    std::string name;
+    std::string score;
+    std::string rows;     ///< So far, the header of the three in one column each being left out.
+    std::string rowsLeft; ///< What the end adds.
+};
+
+const GatherRow kGathers[] = {
+    {.name = "all at once", .score = "a0 b0 c0 |", .rows = "0,1,2,3\n", .rowsLeft = ""},
+    {.name = "one after the other", .score = "a0 | c0 | | b0 |", .rows = "0,1,3,2\n", .rowsLeft = ""},
+    {.name = "another time ends a row",
+     .score = "a0 b0 c0 | a1 | b2 |",
+     .rows = "0,1,2,3\n1,4,,\n",
+     .rowsLeft = "2,,5,\n"},
+    {.name = "an earlier time too",
+     .score = "a0 b0 c0 | a5 | b4 |",
+     .rows = "0,1,2,3\n5,4,,\n",
+     .rowsLeft = "4,,5,\n"},
+    {.name = "a pin that gives a second time",
+     .score = "a0 b0 c0 | a1 | a1 |",
+     .rows = "0,1,2,3\n1,4,,\n",
+     .rowsLeft = "1,5,,\n"},
+    {.name = "two times in one step",
+     .score = "a0 b0 c0 | a1 b2 |",
+     .rows = "0,1,2,3\n1,4,,\n",
+     .rowsLeft = "2,,5,\n"},
+    {.name = "times that are no numbers are like no other",
+     .score = "a0 b0 c0 | an | bn cn |",
+     .rows = "0,1,2,3\nnan,4,,\nnan,,5,\n",
+     .rowsLeft = "nan,,,6\n"},
+    {.name = "nothing came", .score = "a0 b0 c0 | | |", .rows = "0,1,2,3\n", .rowsLeft = ""},
+};
+
+TEST(GatheringSink, ARowIsWhatCameWithOneTime) {
+    for (const GatherRow& row : kGathers) {
+        Gatherer gatherer;
+        gatherer.sink.setGathersByTime(true);
+        gatherer.sink.setStreamTime(77.0); // the time of rounds isn't that of samples
+        gatherer.play(row.score);
+        EXPECT_EQ(gatherer.rows(), row.rows) << row.name;
+        gatherer.sink.complete();
+        EXPECT_EQ(gatherer.rows(), row.rows + row.rowsLeft) << row.name;
+    }
+}
+
+TEST(GatheringSink, TheTimeOfRoundsMayGoOnWhileARowIsGathered) {
+    Gatherer gatherer;
+    gatherer.sink.setGathersByTime(true);
+    gatherer.play("a0 b0 c0 | a1 |");
+    gatherer.sink.setStreamTime(2.0);
+    gatherer.play("b1 |");
+    gatherer.sink.setStreamTime(3.0);
+    gatherer.play("c1 |");
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n1,4,5,6\n");
+}
+
+TEST(GatheringSink, ARowWaitsForNoPinThatIsDetached) {
+    Gatherer gatherer;
+    gatherer.sink.setGathersByTime(true);
+    gatherer.play("a0 b0 c0 | a1 b1 |");
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n");
+    gatherer.senders[2].detachAll();
+    gatherer.play("|");
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n1,4,5,\n");
+    gatherer.play("a2 b2 |");
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n1,4,5,\n2,6,7,\n");
+}
+
+TEST(GatheringSink, AGatheredSampleIsTheOneThatWasSent) {
+    Gatherer gatherer;
+    gatherer.sink.setGathersByTime(true);
+    gatherer.play("a0 b0 c0 | a1 |");
+    gatherer.senders[0].data.value(0) = -1.0; // a link within a layout hands out the sender's own
+    gatherer.play("b1 c1 |");
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n1,4,5,6\n");
+}
+
+TEST(GatheringSink, ARowThatWasBegunByTimeIsWrittenBeforeThoseOfRounds) {
+    Gatherer gatherer;
+    gatherer.sink.setStreamTime(0.0);
+    gatherer.play("a0 b0 c0 |");
+    gatherer.sink.setGathersByTime(true);
+    gatherer.play("a1 |");
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n");
+    gatherer.sink.setGathersByTime(false);
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n") << "by the step, not by who changes the links";
+    gatherer.sink.setStreamTime(9.0);
+    gatherer.play("b1 |");
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n1,4,,\n9,,5,\n");
+    gatherer.sink.setGathersByTime(true);
+    gatherer.play("c2 |");
+    gatherer.sink.complete();
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n1,4,,\n9,,5,\n2,,,6\n") << "with nothing of the round before";
+}
+
+TEST(GatheringSink, AnAbandonedTableHasTheRowThatWasGathered) {
+    Gatherer gatherer;
+    gatherer.sink.setGathersByTime(true);
+    gatherer.play("a0 b0 c0 | a1 |");
+    gatherer.sink.abandon();
+    EXPECT_EQ(gatherer.rows(), "0,1,2,3\n1,4,,\n");
+    EXPECT_FALSE(gatherer.folder.has("out.csv"));
+}
+
+TEST(GatheringSink, RowsAreHandedOverOneByOneOrAtTheEnd) {
+    Gatherer gatherer;
+    gatherer.sink.setStreamTime(5.0);
+    gatherer.play("a0 b0 c0 |");
+    EXPECT_EQ(gatherer.rows(), "5,1,2,3\n");
+    gatherer.sink.setWritesThrough(false);
+    gatherer.play("a0 b0 c0 |");
+    EXPECT_EQ(gatherer.rows(), "5,1,2,3\n");
+    EXPECT_EQ(gatherer.sink.getRows(), 2u);
+    gatherer.sink.complete();
+    EXPECT_EQ(gatherer.rows(), "5,1,2,3\n5,4,5,6\n");
 }
 
 } // namespace

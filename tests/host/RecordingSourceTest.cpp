@@ -1,11 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSource.h"
 
+#include "framework/Quillmere.h"
+#include "tests/host/Fifo.h"
 #include "tests/host/GraphFixture.h"
+#include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <fstream>
+#include <memory>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -191,6 +199,163 @@ TEST_F(RecordingSourceTest, AColumnThatIsThereTwiceCannotBeChosen) {
     folder.write("in.csv", "t,x,x\n0,1,2\n");
     EXPECT_EQ(complaintsOf(graph("file: in.csv, time: t, pins: {p: x}", "p")),
               "g.yaml:3:83: found the column 'x' twice in in.csv; expected a name that one column has\n");
+}
+
+using namespace Quillmere;
+using Support::agree;
+using Support::matrix;
+using Support::same;
+
+/// A source that reads a pipe, asked as a live run asks it.
+class PipedSourceTest : public RecordingSourceTest {
+protected:
+    PipedSourceTest() { pipe.write("t,x,y\n"); }
+
+    void build(const std::string& properties) {
+        Host::Complaints complaints;
+        description = std::make_unique<Host::GraphDescription>(Host::GraphDescription::read(
+            folder.write("g.yaml", graph("file: pipe, time: t, " + properties, "p")), {}, complaints));
+        built = std::make_unique<Host::Graph>(*description, catalogue, complaints);
+        built->openSources(complaints);
+        complaints.raise();
+        source = built->getSources().at(0);
+        output = dynamic_cast<Core::OutputPin<Core::MatrixXd>*>(source->getOutputPins().at(0));
+    }
+    /// Sends what is ready. Requires: something is.
+    const Core::MatrixXd& send() {
+        EXPECT_TRUE(source->prepare());
+        source->release();
+        source->process();
+        return output->data.value;
+    }
+
+    Support::Fifo pipe{folder.path("pipe")};
+    std::unique_ptr<Host::GraphDescription> description;
+    std::unique_ptr<Host::Graph> built;
+    Host::Source* source = nullptr;
+    Core::OutputPin<Core::MatrixXd>* output = nullptr;
+};
+
+TEST_F(PipedSourceTest, IsPreparedWhenARowHasCome) {
+    build("pins: {p: [x, y]}");
+    EXPECT_TRUE(source->getIsPiped());
+    EXPECT_GE(source->getDescriptor(), 0);
+    EXPECT_FALSE(source->getIsPrepared());
+    pipe.write("0.5,1,");
+    EXPECT_FALSE(source->getIsPrepared());
+    pipe.write("2\n1,3,4\n");
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_EQ(source->getRows(), 0u) << "a look reads no row";
+    EXPECT_TRUE(agree(send(), matrix({{1, 2}}), same));
+    EXPECT_EQ(output->data.timeStamp, 0.5);
+    EXPECT_EQ(source->getRows(), 1u);
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_TRUE(agree(send(), matrix({{3, 4}}), same));
+    EXPECT_FALSE(source->getIsPrepared());
+    pipe.close();
+    EXPECT_TRUE(source->getIsPrepared()) << "for the end";
+    EXPECT_FALSE(source->prepare());
+}
+
+TEST_F(PipedSourceTest, WhatWasPreparedStaysUntilItIsReleased) {
+    build("pins: {p: x}");
+    pipe.write("0,1,0\n1,2,0\n");
+    EXPECT_TRUE(source->prepare());
+    EXPECT_TRUE(source->prepare());
+    source->process();
+    EXPECT_EQ(output->getSentCount(), 0u);
+    source->release();
+    source->process();
+    source->process();
+    EXPECT_EQ(output->getSentCount(), 1u);
+    EXPECT_EQ(output->data.timeStamp, 0.0);
+}
+
+TEST_F(PipedSourceTest, AFrameIsPreparedWhenItsLastRowHasCome) {
+    build("frame: 3, hop: 2, pins: {p: x}");
+    pipe.write("0,1,0\n1,2,0\n");
+    EXPECT_FALSE(source->getIsPrepared());
+    EXPECT_EQ(source->getRows(), 2u) << "they are gathered already";
+    pipe.write("2,3,0");
+    EXPECT_FALSE(source->getIsPrepared());
+    pipe.write("\n3,4,0\n");
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_EQ(source->getNextTimeStamp(), 2.0);
+    EXPECT_EQ(source->getRows(), 3u) << "what comes behind a frame waits until it is sent";
+    EXPECT_TRUE(agree(send(), matrix({{1}, {2}, {3}}), same));
+    EXPECT_FALSE(source->getIsPrepared());
+    pipe.write("4,5,0\n");
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_TRUE(agree(send(), matrix({{3}, {4}, {5}}), same));
+    EXPECT_EQ(output->data.timeStamp, 4.0);
+}
+
+TEST_F(PipedSourceTest, ALastRowWithoutALineEndMayFillAFrameAndOneThatDoesNotIsLeft) {
+    build("frame: 2, pins: {p: x}");
+    pipe.write("0,1,0\n1,2,0");
+    EXPECT_FALSE(source->getIsPrepared());
+    pipe.close();
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_TRUE(agree(send(), matrix({{1}, {2}}), same));
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_FALSE(source->prepare());
+}
+
+TEST_F(PipedSourceTest, FramesThatLieApartPassOverWhatIsBetween) {
+    build("frame: 1, hop: 3, pins: {p: x}");
+    pipe.write("0,1,0\n1,2,0\n2,3,0\n3,4,0\n");
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_TRUE(agree(send(), matrix({{1}}), same));
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_TRUE(agree(send(), matrix({{4}}), same));
+    EXPECT_FALSE(source->getIsPrepared());
+}
+
+TEST_F(PipedSourceTest, ABadRowInAFrameIsRefusedWhenItIsGathered) {
+    build("frame: 2, pins: {p: x}");
+    pipe.write("0,1,0\n1,oops,0\n");
+    try {
+        static_cast<void>(source->getIsPrepared());
+        ADD_FAILURE() << "nothing was refused";
+    } catch (const std::exception& exception) {
+        EXPECT_EQ(withoutFolder(exception.what()), "pipe:3: column 'x': found \"oops\"; expected a number");
+    }
+}
+
+TEST_F(PipedSourceTest, AnOfflineRunWaitsForThePipe) {
+    pipe.close(); // and what was in it is gone: another writer has to come
+    std::thread writer([this] {
+        std::ofstream late(folder.path("pipe"));
+        late << "t,x,y\n5,6,7\n";
+    });
+    EXPECT_EQ(result("file: pipe, time: t, pins: {p: [x, y]}", "p"), "t,p[0],p[1]\n5,6,7\n");
+    writer.join();
+}
+
+TEST_F(RecordingSourceTest, ADashIsStandardInputWhereverTheGraphLies) {
+    Support::StandardPipe input(STDIN_FILENO);
+    input.write("t,x\n0,1\n2,3");
+    input.close();
+    EXPECT_EQ(result("file: \"-\", time: t, pins: {p: x}", "p"), "t,p[0]\n0,1\n2,3\n");
+}
+
+TEST_F(RecordingSourceTest, AFileOfTheFolderMayBeNamedLikeStandardInput) {
+    folder.write("-", "t,x\n4,5\n");
+    EXPECT_EQ(result("file: ./-, time: t, pins: {p: x}", "p"), "t,p[0]\n4,5\n");
+}
+
+TEST_F(RecordingSourceTest, OneSourceReadsStandardInput) {
+    Support::StandardPipe input(STDIN_FILENO);
+    input.write("t,x\n");
+    input.close();
+    const std::string properties = "properties: {file: \"-\", time: t, pins: {p: x}}}\n";
+    EXPECT_EQ(
+        complaintsOf("format: 1\nblocks:\n  - {id: a, type: RecordingSource, " + properties +
+                     "  - {id: b, type: RecordingSource, " + properties),
+        "g.yaml:4:55: found standard input, which 'a' reads too; expected one source that reads it\n"
+        "g.yaml:4:55: found no recording that can be read (standard input: found no header row; expected "
+        "a row of column names); expected a CSV file with a row of column names\n");
 }
 
 } // namespace

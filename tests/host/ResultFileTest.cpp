@@ -2,10 +2,14 @@
 #include "host/recording/ResultFile.h"
 
 #include "host/recording/RecordingException.h"
+#include "tests/host/Fifo.h"
 #include "tests/host/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -117,6 +121,78 @@ TEST(ResultFile, AFullDiskIsAFailure) {
     } catch (const RecordingException& exception) {
         EXPECT_STREQ(exception.what(), "/dev/full: cannot be written: No space left on device");
     }
+}
+
+TEST(ResultFile, WritesAPipeStraight) {
+    const TemporaryFolder folder;
+    const Support::Fifo reader(folder.path("pipe"));
+    ResultFile file(folder.path("pipe"));
+    EXPECT_TRUE(file.getIsDirect());
+    EXPECT_EQ(file.getPartialPath(), folder.path("pipe"));
+    file.write("one\ntwo", 7);
+    EXPECT_EQ(reader.readLine(), "one\n");
+    file.write("\n", 1);
+    EXPECT_EQ(reader.readLine(), "two\n");
+    file.complete();
+    EXPECT_EQ(folder.count(), 1) << "the pipe alone";
+}
+
+TEST(ResultFile, ADiscardedPipeIsStillThere) {
+    const TemporaryFolder folder;
+    const Support::Fifo reader(folder.path("pipe"));
+    ResultFile(folder.path("pipe")).discard();
+    EXPECT_TRUE(folder.has("pipe"));
+}
+
+TEST(ResultFile, ADashIsStandardOutput) {
+    Support::StandardPipe output(STDOUT_FILENO);
+    {
+        ResultFile file("-");
+        EXPECT_TRUE(file.getIsDirect());
+        EXPECT_EQ(file.getPath(), "standard output");
+        EXPECT_EQ(file.getPartialPath(), "standard output");
+        file.write("a row\n", 6);
+        file.complete();
+    }
+    EXPECT_EQ(::write(STDOUT_FILENO, "and on\n", 7), 7) << "the program's own stays open";
+    EXPECT_EQ(output.readAll(), "a row\nand on\n");
+    EXPECT_FALSE(std::filesystem::exists("-"));
+}
+
+TEST(ResultFile, AFileMayBeNamedLikeStandardOutputInItsFolder) {
+    const TemporaryFolder folder;
+    ResultFile file(folder.path("-"));
+    EXPECT_FALSE(file.getIsDirect());
+    file.complete();
+    EXPECT_TRUE(folder.has("-"));
+}
+
+std::string failureToWrite(ResultFile& file, const std::string& text) {
+    try {
+        file.write(text.data(), text.size());
+    } catch (const RecordingException& exception) {
+        return exception.what();
+    }
+    return "";
+}
+
+TEST(ResultFile, APipeWhoseReaderIsGoneIsAFailure) {
+    std::signal(SIGPIPE, SIG_IGN);
+    Support::StandardPipe output(STDOUT_FILENO);
+    ResultFile file("-");
+    output.close();
+    EXPECT_EQ(failureToWrite(file, "x"), "standard output: cannot be written: Broken pipe");
+}
+
+TEST(ResultFile, WhoHasGivenUpWaitsForNoReader) {
+    const TemporaryFolder folder;
+    const Support::Fifo reader(folder.path("pipe"));
+    ResultFile file(folder.path("pipe"));
+    file.giveUp();
+    EXPECT_EQ(failureToWrite(file, "there is room\n"), "") << "what can be written is";
+    EXPECT_EQ(failureToWrite(file, std::string(1000000, 'x')),
+              folder.path("pipe") + ": cannot be written: nobody reads it");
+    EXPECT_EQ(reader.readLine(), "there is room\n");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "host/recording/TableWriter.h"
 
 #include "host/recording/RecordingException.h"
+#include "tests/host/Fifo.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/support/Numbers.h"
 
@@ -135,6 +136,80 @@ TEST(TableWriter, LongTablesAreWidenedAcrossThePiecesInMemory) {
     }
     table.complete();
     EXPECT_EQ(folder.read("out.csv"), wanted);
+}
+
+TEST(TableWriter, RowsAreHandedOverWhenTheyAreFlushed) {
+    const TemporaryFolder folder;
+    TableWriter table(folder.path("out.csv"), "t", Groups{{"a", {}}});
+    table.writeRow(1, {&kOne});
+    EXPECT_EQ(folder.read("out.csv.partial"), "");
+    table.flush();
+    EXPECT_EQ(folder.read("out.csv.partial"), "t,a[0]\n1,7\n");
+    table.writeRow(2, {&kOne});
+    table.flush();
+    table.flush();
+    EXPECT_EQ(folder.read("out.csv.partial"), "t,a[0]\n1,7\n2,7\n");
+    table.writeRow(3, {&kRow});
+    table.complete();
+    EXPECT_EQ(folder.read("out.csv"), "t,a[0],a[1],a[2]\n1,7,,\n2,7,,\n3,1,2,3\n") << "widened as ever";
+}
+
+/// A table whose header can't be mended.
+class PipedTableTest : public testing::Test {
+protected:
+    std::string readLines(int count) const {
+        std::string text;
+        for (int i = 0; i < count; ++i)
+            text += pipe.readLine();
+        return text;
+    }
+    static std::string refusalOf(TableWriter& table, double time,
+                                 const std::vector<const MatrixXd*>& samples) {
+        try {
+            table.writeRow(time, samples);
+        } catch (const RecordingException& exception) {
+            return exception.what();
+        }
+        return "";
+    }
+
+    const TemporaryFolder folder;
+    const std::string path = folder.path("pipe");
+    const Support::Fifo pipe{path};
+};
+
+TEST_F(PipedTableTest, AGroupThatHasNotComeYetGetsOneColumnOrThoseOfItsNames) {
+    TableWriter table(path, "t", Groups{{"a", {}}, {"late", {}}, {"named", {"x", "y", "z"}}});
+    table.writeRow(1, {&kRow, nullptr, nullptr});
+    table.writeRow(2, {&kOne, &kOne, &kRow});
+    table.writeRow(3, {nullptr, &kEmpty, nullptr});
+    table.complete();
+    EXPECT_EQ(readLines(4), "t,a[0],a[1],a[2],late[0],x,y,z\n"
+                            "1,1,2,3,,,,\n"
+                            "2,7,,,7,1,2,3\n"
+                            "3,,,,,,,\n");
+    EXPECT_EQ(folder.count(), 1);
+}
+
+TEST_F(PipedTableTest, ASampleThatIsWiderThanItsColumnsIsRefused) {
+    TableWriter table(path, "t", Groups{{"a", {}}, {"late", {}}});
+    table.writeRow(1, {&kOne, nullptr});
+    EXPECT_EQ(refusalOf(table, 2, {&kRow, nullptr}),
+              path + ": group 'a': found a sample of 3 elements behind a header with 1; expected the group's "
+                     "column names, or a file");
+    EXPECT_EQ(refusalOf(table, 2, {nullptr, &kSquare}),
+              path +
+                  ": group 'late': found a sample of 4 elements behind a header with 1; expected the group's "
+                  "column names, or a file");
+    EXPECT_EQ(refusalOf(table, 2, {&kOne, &kOne}), "");
+    table.abandon();
+    EXPECT_EQ(readLines(3), "t,a[0],late[0]\n1,7,\n2,7,7\n");
+}
+
+TEST_F(PipedTableTest, ATableWithoutRowsHasAHeaderOfOneColumnEach) {
+    TableWriter table(path, "t", Groups{{"a", {}}, {"named", {"x", "y"}}});
+    table.complete();
+    EXPECT_EQ(readLines(1), "t,a[0],x,y\n");
 }
 
 } // namespace

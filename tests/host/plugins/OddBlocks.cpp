@@ -65,17 +65,21 @@ private:
     CommandProperty command;
 };
 
-/// Passes samples on until it raises at the one after "good".
+/// Passes samples on until it raises at the one after "good", with "strange" what no C++ library knows.
 class OddFailing final : public Filter {
 public:
     static constexpr const char* kTypeName = "OddFailing";
 
     explicit OddFailing(const std::string& name)
-        : Filter(name, true), in("in", this), out("out", this), good("good", &getPropertyBag()) {}
+        : Filter(name, true), in("in", this), out("out", this), good("good", &getPropertyBag()),
+          strange("strange", &getPropertyBag()) {}
 
     void process() override {
         if (!in.hasData()) return;
-        if (++seen > good.getValue()) throw Poco::RuntimeException("overheated");
+        if (++seen > good.getValue()) {
+            if (strange.getValue()) throw 7;
+            throw Poco::RuntimeException("overheated");
+        }
         copySample(out.data.value, in.take());
         out.send(in.getTimeStamp());
     }
@@ -85,6 +89,7 @@ private:
     InputPin<MatrixXd> in;
     OutputPin<MatrixXd> out;
     ValueProperty<int> good;
+    ValueProperty<bool> strange;
     int seen = 0;
 };
 
