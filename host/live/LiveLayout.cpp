@@ -126,17 +126,14 @@ double LiveLayout::timeOfFailure() {
 void LiveLayout::turn() {
     // Before the look at the blocks: what comes behind it keeps the layout from falling asleep.
     const unsigned reasons = getGate().takeReasons();
-    const bool isLooking = (reasons & Core::Synchronizer::kStir) != 0 && isLookWanted.exchange(false);
-    if (isLooking || (reasons & Core::Synchronizer::kSignal) != 0) {
-        if (wish == Wish::None) wish = Wish::PassIfAnyWaits;
-        if (isLooking && !isDraining) wish = Wish::Pass;
-        if (!isDraining) passesLeft = std::max<std::uint64_t>(waiting.getMostRounds(), 1);
-    }
+    isLooking = (reasons & Core::Synchronizer::kStir) != 0 && isLookWanted.exchange(false);
+    isSignalled = (reasons & Core::Synchronizer::kSignal) != 0;
     Pass pass(*this);
     layout.runPass(pass);
-    if (isTimelineDue) return applyTimeline();
-    const bool hasDriver = clock != nullptr || !sources.empty();
-    if (pass.kind == Kind::None || (wish == Wish::None && !hasDriver)) getGate().sleep(due);
+    if (isTimelineDue)
+        applyTimeline();
+    else if (mayRest)
+        getGate().sleep(due);
 }
 
 /// Outside the gate: it writes settings of blocks in other layouts.
@@ -148,11 +145,22 @@ void LiveLayout::applyTimeline() {
 
 LiveLayout::Kind LiveLayout::choose() {
     due = Clock::time_point::max();
+    mayRest = true;
     if (drive.getIsOver() && !isDraining) beginDrain();
+    takeWishes();
     if (!isDraining && (clock != nullptr ? chooseClock() : chooseSource())) return Kind::Round;
     if (isTimelineDue || passesLeft == 0 || !getIsPassWanted()) return Kind::None;
     --passesLeft;
     return Kind::Other;
+}
+
+/// What woke the layout asks for a pass.
+void LiveLayout::takeWishes() {
+    if (!isLooking && !isSignalled) return;
+    if (wish == Wish::None) wish = Wish::PassIfAnyWaits;
+    if (isDraining) return;
+    if (isLooking) wish = Wish::Pass;
+    passesLeft = std::max<std::uint64_t>(waiting.getMostRounds(), 1);
 }
 
 bool LiveLayout::getIsPassWanted() {
@@ -270,15 +278,17 @@ void LiveLayout::stepMeasured(Core::Filter& block) {
 }
 
 void LiveLayout::endPass(Kind kind) {
+    const bool hasDriver = clock != nullptr || !sources.empty();
     current = nullptr;
+    mayRest = false; // there is the next round to look for
     // Links that were taken up within the pass are counted from there on.
     wish = std::exchange(isRefreshed, false) ? Wish::PassIfAnyWaits : Wish::None;
     if (kind == Kind::Round) rounds.add(1);
     if (kind == Kind::Round && !hasWakingLinks) return;
     const bool hasMoved = waiting.count();
-    const bool hasDriver = !isDraining && (clock != nullptr || !sources.empty());
-    const bool isLeft = hasDriver ? waiting.getIsAnyWaking() : waiting.getIsAny();
+    const bool isLeft = hasDriver && !isDraining ? waiting.getIsAnyWaking() : waiting.getIsAny();
     if (isLeft && hasMoved) wish = Wish::Pass;
+    mayRest = wish == Wish::None && !hasDriver;
 }
 
 /// Nothing new comes: from now on only what is in the links moves.

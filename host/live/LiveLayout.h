@@ -80,6 +80,7 @@ private:
     void step(Core::Filter& block, Kind kind);
     void stepMeasured(Core::Filter& block);
     void endPass(Kind kind);
+    void takeWishes();
     bool getIsPassWanted();
     void beginDrain();
     void gatherRows();
@@ -109,6 +110,9 @@ private:
     bool isDraining = false;
     Wish wish = Wish::None;       ///< For a pass that is no round.
     bool isRefreshed = false;     ///< Since the last pass ended.
+    bool isLooking = false;       ///< What woke it: somebody who wants it to look again,
+    bool isSignalled = false;     ///< a sample from another layout.
+    bool mayRest = false;         ///< Nothing is to be done before `due`, or before something wakes it.
     std::uint64_t passesLeft = 0; ///< Before what goes round in a loop is left alone.
     std::uint64_t passes = 0;
     bool isMeasuring = false; ///< Whether this pass takes the time of each step.

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "tests/cli/Program.h"
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
+#include <thread>
 
 namespace Support {
 
@@ -33,9 +36,20 @@ std::string textOf(int file) {
     return text;
 }
 
+/// Opens a file as one of the standard streams, if it has a name.
+bool stream(const std::string& name, int way, int standard) {
+    if (name.empty()) return true;
+    const int file = ::open(name.c_str(), way);
+    return file >= 0 && ::dup2(file, standard) >= 0 && ::close(file) == 0;
+}
+
+/// No program of these tests takes so long.
+constexpr std::chrono::seconds kPatience{120};
+constexpr std::chrono::milliseconds kLook{2};
+
 } // namespace
 
-Program::Program(const std::vector<std::string>& arguments, const std::string& folder)
+Program::Program(const std::vector<std::string>& arguments, const std::string& folder, const Streams& streams)
     : out(scratchFile()), err(scratchFile()) {
     std::vector<char*> list;
     for (const std::string& argument : arguments)
@@ -45,7 +59,9 @@ Program::Program(const std::vector<std::string>& arguments, const std::string& f
     if (process < 0) throw std::runtime_error("no process can be made");
     if (process > 0) return;
     // In the child nothing but system calls.
-    if (::chdir(folder.c_str()) == 0 && ::dup2(out, STDOUT_FILENO) >= 0 && ::dup2(err, STDERR_FILENO) >= 0)
+    if (::chdir(folder.c_str()) == 0 && stream(streams.in, O_RDONLY, STDIN_FILENO) &&
+        ::dup2(out, STDOUT_FILENO) >= 0 && stream(streams.out, O_WRONLY, STDOUT_FILENO) &&
+        ::dup2(err, STDERR_FILENO) >= 0)
         ::execv(list[0], list.data());
     ::_exit(127);
 }
@@ -62,7 +78,16 @@ void Program::signal(int number) const {
 
 Ended Program::wait() {
     int status = 0;
-    if (::waitpid(process, &status, 0) < 0) throw std::runtime_error("the process is gone");
+    pid_t gone = 0;
+    for (auto left = std::chrono::milliseconds(kPatience); gone == 0 && left.count() > 0; left -= kLook) {
+        gone = ::waitpid(process, &status, WNOHANG);
+        if (gone == 0) std::this_thread::sleep_for(kLook);
+    }
+    if (gone == 0) {
+        ::kill(process, SIGKILL);
+        gone = ::waitpid(process, &status, 0);
+    }
+    if (gone < 0) throw std::runtime_error("the process is gone");
     process = -1;
     Ended ended;
     ended.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
@@ -71,8 +96,9 @@ Ended Program::wait() {
     return ended;
 }
 
-Ended runProgram(const std::vector<std::string>& arguments, const std::string& folder) {
-    return Program(arguments, folder).wait();
+Ended runProgram(const std::vector<std::string>& arguments, const std::string& folder,
+                 const Streams& streams) {
+    return Program(arguments, folder, streams).wait();
 }
 
 } // namespace Support

@@ -15,17 +15,26 @@ struct Ended {
     std::string err;
 };
 
-/// A program that runs beside the test. Its output goes to files, so that it never waits for the test to read.
+/// What a program has for standard input and standard output, by the names of files or pipes in its folder. Where there is
+/// none it reads what the test reads, and writes to a file of its own.
+struct Streams {
+    std::string in;
+    std::string out;
+};
+
+/// A program that runs beside the test. Its output goes to files, so that it never waits for the test to read, unless the
+/// test wants it so.
 class Program {
 public:
     /// Starts `arguments[0]` in `folder`.
-    Program(const std::vector<std::string>& arguments, const std::string& folder);
+    Program(const std::vector<std::string>& arguments, const std::string& folder,
+            const Streams& streams = {});
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
     ~Program();
 
     void signal(int number) const;
-    /// Waits for its end.
+    /// Waits for its end; one that doesn't come is brought about, and has the exit code of that.
     Ended wait();
 
 private:
@@ -35,6 +44,7 @@ private:
 };
 
 /// Runs a program to its end.
-Ended runProgram(const std::vector<std::string>& arguments, const std::string& folder);
+Ended runProgram(const std::vector<std::string>& arguments, const std::string& folder,
+                 const Streams& streams = {});
 
 } // namespace Support

@@ -11,6 +11,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -124,10 +125,13 @@ TEST_F(LiveStructureTest, AGeneratorThatIsAddedIsOneMoreThatTheRunWaitsFor) {
               sinkLine("out", "out.csv") + "connections: [{from: gen, to: out.x}]\n",
           {.speed = 100.0, .limit = {.rounds = {}, .seconds = 1000.0}});
     liveRun->add("late", "FilterFunctionGenerator", "two");
-    liveRun->write("late.SampleRate", "1000");
-    EXPECT_TRUE(waitUntil([&] { return blockStatistics("late").steps >= 1; }))
-        << "to its limit, at once or soon";
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    liveRun->write("late.SampleRate", "1000"); // its next step is its last
+    std::uint64_t steps = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        const std::uint64_t before = std::exchange(steps, blockStatistics("late").steps);
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return steps > 0 && steps == before;
+    })) << "it has come to its limit";
     EXPECT_EQ(liveRun->getState(), LiveRun::State::Running) << "the first one has ten seconds to go";
     liveRun->stop();
     EXPECT_EQ(end(), "");
