@@ -24,7 +24,7 @@ std::string takeWord(std::string_view& text) {
     const bool isQuoted = !text.empty() && text.front() == '"';
     const std::size_t begin = isQuoted ? 1 : 0;
     const std::size_t end = std::min(text.find_first_of(isQuoted ? "\"" : " \t", begin), text.size());
-    const std::string word(text.substr(begin, end - begin));
+    std::string word(text.substr(begin, end - begin));
     text = trimmed(text.substr(std::min(end + begin, text.size())));
     return word;
 }

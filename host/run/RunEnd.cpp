@@ -15,7 +15,7 @@ std::string reasonOf(const std::exception& exception) {
 } // namespace
 
 std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception) {
-    const std::string text = "at " + shortestText(streamTime) + " s: " + reasonOf(exception);
+    std::string text = "at " + shortestText(streamTime) + " s: " + reasonOf(exception);
     if (block == nullptr) return text;
     return "block '" + block->getName() + "' (" + block->getTypeName() + ") " + text;
 }
