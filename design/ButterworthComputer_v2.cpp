@@ -128,8 +128,14 @@ void ButterworthComputer_v2::runSection(int section, const double* in) {
         if constexpr (heard != Heard::Not) storePair(out + i, heard == Heard::Complement ? u - y : y);
     };
     Eigen::Index i = 0;
-    for (; i + 2 <= count; i += 2)
+    for (; i + 4 <= count; i += 4) {
         stepPair(i);
+        stepPair(i + 2);
+    }
+    if (i + 2 <= count) {
+        stepPair(i);
+        i += 2;
+    }
     if (i == count) return;
     const double u = in[i];
     const double y = a1 * y1[i] + gain * (x1[i] + u);
