@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What a live run adds: a sample on its way from one sleeping layout to another, and the counting of steps.
 #include "benchmarks/support/Pair.h"
+#include "blocks/FilterButterworth.h"
 #include "framework/Quillmere.h"
 #include "host/live/LiveDrive.h"
 #include "host/live/LiveLayout.h"
@@ -23,7 +24,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kHops = 2000; ///< From one thread to the other, in an iteration; half of them lead back.
 constexpr std::uint64_t kRounds = 20000;
-constexpr std::size_t kGains = 10;
+constexpr std::size_t kBlocks = 10;
 
 double secondsSince(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
@@ -81,7 +82,7 @@ void bareHandOff(benchmark::State& state) {
 /// Passes samples on; one that counts down keeps the last and says so.
 class Relay final : public Filter {
 public:
-    explicit Relay(const std::string& name) : Filter(name, true), in("in", this), out("out", this) {}
+    explicit Relay(const std::string& name) : Filter(name, true), out("out", this), in("in", this) {}
     void process() override {
         if (!in.hasData()) return;
         copySample(out.data.value, in.take());
@@ -90,8 +91,8 @@ public:
     }
     const char* getTypeName() const override { return "Relay"; }
 
-    InputPin<MatrixXd> in;
     OutputPin<MatrixXd> out;
+    InputPin<MatrixXd> in;
     int hopsLeft = 0; ///< In a ring of two, before this one keeps the sample; 0: it never does.
     std::binary_semaphore done{0};
 };
@@ -141,20 +142,23 @@ public:
     OutputPin<MatrixXd> out;
 };
 
+/// Ten blocks in a row, in one layout.
+template <class Block>
 void runChain(benchmark::State& state, bool countsSteps) {
     for (auto _ : state) {
         Timeline timeline;
         LiveDrive drive(LiveClock::kMaximum, {.rounds = kRounds, .seconds = {}}, countsSteps, timeline);
         std::deque<LiveSource> noSources;
         Ticker ticker;
-        std::deque<Relay> relays;
+        std::deque<Block> blocks;
         LayoutManager manager("chain");
         manager.add(ticker);
-        for (std::size_t i = 0; i < kGains; ++i) {
-            relays.emplace_back("relay");
-            manager.add(relays.back());
-            OutputPin<MatrixXd>& sender = i == 0 ? ticker.out : relays[i - 1].out;
-            sender.attach(relays.back().in, false);
+        AbstractOutputPin* sender = &ticker.out;
+        for (std::size_t i = 0; i < kBlocks; ++i) {
+            Block& block = blocks.emplace_back("block");
+            manager.add(block);
+            sender->attach(*block.getInputPins().front(), false);
+            sender = block.getOutputPins().front();
         }
         LiveLayout layout("chain", manager, drive);
         layout.refresh(noSources);
@@ -173,10 +177,14 @@ const Bench::Suite suite([] {
                   .ours = layoutHandOff,
                   .goal = 2.0,
                   .time = Bench::Time::OfBody});
-    Bench::enter({.name = "a step with statistics against one without",
-                  .bare = [](benchmark::State& state) { runChain(state, false); },
-                  .ours = [](benchmark::State& state) { runChain(state, true); },
+    Bench::enter({.name = "statistics, 10 filters",
+                  .bare = [](benchmark::State& state) { runChain<FilterButterworth>(state, false); },
+                  .ours = [](benchmark::State& state) { runChain<FilterButterworth>(state, true); },
                   .goal = 1.02,
+                  .time = Bench::Time::OfBody});
+    Bench::enter({.name = "statistics, 10 blocks that do nothing",
+                  .bare = [](benchmark::State& state) { runChain<Relay>(state, false); },
+                  .ours = [](benchmark::State& state) { runChain<Relay>(state, true); },
                   .time = Bench::Time::OfBody});
 });
 

@@ -8,8 +8,9 @@
 namespace Quillmere::Host {
 
 namespace {
-/// Passes from one whose steps are timed to the next; a prime, so that no steady pattern of passes falls in with it.
-constexpr std::uint64_t kPassesBetweenMeasurements = 67;
+/// Passes from one whose steps are timed to the next: so many that looking at the clock costs less than a hundredth of a
+/// step; a prime, so that no steady pattern of passes falls in with it.
+constexpr std::uint64_t kPassesBetweenMeasurements = 499;
 /// Between two rounds of a clock whose time stamps can't tell when the next is due.
 constexpr std::chrono::milliseconds kPaceOfTimelessClock{10};
 } // namespace
