@@ -11,6 +11,8 @@ namespace {
 /// Passes from one whose steps are timed to the next: so many that looking at the clock costs less than a hundredth of a
 /// step; a prime, so that no steady pattern of passes falls in with it.
 constexpr std::uint64_t kPassesBetweenMeasurements = 499;
+/// Early, since short runs have times too, but not at first, when everything is slow.
+constexpr std::uint64_t kFirstMeasurement = 10;
 /// Between two rounds of a clock whose time stamps can't tell when the next is due.
 constexpr std::chrono::milliseconds kPaceOfTimelessClock{10};
 } // namespace
@@ -21,7 +23,8 @@ public:
     bool begin() {
         kind = self.choose();
         if (kind == Kind::None) return false;
-        self.isMeasuring = self.drive.countsSteps && ++self.passes % kPassesBetweenMeasurements == 0;
+        self.isMeasuring =
+            self.drive.countsSteps && ++self.passes % kPassesBetweenMeasurements == kFirstMeasurement;
         return true;
     }
     void step(Core::Filter& block) { self.step(block, kind); }
