@@ -24,7 +24,7 @@ ExitCode CheckCommand::run() {
     Graph graph(description, catalogue, complaints);
     graph.requireDrive(complaints);
     graph.openSources(complaints);
-    complaints.raise();
+    settle(complaints, arguments.isStrict);
     std::cout << graph.getName() << ": " << graph.getNodes().size() << " blocks, "
               << description.getConnections().size() << " connections, ready to run\n";
     return kDone;

@@ -67,6 +67,7 @@ struct GraphArguments {
     std::vector<std::string> inputs;
     std::vector<std::string> outputs;
     PluginArguments plugins;
+    bool isStrict = false;
     void enter(CLI::App& command);
 };
 

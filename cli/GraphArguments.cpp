@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iostream>
 #include <utility>
 
 namespace Cli {
@@ -14,9 +15,11 @@ namespace Cli {
 namespace {
 using Quillmere::Host::BlockCatalogue;
 using Quillmere::Host::BlockPtr;
+using Quillmere::Host::Complaints;
 using Quillmere::Host::GraphChanges;
 using Quillmere::Host::listOfNames;
 using Quillmere::Host::nearestName;
+using Quillmere::Host::Warning;
 
 constexpr const char* kPluginFile = "libVelmarind.so";
 
@@ -63,7 +66,14 @@ void GraphArguments::enter(CLI::App& command) {
               "Give a parameter of the graph another value for this call.");
     enterList(command, "--input", inputs, "BLOCK=FILE", "Let a source read another recording.");
     enterList(command, "--output", outputs, "BLOCK=FILE", "Let a sink write another file.");
+    command.add_flag("--strict", isStrict, "Take warnings for errors.");
     plugins.enter(command);
+}
+
+void settle(const Complaints& complaints, bool isStrict) {
+    complaints.raise(isStrict);
+    for (const Warning& warning : complaints.getSortedWarnings())
+        std::cerr << warning.getText() << "\n";
 }
 
 GraphChanges changesOf(const GraphArguments& arguments) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli/Commands.h"
+#include "host/graph/Complaint.h"
 #include "host/graph/GraphDescription.h"
 #include "host/plugins/BlockCatalogue.h"
 
@@ -12,6 +13,9 @@ namespace Cli {
 
 /// The options as changes to a graph. Raises `UsageError` for one that isn't `name=value`.
 Quillmere::Host::GraphChanges changesOf(const GraphArguments& arguments);
+
+/// Raises what is wrong with a graph, as `GraphException`, and prints what is doubtful; when strict, raises that too.
+void settle(const Quillmere::Host::Complaints& complaints, bool isStrict);
 
 /// The block types of the plug-ins. Raises `PluginException`, and `UsageError` when there is no plug-in at all.
 Quillmere::Host::BlockCatalogue loadCatalogue(const PluginArguments& arguments);

@@ -104,7 +104,7 @@ ExitCode RunCommand::run() {
     graph.requireDrive(complaints);
     checkLimit(graph, complaints);
     graph.openSources(complaints);
-    complaints.raise();
+    settle(complaints, arguments.isStrict);
     stopOnSignals();
     ProgressLine progress(start, graph.getSources().empty());
     RunProgress done;

@@ -7,23 +7,46 @@
 namespace Quillmere::Host {
 
 namespace {
-std::string joined(const std::vector<Complaint>& complaints) {
-    std::string text;
-    for (const Complaint& complaint : complaints) {
+template <class Things>
+void appendLines(std::string& text, const Things& things) {
+    for (const auto& thing : things) {
         if (!text.empty()) text += '\n';
-        text += complaint.getText();
+        text += thing.getText();
     }
+}
+
+std::string joined(const std::vector<Complaint>& complaints, const std::vector<Warning>& warnings) {
+    std::string text;
+    appendLines(text, complaints);
+    appendLines(text, warnings);
     return text;
+}
+
+/// `file:line:column: `, as far as that is known.
+std::string textOf(const Place& place) {
+    std::string text = place.file;
+    if (place.line > 0)
+        text.append(":").append(std::to_string(place.line)).append(":").append(std::to_string(place.column));
+    return text.empty() ? text : text + ": ";
+}
+
+template <class Things>
+Things sortedByPlace(Things things) {
+    std::stable_sort(things.begin(), things.end(), [](const auto& a, const auto& b) {
+        return std::tie(a.where.line, a.where.column) < std::tie(b.where.line, b.where.column);
+    });
+    return things;
 }
 } // namespace
 
 std::string Complaint::getText() const {
-    std::string text = where.file;
-    if (where.line > 0)
-        text.append(":").append(std::to_string(where.line)).append(":").append(std::to_string(where.column));
-    text += ": found " + found + "; expected " + expected;
+    std::string text = textOf(where) + "found " + found + "; expected " + expected;
     if (!suggestion.empty()) text += "; did you mean " + suggestion + "?";
     return text;
+}
+
+std::string Warning::getText() const {
+    return textOf(where) + "warning: " + text;
 }
 
 void Complaints::add(const Place& where, std::string found, std::string expected, std::string suggestion) {
@@ -32,21 +55,27 @@ void Complaints::add(const Place& where, std::string found, std::string expected
 
 void Complaints::add(const Complaints& others) {
     list.insert(list.end(), others.list.begin(), others.list.end());
+    warnings.insert(warnings.end(), others.warnings.begin(), others.warnings.end());
+}
+
+void Complaints::warn(const Place& where, std::string text) {
+    warnings.push_back({where, std::move(text)});
 }
 
 std::vector<Complaint> Complaints::getSorted() const {
-    std::vector<Complaint> sorted = list;
-    std::stable_sort(sorted.begin(), sorted.end(), [](const Complaint& a, const Complaint& b) {
-        return std::tie(a.where.line, a.where.column) < std::tie(b.where.line, b.where.column);
-    });
-    return sorted;
+    return sortedByPlace(list);
 }
 
-void Complaints::raise() const {
-    if (!list.empty()) throw GraphException(getSorted());
+std::vector<Warning> Complaints::getSortedWarnings() const {
+    return sortedByPlace(warnings);
 }
 
-GraphException::GraphException(std::vector<Complaint> list)
-    : std::runtime_error(joined(list)), complaints(std::move(list)) {}
+void Complaints::raise(bool isStrict) const {
+    const bool isRaised = !list.empty() || (isStrict && !warnings.empty());
+    if (isRaised) throw GraphException(getSorted(), isStrict ? getSortedWarnings() : std::vector<Warning>{});
+}
+
+GraphException::GraphException(std::vector<Complaint> list, const std::vector<Warning>& warnings)
+    : std::runtime_error(joined(list, warnings)), complaints(std::move(list)) {}
 
 } // namespace Quillmere::Host

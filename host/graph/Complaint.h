@@ -28,27 +28,41 @@ struct Complaint {
     QUILLMERE_API std::string getText() const;
 };
 
-/// What is wrong, gathered, so that a user hears of all of it at once.
+/// Something that may well not be what the user meant, but can be run. Written out it is one line,
+/// `file:line:column: warning: text`, without the place where there is none.
+struct Warning {
+    Place where;
+    std::string text;
+
+    QUILLMERE_API std::string getText() const;
+};
+
+/// What is wrong, gathered, so that a user hears of all of it at once; and what is doubtful.
 class QUILLMERE_API Complaints {
 public:
     void add(const Place& where, std::string found, std::string expected, std::string suggestion = {});
     void add(const Complaints& others);
+    void warn(const Place& where, std::string text);
 
+    /// Whether nothing is wrong; warnings don't count.
     bool isEmpty() const { return list.empty(); }
     /// By line and column; what stands at one place keeps its order.
     std::vector<Complaint> getSorted() const;
+    std::vector<Warning> getSortedWarnings() const;
 
-    /// Raises a `GraphException` if there is any.
-    void raise() const;
+    /// Raises a `GraphException` if anything is wrong; when strict, also if anything is doubtful.
+    void raise(bool isStrict = false) const;
 
 private:
     std::vector<Complaint> list;
+    std::vector<Warning> warnings;
 };
 
-/// A graph that can't be built or run. The text is the complaints, a line each.
+/// A graph that can't be built or run. The text is the complaints, a line each, and behind them the warnings that count
+/// as complaints.
 class QUILLMERE_API GraphException : public std::runtime_error {
 public:
-    explicit GraphException(std::vector<Complaint> complaints);
+    explicit GraphException(std::vector<Complaint> complaints, const std::vector<Warning>& warnings = {});
     const std::vector<Complaint>& getComplaints() const { return complaints; }
 
 private:
