@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/Complaint.h"
 
+#include "host/graph/Printable.h"
+
 #include <algorithm>
 #include <tuple>
 
 namespace Quillmere::Host {
 
 namespace {
+// Who complains shortens what others wrote to `kLongestName`; these bounds keep every message readable all the same.
+constexpr std::size_t kLongestPlace = 1000; // of a path, or an option with its value
+constexpr std::size_t kLongestPart = 2000;  // of a sentence, which may list a dozen names
+
 template <class Things>
 void appendLines(std::string& text, const Things& things) {
     for (const auto& thing : things) {
@@ -24,7 +30,7 @@ std::string joined(const std::vector<Complaint>& complaints, const std::vector<W
 
 /// `file:line:column: `, as far as that is known.
 std::string textOf(const Place& place) {
-    std::string text = place.file;
+    std::string text = printable(place.file, kLongestPlace);
     if (place.line > 0)
         text.append(":").append(std::to_string(place.line)).append(":").append(std::to_string(place.column));
     return text.empty() ? text : text + ": ";
@@ -40,13 +46,14 @@ Things sortedByPlace(Things things) {
 } // namespace
 
 std::string Complaint::getText() const {
-    std::string text = textOf(where) + "found " + found + "; expected " + expected;
-    if (!suggestion.empty()) text += "; did you mean " + suggestion + "?";
+    std::string text = textOf(where) + "found " + printable(found, kLongestPart) + "; expected " +
+                       printable(expected, kLongestPart);
+    if (!suggestion.empty()) text += "; did you mean " + printable(suggestion, kLongestPart) + "?";
     return text;
 }
 
 std::string Warning::getText() const {
-    return textOf(where) + "warning: " + text;
+    return textOf(where) + "warning: " + printable(text, kLongestPart);
 }
 
 void Complaints::add(const Place& where, std::string found, std::string expected, std::string suggestion) {

@@ -5,8 +5,10 @@
 #include "framework/core/Filter.h"
 #include "host/graph/Complaint.h"
 #include "host/graph/GraphDescription.h"
+#include "host/graph/SourceAccount.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -76,6 +78,12 @@ public:
     virtual std::uint64_t getRows() const = 0;
     virtual std::uint64_t getBytesRead() const = 0;
     virtual std::uint64_t getSize() const = 0;
+
+    /// What it has seen of its recording so far. Requires: open. [run, or when nothing runs]
+    virtual SourceAccount getAccount() const = 0;
+    /// What the first rows of a file look like, at most `rows` of them, up to the first that would end the run; nothing for
+    /// what can't be read twice, as a pipe. Takes nothing away from the run. Requires: open. [setup]
+    virtual std::optional<SourceAccount> lookAhead(std::uint64_t rows) const = 0;
 };
 
 /// Where samples leave a graph.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/NearestName.h"
 
+#include "host/graph/Printable.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
@@ -71,10 +73,10 @@ std::string nearestName(const std::string& name, const std::vector<std::string>&
 std::string listOfNames(const std::vector<std::string>& names) {
     constexpr std::size_t kMost = 12;
     if (names.empty()) return "nothing";
-    std::string text = names.front();
+    std::string text = printable(names.front(), kLongestName);
     const std::size_t shown = std::min(names.size(), kMost);
     for (std::size_t i = 1; i < shown; ++i)
-        text += (i + 1 == names.size() ? " and " : ", ") + names[i];
+        text += (i + 1 == names.size() ? " and " : ", ") + printable(names[i], kLongestName);
     if (names.size() > shown) text += " and " + std::to_string(names.size() - shown) + " more";
     return text;
 }

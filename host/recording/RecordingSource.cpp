@@ -158,7 +158,9 @@ void RecordingSource::open(Complaints& complaints) {
             output.cells.push_back(cellOf(column));
     if (timeColumn) timeCell = cellOf(*timeColumn);
     reader->select(chosen);
+    timeIndex = chosen.empty() ? 0 : chosen[timeCell];
     row.assign(chosen.size(), 0.0);
+    watch = std::make_unique<TimeStampWatch>();
 }
 
 std::optional<std::size_t> RecordingSource::findColumn(const Column& column, Complaints& complaints) const {
@@ -184,6 +186,7 @@ bool RecordingSource::readRow() {
     if (!reader->readRow(row.data())) return false;
     nextTimeStamp = readTimeStamp();
     rows.add(1);
+    watch->take(nextTimeStamp, rows.get(), reader->getLine());
     if (reader->getHasEmptyCells())
         noteEmptyCells();
     else
@@ -257,6 +260,34 @@ bool RecordingSource::takeRowIntoFrame() {
 void RecordingSource::addToFrame(Output& output) const {
     for (const std::size_t cell : output.cells)
         output.frame.push_back(row[cell]);
+}
+
+SourceAccount RecordingSource::getAccount() const {
+    SourceAccount account;
+    account.rows = rows.get();
+    watch->tell(account);
+    return account;
+}
+
+std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) const {
+    if (getIsPiped()) return std::nullopt;
+    SourceAccount account;
+    TimeStampWatch times;
+    try {
+        CsvReader ahead(getPath());
+        if (timeColumn) ahead.select({timeIndex});
+        double time = 0.0;
+        while (account.rows < most && ahead.readRow(&time)) {
+            ++account.rows;
+            if (!timeColumn) time = static_cast<double>(account.rows - 1) / *rate;
+            if (!std::isfinite(time)) break;
+            times.take(time, account.rows, ahead.getLine());
+        }
+    } catch (const RecordingException&) {
+        // The run will tell of it.
+    }
+    times.tell(account);
+    return account;
 }
 
 } // namespace Quillmere::Host

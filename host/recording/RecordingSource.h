@@ -5,6 +5,7 @@
 #include "framework/transport/OutputPin.h"
 #include "host/graph/HostBlock.h"
 #include "host/recording/CsvReader.h"
+#include "host/recording/TimeStampWatch.h"
 
 #include <cstdint>
 #include <deque>
@@ -45,6 +46,8 @@ public:
     std::uint64_t getRows() const override { return rows.get(); }
     std::uint64_t getBytesRead() const override { return reader == nullptr ? 0 : reader->getBytesRead(); }
     std::uint64_t getSize() const override { return reader == nullptr ? 0 : reader->getSize(); }
+    SourceAccount getAccount() const override;
+    std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
 
 private:
     struct Column {
@@ -85,7 +88,9 @@ private:
     std::unique_ptr<CsvReader> reader;
     std::vector<double> row;    ///< The cells of one row, each column that anybody wants once.
     std::size_t timeCell = 0;   ///< Where the time is in `row`.
+    std::size_t timeIndex = 0;  ///< Which column of the file it is.
     Core::Tally rows;           ///< Read so far.
+    std::unique_ptr<TimeStampWatch> watch;
     std::size_t gathered = 0;   ///< Rows in the frames.
     std::size_t toSkip = 0;     ///< Rows before the next frame begins, when frames lie apart.
     double nextTimeStamp = 0.0; ///< Seconds.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/RunEnd.h"
 
+#include "host/graph/Printable.h"
 #include "host/plugins/BlockDescription.h"
 
 #include <Poco/Exception.h>
@@ -8,6 +9,8 @@
 namespace Quillmere::Host {
 
 namespace {
+constexpr std::size_t kLongestReason = 2000; // plug-ins write it, too
+
 std::string reasonOf(const std::exception& exception) {
     const auto* const poco = dynamic_cast<const Poco::Exception*>(&exception);
     return poco == nullptr ? exception.what() : poco->displayText();
@@ -15,7 +18,8 @@ std::string reasonOf(const std::exception& exception) {
 } // namespace
 
 std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception) {
-    std::string text = "at " + shortestText(streamTime) + " s: " + reasonOf(exception);
+    std::string text =
+        "at " + shortestText(streamTime) + " s: " + printable(reasonOf(exception), kLongestReason);
     if (block == nullptr) return text;
     return "block '" + block->getName() + "' (" + block->getTypeName() + ") " + text;
 }

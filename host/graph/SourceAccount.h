@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// What a source has seen of its recording, up to now or to its end: what can be told of it when a run is over.
+struct SourceAccount {
+    /// Two rows that follow each other, of which the second is told of.
+    struct Spot {
+        std::uint64_t row = 0;  ///< 1 is the first behind the column names; skipped rows count.
+        std::uint64_t line = 0; ///< Of the file, 1 being its first.
+        double before = 0.0;    ///< Seconds: the time stamp of the row in front,
+        double time = 0.0;      ///< and its own.
+    };
+    struct Finding {
+        std::uint64_t count = 0;
+        Spot first; ///< Of nothing when there are none.
+    };
+    /// A column that looks like a clock and goes at another pace than the rate that the graph gives.
+    struct OtherClock {
+        std::string column;
+        double rate = 0.0; ///< Rows a second, by the unit of time that comes nearest.
+    };
+
+    std::uint64_t rows = 0;         ///< Taken, mended ones included.
+    std::uint64_t skippedRows = 0;  ///< Passed over, since something in them was wrong.
+    std::uint64_t mendedRows = 0;   ///< Taken with not-a-number in place of bad cells.
+    std::uint64_t missingCells = 0; ///< Cells whose text the graph takes for a missing value.
+    bool isCutEndDropped = false;   ///< A last line without its end was left out.
+    std::vector<std::string>
+        firstFaults; ///< Of skipped, mended and dropped rows, each as a message has it: place, text found.
+    bool isChangedMeanwhile = false; ///< The file was written to while it was read; it got no shorter.
+
+    double firstTime = 0.0; ///< Seconds, of the first row taken and of the last; 0 without any.
+    double lastTime = 0.0;
+    std::optional<double> firstStep;  ///< Seconds from the first row taken to the second.
+    std::optional<double> medianStep; ///< Seconds; of the steps forward, so nothing when time never goes on.
+
+    /// About time stamps that a column gives; those that a rate gives are never odd.
+    Finding backward;
+    Finding equal;
+    Finding jumps; ///< Forward by more than ten median steps.
+
+    std::optional<OtherClock> otherClock;
+
+    /// Seconds from the first row taken to the last.
+    double getLength() const { return lastTime - firstTime; }
+    /// Rows a second.
+    std::optional<double> getMedianRate() const {
+        return medianStep ? std::optional(1.0 / *medianStep) : std::nullopt;
+    }
+};
+
+} // namespace Quillmere::Host

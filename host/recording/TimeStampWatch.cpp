@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/TimeStampWatch.h"
+
+#include <cmath>
+
+namespace Quillmere::Host {
+
+namespace {
+constexpr double kJump = 10.0; ///< Median steps.
+
+void note(SourceAccount::Finding& finding, const SourceAccount::Spot& spot) {
+    if (finding.count++ == 0) finding.first = spot;
+}
+} // namespace
+
+TimeStampWatch::TimeStampWatch() : bins(kLastBin - kFirstBin + 1) {}
+
+/// The first row, which is behind none, or a step that doesn't lead forward.
+void TimeStampWatch::takeOddStep(const SourceAccount::Spot& spot) {
+    if (std::isnan(spot.before)) {
+        first = spot.time;
+        return;
+    }
+    noteFirstStep(spot);
+    note(spot.time < spot.before ? backward : equal, spot);
+}
+
+/// Every bin is empty before the first step, so the first step is noted here or as an odd one.
+void TimeStampWatch::beginBin(Bin& bin, const SourceAccount::Spot& spot) {
+    noteFirstStep(spot);
+    bin.first = spot;
+}
+
+void TimeStampWatch::noteFirstStep(const SourceAccount::Spot& spot) {
+    if (!firstStep) firstStep = spot.time - spot.before;
+}
+
+std::optional<double> TimeStampWatch::medianStep() const {
+    std::uint64_t steps = 0;
+    for (const Bin& bin : bins)
+        steps += bin.count;
+    std::uint64_t before = 0;
+    for (const Bin& bin : bins) {
+        before += bin.count;
+        // Of two middle steps the smaller: a recording of a gap and one more step has no gap of its median.
+        if (before > 0 && 2 * before >= steps) return bin.sum / static_cast<double>(bin.count);
+    }
+    return std::nullopt;
+}
+
+void TimeStampWatch::tell(SourceAccount& account) const {
+    if (std::isnan(last)) return;
+    account.firstTime = first;
+    account.lastTime = last;
+    account.firstStep = firstStep;
+    account.medianStep = medianStep();
+    account.backward = backward;
+    account.equal = equal;
+    account.jumps = {};
+    if (!account.medianStep) return;
+    for (const Bin& bin : bins) {
+        if (bin.count == 0 || !(bin.sum / static_cast<double>(bin.count) > kJump * *account.medianStep))
+            continue;
+        if (account.jumps.count == 0 || bin.first.row < account.jumps.first.row)
+            account.jumps.first = bin.first;
+        account.jumps.count += bin.count;
+    }
+}
+
+} // namespace Quillmere::Host
