@@ -16,7 +16,7 @@ class App;
 namespace Quillmere::Host {
 class Complaints;
 class Graph;
-struct RunProgress;
+struct RunOutcome;
 } // namespace Quillmere::Host
 
 /// The commands of `quillmere`: each enters its options and gives back what main calls when the command is named.
@@ -107,10 +107,10 @@ public:
 private:
     void checkLimit(const Quillmere::Host::Graph& graph, Quillmere::Host::Complaints& complaints) const;
     bool showsProgress() const;
-    Quillmere::Host::RunProgress runOffline(Quillmere::Host::Graph& graph, ProgressLine& progress) const;
-    Quillmere::Host::RunProgress runLive(Quillmere::Host::Graph& graph,
-                                         const Quillmere::Host::BlockCatalogue& catalogue,
-                                         ProgressLine& progress) const;
+    Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Graph& graph, ProgressLine& progress) const;
+    Quillmere::Host::RunOutcome runLive(Quillmere::Host::Graph& graph,
+                                        const Quillmere::Host::BlockCatalogue& catalogue,
+                                        ProgressLine& progress) const;
 
     GraphArguments arguments;
     std::optional<std::uint64_t> steps; ///< Rounds.

@@ -107,34 +107,36 @@ ExitCode RunCommand::run() {
     settle(complaints, arguments.isStrict);
     stopOnSignals();
     ProgressLine progress(start, graph.getSources().empty());
-    RunProgress done;
-    try {
-        done = isLive ? runLive(graph, catalogue, progress) : runOffline(graph, progress);
-    } catch (const RunException& exception) {
-        progress.clear();
-        printFailure(graph, exception.what());
-        return kFailedMidway;
-    }
+    const RunOutcome outcome = isLive ? runLive(graph, catalogue, progress) : runOffline(graph, progress);
     progress.clear();
-    if (!isQuiet) printSummary(graph, done, start);
-    return kDone;
+    if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start);
+    printWarnings(outcome);
+    if (outcome.getIsWhole()) return kDone;
+    printFailure(outcome);
+    return kFailedMidway;
 }
 
 bool RunCommand::showsProgress() const {
     return !isQuiet && ::isatty(STDERR_FILENO) != 0;
 }
 
-RunProgress RunCommand::runOffline(Graph& graph, ProgressLine& progress) const {
+RunOutcome RunCommand::runOffline(Graph& graph, ProgressLine& progress) const {
     graph.openSinks();
     OfflineRunner runner(graph);
     runner.setLimit({steps, duration});
+    runner.setIsStrict(arguments.isStrict);
     if (showsProgress()) runner.setProgressHandler([&](const RunProgress& now) { progress.show(now); });
-    runner.run(isStopped);
-    return runner.getProgress();
+    try {
+        runner.run(isStopped);
+    } catch (const RunException&) {
+        // The outcome says it.
+    }
+    return runner.getOutcome();
 }
 
-RunProgress RunCommand::runLive(Graph& graph, const BlockCatalogue& catalogue, ProgressLine& progress) const {
-    LiveRun run(graph, catalogue, {.speed = speedOf(speed), .limit = {steps, duration}});
+RunOutcome RunCommand::runLive(Graph& graph, const BlockCatalogue& catalogue, ProgressLine& progress) const {
+    LiveRun run(graph, catalogue,
+                {.speed = speedOf(speed), .limit = {steps, duration}, .isStrict = arguments.isStrict});
     std::optional<ControlServer> server;
     if (!control.empty()) server.emplace(control);
     graph.openSinks();
@@ -148,8 +150,7 @@ RunProgress RunCommand::runLive(Graph& graph, const BlockCatalogue& catalogue, P
     if (printsStatistics)
         for (const std::string& line : run.getStatistics().getText())
             reportStream(graph) << line << "\n";
-    run.wait();
-    return run.getProgress();
+    return run.getOutcome();
 }
 
 } // namespace Cli

@@ -62,32 +62,39 @@ std::ostream& reportStream(const Graph& graph) {
     return std::cout;
 }
 
-void printSummary(const Graph& graph, const RunProgress& progress, Clock::time_point start) {
-    std::ostream& out = reportStream(graph);
+void printSummary(const RunOutcome& outcome, Clock::time_point start) {
+    const bool isDataOnOutput =
+        std::any_of(outcome.results.begin(), outcome.results.end(),
+                    [](const RunOutcome::Result& result) { return getIsStandardStream(result.path); });
+    std::ostream& out = isDataOnOutput ? std::cerr : std::cout;
     const double seconds = secondsSince(start);
     std::size_t width = 0;
-    for (const Graph::Node& node : graph.getNodes())
-        if (node.source != nullptr || node.sink != nullptr)
-            width = std::max(width, node.description->id.size());
-    const auto line = [&](const HostBlock& block, std::uint64_t rows, const char* direction,
-                          const char* standardStream) {
-        out << "  " << block.getName() << std::string(width - block.getName().size() + 2, ' ') << rows
-            << " rows " << direction << " "
-            << (getIsStandardStream(block.getPath()) ? standardStream : block.getPath()) << "\n";
+    for (const RunOutcome::Recording& recording : outcome.recordings)
+        width = std::max(width, recording.id.size());
+    for (const RunOutcome::Result& result : outcome.results)
+        width = std::max(width, result.id.size());
+    const auto line = [&](const auto& end, const char* direction, const char* standardStream) {
+        out << "  " << end.id << std::string(width - end.id.size() + 2, ' ') << end.rows << " rows "
+            << direction << " " << (getIsStandardStream(end.path) ? standardStream : end.path) << "\n";
     };
-    const Work work(progress, graph.getSources().empty());
-    out << graph.getName() << ": " << work.count << work.unit << " in " << formatted("%.2f", seconds)
-        << " s (" << formatted("%.0f", static_cast<double>(work.count) / seconds) << work.unit << "/s)\n";
-    for (const Source* const source : graph.getSources())
-        line(*source, source->getRows(), "from", "standard input");
-    for (const Sink* const sink : graph.getSinks())
-        line(*sink, sink->getRows(), "to", "standard output");
+    const Work work(outcome.progress, outcome.recordings.empty());
+    out << outcome.graph << ": " << work.count << work.unit << " in " << formatted("%.2f", seconds) << " s ("
+        << formatted("%.0f", static_cast<double>(work.count) / seconds) << work.unit << "/s)\n";
+    for (const RunOutcome::Recording& recording : outcome.recordings)
+        line(recording, "from", "standard input");
+    for (const RunOutcome::Result& result : outcome.results)
+        line(result, "to", "standard output");
 }
 
-void printFailure(const Graph& graph, const std::string& message) {
-    std::cerr << "quillmere: " << message << "\n";
-    for (const Sink* const sink : graph.getSinks())
-        std::cerr << "  incomplete: " << sink->getRows() << " rows in " << sink->getPartialPath() << "\n";
+void printWarnings(const RunOutcome& outcome) {
+    for (const Warning& warning : outcome.warnings)
+        std::cerr << warning.getText() << "\n";
+}
+
+void printFailure(const RunOutcome& outcome) {
+    std::cerr << "quillmere: " << outcome.failure << "\n";
+    for (const RunOutcome::Result& result : outcome.results)
+        std::cerr << "  incomplete: " << result.rows << " rows in " << result.partialPath << "\n";
 }
 
 } // namespace Cli

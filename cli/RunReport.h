@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/graph/Graph.h"
-#include "host/run/RunEnd.h"
+#include "host/run/RunOutcome.h"
 
 #include <chrono>
 #include <string>
@@ -32,10 +32,12 @@ private:
 std::ostream& reportStream(const Quillmere::Host::Graph& graph);
 
 /// What a run has done, and what came from where and went to where.
-void printSummary(const Quillmere::Host::Graph& graph, const Quillmere::Host::RunProgress& progress,
-                  ProgressLine::Clock::time_point start);
+void printSummary(const Quillmere::Host::RunOutcome& outcome, ProgressLine::Clock::time_point start);
+
+/// What may well not be what the user meant, on standard error.
+void printWarnings(const Quillmere::Host::RunOutcome& outcome);
 
 /// Why a run failed, and what is left of its results.
-void printFailure(const Quillmere::Host::Graph& graph, const std::string& message);
+void printFailure(const Quillmere::Host::RunOutcome& outcome);
 
 } // namespace Cli

@@ -148,6 +148,11 @@ void LiveGraph::endSinks(bool isWhole) {
     Quillmere::Host::endSinks(graph.getSinks(), isWhole);
 }
 
+RunOutcome LiveGraph::getOutcome(const RunProgress& progress) const {
+    const std::lock_guard lock(structure);
+    return outcomeOf(graph, getBlocks(), progress);
+}
+
 std::uint64_t LiveGraph::getRounds() const {
     std::uint64_t rounds = 0;
     for (const LiveLayout& layout : layouts)

@@ -5,6 +5,7 @@
 #include "host/live/ControlException.h"
 #include "host/live/LiveLayout.h"
 #include "host/live/LiveStatistics.h"
+#include "host/run/RunOutcome.h"
 
 #include <cstdint>
 #include <deque>
@@ -43,6 +44,8 @@ public:
     void stop();
     /// Ends all results, as whole ones or as what is left. Raises `RunException`. Requires: no thread runs. [any]
     void endSinks(bool isWhole);
+    /// What the run has done. Requires: no thread runs. [any]
+    RunOutcome getOutcome(const RunProgress& progress) const;
     /// Rounds of all layouts. [any]
     std::uint64_t getRounds() const;
 
@@ -90,7 +93,8 @@ private:
     std::deque<LiveSource> sources;
     std::deque<Core::LayoutManager> managers;
     std::deque<LiveLayout> layouts; ///< One for each manager.
-    std::mutex structure;     ///< Taken before any gate by who changes links, layouts or the set of blocks.
+    mutable std::mutex
+        structure;            ///< Taken before any gate by who changes links, layouts or the set of blocks.
     mutable std::mutex names; ///< Innermost; held for a look at `blocks`.
     std::vector<Core::Filter*> blocks; ///< Under `names`; changed under `structure` too.
     std::vector<BlockPtr> added;       ///< Blocks that the graph doesn't own. Under `structure`.

@@ -22,7 +22,7 @@ class LiveRun::Implementation {
 public:
     Implementation(Graph& runGraph, const BlockCatalogue& catalogue, const LiveOptions& options)
         : graph(runGraph), drive(options.speed, options.limit, options.countsSteps, runGraph.getTimeline()),
-          live(runGraph, catalogue, drive), settings(live) {}
+          live(runGraph, catalogue, drive), settings(live), isStrict(options.isStrict) {}
     ~Implementation() {
         drive.cut("the run was given up");
         if (supervisor.joinable()) supervisor.join();
@@ -38,14 +38,24 @@ public:
         supervisor = std::thread([this] { supervise(); });
     }
 
+    RunProgress getProgress() const {
+        RunProgress progress;
+        progress.rounds = live.getRounds();
+        for (const Source* const source : graph.getSources())
+            progress.rows += source->getRows();
+        return progress;
+    }
+
     Graph& graph;
     LiveDrive drive;
     LiveGraph live;
     LiveSettings settings;
+    const bool isStrict;
     std::atomic<State> state{State::Ready};
     std::mutex ending;
     std::condition_variable hasEnded;
     std::string failure; ///< Under `ending`.
+    RunOutcome outcome;  ///< Written once, before the state says that the run has ended.
 
 private:
     /// Sleeps as long as the run runs; then sees it to its end.
@@ -61,16 +71,28 @@ private:
                 sink->giveUp();
         live.stop();
         drive.pipes.stop();
+        const std::string reason = endResults();
+        const std::lock_guard lock(ending);
+        failure = reason;
+        state = reason.empty() ? State::Ended : State::Failed;
+        hasEnded.notify_all();
+    }
+
+    /// Ends the results and takes down what the run has done; gives back why it failed.
+    std::string endResults() {
         std::string reason = drive.getFailure();
+        if (reason.empty() && isStrict) {
+            const std::vector<Warning> warnings = live.getOutcome(getProgress()).warnings;
+            if (!warnings.empty()) reason = strictFailureText(warnings);
+        }
         try {
             live.endSinks(reason.empty());
         } catch (const RunException& exception) {
             reason = exception.what();
         }
-        const std::lock_guard lock(ending);
-        failure = reason;
-        state = reason.empty() ? State::Ended : State::Failed;
-        hasEnded.notify_all();
+        outcome = live.getOutcome(getProgress());
+        outcome.failure = reason;
+        return reason;
     }
 
     std::thread supervisor;
@@ -98,11 +120,11 @@ LiveRun::State LiveRun::getState() const {
 }
 
 RunProgress LiveRun::getProgress() const {
-    RunProgress progress;
-    progress.rounds = implementation->live.getRounds();
-    for (const Source* const source : implementation->graph.getSources())
-        progress.rows += source->getRows();
-    return progress;
+    return implementation->getProgress();
+}
+
+const RunOutcome& LiveRun::getOutcome() const {
+    return implementation->outcome;
 }
 
 void LiveRun::wait() {

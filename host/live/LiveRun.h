@@ -5,6 +5,7 @@
 #include "host/live/LiveSettings.h"
 #include "host/live/LiveStatistics.h"
 #include "host/run/RunEnd.h"
+#include "host/run/RunOutcome.h"
 
 #include <chrono>
 #include <memory>
@@ -19,6 +20,7 @@ struct LiveOptions {
     double speed = 1.0;
     RunLimit limit{};        ///< For a graph without sources. None: it runs until it is told to stop.
     bool countsSteps = true; ///< Whether the statistics have steps and times; samples are counted always.
+    bool isStrict = false;   ///< Whether a run that ends with warnings is a failure.
 };
 
 /// Runs a graph live: a thread for each of its layouts, recordings paced by their time stamps, pipes read as they come, and
@@ -50,6 +52,8 @@ public:
     void wait();
     /// Waits so long at most; true when the run has ended.
     bool waitFor(std::chrono::milliseconds time);
+    /// What the run has done, also when it failed. Requires: it has ended.
+    const RunOutcome& getOutcome() const;
 
     /// Settings and commands as `block.Setting`; values are written as in a graph file. Patterns have `*` and `?`.
     std::vector<SettingState> list(const std::string& pattern = "*") const;

@@ -17,14 +17,34 @@ OfflineRunner::OfflineRunner(Graph& target) : graph(target), running(target.getS
 }
 
 void OfflineRunner::run(const std::atomic<bool>& stop) {
+    std::string failure = runToEnd(stop);
+    try {
+        endSinks(graph.getSinks(), failure.empty());
+    } catch (const RunException& exception) {
+        failure = exception.what();
+    }
+    outcome = gatherOutcome();
+    outcome.failure = failure;
+    if (!failure.empty()) throw RunException(failure);
+}
+
+/// Runs as far as it goes, and gives back why the results aren't whole: an empty text when they are.
+std::string OfflineRunner::runToEnd(const std::atomic<bool>& stop) {
     try {
         runRounds(stop);
     } catch (const std::exception& exception) {
-        const std::string failure = failureText(current, streamTime, exception);
-        endSinks(graph.getSinks(), false);
-        throw RunException(failure);
+        return failureText(current, streamTime, exception);
     }
-    endSinks(graph.getSinks(), true);
+    if (!isStrict) return {};
+    const std::vector<Warning> warnings = gatherOutcome().warnings;
+    return warnings.empty() ? std::string() : strictFailureText(warnings);
+}
+
+RunOutcome OfflineRunner::gatherOutcome() const {
+    std::vector<Core::Filter*> blocks;
+    for (const Graph::Node& node : graph.getNodes())
+        blocks.push_back(node.block.get());
+    return outcomeOf(graph, blocks, getProgress());
 }
 
 void OfflineRunner::runRounds(const std::atomic<bool>& stop) {

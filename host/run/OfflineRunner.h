@@ -4,6 +4,7 @@
 #include "framework/core/Api.h"
 #include "host/graph/Graph.h"
 #include "host/run/RunEnd.h"
+#include "host/run/RunOutcome.h"
 
 #include <atomic>
 #include <cstdint>
@@ -33,6 +34,9 @@ public:
     /// For a graph without sources. Requires: `run` has not been called; rounds above 0, seconds above 0 and finite.
     void setLimit(const RunLimit& newLimit) { limit = newLimit; }
 
+    /// With true, a run that ends with warnings is a failure. Requires: `run` has not been called.
+    void setIsStrict(bool flag) { isStrict = flag; }
+
     /// Called now and then with how far the run has come.
     void setProgressHandler(std::function<void(const RunProgress&)> handler) {
         onProgress = std::move(handler);
@@ -43,8 +47,12 @@ public:
     void run(const std::atomic<bool>& stop);
 
     RunProgress getProgress() const;
+    /// What the run has done, also when `run` raised. Requires: `run` has been called.
+    const RunOutcome& getOutcome() const { return outcome; }
 
 private:
+    std::string runToEnd(const std::atomic<bool>& stop);
+    RunOutcome gatherOutcome() const;
     void runRounds(const std::atomic<bool>& stop);
     void runRecordings(const std::atomic<bool>& stop);
     void runGenerators(const std::atomic<bool>& stop);
@@ -59,6 +67,8 @@ private:
     std::vector<Source*> running;     ///< Sources that have not ended.
     std::vector<Core::Filter*> steps; ///< What a round steps, in order.
     RunLimit limit;
+    bool isStrict = false;
+    RunOutcome outcome;
     const Core::Filter* current = nullptr; ///< The block that is being stepped or read, for messages.
     std::uint64_t rounds = 0;
     double streamTime = 0.0;

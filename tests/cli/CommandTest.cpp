@@ -143,6 +143,30 @@ TEST_F(Command, ARunThatFailsMidwayKeepsWhatItWrote) {
     EXPECT_FALSE(folder.has("out.csv.partial"));
 }
 
+TEST_F(Command, WarningsOfARunGoToStandardErrorAndStrictMakesThemAFailure) {
+    folder.write("loss.yaml",
+                 "format: 1\nblocks:\n"
+                 "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"
+                 "  - {id: thrice, type: OddThrice}\n"
+                 "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+                 "connections: [{from: in, to: thrice}, {from: thrice, to: out.x}]\n");
+    const std::string warning =
+        "loss.yaml:6:42: warning: 6 of the 9 samples that 'thrice.out' sent to 'out.x' were "
+        "lost, since it took them too late\n";
+    const Ended strict = call({"run", "--strict", "loss.yaml", "--plugin", ODD_PLUGIN});
+    EXPECT_EQ(strict.exitCode, 1);
+    EXPECT_EQ(strict.err, warning +
+                              "quillmere: ended with a warning, taken for an error\n"
+                              "  incomplete: 3 rows in " +
+                              folder.path("out.csv.partial") + "\n");
+    EXPECT_FALSE(folder.has("out.csv"));
+    const Ended ended = call({"run", "--quiet", "loss.yaml", "--plugin", ODD_PLUGIN});
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_EQ(ended.err, warning) << "also when quiet";
+    EXPECT_EQ(ended.out, "");
+    EXPECT_TRUE(folder.has("out.csv"));
+}
+
 TEST_F(Command, AFullDiskIsAFailureMidway) {
     const Ended ended = call({"run", "g.yaml", "--output", "out=/dev/full"});
     EXPECT_EQ(ended.exitCode, 1);

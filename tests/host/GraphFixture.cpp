@@ -33,12 +33,22 @@ std::string GraphFixture::run(const std::string& text, const GraphChanges& chang
     graph.openSinks();
     OfflineRunner runner(graph);
     runner.setLimit(limit);
+    runner.setIsStrict(isStrict);
+    std::string failure;
     try {
         runner.run(stop);
     } catch (const RunException& exception) {
-        return withoutFolder(exception.what());
+        failure = withoutFolder(exception.what());
     }
-    return "";
+    outcome = runner.getOutcome();
+    return failure;
+}
+
+std::string GraphFixture::warningsOfRun() const {
+    std::string lines;
+    for (const Warning& warning : outcome.warnings)
+        lines += withoutFolder(warning.getText()) + "\n";
+    return lines;
 }
 
 std::string GraphFixture::withoutFolder(std::string text) const {

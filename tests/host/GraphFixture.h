@@ -21,9 +21,12 @@ protected:
     /// recordings are opened as for a run.
     std::string complaintsOf(const std::string& text, const Quillmere::Host::GraphChanges& changes = {});
 
-    /// Runs a graph. Gives back an empty text, or why it failed.
+    /// Runs a graph. Gives back an empty text, or why it failed; `outcome` is what it did.
     std::string run(const std::string& text, const Quillmere::Host::GraphChanges& changes = {},
                     const Quillmere::Host::RunLimit& limit = {});
+
+    /// What the run before ended with, a line each, as `complaintsOf` writes them.
+    std::string warningsOfRun() const;
 
     /// `text` without the folder's name.
     std::string withoutFolder(std::string text) const;
@@ -31,6 +34,8 @@ protected:
     TemporaryFolder folder;
     Quillmere::Host::BlockCatalogue catalogue;
     std::atomic<bool> stop{false};
+    bool isStrict = false;
+    Quillmere::Host::RunOutcome outcome; ///< Of the last run.
 };
 
 } // namespace Support

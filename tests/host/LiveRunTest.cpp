@@ -231,14 +231,18 @@ protected:
     }
     void runHeld(const std::string& keys) {
         prepare("format: 1\nlayouts: [{id: one}, {id: two}]\nblocks:\n" + sourceLine("in", "in.csv", "x: x") +
-                "  - {id: slow, type: FilterGain, layout: two}\n" + sinkLine("out", "out.csv", "two") +
-                "connections: [{from: in, to: slow" + keys + "}, {from: slow, to: out.x}]\n");
+                    "  - {id: slow, type: FilterGain, layout: two}\n" + sinkLine("out", "out.csv", "two") +
+                    "connections: [{from: in, to: slow" + keys + "}, {from: slow, to: out.x}]\n",
+                {.speed = Support::kUnpaced, .isStrict = isStrict});
         Hold hold(*liveRun, "slow.Gain", "2");
         liveRun->start();
         ASSERT_TRUE(waitUntil([&] { return liveRun->getProgress().rounds == 100; }));
         hold.release();
-        EXPECT_EQ(end(), "");
+        failure = end();
+        EXPECT_EQ(failure.empty(), !isStrict) << failure;
     }
+
+    std::string failure;
 };
 
 TEST_F(LagTest, AReaderThatLagsLosesAllButTheNewestAndEveryLossIsCounted) {
@@ -251,6 +255,30 @@ TEST_F(LagTest, AReaderThatLagsLosesAllButTheNewestAndEveryLossIsCounted) {
     EXPECT_EQ(link.waiting, 0u);
     EXPECT_EQ(blockStatistics("slow").lost, 99u);
     EXPECT_EQ(blockStatistics("out").lost, 0u);
+}
+
+TEST_F(LagTest, WhatALinkLostIsAWarningOfTheOutcome) {
+    runHeld("");
+    outcome = liveRun->getOutcome();
+    EXPECT_TRUE(outcome.getIsWhole());
+    EXPECT_EQ(outcome.progress.rows, 100u);
+    ASSERT_EQ(outcome.links.size(), 2u);
+    EXPECT_EQ(outcome.links[0].lost, 99u);
+    ASSERT_EQ(outcome.warnings.size(), 1u);
+    EXPECT_EQ(withoutFolder(outcome.warnings[0].getText()),
+              "g.yaml:7:15: warning: 99 of the 100 samples that 'in.x' sent to 'slow.input' were lost, since "
+              "it took "
+              "them too late");
+}
+
+TEST_F(LagTest, StrictTakesALossForAFailure) {
+    isStrict = true;
+    runHeld("");
+    EXPECT_EQ(failure, "ended with a warning, taken for an error");
+    EXPECT_EQ(liveRun->getState(), LiveRun::State::Failed);
+    EXPECT_EQ(liveRun->getOutcome().failure, failure);
+    EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n99,198\n");
+    EXPECT_FALSE(folder.has("out.csv"));
 }
 
 TEST_F(LagTest, ABufferKeepsAsManyAsItHolds) {

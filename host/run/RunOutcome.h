@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "framework/core/Filter.h"
+#include "host/graph/Complaint.h"
+#include "host/graph/Graph.h"
+#include "host/run/RunEnd.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// What a run has done, whole or failed midway: a value, which outlives the run and its graph.
+struct RunOutcome {
+    /// What a source has read.
+    struct Recording {
+        std::string id;
+        std::string path; ///< `-` for standard input.
+        std::uint64_t rows = 0;
+    };
+    /// What a sink has written.
+    struct Result {
+        std::string id;
+        std::string path;        ///< `-` for standard output.
+        std::string partialPath; ///< Where it is as long as it isn't whole.
+        std::uint64_t rows = 0;
+    };
+    /// A link that samples went over; ends are `block.pin`.
+    struct Link {
+        std::string from; ///< Empty when the input is linked no more.
+        std::string to;
+        std::uint64_t received = 0;
+        std::uint64_t taken = 0;
+        std::uint64_t lost = 0;
+        Place where; ///< Of the connection in the graph file; nowhere when somebody made it later.
+    };
+
+    std::string graph;   ///< Its name.
+    std::string failure; ///< Why it failed; empty when the results are whole.
+    RunProgress progress;
+    std::vector<Recording> recordings; ///< In file order, as the others.
+    std::vector<Result> results;
+    std::vector<Link> links;
+    std::vector<Warning> warnings; ///< What went well in form and may well not be what the user meant.
+
+    bool getIsWhole() const { return failure.empty(); }
+};
+
+/// What a run of `graph` has done so far. `blocks` are those that take part, the graph's own and later ones.
+/// Requires: none of them is in a step. [any]
+QUILLMERE_API RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
+                                   const RunProgress& progress);
+
+/// Why a run is a failure that ended with these warnings and takes them for errors.
+QUILLMERE_API std::string strictFailureText(const std::vector<Warning>& warnings);
+
+} // namespace Quillmere::Host

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#include "host/run/RunOutcome.h"
+
+#include "tests/host/GraphFixture.h"
+
+#include <string>
+
+namespace {
+
+using namespace Quillmere::Host;
+
+constexpr const char* kSource =
+    "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: "
+    "x}}}\n";
+constexpr const char* kSink = "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n";
+
+/// A graph with a source 'in', a sink 'out' and `blocks` between them; the first connection stands in line `kFirstLine`
+/// when there is one block.
+std::string graph(const std::string& blocks, const std::string& connections) {
+    return "format: 1\nname: test\nblocks:\n" + std::string(kSource) + kSink + blocks + "connections:\n" +
+           connections;
+}
+
+class RunOutcomeTest : public Support::GraphFixture {};
+
+const std::string kLossy = graph("  - {id: thrice, type: OddThrice}\n",
+                                 "  - {from: in, to: thrice}\n  - {from: thrice, to: out.p}\n");
+
+TEST_F(RunOutcomeTest, ARunTellsWhatItReadAndWrote) {
+    EXPECT_EQ(run(graph("", "  - {from: in, to: out.p}\n")), "");
+    EXPECT_TRUE(outcome.getIsWhole());
+    EXPECT_EQ(outcome.graph, "test");
+    EXPECT_EQ(outcome.progress.rounds, 3u);
+    ASSERT_EQ(outcome.recordings.size(), 1u);
+    EXPECT_EQ(outcome.recordings[0].id, "in");
+    EXPECT_EQ(outcome.recordings[0].rows, 3u);
+    ASSERT_EQ(outcome.results.size(), 1u);
+    EXPECT_EQ(outcome.results[0].id, "out");
+    EXPECT_EQ(outcome.results[0].rows, 3u);
+    ASSERT_EQ(outcome.links.size(), 1u);
+    EXPECT_EQ(outcome.links[0].from, "in.x");
+    EXPECT_EQ(outcome.links[0].to, "out.p");
+    EXPECT_EQ(outcome.links[0].received, 3u);
+    EXPECT_EQ(outcome.links[0].taken, 3u);
+    EXPECT_EQ(outcome.links[0].lost, 0u);
+    EXPECT_EQ(warningsOfRun(), "");
+}
+
+TEST_F(RunOutcomeTest, AFailedRunTellsHowFarItCame) {
+    folder.write("in.csv", "t,x\n0,1\n0.5,2\n1,three\n");
+    const std::string failure = run(graph("", "  - {from: in, to: out.p}\n"));
+    EXPECT_NE(failure, "");
+    EXPECT_FALSE(outcome.getIsWhole());
+    EXPECT_EQ(withoutFolder(outcome.failure), failure);
+    EXPECT_EQ(outcome.results[0].rows, 2u);
+    EXPECT_EQ(withoutFolder(outcome.results[0].partialPath), "out.csv.partial");
+}
+
+TEST_F(RunOutcomeTest, SamplesThatALinkLostAreAWarningAtItsConnection) {
+    EXPECT_EQ(run(kLossy), "");
+    EXPECT_EQ(outcome.links[0].received, 9u);
+    EXPECT_EQ(outcome.links[0].lost, 6u);
+    EXPECT_EQ(warningsOfRun(),
+              "g.yaml:9:5: warning: 6 of the 9 samples that 'thrice.out' sent to 'out.p' were lost, "
+              "since it took them too late\n");
+}
+
+TEST_F(RunOutcomeTest, WhatATimelineSendsIsNoLink) {
+    EXPECT_EQ(run(graph("  - {id: sum, type: OddSettings}\n", "  - {from: in, to: sum.main in.put}\n"
+                                                              "  - {from: sum.a, to: out.p}\n") +
+                  "timeline: [{at: 0.1, send: {sum.aux: 1}}, {at: 0.2, send: {sum.aux: 2}}]\n"),
+              "");
+    EXPECT_EQ(outcome.links.size(), 2u);
+    EXPECT_EQ(warningsOfRun(), "") << "of two values before a sample the last counts";
+}
+
+TEST_F(RunOutcomeTest, StrictTakesAWarningForAFailureAndKeepsTheResultsPartial) {
+    isStrict = true;
+    EXPECT_EQ(run(kLossy), "ended with a warning, taken for an error");
+    EXPECT_EQ(outcome.warnings.size(), 1u);
+    EXPECT_FALSE(folder.has("out.csv"));
+    EXPECT_EQ(folder.read("out.csv.partial"), "t,p[0]\n0,1.75\n0.5,2.75\n1,3.75\n");
+    EXPECT_EQ(run(graph("", "  - {from: in, to: out.p}\n")), "") << "nothing to warn of";
+    EXPECT_TRUE(folder.has("out.csv"));
+}
+
+TEST(StrictFailure, SaysHowManyWarningsThereAre) {
+    EXPECT_EQ(strictFailureText({{}}), "ended with a warning, taken for an error");
+    EXPECT_EQ(strictFailureText({{}, {}}), "ended with 2 warnings, taken for errors");
+}
+
+} // namespace
