@@ -19,18 +19,45 @@ function(velmarind_engines name)
   target_link_libraries(velmarind_${name} PUBLIC Velmarind::numerics Eigen3::Eigen)
 endfunction()
 
+# velmarind_kernels(NAME sources...): loops of velmarind_engines(NAME) that are compiled as everything else is and, for PCs,
+# once more for processors with AVX2; processor/Kernels.h tells the rest. AVX2 brings no fused multiply-adds; x86-64-v3 would.
+set(VELMARIND_KERNEL_OPTIONS -fno-tree-vectorize -fno-tree-slp-vectorize)
+include(CheckCXXSourceCompiles)
+check_cxx_source_compiles("#ifndef __x86_64__\n#error\n#endif\nint main() {}" VELMARIND_IS_PC)
+function(velmarind_kernels name)
+  target_sources(velmarind_${name} PRIVATE ${ARGN})
+  # Kernels say themselves what goes into one register. A compiler that joins more would load at once what was stored in
+  # two parts, and the processor would wait for both.
+  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "${VELMARIND_KERNEL_OPTIONS}")
+  if(NOT VELMARIND_IS_PC)
+    return()
+  endif()
+  foreach(source IN LISTS ARGN)
+    set(copy "${CMAKE_CURRENT_BINARY_DIR}/avx2/${source}")
+    file(CONFIGURE OUTPUT "${copy}" CONTENT "#include \"${CMAKE_CURRENT_SOURCE_DIR}/${source}\"\n")
+    target_sources(velmarind_${name} PRIVATE "${copy}")
+    set_source_files_properties("${copy}" PROPERTIES
+      COMPILE_OPTIONS "${VELMARIND_KERNEL_OPTIONS};-mavx2;-mno-fma" COMPILE_DEFINITIONS VELMARIND_KERNELS_AVX2)
+  endforeach()
+endfunction()
+
 # velmarind_tests(ROOM LIBRARIES libs... SOURCES files...): one test program per room. The one list of sources both
 # builds the tests and registers each of them with CTest. The label `threads` marks what the thread sanitizer has to see;
-# the target `thread_tests` builds all of that.
+# the target `thread_tests` builds all of that. With KERNELS the whole program runs once more on the plain kernels.
 add_custom_target(thread_tests)
 function(velmarind_tests room)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "KERNELS" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   set(target test_${room})
   add_executable(${target} ${ARG_SOURCES})
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES} Velmarind::test_support)
   gtest_discover_tests(${target} TEST_PREFIX "${room}." DISCOVERY_TIMEOUT 60
                        PROPERTIES TIMEOUT 300 LABELS "${room};${ARG_LABELS}")
+  if(ARG_KERNELS)
+    target_sources(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests/support/KernelsTest.cpp")
+    add_test(NAME ${room}.WithPlainKernels COMMAND ${target})
+    set_tests_properties(${room}.WithPlainKernels PROPERTIES ENVIRONMENT VELMARIND_KERNELS=plain TIMEOUT 300 LABELS ${room})
+  endif()
   if("threads" IN_LIST ARG_LABELS)
     add_dependencies(thread_tests ${target})
   endif()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "design/CascadeKernels.h"
 #include "framework/transport/MatrixXd.h"
 
 #include <vector>
@@ -41,19 +42,23 @@ public:
     const MatrixXd& output() const { return filtered; }
 
 private:
+    void bypass(const MatrixXd& input);
+    void start(const MatrixXd& input);
+    void run(const MatrixXd& input);
     void initialise(const MatrixXd& input);
-    void initState(MatrixXd& state, double value) const;
-    template <int fixedSections>
-    void stepElements(const double* in);
+    void initState(Eigen::Index element, double value);
 
     int order = 1; ///< 0 means bypass.
     double cutOff = 0.05;
     MatrixXd filtered;
-    std::vector<MatrixXd> states; ///< By element: row 0 holds s1 of each section, row 1 s2.
-    MatrixXd coefficients;        ///< By section, with the rows of `Design::SectionRow`.
+    /// By octet of elements, then by section, s1 and behind it s2: element e's values of section k are lane e % 8 of
+    /// states[2 (e / 8 numSections + k)] and of the one after. Lanes without an element are never read.
+    std::vector<Design::Octet> states;
+    MatrixXd coefficients; ///< By section, with the rows of `Design::SectionRow`.
     bool needsInit = true;
     int numSections = 0;
     bool highPass = false;
     int samplesSinceInit = 0; ///< Stops at the limit. Nothing reads the two; they are part of the state.
     int samplesSinceInitLimit = 0;
+    Design::StepCascade stepCascade = nullptr; ///< For `numSections`; set by a start.
 };

@@ -2,7 +2,6 @@
 #include "design/ButterworthComputer_v2.h"
 
 #include "design/ButterworthSections.h"
-#include "design/Pair.h"
 
 #include <bit>
 #include <cmath>
@@ -39,24 +38,44 @@ void ButterworthComputer_v2::setCutOff(double newCutOff, bool reinit, bool newMe
 }
 
 void ButterworthComputer_v2::step(const MatrixXd& input) {
-    if (order == 0) {
-        samplesSinceInit = samplesSinceInitLimit = 1;
-        copySample(filtered, input);
-        return;
-    }
-    if (needsInit || !isRunning(input)) initialise(input);
+    // The seldom roads are calls at the end, so that the usual one saves nothing around them.
+    if (order == 0) return bypass(input);
+    if (needsInit || !isRunning(input)) return start(input);
+    run(input);
+}
+
+void ButterworthComputer_v2::bypass(const MatrixXd& input) {
+    samplesSinceInit = samplesSinceInitLimit = 1;
+    copySample(filtered, input);
+}
+
+void ButterworthComputer_v2::start(const MatrixXd& input) {
+    initialise(input);
+    run(input);
+}
+
+/// Each section is fed the input itself, and only the last one is heard.
+inline void ButterworthComputer_v2::run(const MatrixXd& input) {
     if (samplesSinceInit < samplesSinceInitLimit) ++samplesSinceInit;
-    runSections(input.data());
+    if (input.size() == 0) return;
+    for (int k = 0; k + 1 < numSections; ++k)
+        runSection(k, Heard::Not, input.data());
+    runSection(numSections - 1, highPass ? Heard::Complement : Heard::Result, input.data());
+}
+
+inline void ButterworthComputer_v2::runSection(int section, Heard heard, const double* in) {
+    Octet* const x1 = states.data() + 2 * section * statesShape.octets;
+    const StepMoving kernel = stepMoving[static_cast<int>(heard)];
+    kernel(coefficients(kA1, section), coefficients(kGain, section), x1, x1 + statesShape.octets, in,
+           filtered.data(), filtered.size());
 }
 
 /// Whether states and output fit the input's shape and the sections in force. They don't after a change of shape, seen or
 /// slept through in a bypass, nor where an order or a cached cut-off brought another number of sections without a start.
 bool ButterworthComputer_v2::isRunning(const MatrixXd& input) const {
-    const auto fits = [&](const MatrixXd& matrix) {
-        return matrix.rows() == input.rows() && matrix.cols() == input.cols();
-    };
-    return fits(filtered) && numSections > 0 && states.size() == 2 * static_cast<std::size_t>(numSections) &&
-           fits(states.front());
+    return filtered.rows() == input.rows() && filtered.cols() == input.cols() &&
+           statesShape.rows == input.rows() && statesShape.cols == input.cols() &&
+           statesShape.sections == numSections && numSections > 0;
 }
 
 void ButterworthComputer_v2::initialise(const MatrixXd& input) {
@@ -68,9 +87,14 @@ void ButterworthComputer_v2::initialise(const MatrixXd& input) {
     computeCoefficients();
     samplesSinceInit = 0;
     samplesSinceInitLimit = numSections;
-    states.resize(2 * static_cast<std::size_t>(numSections));
-    for (MatrixXd& state : states)
-        copySample(state, input);
+    const Eigen::Index octets = (input.size() + kOctetLanes - 1) / kOctetLanes;
+    states.resize(static_cast<std::size_t>(2 * numSections * octets));
+    for (Eigen::Index i = 0; i < input.size(); ++i)
+        for (int row = 0; row < 2 * numSections; ++row)
+            states[static_cast<std::size_t>(row * octets + i / kOctetLanes)].lanes[i % kOctetLanes] =
+                input.data()[i];
+    statesShape = {input.rows(), input.cols(), numSections, octets};
+    stepMoving = cascadeKernels(input.size()).moving;
     copySample(filtered, input);
     needsInit = false;
 }
@@ -99,47 +123,4 @@ const MatrixXd* ButterworthComputer_v2::findCached() {
     if (found == coefficientCache.end()) return nullptr;
     slot = {cutOff, &found->second}; // a map's entries stay where they are
     return slot.entry;
-}
-
-/// Each section is fed the input itself, and only the last one is heard.
-void ButterworthComputer_v2::runSections(const double* in) {
-    for (int k = 0; k + 1 < numSections; ++k)
-        runSection<Heard::Not>(k, in);
-    if (highPass)
-        runSection<Heard::Complement>(numSections - 1, in);
-    else
-        runSection<Heard::Result>(numSections - 1, in);
-}
-
-template <ButterworthComputer_v2::Heard heard>
-void ButterworthComputer_v2::runSection(int section, const double* in) {
-    const double a1 = coefficients(kA1, section);
-    const double gain = coefficients(kGain, section);
-    double* const x1 = states[2 * static_cast<std::size_t>(section)].data();
-    double* const y1 = states[2 * static_cast<std::size_t>(section) + 1].data();
-    double* const out = filtered.data();
-    const Eigen::Index count = filtered.size();
-    // Order matters: the feedback, then the gain times the sum of both inputs. The input may be the output itself.
-    const auto stepPair = [=](Eigen::Index i) {
-        const Pair u = loadPair(in + i);
-        const Pair y = a1 * loadPair(y1 + i) + gain * (loadPair(x1 + i) + u);
-        storePair(x1 + i, u);
-        storePair(y1 + i, y);
-        if constexpr (heard != Heard::Not) storePair(out + i, heard == Heard::Complement ? u - y : y);
-    };
-    Eigen::Index i = 0;
-    for (; i + 4 <= count; i += 4) {
-        stepPair(i);
-        stepPair(i + 2);
-    }
-    if (i + 2 <= count) {
-        stepPair(i);
-        i += 2;
-    }
-    if (i == count) return;
-    const double u = in[i];
-    const double y = a1 * y1[i] + gain * (x1[i] + u);
-    x1[i] = u;
-    y1[i] = y;
-    if constexpr (heard != Heard::Not) out[i] = heard == Heard::Complement ? u - y : y;
 }

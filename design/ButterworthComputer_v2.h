@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "design/CascadeKernels.h"
 #include "framework/transport/MatrixXd.h"
 
 #include <array>
@@ -60,19 +61,29 @@ public:
     const MatrixXd& output() const { return filtered; }
 
 private:
+    struct Shape {
+        Eigen::Index rows = 0;
+        Eigen::Index cols = 0;
+        int sections = 0;
+        Eigen::Index octets = 0;
+    };
+
+    void bypass(const MatrixXd& input);
+    void start(const MatrixXd& input);
+    void run(const MatrixXd& input);
     bool isRunning(const MatrixXd& input) const;
     void initialise(const MatrixXd& input);
     void computeCoefficients();
     const MatrixXd* findCached();
-    enum class Heard { Not, Result, Complement };
-    void runSections(const double* in);
-    template <Heard heard>
-    void runSection(int section, const double* in);
+    void runSection(int section, Design::Heard heard, const double* in);
 
     int order = 1; ///< 0 means bypass.
     double cutOff = 0.05;
     MatrixXd filtered;
-    std::vector<MatrixXd> states; ///< Of each section x1, then y1, in the input's shape: both stream.
+    /// By section x1 of all elements and behind it y1, both streaming: element e's values of section k are lane e % 8 of
+    /// states[2 k octets + e / 8], where octets is the number of elements over 8, rounded up, and of the one `octets` on.
+    std::vector<Design::Octet> states;
+    Shape statesShape;                           ///< What they were started for.
     std::map<double, MatrixXd> coefficientCache; ///< By exact cut-off; emptied by a start without `memorize`.
     MatrixXd coefficients;                       ///< By section, with the rows of `Design::SectionRow`.
     bool needsInit = true;
@@ -81,6 +92,7 @@ private:
     bool highPass = false;
     int samplesSinceInit = 0; ///< Stops at the limit. Nothing reads the two; they are part of the state.
     int samplesSinceInitLimit = 0;
+    const Design::StepMoving* stepMoving = nullptr; ///< By `Heard`; set by a start.
 
     struct Recent {
         double cutOff = 0.0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What it costs that every matrix element keeps a small state matrix of its own: a step of the computer beside the best
-// loop we know over the same sections, its state packed as the machine likes it.
+// A step of the computer beside the best loop we know over the same sections in plain code, its state packed as the
+// machine likes it. The goals are those of a processor with AVX2; VELMARIND_KERNELS=plain shows the plain kernels.
 #include "benchmarks/support/Pair.h"
 #include "design/ButterworthComputer.h"
 #include "design/ButterworthSections.h"
@@ -14,7 +14,10 @@ using namespace Design;
 namespace {
 
 constexpr double kCutOff = 0.1;
-constexpr double kGoal = 2.0;
+/// Small samples don't fill a register, and a call costs as much as a section there.
+constexpr double kGoalOfSmall = 1.15;
+constexpr double kGoalOfNine = 0.95;
+constexpr double kGoalOfLarge = 0.55;
 
 /// A sample that changes from element to element, with room behind for lanes that overhang.
 MatrixXd wave(Eigen::Index elements) {
@@ -101,20 +104,20 @@ void ours(benchmark::State& run, Eigen::Index elements) {
 
 /// `lanes` is what served the bare loop best at this size.
 template <int lanes, int order>
-void enter(Eigen::Index elements) {
+void enter(Eigen::Index elements, double goal) {
     Bench::enter({.name = "order " + std::to_string(order) + ", " + std::to_string(elements) + " elements",
                   .bare = [=](benchmark::State& run) { bare<lanes, order>(run, elements); },
                   .ours = [=](benchmark::State& run) { ours<lanes, order>(run, elements); },
-                  .goal = kGoal});
+                  .goal = goal});
 }
 
 template <int order>
 void enterOrder() {
-    enter<1, order>(1);
-    enter<4, order>(3);
-    enter<10, order>(9);
-    enter<8, order>(64);
-    enter<8, order>(1024);
+    enter<1, order>(1, kGoalOfSmall);
+    enter<4, order>(3, kGoalOfSmall);
+    enter<10, order>(9, kGoalOfNine);
+    enter<8, order>(64, kGoalOfLarge);
+    enter<8, order>(1024, kGoalOfLarge);
 }
 
 const Bench::Suite suite([] {

@@ -121,11 +121,11 @@ const Bench::Suite suite([] {
         Bench::enter({.name = "first order, " + std::to_string(elements) + " elements",
                       .bare = [=](benchmark::State& run) { bareStep(run, elements); },
                       .ours = [=](benchmark::State& run) { step(run, elements); },
-                      .goal = elements < 64 ? 0.0 : 1.5});
+                      .goal = elements < 64 ? 0.0 : 1.0});
     Bench::enter({.name = "cached moving cut-off over steady, 64 elements",
                   .bare = [](benchmark::State& run) { step(run, 64); },
                   .ours = [](benchmark::State& run) { movingStep(run, 64); },
-                  .goal = 1.3});
+                  .goal = 1.5}); // a steady step that is faster leaves the move a larger share
 });
 
 } // namespace

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "benchmarks/support/Pair.h"
 
+#include "tests/support/KernelChoice.h"
+
 #include <algorithm>
 #include <iomanip>
 #include <iostream>
@@ -131,6 +133,7 @@ void note(std::string name, Body ours) {
 namespace {
 
 int run(int argc, char** argv) {
+    Support::pickKernels();
     bool quick = false;
     bool enforce = false;
     bool ownReport = false;

@@ -21,8 +21,9 @@ const std::vector<Room> kRooms = {
     {.folder = "framework/transport/", .may = {"framework/core/"}},
     {.folder = "framework/properties/", .may = {"framework/core/", kMatrix}},
     {.folder = "framework/", .may = {}}, // the umbrella header
-    {.folder = "design/", .may = {kMatrix}},
-    {.folder = "spectral/", .may = {}},
+    {.folder = "processor/", .may = {}},
+    {.folder = "design/", .may = {kMatrix, "processor/"}},
+    {.folder = "spectral/", .may = {"processor/"}},
     {.folder = "estimation/", .may = {kMatrix, "design/"}},
     {.folder = "blocks/", .may = {"framework/", "design/", "spectral/", "estimation/"}},
     {.folder = "plugin/", .may = {"framework/", "blocks/"}},
