@@ -2,6 +2,7 @@
 #include "cli/GraphArguments.h"
 
 #include "host/graph/NearestName.h"
+#include "host/graph/Printable.h"
 
 #include <CLI/CLI.hpp>
 
@@ -17,8 +18,10 @@ using Quillmere::Host::BlockCatalogue;
 using Quillmere::Host::BlockPtr;
 using Quillmere::Host::Complaints;
 using Quillmere::Host::GraphChanges;
+using Quillmere::Host::kLongestName;
 using Quillmere::Host::listOfNames;
 using Quillmere::Host::nearestName;
+using Quillmere::Host::printable;
 using Quillmere::Host::Warning;
 
 constexpr const char* kPluginFile = "libVelmarind.so";
@@ -33,7 +36,7 @@ std::vector<GraphChanges::File> filesOf(const std::vector<std::string>& texts, c
     std::vector<GraphChanges::File> files;
     for (const std::string& text : texts) {
         const auto [block, path] = splitSetting(text, option, "block=FILE");
-        files.push_back({block, path, option + " " + text});
+        files.push_back({block, path, option + " " + printable(text, kLongestName)});
     }
     return files;
 }
@@ -49,7 +52,7 @@ std::pair<std::string, std::string> splitSetting(const std::string& text, const 
                                                  const std::string& form) {
     const std::size_t sign = text.find('=');
     if (sign == std::string::npos || sign == 0)
-        throw UsageError{option + ": found '" + text + "'; expected " + form};
+        throw UsageError{option + ": found '" + printable(text, kLongestName) + "'; expected " + form};
     return {text.substr(0, sign), text.substr(sign + 1)};
 }
 
@@ -74,20 +77,23 @@ void settle(const Complaints& complaints, bool isStrict) {
     complaints.raise(isStrict);
     for (const Warning& warning : complaints.getSortedWarnings())
         std::cerr << warning.getText() << "\n";
+    if (complaints.getMoreWarnings() > 0) std::cerr << "and " << complaints.getMoreWarnings() << " more\n";
 }
 
 GraphChanges changesOf(const GraphArguments& arguments) {
     GraphChanges changes;
     for (const std::string& text : arguments.parameters) {
         const auto [name, value] = splitSetting(text, "--param", "NAME=VALUE");
-        changes.parameters.push_back({name, value, "--param " + text});
+        changes.parameters.push_back({name, value, "--param " + printable(text, kLongestName)});
     }
     for (const std::string& text : arguments.settings) {
         const auto [target, value] = splitSetting(text, "--set", "BLOCK.PROPERTY=VALUE");
         const std::size_t dot = target.find('.'); // ids have none, names of properties may
         if (dot == std::string::npos)
-            throw UsageError{"--set: found '" + text + "'; expected BLOCK.PROPERTY=VALUE"};
-        changes.settings.push_back({target.substr(0, dot), target.substr(dot + 1), value, "--set " + text});
+            throw UsageError{"--set: found '" + printable(text, kLongestName) +
+                             "'; expected BLOCK.PROPERTY=VALUE"};
+        changes.settings.push_back(
+            {target.substr(0, dot), target.substr(dot + 1), value, "--set " + printable(text, kLongestName)});
     }
     changes.inputs = filesOf(arguments.inputs, "--input");
     changes.outputs = filesOf(arguments.outputs, "--output");

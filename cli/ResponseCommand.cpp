@@ -5,6 +5,7 @@
 #include "host/graph/Graph.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/PropertyWriter.h"
+#include "host/graph/ValueReader.h"
 #include "host/recording/ResultFile.h"
 #include "host/response/ResponseReport.h"
 

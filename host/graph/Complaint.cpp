@@ -21,10 +21,12 @@ void appendLines(std::string& text, const Things& things) {
     }
 }
 
-std::string joined(const std::vector<Complaint>& complaints, const std::vector<Warning>& warnings) {
+std::string joined(const std::vector<Complaint>& complaints, const std::vector<Warning>& warnings,
+                   std::size_t more) {
     std::string text;
     appendLines(text, complaints);
     appendLines(text, warnings);
+    if (more > 0) text += "\nand " + std::to_string(more) + " more";
     return text;
 }
 
@@ -57,16 +59,26 @@ std::string Warning::getText() const {
 }
 
 void Complaints::add(const Place& where, std::string found, std::string expected, std::string suggestion) {
-    list.push_back({where, std::move(found), std::move(expected), std::move(suggestion)});
+    if (getIsFull())
+        ++more;
+    else
+        list.push_back({where, std::move(found), std::move(expected), std::move(suggestion)});
 }
 
 void Complaints::add(const Complaints& others) {
-    list.insert(list.end(), others.list.begin(), others.list.end());
-    warnings.insert(warnings.end(), others.warnings.begin(), others.warnings.end());
+    for (const Complaint& other : others.list)
+        add(other.where, other.found, other.expected, other.suggestion);
+    for (const Warning& other : others.warnings)
+        warn(other.where, other.text);
+    more += others.more;
+    moreWarnings += others.moreWarnings;
 }
 
 void Complaints::warn(const Place& where, std::string text) {
-    warnings.push_back({where, std::move(text)});
+    if (warnings.size() >= kMostKept)
+        ++moreWarnings;
+    else
+        warnings.push_back({where, std::move(text)});
 }
 
 std::vector<Complaint> Complaints::getSorted() const {
@@ -79,10 +91,12 @@ std::vector<Warning> Complaints::getSortedWarnings() const {
 
 void Complaints::raise(bool isStrict) const {
     const bool isRaised = !list.empty() || (isStrict && !warnings.empty());
-    if (isRaised) throw GraphException(getSorted(), isStrict ? getSortedWarnings() : std::vector<Warning>{});
+    if (isRaised && isStrict) throw GraphException(getSorted(), getSortedWarnings(), more + moreWarnings);
+    if (isRaised) throw GraphException(getSorted(), {}, more);
 }
 
-GraphException::GraphException(std::vector<Complaint> list, const std::vector<Warning>& warnings)
-    : std::runtime_error(joined(list, warnings)), complaints(std::move(list)) {}
+GraphException::GraphException(std::vector<Complaint> list, const std::vector<Warning>& warnings,
+                               std::size_t more)
+    : std::runtime_error(joined(list, warnings, more)), complaints(std::move(list)) {}
 
 } // namespace Quillmere::Host

@@ -3,6 +3,7 @@
 
 #include "framework/core/Api.h"
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -42,6 +43,8 @@ class QUILLMERE_API Complaints {
 public:
     void add(const Place& where, std::string found, std::string expected, std::string suggestion = {});
     void add(const Complaints& others);
+    /// Whether enough is wrong: what is added is counted, but nobody will read it, so it needs no texts.
+    bool getIsFull() const { return list.size() >= kMostKept; }
     void warn(const Place& where, std::string text);
 
     /// Whether nothing is wrong; warnings don't count.
@@ -49,20 +52,29 @@ public:
     /// By line and column; what stands at one place keeps its order.
     std::vector<Complaint> getSorted() const;
     std::vector<Warning> getSortedWarnings() const;
+    /// Warnings beyond those that are kept.
+    std::size_t getMoreWarnings() const { return moreWarnings; }
 
     /// Raises a `GraphException` if anything is wrong; when strict, also if anything is doubtful.
     void raise(bool isStrict = false) const;
 
 private:
+    /// Of complaints and of warnings, the first that are found. Whoever has so many mends those and looks again.
+    static constexpr std::size_t kMostKept = 50;
+
     std::vector<Complaint> list;
     std::vector<Warning> warnings;
+    std::size_t more = 0; ///< Complaints beyond those that are kept.
+    std::size_t moreWarnings = 0;
 };
 
 /// A graph that can't be built or run. The text is the complaints, a line each, and behind them the warnings that count
 /// as complaints.
 class QUILLMERE_API GraphException : public std::runtime_error {
 public:
-    explicit GraphException(std::vector<Complaint> complaints, const std::vector<Warning>& warnings = {});
+    /// `more` is how many there are beyond `complaints` and `warnings`.
+    explicit GraphException(std::vector<Complaint> complaints, const std::vector<Warning>& warnings = {},
+                            std::size_t more = 0);
     const std::vector<Complaint>& getComplaints() const { return complaints; }
 
 private:

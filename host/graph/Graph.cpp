@@ -58,6 +58,12 @@ void Graph::openSinks() {
     }
 }
 
+Graph::Node* Graph::find(const std::string& id) {
+    const GraphDescription::Block* const block = description.findBlock(id);
+    return block == nullptr ? nullptr
+                            : &nodes[static_cast<std::size_t>(block - description.getBlocks().data())];
+}
+
 void Graph::cutLoose(Core::Filter& block) {
     for (Core::AbstractInputPin* const pin : block.getInputPins())
         pin->detachAll();

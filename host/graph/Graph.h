@@ -65,9 +65,12 @@ private:
     friend class GraphBuilder;
     friend class TimelineBuilder;
 
+    /// The block of that id as it is built; null for one that the description doesn't have. [setup]
+    Node* find(const std::string& id);
+
     const GraphDescription& description;
     Core::LayoutManager layout;
-    std::vector<Node> nodes;
+    std::vector<Node> nodes; ///< As the description has them.
     std::vector<const Node*> runOrder;
     std::vector<Source*> sources;
     std::vector<Sink*> sinks;

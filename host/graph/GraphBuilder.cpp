@@ -3,6 +3,7 @@
 
 #include "framework/Quillmere.h"
 #include "host/graph/NearestName.h"
+#include "host/graph/Printable.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/RunOrder.h"
 #include "host/graph/TimelineBuilder.h"
@@ -25,16 +26,7 @@ std::vector<std::string> namesOf(const Things& things) {
     return names;
 }
 
-template <class Pins>
-auto findPin(const Pins& pins, const std::string& name) -> typename Pins::value_type {
-    const auto found =
-        std::find_if(pins.begin(), pins.end(), [&](const auto* pin) { return pin->getName() == name; });
-    return found == pins.end() ? nullptr : *found;
-}
-
-std::string oneOf(const std::vector<std::string>& names) {
-    return names.empty() ? "a block that has some" : "one of " + listOfNames(names);
-}
+constexpr const char* kOneThatHasSome = "a block that has some";
 
 std::string quoted(const GraphDescription::Block& block) {
     return "'" + block.id + "' (" + block.type + ")";
@@ -78,11 +70,14 @@ void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {
         if (node.source != nullptr) graph.sources.push_back(node.source);
         if (node.sink != nullptr) graph.sinks.push_back(node.sink);
         if (node.block != nullptr || block.type.empty()) continue;
-        std::vector<std::string> known = catalogue.getTypeNames();
-        known.insert(known.end(), BlockCatalogue::getHostTypeNames().begin(),
-                     BlockCatalogue::getHostTypeNames().end());
-        complaints.add(block.typeWhere, "the block type '" + block.type + "'", "one of " + listOfNames(known),
-                       nearestName(block.type, known));
+        const auto known = [&] {
+            std::vector<std::string> names = catalogue.getTypeNames();
+            names.insert(names.end(), BlockCatalogue::getHostTypeNames().begin(),
+                         BlockCatalogue::getHostTypeNames().end());
+            return names;
+        };
+        refuseName(complaints, block.typeWhere, block.type,
+                   "the block type '" + printable(block.type, kLongestName) + "'", "one of ", known);
     }
 }
 
@@ -117,17 +112,18 @@ void GraphBuilder::writeProperties(Node& node, Complaints& own) {
             if (!setting.value.isMissing()) writes.push_back({property, &setting.value});
         } else if (setting.origin != Setting::Origin::CallersInput &&
                    setting.origin != Setting::Origin::CallersOutput) {
-            const std::vector<std::string> names = namesOf(bag);
-            own.add(setting.where, "the property '" + setting.name + "' of " + quoted(*node.description),
-                    "one of " + listOfNames(names), nearestName(setting.name, names));
+            refuseName(own, setting.where, setting.name,
+                       "the property '" + printable(setting.name, kLongestName) + "' of " +
+                           quoted(*node.description),
+                       "one of ", [&] { return namesOf(bag); });
         }
     }
     Quillmere::Host::writeProperties(std::move(writes), own);
 }
 
 void GraphBuilder::connect(const Connection& connection) {
-    Node* const from = find(connection.from.block);
-    Node* const to = find(connection.to.block);
+    Node* const from = graph.find(connection.from.block);
+    Node* const to = graph.find(connection.to.block);
     AbstractOutputPin* const output = from == nullptr ? nullptr : findOutput(connection.from, *from);
     AbstractInputPin* const input = to == nullptr ? nullptr : findInput(connection.to, *to);
     if (output == nullptr || input == nullptr) {
@@ -150,15 +146,9 @@ AbstractOutputPin* GraphBuilder::findOutput(const GraphDescription::Endpoint& en
     if (node.block == nullptr) return nullptr;
     const auto& pins = node.block->getOutputPins();
     if (!end.hasPin && pins.size() == 1) return pins.front();
-    AbstractOutputPin* const pin = end.hasPin ? findPin(pins, end.pin) : nullptr;
+    AbstractOutputPin* const pin = end.hasPin ? outputs.find(*node.block, pins, end.pin) : nullptr;
     if (pin != nullptr || (node.isFaulty && node.source != nullptr)) return pin;
-    const std::vector<std::string> names = namesOf(pins);
-    if (end.hasPin)
-        complaints.add(end.where, "the output '" + end.pin + "' of " + quoted(*node.description),
-                       oneOf(names), nearestName(end.pin, names));
-    else
-        complaints.add(end.where, "no output of " + quoted(*node.description),
-                       "'" + end.block + ".' and one of " + listOfNames(names));
+    refusePin(end, node, "output", pins);
     return nullptr;
 }
 
@@ -167,19 +157,31 @@ AbstractInputPin* GraphBuilder::findInput(const GraphDescription::Endpoint& end,
     if (node.sink != nullptr && !end.pin.empty()) return &node.sink->requirePin(end.pin);
     const auto& pins = node.block->getInputPins();
     if (!end.hasPin && pins.size() == 1 && node.sink == nullptr) return pins.front();
-    AbstractInputPin* const pin = end.hasPin ? findPin(pins, end.pin) : nullptr;
+    AbstractInputPin* const pin = end.hasPin ? inputs.find(*node.block, pins, end.pin) : nullptr;
     if (pin != nullptr) return pin;
-    const std::vector<std::string> names = namesOf(pins);
     if (node.sink != nullptr)
         complaints.add(end.where, "no input of " + quoted(*node.description),
                        "'" + end.block + ".' and a name for the columns");
-    else if (end.hasPin)
-        complaints.add(end.where, "the input '" + end.pin + "' of " + quoted(*node.description), oneOf(names),
-                       nearestName(end.pin, names));
     else
-        complaints.add(end.where, "no input of " + quoted(*node.description),
-                       "'" + end.block + ".' and one of " + listOfNames(names));
+        refusePin(end, node, "input", pins);
     return nullptr;
+}
+
+/// Of an end that names a pin that isn't there, or none although there isn't just one.
+template <class Pins>
+void GraphBuilder::refusePin(const GraphDescription::Endpoint& end, const Node& node, const std::string& kind,
+                             const Pins& pins) {
+    const auto names = [&] { return namesOf(pins); };
+    if (end.hasPin)
+        refuseName(complaints, end.where, end.pin,
+                   "the " + kind + " '" + printable(end.pin, kLongestName) + "' of " +
+                       quoted(*node.description),
+                   "one of ", names, kOneThatHasSome);
+    else if (!complaints.getIsFull())
+        complaints.add(end.where, "no " + kind + " of " + quoted(*node.description),
+                       "'" + end.block + ".' and one of " + listOfNames(names()));
+    else
+        complaints.add(end.where, {}, {});
 }
 
 void GraphBuilder::checkMainInputs() {
@@ -230,19 +232,16 @@ void GraphBuilder::checkFiles() {
 /// Puts the blocks into the layout, in the order in which they run.
 void GraphBuilder::arrange() {
     std::vector<Core::Filter*> blocks;
-    for (const Node& node : graph.nodes)
-        if (node.block != nullptr) blocks.push_back(node.block.get());
+    std::unordered_map<const Core::Filter*, const Node*> nodes;
+    for (const Node& node : graph.nodes) {
+        if (node.block == nullptr) continue;
+        blocks.push_back(node.block.get());
+        nodes.emplace(node.block.get(), &node);
+    }
     for (Core::Filter* const block : runOrder(blocks)) {
-        const auto isOfBlock = [&](const Node& node) { return node.block.get() == block; };
-        graph.runOrder.push_back(&*std::find_if(graph.nodes.begin(), graph.nodes.end(), isOfBlock));
+        graph.runOrder.push_back(nodes.at(block));
         graph.layout.add(*block);
     }
-}
-
-Graph::Node* GraphBuilder::find(const std::string& id) {
-    const auto found = std::find_if(graph.nodes.begin(), graph.nodes.end(),
-                                    [&](const Node& node) { return node.description->id == id; });
-    return found == graph.nodes.end() ? nullptr : &*found;
 }
 
 } // namespace Quillmere::Host

@@ -4,10 +4,12 @@
 #include "host/graph/Complaint.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphDescription.h"
+#include "host/graph/PinIndex.h"
 
 #include <map>
 #include <set>
 #include <string>
+#include <unordered_map>
 
 namespace Quillmere::Host {
 
@@ -30,15 +32,19 @@ private:
     void connect(const Connection& connection);
     Core::AbstractOutputPin* findOutput(const GraphDescription::Endpoint& end, const Node& node);
     Core::AbstractInputPin* findInput(const GraphDescription::Endpoint& end, const Node& node);
+    template <class Pins>
+    void refusePin(const GraphDescription::Endpoint& end, const Node& node, const std::string& kind,
+                   const Pins& pins);
     void checkMainInputs();
     void checkFiles();
     void arrange();
-    Node* find(const std::string& id);
 
     Graph& graph;
     const GraphDescription& description;
     Complaints& complaints;
     std::map<const Core::AbstractInputPin*, Place> connected; ///< For each input where its connection stands.
+    PinIndex<Core::AbstractOutputPin> outputs;
+    PinIndex<Core::AbstractInputPin> inputs;
     std::set<std::string> faultyReceivers; ///< Blocks to which a connection leads that couldn't be made.
 };
 

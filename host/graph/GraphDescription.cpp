@@ -26,15 +26,23 @@ bool GraphDescription::getIsId(std::string_view text) {
 }
 
 const GraphDescription::Block* GraphDescription::findBlock(const std::string& id) const {
-    const auto found =
-        std::find_if(blocks.begin(), blocks.end(), [&](const Block& block) { return block.id == id; });
-    return found == blocks.end() ? nullptr : &*found;
+    const auto found = blockIndex.find(id);
+    return found == blockIndex.end() ? nullptr : &blocks[found->second];
 }
 
 const GraphDescription::Layout* GraphDescription::findLayout(const std::string& id) const {
-    const auto found =
-        std::find_if(layouts.begin(), layouts.end(), [&](const Layout& layout) { return layout.id == id; });
-    return found == layouts.end() ? nullptr : &*found;
+    const auto found = layoutIndex.find(id);
+    return found == layoutIndex.end() ? nullptr : &layouts[found->second];
+}
+
+void GraphDescription::add(Block block) {
+    blockIndex.emplace(block.id, blocks.size());
+    blocks.push_back(std::move(block));
+}
+
+void GraphDescription::add(Layout layout) {
+    layoutIndex.emplace(layout.id, layouts.size());
+    layouts.push_back(std::move(layout));
 }
 
 } // namespace Quillmere::Host

@@ -5,10 +5,12 @@
 #include "host/graph/Complaint.h"
 #include "host/graph/Value.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -125,6 +127,11 @@ public:
 
 private:
     friend class GraphReader;
+    using Index = std::unordered_map<std::string, std::size_t>; ///< For an id the place in a list.
+
+    /// Requires: the id isn't there yet.
+    void add(Block block);
+    void add(Layout layout);
 
     std::string path;
     std::string name;
@@ -132,6 +139,8 @@ private:
     std::vector<Block> blocks;
     std::vector<Connection> connections;
     std::vector<TimelineEntry> timeline;
+    Index layoutIndex;
+    Index blockIndex;
     bool isUsable = false;
 };
 

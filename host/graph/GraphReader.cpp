@@ -2,7 +2,9 @@
 #include "host/graph/GraphReader.h"
 
 #include "host/graph/NearestName.h"
+#include "host/graph/Printable.h"
 #include "host/graph/TimelineReader.h"
+#include "host/graph/ValueReader.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -37,6 +39,18 @@ std::string asId(std::string text) {
     for (char& c : text)
         if (!GraphDescription::getIsId({&c, 1})) c = '_';
     return text;
+}
+
+std::string inQuotes(const std::string& name) {
+    return "'" + printable(name, kLongestName) + "'";
+}
+
+template <class Things>
+std::vector<std::string> idsOf(const Things& things) {
+    std::vector<std::string> ids;
+    for (const auto& thing : things)
+        ids.push_back(thing.id);
+    return ids;
 }
 
 std::vector<std::string> keysOf(const std::map<std::string, Value>& map) {
@@ -96,7 +110,7 @@ void GraphReader::readParameters(const Value& top, const GraphChanges& changes) 
         requireKind(list->value, Value::Kind::Map, "parameters as 'name: value'")) {
         for (const Value::Entry& entry : list->value.entries) {
             if (!GraphDescription::getIsId(entry.key))
-                complaints.add(entry.where, "the parameter name '" + entry.key + "'",
+                complaints.add(entry.where, "the parameter name " + inQuotes(entry.key),
                                GraphDescription::kIdLetters, asId(entry.key));
             if (entry.value.isScalar() && entry.value.text.find("${") != std::string::npos)
                 complaints.add(entry.value.where, entry.value.describe(), "a value, not another parameter");
@@ -106,9 +120,7 @@ void GraphReader::readParameters(const Value& top, const GraphChanges& changes) 
     for (const GraphChanges::Parameter& change : changes.parameters) {
         const auto known = parameters.find(change.name);
         if (known == parameters.end()) {
-            complaints.add({change.option, 0, 0}, "the parameter '" + change.name + "'",
-                           "one of the graph's parameters: " + listOfNames(keysOf(parameters)),
-                           nearestName(change.name, keysOf(parameters)));
+            refuseParameter({change.option, 0, 0}, change.name);
             continue;
         }
         if (const auto value = readValueText(change.value, change.option, false, complaints))
@@ -130,10 +142,10 @@ void GraphReader::readLayouts(const Value& top) {
                                "an id of its own for each layout (the first is in line " +
                                    std::to_string(first->where.line) + ")");
             else
-                graph.layouts.push_back(std::move(layout));
+                graph.add(std::move(layout));
         }
     }
-    if (graph.layouts.empty()) graph.layouts.push_back({kOnlyLayout, top.where});
+    if (graph.layouts.empty()) graph.add(GraphDescription::Layout{kOnlyLayout, top.where});
 }
 
 void GraphReader::readBlocks(const Value& top) {
@@ -162,7 +174,7 @@ void GraphReader::readBlock(const Value& value) {
     }
     readLayoutOf(value, block);
     if (const Value::Entry* settings = value.find("properties")) readSettings(settings->value, block);
-    if (!block.id.empty()) graph.blocks.push_back(std::move(block));
+    if (!block.id.empty()) graph.add(std::move(block));
 }
 
 /// The id of a block or a layout, with its place; empty, with a complaint, when there is none that will do.
@@ -176,7 +188,7 @@ std::string GraphReader::readId(const Value& value, const std::string& what, Pla
     if (id.empty()) return {};
     where = entry->value.where;
     if (!GraphDescription::getIsId(id)) {
-        complaints.add(where, "the id '" + id + "'", GraphDescription::kIdLetters, asId(id));
+        complaints.add(where, "the id " + inQuotes(id), GraphDescription::kIdLetters, asId(id));
         return {};
     }
     if (isYamlWord(id)) {
@@ -202,11 +214,8 @@ void GraphReader::readLayoutOf(const Value& value, Block& block) {
     const Value::Entry* entry = value.find("layout");
     block.layout = entry == nullptr ? graph.layouts.front().id : readText(entry->value, "the id of a layout");
     if (block.layout.empty() || graph.findLayout(block.layout) != nullptr) return;
-    std::vector<std::string> ids;
-    for (const GraphDescription::Layout& layout : graph.layouts)
-        ids.push_back(layout.id);
-    complaints.add(entry->value.where, "the layout '" + block.layout + "'",
-                   "one of the graph's layouts: " + listOfNames(ids), nearestName(block.layout, ids));
+    refuseName(complaints, entry->value.where, block.layout, "the layout " + inQuotes(block.layout),
+               "one of the graph's layouts: ", [&] { return idsOf(graph.layouts); });
 }
 
 void GraphReader::readSettings(const Value& value, Block& block) {
@@ -260,11 +269,7 @@ GraphDescription::Endpoint GraphReader::readEndpoint(const Value& connection, st
     end.hasPin = dot != std::string::npos;
     if (end.hasPin) end.pin = text.substr(dot + 1);
     if (!text.empty() && graph.findBlock(end.block) == nullptr) {
-        std::vector<std::string> ids;
-        for (const Block& block : graph.blocks)
-            ids.push_back(block.id);
-        complaints.add(end.where, "the block '" + end.block + "'", "the id of a block: " + listOfNames(ids),
-                       nearestName(end.block, ids));
+        refuseBlock(end.where, end.block);
         end.block.clear();
     }
     return end;
@@ -315,14 +320,20 @@ void GraphReader::applyFiles(const std::vector<GraphChanges::File>& files, Setti
 }
 
 GraphDescription::Block* GraphReader::requireBlock(const std::string& id, const std::string& option) {
-    std::vector<std::string> ids;
-    for (Block& block : graph.blocks) {
-        if (block.id == id) return &block;
-        ids.push_back(block.id);
-    }
-    complaints.add({option, 0, 0}, "the block '" + id + "'", "the id of a block: " + listOfNames(ids),
-                   nearestName(id, ids));
+    const auto found = graph.blockIndex.find(id);
+    if (found != graph.blockIndex.end()) return &graph.blocks[found->second];
+    refuseBlock({option, 0, 0}, id);
     return nullptr;
+}
+
+void GraphReader::refuseBlock(const Place& where, const std::string& id) {
+    refuseName(complaints, where, id, "the block " + inQuotes(id),
+               "the id of a block: ", [&] { return idsOf(graph.blocks); });
+}
+
+void GraphReader::refuseParameter(const Place& where, const std::string& wanted) {
+    refuseName(complaints, where, wanted, "the parameter " + inQuotes(wanted),
+               "one of the graph's parameters: ", [&] { return keysOf(parameters); });
 }
 
 /// Replaces a setting where it stands, so that the order of writing stays the file's, or adds it at the end.
@@ -344,23 +355,29 @@ bool GraphReader::requireKind(const Value& value, Value::Kind kind, const std::s
 void GraphReader::requireKnownKeys(const Value& map, const std::vector<std::string>& known) {
     for (const Value::Entry& entry : map.entries)
         if (std::find(known.begin(), known.end(), entry.key) == known.end())
-            complaints.add(entry.where, "the key '" + entry.key + "'", "one of " + listOfNames(known),
-                           nearestName(entry.key, known));
+            refuseName(complaints, entry.where, entry.key, "the key " + inQuotes(entry.key), "one of ",
+                       [&] { return known; });
 }
 
 /// A copy with every `${name}` replaced by its parameter. The place stays where the value is used.
 Value GraphReader::withParameters(const Value& value) {
-    if (value.isScalar()) return parameterFor(value);
     Value copy = value;
-    for (Value& item : copy.items)
-        item = withParameters(item);
-    for (Value::Entry& entry : copy.entries)
-        entry.value = withParameters(entry.value);
+    fillIn(copy);
     return copy;
 }
 
+void GraphReader::fillIn(Value& value) {
+    if (value.isScalar()) {
+        if (value.text.find("${") != std::string::npos) value = parameterFor(value);
+        return;
+    }
+    for (Value& item : value.items)
+        fillIn(item);
+    for (Value::Entry& entry : value.entries)
+        fillIn(entry.value);
+}
+
 Value GraphReader::parameterFor(const Value& value) {
-    if (value.text.find("${") == std::string::npos) return value;
     const std::string name = parameterName(value.text);
     Value nothing;
     nothing.where = value.where;
@@ -371,16 +388,22 @@ Value GraphReader::parameterFor(const Value& value) {
     }
     const auto found = parameters.find(name);
     if (found == parameters.end()) {
-        complaints.add(value.where, "the parameter '" + name + "'",
-                       "one of the graph's parameters: " + listOfNames(keysOf(parameters)),
-                       nearestName(name, keysOf(parameters)));
+        refuseParameter(value.where, name);
         return nothing;
     }
+    // A large parameter in a thousand places would fill the memory.
+    if (!holdsTooMuch) filledIn += found->second.count();
+    if (!holdsTooMuch && filledIn > kMostValues) {
+        holdsTooMuch = true;
+        complaints.add(value.where, "parameters that unfold to more than a million values",
+                       "a smaller graph");
+    }
+    if (holdsTooMuch) return nothing;
     Value copy = found->second;
     copy.where = value.where;
     copy.parameter = name;
     if (copy.kind == Value::Kind::Null)
-        complaints.add(value.where, "the parameter '" + name + "' without a value",
+        complaints.add(value.where, "the parameter " + inQuotes(name) + " without a value",
                        "one from the graph or the caller");
     return copy;
 }

@@ -5,6 +5,7 @@
 #include "host/graph/GraphDescription.h"
 #include "host/graph/Value.h"
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <string_view>
@@ -48,13 +49,18 @@ private:
 
     bool requireKind(const Value& value, Value::Kind kind, const std::string& expected);
     void requireKnownKeys(const Value& map, const std::vector<std::string>& known);
+    void refuseBlock(const Place& where, const std::string& id);
+    void refuseParameter(const Place& where, const std::string& wanted);
     Value withParameters(const Value& value);
+    void fillIn(Value& value);
     Value parameterFor(const Value& value);
     std::string readText(const Value& value, const std::string& expected);
 
     Complaints& complaints;
     GraphDescription graph;
     std::map<std::string, Value> parameters;
+    std::size_t filledIn = 0;  ///< Values that parameters have brought.
+    bool holdsTooMuch = false; ///< They were more than may be, which is a complaint already.
 };
 
 } // namespace Quillmere::Host

@@ -11,6 +11,9 @@ namespace Quillmere::Host {
 
 namespace {
 
+/// Nobody types a longer name, and comparing two takes as long as the product of their lengths.
+constexpr std::size_t kLongestMeant = 100;
+
 /// What is left of a name when nobody minds case and separators.
 std::string folded(const std::string& name) {
     std::string text;
@@ -45,7 +48,7 @@ std::size_t distance(const std::string& a, const std::string& b) {
 std::string onlyCompletion(const std::string& wanted, const std::vector<std::string>& known) {
     constexpr std::size_t kShortest = 3;
     const auto completes = [&](const std::string& candidate) {
-        return folded(candidate).starts_with(wanted);
+        return candidate.size() <= kLongestMeant && folded(candidate).starts_with(wanted);
     };
     if (wanted.size() < kShortest || std::count_if(known.begin(), known.end(), completes) != 1) return {};
     return *std::find_if(known.begin(), known.end(), completes);
@@ -54,14 +57,19 @@ std::string onlyCompletion(const std::string& wanted, const std::vector<std::str
 } // namespace
 
 std::string nearestName(const std::string& name, const std::vector<std::string>& known) {
+    if (name.size() > kLongestMeant) return {};
     const std::string wanted = folded(name);
     std::string nearest;
     std::size_t least = name.size() + 1;
     for (const std::string& candidate : known) {
+        if (candidate.size() > kLongestMeant) continue;
         const std::string text = folded(candidate);
+        const auto [shorter, longer] = std::minmax({wanted.size(), text.size()});
+        const std::size_t most = std::max<std::size_t>(1, longer / 3);
+        if (longer - shorter > most) continue; // so many letters are left out at least
         const std::size_t edits = distance(wanted, text);
-        if (edits > std::max<std::size_t>(1, std::max(wanted.size(), text.size()) / 3)) continue;
-        if (edits >= std::max(wanted.size(), text.size())) continue; // nothing in common
+        if (edits > most) continue;
+        if (edits >= longer) continue; // nothing in common
         if (edits < least) {
             least = edits;
             nearest = candidate;

@@ -109,10 +109,15 @@ void writeProperties(std::vector<PropertyWrite> writes, Complaints& complaints) 
     for (bool hasMoved = true; hasMoved && !writes.empty();) {
         hasMoved = false;
         std::erase_if(writes, [&](const PropertyWrite& write) {
+            const std::string before = valueText(describe(*write.property));
             Complaints refusals;
             writeProperty(*write.property, *write.value, refusals);
-            hasMoved = hasMoved || refusals.isEmpty();
-            return refusals.isEmpty();
+            // What the checks refuse leaves the old value. A value that is there all the same was told to the block,
+            // which raised: written again it would be no change, and nobody would hear of it.
+            const bool isStored = !refusals.isEmpty() && valueText(describe(*write.property)) != before;
+            if (isStored) complaints.add(refusals);
+            hasMoved = hasMoved || isStored || refusals.isEmpty();
+            return isStored || refusals.isEmpty();
         });
     }
     for (const PropertyWrite& write : writes)

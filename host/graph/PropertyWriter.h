@@ -25,7 +25,8 @@ struct PropertyWrite {
 };
 
 /// Writes several settings in their order. One that is refused is tried again after the others, since a setting may
-/// make another writable or move its limits; what is refused in the end is a complaint.
+/// make another writable or move its limits; what is refused in the end is a complaint, and so is what the block raises
+/// when it hears of a new value.
 QUILLMERE_API void writeProperties(std::vector<PropertyWrite> writes, Complaints& complaints);
 
 } // namespace Quillmere::Host

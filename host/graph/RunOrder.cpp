@@ -3,29 +3,49 @@
 
 #include "framework/Quillmere.h"
 
-#include <algorithm>
-#include <map>
+#include <cstddef>
 #include <set>
+#include <unordered_map>
 
 namespace Quillmere::Host {
 
+namespace {
+/// The places of those that send to a block, each once.
+std::set<std::size_t> sendersOf(const Core::Filter& block,
+                                const std::unordered_map<const Core::PinManager*, std::size_t>& places) {
+    std::set<std::size_t> senders;
+    for (const Core::AbstractInputPin* const pin : block.getInputPins())
+        if (const Core::AbstractOutputPin* const output = pin->getConnectedOutput())
+            if (const auto found = places.find(output->getManager()); found != places.end())
+                senders.insert(found->second);
+    return senders;
+}
+} // namespace
+
 std::vector<Core::Filter*> runOrder(const std::vector<Core::Filter*>& blocks) {
-    std::map<const Core::PinManager*, std::set<const Core::PinManager*>> senders;
-    for (const Core::Filter* const block : blocks)
-        for (const Core::AbstractInputPin* const pin : block->getInputPins())
-            if (const Core::AbstractOutputPin* const output = pin->getConnectedOutput())
-                if (std::find(blocks.begin(), blocks.end(), output->getManager()) != blocks.end())
-                    senders[block].insert(output->getManager());
+    std::unordered_map<const Core::PinManager*, std::size_t> places;
+    for (std::size_t i = 0; i < blocks.size(); ++i)
+        places.emplace(blocks[i], i);
+    std::vector<std::vector<std::size_t>> receivers(blocks.size());
+    std::vector<std::size_t> senders(blocks.size(), 0); // of each block how many haven't had their turn
+    for (std::size_t i = 0; i < blocks.size(); ++i)
+        for (const std::size_t sender : sendersOf(*blocks[i], places)) {
+            receivers[sender].push_back(i);
+            ++senders[i];
+        }
+    // Of those that wait for nobody the first; when all wait, the first of them.
+    std::set<std::size_t> free;
+    std::set<std::size_t> waiting;
+    for (std::size_t i = 0; i < blocks.size(); ++i)
+        (senders[i] == 0 ? free : waiting).insert(i);
     std::vector<Core::Filter*> order;
-    std::vector<Core::Filter*> waiting = blocks;
-    while (!waiting.empty()) {
-        auto next = std::find_if(waiting.begin(), waiting.end(),
-                                 [&](const Core::Filter* block) { return senders[block].empty(); });
-        if (next == waiting.end()) next = waiting.begin();
-        for (auto& [receiver, remaining] : senders)
-            remaining.erase(*next);
-        order.push_back(*next);
-        waiting.erase(next);
+    while (!free.empty() || !waiting.empty()) {
+        std::set<std::size_t>& from = free.empty() ? waiting : free;
+        const std::size_t next = *from.begin();
+        from.erase(from.begin());
+        order.push_back(blocks[next]);
+        for (const std::size_t receiver : receivers[next])
+            if (--senders[receiver] == 0 && waiting.erase(receiver) == 1) free.insert(receiver);
     }
     return order;
 }

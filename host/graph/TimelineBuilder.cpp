@@ -2,10 +2,9 @@
 #include "host/graph/TimelineBuilder.h"
 
 #include "host/graph/NearestName.h"
+#include "host/graph/Printable.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/TimelineSender.h"
-
-#include <algorithm>
 
 namespace Quillmere::Host {
 
@@ -22,9 +21,7 @@ std::string quoted(const Graph::Node& node) {
     return "'" + node.description->id + "' (" + node.description->type + ")";
 }
 
-std::string oneOf(const std::vector<std::string>& names) {
-    return names.empty() ? "a block that has some" : "one of " + listOfNames(names);
-}
+constexpr const char* kOneThatHasSome = "a block that has some";
 
 std::vector<std::string> commandsOf(const Core::Filter& block) {
     std::vector<std::string> names;
@@ -38,16 +35,14 @@ std::vector<std::string> commandsOf(const Core::Filter& block) {
 TimelineBuilder::TimelineBuilder(Graph& target, const GraphDescription& graphDescription, Complaints& list)
     : graph(target), description(graphDescription), complaints(list) {}
 
-void TimelineBuilder::resolve(const BlockCatalogue& types, Connected& inputs) {
+void TimelineBuilder::resolve(const BlockCatalogue& types, Connected& linked) {
     catalogue = &types;
-    connected = &inputs;
+    connected = &linked;
     for (const GraphDescription::TimelineEntry& entry : description.getTimeline()) {
         for (const Change& change : entry.changes) {
-            const auto node =
-                std::find_if(graph.nodes.begin(), graph.nodes.end(),
-                             [&](const Graph::Node& other) { return other.description->id == change.block; });
+            const Graph::Node* const node = graph.find(change.block);
             // An unknown type or a setting that is refused is a complaint already.
-            if (node == graph.nodes.end() || node->block == nullptr || node->isFaulty) continue;
+            if (node == nullptr || node->block == nullptr || node->isFaulty) continue;
             if (change.value.isMissing()) continue;
             resolve(entry.at, change, *node);
         }
@@ -75,9 +70,7 @@ void TimelineBuilder::resolveSetting(const Change& change, const Graph::Node& no
     const Core::PropertyBag& bag = node.block->getPropertyBag();
     action.property = bag.find(change.name);
     if (action.property == nullptr) {
-        const std::vector<std::string> names = namesOf(bag);
-        complaints.add(change.where, "the property '" + change.name + "' of " + quoted(node), oneOf(names),
-                       nearestName(change.name, names));
+        refuse("property", change, node, [&] { return namesOf(bag); });
         return;
     }
     writeProperty(rehearsalOf(node)->getProperty(change.name), change.value, complaints);
@@ -87,9 +80,7 @@ void TimelineBuilder::resolveCommand(const Change& change, const Graph::Node& no
                                      Timeline::Action& action) {
     action.command = dynamic_cast<Core::CommandProperty*>(node.block->getPropertyBag().find(change.name));
     if (action.command == nullptr) {
-        const std::vector<std::string> names = commandsOf(*node.block);
-        complaints.add(change.where, "the command '" + change.name + "' of " + quoted(node), oneOf(names),
-                       nearestName(change.name, names));
+        refuse("command", change, node, [&] { return commandsOf(*node.block); });
         return;
     }
     Core::AbstractProperty& command = rehearsalOf(node)->getProperty(change.name);
@@ -98,16 +89,13 @@ void TimelineBuilder::resolveCommand(const Change& change, const Graph::Node& no
 
 void TimelineBuilder::resolveInput(const Change& change, const Graph::Node& node, Timeline::Action& action) {
     const auto& pins = node.block->getInputPins();
-    const auto pin = std::find_if(pins.begin(), pins.end(),
-                                  [&](const auto* candidate) { return candidate->getName() == change.name; });
-    if (pin == pins.end()) {
-        const std::vector<std::string> names = namesOf(pins);
-        complaints.add(change.where, "the input '" + change.name + "' of " + quoted(node), oneOf(names),
-                       nearestName(change.name, names));
+    Core::AbstractInputPin* const pin = inputs.find(*node.block, pins, change.name);
+    if (pin == nullptr) {
+        refuse("input", change, node, [&] { return namesOf(pins); });
         return;
     }
-    const auto [known, isNew] = connected->try_emplace(*pin, change.where);
-    if (!isNew && !links.contains(*pin)) {
+    const auto [known, isNew] = connected->try_emplace(pin, change.where);
+    if (!isNew && !links.contains(pin)) {
         complaints.add(
             change.where, "a value for '" + change.block + "." + change.name + "', which is connected",
             "an input without a connection (line " + std::to_string(known->second.line) + " has one)");
@@ -119,7 +107,15 @@ void TimelineBuilder::resolveInput(const Change& change, const Graph::Node& node
     } else if (const auto matrix = toMatrix(change.value, complaints)) {
         action.sample = *matrix;
     }
-    action.output = &outputFor(**pin);
+    action.output = &outputFor(*pin);
+}
+
+template <class Names>
+void TimelineBuilder::refuse(const std::string& kind, const Change& change, const Graph::Node& node,
+                             const Names& known) {
+    refuseName(complaints, change.where, change.name,
+               "the " + kind + " '" + printable(change.name, kLongestName) + "' of " + quoted(node),
+               "one of ", known, kOneThatHasSome);
 }
 
 /// The block on which changes of a graph's block are tried: of the same type, with the same settings.

@@ -4,6 +4,7 @@
 #include "host/graph/Complaint.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphDescription.h"
+#include "host/graph/PinIndex.h"
 
 #include <map>
 #include <string>
@@ -31,6 +32,8 @@ private:
     void resolveSetting(const Change& change, const Graph::Node& node, Timeline::Action& action);
     void resolveCommand(const Change& change, const Graph::Node& node, Timeline::Action& action);
     void resolveInput(const Change& change, const Graph::Node& node, Timeline::Action& action);
+    template <class Names>
+    void refuse(const std::string& kind, const Change& change, const Graph::Node& node, const Names& known);
     Core::Filter* rehearsalOf(const Graph::Node& node);
     Core::OutputPin<Core::MatrixXd>& outputFor(Core::AbstractInputPin& input);
 
@@ -39,6 +42,7 @@ private:
     Complaints& complaints;
     const BlockCatalogue* catalogue = nullptr;
     Connected* connected = nullptr;
+    PinIndex<Core::AbstractInputPin> inputs;
     std::map<const Core::Filter*, BlockPtr>
         rehearsals; ///< For a block of the graph the one that stands in for it.
     std::map<Core::AbstractInputPin*, Core::OutputPin<Core::MatrixXd>*> links;

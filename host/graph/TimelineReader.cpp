@@ -2,6 +2,7 @@
 #include "host/graph/TimelineReader.h"
 
 #include "host/graph/NearestName.h"
+#include "host/graph/Printable.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,8 +45,9 @@ void TimelineReader::readEntry(const Value& value) {
         } else if (part.key == "fire") {
             readCommands(part.value, entry);
         } else if (part.key != "at") {
-            complaints.add(part.where, "the key '" + part.key + "'", "one of " + listOfNames(kEntryKeys),
-                           nearestName(part.key, kEntryKeys));
+            refuseName(complaints, part.where, part.key,
+                       "the key '" + printable(part.key, kLongestName) + "'", "one of ",
+                       [] { return kEntryKeys; });
         }
         hasChange = hasChange || part.key != "at";
     }
@@ -108,11 +110,14 @@ void TimelineReader::addChange(const std::string& target, const Place& where, Ch
     change.block = target.substr(0, dot);
     change.where = where;
     if (graph.findBlock(change.block) == nullptr) {
-        std::vector<std::string> ids;
-        for (const GraphDescription::Block& block : graph.getBlocks())
-            ids.push_back(block.id);
-        complaints.add(where, "the block '" + change.block + "'", "the id of a block: " + listOfNames(ids),
-                       nearestName(change.block, ids));
+        const auto ids = [&] {
+            std::vector<std::string> known;
+            for (const GraphDescription::Block& block : graph.getBlocks())
+                known.push_back(block.id);
+            return known;
+        };
+        refuseName(complaints, where, change.block,
+                   "the block '" + printable(change.block, kLongestName) + "'", "the id of a block: ", ids);
         return;
     }
     if (dot == std::string::npos) {

@@ -1,88 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/Value.h"
 
-#include "host/graph/NearestName.h"
-
-#include <yaml-cpp/yaml.h>
+#include "host/graph/Printable.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
 
 namespace Quillmere::Host {
 
 namespace {
 using Core::MatrixXd;
-
-/// Turns the YAML reader's nodes into values and complains of what they hold twice.
-class Converter {
-public:
-    Converter(const std::string& file, bool lines, Complaints& list)
-        : name(file), hasLines(lines), complaints(list) {}
-
-    Place place(const YAML::Mark& mark) const {
-        return hasLines && mark.line >= 0 ? Place{name, mark.line + 1, mark.column + 1} : Place{name, 0, 0};
-    }
-
-    Value convert(const YAML::Node& node) {
-        Value value;
-        value.where = place(node.Mark());
-        // References may unfold without end: ten lines can name each other into billions of values.
-        if (++values > kMostValues) {
-            if (values == kMostValues + 1)
-                complaints.add(value.where, "more than a million values", "a smaller graph");
-            return value;
-        }
-        switch (node.Type()) {
-        case YAML::NodeType::Undefined:
-        case YAML::NodeType::Null:
-            break;
-        case YAML::NodeType::Scalar:
-            value.kind = Value::Kind::Scalar;
-            value.text = node.Scalar();
-            value.isQuoted = node.Tag() == "!" || node.Tag() == "tag:yaml.org,2002:str";
-            break;
-        case YAML::NodeType::Sequence:
-            value.kind = Value::Kind::List;
-            for (const YAML::Node& item : node)
-                value.items.push_back(convert(item));
-            break;
-        case YAML::NodeType::Map:
-            value.kind = Value::Kind::Map;
-            for (const auto& entry : node)
-                addEntry(value, entry.first, entry.second);
-            break;
-        }
-        return value;
-    }
-
-private:
-    void addEntry(Value& map, const YAML::Node& key, const YAML::Node& value) {
-        const Place where = place(key.Mark());
-        if (!key.IsScalar()) {
-            complaints.add(where, "a key that is no text", "a name");
-            return;
-        }
-        if (const Value::Entry* first = map.find(key.Scalar())) {
-            complaints.add(where, "the key '" + key.Scalar() + "' a second time",
-                           "each key once (the first is in line " + std::to_string(first->where.line) + ")");
-            return;
-        }
-        map.entries.push_back({key.Scalar(), where, convert(value)});
-    }
-
-    static constexpr int kMostValues = 1'000'000;
-
-    std::string name;
-    bool hasLines;
-    Complaints& complaints;
-    int values = 0;
-};
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -160,52 +88,29 @@ const Value::Entry* Value::find(std::string_view key) const {
     return found == entries.end() ? nullptr : &*found;
 }
 
+std::size_t Value::count() const {
+    std::size_t values = 1;
+    for (const Value& item : items)
+        values += item.count();
+    for (const Entry& entry : entries)
+        values += entry.value.count();
+    return values;
+}
+
 std::string Value::describe() const {
-    const std::string origin = parameter.empty() ? "" : " (the parameter '" + parameter + "')";
+    const std::string origin =
+        parameter.empty() ? "" : " (the parameter '" + printable(parameter, kLongestName) + "')";
     switch (kind) {
     case Kind::Null:
         return "nothing" + origin;
     case Kind::Scalar:
-        return "'" + text + "'" + origin;
+        return "'" + printable(text, kLongestName) + "'" + origin;
     case Kind::List:
         return "a list" + origin;
     case Kind::Map:
         return "a map" + origin;
     }
     return {};
-}
-
-std::optional<Value> readValueFile(const std::string& path, Complaints& complaints) {
-    errno = std::filesystem::is_directory(path) ? EISDIR : 0;
-    std::ifstream file;
-    if (errno == 0) file.open(path, std::ios::binary);
-    if (!file.is_open()) {
-        complaints.add({path, 0, 0}, std::string("no file that can be read (") + std::strerror(errno) + ")",
-                       "a graph file");
-        return std::nullopt;
-    }
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    return readValueText(text, path, true, complaints);
-}
-
-std::optional<Value> readValueText(const std::string& text, const std::string& name, bool hasLines,
-                                   Complaints& complaints) {
-    Converter converter(name, hasLines, complaints);
-    try {
-        const std::vector<YAML::Node> documents = YAML::LoadAll(text);
-        if (documents.size() > 1)
-            complaints.add(converter.place(documents[1].Mark()), "a second document",
-                           "one document in a file");
-        if (!documents.empty()) return converter.convert(documents.front());
-        Value nothing;
-        nothing.where = converter.place({});
-        return nothing;
-    } catch (const YAML::Exception& exception) {
-        complaints.add(converter.place(exception.mark),
-                       "text that is neither YAML nor JSON (" + exception.msg + ")",
-                       hasLines ? "a graph file in YAML or JSON" : "a value in YAML or JSON");
-        return std::nullopt;
-    }
 }
 
 std::optional<double> toNumber(const Value& value, Complaints& complaints) {
@@ -249,17 +154,19 @@ std::optional<MatrixXd> toMatrix(const Value& value, Complaints& complaints) {
         return std::nullopt;
     }
     const std::size_t columns = value.items.empty() ? 0 : value.items.front().items.size();
+    // Looked at before anything is sized: a long first row and many short ones would make a matrix of gigabytes.
+    for (const Value& row : value.items) {
+        if (row.items.size() == columns) continue;
+        complaints.add(row.where, "a row of " + std::to_string(row.items.size()),
+                       "rows of " + std::to_string(columns) + ", as the first has");
+        return std::nullopt;
+    }
     MatrixXd matrix;
     Core::resizeSample(matrix, static_cast<Eigen::Index>(value.items.size()),
                        static_cast<Eigen::Index>(columns));
     bool isWhole = true;
     double* next = matrix.data();
     for (const Value& row : value.items) {
-        if (row.items.size() != columns) {
-            complaints.add(row.where, "a row of " + std::to_string(row.items.size()),
-                           "rows of " + std::to_string(columns) + ", as the first has");
-            return std::nullopt;
-        }
         for (const Value& item : row.items) {
             const auto number = toNumber(item, complaints);
             isWhole = isWhole && number.has_value();

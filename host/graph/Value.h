@@ -5,6 +5,7 @@
 #include "framework/transport/MatrixXd.h"
 #include "host/graph/Complaint.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -31,6 +32,8 @@ struct QUILLMERE_API Value {
     bool isMissing() const { return kind == Kind::Null && !parameter.empty(); }
     bool isScalar() const { return kind == Kind::Scalar; }
     const Entry* find(std::string_view key) const;
+    /// How many values it holds, itself included.
+    std::size_t count() const;
 
     /// For messages: a scalar's text in quotes, `a list`, `a map` or `nothing`, and the parameter behind it.
     std::string describe() const;
@@ -41,14 +44,6 @@ struct Value::Entry {
     Place where;
     Value value;
 };
-
-/// Reads a YAML or JSON file. What isn't either, a second document and a key given twice are complaints; a file that
-/// can't be understood at all gives nothing.
-QUILLMERE_API std::optional<Value> readValueFile(const std::string& path, Complaints& complaints);
-
-/// The same for a text; `name` stands for the file in complaints. With `hasLines` false, complaints name no line.
-QUILLMERE_API std::optional<Value> readValueText(const std::string& text, const std::string& name,
-                                                 bool hasLines, Complaints& complaints);
 
 /// A scalar as a number, a whole number, a yes or no, a text, and nested lists as a matrix. What isn't one is a
 /// complaint and gives nothing.

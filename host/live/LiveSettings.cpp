@@ -3,6 +3,7 @@
 
 #include "framework/core/CommandProperty.h"
 #include "host/graph/PropertyWriter.h"
+#include "host/graph/ValueReader.h"
 #include "host/plugins/BlockDescription.h"
 
 #include <Poco/Exception.h>

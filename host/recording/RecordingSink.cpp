@@ -2,9 +2,11 @@
 #include "host/recording/RecordingSink.h"
 
 #include "host/graph/NearestName.h"
+#include "host/graph/Printable.h"
 
 #include <algorithm>
 #include <set>
+#include <unordered_map>
 
 namespace Quillmere::Host {
 
@@ -108,30 +110,32 @@ void RecordingSink::takeColumns(const Value& value, Complaints& complaints) {
 }
 
 Core::AbstractInputPin& RecordingSink::requirePin(const std::string& name) {
-    const auto known =
-        std::find_if(inputs.begin(), inputs.end(),
-                     [&](const Core::InputPin<Core::MatrixXd>& pin) { return pin.getName() == name; });
-    return known != inputs.end() ? *known : inputs.emplace_back(name, this);
+    Core::InputPin<Core::MatrixXd>*& pin = inputsByName[name];
+    if (pin == nullptr) pin = &inputs.emplace_back(name, this);
+    return *pin;
 }
 
 void RecordingSink::checkPins(Complaints& complaints) const {
-    std::vector<std::string> names;
-    for (const Core::InputPin<Core::MatrixXd>& pin : inputs)
-        names.push_back(pin.getName());
+    const auto names = [&] {
+        std::vector<std::string> known;
+        for (const Core::InputPin<Core::MatrixXd>& pin : inputs)
+            known.push_back(pin.getName());
+        return known;
+    };
     for (const NamedColumns& named : columns)
-        if (std::find(names.begin(), names.end(), named.pin) == names.end())
-            complaints.add(named.where, "the pin '" + named.pin + "' that no connection leads to",
-                           "one of " + listOfNames(names), nearestName(named.pin, names));
+        if (!inputsByName.contains(named.pin))
+            refuseName(complaints, named.where, named.pin,
+                       "the pin '" + printable(named.pin, kLongestName) + "' that no connection leads to",
+                       "one of ", names);
 }
 
 void RecordingSink::open() {
+    std::unordered_map<std::string, std::vector<std::string>> names;
+    for (const NamedColumns& named : columns)
+        names.emplace(named.pin, named.names);
     std::vector<TableWriter::Group> groups;
-    for (const Core::InputPin<Core::MatrixXd>& pin : inputs) {
-        const auto named = std::find_if(columns.begin(), columns.end(), [&](const NamedColumns& candidate) {
-            return candidate.pin == pin.getName();
-        });
-        groups.push_back({pin.getName(), named == columns.end() ? std::vector<std::string>{} : named->names});
-    }
+    for (const Core::InputPin<Core::MatrixXd>& pin : inputs)
+        groups.push_back({pin.getName(), names[pin.getName()]});
     table = std::make_unique<TableWriter>(getPath(), timeName, std::move(groups));
     samples.assign(inputs.size(), nullptr);
     gathered.resize(inputs.size());

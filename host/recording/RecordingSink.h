@@ -9,6 +9,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -57,6 +58,7 @@ private:
     void writeRow(double time);
     void endGatheredRow();
 
+    std::unordered_map<std::string, Core::InputPin<Core::MatrixXd>*> inputsByName;
     std::deque<Core::InputPin<Core::MatrixXd>> inputs; ///< Pins can't move.
     std::vector<NamedColumns> columns;
     std::string timeName = "t";

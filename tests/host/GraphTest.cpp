@@ -142,6 +142,13 @@ TEST_F(GraphTest, RefusedSettingsSayWhatWouldDo) {
         EXPECT_EQ(valuesOf(row.properties, {}), "g.yaml:5:" + row.complaint) << row.properties;
 }
 
+TEST_F(GraphTest, WhatABlockRaisesWhenItHearsOfASettingIsTold) {
+    EXPECT_EQ(wrong("  - {id: odd, type: OddFailing, properties: {good: -2, strange: true}}\n",
+                    "  - {from: in.x, to: odd}\n  - {from: odd, to: out.a}\n"),
+              "g.yaml:5:52: found '-2' for 'good'; expected a whole number that the block takes (no sample at "
+              "all)\n");
+}
+
 TEST_F(GraphTest, UnknownTypesPinsAndBlocksAreAllToldAtOnce) {
     EXPECT_EQ(wrong("  - {id: a, type: FilterGian}\n  - {id: b, type: OddSettings}\n",
                     "  - {from: in.x, to: a.input}\n"

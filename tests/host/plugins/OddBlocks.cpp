@@ -65,14 +65,17 @@ private:
     CommandProperty command;
 };
 
-/// Passes samples on until it raises at the one after "good", with "strange" what no C++ library knows.
+/// Passes samples on until it raises at the one after "good", with "strange" what no C++ library knows. Hears of a "good"
+/// below 0 with an exception.
 class OddFailing final : public Filter {
 public:
     static constexpr const char* kTypeName = "OddFailing";
 
     explicit OddFailing(const std::string& name)
         : Filter(name, true), in("in", this), out("out", this), good("good", &getPropertyBag()),
-          strange("strange", &getPropertyBag()) {}
+          strange("strange", &getPropertyBag()) {
+        good.setChangeHandler(this, &OddFailing::onGood);
+    }
 
     void process() override {
         if (!in.hasData()) return;
@@ -86,6 +89,10 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
 private:
+    void onGood() const {
+        if (good.getValue() < 0) throw Poco::RuntimeException("no sample at all");
+    }
+
     InputPin<MatrixXd> in;
     OutputPin<MatrixXd> out;
     ValueProperty<int> good;
