@@ -50,9 +50,6 @@ Complex complexSqrt(Complex z);
 /// `complexSqrt`, except that not-a-number in either part makes both parts not-a-number.
 Complex poisonedSqrt(Complex z);
 
-// The next two are for whoever has a design's coefficients and not its roots. The designs themselves go factor by factor
-// (`PoleZeroDesigner::evaluateTransfer`), which keeps digits that a multiplied-out polynomial has lost.
-
 /// The polynomial with `coefficients[i]` at z^i, by Horner's rule from `degree` down. A negative degree gives 0.
 Complex evaluatePolynomial(std::span<const Complex> coefficients, int degree, Complex z);
 

@@ -3,6 +3,7 @@
 
 #include "design/Constants.h"
 
+#include <algorithm>
 #include <cmath>
 
 using Design::Complex;
@@ -125,33 +126,39 @@ void PoleZeroDesigner::mapBilinear() {
         zZeros[static_cast<std::size_t>(numZZeros)] = {-1.0, 0.0};
 }
 
-/// The transfer function with leading coefficients of 1. As a product of its factors: near a cluster of roots the
-/// multiplied-out polynomial is a small difference of large terms, and at order 10 would keep eight digits only.
-Complex PoleZeroDesigner::evaluateTransfer(Complex z) const {
-    const auto product = [z](const Roots& roots, std::int32_t count) {
-        Complex value{1.0, 0.0};
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
-            value = value * (z - roots[i]);
-        return value;
-    };
-    return product(zZeros, numZZeros) / product(zPoles, numZPoles);
+/// A pole at `z` makes the denominator vanish there, and the value not-a-number; multiplied out with other poles it leaves
+/// rounding noise instead of the 0 (a band-stop from 0 has half its poles at 1).
+Complex PoleZeroDesigner::evaluateTransfer(const Polynomial& top, const Polynomial& bottom, Complex z) const {
+    const auto isAtPoint = [z](Complex pole) { return pole.re == z.re && pole.im == z.im; };
+    const Complex zero{};
+    if (std::any_of(zPoles.begin(), zPoles.begin() + numZPoles, isAtPoint)) return zero / zero;
+    return Design::evaluateRatio(top, numZZeros, bottom, numZPoles, z);
 }
 
+/// The reference value is taken from the multiplied-out polynomials, as they are published. Near a cluster of roots they
+/// are small differences of large terms, and a product of factors would keep digits that they have lost; but the run step
+/// sums these very coefficients, and only a value of their own lets a constant settle at 1.
 void PoleZeroDesigner::expandAndScale() {
-    std::array<Complex, kRootCapacity + 1> top{};
-    std::array<Complex, kRootCapacity + 1> bottom{};
+    Polynomial top{};
+    Polynomial bottom{};
     Design::expandRoots(zZeros, numZZeros, top);
     Design::expandRoots(zPoles, numZPoles, bottom);
+    // Roots come in pairs but for rounding. What is left of the imaginary parts isn't published, and where the value is
+    // small it would be as large as the value.
+    for (Polynomial* const polynomial : {&top, &bottom})
+        for (Complex& coefficient : *polynomial)
+            coefficient.im = 0.0;
 
     if (mode == Design::kLowPass) {
-        gain = magnitude(evaluateTransfer({1.0, 0.0}));
+        gain = magnitude(evaluateTransfer(top, bottom, {1.0, 0.0}));
     } else if (mode == Design::kHighPass) {
-        gain = magnitude(evaluateTransfer({-1.0, 0.0}));
+        gain = magnitude(evaluateTransfer(top, bottom, {-1.0, 0.0}));
     } else if (mode == Design::kBandPass) {
         const double angle = (lowCutOff + highCutOff) * kTwoPi * 0.25;
-        gain = magnitude(evaluateTransfer({std::cos(angle), std::sin(angle)}));
+        gain = magnitude(evaluateTransfer(top, bottom, {std::cos(angle), std::sin(angle)}));
     } else if (mode == Design::kBandStop) {
-        gain = magnitude(Design::poisonedSqrt(evaluateTransfer({1.0, 0.0}) * evaluateTransfer({-1.0, 0.0})));
+        gain = magnitude(Design::poisonedSqrt(evaluateTransfer(top, bottom, {1.0, 0.0}) *
+                                              evaluateTransfer(top, bottom, {-1.0, 0.0})));
     }
 
     xCoeffs.resize(static_cast<std::size_t>(numZZeros) + 1);
