@@ -3,6 +3,7 @@
 
 #include "cli/GraphArguments.h"
 #include "host/graph/Graph.h"
+#include "host/response/DesignWarnings.h"
 
 #include <CLI/CLI.hpp>
 
@@ -24,6 +25,7 @@ ExitCode CheckCommand::run() {
     Graph graph(description, catalogue, complaints);
     graph.requireDrive(complaints);
     graph.openSources(complaints);
+    warnOfLostDigits(graph, catalogue, complaints);
     settle(complaints, arguments.isStrict);
     std::cout << graph.getName() << ": " << graph.getNodes().size() << " blocks, "
               << description.getConnections().size() << " connections, ready to run\n";

@@ -6,6 +6,7 @@
 #include "host/graph/Graph.h"
 #include "host/live/ControlServer.h"
 #include "host/live/LiveRun.h"
+#include "host/response/DesignWarnings.h"
 #include "host/run/OfflineRunner.h"
 
 #include <CLI/CLI.hpp>
@@ -104,6 +105,7 @@ ExitCode RunCommand::run() {
     graph.requireDrive(complaints);
     checkLimit(graph, complaints);
     graph.openSources(complaints);
+    warnOfLostDigits(graph, catalogue, complaints);
     settle(complaints, arguments.isStrict);
     stopOnSignals();
     ProgressLine progress(start, graph.getSources().empty());

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <optional>
 
 namespace Quillmere::Host {
 
@@ -125,48 +126,21 @@ Complex transform(const std::vector<double>& answer, const std::vector<Complex>&
     return sum;
 }
 
-/// The design that a block publishes with its first sample.
-class PublishedDesign {
-public:
-    explicit PublishedDesign(Bench& bench) {
-        Core::Filter& block = bench.getBlock();
-        const auto& pins = block.getOutputPins();
-        const auto has = [&](const char* name) {
-            return std::any_of(pins.begin(), pins.end(),
-                               [&](const auto* pin) { return pin->getName() == name; });
-        };
-        if (!has("gain") || !has("coeffs")) return;
-        Core::InputPin<MatrixXd> gainReceiver("gain", nullptr);
-        Core::InputPin<MatrixXd> coeffsReceiver("coeffs", nullptr);
-        block.getOutputPin("gain").attach(gainReceiver, false);
-        block.getOutputPin("coeffs").attach(coeffsReceiver, false);
-        bench.step(0.0);
-        if (!gainReceiver.hasData() || !coeffsReceiver.hasData()) return;
-        const MatrixXd gainSample = gainReceiver.take();
-        coeffs = coeffsReceiver.take();
-        if (gainSample.size() == 1 && coeffs.rows() == 2 && coeffs.cols() > 0)
-            gain = gainSample(0);
-        else
-            coeffs.resize(0, 0);
-    }
-
-    bool getIsThere() const { return coeffs.size() > 0; }
-
-    Complex evaluate(Complex z) const {
-        const bool isByDelay = coeffs(1, 0) == -1.0;
-        const Complex step = isByDelay ? 1.0 / z : z;
-        Complex top = 0.0, bottom = 0.0;
-        for (Eigen::Index i = coeffs.cols(); i-- > 0;) {
-            top = top * step + coeffs(0, i);
-            bottom = bottom * step - coeffs(1, i);
-        }
-        return isByDelay ? top / bottom : top / bottom / gain;
-    }
-
-private:
-    double gain = 1.0;
-    MatrixXd coeffs;
-};
+/// What a block publishes with its first sample, if it publishes a design.
+std::optional<PublishedDesign> takeDesign(Bench& bench) {
+    Core::Filter& block = bench.getBlock();
+    if (!getPublishesDesign(block)) return std::nullopt;
+    Core::InputPin<MatrixXd> gainReceiver("gain", nullptr);
+    Core::InputPin<MatrixXd> coeffsReceiver("coeffs", nullptr);
+    block.getOutputPin("gain").attach(gainReceiver, false);
+    block.getOutputPin("coeffs").attach(coeffsReceiver, false);
+    bench.step(0.0);
+    if (!gainReceiver.hasData() || !coeffsReceiver.hasData()) return std::nullopt;
+    const MatrixXd gain = gainReceiver.take();
+    const MatrixXd coeffs = coeffsReceiver.take();
+    if (gain.size() != 1 || coeffs.rows() != 2 || coeffs.cols() == 0) return std::nullopt;
+    return PublishedDesign(gain(0), coeffs);
+}
 
 } // namespace
 
@@ -181,19 +155,32 @@ FrequencyResponse measureResponse(const BlockMaker& makeBlock, const ResponseSet
     Bench impulseBench(makeBlock, settings);
     const std::vector<double> answer = impulseAnswer(impulseBench, turns.size());
     Bench designBench(makeBlock, settings);
-    const PublishedDesign design(designBench);
+    const std::optional<PublishedDesign> design = takeDesign(designBench);
 
     FrequencyResponse response;
-    response.hasDesign = design.getIsThere();
+    response.hasDesign = design.has_value();
     for (std::size_t index = 0; index <= settings.intervals; ++index) {
         Bench bench(makeBlock, settings);
         response.points.push_back(
             {.frequency = static_cast<double>(index) / static_cast<double>(settings.intervals),
              .sine = measureSine(bench, turns, index),
              .impulse = transform(answer, turns, index),
-             .design = response.hasDesign ? design.evaluate(turns[index]) : kUnmeasured});
+             .design = response.hasDesign ? design->evaluate(turns[index]) : kUnmeasured});
     }
     return response;
+}
+
+bool getPublishesDesign(const Core::Filter& block) {
+    const auto& pins = block.getOutputPins();
+    const auto has = [&](const char* name) {
+        return std::any_of(pins.begin(), pins.end(), [&](const auto* pin) { return pin->getName() == name; });
+    };
+    return has("gain") && has("coeffs");
+}
+
+std::optional<PublishedDesign> measureDesign(const BlockMaker& makeBlock) {
+    Bench bench(makeBlock, {});
+    return takeDesign(bench);
 }
 
 } // namespace Quillmere::Host

@@ -3,10 +3,12 @@
 
 #include "framework/core/Api.h"
 #include "framework/core/Filter.h"
+#include "host/response/PublishedDesign.h"
 
 #include <complex>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -49,11 +51,16 @@ using BlockMaker = std::function<std::shared_ptr<Core::Filter>()>;
 /// windows agree, and on a single 1 after zeros, whose answer is transformed. A block that is linear and the same at all
 /// times gives the same both ways.
 ///
-/// A block that publishes a design on pins "gain" and "coeffs" (row 0 feed-forward, row 1 feedback with its leading
-/// term -1) also gives the response that its design promises. When -1 stands in front, coefficients are those of
-/// falling powers of z and the gain is in them; else of rising powers, and the gain divides.
+/// A block that publishes a design also gives the response that its design promises.
 /// Raises `ResponseException`, and what the block raises.
 QUILLMERE_API FrequencyResponse measureResponse(const BlockMaker& makeBlock,
                                                 const ResponseSettings& settings);
+
+/// Whether a block has the pins "gain" and "coeffs" of those that publish their design with the first sample.
+QUILLMERE_API bool getPublishesDesign(const Core::Filter& block);
+
+/// The design that a block publishes when it is given a 0; none when it publishes none. Raises what `measureResponse`
+/// raises.
+QUILLMERE_API std::optional<PublishedDesign> measureDesign(const BlockMaker& makeBlock);
 
 } // namespace Quillmere::Host

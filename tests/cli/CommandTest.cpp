@@ -125,6 +125,29 @@ TEST_F(Command, CheckTellsTheSameAsRunAndTouchesNothing) {
     EXPECT_EQ(call({"run", "g.yaml"}).err, bad.err);
 }
 
+TEST_F(Command, ADesignWithoutDigitsIsAWarningAndStrictlyAnError) {
+    std::string graph = kGraph;
+    const auto replace = [&](const std::string& what, const std::string& by) {
+        graph.replace(graph.find(what), what.size(), by);
+    };
+    replace("FilterGain", "FilterBessel");
+    replace("Gain:", "Order: 10, LowRelativeCutOffFreq:");
+    replace("to: gain", "to: gain.in");
+    replace("from: gain", "from: gain.out");
+    folder.write("g.yaml", graph);
+    const std::string warning =
+        "g.yaml:6:10: warning: found the design of 'gain' (FilterBessel) with no digit left of 16";
+    for (const char* const command : {"check", "run"}) {
+        const Ended ended = call({command, "g.yaml", "--param", "factor=0.01"});
+        EXPECT_EQ(ended.exitCode, 0) << command;
+        EXPECT_EQ(ended.err.substr(0, warning.size()), warning) << command;
+        EXPECT_EQ(call({command, "g.yaml", "--param", "factor=0.2"}).err, "") << command;
+        const Ended strict = call({command, "g.yaml", "--param", "factor=0.01", "--strict"});
+        EXPECT_EQ(strict.exitCode, 2) << command;
+        EXPECT_NE(strict.err.find("with no digit left of 16"), std::string::npos) << strict.err;
+    }
+}
+
 TEST_F(Command, ARunThatFailsMidwayKeepsWhatItWrote) {
     folder.write("in.csv", "t,x\n0,1\n0.5,two\n");
     folder.write("out.csv", "what a user had");

@@ -592,7 +592,7 @@ TYPED_TEST(PoleZeroLaws, AConstantPassesALowPassUnchanged) {
 }
 
 TEST(PoleZeroDesigner, AConstantPassesALowPassOfOrderEightAtAHundredth) {
-    // Its denominator is 1e-12 of its coefficients at z = 1. A gain from the roots would let it rest at 0.982.
+    // Its denominator, of coefficients up to 70, is 1e-12 at z = 1. A gain from the roots would let it rest at 0.982.
     Butterworth designer(Design::kLowPass, 8, true, 0.01, 0.1);
     designer.step(matrix({{1.0}}));
     const Rest rest(designer.xCoeffs, designer.yCoeffs, designer.gain);
