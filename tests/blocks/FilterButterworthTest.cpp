@@ -123,6 +123,16 @@ TEST(FilterButterworthTest, ZeroCutOffIsNotFiniteUntilAnotherIsWritten) {
     EXPECT_TRUE(agree(feed.run("in", matrix({{1}}))(0), 1.0, withinRel(1e-14)));
 }
 
+TEST(FilterButterworthTest, AResetWithoutASampleHappensAtOnce) {
+    FilterButterworth block("smooth");
+    Feed feed(block);
+    feed.run("in", matrix({{0}}));
+    feed.give("reset", matrix({{1}}));
+    feed.step(); // nothing on "in", and yet the request is taken from its pin
+    feed.give("reset", matrix({{0}}));
+    EXPECT_TRUE(agree(feed.run("in", matrix({{8}}))(0), 8.0, withinRel(1e-14))) << "in the steady state of 8";
+}
+
 TEST(FilterButterworthTest, AnotherShapeStartsAnewWithoutAGap) {
     FilterButterworth block("smooth");
     Feed feed(block);

@@ -314,6 +314,15 @@ TEST(FilterButterworth_v2Test, MemorizedCutOffsFilterTheSame) {
     }
 }
 
+TEST(FilterButterworth_v2Test, AResetWithoutASampleHappensAtOnce) {
+    Scalar f;
+    f.run(0.0);
+    f.feed.give("reset", matrix({{1}}));
+    f.feed.step(); // nothing on "in", and yet the request is taken from its pin
+    f.feed.give("reset", matrix({{0}}));
+    EXPECT_TRUE(agree(f.run(8.0), 8.0, withinRel(1e-14))) << "in the steady state of 8";
+}
+
 TEST(FilterButterworth_v2Test, AnotherShapeStartsAnew) {
     FilterButterworth_v2 block("smooth");
     Feed feed(block);

@@ -124,6 +124,29 @@ TEST_F(FilterIIRTest, ANaNGainIsAlwaysAnother) {
     EXPECT_TRUE(agree(run(1.0), 1.0, same));
 }
 
+TEST_F(FilterIIRTest, ANaNCoefficientIsAnother) {
+    configure(matrix({{0.5, 0.25}}), matrix({{0.5}}));
+    run(1.0);
+    feed.give("coeffsX", matrix({{kNaN, 0.25}}));
+    EXPECT_TRUE(agree(run(1.0), kNaN, same)) << "beside one that is equal";
+    feed.give("coeffsX", matrix({{0.5, 0.25}}));
+    EXPECT_TRUE(agree(run(1.0), 0.5 + 0.25 + 0.5, same)) << "and so is the sound row behind it";
+}
+
+TEST_F(FilterIIRTest, PollsGainThenCoefficientsForwardThenBack) {
+    configure(matrix({{0.5}}), matrix({{0.5}}));
+    run(1.0);
+    feed.give("coeffsY", matrix({{0.25}}));
+    feed.give("coeffsX", MatrixXd(1, 0)); // raises
+    feed.give("gain", matrix({{2.0}}));
+    feed.give("in", matrix({{1.0}}));
+    EXPECT_EQ(refusal<Poco::DataFormatException>([&] { feed.step(); }), kRefusal);
+    EXPECT_TRUE(agree(feed.get<double>("Gain"), 2.0, same)) << "taken before it";
+    EXPECT_TRUE(agree(feed.get<MatrixXd>("YCoeffs"), matrix({{0.5}}), same)) << "waits behind it";
+    feed.step();
+    EXPECT_TRUE(agree(feed.get<MatrixXd>("YCoeffs"), matrix({{0.25}}), same));
+}
+
 TEST_F(FilterIIRTest, CoefficientsOfOtherRowCountsAreDropped) {
     configure(matrix({{0.5}}), matrix({{0.5}}));
     run(8.0);
@@ -241,6 +264,17 @@ TEST_F(FilterIIRTest, ResetsRestart) {
         feed.give("reset", row.control);
         EXPECT_TRUE(agree(run(2.0), row.isReset ? 2.0 : 5.0, same)) << row.name;
     }
+}
+
+TEST_F(FilterIIRTest, AResetWithoutASampleHappensAtOnce) {
+    configure(matrix({{0.5}}), matrix({{0.5}}));
+    run(0.0);
+    feed.give("reset", matrix({{1.0}}));
+    feed.step(); // nothing on "in", and yet the request is taken from its pin
+    feed.give("reset", matrix({{0.0}}));
+    EXPECT_TRUE(agree(run(8.0), 8.0, same)) << "8 stands for the output before it";
+    feed.give("reset", matrix({{0.0}}));
+    EXPECT_TRUE(agree(run(0.0), 4.0, same)) << "once";
 }
 
 TEST_F(FilterIIRTest, AShapeChangeStartsFromTheNewSample) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterPeriodCounter.h"
 
+#include "tests/blocks/SendLog.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
 #include "tests/support/Scalars.h"
@@ -10,6 +11,8 @@
 
 #include <limits>
 #include <random>
+#include <string>
+#include <vector>
 
 using namespace Support;
 
@@ -67,6 +70,19 @@ TEST(FilterPeriodCounterTest, IdleUntilTheFirstReset) {
     f.run({-1, 1, -1, 1});
     EXPECT_TRUE(agree(f.feed.values(kCounting), scalars({0, 0, 0, 0}), same));
     EXPECT_TRUE(agree(f.feed.values(kPeriods), scalars({0, 0, 0, 0}), same));
+}
+
+TEST(FilterPeriodCounterTest, SendsTheCountBeforeTheState) {
+    Fixture f(2, false);
+    const SendLog log(f.block);
+    f.run({-1});
+    EXPECT_EQ(log.order, (std::vector<std::string>{kPeriods, kCounting})) << "while idle";
+    f.feed.fire("Reset");
+    f.run({-1, 1, -1, 1});
+    const std::vector<std::string> wanted{kPeriods,  kCounting, // idle, which one more sends on
+                                          kPeriods,  kCounting, kPeriods, kCounting,
+                                          kCounting, kPeriods,  kCounting};
+    EXPECT_EQ(log.order, wanted) << "and where a period ends";
 }
 
 TEST(FilterPeriodCounterTest, CrossesTheBandUpwards) {

@@ -301,6 +301,22 @@ TEST(FilterWFLCTest, StepsWithoutInputStillListen) {
     EXPECT_TRUE(agree(f.frequency(), 0.5, same)) << "the rebuild came before the pin's new value";
 }
 
+TEST(FilterWFLCTest, AResetWithoutASampleHappensAtOnce) {
+    Fixture f;
+    f.step(1.0);
+    const double fresh = f.feed.last("Error").value(0);
+    for (const double x : {1.0, -0.5, 2.0})
+        f.step(x);
+    f.feed.give("Reset", matrix({{1}}));
+    f.feed.step(); // nothing on "Input", and yet the request is taken from its pin
+    f.feed.give("Reset", matrix({{0}}));
+    f.step(1.0);
+    EXPECT_TRUE(agree(f.feed.last("Error").value(0), fresh, same));
+    f.step(1.0);
+    EXPECT_FALSE(agrees(f.feed.last("Error").value(0), fresh, same))
+        << "a second sample has something learned";
+}
+
 TEST(FilterWFLCTest, RefusesWhatIsOutOfRange) {
     Fixture f;
     EXPECT_EQ(refusal<Poco::RangeException>([&] { f.feed.set("Order", 11); }),

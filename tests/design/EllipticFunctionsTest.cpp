@@ -20,6 +20,7 @@ using Design::ellpj;
 using Design::ellpk;
 using Design::JacobiElliptic;
 using Support::agree;
+using Support::agrees;
 using Support::same;
 using Support::withinRel;
 using Support::withinUlp;
@@ -138,6 +139,19 @@ TEST(EllipticFunctions, JacobiNextToOneHasTheInverseHyperbolicSine) {
         std::tanh(u) + a * (std::cosh(u) * std::sinh(u) - u) / (std::cosh(u) * std::cosh(u));
     EXPECT_GT(std::fabs(got.sn - published), 1e-12) << "the published series would differ";
     EXPECT_TRUE(agree(ellpj(u, 1.0).sn, std::tanh(u), same));
+}
+
+TEST(EllipticFunctions, JacobiTakesTheSeriesFromItsBoundOn) {
+    const double u = 1.5;
+    const auto series = [u](double m) { // of sn
+        const double a = 0.25 * (1.0 - m);
+        return std::tanh(u) + a * (std::cosh(u) * std::asinh(u) - u) / (std::cosh(u) * std::cosh(u));
+    };
+    // The bound itself belongs to the series; the number below it doesn't, and differs from it by some 1e-11.
+    const double bound = 0.9999999999;
+    const double below = std::nextafter(bound, 0.0);
+    EXPECT_TRUE(agree(ellpj(u, bound).sn, series(bound), withinRel(1e-15)));
+    EXPECT_FALSE(agrees(ellpj(u, below).sn, series(below), withinRel(1e-13)));
 }
 
 TEST(EllipticFunctions, JacobiRefusesOtherParameters) {
