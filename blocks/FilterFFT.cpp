@@ -29,8 +29,9 @@ void FilterFFT::process() {
 
 /// Rows of zeros follow the sample where the plan in force reaches beyond it.
 void FilterFFT::copyToWork(const MatrixXd& sample) {
-    const Eigen::Index planRows = (transform.getSize() + sample.cols() - 1) / sample.cols();
-    resizeSample(work, std::max(sample.rows(), planRows), sample.cols());
+    Eigen::Index rows = sample.rows();
+    if (sample.size() < transform.getSize()) rows = (transform.getSize() + sample.cols() - 1) / sample.cols();
+    resizeSample(work, rows, sample.cols());
     double* const behind = std::copy_n(sample.data(), sample.size(), work.data());
     std::fill(behind, work.data() + work.size(), 0.0);
 }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "spectral/FFTPack.h"
 
+#include "spectral/SpectralKernels.h"
+
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -22,6 +25,7 @@
 
 namespace {
 
+using namespace Spectral;
 using Index = std::ptrdiff_t;
 
 constexpr double kTwoPi = 6.283185307179586;
@@ -294,30 +298,24 @@ void transformFewBranches(Index branch, const double* __restrict folded, double*
     }
 }
 
-/// The core of a general pass: the real transform of length `factor` across the folded branches, harmonic by harmonic.
-/// Order matters: the cosine and sine of term j come from those of term j - 1 by a turn, and each sum grows by rising
-/// j.
+/// The core of a general pass: the real transform of length `factor` across the folded branches, eight harmonics abreast.
+/// Order matters: each sum grows by rising j.
 void transformBranches(Index branch, Index factor, const double* __restrict folded, double* __restrict out) {
     if (factor == 3) return transformFewBranches<1>(branch, folded, out);
     if (factor == 5) return transformFewBranches<2>(branch, folded, out);
+    if (factor == 7) return transformFewBranches<3>(branch, folded, out);
+    const TransformHarmonics transformHarmonics = spectralKernels().transformHarmonics;
+    const Index harmonicCount = (factor - 1) / 2;
     Harmonics harmonics(factor);
-    for (Index l = 1; 2 * l < factor; ++l) {
-        double* __restrict re = out + branch * l;
-        double* __restrict im = out + branch * (factor - l);
-        Rotor term = harmonics.next();
-        for (Index i = 0; i < branch; ++i) {
-            re[i] = folded[i] + term.cos * folded[branch + i];
-            im[i] = term.sin * folded[branch * (factor - 1) + i];
+    Turns turns{};
+    for (Index first = 1; first <= harmonicCount; first += kHarmonicsAbreast) {
+        const Index count = std::min(kHarmonicsAbreast, harmonicCount - first + 1);
+        for (Index l = 0; l < count; ++l) {
+            const Rotor turn = harmonics.next();
+            turns.cos[l] = turn.cos;
+            turns.sin[l] = turn.sin;
         }
-        for (Index j = 2; 2 * j < factor; ++j) {
-            term.turn();
-            const double* __restrict lower = folded + branch * j;
-            const double* __restrict upper = folded + branch * (factor - j);
-            for (Index i = 0; i < branch; ++i) {
-                re[i] += term.cos * lower[i];
-                im[i] += term.sin * upper[i];
-            }
-        }
+        transformHarmonics({branch, factor, folded, out}, turns, first, count);
     }
     for (Index i = 0; i < branch; ++i)
         out[i] = folded[i];

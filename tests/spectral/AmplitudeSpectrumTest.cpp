@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
+#include <random>
 #include <vector>
 
 using namespace Support;
@@ -43,4 +45,26 @@ TEST(AmplitudeSpectrumTest, SquaresMayOverflowAndVanish) {
     EXPECT_TRUE(agree(amplitudes[0], 0.0, same));
     EXPECT_TRUE(agree(amplitudes[1], std::numeric_limits<double>::infinity(), same));
     EXPECT_TRUE(agree(amplitudes[2], std::numeric_limits<double>::quiet_NaN(), same));
+}
+
+TEST(AmplitudeSpectrumTest, IsTheFormulaToTheBitForEveryLengthAndStride) {
+    std::mt19937_64 random(3);
+    std::uniform_real_distribution<double> number(-10.0, 10.0);
+    for (const std::size_t stride : {1UL, 2UL, 5UL})
+        for (std::size_t n = 2; n <= 60; n += 2) {
+            std::vector<double> transform(n * stride);
+            for (double& value : transform)
+                value = number(random);
+            std::vector<double> amplitudes(n / 2 + 1, -1.0);
+            writeAmplitudes(transform.data(), static_cast<std::ptrdiff_t>(stride),
+                            static_cast<std::int32_t>(n), amplitudes.data());
+            for (std::size_t k = 0; k < n / 2; ++k) {
+                const double a = transform[(k == 0 ? n - 1 : 2 * k - 1) * stride];
+                const double b = transform[2 * k * stride];
+                const double divisor = static_cast<double>(k == 0 ? n : n / 2);
+                EXPECT_TRUE(agree(amplitudes[k], std::sqrt(a * a + b * b) / divisor, same))
+                    << "n = " << n << ", stride " << stride << ", row " << k;
+            }
+            EXPECT_TRUE(agree(amplitudes[n / 2], -1.0, same)) << "n = " << n << ": behind the last row";
+        }
 }

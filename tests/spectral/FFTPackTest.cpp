@@ -69,6 +69,45 @@ long double bound(std::int32_t n) {
     return 1e-15L * std::log2(static_cast<long double>(n)) + 4e-16L * oddFactors;
 }
 
+/// The general pass written down as plainly as it is published: one harmonic after the other, the turns by which every
+/// fourth harmonic begins taken afresh. A transform of prime length is this and nothing else.
+std::vector<double> plainPrimeTransform(const std::vector<double>& x) {
+    const std::size_t n = x.size();
+    std::vector<double> result(n);
+    result[0] = x[0];
+    for (std::size_t j = 1; 2 * j < n; ++j)
+        result[0] += x[j] + x[n - j];
+    const auto angle = [&](std::size_t l) {
+        return static_cast<double>(l) * 6.283185307179586 / static_cast<double>(n);
+    };
+    double cosOfL = 1.0;
+    double sinOfL = 0.0;
+    const auto turn = [](double& c, double& s, double byCos, double bySin) {
+        const double turned = byCos * c - bySin * s;
+        s = byCos * s + bySin * c;
+        c = turned;
+    };
+    for (std::size_t l = 1; 2 * l < n; ++l) {
+        turn(cosOfL, sinOfL, std::cos(angle(1)), std::sin(angle(1)));
+        if (l % 4 == 0) {
+            cosOfL = std::cos(angle(l));
+            sinOfL = std::sin(angle(l));
+        }
+        double c = cosOfL;
+        double s = sinOfL;
+        double re = x[0] + c * (x[1] + x[n - 1]);
+        double im = s * (x[n - 1] - x[1]);
+        for (std::size_t j = 2; 2 * j < n; ++j) {
+            turn(c, s, cosOfL, sinOfL);
+            re += c * (x[j] + x[n - j]);
+            im += s * (x[n - j] - x[j]);
+        }
+        result[2 * l - 1] = re;
+        result[2 * l] = im;
+    }
+    return result;
+}
+
 /// The laws below compare two transforms, or a transform with its input: each side brings its own error.
 constexpr std::int32_t kLawLengths[] = {2,  3,  4,  5,   6,   7,   8,    12,   15,   16,   27,  30,
                                         49, 60, 64, 100, 121, 243, 1000, 1009, 1024, 2310, 4095};
@@ -200,6 +239,12 @@ TEST(FFTPackTest, PutsRealAndImaginaryPartsInHalfComplexOrder) {
             EXPECT_TRUE(agree(got[place], -std::sin(angle), withinRel(1e-15))) << n << ": Im X[" << k << "]";
         }
     }
+}
+
+TEST(FFTPackTest, PrimeLengthsAgreeWithThePlainPassToTheBit) {
+    for (const std::size_t n :
+         {3UL, 5UL, 7UL, 11UL, 13UL, 17UL, 19UL, 23UL, 29UL, 31UL, 37UL, 41UL, 101UL, 1009UL})
+        EXPECT_EQ(transformOf(noise(n, n)), plainPrimeTransform(noise(n, n))) << "n = " << n;
 }
 
 TEST(FFTPackTest, AgreesWithTheDefinitionForEveryLengthTo2048) {
