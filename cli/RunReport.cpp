@@ -33,6 +33,23 @@ struct Work {
     const char* unit;
 };
 
+std::string pathText(const std::string& path, const char* standardStream) {
+    return getIsStandardStream(path) ? standardStream : path;
+}
+
+/// `12000 rows from wrist.csv, 11900 of them processed, 120 s at 100 rows/s`.
+std::string textOf(const RunOutcome::Recording& recording) {
+    const SourceAccount& account = recording.account;
+    std::string text =
+        std::to_string(recording.rows) + " rows from " + pathText(recording.path, "standard input");
+    if (recording.processedRows < recording.rows)
+        text += ", " + std::to_string(recording.processedRows) + " of them processed";
+    if (recording.rows > 1) text += ", " + formatted("%.6g", account.getLength()) + " s";
+    if (account.getMedianRate()) text += " at " + formatted("%.4g", *account.getMedianRate()) + " rows/s";
+    if (account.missingCells > 0) text += ", " + std::to_string(account.missingCells) + " cells missing";
+    return text;
+}
+
 } // namespace
 
 void ProgressLine::show(const RunProgress& progress) {
@@ -73,17 +90,19 @@ void printSummary(const RunOutcome& outcome, Clock::time_point start) {
         width = std::max(width, recording.id.size());
     for (const RunOutcome::Result& result : outcome.results)
         width = std::max(width, result.id.size());
-    const auto line = [&](const auto& end, const char* direction, const char* standardStream) {
-        out << "  " << end.id << std::string(width - end.id.size() + 2, ' ') << end.rows << " rows "
-            << direction << " " << (getIsStandardStream(end.path) ? standardStream : end.path) << "\n";
+    const auto begin = [&](const std::string& id) -> std::ostream& {
+        return out << "  " << id << std::string(width - std::min(width, id.size()) + 2, ' ');
     };
     const Work work(outcome.progress, outcome.recordings.empty());
-    out << outcome.graph << ": " << work.count << work.unit << " in " << formatted("%.2f", seconds) << " s ("
+    out << outcome.graph << ": " << work.count << work.unit << " (in " << formatted("%.2f", seconds) << " s, "
         << formatted("%.0f", static_cast<double>(work.count) / seconds) << work.unit << "/s)\n";
     for (const RunOutcome::Recording& recording : outcome.recordings)
-        line(recording, "from", "standard input");
-    for (const RunOutcome::Result& result : outcome.results)
-        line(result, "to", "standard output");
+        begin(recording.id) << textOf(recording) << "\n";
+    for (const RunOutcome::Result& result : outcome.results) {
+        begin(result.id) << result.rows << " rows to " << pathText(result.path, "standard output") << "\n";
+        for (const std::string& silence : result.silentPins)
+            begin("") << "nothing to " << silence << "\n";
+    }
 }
 
 void printWarnings(const RunOutcome& outcome) {
@@ -93,6 +112,10 @@ void printWarnings(const RunOutcome& outcome) {
 
 void printFailure(const RunOutcome& outcome) {
     std::cerr << "quillmere: " << outcome.failure << "\n";
+    for (const RunOutcome::Recording& recording : outcome.recordings)
+        if (recording.processedRows < recording.rows)
+            std::cerr << "  " << recording.id << ": " << recording.rows << " rows read, "
+                      << recording.processedRows << " processed\n";
     for (const RunOutcome::Result& result : outcome.results)
         std::cerr << "  incomplete: " << result.rows << " rows in " << result.partialPath << "\n";
 }

@@ -2,6 +2,7 @@
 #include "host/graph/GraphBuilder.h"
 
 #include "framework/Quillmere.h"
+#include "host/graph/MainInput.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/Printable.h"
 #include "host/graph/PropertyWriter.h"
@@ -30,14 +31,6 @@ constexpr const char* kOneThatHasSome = "a block that has some";
 
 std::string quoted(const GraphDescription::Block& block) {
     return "'" + block.id + "' (" + block.type + ")";
-}
-
-/// The input that clocks a block: the first that its step waits on; null for a block without inputs.
-const AbstractInputPin* mainInput(const Core::Filter& block) {
-    const auto& pins = block.getInputPins();
-    const auto found =
-        std::find_if(pins.begin(), pins.end(), [](const auto* pin) { return pin->getIsBlocking(); });
-    return found == pins.end() ? nullptr : *found;
 }
 
 } // namespace
@@ -187,7 +180,7 @@ void GraphBuilder::refusePin(const GraphDescription::Endpoint& end, const Node& 
 void GraphBuilder::checkMainInputs() {
     for (const Node& node : graph.nodes) {
         if (node.block == nullptr || faultyReceivers.contains(node.description->id)) continue;
-        const AbstractInputPin* const pin = mainInput(*node.block);
+        const AbstractInputPin* const pin = mainInputOf(*node.block);
         if (node.sink != nullptr && pin == nullptr)
             complaints.add(node.description->where, quoted(*node.description) + " without a connection",
                            "one at least");

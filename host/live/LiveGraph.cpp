@@ -148,9 +148,9 @@ void LiveGraph::endSinks(bool isWhole) {
     Quillmere::Host::endSinks(graph.getSinks(), isWhole);
 }
 
-RunOutcome LiveGraph::getOutcome(const RunProgress& progress) const {
+RunOutcome LiveGraph::getOutcome(const RunProgress& progress, const std::string& failure) const {
     const std::lock_guard lock(structure);
-    return outcomeOf(graph, getBlocks(), progress);
+    return outcomeOf(graph, getBlocks(), progress, failure);
 }
 
 std::uint64_t LiveGraph::getRounds() const {

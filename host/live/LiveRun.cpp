@@ -82,7 +82,7 @@ private:
     std::string endResults() {
         std::string reason = drive.getFailure();
         if (reason.empty() && isStrict) {
-            const std::vector<Warning> warnings = live.getOutcome(getProgress()).warnings;
+            const std::vector<Warning> warnings = live.getOutcome(getProgress(), {}).warnings;
             if (!warnings.empty()) reason = strictFailureText(warnings);
         }
         try {
@@ -90,8 +90,7 @@ private:
         } catch (const RunException& exception) {
             reason = exception.what();
         }
-        outcome = live.getOutcome(getProgress());
-        outcome.failure = reason;
+        outcome = live.getOutcome(getProgress(), reason);
         return reason;
     }
 

@@ -23,8 +23,7 @@ void OfflineRunner::run(const std::atomic<bool>& stop) {
     } catch (const RunException& exception) {
         failure = exception.what();
     }
-    outcome = gatherOutcome();
-    outcome.failure = failure;
+    outcome = gatherOutcome(failure);
     if (!failure.empty()) throw RunException(failure);
 }
 
@@ -36,15 +35,15 @@ std::string OfflineRunner::runToEnd(const std::atomic<bool>& stop) {
         return failureText(current, streamTime, exception);
     }
     if (!isStrict) return {};
-    const std::vector<Warning> warnings = gatherOutcome().warnings;
+    const std::vector<Warning> warnings = gatherOutcome({}).warnings;
     return warnings.empty() ? std::string() : strictFailureText(warnings);
 }
 
-RunOutcome OfflineRunner::gatherOutcome() const {
+RunOutcome OfflineRunner::gatherOutcome(const std::string& failure) const {
     std::vector<Core::Filter*> blocks;
     for (const Graph::Node& node : graph.getNodes())
         blocks.push_back(node.block.get());
-    return outcomeOf(graph, blocks, getProgress());
+    return outcomeOf(graph, blocks, getProgress(), failure);
 }
 
 void OfflineRunner::runRounds(const std::atomic<bool>& stop) {

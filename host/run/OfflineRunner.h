@@ -52,7 +52,7 @@ public:
 
 private:
     std::string runToEnd(const std::atomic<bool>& stop);
-    RunOutcome gatherOutcome() const;
+    RunOutcome gatherOutcome(const std::string& failure) const;
     void runRounds(const std::atomic<bool>& stop);
     void runRecordings(const std::atomic<bool>& stop);
     void runGenerators(const std::atomic<bool>& stop);

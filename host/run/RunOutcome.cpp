@@ -2,6 +2,8 @@
 #include "host/run/RunOutcome.h"
 
 #include "framework/Quillmere.h"
+#include "host/run/Silence.h"
+#include "host/run/SourceWarnings.h"
 
 #include <algorithm>
 
@@ -43,26 +45,60 @@ void addLinks(const Graph& graph, const Core::Filter& block, const std::vector<C
     }
 }
 
+void addRecording(const Source& source, RunOutcome& outcome) {
+    outcome.recordings.push_back(
+        {source.getName(), source.getPath(), source.getRows(), source.getRows(), source.getAccount()});
+    const std::vector<Warning> warnings = warningsOf(source.getPath(), outcome.recordings.back().account);
+    outcome.warnings.insert(outcome.warnings.end(), warnings.begin(), warnings.end());
+}
+
+/// Whether something is linked to an input and has never sent anything to it.
+bool getIsSilent(Core::AbstractInputPin& input) {
+    return input.getConnectedOutput() != nullptr && input.getCounts().received == 0;
+}
+
+/// A pin that nothing came to is usual: there may have been no event. A sink to which nothing came at all hardly is.
+void addResult(const Graph::Node& node, RunOutcome& outcome) {
+    const Sink& sink = *node.sink;
+    RunOutcome::Result result{sink.getName(), sink.getPath(), sink.getPartialPath(), sink.getRows(), {}};
+    for (Core::AbstractInputPin* const pin : sink.getInputPins())
+        if (getIsSilent(*pin)) result.silentPins.push_back(pin->getName() + ": " + reasonOfSilence(*pin));
+    if (!outcome.getIsWhole()) result.silentPins.clear(); // what failed early hasn't come to everything
+    const bool isSilent =
+        !result.silentPins.empty() && result.silentPins.size() == sink.getInputPins().size();
+    if (isSilent) {
+        outcome.warnings.push_back(
+            {node.description->where,
+             "'" + result.id + "' received nothing: " + reasonOfSilence(*sink.getInputPins().front())});
+        result.silentPins.clear();
+    }
+    outcome.results.push_back(std::move(result));
+}
+
+std::string lossText(const RunOutcome::Link& link) {
+    const std::string from = link.from.empty() ? "others" : "'" + link.from + "'";
+    const std::string samples =
+        std::to_string(link.received) + " samples that " + from + " sent to '" + link.to + "'";
+    if (link.taken == 0) return "none of the " + samples + " was taken";
+    return std::to_string(link.lost) + " of the " + samples + " were lost, since it took them too late";
+}
+
 void warnOfLosses(RunOutcome& outcome) {
     for (const RunOutcome::Link& link : outcome.links)
-        if (link.lost > 0)
-            outcome.warnings.push_back(
-                {link.where, std::to_string(link.lost) + " of the " + std::to_string(link.received) +
-                                 " samples that " + (link.from.empty() ? "others" : "'" + link.from + "'") +
-                                 " sent to '" + link.to + "' were lost, since it took them too late"});
+        if (link.lost > 0) outcome.warnings.push_back({link.where, lossText(link)});
 }
 } // namespace
 
 RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
-                     const RunProgress& progress) {
+                     const RunProgress& progress, const std::string& failure) {
     RunOutcome outcome;
+    outcome.failure = failure;
     outcome.graph = graph.getName();
     outcome.progress = progress;
     for (const Source* const source : graph.getSources())
-        outcome.recordings.push_back({source->getName(), source->getPath(), source->getRows()});
-    for (const Sink* const sink : graph.getSinks())
-        outcome.results.push_back(
-            {sink->getName(), sink->getPath(), sink->getPartialPath(), sink->getRows()});
+        addRecording(*source, outcome);
+    for (const Graph::Node& node : graph.getNodes())
+        if (node.sink != nullptr) addResult(node, outcome);
     for (const Core::Filter* const block : blocks)
         addLinks(graph, *block, blocks, outcome.links);
     warnOfLosses(outcome);

@@ -20,6 +20,8 @@ struct RunOutcome {
         std::string id;
         std::string path; ///< `-` for standard input.
         std::uint64_t rows = 0;
+        std::uint64_t processedRows = 0; ///< Up to the one that was sent last.
+        SourceAccount account;
     };
     /// What a sink has written.
     struct Result {
@@ -27,6 +29,8 @@ struct RunOutcome {
         std::string path;        ///< `-` for standard output.
         std::string partialPath; ///< Where it is as long as it isn't whole.
         std::uint64_t rows = 0;
+        /// Of a result with rows, for each pin to which nothing came its name and why.
+        std::vector<std::string> silentPins;
     };
     /// A link that samples went over; ends are `block.pin`.
     struct Link {
@@ -49,10 +53,10 @@ struct RunOutcome {
     bool getIsWhole() const { return failure.empty(); }
 };
 
-/// What a run of `graph` has done so far. `blocks` are those that take part, the graph's own and later ones.
-/// Requires: none of them is in a step. [any]
+/// What a run of `graph` has done so far, and why it failed, if it did. `blocks` are those that take part, the graph's own
+/// and later ones. Requires: none of them is in a step. [any]
 QUILLMERE_API RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
-                                   const RunProgress& progress);
+                                   const RunProgress& progress, const std::string& failure);
 
 /// Why a run is a failure that ended with these warnings and takes them for errors.
 QUILLMERE_API std::string strictFailureText(const std::vector<Warning>& warnings);

@@ -75,8 +75,8 @@ protected:
     std::optional<Support::Program> program;
 };
 
-const std::regex kSummary("the test: [0-9]+ rows in [0-9.]+ s \\([0-9]+ rows/s\\)\n"
-                          "  in   ([0-9]+) rows from (.*)\n"
+const std::regex kSummary("the test: [0-9]+ rows \\(in [0-9.]+ s, [0-9]+ rows/s\\)\n"
+                          "  in   ([0-9]+) rows from ([^,]*)(?:, .*)?\n"
                           "  out  ([0-9]+) rows to (.*)\n");
 
 TEST_F(LiveCommand, PipesStandardInputToStandardOutputRowByRow) {

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/RunOutcome.h"
 
+#include "host/run/SourceWarnings.h"
 #include "tests/host/GraphFixture.h"
 
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -72,6 +74,83 @@ TEST_F(RunOutcomeTest, WhatATimelineSendsIsNoLink) {
               "");
     EXPECT_EQ(outcome.links.size(), 2u);
     EXPECT_EQ(warningsOfRun(), "") << "of two values before a sample the last counts";
+}
+
+TEST_F(RunOutcomeTest, ARecordingHasALengthAndARate) {
+    EXPECT_EQ(run(graph("", "  - {from: in, to: out.p}\n")), "");
+    const SourceAccount& account = outcome.recordings[0].account;
+    EXPECT_EQ(account.getLength(), 1.0);
+    EXPECT_EQ(account.getMedianRate(), 2.0);
+}
+
+TEST_F(RunOutcomeTest, OddTimeStampsAreWarningsWithTheRecordingsName) {
+    folder.write("in.csv", "t,x\n0,1\n1,1\n1,1\n2,1\n1.5,1\n2.5,1\n3.5,1\n4.5,1\n44.5,1\n45.5,1\n45.5,1\n");
+    EXPECT_EQ(run(graph("", "  - {from: in, to: out.p}\n")), "");
+    EXPECT_EQ(warningsOfRun(),
+              "in.csv: warning: 1 time stamp goes back, in line 6 (from 2 s to 1.5 s)\n"
+              "in.csv: warning: 2 time stamps repeat the one before, the first in line 4 (from 1 s to "
+              "1 s)\n"
+              "in.csv: warning: 1 time stamp jumps by more than ten median steps, in line 10 (from 4.5 "
+              "s to 44.5 s)\n");
+}
+
+TEST(SourceWarnings, SayEverythingThatWasMendedOrLeftOut) {
+    SourceAccount account;
+    EXPECT_TRUE(warningsOf("r.csv", account).empty());
+    account.skippedRows = 2;
+    account.mendedRows = 1;
+    account.isCutEndDropped = true;
+    account.firstFaults = {"line 3: found \"x\"", "line 9: found \"\""};
+    account.isChangedMeanwhile = true;
+    account.otherClock = SourceAccount::OtherClock{"time", 102.4};
+    std::string lines;
+    for (const Warning& warning : warningsOf("-", account))
+        lines += warning.getText() + "\n";
+    EXPECT_EQ(
+        lines,
+        "standard input: warning: 2 bad rows skipped, 1 bad row taken with nan in place of bad cells, the "
+        "last "
+        "line, which is cut, left out: line 3: found \"x\"; line 9: found \"\"\n"
+        "standard input: warning: the file was written to while it was read\n"
+        "standard input: warning: the column 'time' looks like a clock of about 102.4 rows a second, which "
+        "isn't the rate that the graph gives\n");
+}
+
+TEST_F(RunOutcomeTest, ASinkThatReceivedNothingNamesWhoWasSilent) {
+    const std::string twoMore = "  - {id: first, type: FilterGain}\n  - {id: paused, type: FilterFFT}\n"
+                                "  - {id: last, type: FilterGain}\n";
+    EXPECT_EQ(run(graph(twoMore, "  - {from: in, to: first}\n  - {from: first, to: paused}\n"
+                                 "  - {from: paused, to: last}\n  - {from: last, to: out.p}\n")),
+              "");
+    EXPECT_EQ(warningsOfRun(),
+              "g.yaml:5:10: warning: 'out' received nothing: 'paused' (FilterFFT) received 3 samples and "
+              "sent none\n"
+              "g.yaml:11:5: warning: none of the 3 samples that 'first.output' sent to 'paused.in' was "
+              "taken\n");
+    EXPECT_EQ(folder.read("out.csv"), "t\n");
+}
+
+TEST_F(RunOutcomeTest, ARecordingWithoutRowsAndABlockThatFeedsItselfAreToldToo) {
+    folder.write("in.csv", "t,x\n");
+    EXPECT_EQ(run(graph("", "  - {from: in, to: out.p}\n")), "");
+    EXPECT_EQ(warningsOfRun(),
+              "g.yaml:5:10: warning: 'out' received nothing: 'in' (RecordingSource) read 0 rows and sent "
+              "none\n");
+    EXPECT_EQ(
+        run(graph("  - {id: g, type: FilterGain}\n", "  - {from: g, to: g}\n  - {from: g, to: out.p}\n")),
+        "");
+    EXPECT_EQ(warningsOfRun(),
+              "g.yaml:5:10: warning: 'out' received nothing: 'g' waits for what it sends itself\n");
+}
+
+TEST_F(RunOutcomeTest, APinThatReceivedNothingIsNoWarningWhereAnotherDid) {
+    EXPECT_EQ(
+        run(graph("  - {id: rate, type: FilterFrequency}\n",
+                  "  - {from: in, to: rate}\n  - {from: in, to: out.p}\n  - {from: rate, to: out.q}\n")),
+        "");
+    EXPECT_EQ(warningsOfRun(), "");
+    EXPECT_EQ(outcome.results[0].silentPins,
+              std::vector<std::string>{"q: 'rate' (FilterFrequency) received 3 samples and sent none"});
 }
 
 TEST_F(RunOutcomeTest, StrictTakesAWarningForAFailureAndKeepsTheResultsPartial) {

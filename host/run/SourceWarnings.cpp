@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#include "host/run/SourceWarnings.h"
+
+#include "host/plugins/BlockDescription.h"
+#include "host/recording/StandardStream.h"
+
+#include <cstdint>
+
+namespace Quillmere::Host {
+
+namespace {
+using Spot = SourceAccount::Spot;
+
+/// `1 row`, `3 rows`.
+std::string counted(std::uint64_t count, const std::string& thing) {
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
+/// `3 time stamps go back, the first in line 512 (from 5.12 s to 5.11 s)`; `does` is the verb for one and for several.
+std::string timesText(const SourceAccount::Finding& finding, const char* doesOne, const char* doSeveral) {
+    const Spot& spot = finding.first;
+    const bool isOne = finding.count == 1;
+    return counted(finding.count, "time stamp") + " " + (isOne ? doesOne : doSeveral) + ", " +
+           (isOne ? "" : "the first ") + "in line " + std::to_string(spot.line) + " (from " +
+           shortestText(spot.before) + " s to " + shortestText(spot.time) + " s)";
+}
+
+/// What is wrong with rows, with the first places of it.
+std::string faultsText(const SourceAccount& account) {
+    std::vector<std::string> parts;
+    if (account.skippedRows > 0) parts.push_back(counted(account.skippedRows, "bad row") + " skipped");
+    if (account.mendedRows > 0)
+        parts.push_back(counted(account.mendedRows, "bad row") + " taken with nan in place of bad cells");
+    if (account.isCutEndDropped) parts.emplace_back("the last line, which is cut, left out");
+    std::string text;
+    for (const std::string& part : parts)
+        text += (text.empty() ? "" : ", ") + part;
+    if (text.empty() || account.firstFaults.empty()) return text;
+    text += ": ";
+    for (const std::string& fault : account.firstFaults)
+        text += (&fault == &account.firstFaults.front() ? "" : "; ") + fault;
+    return text;
+}
+} // namespace
+
+std::vector<Warning> warningsOf(const std::string& path, const SourceAccount& account) {
+    const Place place{getIsStandardStream(path) ? "standard input" : path, 0, 0};
+    std::vector<Warning> warnings;
+    const auto warn = [&](const std::string& text) { warnings.push_back({place, text}); };
+    if (const std::string faults = faultsText(account); !faults.empty()) warn(faults);
+    if (account.isChangedMeanwhile) warn("the file was written to while it was read");
+    if (account.backward.count > 0) warn(timesText(account.backward, "goes back", "go back"));
+    if (account.equal.count > 0)
+        warn(timesText(account.equal, "repeats the one before", "repeat the one before"));
+    if (account.jumps.count > 0)
+        warn(timesText(account.jumps, "jumps by more than ten median steps",
+                       "jump by more than ten median steps"));
+    if (account.otherClock)
+        warn("the column '" + account.otherClock->column + "' looks like a clock of about " +
+             shortestText(account.otherClock->rate) +
+             " rows a second, which isn't the rate that the graph gives");
+    return warnings;
+}
+
+} // namespace Quillmere::Host
