@@ -1,5 +1,6 @@
-# `cmake --install` gives bin/quillmere, the three libraries, the headers in the tree in which they are written here, and
-# a package that `find_package(Velmarind)` finds, with the targets Quillmere::Core and Quillmere::Host.
+# `cmake --install` gives bin/quillmere, the three libraries, the headers in the tree in which they are written here, a
+# package that `find_package(Velmarind)` finds, with the targets Quillmere::Core, Quillmere::Host and Quillmere::Testing,
+# and, under share/doc, the licence, the documents and the examples.
 
 include(CMakePackageConfigHelpers)
 
@@ -19,13 +20,31 @@ install(TARGETS velmarind_numerics QuillmereCore QuillmereHost quillmere Velmari
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/framework" "${PROJECT_SOURCE_DIR}/host" DESTINATION "${headers}"
   FILES_MATCHING PATTERN "*.h")
-install(FILES "${PROJECT_SOURCE_DIR}/plugin/EntryPoints.h" "${PROJECT_SOURCE_DIR}/plugin/FilterFactory.h"
-  DESTINATION "${headers}/plugin")
-install(FILES "${PROJECT_SOURCE_DIR}/blocks/Block.h" DESTINATION "${headers}/blocks")
+foreach(header IN ITEMS EntryPoints FilterFactory PluginEntry)
+  install(FILES "${PROJECT_SOURCE_DIR}/plugin/${header}.h" DESTINATION "${headers}/plugin")
+endforeach()
+# Of the blocks' headers one is needed to build; the others are what each block's comment is read in, and what they hold.
+foreach(folder IN ITEMS blocks design spectral estimation)
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}" DESTINATION "${headers}"
+    FILES_MATCHING PATTERN "*.h" PATTERN kernels EXCLUDE)
+endforeach()
+# The tests' small language, which the package offers as Quillmere::Testing.
+foreach(file IN ITEMS Feed.h Feed.cpp Numbers.h Numbers.cpp)
+  install(FILES "${PROJECT_SOURCE_DIR}/tests/support/${file}" DESTINATION "${headers}/tests/support")
+endforeach()
+
+# What people read and try. Recordings and results that lie about in a working tree stay there.
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  USE_SOURCE_PERMISSIONS FILES_MATCHING PATTERN "*.yaml" PATTERN "*.py" PATTERN "*.gnuplot" PATTERN "*.h" PATTERN "*.cpp"
+  PATTERN "CMakeLists.txt" PATTERN "build" EXCLUDE PATTERN "__pycache__" EXCLUDE)
 
 install(EXPORT VelmarindTargets NAMESPACE Quillmere:: DESTINATION "${package}")
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/VelmarindConfig.cmake.in"
-  "${PROJECT_BINARY_DIR}/generated/VelmarindConfig.cmake" INSTALL_DESTINATION "${package}")
+  "${PROJECT_BINARY_DIR}/generated/VelmarindConfig.cmake" INSTALL_DESTINATION "${package}" PATH_VARS headers)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/generated/VelmarindConfigVersion.cmake"
   VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/generated/VelmarindConfig.cmake"

@@ -1,39 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "FilterAbsolute.h"
+#include "FilterRunningMean.h"
 
-#include "framework/core/Version.h"
-#include "plugin/EntryPoints.h"
-#include "plugin/FilterFactory.h"
+#include "plugin/PluginEntry.h"
 
-namespace {
-using namespace Quillmere::Core;
-
-class OwnPlugin final : public DefaultPlugin {
-public:
-    OwnPlugin() : DefaultPlugin("OwnBlock", "1.0.0") {
-        metaData.pluginName = getName();
-        metaData.pluginVersion = getVersion();
-        metaData.hostVersion = dllGetQuillmereVersion();
-        addFactory(
-            std::make_unique<FilterFactory<FilterAbsolute>>(getName(), ComponentVersion(getVersion())));
-    }
-};
-
-std::unique_ptr<OwnPlugin> plugin;
-} // namespace
-
-void dllStartPlugin() {
-    if (plugin != nullptr) return;
-    plugin = std::make_unique<OwnPlugin>();
-    FlowManager::instance().getPluginManager().installPlugin(*plugin);
-}
-
-void dllStopPlugin() {
-    if (plugin == nullptr) return;
-    FlowManager::instance().getPluginManager().uninstallPlugin(*plugin);
-    plugin = nullptr;
-}
-
-const char* dllGetQuillmereVersion() {
-    return kFrameworkVersion;
-}
+// The three functions that a host looks for, and the list of blocks that it finds.
+QUILLMERE_PLUGIN("OwnBlock", "1.0.0", FilterAbsolute, FilterRunningMean)

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "Device.h"
+
+#include <cmath>
+
+Device::Device() : driver([this] { drive(); }) {}
+
+Device::~Device() {
+    {
+        const std::lock_guard lock(mutex);
+        isOver = true;
+    }
+    driver.join();
+}
+
+std::optional<Reading> Device::take(std::chrono::milliseconds patience) {
+    std::unique_lock lock(mutex);
+    arrived.wait_for(lock, patience, [this] { return !queue.empty(); });
+    if (queue.empty()) return std::nullopt;
+    const Reading reading = queue.front();
+    queue.pop_front();
+    return reading;
+}
+
+void Device::drive() {
+    constexpr int kRate = 400;
+    const auto start = std::chrono::steady_clock::now();
+    for (int n = 0;; ++n) {
+        std::this_thread::sleep_until(start + std::chrono::microseconds(1000000 / kRate) * n);
+        const double time = static_cast<double>(n) / kRate;
+        const std::lock_guard lock(mutex);
+        if (isOver) return;
+        queue.push_back({time, {std::sin(30.0 * time), std::cos(30.0 * time), 1.0}});
+        arrived.notify_one();
+    }
+}
