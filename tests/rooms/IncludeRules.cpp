@@ -14,7 +14,7 @@ struct Room {
 
 constexpr const char* kMatrix = "framework/transport/MatrixXd.h";
 
-/// In the order of the arrows. Tests, benchmarks and examples may include anything.
+/// In the order of the arrows. Fuzzers, tests, benchmarks and examples may include anything.
 const std::vector<Room> kRooms = {
     {.folder = "framework/util/", .may = {}},
     {.folder = "framework/core/", .may = {"framework/util/"}},

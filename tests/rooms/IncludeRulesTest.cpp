@@ -58,6 +58,8 @@ TEST(IncludeRulesTest, ArrowsRunOneWay) {
         {.file = "blocks/A.cpp", .included = "B.h", .isAllowed = false},
         {.file = "blocks/A.cpp", .included = "../design/B.h", .isAllowed = false},
         {.file = "tests/blocks/A.cpp", .included = "blocks/B.h", .isAllowed = true},
+        {.file = "fuzz/A.cpp", .included = "host/run/B.h", .isAllowed = true},
+        {.file = "host/run/A.cpp", .included = "fuzz/B.h", .isAllowed = false},
         {.file = "benchmarks/A.cpp", .included = "host/run/B.h", .isAllowed = true},
         {.file = "examples/own-block/A.cpp", .included = "B.h", .isAllowed = true},
     };

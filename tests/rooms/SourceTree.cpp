@@ -10,8 +10,8 @@ namespace fs = std::filesystem;
 
 namespace {
 const fs::path kRoot = SOURCE_FOLDER;
-const char* const kFolders[] = {"framework", "design", "spectral", "estimation", "blocks",  "plugin",
-                                "host",      "cli",    "tests",    "benchmarks", "examples"};
+const char* const kFolders[] = {"framework", "design", "spectral", "estimation", "blocks",     "plugin",
+                                "host",      "cli",    "fuzz",     "tests",      "benchmarks", "examples"};
 } // namespace
 
 std::vector<std::string> sourceFiles() {

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "fuzz/Kit.h"
+
+#include "host/recording/RecordingException.h"
+#include "host/run/OfflineRunner.h"
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+
+namespace Fuzz {
+
+using namespace Quillmere::Host;
+
+namespace {
+/// What a fuzzer can't go on without.
+void require(bool isGood) {
+    if (!isGood) std::abort();
+}
+
+constexpr const char* kRecording =
+    "t,x,y,z\n0,1,0.5,-1\n0.01,2,0.25,nan\n0.02,-3,0,1e300\n0.03,,,\n0.04,5,-0.5,inf\n"
+    "0.05,6,1,0\n0.06,6,1,0\n0.07,6,1,0\n0.08,-6,1,1\n0.09,0,0,0\n";
+constexpr std::uint64_t kRounds = 40; ///< Of a graph without a source.
+
+/// Every source and every sink is given another file than the graph names.
+GraphChanges withOwnFiles(const GraphDescription& description, const std::string& recording,
+                          const ResultFolder& results) {
+    GraphChanges changes;
+    for (const GraphDescription::Block& block : description.getBlocks()) {
+        if (block.type == "RecordingSource") changes.inputs.push_back({block.id, recording, "--input"});
+        if (block.type == "RecordingSink")
+            changes.outputs.push_back({block.id, results.path(block.id.substr(0, 100)), "--output"});
+    }
+    return changes;
+}
+
+void run(Graph& graph) {
+    const std::atomic<bool> stop{false};
+    try {
+        graph.openSinks();
+        OfflineRunner runner(graph);
+        runner.setLimit({.rounds = kRounds, .seconds = {}});
+        runner.run(stop);
+    } catch (const RunException&) {
+    } catch (const RecordingException&) {
+    }
+}
+} // namespace
+
+std::string_view textOf(const std::uint8_t* data, std::size_t size) {
+    return {reinterpret_cast<const char*>(data), size}; // bytes are what texts are made of
+}
+
+MemoryFile::MemoryFile()
+    : file(::memfd_create("fuzz", MFD_CLOEXEC)), path("/proc/self/fd/" + std::to_string(file)) {
+    require(file >= 0);
+}
+
+MemoryFile::~MemoryFile() {
+    ::close(file);
+}
+
+void MemoryFile::write(std::string_view text) const {
+    require(::ftruncate(file, 0) == 0);
+    require(::pwrite(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
+}
+
+ResultFolder::ResultFolder() {
+    std::string name = "/dev/shm/velmarind-fuzz-XXXXXX";
+    require(::mkdtemp(name.data()) != nullptr);
+    folder = name;
+}
+
+ResultFolder::~ResultFolder() {
+    std::error_code error;
+    std::filesystem::remove_all(folder, error);
+}
+
+void ResultFolder::empty() const {
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        std::filesystem::remove(entry.path());
+}
+
+const BlockCatalogue& catalogue() {
+    static const BlockCatalogue loaded = [] {
+        BlockCatalogue blocks;
+        blocks.load(VELMARIND_PLUGIN);
+        return blocks;
+    }();
+    return loaded;
+}
+
+BlockPtr blockOf(std::uint64_t index) {
+    static const std::vector<std::string> types = catalogue().getTypeNames();
+    return catalogue().create(types[index % types.size()], "block");
+}
+
+void runGraph(const std::string& text) {
+    static const MemoryFile file;
+    static const MemoryFile recording;
+    static const ResultFolder results;
+    file.write(text);
+    recording.write(kRecording);
+    Complaints heardTwice;
+    const GraphDescription named = GraphDescription::read(file.getPath(), {}, heardTwice);
+    Complaints complaints;
+    const GraphDescription description =
+        GraphDescription::read(file.getPath(), withOwnFiles(named, recording.getPath(), results), complaints);
+    {
+        Graph graph(description, catalogue(), complaints);
+        graph.requireDrive(complaints);
+        graph.openSources(complaints);
+        for (const Complaint& complaint : complaints.getSorted())
+            static_cast<void>(complaint.getText());
+        if (complaints.isEmpty()) run(graph);
+    }
+    results.empty();
+}
+
+} // namespace Fuzz
