@@ -109,6 +109,7 @@ ExitCode RunCommand::run() {
     settle(complaints, arguments.isStrict);
     stopOnSignals();
     ProgressLine progress(start, graph.getSources().empty());
+    graph.setStop(isStopped);
     const RunOutcome outcome = isLive ? runLive(graph, catalogue, progress) : runOffline(graph, progress);
     progress.clear();
     if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Commands.h"
 
+#include "host/recording/RecordingException.h"
+
 #include <CLI/CLI.hpp>
 
 #include <exception>
@@ -54,6 +56,10 @@ int main(int count, char** arguments) {
         return call(program, count, arguments);
     } catch (const Cli::UsageError& error) {
         std::cerr << "quillmere: " << error.text << "\n";
+    } catch (const Quillmere::Host::InterruptedException& error) {
+        // Before its first round, a run waited for somebody to read a result.
+        std::cerr << "quillmere: " << error.what() << "\n";
+        return Cli::kFailedMidway;
     } catch (const std::exception& error) {
         // Wrong graphs, plug-ins and recordings: a run that had begun ends in its command.
         std::cerr << error.what() << "\n";

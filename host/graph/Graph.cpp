@@ -47,6 +47,13 @@ void Graph::openSources(Complaints& complaints) {
     }
 }
 
+void Graph::setStop(const std::atomic<bool>& stop) {
+    for (Source* const source : sources)
+        source->setStop(stop);
+    for (Sink* const sink : sinks)
+        sink->setStop(stop);
+}
+
 void Graph::openSinks() {
     try {
         for (Sink* const sink : sinks)

@@ -8,6 +8,7 @@
 #include "host/graph/Timeline.h"
 #include "host/plugins/BlockCatalogue.h"
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,9 @@ public:
     /// Opens the recordings and complains of what they lack, and of results that have no place. No result is touched.
     /// [setup]
     void openSources(Complaints& complaints);
+    /// From then on sources and sinks that wait for the other end of a pipe raise `InterruptedException` when `stop` is true.
+    /// `stop` isn't owned and outlives the graph. Requires: the sources are open. [setup]
+    void setStop(const std::atomic<bool>& stop);
     /// Starts the results. When one can't be started, those that could are thrown away, and `RecordingException` is
     /// raised. [setup]
     void openSinks();

@@ -7,6 +7,7 @@
 #include "host/graph/GraphDescription.h"
 #include "host/graph/SourceAccount.h"
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -37,6 +38,10 @@ public:
     /// The file that it reads or writes, `-` for standard input or output, and where the graph names it.
     const std::string& getPath() const { return path; }
     const Place& getPathPlace() const { return pathPlace; }
+
+    /// From then on who waits for the other end of a pipe raises `InterruptedException` when `stop` is true. `stop` isn't owned
+    /// and outlives the block. Requires: of a source, that it is open. [setup]
+    virtual void setStop(const std::atomic<bool>& stop) = 0;
 
 protected:
     /// Takes the setting `file`.

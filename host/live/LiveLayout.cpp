@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/LiveLayout.h"
 
+#include "host/recording/RecordingException.h"
+
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
@@ -106,6 +108,8 @@ void LiveLayout::run() {
     try {
         while (!drive.getIsCut() && !getGate().getIsShutDown())
             turn();
+    } catch (const InterruptedException& exception) {
+        drive.cut(exception.what()); // no block's fault
     } catch (const std::exception& exception) {
         drive.cut(failureText(current, timeOfFailure(), exception));
     } catch (...) {

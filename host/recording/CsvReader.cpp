@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/CsvReader.h"
 
+#include "host/graph/Printable.h"
+#include "host/recording/Dialect.h"
 #include "host/recording/RecordingException.h"
-#include "host/recording/StandardStream.h"
-
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <limits>
@@ -47,62 +42,52 @@ const char* endOfCell(const char* begin, const char* lineEnd) {
     return first;
 }
 
-/// A cell's text without blanks and quotes; a doubled quote inside quotes is one.
-std::string plainText(std::string_view cell) {
+/// What is in the quotes of a cell, as it stands there; without quotes the cell. Blanks around don't count.
+std::string_view unquoted(std::string_view cell) {
     cell = trimmed(cell);
-    if (cell.size() < 2 || cell.front() != '"' || cell.back() != '"') return std::string(cell);
+    const bool isQuoted = cell.size() >= 2 && cell.front() == '"' && cell.back() == '"';
+    return isQuoted ? cell.substr(1, cell.size() - 2) : cell;
+}
+
+/// A cell's text without blanks and quotes; a doubled quote inside quotes is one. A number or a text for missing values has
+/// none, so only names and messages need this.
+std::string plainText(std::string_view cell) {
+    const std::string_view inner = unquoted(cell);
+    if (inner.size() == trimmed(cell).size()) return std::string(inner);
     std::string text;
-    for (std::size_t i = 1; i + 1 < cell.size(); ++i) {
-        text += cell[i];
-        if (cell[i] == '"' && i + 2 < cell.size() && cell[i + 1] == '"') ++i;
+    for (std::size_t i = 0; i < inner.size(); ++i) {
+        text += inner[i];
+        if (inner[i] == '"' && i + 1 < inner.size() && inner[i + 1] == '"') ++i;
     }
     return text;
 }
 
-constexpr const char* kStandardInput = "standard input";
-
-/// A descriptor of its own, also of standard input, so that closing it closes nobody else's.
-int openForReading(const std::string& path) {
-    if (path == kStandardInput) return ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
-    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+bool isNumber(const std::string& text) {
+    double value = 0.0;
+    return std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc();
 }
 
-std::string shortened(std::string_view text) {
-    if (text.size() <= kQuotedText) return std::string(text);
-    return std::string(text.substr(0, kQuotedText)) + "...";
+std::string quoted(std::string_view text) {
+    return "\"" + printable(text, kQuotedText) + "\"";
 }
 
 } // namespace
 
-CsvReader::CsvReader(std::string filePath)
-    : path(getIsStandardStream(filePath) ? kStandardInput : std::move(filePath)), file(openForReading(path)),
-      piece(kPieceSize) {
-    if (file < 0) throw RecordingException(path + ": cannot be opened: " + std::strerror(errno));
-    try {
-        struct stat facts {};
-        if (::fstat(file, &facts) == 0 && S_ISREG(facts.st_mode)) {
-            isPiped = false;
-            size = static_cast<std::uint64_t>(facts.st_size);
-        }
-        cursor = filled = piece.data();
-        readHeader();
-    } catch (...) {
-        ::close(file);
-        throw;
-    }
-}
-
-CsvReader::~CsvReader() {
-    ::close(file);
+CsvReader::CsvReader(const std::string& path) : file(path), piece(kPieceSize) {
+    cursor = filled = piece.data();
+    readHeader();
 }
 
 void CsvReader::readHeader() {
+    lineBegin = cursor;
+    if (refill()) refuseDialect(); // without line ends, the first line would be the whole file
     bool found = nextLine();
+    if (found) refuseDialect();
     if (found && std::string_view(lineBegin, lineEnd).starts_with(kByteOrderMark))
         lineBegin += kByteOrderMark.size();
     while (found && (lineBegin == lineEnd || *lineBegin == '#'))
         found = nextLine();
-    if (!found) throw RecordingException(path + ": found no header row; expected a row of column names");
+    if (!found) throw RecordingException(getPath() + ": found no header row; expected a row of column names");
     for (const char* begin = lineBegin;; ++begin) {
         const char* end = endOfCell(begin, lineEnd);
         columns.push_back(plainText({begin, end}));
@@ -110,6 +95,13 @@ void CsvReader::readHeader() {
         begin = end;
     }
     targets.assign(columns.size(), kPassedOver);
+}
+
+/// Raises when what has been read of the file is no table of ours. Requires: the file's begin is in memory.
+void CsvReader::refuseDialect() const {
+    const Dialect dialect = dialectOf({piece.data(), filled});
+    if (dialect.found.empty()) return;
+    throw RecordingException(getPath() + ": found " + dialect.found + "; expected " + dialect.expected);
 }
 
 void CsvReader::select(const std::vector<std::size_t>& chosen) {
@@ -120,20 +112,34 @@ void CsvReader::select(const std::vector<std::size_t>& chosen) {
     emptyCells = 0;
 }
 
+void CsvReader::setMissing(std::vector<std::string> texts) {
+    missing = std::move(texts);
+    hasMissingNumbers = std::any_of(missing.begin(), missing.end(), isNumber);
+}
+
 bool CsvReader::readRow(double* values) {
-    if (emptyCells > 0) {
-        std::fill(empty.begin(), empty.end(), char{0});
-        emptyCells = 0;
-    }
+    const Row row = takeRow(values);
+    if (row == Row::Faulty) throw RecordingException(getFault());
+    return row == Row::Sound;
+}
+
+CsvReader::Row CsvReader::takeRow(double* values) {
+    if (emptyCells > 0) std::fill(empty.begin(), empty.end(), char{0});
+    emptyCells = missingCells = 0;
+    fault = Fault::None;
+    hasAllCells = true;
     do {
-        if (!nextLine()) return false;
+        if (!nextLine()) return Row::End;
     } while (lineBegin == lineEnd && columns.size() > 1);
 
     const char* begin = lineBegin;
     const char* const end = lineEnd;
     const std::size_t width = columns.size();
     for (std::size_t column = 0;; ++column, ++begin) {
-        if (column == width) refuseRow(width + 1);
+        if (column == width) {
+            noteFault(Fault::CellsTooMany, width - 1);
+            break;
+        }
         const std::size_t target = targets[column];
         const char* next = begin;
         if (target == kPassedOver) {
@@ -142,20 +148,50 @@ bool CsvReader::readRow(double* values) {
             // The common cell is a bare number up to the comma; everything else takes the other road.
             const auto [stop, error] = std::from_chars(begin, end, values[target]);
             next = stop;
-            if (error != std::errc() || (stop != end && *stop != ',')) {
-                next = endOfCell(begin, end);
-                if (plainText({begin, next}).empty())
-                    noteEmpty(target);
-                else
-                    values[target] = parseOdd(begin, next, column);
-            }
+            if (error != std::errc() || (stop != end && *stop != ',') || hasMissingNumbers)
+                next = readOddCell(begin, column, values[target]);
         }
         if (next == end) {
-            if (column + 1 != width) refuseRow(column + 1);
-            return true;
+            if (column + 1 != width) noteFault(Fault::CellsMissing, column + 1);
+            break;
         }
         begin = next;
     }
+    return fault == Fault::None ? Row::Sound : Row::Faulty;
+}
+
+/// Reads the cell at `begin` that may be anything, and gives back its end.
+const char* CsvReader::readOddCell(const char* begin, std::size_t column, double& value) {
+    const char* const end = endOfCell(begin, lineEnd);
+    const std::string_view text = unquoted({begin, end});
+    if (std::find(missing.begin(), missing.end(), trimmed(text)) != missing.end()) {
+        value = std::numeric_limits<double>::quiet_NaN();
+        ++missingCells;
+    } else if (text.empty()) {
+        empty[targets[column]] = 1;
+        ++emptyCells;
+    } else {
+        value = parse(trimmed(text), column);
+    }
+    return end;
+}
+
+double CsvReader::parse(std::string_view text, std::size_t column) {
+    const bool hasPlus = text.size() > 1 && text[0] == '+' && text[1] != '-';
+    const char* const last = text.data() + text.size();
+    double value = 0.0;
+    const auto [stop, error] = std::from_chars(text.data() + (hasPlus ? 1 : 0), last, value);
+    if (error == std::errc() && stop == last) return value;
+    const bool isTooLarge = error == std::errc::result_out_of_range && stop == last;
+    noteFault(isTooLarge ? Fault::TooLarge : Fault::NoNumber, column);
+    return std::numeric_limits<double>::quiet_NaN();
+}
+
+void CsvReader::noteFault(Fault kind, std::size_t column) {
+    if (kind == Fault::CellsMissing || kind == Fault::CellsTooMany) hasAllCells = false;
+    if (fault != Fault::None) return;
+    fault = kind;
+    faultyColumn = column;
 }
 
 bool CsvReader::getIsRowReady() {
@@ -170,29 +206,9 @@ bool CsvReader::getIsRowReady() {
             continue;
         }
         if (hasLine || atEnd) return true;
-        pollfd look{file, POLLIN, 0};
-        if (::poll(&look, 1, 0) <= 0) return false; // a signal came between: as good as nothing yet
+        if (!file.getIsReadable()) return false;
         refill();
     }
-}
-
-void CsvReader::noteEmpty(std::size_t value) {
-    empty[value] = 1;
-    ++emptyCells;
-}
-
-double CsvReader::parseOdd(const char* begin, const char* end, std::size_t column) {
-    const std::string text = plainText({begin, end});
-    const std::string inner(trimmed(text));
-    const bool hasPlus = inner.size() > 1 && inner[0] == '+' && inner[1] != '-';
-    const char* first = inner.data() + (hasPlus ? 1 : 0);
-    const char* last = inner.data() + inner.size();
-    double value = 0.0;
-    const auto [stop, error] = std::from_chars(first, last, value);
-    if (error == std::errc::result_out_of_range && stop == last)
-        refuse(columns[column], text, "a number that a 64-bit float can hold");
-    if (error != std::errc() || stop != last) refuse(columns[column], text, "a number");
-    return value;
 }
 
 /// Finds the next line and puts its bounds into `lineBegin` and `lineEnd`; false at the end of the file.
@@ -205,14 +221,18 @@ bool CsvReader::nextLine() {
         if (!refill()) break;
         from = cursor + searched;
     }
-    if (stop == nullptr) {
+    isCut = stop == nullptr;
+    if (isCut) {
         if (cursor == filled) return false;
         stop = filled; // the last line, without a line end
     }
     lineBegin = cursor;
     lineEnd = stop;
     cursor = stop == filled ? stop : stop + 1;
-    if (lineEnd != lineBegin && lineEnd[-1] == '\r') --lineEnd;
+    if (lineEnd != lineBegin && lineEnd[-1] == '\r') {
+        --lineEnd;
+        isCut = false; // half of a line end tells as much as a whole one
+    }
     ++line;
     return true;
 }
@@ -225,36 +245,58 @@ bool CsvReader::refill() {
     std::memmove(piece.data(), cursor, left);
     if (left == piece.size()) {
         if (left >= kLongestRow)
-            throw RecordingException(path + ":" + std::to_string(line + 1) +
+            throw RecordingException(getPath() + ":" + std::to_string(line + 1) +
                                      ": found a row of more than 64 MiB; expected a table of numbers");
         piece.resize(piece.size() * 2);
     }
-    ssize_t count = 0;
-    do {
-        count = ::read(file, piece.data() + left, piece.size() - left);
-    } while (count < 0 && errno == EINTR);
-    if (count < 0) throw RecordingException(path + ": cannot be read: " + std::strerror(errno));
-    atEnd = count == 0;
     cursor = piece.data();
-    filled = piece.data() + left + count;
+    filled = piece.data() + left;
+    const std::size_t count = file.read(piece.data() + left, piece.size() - left);
+    atEnd = count == 0;
+    filled += count;
     return !atEnd;
 }
 
-void CsvReader::refuse(std::string_view columnName, std::string_view found,
-                       const std::string& expected) const {
-    throw RecordingException(path + ":" + std::to_string(line) + ": column '" + std::string(columnName) +
-                             "': found \"" + shortened(found) + "\"; expected " + expected);
+std::string CsvReader::getFault() const {
+    switch (fault) {
+    case Fault::NoNumber:
+        return getFaultOfCell(faultyColumn, "a number");
+    case Fault::TooLarge:
+        return getFaultOfCell(faultyColumn, "a number that a 64-bit float can hold");
+    case Fault::CellsMissing:
+        return placeOf(faultyColumn) + "found a row that ends before it, " + lineText();
+    case Fault::CellsTooMany:
+        return placeOf(faultyColumn) + "found more cells behind it in " + lineText();
+    case Fault::None:
+        break;
+    }
+    return {};
 }
 
-void CsvReader::refuseRow(std::size_t cells) const {
-    const std::string header = std::to_string(columns.size());
-    if (cells > columns.size())
-        throw RecordingException(path + ":" + std::to_string(line) + ": column '" + columns.back() +
-                                 "': found more cells behind it in \"" + shortened({lineBegin, lineEnd}) +
-                                 "\"; expected " + header + " cells, as the header has");
-    throw RecordingException(path + ":" + std::to_string(line) + ": column '" + columns[cells] +
-                             "': found a row that ends before it, \"" + shortened({lineBegin, lineEnd}) +
-                             "\"; expected " + header + " cells, as the header has");
+std::string CsvReader::getFaultOfCell(std::size_t column, const std::string& expected) const {
+    const char* begin = lineBegin;
+    for (std::size_t i = 0; i < column; ++i)
+        begin = endOfCell(begin, lineEnd) + 1;
+    return placeOf(column) + "found " + quoted(plainText({begin, endOfCell(begin, lineEnd)})) +
+           "; expected " + expected;
+}
+
+std::string CsvReader::getRowText() const {
+    return place() + "found " + quoted({lineBegin, lineEnd});
+}
+
+std::string CsvReader::place() const {
+    return getPath() + ":" + std::to_string(line) + ": ";
+}
+
+std::string CsvReader::placeOf(std::size_t column) const {
+    return place() + "column '" + printable(columns[column], kLongestName) + "': ";
+}
+
+/// The line and how many cells it should have.
+std::string CsvReader::lineText() const {
+    return quoted({lineBegin, lineEnd}) + "; expected " + std::to_string(columns.size()) +
+           " cells, as the header has";
 }
 
 } // namespace Quillmere::Host

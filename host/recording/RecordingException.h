@@ -14,4 +14,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// Who waited for the other end of a pipe was told to stop. Nothing is wrong with the recording or the result.
+class QUILLMERE_API InterruptedException : public RecordingException {
+public:
+    InterruptedException() : RecordingException("interrupted") {}
+};
+
 } // namespace Quillmere::Host

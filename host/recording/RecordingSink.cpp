@@ -136,7 +136,7 @@ void RecordingSink::open() {
     std::vector<TableWriter::Group> groups;
     for (const Core::InputPin<Core::MatrixXd>& pin : inputs)
         groups.push_back({pin.getName(), names[pin.getName()]});
-    table = std::make_unique<TableWriter>(getPath(), timeName, std::move(groups));
+    table = std::make_unique<TableWriter>(getPath(), timeName, std::move(groups), stop);
     samples.assign(inputs.size(), nullptr);
     gathered.resize(inputs.size());
 }

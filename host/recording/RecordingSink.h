@@ -39,6 +39,7 @@ public:
     void setGathersByTime(bool flag) override { gathersByTime = flag; }
     void setWritesThrough(bool flag) override { writesThrough = flag; }
     void giveUp() override { table->giveUp(); }
+    void setStop(const std::atomic<bool>& flag) override { stop = &flag; }
     void complete() override;
     void abandon() override;
     void discard() override;
@@ -63,6 +64,7 @@ private:
     std::vector<NamedColumns> columns;
     std::string timeName = "t";
 
+    const std::atomic<bool>* stop = nullptr;
     std::unique_ptr<TableWriter> table;
     std::vector<const Core::MatrixXd*>
         samples;             ///< Of the row that is being written, null where nothing came.

@@ -2,6 +2,8 @@
 #include "host/recording/RecordingSource.h"
 
 #include "host/graph/NearestName.h"
+#include "host/recording/Dialect.h"
+#include "host/recording/OtherClock.h"
 #include "host/recording/RecordingException.h"
 
 #include <algorithm>
@@ -12,6 +14,15 @@ namespace Quillmere::Host {
 
 namespace {
 constexpr std::int64_t kLargestCount = std::numeric_limits<std::int32_t>::max();
+
+/// The place of a word among `words`, which a message lists; 0 when it isn't one of them, which is a complaint.
+std::size_t takeChoice(const Value& value, const std::vector<std::string>& words, Complaints& complaints) {
+    const auto found = value.isScalar() ? std::find(words.begin(), words.end(), value.text) : words.end();
+    if (found != words.end()) return static_cast<std::size_t>(found - words.begin());
+    complaints.add(value.where, value.describe(), "one of " + listOfNames(words),
+                   value.isScalar() ? nearestName(value.text, words) : "");
+    return 0;
+}
 } // namespace
 
 RecordingSource::RecordingSource(const std::string& instanceName) : Source(instanceName, true) {}
@@ -21,14 +32,16 @@ RecordingSource::~RecordingSource() = default;
 void RecordingSource::process() {
     if (!isReleased || !isReady) return;
     isReleased = isReady = false;
-    for (Output& output : outputs) {
-        if (!output.hasSample) continue;
-        fill(output);
-        output.pin.send(nextTimeStamp);
+    if (frameRows == 0) rows.add(1);
+    for (std::size_t pin = 0; pin < outputs.size(); ++pin) {
+        if (!recording->getHasSample(pin)) continue;
+        fill(pin);
+        outputs[pin].pin.send(getNextTimeStamp());
     }
 }
 
-void RecordingSource::fill(Output& output) const {
+void RecordingSource::fill(std::size_t pin) {
+    Output& output = outputs[pin];
     const std::size_t columns = output.columns.size();
     Core::MatrixXd& sample = output.pin.data.value;
     Core::resizeSample(sample, static_cast<Eigen::Index>(frameRows == 0 ? 1 : frameRows),
@@ -38,7 +51,7 @@ void RecordingSource::fill(Output& output) const {
         std::copy(output.frame.begin(), output.frame.end(), to);
     else
         for (std::size_t i = 0; i < columns; ++i)
-            to[i] = row[output.cells[i]];
+            to[i] = recording->getElement(pin, i);
 }
 
 const std::vector<HostBlock::SettingDescription>& RecordingSource::getSettingDescriptions() const {
@@ -48,7 +61,12 @@ const std::vector<HostBlock::SettingDescription>& RecordingSource::getSettingDes
         {"time", "text", "by rate", "the column that holds the time in seconds"},
         {"rate", "number", "by time", "rows a second, for a recording without a time column"},
         {"frame", "whole number", "none", "rows that make one sample; without it each row is one"},
-        {"hop", "whole number", "as frame", "rows from the begin of a frame to the begin of the next"}};
+        {"hop", "whole number", "as frame", "rows from the begin of a frame to the begin of the next"},
+        {"onBadRow", "error, skip or nan", "error",
+         "what a row with a bad cell does: it ends the run, is passed over, or has nan there"},
+        {"missing", "list", "none", "texts of cells that stand for nan, as in [NA, \"\"]"},
+        {"onCutEnd", "error or drop", "error",
+         "whether a last line without its end is a row as any other, or is left out"}};
     return descriptions;
 }
 
@@ -84,6 +102,12 @@ void RecordingSource::takeSetting(const GraphDescription::Setting& setting, cons
         hop = static_cast<std::size_t>(takeCount(value, complaints).value_or(1));
     } else if (setting.name == "pins") {
         takePins(value, complaints);
+    } else if (setting.name == "onBadRow") {
+        plan.onBadRow = static_cast<OnBadRow>(takeChoice(value, {"error", "skip", "nan"}, complaints));
+    } else if (setting.name == "missing") {
+        takeMissing(value, complaints);
+    } else if (setting.name == "onCutEnd") {
+        plan.onCutEnd = static_cast<OnCutEnd>(takeChoice(value, {"error", "drop"}, complaints));
     } else {
         refuseSetting(setting, complaints);
     }
@@ -123,6 +147,16 @@ void RecordingSource::takeColumns(const Value& value, Output& output, Complaints
         if (const auto name = toText(item, complaints)) output.columns.push_back({*name, item.where});
 }
 
+void RecordingSource::takeMissing(const Value& value, Complaints& complaints) {
+    if (value.kind == Value::Kind::Map || value.kind == Value::Kind::Null) {
+        complaints.add(value.where, value.describe(), "a list of texts, as in [NA, \"\"]");
+        return;
+    }
+    const std::vector<Value> texts = value.isScalar() ? std::vector<Value>{value} : value.items;
+    for (const Value& text : texts)
+        if (const auto word = toText(text, complaints)) plan.missing.push_back(*word);
+}
+
 void RecordingSource::requireClock(const GraphDescription::Block& description, Complaints& complaints) const {
     int clocks = 0;
     for (const GraphDescription::Setting& setting : description.settings)
@@ -135,6 +169,7 @@ void RecordingSource::requireClock(const GraphDescription::Block& description, C
 }
 
 void RecordingSource::open(Complaints& complaints) {
+    std::unique_ptr<CsvReader> reader;
     try {
         reader = std::make_unique<CsvReader>(getPath());
     } catch (const RecordingException& exception) {
@@ -143,102 +178,77 @@ void RecordingSource::open(Complaints& complaints) {
                        "a CSV file with a row of column names");
         return;
     }
-    // A column may stand in several pins; the reader gives it once.
-    std::vector<std::size_t> chosen;
+    planCells(*reader, complaints);
+    recording = std::make_unique<RecordingRows>(std::move(reader), plan);
+}
+
+/// A column may stand in several pins; the reader gives it once.
+void RecordingSource::planCells(const CsvReader& reader, Complaints& complaints) {
+    std::vector<std::size_t>& chosen = plan.chosen;
     const auto cellOf = [&](const Column& column) -> std::size_t {
-        const std::optional<std::size_t> index = findColumn(column, complaints);
+        const std::optional<std::size_t> index = findColumn(reader, column, complaints);
         if (!index) return 0;
         const auto known = std::find(chosen.begin(), chosen.end(), *index);
         if (known != chosen.end()) return static_cast<std::size_t>(known - chosen.begin());
         chosen.push_back(*index);
         return chosen.size() - 1;
     };
-    for (Output& output : outputs)
+    for (const Output& output : outputs) {
+        plan.pins.push_back({output.pin.getName(), {}});
         for (const Column& column : output.columns)
-            output.cells.push_back(cellOf(column));
-    if (timeColumn) timeCell = cellOf(*timeColumn);
-    reader->select(chosen);
-    timeIndex = chosen.empty() ? 0 : chosen[timeCell];
-    row.assign(chosen.size(), 0.0);
-    watch = std::make_unique<TimeStampWatch>();
+            plan.pins.back().cells.push_back(cellOf(column));
+    }
+    if (timeColumn) plan.timeCell = cellOf(*timeColumn);
+    plan.rate = rate.value_or(0.0);
+    plan.isFramed = frameRows > 0;
 }
 
-std::optional<std::size_t> RecordingSource::findColumn(const Column& column, Complaints& complaints) const {
-    const std::vector<std::string>& names = reader->getColumns();
+std::optional<std::size_t> RecordingSource::findColumn(const CsvReader& reader, const Column& column,
+                                                       Complaints& complaints) const {
+    const std::vector<std::string>& names = reader.getColumns();
     const auto found = std::find(names.begin(), names.end(), column.name);
+    const std::string name = "column '" + column.name + "'";
     if (found == names.end()) {
-        complaints.add(column.where, "the column '" + column.name + "'",
-                       "one of " + getPath() + ": " + listOfNames(names), nearestName(column.name, names));
+        const std::string separator = separatorOf(names, column.name);
+        if (separator.empty())
+            complaints.add(column.where, "the " + name, "one of " + getPath() + ": " + listOfNames(names),
+                           nearestName(column.name, names));
+        else
+            complaints.add(column.where,
+                           "no " + name + " in " + getPath() + ", which looks separated by " + separator,
+                           "commas between its cells");
         return std::nullopt;
     }
     if (std::find(found + 1, names.end(), column.name) != names.end())
-        complaints.add(column.where, "the column '" + column.name + "' twice in " + getPath(),
-                       "a name that one column has");
+        complaints.add(column.where, "the " + name + " twice in " + getPath(), "a name that one column has");
     return static_cast<std::size_t>(found - names.begin());
 }
 
 bool RecordingSource::prepare() {
-    if (!isReady) isReady = frameRows == 0 ? readRow() : gatherFrame();
-    return isReady;
-}
-
-bool RecordingSource::readRow() {
-    if (!reader->readRow(row.data())) return false;
-    nextTimeStamp = readTimeStamp();
-    rows.add(1);
-    watch->take(nextTimeStamp, rows.get(), reader->getLine());
-    if (reader->getHasEmptyCells())
-        noteEmptyCells();
-    else
-        for (Output& output : outputs)
-            output.hasSample = true;
-    return true;
-}
-
-double RecordingSource::readTimeStamp() const {
-    if (!timeColumn) return static_cast<double>(rows.get()) / *rate;
-    const std::string expected = "a time in seconds";
-    if (reader->getIsEmpty(timeCell)) reader->refuse(timeColumn->name, "", expected);
-    const double time = row[timeCell];
-    if (!std::isfinite(time)) reader->refuse(timeColumn->name, std::isnan(time) ? "nan" : "inf", expected);
-    return time;
-}
-
-/// A pin without any cell has no sample in this row; one with some is a fault.
-void RecordingSource::noteEmptyCells() {
-    for (Output& output : outputs) {
-        const auto isEmpty = [&](std::size_t cell) { return reader->getIsEmpty(cell); };
-        const auto first = std::find_if(output.cells.begin(), output.cells.end(), isEmpty);
-        output.hasSample = first == output.cells.end();
-        if (output.hasSample) continue;
-        const bool isWhole = std::all_of(output.cells.begin(), output.cells.end(), isEmpty);
-        if (isWhole && frameRows == 0) continue;
-        const std::string& name = output.columns[static_cast<std::size_t>(first - output.cells.begin())].name;
-        reader->refuse(name, "",
-                       isWhole
-                           ? "a number, since a frame has no holes"
-                           : "a number, or nothing in all columns of the pin '" + output.pin.getName() + "'");
+    while (!isReady && readOn()) {
     }
+    return isReady;
 }
 
 bool RecordingSource::getIsPrepared() {
-    // The rows of a frame that have come are gathered at once; only the one that fills it, or the end, makes it ready.
-    while (!isReady && reader->getIsRowReady()) {
-        if (frameRows == 0 || reader->getIsAtEnd()) return true;
-        if (readRow()) isReady = takeRowIntoFrame();
+    // Rows that have come are taken at once until one, or the last of a frame, makes a sample.
+    while (!isReady && recording->getIsReady()) {
+        if (recording->getReader().getIsAtEnd()) return true;
+        readOn();
     }
     return isReady;
 }
 
-/// Reads rows until a frame is full; false when the recording ends before.
-bool RecordingSource::gatherFrame() {
-    while (readRow())
-        if (takeRowIntoFrame()) return true;
-    return false;
+/// Reads one row; false at the end.
+bool RecordingSource::readOn() {
+    const RecordingRows::Row read = recording->take();
+    if (read == RecordingRows::Row::Taken) isReady = frameRows == 0 || takeRowIntoFrame();
+    return read != RecordingRows::Row::End;
 }
 
 /// Adds the row that was read to the frame; true when the frame is full.
 bool RecordingSource::takeRowIntoFrame() {
+    rows.add(1);
     if (toSkip > 0) {
         --toSkip;
         return false;
@@ -250,43 +260,33 @@ bool RecordingSource::takeRowIntoFrame() {
                                output.frame.end() -
                                    static_cast<std::ptrdiff_t>(gathered * output.columns.size()));
     }
-    for (Output& output : outputs)
-        addToFrame(output);
+    for (std::size_t pin = 0; pin < outputs.size(); ++pin)
+        for (std::size_t i = 0; i < outputs[pin].columns.size(); ++i)
+            outputs[pin].frame.push_back(recording->getElement(pin, i));
     if (++gathered < frameRows) return false;
     toSkip = hop > frameRows ? hop - frameRows : 0;
     return true;
 }
 
-void RecordingSource::addToFrame(Output& output) const {
-    for (const std::size_t cell : output.cells)
-        output.frame.push_back(row[cell]);
-}
-
-SourceAccount RecordingSource::getAccount() const {
-    SourceAccount account;
-    account.rows = rows.get();
-    watch->tell(account);
-    return account;
-}
-
 std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) const {
     if (getIsPiped()) return std::nullopt;
     SourceAccount account;
-    TimeStampWatch times;
     try {
-        CsvReader ahead(getPath());
-        if (timeColumn) ahead.select({timeIndex});
-        double time = 0.0;
-        while (account.rows < most && ahead.readRow(&time)) {
-            ++account.rows;
-            if (!timeColumn) time = static_cast<double>(account.rows - 1) / *rate;
-            if (!std::isfinite(time)) break;
-            times.take(time, account.rows, ahead.getLine());
+        RecordingRows ahead(std::make_unique<CsvReader>(getPath()), recording->getPlan());
+        const auto look = [&] {
+            for (std::uint64_t i = 0; i < most; ++i)
+                if (ahead.take() == RecordingRows::Row::End) return;
+        };
+        try {
+            look();
+        } catch (const RecordingException&) {
+            // A bad row, which the run will tell of.
         }
+        account = ahead.getAccount();
+        if (rate) account.otherClock = findOtherClock(getPath(), *rate, most);
     } catch (const RecordingException&) {
-        // The run will tell of it.
+        // The file is gone.
     }
-    times.tell(account);
     return account;
 }
 

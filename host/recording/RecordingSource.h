@@ -4,9 +4,9 @@
 #include "framework/core/Api.h"
 #include "framework/transport/OutputPin.h"
 #include "host/graph/HostBlock.h"
-#include "host/recording/CsvReader.h"
-#include "host/recording/TimeStampWatch.h"
+#include "host/recording/RecordingRows.h"
 
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -22,7 +22,8 @@ namespace Quillmere::Host {
 /// time stamp is the row's time column in seconds, or the row's number divided by `rate`; a frame has that of its last
 /// row, and the next frame begins `hop` rows after it began. Rows at the end that fill no frame are not sent.
 /// A row in which all cells of a pin are empty gives no sample on that pin, as a result has it where nothing came; a
-/// pin with some cells empty, and an empty cell in a frame, are complaints.
+/// pin with some cells empty, and an empty cell in a frame, are bad rows. What becomes of bad rows: see `RowPlan`. A frame is
+/// made of the rows that are taken, as if the recording had no others.
 class QUILLMERE_API RecordingSource final : public Source {
 public:
     static constexpr const char* kTypeName = "RecordingSource";
@@ -39,14 +40,19 @@ public:
     void open(Complaints& complaints) override;
     bool prepare() override;
     bool getIsPrepared() override;
-    bool getIsPiped() const override { return reader->getIsPiped(); }
-    int getDescriptor() const override { return reader->getDescriptor(); }
-    double getNextTimeStamp() const override { return nextTimeStamp; }
+    bool getIsPiped() const override { return recording->getReader().getIsPiped(); }
+    int getDescriptor() const override { return recording->getReader().getDescriptor(); }
+    double getNextTimeStamp() const override { return recording->getTime(); }
     void release() override { isReleased = true; }
     std::uint64_t getRows() const override { return rows.get(); }
-    std::uint64_t getBytesRead() const override { return reader == nullptr ? 0 : reader->getBytesRead(); }
-    std::uint64_t getSize() const override { return reader == nullptr ? 0 : reader->getSize(); }
-    SourceAccount getAccount() const override;
+    std::uint64_t getBytesRead() const override {
+        return recording == nullptr ? 0 : recording->getReader().getBytesRead();
+    }
+    std::uint64_t getSize() const override {
+        return recording == nullptr ? 0 : recording->getReader().getSize();
+    }
+    void setStop(const std::atomic<bool>& stop) override { recording->setStop(stop); }
+    SourceAccount getAccount() const override { return recording->getAccount(); }
     std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
 
 private:
@@ -58,9 +64,7 @@ private:
         Output(const std::string& name, Core::PinManager* manager) : pin(name, manager) {}
         Core::OutputPin<Core::MatrixXd> pin;
         std::vector<Column> columns;
-        std::vector<std::size_t> cells; ///< For each column the place of its value in `row`.
-        bool hasSample = true;          ///< Whether the row that is ready has a sample for it.
-        std::vector<double> frame;      ///< The rows of the frame that is being gathered.
+        std::vector<double> frame; ///< The rows of the frame that is being gathered.
     };
 
     void takeSetting(const GraphDescription::Setting& setting, const std::string& folder,
@@ -68,34 +72,29 @@ private:
     void takePins(const Value& value, Complaints& complaints);
     void takeColumns(const Value& value, Output& output, Complaints& complaints);
     std::optional<std::int64_t> takeCount(const Value& value, Complaints& complaints);
+    void takeMissing(const Value& value, Complaints& complaints);
     void requireClock(const GraphDescription::Block& description, Complaints& complaints) const;
-    std::optional<std::size_t> findColumn(const Column& column, Complaints& complaints) const;
+    void planCells(const CsvReader& reader, Complaints& complaints);
+    std::optional<std::size_t> findColumn(const CsvReader& reader, const Column& column,
+                                          Complaints& complaints) const;
 
-    bool readRow();
-    double readTimeStamp() const;
-    void noteEmptyCells();
-    bool gatherFrame();
+    bool readOn();
     bool takeRowIntoFrame();
-    void addToFrame(Output& output) const;
-    void fill(Output& output) const;
+    void fill(std::size_t pin);
 
     std::deque<Output> outputs; ///< Pins can't move.
     std::optional<Column> timeColumn;
     std::optional<double> rate; ///< Rows a second.
     std::size_t frameRows = 0;  ///< 0: no frames.
     std::size_t hop = 0;        ///< Rows from frame to frame; 0 until told: the frame's own length.
+    RowPlan plan;               ///< Whole when the recording is open.
 
-    std::unique_ptr<CsvReader> reader;
-    std::vector<double> row;    ///< The cells of one row, each column that anybody wants once.
-    std::size_t timeCell = 0;   ///< Where the time is in `row`.
-    std::size_t timeIndex = 0;  ///< Which column of the file it is.
-    Core::Tally rows;           ///< Read so far.
-    std::unique_ptr<TimeStampWatch> watch;
-    std::size_t gathered = 0;   ///< Rows in the frames.
-    std::size_t toSkip = 0;     ///< Rows before the next frame begins, when frames lie apart.
-    double nextTimeStamp = 0.0; ///< Seconds.
-    bool isReady = false;       ///< A sample is ready.
-    bool isReleased = false;    ///< The next step sends it.
+    std::unique_ptr<RecordingRows> recording;
+    Core::Tally rows;         ///< Sent, or taken into a frame.
+    std::size_t gathered = 0; ///< Rows in the frames.
+    std::size_t toSkip = 0;   ///< Rows before the next frame begins, when frames lie apart.
+    bool isReady = false;     ///< A sample is ready.
+    bool isReleased = false;  ///< The next step sends it.
 };
 
 } // namespace Quillmere::Host

@@ -19,10 +19,6 @@
 
 namespace Quillmere::Host {
 
-namespace {
-constexpr int kLookForGivenUp = 100; ///< Milliseconds.
-} // namespace
-
 std::string ResultFile::resolve(const std::string& path) {
     std::error_code error;
     std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
@@ -36,7 +32,9 @@ std::string ResultFile::resolve(const std::string& path) {
     return resolved.string();
 }
 
-ResultFile::ResultFile(const std::string& name) : path(resolve(name)), partialPath(path + ".partial") {
+ResultFile::ResultFile(const std::string& name, const std::atomic<bool>* stop)
+    : path(resolve(name)), partialPath(path + ".partial") {
+    if (stop != nullptr) waiting.setStop(*stop);
     if (getIsStandardStream(name)) {
         path = partialPath = "standard output";
         isDirect = true;
@@ -51,7 +49,9 @@ ResultFile::ResultFile(const std::string& name) : path(resolve(name)), partialPa
     isDirect = exists && !S_ISREG(facts.st_mode);
     if (isDirect) partialPath = path;
     // The lock is taken before anything is thrown away: the file may be another run's.
-    file = ::open(partialPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    file = exists && S_ISFIFO(facts.st_mode)
+               ? openPipe()
+               : ::open(partialPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
     if (file < 0) fail("cannot be written");
     if (isDirect) return;
     if (::flock(file, LOCK_EX | LOCK_NB) != 0) {
@@ -71,16 +71,26 @@ void ResultFile::write(const char* bytes, std::size_t count) {
         // A pipe that has room takes so much without waiting.
         const ssize_t written =
             ::write(file, bytes, isDirect ? std::min<std::size_t>(count, PIPE_BUF) : count);
-        if (written < 0 && errno == EINTR) continue;
+        // A descriptor that never waits says so although another writer may have taken the room there was.
+        if (written < 0 && (errno == EINTR || (isDirect && errno == EAGAIN))) continue;
         if (written < 0) fail("cannot be written");
         bytes += written;
         count -= static_cast<std::size_t>(written);
     }
 }
 
+/// Waits for somebody who reads the pipe, awake, so that a wish to stop is seen.
+int ResultFile::openPipe() const {
+    int pipe = -1;
+    while ((pipe = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) < 0 &&
+           (errno == ENXIO || errno == EINTR))
+        waiting.pause();
+    if (pipe >= 0) ::fcntl(pipe, F_SETFL, ::fcntl(pipe, F_GETFL) & ~O_NONBLOCK);
+    return pipe;
+}
+
 void ResultFile::waitForReader() const {
-    pollfd look{file, POLLOUT, 0};
-    while (::poll(&look, 1, kLookForGivenUp) == 0)
+    while (!waiting.wait(file, POLLOUT))
         if (isGivenUp) throw RecordingException(partialPath + ": cannot be written: nobody reads it");
 }
 

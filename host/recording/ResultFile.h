@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/recording/PipeWait.h"
 
 #include <atomic>
 #include <cstddef>
@@ -18,8 +19,9 @@ namespace Quillmere::Host {
 /// Failures are `RecordingException`s.
 class QUILLMERE_API ResultFile {
 public:
-    /// Opens `NAME.partial`, empty; of a pipe it waits for the reader.
-    explicit ResultFile(const std::string& path);
+    /// Opens `NAME.partial`, empty; of a pipe it waits for the reader. Waiting, also that of `write`, ends with
+    /// `InterruptedException` when `stop` is given and becomes true; it isn't owned and outlives the file.
+    explicit ResultFile(const std::string& path, const std::atomic<bool>* stop = nullptr);
     /// Leaves `NAME.partial` where it is, unless `complete` or `discard` came before.
     ~ResultFile();
     ResultFile(const ResultFile&) = delete;
@@ -52,6 +54,7 @@ public:
 
 private:
     [[noreturn]] void fail(const std::string& what) const;
+    int openPipe() const;
     void waitForReader() const;
     void close();
 
@@ -59,6 +62,7 @@ private:
     std::string partialPath;
     bool isDirect = false; ///< Nothing to rename.
     std::atomic<bool> isGivenUp{false};
+    PipeWait waiting;
     int file = -1;
 };
 

@@ -21,8 +21,9 @@ std::size_t copyCells(std::string& to, const std::string& row, std::size_t from,
 }
 } // namespace
 
-TableWriter::TableWriter(const std::string& path, std::string name, std::vector<Group> list)
-    : file(path), writer(file), timeName(std::move(name)), groups(std::move(list)) {
+TableWriter::TableWriter(const std::string& path, std::string name, std::vector<Group> list,
+                         const std::atomic<bool>* stop)
+    : file(path, stop), writer(file), timeName(std::move(name)), groups(std::move(list)) {
     Widths known{.firstRow = 0, .columns = {}};
     for (const Group& group : groups)
         known.columns.push_back(group.columns.size());

@@ -6,6 +6,7 @@
 #include "host/recording/CsvWriter.h"
 #include "host/recording/ResultFile.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -28,8 +29,9 @@ public:
         std::vector<std::string> columns; ///< Names of its own, or empty.
     };
 
-    /// Opens the result. Raises `RecordingException` when it can't be written.
-    TableWriter(const std::string& path, std::string timeName, std::vector<Group> groups);
+    /// Opens the result. Raises `RecordingException` when it can't be written. `stop`: see `ResultFile`.
+    TableWriter(const std::string& path, std::string timeName, std::vector<Group> groups,
+                const std::atomic<bool>* stop = nullptr);
 
     /// Writes a row: `samples[i]` belongs to group i and may be null. Raises when a group with names of its own gets a
     /// sample with another number of elements, and when the file can't be written.

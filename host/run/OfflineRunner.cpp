@@ -2,6 +2,7 @@
 #include "host/run/OfflineRunner.h"
 
 #include "framework/Quillmere.h"
+#include "host/recording/RecordingException.h"
 #include "host/run/GeneratorClock.h"
 #include "host/run/WaitingSamples.h"
 
@@ -17,6 +18,7 @@ OfflineRunner::OfflineRunner(Graph& target) : graph(target), running(target.getS
 }
 
 void OfflineRunner::run(const std::atomic<bool>& stop) {
+    graph.setStop(stop);
     std::string failure = runToEnd(stop);
     try {
         endSinks(graph.getSinks(), failure.empty());
@@ -31,6 +33,8 @@ void OfflineRunner::run(const std::atomic<bool>& stop) {
 std::string OfflineRunner::runToEnd(const std::atomic<bool>& stop) {
     try {
         runRounds(stop);
+    } catch (const InterruptedException& exception) {
+        return failureText(nullptr, streamTime, exception); // no block's fault
     } catch (const std::exception& exception) {
         return failureText(current, streamTime, exception);
     }

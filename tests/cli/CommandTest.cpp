@@ -232,6 +232,55 @@ TEST_F(Interrupted, ControlCEndsTheRunAsAFailureMidway) {
     EXPECT_TRUE(partial.ends_with(",2\n")) << "whole rows";
 }
 
+/// Nothing is read from a pipe that wakes the reader, so the signal alone does.
+TEST_F(Interrupted, ControlCEndsARunThatWaitsForRows) {
+    Support::Program program({QUILLMERE, "run", "g.yaml"}, folder.path(""));
+    std::ofstream rows(folder.path("in.csv"));
+    rows << "t,x\n0.5,1\n" << std::flush;
+    while (!folder.has("out.csv.partial"))
+        std::this_thread::yield();
+    program.signal(SIGINT);
+    const Ended ended = program.wait(); // the pipe is still open
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_TRUE(std::regex_search(ended.err, std::regex("^quillmere: at 0(\\.5)? s: interrupted\n")))
+        << ended.err;
+    EXPECT_TRUE(folder.has("out.csv.partial"));
+    EXPECT_FALSE(folder.has("out.csv"));
+}
+
+TEST_F(Command, ControlCEndsARunWhoseResultNobodyReads) {
+    if (::mkfifo(folder.path("out.csv").c_str(), 0600) != 0) FAIL() << "no FIFO can be made";
+    std::string text = "t,x\n";
+    for (int i = 0; i < 20000; ++i) // more than a pipe holds
+        text += std::to_string(i) + ",0.123456\n";
+    folder.write("in.csv", text);
+    Support::Program program({QUILLMERE, "run", "g.yaml"}, folder.path(""));
+    std::ifstream out(folder.path("out.csv"));
+    std::string line;
+    std::getline(out, line);
+    EXPECT_EQ(line, "t,x[0]");
+    program.signal(SIGINT);
+    const Ended ended = program.wait();
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_TRUE(std::regex_search(ended.err, std::regex("^quillmere: at [0-9.e+]+ s: interrupted\n")))
+        << ended.err;
+}
+
+TEST_F(Command, ControlCEndsARunWhoseResultNobodyOpens) {
+    if (::mkfifo(folder.path("pipe").c_str(), 0600) != 0) FAIL() << "no FIFO can be made";
+    for (const bool isLive : {false, true}) {
+        std::vector<std::string> arguments{QUILLMERE, "run", "g.yaml", "--output", "out=pipe"};
+        if (isLive) arguments.insert(arguments.end(), {"--live", "--control", "control"});
+        Support::Program program(arguments, folder.path(""));
+        // A signal that comes before the program listens ends it, too, but not in order.
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        program.signal(SIGTERM);
+        const Ended ended = program.wait();
+        EXPECT_EQ(ended.exitCode, 1);
+        EXPECT_EQ(ended.err, "quillmere: interrupted\n");
+    }
+}
+
 TEST_F(Command, AGraphWithoutASourceIsToldWhenToEnd) {
     folder.write("gen.yaml", "format: 1\nname: ramp\nblocks:\n"
                              "  - {id: gen, type: FilterFunctionGenerator, properties: {Mode: triangular, "
@@ -334,7 +383,8 @@ TEST_F(Command, ABlockIsShownFromALivingOne) {
     EXPECT_NE(odd.find("read-only\n"), std::string::npos) << odd;
     EXPECT_NE(odd.find("  Reset          command\n"), std::string::npos) << odd;
     const std::string source = call({"blocks", "RecordingSource"}).out;
-    EXPECT_NE(source.find("  file   text          required  the CSV recording"), std::string::npos) << source;
+    EXPECT_NE(source.find("  file      text                required  the CSV recording"), std::string::npos)
+        << source;
 }
 
 TEST_F(Command, JsonHoldsTheSame) {

@@ -8,11 +8,17 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -21,6 +27,8 @@ using Quillmere::Host::CsvReader;
 using Quillmere::Host::RecordingException;
 using Support::agree;
 using Support::same;
+using namespace std::string_literals;
+using Quillmere::Host::InterruptedException;
 using Strings = std::vector<std::string>;
 using Rows = std::vector<std::vector<double>>;
 
@@ -189,6 +197,22 @@ const RefusalRow kRefusals[] = {
     {.name = "too large",
      .text = "t,x\n1e999,2\n",
      .complaint = ":2: column 't': found \"1e999\"; expected a number that a 64-bit float can hold"},
+    {.name = "too large, with more behind it",
+     .text = "t,x\n1e999x,2\n",
+     .complaint = ":2: column 't': found \"1e999x\"; expected a number"},
+    {.name = "a NUL does not end the message",
+     .text = "t,x\n1,2"s + '\0' + "9\n",
+     .complaint = ":2: column 'x': found \"2\\x009\"; expected a number"},
+    {.name = "nothing moves the cursor",
+     .text = "t,x\x1b[2J\n1,\x1b[31mred\n",
+     .complaint = ":2: column 'x\\x1b[2J': found \"\\x1b[31mred\"; expected a number"},
+    {.name = "a long cell is shortened",
+     .text = "t,x\n1," + std::string(100'000, 'x') + "\n",
+     .complaint = ":2: column 'x': found \"" + std::string(40, 'x') + "...\"; expected a number"},
+    {.name = "a long row is shortened",
+     .text = "t\n" + std::string(100'000, ',') + "\n",
+     .complaint = ":2: column 't': found more cells behind it in \"" + std::string(40, ',') +
+                  "...\"; expected 1 cells, as the header has"},
     {.name = "short row",
      .text = "t,x,y\n1,2,3\n4,5\n",
      .complaint =
@@ -351,6 +375,227 @@ TEST(CsvReader, ADashIsStandardInput) {
     } catch (const RecordingException& exception) {
         EXPECT_STREQ(exception.what(), "standard input:3: column 'x': found \"oops\"; expected a number");
     }
+}
+
+/// What the reader has to say of a file that it can't read at all, behind the path.
+std::string refusalOf(const std::string& path) {
+    try {
+        CsvReader reader(path);
+    } catch (const RecordingException& exception) {
+        return std::string(exception.what()).substr(path.size());
+    }
+    return "";
+}
+
+TEST(CsvReader, WhatIsNoTableIsNamed) {
+    struct Row {
+        std::string head;
+        std::string complaint;
+    };
+    const std::string unpacked = "; expected the table in it, unpacked";
+    const std::string exported = "; expected a CSV table, exported by the program that wrote it";
+    const std::string inUtf8 = ": found text in UTF-16; expected the same text in UTF-8";
+    const Row rows[] = {
+        {"\x1F\x8B\x08\0\0"s, ": found a file compressed by gzip" + unpacked},
+        {"BZh91AY&SY\x01", ": found a file compressed by bzip2" + unpacked},
+        {"\xFD" + "7zXZ\0\0"s, ": found a file compressed by xz" + unpacked},
+        {"\x28\xB5\x2F\xFD\x04", ": found a file compressed by zstd" + unpacked},
+        {"PK\x03\x04\x14\0"s, ": found a ZIP archive, as spreadsheets are too" + exported},
+        {"\x89HDF\r\n\x1A\n\0\0"s, ": found an HDF5 file" + exported},
+        {"MATLAB 5.0 MAT-file, Platform", ": found a MAT file" + exported},
+        {"%PDF-1.7\n", ": found a PDF document" + exported},
+        {"\xFF\xFEt\0,\0x\0\n\0"s, inUtf8},
+        {"\xFE\xFF\0t\0,\0x\0\n"s, inUtf8},
+        {"t\0,\0x\0\n\0"s, inUtf8},
+        {"\0t\0,\0x\0\n"s, inUtf8},
+        {"shape\0\x01\n"s, ": found a file that is no text" + exported},
+        {"t,x\r1,2\r3,4\r", ": found lines that end with CR alone; expected LF or CRLF at the end of each"},
+        {"t,x\r" + std::string(70'000'000, '1'), // more than the longest row
+         ": found lines that end with CR alone; expected LF or CRLF at the end of each"},
+        {"t,x\r\n1,2\r\n", ""},
+        {"t,x\r\r\n1,2\r\r\n", ""},
+        {"t,x\n1,2\0\n"s, ""},
+    };
+    const Support::TemporaryFolder folder;
+    for (const Row& row : rows)
+        EXPECT_EQ(refusalOf(folder.write("in.csv", row.head)), row.complaint) << row.head.substr(0, 20);
+}
+
+TEST(CsvReader, AFolderIsNoRecording) {
+    const Support::TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path("sub"));
+    EXPECT_EQ(refusalOf(folder.path("sub")), ": found a folder; expected a file");
+}
+
+TEST(CsvReader, FaultsMayBeAskedForInsteadOfRaised) {
+    const Support::TemporaryFolder folder;
+    const std::string path = folder.write("in.csv", "t,x,y\n0,oops,1e999\n1,2\n3,4,5\n6,a,7,8\n");
+    CsvReader reader(path);
+    reader.select({0, 1, 2});
+    double row[3] = {};
+    ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Faulty);
+    EXPECT_TRUE(reader.getHasAllCells());
+    EXPECT_EQ(reader.getFault(), path + ":2: column 'x': found \"oops\"; expected a number") << "the first";
+    EXPECT_TRUE(agree(row[0], 0.0, same));
+    EXPECT_TRUE(agree(row[1], kNan, same));
+    EXPECT_TRUE(agree(row[2], kNan, same));
+    ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Faulty);
+    EXPECT_FALSE(reader.getHasAllCells());
+    ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Sound);
+    EXPECT_TRUE(reader.getHasAllCells());
+    EXPECT_EQ(row[2], 5.0);
+    ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Faulty);
+    EXPECT_FALSE(reader.getHasAllCells()) << "although a bad cell was found first";
+    EXPECT_EQ(reader.getFault(), path + ":5: column 'x': found \"a\"; expected a number");
+    EXPECT_EQ(reader.takeRow(row), CsvReader::Row::End);
+}
+
+TEST(CsvReader, MissingValuesHaveTheTextsThatOneSays) {
+    const Support::TemporaryFolder folder;
+    CsvReader reader(folder.write("in.csv", "t,x,y\n0, NA ,\"\"\n1,\"n/a\",-999\n2,3,-999.0\n"));
+    reader.setMissing({"NA", "n/a", "-999"});
+    reader.select({0, 1, 2});
+    double row[3] = {};
+    ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Sound);
+    EXPECT_TRUE(agree(row[1], kNan, same));
+    EXPECT_TRUE(reader.getIsEmpty(2)) << "the empty text wasn't said";
+    EXPECT_EQ(reader.getMissingCells(), 1u);
+    ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Sound);
+    EXPECT_EQ(reader.getMissingCells(), 2u);
+    EXPECT_TRUE(agree(row[2], kNan, same)) << "a number may stand for nothing";
+    ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Sound);
+    EXPECT_EQ(reader.getMissingCells(), 0u);
+    EXPECT_EQ(row[2], -999.0) << "the text counts, not the number";
+}
+
+TEST(CsvReader, AnEmptyCellMayBeAMissingValue) {
+    const Support::TemporaryFolder folder;
+    CsvReader reader(folder.write("in.csv", "t,x,y\n0,,\"\"\n"));
+    reader.setMissing({""});
+    reader.select({0, 1, 2});
+    double row[3] = {};
+    ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Sound);
+    EXPECT_FALSE(reader.getHasEmptyCells());
+    EXPECT_EQ(reader.getMissingCells(), 2u);
+    EXPECT_TRUE(agree(row[1], kNan, same));
+}
+
+TEST(CsvReader, TellsWhetherTheLastLineMayHaveBeenCut) {
+    const Support::TemporaryFolder folder;
+    const std::pair<std::string, bool> ends[] = {
+        {"1,2\n3,4", true}, {"1,2\n3,4\n", false}, {"1,2\n3,4\r", false}, {"1,2\r\n3,4\r\n", false}};
+    for (const auto& [text, isCut] : ends) {
+        CsvReader reader(folder.write("in.csv", "t,x\n" + text));
+        reader.select({0});
+        double time = 0.0;
+        ASSERT_TRUE(reader.readRow(&time));
+        EXPECT_FALSE(reader.getIsCut());
+        ASSERT_TRUE(reader.readRow(&time));
+        EXPECT_EQ(reader.getIsCut(), isCut) << text;
+    }
+}
+
+/// A file of several pieces, which changes when the reader has taken the first one.
+class ChangingFileTest : public testing::Test {
+protected:
+    ChangingFileTest() {
+        std::string text = "t,x\n";
+        for (int i = 0; i < 100'000; ++i)
+            text += "10000000,2\n";
+        path = folder.write("in.csv", text);
+        reader = std::make_unique<CsvReader>(path);
+        reader->select({0});
+    }
+    /// Why it can't be read to its end.
+    std::string readOn() {
+        double value = 0.0;
+        try {
+            while (reader->readRow(&value))
+                ++rows;
+        } catch (const RecordingException& exception) {
+            return exception.what();
+        }
+        return "";
+    }
+
+    const Support::TemporaryFolder folder;
+    std::string path;
+    std::unique_ptr<CsvReader> reader;
+    int rows = 0;
+};
+
+TEST_F(ChangingFileTest, StaysAsItIs) {
+    EXPECT_EQ(readOn(), "");
+    EXPECT_EQ(rows, 100'000);
+    EXPECT_FALSE(reader->getIsChanged());
+}
+
+TEST_F(ChangingFileTest, OneThatGotShorterIsNotWhole) {
+    std::filesystem::resize_file(path, 550'004); // between two rows, so that nothing else is wrong
+    EXPECT_EQ(readOn(),
+              path + ": found its end behind 550004 of 1100004 bytes: it got shorter while it was read; "
+                     "expected a recording that stays as it is");
+}
+
+TEST_F(ChangingFileTest, OneThatWasEmptiedIsNotWhole) {
+    std::filesystem::resize_file(path, 0);
+    EXPECT_NE(readOn(), "");
+    EXPECT_LT(rows, 100'000);
+}
+
+TEST_F(ChangingFileTest, OneThatWasWrittenAnewAndIsShorterIsNotWhole) {
+    std::ofstream(path) << "t,x\n" << std::string(400'000, '1') << ",2\n";
+    EXPECT_NE(readOn(), "");
+}
+
+TEST_F(ChangingFileTest, WhatWasAppendedBelongsToIt) {
+    std::ofstream(path, std::ios::app) << "1,2\n3,4\n";
+    EXPECT_EQ(readOn(), "");
+    EXPECT_EQ(rows, 100'002);
+    EXPECT_TRUE(reader->getIsChanged());
+}
+
+TEST_F(ChangingFileTest, AnotherInItsPlaceChangesNothing) {
+    std::filesystem::rename(folder.write("other.csv", "t,x\n"), path);
+    EXPECT_EQ(readOn(), "");
+    EXPECT_EQ(rows, 100'000) << "the file that was opened is read, whatever has its name now";
+}
+
+TEST(CsvReader, StandardInputThatDoesNotWaitIsWaitedFor) {
+    Support::StandardPipe input(STDIN_FILENO);
+    ::fcntl(STDIN_FILENO, F_SETFL, O_NONBLOCK);
+    input.write("t,x\n1,2\n3");
+    CsvReader reader("-");
+    reader.select({0});
+    double time = 0.0;
+    ASSERT_TRUE(reader.readRow(&time));
+    std::thread writer([&] {
+        std::this_thread::sleep_for(
+            std::chrono::milliseconds(50)); // the reader has met the empty pipe by then
+        input.write("5,6\n");
+        input.close();
+    });
+    EXPECT_TRUE(reader.readRow(&time));
+    EXPECT_EQ(time, 35.0);
+    EXPECT_FALSE(reader.readRow(&time));
+    writer.join();
+}
+
+TEST_F(PipedCsvTest, AWishToStopEndsTheWaiting) {
+    open("t,x\n", {0, 1});
+    std::atomic<bool> stop{false};
+    reader->setStop(stop);
+    pipe.write("1,2\n");
+    EXPECT_EQ(readRow(), 1.0);
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        stop = true;
+    });
+    double row[2];
+    EXPECT_THROW(reader->readRow(row), InterruptedException);
+    stopper.join();
+    pipe.write("3,4\n");
+    EXPECT_EQ(readRow(), 3.0) << "what has come is read all the same";
 }
 
 } // namespace

@@ -4,16 +4,23 @@
 #include "framework/Quillmere.h"
 #include "tests/host/Fifo.h"
 #include "tests/host/GraphFixture.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
 
 #include <unistd.h>
 
+#include <chrono>
+#include <cmath>
+#include <cstdint>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -131,6 +138,26 @@ TEST_F(RecordingSourceTest, BadRowsEndTheRun) {
          .properties = "pins: {p: [x, y]}",
          .message = "block 'in' (RecordingSource) at 0 s: in.csv:2: column 't': found \"nan\"; expected a "
                     "time in seconds"},
+        {.name = "time is infinite",
+         .file = "t,x,y\ninf,1,2\n",
+         .properties = "pins: {p: [x, y]}",
+         .message = "block 'in' (RecordingSource) at 0 s: in.csv:2: column 't': found \"inf\"; expected a "
+                    "time in seconds"},
+        {.name = "time is infinitely early",
+         .file = "t,x,y\n-inf,1,2\n",
+         .properties = "pins: {p: [x, y]}",
+         .message = "block 'in' (RecordingSource) at 0 s: in.csv:2: column 't': found \"-inf\"; expected a "
+                    "time in seconds"},
+        {.name = "time is missing",
+         .file = "t,x,y\nNA,1,2\n",
+         .properties = "missing: [NA], pins: {p: [x, y]}",
+         .message = "block 'in' (RecordingSource) at 0 s: in.csv:2: column 't': found \"NA\"; expected a "
+                    "time in seconds"},
+        {.name = "a last line that was cut is a row as any other",
+         .file = "t,x,y\n0,1,2\n7,1",
+         .properties = "pins: {p: [x, y]}",
+         .message = "block 'in' (RecordingSource) at 0 s: in.csv:3: column 'y': found a row that ends before "
+                    "it, \"7,1\"; expected 3 cells, as the header has"},
         {.name = "time is a word",
          .file = "t,x,y\nnoon,1,2\n",
          .properties = "pins: {p: [x, y]}",
@@ -178,11 +205,23 @@ TEST_F(RecordingSourceTest, WrongSettingsAreComplainedOf) {
          "g.yaml:3:79: found 'p'; expected for each pin its columns, as in {accel: [ax, ay, az]}\n"},
         {"file: in.csv, time: t, pin: {}, pins: {p: x}",
          "g.yaml:3:73: found the property 'pin' of RecordingSource; expected one of file, pins, time, rate, "
-         "frame and hop; "
+         "frame, hop, onBadRow, missing and onCutEnd; "
          "did you mean pins?\n"},
         {"file: in.csv, time: time, pins: {p: [x, z]}",
          "g.yaml:3:70: found the column 'time'; expected one of in.csv: t, x and y\n"
          "g.yaml:3:90: found the column 'z'; expected one of in.csv: t, x and y\n"},
+        {"file: in.csv, time: t, onBadRow: skp, pins: {p: x}",
+         "g.yaml:3:83: found 'skp'; expected one of error, skip and nan; did you mean skip?\n"},
+        {"file: in.csv, time: t, onBadRow: .nan, pins: {p: x}",
+         "g.yaml:3:83: found '.nan'; expected one of error, skip and nan; did you mean nan?\n"},
+        {"file: in.csv, time: t, onBadRow: [skip], pins: {p: x}",
+         "g.yaml:3:83: found a list; expected one of error, skip and nan\n"},
+        {"file: in.csv, time: t, onCutEnd: dorp, pins: {p: x}",
+         "g.yaml:3:83: found 'dorp'; expected one of error and drop; did you mean drop?\n"},
+        {"file: in.csv, time: t, missing: {}, pins: {p: x}",
+         "g.yaml:3:82: found a map; expected a list of texts, as in [NA, \"\"]\n"},
+        {"file: in.csv, time: t, missing: [NA, [x]], pins: {p: x}",
+         "g.yaml:3:87: found a list; expected a text\n"},
         {"file: none.csv, time: t, pins: {p: x}",
          "g.yaml:3:56: found no recording that can be read (none.csv: cannot be opened: No such file or "
          "directory); expected "
@@ -199,6 +238,205 @@ TEST_F(RecordingSourceTest, AColumnThatIsThereTwiceCannotBeChosen) {
     folder.write("in.csv", "t,x,x\n0,1,2\n");
     EXPECT_EQ(complaintsOf(graph("file: in.csv, time: t, pins: {p: x}", "p")),
               "g.yaml:3:83: found the column 'x' twice in in.csv; expected a name that one column has\n");
+}
+
+TEST_F(RecordingSourceTest, AnotherSeparatorIsNamed) {
+    const std::pair<std::string, std::string> headers[] = {{"t;x;y", "';'"},
+                                                           {"t\tx\ty", "tabs"},
+                                                           {"\"t\"|\"x\"|\"y\"", "'|'"},
+                                                           {"t x y", "blanks"},
+                                                           {"a (m/s^2, raw);t;x", "';'"}};
+    for (const auto& [header, separator] : headers) {
+        folder.write("in.csv", header + "\n1\n");
+        EXPECT_EQ(complaintsOf(graph("file: in.csv, time: t, pins: {p: x}", "p")),
+                  "g.yaml:3:70: found no column 't' in in.csv, which looks separated by " + separator +
+                      "; expected commas between its cells\n"
+                      "g.yaml:3:83: found no column 'x' in in.csv, which looks separated by " +
+                      separator + "; expected commas between its cells\n");
+    }
+}
+
+struct BadRowsRow {
+    std::string name;
+    std::string properties;
+    std::string table;
+    std::uint64_t skipped;
+    std::uint64_t mended;
+    std::uint64_t missing;
+    std::vector<std::string> faults; ///< Behind the file's name.
+};
+
+/// A graph's only source, opened.
+class BadRowsTest : public RecordingSourceTest {
+protected:
+    void expect(const BadRowsRow& row, const std::string& pins) {
+        EXPECT_EQ(result("file: in.csv, " + row.properties, pins), row.table) << row.name;
+        const Quillmere::Host::SourceAccount account = accountOf("file: in.csv, " + row.properties);
+        EXPECT_EQ(account.skippedRows, row.skipped) << row.name;
+        EXPECT_EQ(account.mendedRows, row.mended) << row.name;
+        EXPECT_EQ(account.missingCells, row.missing) << row.name;
+        std::vector<std::string> faults;
+        for (const std::string& fault : account.firstFaults)
+            faults.push_back(withoutFolder(fault).substr(std::string("in.csv").size()));
+        EXPECT_EQ(faults, row.faults) << row.name;
+    }
+    /// What the source has to tell when it has read its recording to the end.
+    Quillmere::Host::SourceAccount accountOf(const std::string& properties) {
+        Quillmere::Host::Complaints complaints;
+        const auto description = Quillmere::Host::GraphDescription::read(
+            folder.write("account.yaml", "format: 1\nblocks: [{id: in, type: RecordingSource, properties: {" +
+                                             properties + "}}]\n"),
+            {}, complaints);
+        Quillmere::Host::Graph built(description, catalogue, complaints);
+        built.openSources(complaints);
+        complaints.raise();
+        Quillmere::Host::Source& source = *built.getSources().at(0);
+        while (source.prepare()) {
+            source.release();
+            source.process();
+        }
+        return source.getAccount();
+    }
+};
+
+TEST_F(BadRowsTest, AreSkippedOrMendedAndCounted) {
+    const std::string text = "t,x,y\n"
+                             "0,1,2\n"
+                             "1,oops,3\n" // a bad cell
+                             "2,4\n"      // a short row
+                             "3,5,6,7\n"  // a long one
+                             "noon,8,9\n" // a bad time
+                             "5,NA,10\n"  // what many programs write for a missing value
+                             "6,,11\n"    // half a sample
+                             "7,,\n"      // none, which is no fault
+                             "inf,1,1\n"  // no time either
+                             "9,12,13\n";
+    const std::string numbers = ":3: column 'x': found \"oops\"; expected a number";
+    const std::string shortRow =
+        ":4: column 'y': found a row that ends before it, \"2,4\"; expected 3 cells, as the header has";
+    const std::string longRow =
+        ":5: column 'y': found more cells behind it in \"3,5,6,7\"; expected 3 cells, as the header has";
+    const std::string noon = ":6: column 't': found \"noon\"; expected a number";
+    const std::string na = ":7: column 'x': found \"NA\"; expected a number";
+    const std::string half =
+        ":8: column 'x': found \"\"; expected a number, or nothing in all columns of the pin 'p'";
+    const BadRowsRow rows[] = {
+        {.name = "skip",
+         .properties = "time: t, onBadRow: skip, pins: {p: [x, y]}",
+         .table = "t,p[0],p[1]\n0,1,2\n9,12,13\n",
+         .skipped = 7,
+         .mended = 0,
+         .missing = 0,
+         .faults = {numbers, shortRow, longRow, noon, na}},
+        {.name = "nan mends what it can and skips the rest",
+         .properties = "time: t, onBadRow: nan, pins: {p: [x, y]}",
+         .table = "t,p[0],p[1]\n0,1,2\n1,nan,3\n5,nan,10\n6,nan,11\n9,12,13\n",
+         .skipped = 4,
+         .mended = 3,
+         .missing = 0,
+         .faults = {numbers, shortRow, longRow, noon, na}},
+        {.name = "a missing value is no bad cell",
+         .properties = "time: t, onBadRow: skip, missing: NA, pins: {p: [x, y]}",
+         .table = "t,p[0],p[1]\n0,1,2\n5,nan,10\n9,12,13\n",
+         .skipped = 6,
+         .mended = 0,
+         .missing = 1,
+         .faults = {numbers, shortRow, longRow, noon, half}},
+        {.name = "an empty cell that stands for a missing value is one always",
+         .properties = "time: t, onBadRow: skip, missing: [NA, \"\"], pins: {p: [x, y]}",
+         .table = "t,p[0],p[1]\n0,1,2\n5,nan,10\n6,nan,11\n7,nan,nan\n9,12,13\n",
+         .skipped = 5,
+         .mended = 0,
+         .missing = 4,
+         .faults = {numbers, shortRow, longRow, noon,
+                    ":10: column 't': found \"inf\"; expected a time in seconds"}},
+        {.name = "a row that is skipped takes its time",
+         .properties = "rate: 1, onBadRow: skip, missing: [NA, \"\"], pins: {p: [x]}",
+         .table = "t,p[0]\n0,1\n4,8\n5,nan\n6,nan\n7,nan\n8,1\n9,12\n",
+         .skipped = 3,
+         .mended = 0,
+         .missing = 3,
+         .faults = {numbers, shortRow, longRow}},
+    };
+    for (const BadRowsRow& row : rows) {
+        folder.write("in.csv", text);
+        expect(row, "p");
+    }
+}
+
+TEST_F(BadRowsTest, AFrameIsMadeOfTheRowsThatAreTaken) {
+    const std::string text = "t,x\n0,1\n1,oops\n2,3\n3,4\n4,\n5,6\n";
+    folder.write("in.csv", text);
+    expect({.name = "skip",
+            .properties = "time: t, frame: 2, onBadRow: skip, pins: {p: x}",
+            .table = "t,p[0],p[1]\n2,1,3\n5,4,6\n",
+            .skipped = 2,
+            .mended = 0,
+            .missing = 0,
+            .faults = {":3: column 'x': found \"oops\"; expected a number",
+                       ":6: column 'x': found \"\"; expected a number, since a frame has no holes"}},
+           "p");
+    folder.write("in.csv", text);
+    expect({.name = "nan",
+            .properties = "time: t, frame: 2, onBadRow: nan, pins: {p: x}",
+            .table = "t,p[0],p[1]\n1,1,nan\n3,3,4\n5,nan,6\n",
+            .skipped = 0,
+            .mended = 2,
+            .missing = 0,
+            .faults = {":3: column 'x': found \"oops\"; expected a number",
+                       ":6: column 'x': found \"\"; expected a number, since a frame has no holes"}},
+           "p");
+}
+
+TEST_F(BadRowsTest, PinsThatHaveTheirCellsAreSentBesideThoseThatAreMended) {
+    folder.write("in.csv", "t,x,y,z\n0,1,2,\n1,,oops,4\n");
+    expect({.name = "nan",
+            .properties = "time: t, onBadRow: nan, pins: {x: x, y: y, z: z}",
+            .table = "t,x[0],y[0],z[0]\n0,1,2,\n1,,nan,4\n",
+            .skipped = 0,
+            .mended = 1,
+            .missing = 0,
+            .faults = {":3: column 'y': found \"oops\"; expected a number"}},
+           "x,y,z");
+}
+
+TEST_F(BadRowsTest, ALastLineWithoutItsEndMayBeLeftOut) {
+    const std::string properties = "time: t, onCutEnd: drop, pins: {p: x}";
+    folder.write("in.csv", "t,x\n0,1\n1,25"); // of 1,250?
+    EXPECT_EQ(result("file: in.csv, " + properties, "p"), "t,p[0]\n0,1\n");
+    const auto account = accountOf("file: in.csv, " + properties);
+    EXPECT_TRUE(account.isCutEndDropped);
+    EXPECT_EQ(account.rows, 1u);
+    EXPECT_EQ(account.skippedRows, 0u);
+    ASSERT_EQ(account.firstFaults.size(), 1u);
+    EXPECT_EQ(withoutFolder(account.firstFaults[0]),
+              "in.csv:3: found \"1,25\", the last line, without its end");
+    folder.write("in.csv", "t,x\n0,1\n1,2\n");
+    EXPECT_EQ(result("file: in.csv, " + properties, "p"), "t,p[0]\n0,1\n1,2\n");
+    EXPECT_FALSE(accountOf("file: in.csv, " + properties).isCutEndDropped);
+    folder.write("in.csv", "t,x\n0,1\n1,2");
+    EXPECT_EQ(result("file: in.csv, time: t, pins: {p: x}", "p"), "t,p[0]\n0,1\n1,2\n") << "the default";
+}
+
+TEST_F(BadRowsTest, TheAccountTellsOfTimes) {
+    folder.write("in.csv", "t,x\n0,1\n1,1\n1.1,1\n1.2,1\noops,1\n1.3,1\n1.3,1\n1.2,1\n1.3,1\n");
+    const auto account = accountOf("file: in.csv, time: t, onBadRow: skip, pins: {p: x}");
+    EXPECT_EQ(account.rows, 8u);
+    EXPECT_EQ(account.firstStep, 1.0);
+    EXPECT_NEAR(account.medianStep.value(), 0.1, 1e-12);
+    EXPECT_EQ(account.getLength(), 1.3);
+    EXPECT_EQ(account.equal.count, 1u);
+    EXPECT_EQ(account.equal.first.row, 7u) << "skipped rows count";
+    EXPECT_EQ(account.equal.first.line, 8u);
+    EXPECT_EQ(account.backward.count, 1u);
+    const auto steady = accountOf("file: in.csv, rate: 4, pins: {p: x}");
+    EXPECT_EQ(steady.rows, 9u);
+    EXPECT_EQ(steady.firstStep, 0.25);
+    EXPECT_EQ(steady.medianStep, 0.25);
+    EXPECT_EQ(steady.getLength(), 2.0);
+    EXPECT_EQ(steady.equal.count + steady.backward.count + steady.jumps.count, 0u);
+    folder.write("in.csv", "t,x\n");
+    EXPECT_EQ(accountOf("file: in.csv, time: t, pins: {p: x}").rows, 0u);
 }
 
 using namespace Quillmere;
@@ -356,6 +594,167 @@ TEST_F(RecordingSourceTest, OneSourceReadsStandardInput) {
         "g.yaml:4:55: found standard input, which 'a' reads too; expected one source that reads it\n"
         "g.yaml:4:55: found no recording that can be read (standard input: found no header row; expected "
         "a row of column names); expected a CSV file with a row of column names\n");
+}
+
+TEST_F(PipedSourceTest, AGarbledRowIsPassedOverWithoutWaiting) {
+    build("onBadRow: skip, pins: {p: x}");
+    for (int i = 0; i < 200; ++i)
+        pipe.write(i == 100 ? "0.98,garb#ge\n" : std::to_string(i) + "," + std::to_string(2 * i) + ",0\n");
+    int samples = 0;
+    while (source->getIsPrepared()) {
+        send();
+        ++samples;
+    }
+    EXPECT_EQ(samples, 199);
+    pipe.write("200,x,0\n");
+    EXPECT_FALSE(source->getIsPrepared()) << "there is none behind it yet";
+    pipe.write("201,402,0\n");
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_TRUE(agree(send(), matrix({{402}}), same));
+    EXPECT_EQ(source->getRows(), 200u);
+    EXPECT_EQ(source->getAccount().skippedRows, 2u);
+    pipe.write("202,x,0");
+    pipe.close();
+    EXPECT_TRUE(source->getIsPrepared()) << "for the end";
+    EXPECT_FALSE(source->prepare());
+}
+
+TEST_F(PipedSourceTest, AFrameWaitsForTheRowBehindAGarbledOne) {
+    build("frame: 2, onBadRow: skip, pins: {p: x}");
+    pipe.write("0,1,0\n1,oops,0\n");
+    EXPECT_FALSE(source->getIsPrepared());
+    pipe.write("2,3,0\n");
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_TRUE(agree(send(), matrix({{1}, {3}}), same));
+}
+
+TEST_F(PipedSourceTest, CannotBeLookedInto) {
+    build("pins: {p: x}");
+    EXPECT_FALSE(source->lookAhead(1000));
+}
+
+TEST_F(PipedSourceTest, AWishToStopEndsAnOfflineRunThatWaits) {
+    pipe.write("5,6,7\n");
+    std::thread stopper([this] {
+        Support::waitUntil([this] { return folder.has("out.csv.partial"); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        stop = true;
+    });
+    const std::string failure = run(graph("file: pipe, time: t, pins: {p: [x, y]}", "p"));
+    stopper.join();
+    EXPECT_TRUE(failure == "at 5 s: interrupted" || failure == "at 0 s: interrupted") << failure;
+    EXPECT_TRUE(folder.has("out.csv.partial"));
+    EXPECT_FALSE(folder.has("out.csv"));
+}
+
+/// A source of a file, opened and not read.
+class LookAheadTest : public RecordingSourceTest {
+protected:
+    std::optional<Host::SourceAccount> lookAhead(const std::string& properties, std::uint64_t rows) {
+        Host::Complaints complaints;
+        const auto description =
+            Host::GraphDescription::read(folder.write("g.yaml", graph(properties, "p")), {}, complaints);
+        Host::Graph built(description, catalogue, complaints);
+        built.openSources(complaints);
+        complaints.raise();
+        Host::Source& source = *built.getSources().at(0);
+        const auto account = source.lookAhead(rows);
+        EXPECT_EQ(source.getRows(), 0u);
+        EXPECT_EQ(source.getAccount().rows, 0u) << "the run finds everything where it was";
+        EXPECT_EQ(source.prepare(), account->rows > 0);
+        return account;
+    }
+    /// Rows with times at `step` from each other, times `unit`.
+    void write(const std::string& name, double step, double unit) {
+        std::string text = name + ",x\n";
+        for (int i = 0; i < 100; ++i)
+            text += std::to_string(std::llround(i * step * unit)) + ",1\n";
+        folder.write("in.csv", text);
+    }
+};
+
+TEST_F(LookAheadTest, TellsOfTheFirstRowsAndTakesNothingAway) {
+    folder.write("in.csv", "t,x\n0,1\n1,2\n1.5,3\n2,4\n2.5,5\n9,6\n");
+    const auto account = lookAhead("file: in.csv, time: t, pins: {p: x}", 5);
+    ASSERT_TRUE(account);
+    EXPECT_EQ(account->rows, 5u);
+    EXPECT_EQ(account->firstStep, 1.0);
+    EXPECT_EQ(account->medianStep, 0.5);
+    EXPECT_EQ(account->getLength(), 2.5);
+}
+
+TEST_F(LookAheadTest, ABadRowIsTheRunsConcern) {
+    folder.write("in.csv", "t,x\n0,1\n1,2\n2,oops\n3,4\n");
+    EXPECT_EQ(lookAhead("file: in.csv, time: t, pins: {p: x}", 1000)->rows, 2u);
+    EXPECT_EQ(lookAhead("file: in.csv, time: t, onBadRow: skip, pins: {p: x}", 1000)->skippedRows, 1u);
+    folder.write("in.csv", "t,x\n");
+    EXPECT_EQ(lookAhead("file: in.csv, time: t, pins: {p: x}", 1000)->rows, 0u);
+}
+
+TEST_F(LookAheadTest, AColumnOfTimesMayContradictTheRate) {
+    struct Row {
+        std::string column;
+        double unit;
+        std::optional<double> other;
+    };
+    const Row rows[] = {{"t", 1e6, 50.0},         {"Time (ms)", 1e3, 50.0},     {"time_stamp", 1e9, 50.0},
+                        {"T", 1e6, std::nullopt}, {"level", 1e6, std::nullopt}, {"timer", 1e6, std::nullopt}};
+    for (const Row& row : rows) {
+        write(row.column, 0.02, row.unit);
+        EXPECT_FALSE(lookAhead("file: in.csv, rate: 50, pins: {p: x}", 1000)->otherClock) << row.column;
+        EXPECT_FALSE(lookAhead("file: in.csv, rate: 49.5, pins: {p: x}", 1000)->otherClock) << "near enough";
+        const auto other = lookAhead("file: in.csv, rate: 100, pins: {p: x}", 1000)->otherClock;
+        ASSERT_EQ(other.has_value(), row.other.has_value()) << row.column;
+        if (!other) continue;
+        EXPECT_EQ(other->column, row.column);
+        EXPECT_NEAR(other->rate, *row.other, 1e-6) << row.column;
+    }
+}
+
+TEST_F(LookAheadTest, WhatDoesNotGoOnTellsNoTime) {
+    folder.write("in.csv", "t,x\n0,1\n1,1\n1,1\n2,1\n");
+    EXPECT_FALSE(lookAhead("file: in.csv, rate: 100, pins: {p: x}", 1000)->otherClock);
+    folder.write("in.csv", "t,x\n0,1\n1,1\n0.5,1\n2,1\n");
+    EXPECT_FALSE(lookAhead("file: in.csv, rate: 100, pins: {p: x}", 1000)->otherClock);
+    folder.write("in.csv", "time,x\nMonday,1\nTuesday,1\nFriday,1\n");
+    EXPECT_FALSE(lookAhead("file: in.csv, rate: 100, pins: {p: x}", 1000)->otherClock);
+}
+
+TEST_F(LookAheadTest, WholeMillisecondsAgreeWithARateBetweenThem) {
+    write("ms", 1 / 102.4, 1e3); // steps of 9 and of 10
+    EXPECT_FALSE(lookAhead("file: in.csv, rate: 102.4, pins: {p: x}", 1000)->otherClock);
+}
+
+/// The allocations of a run over so many rows, some of whose cells are quoted, signed, empty or missing.
+class SteadyRowsTest : public RecordingSourceTest {
+protected:
+    std::uint64_t allocationsOf(int rows, const std::string& properties) {
+        std::string text = "t,x,y\n";
+        for (int i = 0; i < rows; ++i)
+            text += std::to_string(1e-4 * i) + ",\"0.12345678901234567890\",+0.1234567890123456789\n" +
+                    std::to_string(1e-4 * i) + ",,\n" + std::to_string(1e-4 * i) + ",1,\"not to be had\"\n";
+        folder.write("in.csv", text);
+        Host::Complaints complaints;
+        const auto description = Host::GraphDescription::read(
+            folder.write("g.yaml", graph("file: in.csv, " + properties, "p")), {}, complaints);
+        Host::Graph built(description, catalogue, complaints);
+        built.openSources(complaints);
+        complaints.raise();
+        built.openSinks();
+        Host::OfflineRunner runner(built);
+        const Support::AllocationCounter counter;
+        runner.run(stop);
+        EXPECT_EQ(built.getSources().at(0)->getRows(), static_cast<std::uint64_t>(3 * rows));
+        return counter.count();
+    }
+};
+
+TEST_F(SteadyRowsTest, AllocateNothing) {
+    for (const std::string settings : {"time: t", "rate: 100", "time: t, frame: 3"}) {
+        const std::string properties = settings + ", missing: [\"not to be had\"" +
+                                       (settings.ends_with("3") ? ", \"\"" : "") + "], pins: {p: [x, y]}";
+        EXPECT_EQ(allocationsOf(1000, properties), allocationsOf(50, properties)) << settings;
+    }
 }
 
 } // namespace

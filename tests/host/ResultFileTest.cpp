@@ -9,9 +9,12 @@
 
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -193,6 +196,56 @@ TEST(ResultFile, WhoHasGivenUpWaitsForNoReader) {
     EXPECT_EQ(failureToWrite(file, std::string(1000000, 'x')),
               folder.path("pipe") + ": cannot be written: nobody reads it");
     EXPECT_EQ(reader.readLine(), "there is room\n");
+}
+
+/// Sets a flag a little later, when another thread waits.
+class LateStop {
+public:
+    LateStop()
+        : thread([this] {
+              std::this_thread::sleep_for(std::chrono::milliseconds(20));
+              flag = true;
+          }) {}
+    ~LateStop() { thread.join(); }
+    std::atomic<bool> flag{false};
+
+private:
+    std::thread thread;
+};
+
+TEST(ResultFile, AWishToStopEndsTheWaitForAReader) {
+    const TemporaryFolder folder;
+    const Support::Fifo reader(folder.path("pipe"));
+    LateStop stop;
+    ResultFile file(folder.path("pipe"), &stop.flag);
+    const std::string much(1'000'000, 'x');
+    EXPECT_THROW(file.write(much.data(), much.size()), Quillmere::Host::InterruptedException);
+}
+
+TEST(ResultFile, AWishToStopEndsTheWaitForOneWhoOpensThePipe) {
+    const TemporaryFolder folder;
+    Support::Fifo reader(folder.path("pipe"));
+    LateStop stop;
+    reader.close(); // the test has no end of it any more
+    EXPECT_THROW(ResultFile(folder.path("pipe"), &stop.flag), Quillmere::Host::InterruptedException);
+}
+
+TEST(ResultFile, WaitsForOneWhoOpensThePipeLater) {
+    const TemporaryFolder folder;
+    std::string text;
+    Support::Fifo pipe(folder.path("pipe"));
+    pipe.close();
+    std::thread reader([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        text = folder.read("pipe");
+    });
+    {
+        ResultFile file(folder.path("pipe"));
+        const std::string much(1'000'000, 'x');
+        file.write(much.data(), much.size()); // more than a pipe holds
+    }
+    reader.join();
+    EXPECT_EQ(text.size(), 1'000'000u);
 }
 
 } // namespace

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/RecordingFile.h"
+
+#include "host/graph/Printable.h"
+#include "host/recording/RecordingException.h"
+#include "host/recording/StandardStream.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+
+namespace Quillmere::Host {
+
+namespace {
+constexpr const char* kStandardInput = "standard input";
+
+/// A descriptor of its own, also of standard input, so that closing it closes nobody else's.
+int openForReading(const std::string& path) {
+    if (getIsStandardStream(path)) return ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}
+} // namespace
+
+RecordingFile::RecordingFile(const std::string& path)
+    : name(getIsStandardStream(path) ? kStandardInput : printable(path, PATH_MAX)),
+      file(openForReading(path)) {
+    if (file < 0) fail("cannot be opened");
+    struct stat facts {};
+    if (::fstat(file, &facts) != 0) return;
+    if (S_ISDIR(facts.st_mode)) {
+        ::close(file);
+        throw RecordingException(name + ": found a folder; expected a file");
+    }
+    if (!S_ISREG(facts.st_mode)) return;
+    isPiped = false;
+    size = static_cast<std::uint64_t>(facts.st_size);
+    written = facts.st_mtim;
+}
+
+RecordingFile::~RecordingFile() {
+    ::close(file);
+}
+
+std::size_t RecordingFile::read(char* to, std::size_t count) {
+    for (;;) {
+        if (isPiped && !waiting.wait(file, POLLIN)) continue;
+        const ssize_t got = ::read(file, to, count);
+        if (got > 0) {
+            bytesRead += static_cast<std::uint64_t>(got);
+            return static_cast<std::size_t>(got);
+        }
+        if (got == 0) {
+            checkEnd();
+            return 0;
+        }
+        // A descriptor that never waits says so although another reader may have taken what there was.
+        if (errno != EINTR && errno != EAGAIN) fail("cannot be read");
+    }
+}
+
+bool RecordingFile::getIsReadable() const {
+    pollfd look{file, POLLIN, 0};
+    return ::poll(&look, 1, 0) > 0; // a signal came between: as good as nothing yet
+}
+
+void RecordingFile::checkEnd() {
+    if (isPiped) return;
+    if (bytesRead < size)
+        throw RecordingException(name + ": found its end behind " + std::to_string(bytesRead) + " of " +
+                                 std::to_string(size) +
+                                 " bytes: it got shorter while it was read; expected a recording that stays "
+                                 "as it is");
+    struct stat facts {};
+    if (::fstat(file, &facts) != 0) return;
+    isChanged = bytesRead != size || facts.st_mtim.tv_sec != written.tv_sec ||
+                facts.st_mtim.tv_nsec != written.tv_nsec;
+}
+
+void RecordingFile::fail(const char* what) const {
+    throw RecordingException(name + ": " + what + ": " + std::strerror(errno));
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/recording/PipeWait.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+namespace Quillmere::Host {
+
+/// The bytes of a recording: of a file, or of whoever writes a pipe. Failures are `RecordingException`s.
+///
+/// A file is taken as long as it is when its end is reached: what was appended meanwhile belongs to it. One that got shorter
+/// since it was opened is refused, since what is missing was a part of it.
+class QUILLMERE_API RecordingFile {
+public:
+    /// Opens the file, or standard input for `-`. Raises when there is none that can be read, and for a folder.
+    explicit RecordingFile(const std::string& path);
+    ~RecordingFile();
+    RecordingFile(const RecordingFile&) = delete;
+    RecordingFile& operator=(const RecordingFile&) = delete;
+
+    /// As messages name it.
+    const std::string& getName() const { return name; }
+    /// Whether bytes may have to be waited for: no file on a disk, but a pipe, a terminal, a device.
+    bool getIsPiped() const { return isPiped; }
+    /// Of a file when it was opened; 0 for a pipe.
+    std::uint64_t getSize() const { return size; }
+    /// What to wait on for more of a pipe.
+    int getDescriptor() const { return file; }
+
+    /// From then on waiting for a pipe ends with `InterruptedException` when `flag` is true. [setup]
+    void setStop(const std::atomic<bool>& flag) { waiting.setStop(flag); }
+    /// Reads at most `count` bytes, as many as are there; 0 at the end.
+    std::size_t read(char* to, std::size_t count);
+    /// Whether `read` wouldn't wait.
+    bool getIsReadable() const;
+    /// Whether somebody wrote to the file between its opening and its end. Requires: `read` gave 0.
+    bool getIsChanged() const { return isChanged; }
+
+private:
+    [[noreturn]] void fail(const char* what) const;
+    void checkEnd();
+
+    std::string name;
+    int file = -1;
+    bool isPiped = true;
+    bool isChanged = false;
+    std::uint64_t size = 0;
+    std::uint64_t bytesRead = 0;
+    std::timespec written{}; ///< When it was last written to, as it was opened.
+    PipeWait waiting;
+};
+
+} // namespace Quillmere::Host

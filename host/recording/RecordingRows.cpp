@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/RecordingRows.h"
+
+#include "host/recording/RecordingException.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace Quillmere::Host {
+
+namespace {
+constexpr std::size_t kFaultsTold = 5;
+} // namespace
+
+RecordingRows::RecordingRows(std::unique_ptr<CsvReader> csvReader, RowPlan rowPlan)
+    : reader(std::move(csvReader)), plan(std::move(rowPlan)), values(plan.chosen.size()),
+      hasSample(plan.pins.size()) {
+    reader->select(plan.chosen);
+    reader->setMissing(plan.missing);
+}
+
+RecordingRows::Row RecordingRows::take() {
+    const CsvReader::Row read = reader->takeRow(values.data());
+    if (read == CsvReader::Row::End) return Row::End;
+    ++number;
+    if (plan.onCutEnd == OnCutEnd::Drop && reader->getIsCut()) return dropCutEnd();
+    // A row that is skipped takes its time all the same.
+    time = plan.timeCell ? values[*plan.timeCell] : static_cast<double>(number - 1) / plan.rate;
+    const bool isFaulty = read == CsvReader::Row::Faulty;
+    isWhole = !isFaulty && !reader->getHasEmptyCells() && std::isfinite(time);
+    if (!isWhole && !takeUnsound(isFaulty)) return Row::Skipped;
+    if (account.rows++ == 0) firstTaken = number;
+    lastTaken = number;
+    account.missingCells += reader->getMissingCells();
+    if (plan.timeCell) watch.take(time, number, reader->getLine());
+    return Row::Taken;
+}
+
+/// False when the row is to be skipped.
+bool RecordingRows::takeUnsound(bool isFaulty) {
+    std::string fault = isFaulty ? reader->getFault() : "";
+    bool canMend = reader->getHasAllCells();
+    if (canMend && !getHasTime()) {
+        canMend = false;
+        if (!isFaulty) fault = reader->getFaultOfCell(plan.chosen[*plan.timeCell], "a time in seconds");
+    }
+    if (canMend) {
+        const std::string hole = mendHoles();
+        if (!isFaulty) fault = hole;
+    }
+    if (fault.empty()) return true;
+    if (plan.onBadRow == OnBadRow::Error) throw RecordingException(fault);
+    noteFault(std::move(fault));
+    const bool isMended = canMend && plan.onBadRow == OnBadRow::Nan;
+    ++(isMended ? account.mendedRows : account.skippedRows);
+    return isMended;
+}
+
+bool RecordingRows::getHasTime() const {
+    return !plan.timeCell || (std::isfinite(time) && !reader->getIsEmpty(*plan.timeCell));
+}
+
+/// Finds the pins that have no sample in this row, and empty cells that may not be, which become not-a-number. Gives back
+/// what is wrong with the first of these, or nothing.
+std::string RecordingRows::mendHoles() {
+    std::string fault;
+    const auto isEmpty = [&](std::size_t cell) { return reader->getIsEmpty(cell); };
+    for (std::size_t i = 0; i < plan.pins.size(); ++i) {
+        const RowPlan::Pin& pin = plan.pins[i];
+        const auto first = std::find_if(pin.cells.begin(), pin.cells.end(), isEmpty);
+        const bool hasNone = std::all_of(pin.cells.begin(), pin.cells.end(), isEmpty);
+        hasSample[i] = !hasNone || plan.isFramed;
+        if (first == pin.cells.end() || !hasSample[i]) continue;
+        if (fault.empty())
+            fault = reader->getFaultOfCell(plan.chosen[*first],
+                                           hasNone ? "a number, since a frame has no holes"
+                                                   : "a number, or nothing in all columns of the pin '" +
+                                                         pin.name + "'");
+        for (const std::size_t cell : pin.cells)
+            if (isEmpty(cell)) values[cell] = std::numeric_limits<double>::quiet_NaN();
+    }
+    return fault;
+}
+
+RecordingRows::Row RecordingRows::dropCutEnd() {
+    account.isCutEndDropped = true;
+    account.firstFaults.push_back(reader->getRowText() + ", the last line, without its end");
+    return Row::Skipped;
+}
+
+void RecordingRows::noteFault(std::string text) {
+    if (account.firstFaults.size() < kFaultsTold) account.firstFaults.push_back(std::move(text));
+}
+
+SourceAccount RecordingRows::getAccount() const {
+    SourceAccount told = account;
+    told.isChangedMeanwhile = reader->getIsChanged();
+    if (plan.timeCell)
+        watch.tell(told);
+    else if (account.rows > 0)
+        tellTimesOfRate(told);
+    return told;
+}
+
+/// Times that are counted have no steps but one.
+void RecordingRows::tellTimesOfRate(SourceAccount& told) const {
+    told.firstTime = static_cast<double>(firstTaken - 1) / plan.rate;
+    told.lastTime = static_cast<double>(lastTaken - 1) / plan.rate;
+    if (account.rows > 1) told.firstStep = told.medianStep = 1.0 / plan.rate;
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/graph/SourceAccount.h"
+#include "host/recording/CsvReader.h"
+#include "host/recording/TimeStampWatch.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// What becomes of a row in which something is wrong: it ends the run, it is passed over, or it is taken with not-a-number in
+/// place of what is wrong.
+enum class OnBadRow { Error, Skip, Nan };
+/// What becomes of a last line without a line end: it is a row as any other, or it is left out, whatever is in it, since a
+/// number that was cut looks like a whole one.
+enum class OnCutEnd { Error, Drop };
+
+/// What is wanted of each row of a recording. Cells are places in the list `chosen`.
+struct RowPlan {
+    struct Pin {
+        std::string name;
+        std::vector<std::size_t> cells;
+    };
+
+    std::vector<std::size_t> chosen; ///< Columns of the file, each once.
+    std::optional<std::size_t> timeCell;
+    double rate = 0.0; ///< Rows a second, without a `timeCell`.
+    std::vector<Pin> pins;
+    bool isFramed = false; ///< Rows are gathered, so none may lack a pin's sample.
+    OnBadRow onBadRow = OnBadRow::Error;
+    OnCutEnd onCutEnd = OnCutEnd::Error;
+    std::vector<std::string> missing; ///< Texts of cells that stand for not-a-number.
+};
+
+/// Takes the rows of a recording one by one, by a plan, and keeps account of them.
+///
+/// A row is bad when a cell that is wanted isn't a number, when it has too few or too many cells, when its time isn't finite,
+/// and when some cells of a pin are empty while others aren't. Only bad cells can be mended, and not that of the time: a
+/// row that can't be is skipped where it should be mended.
+class QUILLMERE_API RecordingRows {
+public:
+    enum class Row { Taken, Skipped, End };
+
+    RecordingRows(std::unique_ptr<CsvReader> reader, RowPlan plan);
+
+    /// Reads the next row. Raises `RecordingException` for a bad one that ends the run. [run]
+    Row take();
+    const CsvReader& getReader() const { return *reader; }
+    /// Whether `take` wouldn't wait. [run]
+    bool getIsReady() { return reader->getIsRowReady(); }
+    void setStop(const std::atomic<bool>& flag) { reader->setStop(flag); }
+    const RowPlan& getPlan() const { return plan; }
+
+    /// Of the row: its time in seconds, the elements of a pin's sample, and whether there is one, which there isn't where all
+    /// cells of the pin are empty. Requires: the last `take` took it.
+    double getTime() const { return time; }
+    double getElement(std::size_t pin, std::size_t element) const {
+        return values[plan.pins[pin].cells[element]];
+    }
+    bool getHasSample(std::size_t pin) const { return isWhole || hasSample[pin] != 0; }
+
+    SourceAccount getAccount() const;
+
+private:
+    bool takeUnsound(bool isFaulty);
+    bool getHasTime() const;
+    std::string mendHoles();
+    Row dropCutEnd();
+    void noteFault(std::string text);
+    void tellTimesOfRate(SourceAccount& account) const;
+
+    std::unique_ptr<CsvReader> reader;
+    RowPlan plan;
+    std::vector<double> values;  ///< The cells of one row.
+    std::vector<char> hasSample; ///< For each pin, in a row that isn't whole.
+    bool isWhole = true;         ///< Every pin has a sample.
+    double time = 0.0;           ///< Seconds.
+    std::uint64_t number = 0;    ///< Rows read, also those that were not taken.
+    std::uint64_t firstTaken = 0;
+    std::uint64_t lastTaken = 0;
+    SourceAccount account; ///< As far as it is counted row by row.
+    TimeStampWatch watch;
+};
+
+} // namespace Quillmere::Host
