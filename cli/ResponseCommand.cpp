@@ -4,6 +4,7 @@
 #include "cli/GraphArguments.h"
 #include "host/graph/Graph.h"
 #include "host/graph/NearestName.h"
+#include "host/graph/Printable.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/ValueReader.h"
 #include "host/recording/ResultFile.h"
@@ -21,6 +22,13 @@ using namespace Quillmere::Host;
 using Quillmere::Core::Filter;
 
 namespace {
+
+std::vector<std::string> namesOf(const Quillmere::Core::PropertyBag& properties) {
+    std::vector<std::string> names;
+    for (const auto* const property : properties)
+        names.push_back(property->getName());
+    return names;
+}
 
 /// A graph that is built for one of its blocks; that block, cut loose from the others.
 struct CutGraph {
@@ -55,13 +63,12 @@ BlockPtr configuredBlock(const BlockCatalogue& catalogue, const std::string& typ
     values.reserve(settings.size()); // the writes point into it
     for (const std::string& text : settings) {
         const auto [name, value] = splitSetting(text, "--set", "PROPERTY=VALUE");
+        const std::string option = "--set " + printable(text, kLongestName);
         if (block->getPropertyBag().find(name) == nullptr) {
-            std::vector<std::string> names;
-            for (const auto* const property : block->getPropertyBag())
-                names.push_back(property->getName());
-            complaints.add({"--set " + text}, "the property '" + name + "' of " + type,
-                           "one of " + listOfNames(names), nearestName(name, names));
-        } else if (const auto read = readValueText(value, "--set " + text, false, complaints)) {
+            refuseName(complaints, {option}, name,
+                       "the property '" + printable(name, kLongestName) + "' of " + type, "one of ",
+                       [&] { return namesOf(block->getPropertyBag()); });
+        } else if (const auto read = readValueText(value, option, false, complaints)) {
             values.push_back(*read);
             writes.push_back({block->getPropertyBag().find(name), &values.back()});
         }

@@ -49,6 +49,62 @@ protected:
     Support::TemporaryFolder folder;
 };
 
+struct ValueRow {
+    std::string value;
+    std::string refusal; ///< Behind the option; empty for a value that is taken.
+};
+
+const ValueRow kValues[] = {
+    {.value = "0.5", .refusal = ""},
+    {.value = "&x [*x]",
+     .refusal = ": found a value that contains itself; expected a reference to a value that has ended\n"},
+    {.value = "[1],2",
+     .refusal = ": found more text behind the end of the first value; expected one value; a list stands in "
+                "brackets\n"},
+    {.value = std::string(2000, '[') + std::string(2000, ']'),
+     .refusal = ": found lists or maps more than 100 levels deep; expected fewer\n"},
+};
+
+/// What a message repeats of an option's text.
+std::string shownOf(const std::string& text) {
+    return text.size() <= 80 ? text : text.substr(0, 80) + "...";
+}
+
+TEST_F(Command, ValuesOfOptionsGoTheRoadOfThoseInAFile) {
+    for (const ValueRow& row : kValues) {
+        const int expected = row.refusal.empty() ? 0 : 2;
+        const Ended set = call({"check", "g.yaml", "--set", "gain.Gain=" + row.value});
+        EXPECT_EQ(set.exitCode, expected) << row.value;
+        EXPECT_EQ(set.err,
+                  row.refusal.empty() ? "" : "--set " + shownOf("gain.Gain=" + row.value) + row.refusal);
+        const Ended param = call({"check", "g.yaml", "--param", "factor=" + row.value});
+        EXPECT_EQ(param.exitCode, expected) << row.value;
+        EXPECT_EQ(param.err,
+                  row.refusal.empty() ? "" : "--param " + shownOf("factor=" + row.value) + row.refusal);
+        const Ended response = call({"response", "FilterGain", "--set", "Gain=" + row.value});
+        EXPECT_EQ(response.exitCode, expected) << row.value;
+        EXPECT_EQ(response.err,
+                  row.refusal.empty() ? "" : "--set " + shownOf("Gain=" + row.value) + row.refusal);
+    }
+    const Ended matrix = call({"response", "FilterIIR", "--set", "XCoeffs=[[0.5, 0.5]]", "--points", "2"});
+    EXPECT_EQ(matrix.exitCode, 0) << matrix.err;
+    const Ended row = call({"response", "FilterIIR", "--set", "XCoeffs=[0.5, 0.5]"});
+    EXPECT_EQ(row.exitCode, 2);
+    EXPECT_NE(row.err.find("did you mean double brackets"), std::string::npos) << row.err;
+}
+
+TEST_F(Command, ARecordingGivenAsTheGraphIsToldInOneShortLine) {
+    std::string recording = "t,x\n";
+    for (int i = 0; i < 100000; ++i)
+        recording += "0.5,1\n";
+    folder.write("wrist.csv", recording);
+    const Ended ended = call({"run", "wrist.csv"});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.err,
+              "wrist.csv:1:1: found a table, as recordings are, that begins 't,x'; expected a graph "
+              "file, which names its recordings by 'file:'\n");
+}
+
 TEST_F(Command, RunsAGraphAndSumsUp) {
     const Ended ended = call({"run", "g.yaml"});
     EXPECT_EQ(ended.exitCode, 0);

@@ -158,6 +158,24 @@ TEST_F(LiveSettingsTest, ARefusedWriteAnswersWithTheSettingsOwnWordsAndChangesNo
     EXPECT_EQ(after, before);
 }
 
+TEST_F(LiveSettingsTest, AValueThatWouldNotEndIsRefusedAndTheRunGoesOn) {
+    const auto refusal = [&](const std::string& value) {
+        return refusalOf([&] { liveRun->write("odd.matrix", value); });
+    };
+    EXPECT_EQ(refusal("&x [*x]"),
+              "found a value that contains itself; expected a reference to a value that has ended");
+    EXPECT_EQ(refusal("[[1, 2]], [3]"),
+              "found more text behind the end of the first value; expected one value; "
+              "a list stands in brackets");
+    EXPECT_EQ(refusal(std::string(100000, '[')),
+              "found lists or maps more than 100 levels deep; expected fewer");
+    EXPECT_EQ(refusal(std::string(100000, 'x')),
+              "found '" + std::string(80, 'x') +
+                  "...'; expected a matrix as a list of rows, each a list of numbers; did you mean double "
+                  "brackets, as in [[1, 2, 3]]?");
+    EXPECT_EQ(valueAfterWriting("odd.matrix", "[[1, 2], [3, 4]]"), "[[1, 2], [3, 4]]");
+}
+
 TEST_F(LiveSettingsTest, OtherRefusals) {
     EXPECT_EQ(refusalOf([&] { liveRun->fire("odd.whole"); }),
               "found the setting 'odd.whole'; expected a command, which is fired, not set");
