@@ -54,7 +54,8 @@ std::string_view tableHeader(std::string_view text) {
     if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
     const std::string_view header = takeLine(text);
     const std::string_view row = takeLine(text);
-    const bool isGraph = header.find(": ") != std::string_view::npos || header.find_first_of("{[") == 0;
+    const bool isGraph =
+        header.find(": ") != std::string_view::npos || trimmed(header).find_first_of("{[") == 0;
     if (header.empty() || row.empty() || isGraph) return {};
     for (const char separator : {';', '\t', ','}) {
         if (header.find(separator) == std::string_view::npos) continue;

@@ -126,7 +126,14 @@ std::optional<Value> readValueFile(const std::string& path, Complaints& complain
                        "a graph file");
         return std::nullopt;
     }
+    errno = 0;
     const std::string text = contentOf(file);
+    if (file.bad()) {
+        complaints.add({path, 0, 0},
+                       std::string("a file that can't be read to its end (") + std::strerror(errno) + ")",
+                       "a graph file");
+        return std::nullopt;
+    }
     if (const std::string_view header = tableHeader(text); !header.empty()) {
         complaints.add({path, 1, 1},
                        "a table, as recordings are, that begins '" + printable(header, kLongestName) + "'",

@@ -15,6 +15,7 @@ namespace Quillmere::Host {
 namespace {
 
 constexpr std::size_t kPieceSize = std::size_t{1} << 18;  // fits the second-level cache
+constexpr std::size_t kMostColumns = 1'000'000;           // their names are held in memory
 constexpr std::size_t kLongestRow = std::size_t{1} << 26; // beyond it, the file is no table of numbers
 constexpr std::size_t kPassedOver = std::numeric_limits<std::size_t>::max();
 constexpr std::size_t kQuotedText = 40; // how much of a bad cell a message shows
@@ -90,6 +91,9 @@ void CsvReader::readHeader() {
     if (!found) throw RecordingException(getPath() + ": found no header row; expected a row of column names");
     for (const char* begin = lineBegin;; ++begin) {
         const char* end = endOfCell(begin, lineEnd);
+        if (columns.size() == kMostColumns)
+            throw RecordingException(getPath() + ":" + std::to_string(line) +
+                                     ": found more than a million columns; expected a table of numbers");
         columns.push_back(plainText({begin, end}));
         if (end == lineEnd) break;
         begin = end;

@@ -2,13 +2,14 @@
 #include "host/recording/RecordingSource.h"
 
 #include "host/graph/NearestName.h"
-#include "host/recording/Dialect.h"
+#include "host/recording/ColumnFinder.h"
 #include "host/recording/OtherClock.h"
 #include "host/recording/RecordingException.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <unordered_map>
 
 namespace Quillmere::Host {
 
@@ -184,14 +185,14 @@ void RecordingSource::open(Complaints& complaints) {
 
 /// A column may stand in several pins; the reader gives it once.
 void RecordingSource::planCells(const CsvReader& reader, Complaints& complaints) {
-    std::vector<std::size_t>& chosen = plan.chosen;
+    const ColumnFinder finder(getPath(), reader.getColumns());
+    std::unordered_map<std::size_t, std::size_t> cells; // of each column that is chosen
     const auto cellOf = [&](const Column& column) -> std::size_t {
-        const std::optional<std::size_t> index = findColumn(reader, column, complaints);
+        const std::optional<std::size_t> index = finder.find(column.name, column.where, complaints);
         if (!index) return 0;
-        const auto known = std::find(chosen.begin(), chosen.end(), *index);
-        if (known != chosen.end()) return static_cast<std::size_t>(known - chosen.begin());
-        chosen.push_back(*index);
-        return chosen.size() - 1;
+        const auto [cell, isNew] = cells.try_emplace(*index, plan.chosen.size());
+        if (isNew) plan.chosen.push_back(*index);
+        return cell->second;
     };
     for (const Output& output : outputs) {
         plan.pins.push_back({output.pin.getName(), {}});
@@ -201,27 +202,6 @@ void RecordingSource::planCells(const CsvReader& reader, Complaints& complaints)
     if (timeColumn) plan.timeCell = cellOf(*timeColumn);
     plan.rate = rate.value_or(0.0);
     plan.isFramed = frameRows > 0;
-}
-
-std::optional<std::size_t> RecordingSource::findColumn(const CsvReader& reader, const Column& column,
-                                                       Complaints& complaints) const {
-    const std::vector<std::string>& names = reader.getColumns();
-    const auto found = std::find(names.begin(), names.end(), column.name);
-    const std::string name = "column '" + column.name + "'";
-    if (found == names.end()) {
-        const std::string separator = separatorOf(names, column.name);
-        if (separator.empty())
-            complaints.add(column.where, "the " + name, "one of " + getPath() + ": " + listOfNames(names),
-                           nearestName(column.name, names));
-        else
-            complaints.add(column.where,
-                           "no " + name + " in " + getPath() + ", which looks separated by " + separator,
-                           "commas between its cells");
-        return std::nullopt;
-    }
-    if (std::find(found + 1, names.end(), column.name) != names.end())
-        complaints.add(column.where, "the " + name + " twice in " + getPath(), "a name that one column has");
-    return static_cast<std::size_t>(found - names.begin());
 }
 
 bool RecordingSource::prepare() {

@@ -75,8 +75,6 @@ private:
     void takeMissing(const Value& value, Complaints& complaints);
     void requireClock(const GraphDescription::Block& description, Complaints& complaints) const;
     void planCells(const CsvReader& reader, Complaints& complaints);
-    std::optional<std::size_t> findColumn(const CsvReader& reader, const Column& column,
-                                          Complaints& complaints) const;
 
     bool readOn();
     bool takeRowIntoFrame();

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -143,10 +144,63 @@ TEST_F(GraphTest, RefusedSettingsSayWhatWouldDo) {
 }
 
 TEST_F(GraphTest, WhatABlockRaisesWhenItHearsOfASettingIsTold) {
-    EXPECT_EQ(wrong("  - {id: odd, type: OddFailing, properties: {good: -2, strange: true}}\n",
-                    "  - {from: in.x, to: odd}\n  - {from: odd, to: out.a}\n"),
-              "g.yaml:5:52: found '-2' for 'good'; expected a whole number that the block takes (no sample at "
-              "all)\n");
+    EXPECT_EQ(
+        wrong("  - {id: odd, type: OddFailing, properties: {good: -2, strange: true}}\n",
+              "  - {from: in.x, to: odd}\n  - {from: odd, to: out.a}\n"),
+        "g.yaml:5:52: found '-2' for 'good'; expected a whole number that the block takes (no sample at "
+        "all)\n");
+}
+
+TEST_F(GraphTest, ComplaintsByTheThousandAreCountedBeyondFifty) {
+    std::string text = "format: 1\nblocks:\n";
+    for (int i = 0; i < 20000; ++i)
+        text += "  - {id: g" + std::to_string(i) + ", type: FilterGain}\n";
+    text += "connections:\n";
+    for (int i = 0; i < 50000; ++i)
+        text += "  - {from: x" + std::to_string(i) + ", to: y" + std::to_string(i) + "}\n";
+    Complaints complaints;
+    const std::clock_t begin = std::clock();
+    GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+    // Each of them would compare itself with twenty thousand names: minutes.
+    EXPECT_LT(static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC, 20.0);
+    EXPECT_EQ(complaints.getSorted().size(), 50u);
+    try {
+        complaints.raise();
+        ADD_FAILURE() << "nothing raised";
+    } catch (const GraphException& exception) {
+        EXPECT_TRUE(std::string(exception.what()).ends_with("\nand 99950 more")) << exception.what();
+    }
+}
+
+TEST_F(GraphTest, ParametersThatUnfoldToTooMuchAreRefused) {
+    std::string text = "format: 1\nparameters: {p: [";
+    for (int i = 0; i < 100000; ++i)
+        text += "1, ";
+    text += "1]}\nblocks:\n";
+    for (int i = 0; i < 50; ++i)
+        text += "  - {id: g" + std::to_string(i) + ", type: FilterGain, properties: {Gain: \"${p}\"}}\n";
+    const std::string complaints = complaintsOf(text);
+    EXPECT_NE(
+        complaints.find("g.yaml:13:51: found parameters that unfold to more than a million values; expected "
+                        "a smaller graph\n"),
+        std::string::npos)
+        << complaints;
+}
+
+TEST_F(GraphTest, ALongChainIsBuiltAndRunsInItsOrder) {
+    constexpr int kBlocks = 5000;
+    std::string text = std::string(kHead);
+    for (int i = kBlocks; i-- > 0;) // from the last to the first, so that the order isn't the file's
+        text += "  - {id: g" + std::to_string(i) + ", type: FilterGain}\n";
+    text += "connections:\n  - {from: in.x, to: g0}\n";
+    for (int i = 1; i < kBlocks; ++i)
+        text += "  - {from: g" + std::to_string(i - 1) + ", to: g" + std::to_string(i) + "}\n";
+    text += "  - {from: g" + std::to_string(kBlocks - 1) + ", to: out.x}\n";
+    const Strings order = runOrder(text);
+    ASSERT_EQ(order.size(), static_cast<std::size_t>(kBlocks) + 2);
+    EXPECT_EQ(order.at(1), "g0");
+    EXPECT_EQ(order.at(kBlocks), "g" + std::to_string(kBlocks - 1));
+    EXPECT_EQ(order.back(), "out");
 }
 
 TEST_F(GraphTest, UnknownTypesPinsAndBlocksAreAllToldAtOnce) {

@@ -142,6 +142,16 @@ TEST(ValueReader, AFileThatIsTooLargeIsNotReadToItsEnd) {
     EXPECT_EQ(complaints.getSorted().at(1).found, "more than 16 MiB");
 }
 
+TEST(ValueReader, AFileThatCannotBeReadIsNamed) {
+    Complaints complaints;
+    EXPECT_FALSE(readValueFile("/proc/self/mem", complaints).has_value());
+    ASSERT_EQ(complaints.getSorted().size(), 1u);
+    EXPECT_EQ(
+        complaints.getSorted().front().getText(),
+        "/proc/self/mem: found a file that can't be read to its end (Input/output error); expected a graph "
+        "file");
+}
+
 TEST(ValueReader, ARecordingIsToldFromAGraph) {
     Support::TemporaryFolder folder;
     Complaints complaints;
@@ -156,8 +166,7 @@ TEST(ValueReader, ARecordingIsToldFromAGraph) {
 
 TEST(TableGuess, TablesAreHeadersAndNumbers) {
     EXPECT_EQ(tableHeader("t,x\n0,1\n"), "t,x");
-    EXPECT_EQ(tableHeader("\xEF\xBB\xBF# by hand\n\n\"time (s)\";x;y\r\n0,5;1,25;\r\n"),
-              "\"time (s)\";x;y");
+    EXPECT_EQ(tableHeader("\xEF\xBB\xBF# by hand\n\n\"time (s)\";x;y\r\n0,5;1,25;\r\n"), "\"time (s)\";x;y");
     EXPECT_EQ(tableHeader("date\tx\ty\n2024-01-01\t1\t2"), "date\tx\ty");
     EXPECT_EQ(tableHeader("t,x\n"), "");
     EXPECT_EQ(tableHeader("t,x\n0,1,2\n"), "");
