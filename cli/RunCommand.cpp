@@ -49,6 +49,13 @@ double speedOf(const std::string& text) {
     return isNumber && std::isfinite(speed) ? speed : 0.0;
 }
 
+std::string checkSteps(const std::string& text) {
+    std::uint64_t steps = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), steps);
+    if (error == std::errc() && end == text.data() + text.size() && steps > 0) return {};
+    return "found '" + text + "'; expected a whole number above 0";
+}
+
 std::string checkSpeed(const std::string& text) {
     if (speedOf(text) > 0.0) return {};
     return "found '" + text + "'; expected a factor above 0, or max";
@@ -61,7 +68,7 @@ RunCommand::RunCommand(CLI::App& command) {
     CLI::Option* const rounds =
         command.add_option("--steps", steps, "Run a graph without a source for N rounds.")
             ->type_name("N")
-            ->check(CLI::PositiveNumber);
+            ->check(checkSteps);
     command.add_option("--duration", duration, "Run a graph without a source for SECONDS of its time.")
         ->type_name("SECONDS")
         ->check(CLI::Range(std::numeric_limits<double>::min(), std::numeric_limits<double>::max(), "above 0"))

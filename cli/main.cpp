@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Commands.h"
 
+#include "cli/Usage.h"
 #include "host/recording/RecordingException.h"
 
 #include <CLI/CLI.hpp>
@@ -8,6 +9,9 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -20,30 +24,37 @@ CLI::App& addCommand(CLI::App& program, const char* name, const char* meaning) {
 }
 
 int call(CLI::App& program, int count, char** arguments) {
-    CLI::App& runApp = addCommand(program, "run", "Run a graph over its recordings and write the results.");
-    CLI::App& checkApp =
-        addCommand(program, "check", "Tell whether a graph could run, and everything that is wrong.");
-    CLI::App& blocksApp = addCommand(program, "blocks", "List the block types, or show one.");
-    CLI::App& responseApp =
-        addCommand(program, "response", "Measure what a block does to each frequency: CSV, and a picture.");
-    CLI::App& ctlApp =
-        addCommand(program, "ctl", "Read and change the settings of a run with --live and --control.");
-    Cli::RunCommand run(runApp);
-    Cli::CheckCommand check(checkApp);
-    Cli::BlocksCommand blocks(blocksApp);
-    Cli::ResponseCommand response(responseApp);
-    Cli::CtlCommand ctl(ctlApp);
+    Cli::RunCommand run(addCommand(program, "run", "Run a graph over its recordings and write the results."));
+    Cli::CheckCommand check(
+        addCommand(program, "check", "Tell whether a graph could run, and everything that is wrong."));
+    Cli::BlocksCommand blocks(addCommand(program, "blocks", "List the block types, or show one."));
+    Cli::ResponseCommand response(
+        addCommand(program, "response", "Measure what a block does to each frequency: CSV, and a picture."));
+    Cli::CtlCommand ctl(
+        addCommand(program, "ctl", "Read and change the settings of a run with --live and --control."));
+    CLI::App& help = addCommand(program, "help", "Tell what a command is for and what it takes.");
+    std::string topic;
+    help.add_option("COMMAND", topic, "One of the commands; without it, all are listed.");
+    // For packagers: the package has what it prints.
+    CLI::App& completion = addCommand(program, "completion", "Print a script that completes, for bash.");
+    completion.group("");
+
+    Cli::requireCommand(program, {arguments + 1, arguments + count});
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != 0) Cli::refuseUnknownOption(program);
         return program.exit(error) == 0 ? Cli::kDone : Cli::kNothingRun;
     }
-    Cli::Command& command = runApp.parsed()        ? static_cast<Cli::Command&>(run)
-                            : checkApp.parsed()    ? static_cast<Cli::Command&>(check)
-                            : responseApp.parsed() ? static_cast<Cli::Command&>(response)
-                            : ctlApp.parsed()      ? static_cast<Cli::Command&>(ctl)
-                                                   : static_cast<Cli::Command&>(blocks);
-    return command.run();
+    const std::pair<const char*, Cli::Command&> commands[] = {
+        {"run", run}, {"check", check}, {"blocks", blocks}, {"response", response}, {"ctl", ctl}};
+    for (const auto& [name, command] : commands)
+        if (program.got_subcommand(name)) return command.run();
+    if (completion.parsed())
+        Cli::printCompletion(program);
+    else
+        Cli::printHelp(program, topic);
+    return Cli::kDone;
 }
 
 } // namespace

@@ -33,6 +33,10 @@ foreach(file IN ITEMS Feed.h Feed.cpp Numbers.h Numbers.cpp)
   install(FILES "${PROJECT_SOURCE_DIR}/tests/support/${file}" DESTINATION "${headers}/tests/support")
 endforeach()
 
+# Under the command's name, as bash looks for it.
+install(FILES "${PROJECT_BINARY_DIR}/cli/quillmere.bash" RENAME quillmere
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+
 # What people read and try. Recordings and results that lie about in a working tree stay there.
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
   DESTINATION "${CMAKE_INSTALL_DOCDIR}")

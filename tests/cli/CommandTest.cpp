@@ -401,6 +401,74 @@ TEST_F(Command, WrongUsageRunsNothing) {
     EXPECT_NE(call({"blocks", "FilterGian"}).err.find("; did you mean FilterGain?\n"), std::string::npos);
 }
 
+TEST_F(Command, WrongUsageIsNamedAndGuessed) {
+    struct Row {
+        Strings words;
+        const char* text;
+    };
+    const char* const commands = "expected one of run, check, blocks, response, ctl and help";
+    const Row rows[] = {
+        {{}, "found no command; COMMANDS ('quillmere help' tells what they do)"},
+        {{"runn", "g.yaml"}, "found the command 'runn'; COMMANDS; did you mean run?"},
+        {{"frob"}, "found the command 'frob'; COMMANDS"},
+        {{"g.yaml"}, "found the command 'g.yaml'; COMMANDS; did you mean 'quillmere run g.yaml'?"},
+        {{"none.yml"}, "found the command 'none.yml'; COMMANDS; did you mean 'quillmere run none.yml'?"},
+        {{"help", "chekc"}, "found the command 'chekc'; COMMANDS; did you mean check?"},
+        {{"run", "--inputs", "in=x.csv", "g.yaml"},
+         "found the option '--inputs'; expected one that 'quillmere run --help' lists; did you mean "
+         "--input?"},
+        {{"check", "g.yaml", "--parm=a=1"},
+         "found the option '--parm'; expected one that 'quillmere check --help' lists; did you mean "
+         "--param?"},
+        {{"--frobnicate"}, "found the option '--frobnicate'; expected one that 'quillmere --help' lists"},
+    };
+    for (const Row& row : rows) {
+        std::string wanted = row.text;
+        if (const std::size_t at = wanted.find("COMMANDS"); at != std::string::npos)
+            wanted.replace(at, 8, commands);
+        const Ended ended = call(row.words);
+        EXPECT_EQ(ended.exitCode, 2) << row.text;
+        EXPECT_EQ(ended.err, "quillmere: " + wanted + "\n");
+    }
+    EXPECT_EQ(call({"run", "g.yaml", "--steps", "0"}).err,
+              "--steps: found '0'; expected a whole number above 0\nRun with --help for more information.\n");
+}
+
+TEST_F(Command, HelpIsACommandToo) {
+    EXPECT_EQ(call({"help"}).out, call({"--help"}).out);
+    for (const char* const command : {"run", "check", "blocks", "response", "ctl", "help"}) {
+        const Ended helped = call({"help", command});
+        EXPECT_EQ(helped.exitCode, 0) << helped.err;
+        EXPECT_EQ(helped.out, call({command, "--help"}).out);
+    }
+}
+
+TEST_F(Command, CompletionKnowsEveryCommandAndOption) {
+    folder.write("completion.bash", call({"completion"}).out);
+    const auto complete = [&](const std::string& words) {
+        folder.write("try.bash",
+                     ". ./completion.bash\nCOMP_WORDS=(" + words +
+                         ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_quillmere\necho \"${COMPREPLY[*]}\"\n");
+        const Ended ended = Support::runProgram({"/bin/bash", "try.bash"}, folder.path(""));
+        EXPECT_EQ(ended.err, "");
+        return ended.out;
+    };
+    EXPECT_EQ(complete("quillmere ''"), "run check blocks response ctl help --help --version\n");
+    EXPECT_EQ(complete("quillmere re"), "response\n");
+    EXPECT_EQ(complete("quillmere run --in"), "--input\n");
+    EXPECT_EQ(complete("quillmere help c"), "check ctl\n");
+    EXPECT_EQ(complete("quillmere run g"), "\n") << "files are the shell's own matter";
+    const std::regex option("--[a-z]+");
+    for (const std::string command : {"run", "check", "blocks", "response", "ctl"}) {
+        const std::string known = complete("quillmere " + command + " --");
+        const std::string help = call({command, "--help"}).out;
+        const std::string listed = help.substr(help.find("Options:"));
+        for (std::sregex_iterator match(listed.begin(), listed.end(), option), end; match != end; ++match)
+            EXPECT_NE((" " + known).find(" " + match->str()), std::string::npos)
+                << command << " " << match->str();
+    }
+}
+
 TEST_F(Command, HelpAndVersionAreEverywhere) {
     for (const Strings& command : {Strings{}, Strings{"run"}, Strings{"check"}, Strings{"blocks"}}) {
         Strings help = command;

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#include "cli/Usage.h"
+
+#include "cli/Commands.h"
+#include "host/graph/NearestName.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+
+namespace Cli {
+
+namespace {
+using Quillmere::Host::listOfNames;
+using Quillmere::Host::nearestName;
+
+bool looksLikeAGraph(const std::string& word) {
+    const std::string extension = std::filesystem::path(word).extension().string();
+    std::error_code error;
+    return extension == ".yaml" || extension == ".yml" || extension == ".json" ||
+           std::filesystem::exists(word, error);
+}
+
+std::string guess(const std::string& name, const std::vector<std::string>& known) {
+    const std::string nearest = nearestName(name, known);
+    return nearest.empty() ? "" : "; did you mean " + nearest + "?";
+}
+
+/// Null when there is none of that name.
+const CLI::App* findCommand(const CLI::App& program, const std::string& name) {
+    const auto named =
+        program.get_subcommands([&](const CLI::App* command) { return command->get_name() == name; });
+    return named.empty() ? nullptr : named.front();
+}
+
+[[noreturn]] void refuseCommand(const CLI::App& program, const std::string& word) {
+    const std::vector<std::string> names = commandNames(program);
+    const std::string text = "found the command '" + word + "'; expected one of " + listOfNames(names);
+    const std::string nearest = guess(word, names);
+    throw UsageError{text + (nearest.empty() && looksLikeAGraph(word)
+                                 ? "; did you mean 'quillmere run " + word + "'?"
+                                 : nearest)};
+}
+} // namespace
+
+std::vector<std::string> commandNames(const CLI::App& program) {
+    std::vector<std::string> names;
+    for (const CLI::App* const command : program.get_subcommands([](const CLI::App*) { return true; }))
+        if (!command->get_group().empty())
+            names.push_back(command->get_name()); // what is hidden has no group
+    return names;
+}
+
+std::vector<std::string> longOptions(const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::Option* const option : command.get_options())
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    return names;
+}
+
+void requireCommand(const CLI::App& program, const std::vector<std::string>& words) {
+    const auto isWord = [](const std::string& word) { return !word.starts_with("-"); };
+    if (words.empty())
+        throw UsageError{"found no command; expected one of " + listOfNames(commandNames(program)) +
+                         " ('quillmere help' tells what they do)"};
+    const auto first = std::find_if(words.begin(), words.end(), isWord);
+    if (first != words.end() && findCommand(program, *first) == nullptr) refuseCommand(program, *first);
+}
+
+void refuseUnknownOption(const CLI::App& program) {
+    const std::vector<CLI::App*> named = program.get_subcommands();
+    const CLI::App& command = named.empty() ? program : *named.front();
+    const std::vector<std::string> left = command.remaining();
+    const auto option =
+        std::find_if(left.begin(), left.end(), [](const std::string& word) { return word.starts_with("-"); });
+    if (option == left.end()) return;
+    const std::string name = option->substr(0, option->find('='));
+    const std::string whole = named.empty() ? "quillmere" : "quillmere " + command.get_name();
+    throw UsageError{"found the option '" + name + "'; expected one that '" + whole + " --help' lists" +
+                     guess(name, longOptions(command))};
+}
+
+void printHelp(const CLI::App& program, const std::string& command) {
+    if (command.empty()) {
+        // Its own help would hand over to the command that was named, which is 'help'.
+        std::cout << program.get_formatter()->make_help(&program, program.get_name(),
+                                                        CLI::AppFormatMode::Normal);
+        return;
+    }
+    const CLI::App* const known = findCommand(program, command);
+    if (known == nullptr) refuseCommand(program, command);
+    std::cout << known->help(program.get_name());
+}
+
+void printCompletion(const CLI::App& program) {
+    const auto joined = [](const std::vector<std::string>& words) {
+        std::string text;
+        for (const std::string& word : words)
+            text += (text.empty() ? "" : " ") + word;
+        return text;
+    };
+    std::cout << "# Completes the words of quillmere in bash; files where it knows none. Printed by "
+                 "'quillmere completion'.\n"
+                 "_quillmere() {\n"
+                 "    local current=${COMP_WORDS[COMP_CWORD]} command= words= word\n"
+                 "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
+                 "        [[ $word == -* ]] || { command=$word; break; }\n"
+                 "    done\n"
+                 "    case $command in\n";
+    const std::string names = joined(commandNames(program));
+    for (const std::string& name : commandNames(program))
+        std::cout << "    " << name << ") [[ $current == -* ]] && words='"
+                  << joined(longOptions(*program.get_subcommand(name))) << "'"
+                  << (name == "help" ? " || words='" + names + "'" : "") << " ;;\n";
+    std::cout << "    '') words='" << names << " " << joined(longOptions(program)) << "' ;;\n"
+              << "    esac\n"
+                 "    COMPREPLY=($(compgen -W \"$words\" -- \"$current\"))\n"
+                 "}\n"
+                 "complete -o default -F _quillmere quillmere\n";
+}
+
+} // namespace Cli
