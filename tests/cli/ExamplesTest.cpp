@@ -34,6 +34,18 @@ std::vector<std::vector<double>> numbersOf(const std::string& table) {
     return rows;
 }
 
+/// Eight seconds: gravity, and 0.05 gravities at 5 Hz in the second half.
+std::string shakingWrist() {
+    std::string text = "t,ax,ay,az,gx,gy,gz,mx,my,mz\n";
+    for (int i = 0; i < 800; ++i) {
+        const double tremor = i < 400 ? 0.0 : 0.05 * std::sin(2.0 * std::numbers::pi * 5.0 * 0.01 * i);
+        char row[128];
+        std::snprintf(row, sizeof row, "%.2f,0,0,%.17g,0,0,0,0,0,0\n", 0.01 * i, 1.0 + tremor);
+        text += row;
+    }
+    return text;
+}
+
 class Examples : public testing::Test {
 protected:
     Ended call(std::vector<std::string> arguments) const {
@@ -44,15 +56,7 @@ protected:
 };
 
 TEST_F(Examples, TheSpectrumShowsATremorAtFiveHertz) {
-    // Gravity, and 0.05 gravities at 5 Hz in the second half.
-    std::string text = "t,ax,ay,az,gx,gy,gz,mx,my,mz\n";
-    for (int i = 0; i < 800; ++i) {
-        const double tremor = i < 400 ? 0.0 : 0.05 * std::sin(2.0 * std::numbers::pi * 5.0 * 0.01 * i);
-        char row[128];
-        std::snprintf(row, sizeof row, "%.2f,0,0,%.17g,0,0,0,0,0,0\n", 0.01 * i, 1.0 + tremor);
-        text += row;
-    }
-    folder.write("wrist.csv", text);
+    folder.write("wrist.csv", shakingWrist());
     const Ended ended = call({"run", EXAMPLES "/wrist-spectrum.yaml", "--input", "wrist=wrist.csv",
                               "--output", "result=spectrum.csv"});
     ASSERT_EQ(ended.exitCode, 0) << ended.err;
@@ -208,6 +212,41 @@ TEST_F(Examples, TheGuideToBlocksShowsCodeThatIsCompiled) {
     const std::string plugin = contentOf(EXAMPLES "/own-block/OwnPlugin.cpp");
     const std::string line = plugin.substr(plugin.find("QUILLMERE_PLUGIN"));
     EXPECT_NE(guide.find(line), std::string::npos) << line;
+}
+
+/// The calls of the command in the `sh` passages of a document. Those that take their time, and what needs another program
+/// beside them or a plug-in that the reader builds, are left out.
+std::vector<std::string> callsIn(const std::string& document) {
+    std::vector<std::string> calls;
+    std::istringstream lines(contentOf(document));
+    bool isShell = false;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("```")) isShell = line == "```sh";
+        if (!isShell || !(line.starts_with("quillmere ") || line.starts_with("sensor | "))) continue;
+        const auto has = [&](const char* what) { return line.find(what) != std::string::npos; };
+        const bool isPaced = has("--live") && !has("sensor") && !has("--speed max");
+        if (!isPaced && !has("quillmere ctl") && !has("--plugin")) calls.push_back(line);
+    }
+    return calls;
+}
+
+TEST_F(Examples, WhatTheDocumentsShowCanBeTyped) {
+    std::filesystem::copy(EXAMPLES, folder.path("examples"), std::filesystem::copy_options::recursive);
+    folder.write("examples/wrist.csv", shakingWrist());
+    folder.write("mine.csv", shakingWrist());
+    const std::string setUp =
+        "set -euo pipefail; PATH=" + std::filesystem::path(QUILLMERE).parent_path().string() +
+        ":$PATH; sensor() { cat examples/wrist.csv; }; ";
+    std::size_t count = 0;
+    for (const char* const document :
+         {EXAMPLES "/../README.md", GUIDES "/events.md", GUIDES "/filters.md", GUIDES "/graphs.md",
+          GUIDES "/live.md", GUIDES "/motion.md", GUIDES "/spectra.md"})
+        for (const std::string& line : callsIn(document)) {
+            const Ended ended = Support::runProgram({"/bin/bash", "-c", setUp + line}, folder.path(""));
+            EXPECT_EQ(ended.exitCode, 0) << document << ": " << line << "\n" << ended.err;
+            ++count;
+        }
+    EXPECT_GE(count, 15u);
 }
 
 } // namespace
