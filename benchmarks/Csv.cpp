@@ -5,6 +5,7 @@
 
 #include "host/recording/CsvReader.h"
 #include "host/recording/CsvWriter.h"
+#include "host/recording/TimeStampWatch.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -114,6 +115,17 @@ void read(benchmark::State& state, const Table& table) {
     }
 }
 
+/// What looking at time stamps adds to a table of `kRows`.
+void watch(benchmark::State& state) {
+    Quillmere::Host::TimeStampWatch watch;
+    for (auto _ : state)
+        for (std::size_t row = 0; row < kRows; ++row)
+            watch.take(shortTable().values[row * kColumns], row + 1, row + 2);
+    Quillmere::Host::SourceAccount account;
+    watch.tell(account);
+    if (account.jumps.count > 0) state.SkipWithError("a steady table has no jumps");
+}
+
 void bareWrite(benchmark::State& state, const Table& table) {
     std::vector<char> bytes(kRows * kColumns * 26);
     const int file = ::open("/dev/null", O_WRONLY);
@@ -151,6 +163,7 @@ const Bench::Suite suite([] {
                   .bare = [](benchmark::State& state) { bareRead(state, longTable()); },
                   .ours = [](benchmark::State& state) { read(state, longTable()); },
                   .goal = 1.4});
+    Bench::note("read/times", watch);
     Bench::enter({.name = "write/short",
                   .bare = [](benchmark::State& state) { bareWrite(state, shortTable()); },
                   .ours = [](benchmark::State& state) { write(state, shortTable()); },

@@ -3,6 +3,7 @@
 
 #include "framework/core/AbstractInputPin.h"
 #include "framework/core/AbstractOutputPin.h"
+#include "host/graph/FirstRows.h"
 #include "host/graph/GraphBuilder.h"
 
 #include <algorithm>
@@ -45,6 +46,7 @@ void Graph::openSources(Complaints& complaints) {
         if (hasPath && node.source != nullptr) node.source->open(complaints);
         if (hasPath && node.sink != nullptr) checkFolder(*node.sink, complaints);
     }
+    warnOfFirstRows(*this, complaints);
 }
 
 void Graph::setStop(const std::atomic<bool>& stop) {

@@ -179,16 +179,17 @@ void RecordingSource::open(Complaints& complaints) {
                        "a CSV file with a row of column names");
         return;
     }
-    planCells(*reader, complaints);
-    recording = std::make_unique<RecordingRows>(std::move(reader), plan);
+    if (planCells(*reader, complaints)) recording = std::make_unique<RecordingRows>(std::move(reader), plan);
 }
 
-/// A column may stand in several pins; the reader gives it once.
-void RecordingSource::planCells(const CsvReader& reader, Complaints& complaints) {
+/// A column may stand in several pins; the reader gives it once. False when one isn't there.
+bool RecordingSource::planCells(const CsvReader& reader, Complaints& complaints) {
     const ColumnFinder finder(getPath(), reader.getColumns());
     std::unordered_map<std::size_t, std::size_t> cells; // of each column that is chosen
+    bool hasAll = true;
     const auto cellOf = [&](const Column& column) -> std::size_t {
         const std::optional<std::size_t> index = finder.find(column.name, column.where, complaints);
+        hasAll = hasAll && index;
         if (!index) return 0;
         const auto [cell, isNew] = cells.try_emplace(*index, plan.chosen.size());
         if (isNew) plan.chosen.push_back(*index);
@@ -202,6 +203,7 @@ void RecordingSource::planCells(const CsvReader& reader, Complaints& complaints)
     if (timeColumn) plan.timeCell = cellOf(*timeColumn);
     plan.rate = rate.value_or(0.0);
     plan.isFramed = frameRows > 0;
+    return hasAll;
 }
 
 bool RecordingSource::prepare() {
@@ -249,7 +251,7 @@ bool RecordingSource::takeRowIntoFrame() {
 }
 
 std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) const {
-    if (getIsPiped()) return std::nullopt;
+    if (recording == nullptr || getIsPiped()) return std::nullopt;
     SourceAccount account;
     try {
         RecordingRows ahead(std::make_unique<CsvReader>(getPath()), recording->getPlan());

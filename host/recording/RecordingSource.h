@@ -40,7 +40,7 @@ public:
     void open(Complaints& complaints) override;
     bool prepare() override;
     bool getIsPrepared() override;
-    bool getIsPiped() const override { return recording->getReader().getIsPiped(); }
+    bool getIsPiped() const override { return recording != nullptr && recording->getReader().getIsPiped(); }
     int getDescriptor() const override { return recording->getReader().getDescriptor(); }
     double getNextTimeStamp() const override { return recording->getTime(); }
     void release() override { isReleased = true; }
@@ -52,7 +52,9 @@ public:
         return recording == nullptr ? 0 : recording->getReader().getSize();
     }
     void setStop(const std::atomic<bool>& stop) override { recording->setStop(stop); }
-    SourceAccount getAccount() const override { return recording->getAccount(); }
+    SourceAccount getAccount() const override {
+        return recording == nullptr ? SourceAccount{} : recording->getAccount();
+    }
     std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
 
 private:
@@ -74,7 +76,7 @@ private:
     std::optional<std::int64_t> takeCount(const Value& value, Complaints& complaints);
     void takeMissing(const Value& value, Complaints& complaints);
     void requireClock(const GraphDescription::Block& description, Complaints& complaints) const;
-    void planCells(const CsvReader& reader, Complaints& complaints);
+    bool planCells(const CsvReader& reader, Complaints& complaints);
 
     bool readOn();
     bool takeRowIntoFrame();

@@ -38,6 +38,10 @@ const Row kRows[] = {
     {.name = "a longer form than needed",
      .text = "\xC0\x80\xE0\x80\xAF",
      .shown = "\\xc0\\x80\\xe0\\x80\\xaf"},
+    {.name = "a longer form of the last of two bytes", .text = "\xE0\x9F\xBF", .shown = "\\xe0\\x9f\\xbf"},
+    {.name = "a longer form of the last of three",
+     .text = "\xF0\x8F\xBF\xBF",
+     .shown = "\\xf0\\x8f\\xbf\\xbf"},
     {.name = "half of a pair", .text = "\xED\xA0\x80", .shown = "\\xed\\xa0\\x80"},
     {.name = "beyond the last", .text = "\xF4\x90\x80\x80", .shown = "\\xf4\\x90\\x80\\x80"},
 };

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/FirstRows.h"
+
+#include "host/graph/Graph.h"
+#include "host/plugins/BlockDescription.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace Quillmere::Host {
+
+namespace {
+
+constexpr std::uint64_t kRowsLookedAt = 1000;
+constexpr double kSameStep = 0.1; ///< Of the median; clocks of sensors jitter by less.
+/// Counts on the step between the first two rows for as long as it runs.
+constexpr const char* kTrustsFirstStep = "FilterFlagStatic";
+
+using Ids = std::unordered_set<std::string>;
+using Receivers = std::unordered_map<std::string, std::vector<std::string>>;
+
+/// The blocks that get anything that comes from `source`, by whatever way.
+Ids reachedFrom(const std::string& source, const Receivers& receivers) {
+    Ids reached{source};
+    std::vector<std::string> open{source};
+    while (!open.empty()) {
+        const auto next = receivers.find(open.back());
+        open.pop_back();
+        if (next == receivers.end()) continue;
+        for (const std::string& id : next->second)
+            if (reached.insert(id).second) open.push_back(id);
+    }
+    return reached;
+}
+
+bool getIsFramed(const GraphDescription::Block& block) {
+    return std::any_of(block.settings.begin(), block.settings.end(),
+                       [](const GraphDescription::Setting& setting) { return setting.name == "frame"; });
+}
+
+std::string shortText(double number) {
+    const double digits = std::pow(10.0, 5.0 - std::floor(std::log10(std::abs(number))));
+    return shortestText(std::round(number * digits) / digits);
+}
+
+void warnOfRate(const Source& source, const SourceAccount::OtherClock& clock, Complaints& complaints) {
+    complaints.warn(source.getPathPlace(), "the column '" + clock.column + "' of " + source.getPath() +
+                                               " looks like a clock that goes at " + shortText(clock.rate) +
+                                               " rows a second, which is not the 'rate' of '" +
+                                               source.getName() + "'; 'time: " + clock.column +
+                                               "' would read it, if it is in seconds");
+}
+
+void warnOfFirstStep(const GraphDescription::Block& block, const Source& source, const SourceAccount& account,
+                     Complaints& complaints) {
+    const double first = *account.firstStep;
+    complaints.warn(block.where, "'" + block.id + "' takes the rate of rows from the first two of " +
+                                     source.getPath() + ", which are " +
+                                     (first == 0.0 ? "0" : shortText(first)) + " s apart, while " +
+                                     shortText(*account.medianStep) +
+                                     " s are usual; without the first row it would be right");
+}
+
+bool getIsFirstStepOdd(const SourceAccount& account) {
+    return account.firstStep && account.medianStep &&
+           std::abs(*account.firstStep - *account.medianStep) > kSameStep * *account.medianStep;
+}
+
+} // namespace
+
+void warnOfFirstRows(const Graph& graph, Complaints& complaints) {
+    Receivers receivers;
+    for (const GraphDescription::Connection& connection : graph.getDescription().getConnections())
+        receivers[connection.from.block].push_back(connection.to.block);
+    for (const Graph::Node& node : graph.getNodes()) {
+        if (node.source == nullptr || node.isFaulty) continue;
+        const std::optional<SourceAccount> account = node.source->lookAhead(kRowsLookedAt);
+        if (!account) continue;
+        if (account->otherClock) warnOfRate(*node.source, *account->otherClock, complaints);
+        if (!getIsFirstStepOdd(*account) || getIsFramed(*node.description)) continue;
+        const Ids reached = reachedFrom(node.description->id, receivers);
+        for (const GraphDescription::Block& block : graph.getDescription().getBlocks())
+            if (block.type == kTrustsFirstStep && reached.count(block.id) > 0)
+                warnOfFirstStep(block, *node.source, *account, complaints);
+    }
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/graph/Complaint.h"
+
+namespace Quillmere::Host {
+
+class Graph;
+
+/// Warns of what the first rows of the recordings say about a graph before it runs: a `rate` that a column of times
+/// contradicts, and a block that takes the rate of rows from the first two, where their step isn't the usual one. Requires: the
+/// sources have been opened, with complaints or without. [setup]
+QUILLMERE_API void warnOfFirstRows(const Graph& graph, Complaints& complaints);
+
+} // namespace Quillmere::Host
