@@ -158,20 +158,20 @@ const Bench::Suite suite([] {
     Bench::enter({.name = "read/short",
                   .bare = [](benchmark::State& state) { bareRead(state, shortTable()); },
                   .ours = [](benchmark::State& state) { read(state, shortTable()); },
-                  .goal = 1.4});
+                  .goal = 1.0});
     Bench::enter({.name = "read/long",
                   .bare = [](benchmark::State& state) { bareRead(state, longTable()); },
                   .ours = [](benchmark::State& state) { read(state, longTable()); },
-                  .goal = 1.4});
+                  .goal = 1.0});
     Bench::note("read/times", watch);
     Bench::enter({.name = "write/short",
                   .bare = [](benchmark::State& state) { bareWrite(state, shortTable()); },
                   .ours = [](benchmark::State& state) { write(state, shortTable()); },
-                  .goal = 1.25});
+                  .goal = 0.55});
     Bench::enter({.name = "write/long",
                   .bare = [](benchmark::State& state) { bareWrite(state, longTable()); },
                   .ours = [](benchmark::State& state) { write(state, longTable()); },
-                  .goal = 1.25});
+                  .goal = 0.7});
 });
 
 } // namespace

@@ -42,7 +42,7 @@ std::string asId(std::string text) {
 }
 
 std::string inQuotes(const std::string& name) {
-    return "'" + printable(name, kLongestName) + "'";
+    return std::string("'").append(printable(name, kLongestName)) + "'";
 }
 
 template <class Things>

@@ -104,7 +104,7 @@ std::string Value::describe() const {
     case Kind::Null:
         return "nothing" + origin;
     case Kind::Scalar:
-        return "'" + printable(text, kLongestName) + "'" + origin;
+        return std::string("'").append(printable(text, kLongestName)) + "'" + origin;
     case Kind::List:
         return "a list" + origin;
     case Kind::Map:

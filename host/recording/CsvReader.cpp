@@ -3,6 +3,7 @@
 
 #include "host/graph/Printable.h"
 #include "host/recording/Dialect.h"
+#include "host/recording/NumberText.h"
 #include "host/recording/RecordingException.h"
 
 #include <algorithm>
@@ -150,7 +151,7 @@ CsvReader::Row CsvReader::takeRow(double* values) {
             next = endOfCell(begin, end);
         } else {
             // The common cell is a bare number up to the comma; everything else takes the other road.
-            const auto [stop, error] = std::from_chars(begin, end, values[target]);
+            const auto [stop, error] = textToNumber(begin, end, values[target]);
             next = stop;
             if (error != std::errc() || (stop != end && *stop != ',') || hasMissingNumbers)
                 next = readOddCell(begin, column, values[target]);

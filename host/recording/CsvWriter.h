@@ -2,9 +2,9 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/recording/NumberText.h"
 #include "host/recording/ResultFile.h"
 
-#include <charconv>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -25,7 +25,7 @@ public:
     /// A cell with a number in it.
     void writeNumber(double value) {
         reserve();
-        cursor = std::to_chars(cursor, bufferEnd, value).ptr;
+        cursor = numberToText(cursor, value);
         *cursor++ = ',';
     }
     /// A cell with nothing in it.
@@ -47,7 +47,7 @@ public:
 
 private:
     static constexpr std::size_t kBufferSize = std::size_t{1} << 18;
-    static constexpr std::size_t kLongestCell = 32; ///< A number takes 24 characters at most, and a comma.
+    static constexpr std::size_t kLongestCell = kNumberRoom + 1; ///< And a comma.
 
     /// Makes room for one cell. The last character stays in the buffer: `endRow` turns it into the line's end.
     void reserve() {
