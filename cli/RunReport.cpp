@@ -106,8 +106,12 @@ void printSummary(const RunOutcome& outcome, Clock::time_point start) {
 }
 
 void printWarnings(const RunOutcome& outcome) {
-    for (const Warning& warning : outcome.warnings)
-        std::cerr << warning.getText() << "\n";
+    constexpr std::size_t kMostShown = 50; // as of those that a graph raises
+    const std::size_t shown = std::min(outcome.warnings.size(), kMostShown);
+    for (std::size_t i = 0; i < shown; ++i)
+        std::cerr << outcome.warnings[i].getText() << "\n";
+    if (outcome.warnings.size() > shown)
+        std::cerr << "and " << outcome.warnings.size() - shown << " more warnings\n";
 }
 
 void printFailure(const RunOutcome& outcome) {

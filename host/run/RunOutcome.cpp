@@ -5,34 +5,39 @@
 #include "host/run/Silence.h"
 #include "host/run/SourceWarnings.h"
 
-#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace Quillmere::Host {
 
 namespace {
-using Connection = GraphDescription::Connection;
+/// The blocks that take part, and where the graph file connects what; there may be a hundred thousand connections.
+class Links {
+public:
+    Links(const GraphDescription& description, const std::vector<Core::Filter*>& list)
+        : blocks(list.begin(), list.end()) {
+        for (const GraphDescription::Connection& connection : description.getConnections())
+            places.try_emplace(connection.to.getText(), connection.where);
+    }
 
-/// Where the graph file connects an input; nowhere when it doesn't.
-Place placeOf(const GraphDescription& description, const std::string& block,
-              const Core::AbstractInputPin& pin) {
-    const auto& connections = description.getConnections();
-    const auto found =
-        std::find_if(connections.begin(), connections.end(), [&](const Connection& connection) {
-            return connection.to.block == block &&
-                   (!connection.to.hasPin || connection.to.pin == pin.getName());
-        });
-    return found == connections.end() ? Place{} : found->where;
-}
+    bool holds(const Core::PinManager* block) const { return blocks.contains(block); }
+    /// Where an input is connected, whose pin may have been left out; nowhere when it isn't.
+    Place placeOf(const std::string& block, const std::string& pin) const {
+        auto found = places.find(block + "." + pin);
+        if (found == places.end()) found = places.find(block);
+        return found == places.end() ? Place{} : found->second;
+    }
+
+private:
+    std::unordered_set<const Core::PinManager*> blocks;
+    std::unordered_map<std::string, Place> places;
+};
 
 /// The links to a block's inputs. Values of a timeline aren't among them: they come from no block of the graph.
-void addLinks(const Graph& graph, const Core::Filter& block, const std::vector<Core::Filter*>& blocks,
-              std::vector<RunOutcome::Link>& links) {
+void addLinks(const Core::Filter& block, const Links& known, std::vector<RunOutcome::Link>& links) {
     for (Core::AbstractInputPin* const pin : block.getInputPins()) {
         const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
-        const bool isOfBlock =
-            sender != nullptr && std::any_of(blocks.begin(), blocks.end(), [&](const Core::Filter* known) {
-                return known == sender->getManager();
-            });
+        const bool isOfBlock = sender != nullptr && known.holds(sender->getManager());
         const Core::LinkCounts counts = pin->getCounts();
         if (sender == nullptr ? counts.received == 0 : !isOfBlock) continue;
         links.push_back(
@@ -41,7 +46,7 @@ void addLinks(const Graph& graph, const Core::Filter& block, const std::vector<C
              .received = counts.received,
              .taken = counts.taken,
              .lost = counts.getLost(),
-             .where = placeOf(graph.getDescription(), block.getName(), *pin)});
+             .where = known.placeOf(block.getName(), pin->getName())});
     }
 }
 
@@ -99,8 +104,9 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
         addRecording(*source, outcome);
     for (const Graph::Node& node : graph.getNodes())
         if (node.sink != nullptr) addResult(node, outcome);
+    const Links known(graph.getDescription(), blocks);
     for (const Core::Filter* const block : blocks)
-        addLinks(graph, *block, blocks, outcome.links);
+        addLinks(*block, known, outcome.links);
     warnOfLosses(outcome);
     return outcome;
 }
