@@ -3,6 +3,7 @@
 
 #include "cli/GraphArguments.h"
 #include "host/graph/Graph.h"
+#include "host/graph/GraphPlugins.h"
 #include "host/response/DesignWarnings.h"
 
 #include <CLI/CLI.hpp>
@@ -19,9 +20,10 @@ CheckCommand::CheckCommand(CLI::App& command) {
 
 ExitCode CheckCommand::run() {
     const GraphChanges changes = changesOf(arguments);
-    const BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
+    BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
     Complaints complaints;
     const GraphDescription description = GraphDescription::read(arguments.graph, changes, complaints);
+    loadPlugins(description, catalogue, complaints);
     Graph graph(description, catalogue, complaints);
     graph.requireDrive(complaints);
     graph.openSources(complaints);

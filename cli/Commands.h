@@ -87,7 +87,7 @@ public:
 
 private:
     Quillmere::Host::FrequencyResponse measureType(const Quillmere::Host::BlockCatalogue& catalogue) const;
-    Quillmere::Host::FrequencyResponse measureGraph(const Quillmere::Host::BlockCatalogue& catalogue) const;
+    Quillmere::Host::FrequencyResponse measureGraph(Quillmere::Host::BlockCatalogue& catalogue) const;
     std::string title() const;
 
     std::string target; ///< A block type, or a graph file when `block` is given.

@@ -3,6 +3,7 @@
 
 #include "cli/GraphArguments.h"
 #include "host/graph/Graph.h"
+#include "host/graph/GraphPlugins.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/Printable.h"
 #include "host/graph/PropertyWriter.h"
@@ -109,7 +110,7 @@ ResponseCommand::ResponseCommand(CLI::App& command) {
 }
 
 ExitCode ResponseCommand::run() {
-    const BlockCatalogue catalogue = loadCatalogue(plugins);
+    BlockCatalogue catalogue = loadCatalogue(plugins);
     const FrequencyResponse response = block.empty() ? measureType(catalogue) : measureGraph(catalogue);
     std::cout << responseAsCsv(response);
     if (!picture.empty()) writePicture(picture, responseAsSvg(response, title()));
@@ -128,13 +129,14 @@ FrequencyResponse ResponseCommand::measureType(const BlockCatalogue& catalogue) 
     return measureResponse(make, measurement);
 }
 
-FrequencyResponse ResponseCommand::measureGraph(const BlockCatalogue& catalogue) const {
+FrequencyResponse ResponseCommand::measureGraph(BlockCatalogue& catalogue) const {
     GraphArguments arguments;
     arguments.graph = target;
     arguments.settings = settings;
     arguments.parameters = parameters;
     Complaints complaints;
     const GraphDescription description = GraphDescription::read(target, changesOf(arguments), complaints);
+    loadPlugins(description, catalogue, complaints);
     complaints.raise();
     const BlockMaker make = [&] {
         const auto graph = std::make_shared<CutGraph>(description, catalogue, block);

@@ -4,6 +4,7 @@
 #include "cli/GraphArguments.h"
 #include "cli/RunReport.h"
 #include "host/graph/Graph.h"
+#include "host/graph/GraphPlugins.h"
 #include "host/live/ControlServer.h"
 #include "host/live/LiveRun.h"
 #include "host/response/DesignWarnings.h"
@@ -104,11 +105,12 @@ void RunCommand::checkLimit(const Graph& graph, Complaints& complaints) const {
 ExitCode RunCommand::run() {
     const ProgressLine::Clock::time_point start = ProgressLine::Clock::now();
     const GraphChanges changes = changesOf(arguments);
-    const BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
+    BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
     // A reader that goes away is a failure to write, which ends the run in order.
     std::signal(SIGPIPE, SIG_IGN);
     Complaints complaints;
     const GraphDescription description = GraphDescription::read(arguments.graph, changes, complaints);
+    loadPlugins(description, catalogue, complaints);
     Graph graph(description, catalogue, complaints);
     graph.requireDrive(complaints);
     checkLimit(graph, complaints);

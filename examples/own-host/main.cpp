@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/Graph.h"
+#include "host/graph/GraphPlugins.h"
 #include "host/run/OfflineRunner.h"
 
 #include <atomic>
@@ -20,6 +21,7 @@ int main(int argc, char** argv) {
 
         Complaints complaints; // everything that is wrong with the graph, gathered
         const GraphDescription description = GraphDescription::read(argv[1], {}, complaints);
+        loadPlugins(description, catalogue, complaints); // those that the graph names
         Graph graph(description, catalogue, complaints);
         graph.openSources(complaints);
         complaints.raise();

@@ -62,6 +62,10 @@ public:
         std::vector<Setting> settings; ///< In the order in which they are written.
         std::string layout;            ///< The first when the file gives none.
     };
+    struct Plugin {
+        std::string path; ///< Relative to where the program runs.
+        Place where;
+    };
     /// Blocks that share a thread when the graph runs live.
     struct Layout {
         std::string id;
@@ -108,6 +112,8 @@ public:
     std::string getFolder() const;
     /// The name in the file, or the file's own without its ending.
     const std::string& getName() const { return name; }
+    /// Plug-ins that the file names.
+    const std::vector<Plugin>& getPlugins() const { return plugins; }
     const std::vector<Block>& getBlocks() const { return blocks; }
     /// One at least: `main` where the file gives none.
     const std::vector<Layout>& getLayouts() const { return layouts; }
@@ -135,6 +141,7 @@ private:
 
     std::string path;
     std::string name;
+    std::vector<Plugin> plugins;
     std::vector<Layout> layouts;
     std::vector<Block> blocks;
     std::vector<Connection> connections;

@@ -18,8 +18,8 @@ constexpr std::int64_t kFormat = 1;
 
 constexpr const char* kOnlyLayout = "main"; ///< Where a graph names none.
 
-const std::vector<std::string> kGraphKeys{"format", "name",        "parameters", "layouts",
-                                          "blocks", "connections", "timeline",   "view"};
+const std::vector<std::string> kGraphKeys{"format", "name",        "plugins",  "parameters", "layouts",
+                                          "blocks", "connections", "timeline", "view"};
 const std::vector<std::string> kLayoutKeys{"id", "view"};
 const std::vector<std::string> kBlockKeys{"id", "type", "properties", "layout", "view"};
 const std::vector<std::string> kConnectionKeys{"from", "to", "buffer", "order", "view"};
@@ -83,6 +83,7 @@ GraphDescription GraphReader::read(const GraphChanges& changes) {
     readFormat(*top);
     if (const Value::Entry* name = top->find("name")) graph.name = readText(name->value, "a name");
     readParameters(*top, changes);
+    readPlugins(*top);
     readLayouts(*top);
     readBlocks(*top);
     readConnections(*top);
@@ -125,6 +126,17 @@ void GraphReader::readParameters(const Value& top, const GraphChanges& changes) 
         }
         if (const auto value = readValueText(change.value, change.option, false, complaints))
             known->second = *value;
+    }
+}
+
+void GraphReader::readPlugins(const Value& top) {
+    const Value::Entry* list = top.find("plugins");
+    constexpr const char* kExpected = "a list of plug-ins' files";
+    if (list == nullptr || !requireKind(list->value, Value::Kind::List, kExpected)) return;
+    for (const Value& item : list->value.items) {
+        const std::string path = readText(item, "a plug-in's file");
+        if (!path.empty())
+            graph.plugins.push_back({(std::filesystem::path(graph.getFolder()) / path).string(), item.where});
     }
 }
 

@@ -28,6 +28,7 @@ private:
 
     void readFormat(const Value& top);
     void readParameters(const Value& top, const GraphChanges& changes);
+    void readPlugins(const Value& top);
     void readLayouts(const Value& top);
     void readBlocks(const Value& top);
     void readBlock(const Value& value);
