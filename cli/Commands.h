@@ -116,7 +116,7 @@ private:
     std::optional<std::uint64_t> steps; ///< Rounds.
     std::optional<double> duration;     ///< Seconds of stream time.
     std::string speed = "1";
-    std::string control; ///< Empty for none.
+    std::optional<std::string> control;
     bool isLive = false;
     bool isQuiet = false;
     bool printsStatistics = false;
@@ -133,6 +133,7 @@ private:
 
     std::string path;
     std::vector<std::string> words;
+    int timeout = 30; ///< Seconds.
 };
 
 } // namespace Cli

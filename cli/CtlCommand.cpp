@@ -5,11 +5,14 @@
 
 #include <CLI/CLI.hpp>
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <iostream>
+#include <limits>
 
 namespace Cli {
 
@@ -18,26 +21,38 @@ using namespace Quillmere::Host;
 namespace {
 
 constexpr std::string_view kError = "error: ";
+constexpr int kLongestTimeout = 1000000; ///< Seconds.
 
-/// The connection to a run, line by line.
+/// A line of a run's answers is never as long; one that is doesn't come from a run.
+constexpr std::size_t kLongestLine = std::size_t{1} << 26;
+
+/// The connection to a run, line by line, for as long as the run takes its time with an answer and no longer.
 class Line {
 public:
-    explicit Line(const std::string& path) : descriptor(ControlSocket::connectTo(path)) {}
+    Line(const std::string& socketPath, std::chrono::seconds longest)
+        : path(socketPath), patience(longest), descriptor(ControlSocket::connectTo(path, patience)),
+          latest(Clock::now() + patience) {}
     ~Line() { ::close(descriptor); }
     Line(const Line&) = delete;
     Line& operator=(const Line&) = delete;
 
     void send(std::string_view text) const {
         while (!text.empty()) {
-            const ssize_t count = ::send(descriptor, text.data(), text.size(), MSG_NOSIGNAL);
-            if (count < 0 && errno != EINTR) return; // the answer that doesn't come tells
+            waitFor(POLLOUT);
+            const ssize_t count = ::send(descriptor, text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+            if (count < 0 && errno != EINTR && errno != EAGAIN) return; // the answer that doesn't come tells
             if (count > 0) text.remove_prefix(static_cast<std::size_t>(count));
         }
     }
     /// The next line without its end; false when the run has hung up.
     bool read(std::string& line) {
         std::size_t end = 0;
-        while ((end = received.find('\n')) == std::string::npos) {
+        for (std::size_t seen = 0; (end = received.find('\n', seen)) == std::string::npos;) {
+            seen = received.size();
+            if (seen > kLongestLine)
+                throw ControlException(path + ": found a line of more than " + std::to_string(kLongestLine) +
+                                       " bytes; expected the --control of a run");
+            waitFor(POLLIN);
             char piece[4096];
             const ssize_t count = ::recv(descriptor, piece, sizeof piece, 0);
             if (count == 0 || (count < 0 && errno != EINTR)) return false;
@@ -47,9 +62,31 @@ public:
         received.erase(0, end + 1);
         return true;
     }
+    /// What comes from now on comes when it comes.
+    void waitForEver() { isHurried = false; }
 
 private:
-    int descriptor;
+    using Clock = std::chrono::steady_clock;
+
+    void waitFor(short event) const {
+        if (!isHurried) return; // a read or write waits by itself
+        for (;;) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(latest - Clock::now());
+            if (left.count() <= 0) break;
+            pollfd entry{descriptor, event, 0};
+            const int most = std::numeric_limits<int>::max();
+            const int count = ::poll(&entry, 1, left.count() < most ? static_cast<int>(left.count()) : most);
+            if (count > 0 || (count < 0 && errno != EINTR)) return;
+        }
+        throw ControlException(path + ": found no answer within " + std::to_string(patience.count()) +
+                               " s; expected one sooner, or a longer --timeout");
+    }
+
+    const std::string path;
+    const std::chrono::seconds patience;
+    const int descriptor;
+    const Clock::time_point latest;
+    bool isHurried = true;
     std::string received;
 };
 
@@ -57,7 +94,15 @@ private:
 
 CtlCommand::CtlCommand(CLI::App& command) {
     command.add_option("PATH", path, "The --control of the run.")->required();
-    command.add_option("REQUEST", words, "What to ask: help lists it.")->required();
+    // Word by word as they are: brackets are a matrix, not a list of words.
+    command.add_option("REQUEST", words, "What to ask: help lists it.")
+        ->required()
+        ->allow_extra_args(false)
+        ->expected(1, std::numeric_limits<int>::max());
+    command.add_option("--timeout", timeout, "Wait no longer than SECONDS for an answer.")
+        ->type_name("SECONDS")
+        ->capture_default_str()
+        ->check(CLI::Range(1, kLongestTimeout));
     command.positionals_at_end();
     command.prefix_command(false);
     command.footer(
@@ -79,7 +124,7 @@ std::string CtlCommand::request() const {
 
 ExitCode CtlCommand::run() {
     const bool watches = words.front() == "watch";
-    Line line(path);
+    Line line(path, std::chrono::seconds(timeout));
     line.send(request());
     bool isAnswered = false;
     std::string answer;
@@ -89,6 +134,7 @@ ExitCode CtlCommand::run() {
             return kFailedMidway;
         }
         isAnswered = isAnswered || answer == "ok";
+        if (isAnswered) line.waitForEver();
         if (!answer.empty() && answer.front() == ' ') std::cout << answer.substr(1) << std::endl;
         if (!std::cout) return kDone; // who reads along has seen enough
     }

@@ -151,9 +151,10 @@ RunOutcome RunCommand::runLive(Graph& graph, const BlockCatalogue& catalogue, Pr
     LiveRun run(graph, catalogue,
                 {.speed = speedOf(speed), .limit = {steps, duration}, .isStrict = arguments.isStrict});
     std::optional<ControlServer> server;
-    if (!control.empty()) server.emplace(control);
-    graph.openSinks();
+    if (control) server.emplace(*control);
+    // What a console needs is there before a result is begun.
     if (server) server->serve(run);
+    graph.openSinks();
     run.start();
     while (!run.waitFor(kLookForSignals)) {
         if (isStopped) run.interrupt("interrupted");

@@ -61,6 +61,13 @@ std::string lineOf(const SettingState& setting) {
     return setting.isCommand ? setting.name : setting.name + " = " + setting.value;
 }
 
+/// An answer is lines, so nothing within one may end it; nor turn a terminal's colours.
+std::string asOneLine(std::string text) {
+    for (char& c : text)
+        if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = ' ';
+    return text;
+}
+
 const std::vector<std::string> kHelp{
     "set BLOCK.SETTING VALUE  write a setting; values are written as in a graph file",
     "get BLOCK.SETTING        its value",
@@ -80,11 +87,9 @@ std::string ControlConsole::answer(std::string_view request) {
     std::string text;
     try {
         for (const std::string& line : execute(request))
-            text += " " + line + "\n";
+            text += " " + asOneLine(line) + "\n";
     } catch (const std::exception& exception) {
-        std::string reason = exception.what();
-        std::replace(reason.begin(), reason.end(), '\n', ' ');
-        return "error: " + reason + "\n";
+        return "error: " + asOneLine(exception.what()) + "\n";
     }
     return text + "ok\n";
 }
@@ -138,7 +143,8 @@ ControlConsole::Lines ControlConsole::list(std::string_view pattern) const {
 ControlConsole::Lines ControlConsole::watch(std::string_view pattern) {
     const std::string wanted = requireWord(pattern, "watch PATTERN");
     requireEnd(pattern, "watch PATTERN");
-    watches.push_back(run.observe(wanted, [this](const SettingState& setting) { tell(lineOf(setting)); }));
+    watches.push_back(
+        run.observe(wanted, [this](const SettingState& setting) { tell(asOneLine(lineOf(setting))); }));
     Lines lines;
     for (const SettingState& setting : run.list(wanted))
         lines.push_back(lineOf(setting));

@@ -30,6 +30,8 @@ public:
 
     /// The answer to a request, line ends included.
     std::string answer(std::string_view request);
+    /// Whether it has asked to be told of changes, so that who is silent waits for something. [any]
+    bool getIsWatching() const { return !watches.empty(); }
 
 private:
     using Lines = std::vector<std::string>;

@@ -9,9 +9,13 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <mutex>
+#include <new>
+#include <string_view>
+#include <system_error>
 
 namespace Quillmere::Host {
 
@@ -19,6 +23,13 @@ namespace {
 constexpr std::size_t kMostConnections = 32;
 constexpr std::size_t kLongestRequest = std::size_t{1} << 16;
 constexpr std::size_t kMostUnread = std::size_t{1} << 22;
+/// Before another try where memory or descriptors have run out, in milliseconds.
+constexpr int kPause = 200;
+constexpr int kForEver = -1;
+
+const std::string kFull = "error: found " + std::to_string(kMostConnections) +
+                          " others who watch or ask; expected fewer, try again later\n";
+const std::string kMadeRoom = "error: found others who ask; who is silent longest is hung up on\n";
 
 void raiseEvent(int event) {
     const std::uint64_t one = 1;
@@ -39,6 +50,15 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     int getDescriptor() const { return descriptor; }
+    /// Whether it has asked, been answered and waits for nothing.
+    bool getIsIdle() const { return received.empty() && unsent.empty() && !console.getIsWatching(); }
+    /// The number of its last question, or of its coming.
+    std::uint64_t getLastQuestion() const { return lastQuestion; }
+    void setLastQuestion(std::uint64_t number) { lastQuestion = number; }
+    /// A last word, as far as it goes out at once.
+    void dismiss(std::string_view word) const {
+        ::send(descriptor, word.data(), word.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    }
     /// What to wait for, as `poll` has it.
     short getEvents() const {
         return static_cast<short>((asksNoMore ? 0 : POLLIN) | (unsent.empty() ? 0 : POLLOUT));
@@ -80,7 +100,11 @@ private:
         const std::lock_guard lock(telling);
         // One that isn't told everything is cut off, or it would take what it knows for all there is.
         hasMissed = hasMissed || told.size() > kMostUnread;
-        if (!hasMissed) told += " " + line + "\n";
+        try {
+            if (!hasMissed) told += " " + line + "\n";
+        } catch (const std::bad_alloc&) {
+            hasMissed = true; // the write that is told of has been done, and must not fail
+        }
         raiseEvent(wake);
     }
 
@@ -89,6 +113,7 @@ private:
     std::string received; ///< A line that has not ended.
     std::string unsent;
     bool asksNoMore = false;
+    std::uint64_t lastQuestion = 0;
     std::mutex telling;
     std::string told;       ///< Under `telling`.
     bool hasMissed = false; ///< Under `telling`.
@@ -109,37 +134,88 @@ ControlServer::~ControlServer() {
 }
 
 void ControlServer::serve(LiveRun& run) {
-    thread = std::thread([this, &run] {
-        while (!isEnding)
+    try {
+        thread = std::thread([this, &run] { serveUntilEnd(run); });
+    } catch (const std::system_error& error) {
+        throw ControlException(socket.getPath() +
+                               ": cannot be listened at: no thread can be made: " + error.code().message());
+    }
+}
+
+void ControlServer::serveUntilEnd(LiveRun& run) {
+    while (!isEnding) {
+        try {
             answerAll(run);
-    });
+        } catch (const std::exception&) {
+            // No memory to look at all who ask: they are left alone for a moment, and the run with them.
+            pollfd event{wake, POLLIN, 0};
+            ::poll(&event, 1, kPause);
+        }
+    }
 }
 
 /// Sleeps until there is something to do, and does it.
 void ControlServer::answerAll(LiveRun& run) {
-    std::vector<pollfd> events{{wake, POLLIN, 0}, {socket.getDescriptor(), POLLIN, 0}};
+    // Who can't be let in stays at the door, and would keep us from sleeping.
+    const short newcomers = isPausing ? 0 : POLLIN;
+    std::vector<pollfd> events{{wake, POLLIN, 0}, {socket.getDescriptor(), newcomers, 0}};
     for (const auto& connection : connections)
         events.push_back({connection->getDescriptor(), connection->getEvents(), 0});
-    if (::poll(events.data(), events.size(), -1) < 0) return;
-    std::uint64_t count = 0;
-    while (::read(wake, &count, sizeof count) < 0 && errno == EINTR) {
+    const int count = ::poll(events.data(), events.size(), isPausing ? kPause : kForEver);
+    if (count < 0 && errno != EINTR) throw std::system_error(errno, std::generic_category());
+    isPausing = false;
+    if (count < 0) return;
+    std::uint64_t raised = 0;
+    while (::read(wake, &raised, sizeof raised) < 0 && errno == EINTR) {
     }
-    for (std::size_t i = connections.size(); i-- > 0;) {
-        const bool isAsked = (events[i + 2].revents & (POLLIN | POLLHUP | POLLERR)) != 0;
-        Connection& connection = *connections[i];
-        if ((isAsked && !connection.read()) || !connection.send())
-            connections.erase(connections.begin() + static_cast<std::ptrdiff_t>(i));
-    }
+    for (std::size_t i = connections.size(); i-- > 0;)
+        answer(i, (events[i + 2].revents & (POLLIN | POLLHUP | POLLERR)) != 0);
     if ((events[1].revents & POLLIN) != 0) accept(run);
+}
+
+void ControlServer::answer(std::size_t index, bool isAsked) {
+    Connection& connection = *connections[index];
+    bool isOpen = false;
+    try {
+        if (isAsked) connection.setLastQuestion(++questions);
+        isOpen = (!isAsked || connection.read()) && connection.send();
+    } catch (const std::exception&) {
+        connection.dismiss("error: out of memory\n");
+    }
+    if (!isOpen) connections.erase(connections.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
 void ControlServer::accept(LiveRun& run) {
     const int descriptor = ::accept4(socket.getDescriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-    if (descriptor < 0) return;
-    if (connections.size() < kMostConnections)
-        connections.push_back(std::make_unique<Connection>(descriptor, wake, run));
-    else
+    if (descriptor < 0) {
+        isPausing = errno != EAGAIN && errno != EINTR && errno != ECONNABORTED;
+        return;
+    }
+    std::unique_ptr<Connection> newcomer;
+    try {
+        newcomer = std::make_unique<Connection>(descriptor, wake, run);
+    } catch (const std::bad_alloc&) {
         ::close(descriptor);
+        throw;
+    }
+    newcomer->setLastQuestion(++questions);
+    if (connections.size() < kMostConnections || makeRoom())
+        connections.push_back(std::move(newcomer));
+    else
+        newcomer->dismiss(kFull);
+}
+
+/// Hangs up on the one that has been silent longest; false when all of them wait for something.
+bool ControlServer::makeRoom() {
+    const auto isEarlier = [](const auto& a, const auto& b) {
+        if (a->getIsIdle() != b->getIsIdle()) return a->getIsIdle();
+        return a->getLastQuestion() < b->getLastQuestion();
+    };
+    const auto first = std::min_element(connections.begin(), connections.end(), isEarlier);
+    if (!(*first)->getIsIdle()) return false;
+    (*first)->dismiss(kMadeRoom);
+    connections.erase(first);
+    return true;
 }
 
 } // namespace Quillmere::Host

@@ -3,18 +3,22 @@
 
 #include "framework/core/Api.h"
 
+#include <chrono>
 #include <string>
+
+#include <sys/types.h>
 
 namespace Quillmere::Host {
 
 /// A Unix socket by which others control a run: a name in the file system that only its owner may use, taken by one run at
-/// a time, and gone with it. A name that a run left behind when it was killed is taken over.
+/// a time, and gone with it. A name that a run left behind when it was killed is taken over; what another program made,
+/// a socket, a lock or a file, is neither taken nor removed.
 class QUILLMERE_API ControlSocket {
 public:
-    /// Listens at `path`. Raises `ControlException` when a run listens there already, when something that is no socket has
-    /// that name, and when it can't be had at all.
+    /// Listens at `path`. Raises `ControlException` when somebody listens there already, when something that is no socket
+    /// has that name or something that is no run's lock the name of the lock, and when it can't be had at all.
     explicit ControlSocket(const std::string& path);
-    /// Removes the name.
+    /// Removes the name, if it still is this socket's.
     ~ControlSocket();
     ControlSocket(const ControlSocket&) = delete;
     ControlSocket& operator=(const ControlSocket&) = delete;
@@ -22,21 +26,31 @@ public:
     const std::string& getPath() const { return path; }
     int getDescriptor() const { return listener; }
 
-    /// The other end: connects to the run that listens at `path` and returns the descriptor, which is the caller's. Raises
-    /// `ControlException`.
-    static int connectTo(const std::string& path);
+    /// The other end: connects to the run that listens at `path` and returns the descriptor, which is the caller's. Waits
+    /// no longer than `patience` (0: for ever) for a run that doesn't look. Raises `ControlException`.
+    static int connectTo(const std::string& path, std::chrono::seconds patience = {});
 
 private:
+    /// What a name stands for, whoever has it by now.
+    struct Identity {
+        dev_t device = 0;
+        ino_t file = 0;
+    };
     void lock();
+    void requireOwnLock() const;
     void listen();
+    void replaceLeftBehind() const;
+    void removeNames() const;
     void close();
+    static bool getIs(const std::string& name, const Identity& identity);
 
     const std::string path;
     const std::string
         lockPath; ///< Held for as long as the run lives, so that two can't both take a name over.
     int lockFile = -1;
-    bool isLocked = false;
     int listener = -1;
+    Identity lockIdentity;   ///< Once it is held.
+    Identity socketIdentity; ///< Once it is bound.
 };
 
 } // namespace Quillmere::Host

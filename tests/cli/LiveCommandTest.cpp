@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <optional>
@@ -288,6 +291,50 @@ TEST_F(LiveCommand, NamesWithBlanksNeedNoMoreThanTheShellsQuotes) {
     EXPECT_EQ(ctl({"stop"}).exitCode, 0);
 }
 
+TEST_F(LiveCommand, WordsInBracketsAreAMatrix) {
+    folder.write("g.yaml",
+                 std::regex_replace(std::string(kGraph), std::regex("FilterPeriodCounter"), "FilterIIR"));
+    startControlled();
+    for (const std::string value : {"[[1, 2]]", "[[1.5]]", "[[1, 2], [3, 4]]"}) {
+        const Ended set = ctl({"set", "count.XCoeffs", value});
+        EXPECT_EQ(set.exitCode, 0) << set.err;
+        EXPECT_EQ(ctl({"get", "count.XCoeffs"}).out, value + "\n");
+    }
+    EXPECT_EQ(ctl({"set", "count.XCoeffs", "[[5,", "6]]"}).exitCode, 0) << "in two words";
+    EXPECT_EQ(ctl({"get", "count.XCoeffs"}).out, "[[5, 6]]\n");
+    EXPECT_EQ(ctl({"stop"}).exitCode, 0);
+}
+
+TEST_F(LiveCommand, ARunThatDoesNotAnswerIsNotWaitedForForEver) {
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path = folder.path("mute");
+    path.copy(address.sun_path, path.size());
+    ASSERT_EQ(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(::listen(listener, 4), 0);
+    const Ended ended = call({"ctl", "--timeout", "1", "mute", "state"});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.err, "mute: found no answer within 1 s; expected one sooner, or a longer --timeout\n");
+    start({"ctl", "mute", "state"});
+    // The first is gone by now, and still in the queue.
+    ::close(::accept(listener, nullptr, nullptr));
+    const int client = ::accept(listener, nullptr, nullptr);
+    const std::string piece(std::size_t{1} << 20, 'x');
+    ssize_t sent = 0;
+    std::size_t all = 0;
+    while (all < (std::size_t{1} << 28) &&
+           (sent = ::send(client, piece.data(), piece.size(), MSG_NOSIGNAL)) > 0)
+        all += static_cast<std::size_t>(sent);
+    EXPECT_LT(all, std::size_t{1} << 28) << "it kept everything";
+    ::close(client);
+    ::close(listener);
+    const Ended flooded = program->wait();
+    EXPECT_EQ(flooded.exitCode, 2);
+    EXPECT_EQ(flooded.err,
+              "mute: found a line of more than 67108864 bytes; expected the --control of a run\n");
+}
+
 TEST_F(LiveCommand, WithoutARunNothingIsAsked) {
     const Ended ended = ctl({"state"});
     EXPECT_EQ(ended.exitCode, 2);
@@ -319,6 +366,13 @@ TEST_F(LiveCommand, OneRunAtATimeIsControlledAtAPath) {
     EXPECT_EQ(ctl({"stop"}).exitCode, 0) << "what it left is taken over";
     EXPECT_EQ(program->wait().exitCode, 0);
     EXPECT_FALSE(folder.has("control"));
+}
+
+TEST_F(LiveCommand, AnEmptyControlIsRefused) {
+    const Ended ended = call({"run", "--live", "g.yaml", "--control", ""});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.err, "'': found a name of 0 bytes for a socket; expected 1 to 107\n");
+    EXPECT_EQ(folder.count(), 2) << "no result is begun";
 }
 
 TEST_F(LiveCommand, AFileIsNeverTakenForAControlSocket) {

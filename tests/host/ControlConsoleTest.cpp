@@ -22,8 +22,10 @@ protected:
     ControlConsoleTest() : pipe(folder.path("pipe")) {
         pipe.write("t,x\n");
         prepare("format: 1\nblocks:\n" + sourceLine("in", "pipe", "x: x") +
-                "  - {id: odd, type: OddSettings}\n" + sinkLine("out", "out.csv") +
-                "connections: [{from: in, to: odd.main in.put}, {from: odd.a, to: out.x}]\n");
+                "  - {id: odd, type: OddSettings}\n  - {id: three, type: OddThrice}\n" +
+                sinkLine("out", "out.csv") +
+                "connections: [{from: in, to: odd.main in.put}, {from: odd.a, to: out.x}, {from: in, to: "
+                "three}]\n");
         console = std::make_unique<ControlConsole>(*liveRun,
                                                    [this](const std::string& line) { told.push_back(line); });
     }
@@ -75,7 +77,7 @@ TEST_F(ControlConsoleTest, AListShowsValuesAndWhatMayBeWritten) {
          {"list nothing", "ok\n"},
          {"list odd.* x", "error: found 'x' behind it; expected 'list PATTERN'\n"}});
     const std::string all = console->answer("list");
-    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 12) << all;
+    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 13) << all;
     EXPECT_EQ(console->answer("list *"), all);
 }
 
@@ -93,7 +95,7 @@ TEST_F(ControlConsoleTest, RefusalsAnswerInOneLine) {
         {"get odd.numbr",
          "error: found the setting 'numbr' of 'odd'; expected one of flag, whole, count, number, ranged "
          "whole, ranged.number, choice, matrix, locked, unlock and Reset; did you mean number?\n"},
-        {"get even.number", "error: found the block 'even'; expected one of in, odd and out\n"},
+        {"get even.number", "error: found the block 'even'; expected one of in, odd, three and out\n"},
         {"watch", "error: found nothing behind it; expected 'watch PATTERN'\n"},
         {"watch even.*", "error: found no setting that 'even.*' matches; expected one at least\n"},
         {"watch odd.* x", "error: found 'x' behind it; expected 'watch PATTERN'\n"},
@@ -105,6 +107,12 @@ TEST_F(ControlConsoleTest, RefusalsAnswerInOneLine) {
         {"", "error: found ''; expected one of set, get, fire, list, watch, stats, state, stop and help\n"},
     });
     EXPECT_EQ(liveRun->getState(), LiveRun::State::Ready) << "nothing has stopped it";
+}
+
+TEST_F(ControlConsoleTest, WordsOfMoreThanALineAreAnsweredInOne) {
+    expectAnswers({{"set \"three.rise [units]\" -1", "error: found a fall; expected a rise\n"},
+                   {"get \"three.ri\nse\"",
+                    "error: found the setting 'ri se' of 'three'; expected one of rise [units]\n"}});
 }
 
 TEST_F(ControlConsoleTest, AWatchTellsValuesNowAndEachChange) {

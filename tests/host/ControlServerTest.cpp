@@ -3,17 +3,22 @@
 
 #include "host/live/ControlException.h"
 #include "tests/host/LiveFixture.h"
+#include "tests/host/NoThreads.h"
 
 #include <gtest/gtest.h>
 
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <sys/un.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <ctime>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -148,12 +153,66 @@ TEST_F(ControlServerTest, SeveralAskAtOnce) {
                   (Lines{"ok"}));
     for (const auto& client : clients)
         EXPECT_EQ(client->ask("get g.Gain"), (Lines{" 31", "ok"}));
+}
+
+TEST_F(ControlServerTest, WhoIsIdleKeepsNobodyOut) {
+    std::vector<std::unique_ptr<Client>> idle;
+    for (int i = 0; i < 60; ++i)
+        idle.push_back(std::make_unique<Client>(path));
+    Client client(path);
+    EXPECT_EQ(client.ask("get g.Gain"), (Lines{" 1", "ok"}));
+    EXPECT_EQ(idle.front()->readLine(), "error: found others who ask; who is silent longest is hung up on");
+    EXPECT_EQ(idle.front()->readLine(), std::nullopt);
+    EXPECT_EQ(idle.back()->ask("get g.Gain"), (Lines{" 1", "ok"})) << "who came late is still there";
+    for (int i = 0; i < 31; ++i)
+        idle.push_back(std::make_unique<Client>(path));
+    EXPECT_EQ(Client(path).ask("get g.Gain"), (Lines{" 1", "ok"}));
+    EXPECT_EQ(client.ask("get g.Gain").back(), "gone") << "the last to ask was the first to be silent";
+}
+
+TEST_F(ControlServerTest, WhereAllWatchOneMoreIsToldSo) {
+    std::vector<std::unique_ptr<Client>> watchers;
+    for (int i = 0; i < 32; ++i) {
+        watchers.push_back(std::make_unique<Client>(path));
+        EXPECT_EQ(watchers.back()->ask("watch g.Gain").back(), "ok");
+    }
     Client onceTooOften(path);
+    EXPECT_EQ(onceTooOften.readLine(),
+              "error: found 32 others who watch or ask; expected fewer, try again later");
     EXPECT_EQ(onceTooOften.readLine(), std::nullopt) << "there is an end to everything";
-    clients.pop_back();
+    watchers.pop_back();
     EXPECT_TRUE(waitUntil([&] {
-        return Client(path).ask("get g.Gain") == Lines{" 31", "ok"};
+        return Client(path).ask("get g.Gain") == Lines{" 1", "ok"};
     })) << "one has left";
+}
+
+TEST_F(ControlServerTest, WithoutDescriptorsItSleepsAndComesBack) {
+    Client waiting(path);
+    EXPECT_EQ(waiting.ask("get g.Gain"), (Lines{" 1", "ok"}));
+    const int own = ::socket(AF_UNIX, SOCK_STREAM, 0); // made while there are some
+    std::vector<int> taken;
+    for (int file = ::dup(own); file >= 0; file = ::dup(own))
+        taken.push_back(file);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, path.size());
+    ASSERT_EQ(::connect(own, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0)
+        << "it stands at the door, and can't be let in";
+    const auto usedTime = [] {
+        timespec time{};
+        ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+    };
+    const double before = usedTime();
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    EXPECT_LT(usedTime() - before, 0.3) << "nobody spins";
+    EXPECT_EQ(waiting.ask("get g.Gain"), (Lines{" 1", "ok"})) << "who is in is answered";
+    for (const int file : taken)
+        ::close(file);
+    ASSERT_EQ(::send(own, "get g.Gain\n", 11, MSG_NOSIGNAL), 11);
+    char answer[16]{};
+    EXPECT_GT(::recv(own, answer, sizeof answer, 0), 0) << "let in at last";
+    ::close(own);
 }
 
 TEST_F(ControlServerTest, AWatchHearsOfChangesByOthers) {
@@ -263,6 +322,18 @@ TEST_F(ControlServerTest, ItsEndEndsAllConnectionsAndRemovesTheName) {
     EXPECT_FALSE(folder.has("control"));
     liveRun->write("g.Gain", "2"); // nobody is told
     EXPECT_THROW(Client{path}, ControlException);
+}
+
+TEST_F(ControlServerTest, OneForWhichNoThreadCanBeMadeIsRefused) {
+    ControlServer other(folder.path("other"));
+    const Support::NoThreads none;
+    try {
+        other.serve(*liveRun);
+        ADD_FAILURE() << "it has a thread";
+    } catch (const ControlException& exception) {
+        EXPECT_EQ(withoutFolder(exception.what()),
+                  "other: cannot be listened at: no thread can be made: Resource temporarily unavailable");
+    }
 }
 
 TEST_F(ControlServerTest, ASecondServerIsRefused) {

@@ -11,6 +11,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -40,14 +41,20 @@ protected:
     std::string refusalToConnect() const {
         return refusalOf([this] { ::close(ControlSocket::connectTo(path)); });
     }
-    /// A socket's name that nobody listens at: what a run that was killed leaves.
-    void leaveSocket() const {
+    /// A socket of another program at the path; whether somebody listens is the caller's.
+    int bindSocket() const {
         const int file = ::socket(AF_UNIX, SOCK_STREAM, 0);
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         path.copy(address.sun_path, path.size());
-        ASSERT_EQ(::bind(file, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        ::close(file);
+        EXPECT_EQ(::bind(file, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        return file;
+    }
+    /// What a run that was killed leaves: a socket's name that nobody listens at, and a lock that nobody holds.
+    void leaveNames() const {
+        ::close(bindSocket());
+        folder.write("control.lock", "");
+        ASSERT_EQ(::chmod((path + ".lock").c_str(), 0600), 0);
     }
 
     const Support::TemporaryFolder folder;
@@ -85,14 +92,71 @@ TEST_F(ControlSocketTest, ASecondRunIsRefusedWhileTheFirstLives) {
 }
 
 TEST_F(ControlSocketTest, WhatAKilledRunLeftIsTakenOver) {
-    leaveSocket();
-    folder.write("control.lock", "");
+    leaveNames();
     EXPECT_EQ(refusalToConnect(), "PATH: found no run there; expected the --control of one that runs");
     {
         const ControlSocket socket(path);
         EXPECT_EQ(refusalToConnect(), "no refusal");
     }
     EXPECT_EQ(folder.count(), 0);
+}
+
+TEST_F(ControlSocketTest, AnotherProgramsSocketIsLeftToIt) {
+    const int other = bindSocket();
+    ASSERT_EQ(::listen(other, 4), 0);
+    struct stat before {};
+    ASSERT_EQ(::stat(path.c_str(), &before), 0);
+    EXPECT_EQ(refusalToListen(), "PATH: found another program's socket; expected a name that is free");
+    struct stat after {};
+    ASSERT_EQ(::stat(path.c_str(), &after), 0);
+    EXPECT_EQ(after.st_ino, before.st_ino);
+    EXPECT_EQ(refusalToConnect(), "no refusal") << "it still listens";
+    EXPECT_EQ(folder.count(), 1) << "no lock stays";
+    ::close(other);
+}
+
+TEST_F(ControlSocketTest, AFileIsNeverTakenForALock) {
+    const std::string lock = path + ".lock";
+    const std::string refusal =
+        "PATH.lock: found a file that is no run's lock; expected a --control PATH whose "
+        "PATH.lock is free";
+    folder.write("control.lock", "what a user had");
+    ASSERT_EQ(::chmod(lock.c_str(), 0600), 0);
+    EXPECT_EQ(refusalToListen(), refusal);
+    EXPECT_EQ(folder.read("control.lock"), "what a user had");
+    folder.write("control.lock", "");
+    ASSERT_EQ(::chmod(lock.c_str(), 0644), 0);
+    EXPECT_EQ(refusalToListen(), refusal) << "others may read it";
+    ASSERT_EQ(::chmod(lock.c_str(), 0600), 0);
+    ASSERT_EQ(::link(lock.c_str(), folder.path("second").c_str()), 0);
+    EXPECT_EQ(refusalToListen(), refusal) << "it has another name";
+    EXPECT_EQ(folder.count(), 2);
+    ASSERT_EQ(::unlink(lock.c_str()), 0);
+    ASSERT_EQ(::mkfifo(lock.c_str(), 0600), 0);
+    EXPECT_EQ(refusalToListen(), refusal) << "and doesn't wait for who writes it";
+    EXPECT_EQ(folder.count(), 2);
+}
+
+TEST_F(ControlSocketTest, WhatOthersPutInItsPlaceIsNotRemoved) {
+    {
+        const ControlSocket socket(path);
+        for (const char* const name : {"control", "control.lock"}) {
+            ASSERT_EQ(::unlink(folder.path(name).c_str()), 0);
+            folder.write(name, "what a user had");
+        }
+    }
+    EXPECT_EQ(folder.read("control"), "what a user had");
+    EXPECT_EQ(folder.read("control.lock"), "what a user had");
+}
+
+TEST_F(ControlSocketTest, OneThatNeverLooksIsNotWaitedForLong) {
+    const int other = bindSocket();
+    ASSERT_EQ(::listen(other, 0), 0);
+    const int first = ControlSocket::connectTo(path); // the one place in its queue
+    EXPECT_EQ(refusalOf([this] { ::close(ControlSocket::connectTo(path, std::chrono::seconds(1))); }),
+              "PATH: found no answer within 1 s; expected the --control of a run");
+    ::close(first);
+    ::close(other);
 }
 
 TEST_F(ControlSocketTest, SomethingThatIsNoSocketIsLeftAsItIs) {

@@ -147,26 +147,36 @@ private:
     OutputPin<MatrixXd> out;
 };
 
-/// Sends each sample three times in one step, so that a buffer behind it fills.
+/// Sends each sample three times in one step, a bit higher each time, so that a buffer behind it fills.
 class OddThrice final : public Filter {
 public:
     static constexpr const char* kTypeName = "OddThrice";
 
-    explicit OddThrice(const std::string& name) : Filter(name, true), in("in", this), out("out", this) {}
+    explicit OddThrice(const std::string& name)
+        : Filter(name, true), in("in", this), out("out", this), rise("rise [units]", &getPropertyBag()) {
+        rise.setValue(0.25);
+        rise.setChangeHandler(this, &OddThrice::onRise);
+    }
 
     void process() override {
         if (!in.hasData()) return;
         copySample(out.data.value, in.take());
         for (int i = 0; i < 3; ++i) {
-            out.data.value(0) += 0.25;
+            out.data.value(0) += rise.getValue();
             out.send(in.getTimeStamp());
         }
     }
     const char* getTypeName() const override { return kTypeName; }
 
 private:
+    /// Its words take more than a line.
+    void onRise() {
+        if (rise.getValue() < 0.0) throw Poco::InvalidArgumentException("found a fall;\nexpected a rise");
+    }
+
     InputPin<MatrixXd> in;
     OutputPin<MatrixXd> out;
+    ValueProperty<double> rise; ///< From each to the next.
 };
 
 /// Passes samples on whose first element is their number and whose time stamp is the number in milliseconds, and raises when
