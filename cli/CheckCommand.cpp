@@ -4,6 +4,7 @@
 #include "cli/GraphArguments.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
+#include "host/graph/LayoutLinks.h"
 #include "host/response/DesignWarnings.h"
 
 #include <CLI/CLI.hpp>
@@ -28,6 +29,7 @@ ExitCode CheckCommand::run() {
     graph.requireDrive(complaints);
     graph.openSources(complaints);
     warnOfLostDigits(graph, catalogue, complaints);
+    if (complaints.isEmpty()) warnOfBursts(graph, complaints);
     settle(complaints, arguments.isStrict);
     std::cout << graph.getName() << ": " << graph.getNodes().size() << " blocks, "
               << description.getConnections().size() << " connections, ready to run\n";

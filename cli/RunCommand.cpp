@@ -5,6 +5,7 @@
 #include "cli/RunReport.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
+#include "host/graph/LayoutLinks.h"
 #include "host/live/ControlServer.h"
 #include "host/live/LiveRun.h"
 #include "host/response/DesignWarnings.h"
@@ -116,6 +117,7 @@ ExitCode RunCommand::run() {
     checkLimit(graph, complaints);
     graph.openSources(complaints);
     warnOfLostDigits(graph, catalogue, complaints);
+    if (isLive && complaints.isEmpty()) warnOfBursts(graph, complaints);
     settle(complaints, arguments.isStrict);
     stopOnSignals();
     ProgressLine progress(start, graph.getSources().empty());

@@ -87,6 +87,9 @@ public:
         return reasons.exchange(0);
     }
 
+    /// Whether something has come that the loop has not asked for yet, and that keeps it from sleeping. [any]
+    bool getHasReasons() const { return reasons.load() != 0; }
+
     /// Sleeps until there is a reason, until `due`, or until the gate is shut down; returns at once if there is a reason
     /// already. Guards don't wake the sleeper, since it doesn't hold the gate. Requires: not inside a step. [run]
     void sleep(Clock::time_point due);

@@ -95,6 +95,12 @@ public:
     void rebuildStrategy() override;
     void setConnectedOutput(AbstractOutputPin* output, bool synchronous) override;
     void receive(const TimeStampedData<T>& sample) override { strategy->write(sample); }
+    /// How many samples the link could take by now without losing one. Takes no gate, so that a sender may ask within its
+    /// pass. Requires: the gate of one of its ends is held. [any, guarded]
+    std::uint32_t getRoom() const {
+        const std::uint32_t waiting = strategy->size(); // what was fetched and not taken lies outside the buffer
+        return waiting < this->bufferCapacity ? this->bufferCapacity - waiting : 0;
+    }
     std::uint32_t getWaitingCount() const override {
         return strategy->size() + (pendingSample != nullptr ? 1 : 0);
     }

@@ -31,6 +31,11 @@ Graph::Graph(const GraphDescription& graphDescription, const BlockCatalogue& cat
 
 Graph::~Graph() = default;
 
+const GraphDescription::Connection* Graph::findConnection(const Core::AbstractInputPin& input) const {
+    const auto found = connections.find(&input);
+    return found == connections.end() ? nullptr : found->second;
+}
+
 void Graph::requireDrive(Complaints& complaints) const {
     const auto isDriving = [](const Node& node) {
         return node.block == nullptr || (node.sink == nullptr && node.block->getInputPins().empty());

@@ -9,6 +9,7 @@
 #include "host/plugins/BlockCatalogue.h"
 
 #include <atomic>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,8 @@ public:
     Core::LayoutManager& getLayout() { return layout; }
     const std::string& getName() const { return description.getName(); }
     const GraphDescription& getDescription() const { return description; }
+    /// The connection in the file that gave an input its link; null for an input that has none from there.
+    const GraphDescription::Connection* findConnection(const Core::AbstractInputPin& input) const;
     /// What the runner has done to the blocks when stream time comes to it.
     Timeline& getTimeline() { return timeline; }
 
@@ -78,6 +81,7 @@ private:
     std::vector<const Node*> runOrder;
     std::vector<Source*> sources;
     std::vector<Sink*> sinks;
+    std::map<const Core::AbstractInputPin*, const GraphDescription::Connection*> connections;
     Timeline timeline; ///< Goes before the blocks that it is linked with.
 };
 

@@ -133,6 +133,7 @@ void GraphBuilder::connect(const Connection& connection) {
     input->setBufferCapacity(connection.buffer.value_or(1));
     input->setIsLifo(connection.isNewestFirst.value_or(false));
     output->attach(*input, false);
+    graph.connections[input] = &connection;
 }
 
 AbstractOutputPin* GraphBuilder::findOutput(const GraphDescription::Endpoint& end, const Node& node) {

@@ -39,6 +39,10 @@ struct GraphChanges {
     std::vector<File> outputs;
 };
 
+/// What a link between layouts does when its buffer is full: it loses the oldest sample, or the layout that sends begins no
+/// round as long as there is no room.
+enum class Overflow { Drop, Wait };
+
 /// A graph file, read and checked as far as that goes without a block: keys, ids, references between blocks, parameters.
 /// What a type, a pin or a property may be is for `Graph`, which asks living blocks. Nothing is built here, and no file
 /// but the graph's own is touched.
@@ -84,6 +88,8 @@ public:
         Endpoint to;
         std::optional<std::uint32_t> buffer;
         std::optional<bool> isNewestFirst; ///< `order: newest` or `order: oldest`.
+        std::optional<Overflow> overflow;  ///< `overflow: drop` or `overflow: wait`.
+        Place overflowWhere;
         Place where;
     };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/GraphReader.h"
 
+#include "host/graph/LayoutLinks.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/Printable.h"
 #include "host/graph/TimelineReader.h"
@@ -22,8 +23,9 @@ const std::vector<std::string> kGraphKeys{"format", "name",        "plugins",  "
                                           "blocks", "connections", "timeline", "view"};
 const std::vector<std::string> kLayoutKeys{"id", "view"};
 const std::vector<std::string> kBlockKeys{"id", "type", "properties", "layout", "view"};
-const std::vector<std::string> kConnectionKeys{"from", "to", "buffer", "order", "view"};
+const std::vector<std::string> kConnectionKeys{"from", "to", "buffer", "order", "overflow", "view"};
 const std::vector<std::string> kOrders{"newest", "oldest"};
+const std::vector<std::string> kOverflows{"drop", "wait"};
 
 /// Words that some YAML readers take for a yes, a no or a nothing.
 bool isYamlWord(std::string_view text) {
@@ -87,6 +89,7 @@ GraphDescription GraphReader::read(const GraphChanges& changes) {
     readLayouts(*top);
     readBlocks(*top);
     readConnections(*top);
+    checkOverflows(graph, complaints);
     readTimeline(*top);
     applySettings(changes);
     applyFiles(changes.inputs, Setting::Origin::CallersInput);
@@ -261,6 +264,7 @@ void GraphReader::readConnection(const Value& value) {
     connection.to = readEndpoint(value, "to");
     if (const Value::Entry* buffer = value.find("buffer")) readBuffer(buffer->value, connection);
     if (const Value::Entry* order = value.find("order")) readOrder(order->value, connection);
+    if (const Value::Entry* overflow = value.find("overflow")) readOverflow(overflow->value, connection);
     graph.connections.push_back(std::move(connection));
 }
 
@@ -302,6 +306,16 @@ void GraphReader::readOrder(const Value& value, Connection& connection) {
         connection.isNewestFirst = order.text == "newest";
     else
         complaints.add(value.where, order.describe(), "newest or oldest", nearestName(order.text, kOrders));
+}
+
+void GraphReader::readOverflow(const Value& value, Connection& connection) {
+    const Value overflow = withParameters(value);
+    connection.overflowWhere = value.where;
+    if (overflow.isScalar() && (overflow.text == "drop" || overflow.text == "wait"))
+        connection.overflow = overflow.text == "wait" ? Overflow::Wait : Overflow::Drop;
+    else
+        complaints.add(value.where, overflow.describe(), "drop or wait",
+                       nearestName(overflow.text, kOverflows));
 }
 
 void GraphReader::applySettings(const GraphChanges& changes) {

@@ -42,6 +42,7 @@ private:
     Endpoint readEndpoint(const Value& connection, std::string_view key);
     void readBuffer(const Value& value, Connection& connection);
     void readOrder(const Value& value, Connection& connection);
+    void readOverflow(const Value& value, Connection& connection);
 
     void applySettings(const GraphChanges& changes);
     void applyFiles(const std::vector<GraphChanges::File>& files, Setting::Origin origin);

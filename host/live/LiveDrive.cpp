@@ -9,10 +9,10 @@ void LiveDrive::end() {
     hasEnded.notify_all();
 }
 
-void LiveDrive::cut(const std::string& reason) {
+void LiveDrive::cut(std::string reason) {
     const std::lock_guard lock(state);
     if (isCut) return;
-    failure = reason;
+    failure.swap(reason); // needs no memory, of which there may be none
     isOver = isCut = true;
     hasEnded.notify_all();
 }

@@ -4,6 +4,7 @@
 #include "host/graph/Timeline.h"
 #include "host/live/LiveClock.h"
 #include "host/live/PipeWatcher.h"
+#include "host/live/RoomBoard.h"
 #include "host/run/RunEnd.h"
 
 #include <atomic>
@@ -27,6 +28,7 @@ public:
     const RunLimit limit;
     const bool countsSteps; ///< Whether layouts count their blocks' steps and take the time of some.
     PipeWatcher pipes;
+    RoomBoard room;
     Timeline& timeline;
     std::mutex timelineMutex; ///< Held by who applies the timeline or says who shall; taken before any gate.
     /// For a layout, when the run is over: what goes round in a loop is left alone then. Changed with all gates held.
@@ -41,7 +43,7 @@ public:
     /// Nothing new shall come. [any]
     void end();
     /// The run ends here and now, for this reason; of several the first counts. [any]
-    void cut(const std::string& reason);
+    void cut(std::string reason);
 
     /// [any]
     bool getIsOver() const { return isOver.load(std::memory_order_relaxed); }

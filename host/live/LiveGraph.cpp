@@ -54,8 +54,10 @@ private:
     std::deque<Core::Synchronizer::DisablerLocker> guards;
 };
 
-LiveGraph::LiveGraph(Graph& builtGraph, const BlockCatalogue& blockCatalogue, LiveDrive& liveDrive)
-    : graph(builtGraph), catalogue(blockCatalogue), drive(liveDrive) {
+LiveGraph::LiveGraph(Graph& builtGraph, const BlockCatalogue& blockCatalogue, LiveDrive& liveDrive,
+                     std::optional<Overflow> standardOverflow)
+    : graph(builtGraph), catalogue(blockCatalogue), drive(liveDrive),
+      overflows(builtGraph, liveDrive.clock.getIsUnpaced(), standardOverflow) {
     for (Source* const source : graph.getSources()) {
         sources.push_back({source});
         drive.addDriver();
@@ -236,6 +238,7 @@ void LiveGraph::attach(const LinkRequest& request) {
     if (to.getConnectedOutput() != nullptr)
         throw ControlException("found the input '" + request.to +
                                "', which has a link; expected one without");
+    if (request.overflow == Overflow::Wait) requireNoLoop(request, from, to);
     if (request.buffer == 0) throw ControlException("found a buffer of 0; expected 1 sample at least");
     to.setBufferCapacity(request.buffer);
     to.setIsLifo(request.isNewestFirst);
@@ -245,7 +248,18 @@ void LiveGraph::attach(const LinkRequest& request) {
         throw ControlException("'" + request.from + "' and '" + request.to + "' can't be linked (" +
                                exception.displayText() + ")");
     }
+    overflows.set(to, request.overflow);
     arrangeAll();
+}
+
+/// Layouts that feed each other can't wait for each other.
+void LiveGraph::requireNoLoop(const LinkRequest& request, const Core::AbstractOutputPin& from,
+                              const Core::AbstractInputPin& to) {
+    const LiveLayout& sender = getLayout(Core::layoutOf(from)->getName());
+    const LiveLayout& reader = getLayout(Core::layoutOf(to)->getName());
+    if (&sender != &reader && overflows.getIsLeading(getBlocks(), layouts, reader, sender))
+        throw ControlException("found 'overflow: wait' from '" + request.from + "' to '" + request.to +
+                               "', whose layouts feed each other in a loop; expected 'overflow: drop'");
 }
 
 void LiveGraph::detach(const std::string& input) {
@@ -254,6 +268,7 @@ void LiveGraph::detach(const std::string& input) {
     if (to.getConnectedOutput() == nullptr)
         throw ControlException("found the input '" + input + "', which has no link; expected one that has");
     to.detachAll();
+    overflows.set(to, {});
     arrangeAll();
 }
 
@@ -285,6 +300,7 @@ void LiveGraph::arrangeAll() {
     placeTimeline();
     for (LiveLayout& layout : layouts)
         arrange(layout);
+    overflows.apply(getBlocks(), layouts, drive.room);
     drive.mostDrainRounds = getMostDrainRounds();
     if (!drive.getIsOver()) stir(); // sources and clocks may have come to another layout
 }

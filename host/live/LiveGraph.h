@@ -5,11 +5,13 @@
 #include "host/live/ControlException.h"
 #include "host/live/LiveLayout.h"
 #include "host/live/LiveStatistics.h"
+#include "host/live/OverflowRules.h"
 #include "host/run/RunOutcome.h"
 
 #include <cstdint>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,7 @@ struct LinkRequest {
     std::string to;
     std::uint32_t buffer = 1;
     bool isNewestFirst = false;
+    std::optional<Overflow> overflow{}; ///< What it does between layouts; nothing: as the run has it.
 };
 
 /// The blocks of a live run by name, dealt out to the layouts of the graph, and what of that may be changed while it runs.
@@ -29,8 +32,10 @@ struct LinkRequest {
 /// hold a gate already.
 class LiveGraph {
 public:
-    /// Deals the graph's blocks out. None of the three is owned. [setup]
-    LiveGraph(Graph& graph, const BlockCatalogue& catalogue, LiveDrive& drive);
+    /// Deals the graph's blocks out. None of the three is owned. Links that say nothing of their overflow have
+    /// `standardOverflow`; without one they wait where recordings alone drive the run as fast as it can. [setup]
+    LiveGraph(Graph& graph, const BlockCatalogue& catalogue, LiveDrive& drive,
+              std::optional<Overflow> standardOverflow);
     /// Requires: no thread runs.
     ~LiveGraph();
 
@@ -84,6 +89,8 @@ private:
     void anchorClock();
     void arrangeAll();
     void arrange(LiveLayout& layout);
+    void requireNoLoop(const LinkRequest& request, const Core::AbstractOutputPin& from,
+                       const Core::AbstractInputPin& to);
     std::uint64_t getMostDrainRounds() const;
     LiveStatistics::Block statisticsOf(Core::Filter& block);
 
@@ -97,6 +104,7 @@ private:
         structure;            ///< Taken before any gate by who changes links, layouts or the set of blocks.
     mutable std::mutex names; ///< Innermost; held for a look at `blocks`.
     std::vector<Core::Filter*> blocks; ///< Under `names`; changed under `structure` too.
+    OverflowRules overflows;           ///< Under `structure`.
     std::vector<BlockPtr> added;       ///< Blocks that the graph doesn't own. Under `structure`.
 };
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace Quillmere::Host {
@@ -39,7 +40,7 @@ private:
 };
 
 LiveLayout::LiveLayout(std::string layoutId, Core::LayoutManager& blocks, LiveDrive& liveDrive)
-    : id(std::move(layoutId)), layout(blocks), drive(liveDrive) {}
+    : id(std::move(layoutId)), layout(blocks), drive(liveDrive), number(liveDrive.room.enter(getGate())) {}
 
 void LiveLayout::refresh(std::deque<LiveSource>& runSources) {
     const std::vector<Core::Filter*>& blocks = layout.getFilters();
@@ -92,7 +93,11 @@ void LiveLayout::start() {
     // What was set before the start is no reason for a pass; what another layout sends already is.
     isLookWanted = isRefreshed = false;
     wish = Wish::PassIfAnyWaits;
-    thread = std::thread([this] { run(); });
+    try {
+        thread = std::thread([this] { run(); });
+    } catch (const std::system_error& error) {
+        throw RunException("no thread can be made for the layout '" + id + "': " + error.code().message());
+    }
 }
 
 void LiveLayout::join() {
@@ -105,6 +110,14 @@ void LiveLayout::lookAgain() {
 }
 
 void LiveLayout::run() {
+    try {
+        runUntilEnd();
+    } catch (...) {
+        drive.cut("out of memory"); // for the message even
+    }
+}
+
+void LiveLayout::runUntilEnd() {
     try {
         while (!drive.getIsCut() && !getGate().getIsShutDown())
             turn();
@@ -141,7 +154,14 @@ void LiveLayout::turn() {
     if (isTimelineDue)
         applyTimeline();
     else if (mayRest)
-        getGate().sleep(due);
+        rest();
+}
+
+void LiveLayout::rest() {
+    // Where nobody waits for anybody, nobody asks who sleeps.
+    if (!drive.room.getIsActive()) return getGate().sleep(due);
+    if (drive.room.settle(number, isExpecting, generation)) getGate().sleep(due);
+    mayOverflow = drive.room.wake(number);
 }
 
 /// Outside the gate: it writes settings of blocks in other layouts.
@@ -154,12 +174,44 @@ void LiveLayout::applyTimeline() {
 LiveLayout::Kind LiveLayout::choose() {
     due = Clock::time_point::max();
     mayRest = true;
+    isHeldUp = false;
+    generation = drive.room.getGeneration();
     if (drive.getIsOver() && !isDraining) beginDrain();
     takeWishes();
+    const Kind kind = chooseKind();
+    mayOverflow = false;
+    if (kind != Kind::None) return kind;
+    isExpecting = !isDraining && (!sources.empty() || (clock != nullptr && !isClockDone));
+    drive.room.tellRoom(number, true);
+    return Kind::None;
+}
+
+LiveLayout::Kind LiveLayout::chooseKind() {
     if (!isDraining && (clock != nullptr ? chooseClock() : chooseSource())) return Kind::Round;
-    if (isTimelineDue || passesLeft == 0 || !getIsPassWanted()) return Kind::None;
+    if (isTimelineDue || isHeldUp || passesLeft == 0 || !getIsPassWanted() || !getHasRoom())
+        return Kind::None;
     --passesLeft;
     return Kind::Other;
+}
+
+/// Whether a round may begin, for all that the links to other layouts have to take; if not, the board knows of it.
+bool LiveLayout::getHasRoom() {
+    if (!sendRoom.getIsAny() || mayOverflow) return true;
+    const SendRoom::Link* announced = nullptr;
+    for (;;) {
+        const SendRoom::Link* const full = sendRoom.findFull();
+        if (full == nullptr) break;
+        isHeldUp = full == announced; // at the second look: what the reader takes from now on is told
+        if (isHeldUp) return false;
+        announced = full;
+        const std::uint32_t capacity = full->input->getBufferCapacity();
+        drive.room.announce(number, {.input = full->input,
+                                     .reader = full->reader,
+                                     .needed = full->getNeeded(),
+                                     .wanted = std::max(full->getNeeded(), capacity / 2)});
+    }
+    if (announced != nullptr) drive.room.wake(number);
+    return true;
 }
 
 /// What woke the layout asks for a pass.
@@ -205,6 +257,7 @@ bool LiveLayout::chooseSource() {
     }
     current = nullptr;
     if (next == nullptr) return false;
+    if (!getHasRoom()) return false;
     streamTime = next->getNextTimeStamp();
     if (!beginRound(streamTime)) return false;
     next->release();
@@ -234,6 +287,7 @@ bool LiveLayout::chooseClock() {
             due = clockDue;
             return false;
         }
+        if (!getHasRoom()) return false;
         stepClock();
     }
     if (!beginRound(clock->getElapsed())) return false;
@@ -288,6 +342,8 @@ void LiveLayout::stepMeasured(Core::Filter& block) {
 void LiveLayout::endPass(Kind kind) {
     const bool hasDriver = clock != nullptr || !sources.empty();
     current = nullptr;
+    sendRoom.countRound();
+    drive.room.tellRoom(number, false);
     mayRest = false; // there is the next round to look for
     // Links that were taken up within the pass are counted from there on.
     wish = std::exchange(isRefreshed, false) ? Wish::PassIfAnyWaits : Wish::None;

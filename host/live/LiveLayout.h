@@ -4,6 +4,7 @@
 #include "framework/Quillmere.h"
 #include "host/graph/HostBlock.h"
 #include "host/live/LiveDrive.h"
+#include "host/live/SendRoom.h"
 #include "host/run/GeneratorClock.h"
 #include "host/run/WaitingSamples.h"
 
@@ -36,11 +37,16 @@ public:
 
     const std::string& getId() const { return id; }
     Core::LayoutManager& getBlocks() { return layout; }
+    const Core::LayoutManager& getBlocks() const { return layout; }
     Core::Synchronizer& getGate() { return layout.getSynchronizer(); }
 
     /// Takes up what the layout holds now. `runSources` are all of the run's; where there are none, a generator is the
     /// layout's clock. Requires: the gate is held, or no thread runs. [any, guarded]
     void refresh(std::deque<LiveSource>& runSources);
+    /// Takes up the links to other layouts that are to lose nothing. Requires: as `refresh`. [any, guarded]
+    void waitForRoomIn(std::vector<SendRoom::Link> links) { sendRoom.watch(std::move(links)); }
+    /// Its number on the board of those who wait for room. [any]
+    std::size_t getNumber() const { return number; }
     /// Whether its rounds tell the time for the graph's timeline. Requires: the gate and the timeline's mutex are held, or no
     /// thread runs. [any, guarded]
     void setAppliesTimeline(bool flag) { appliesTimeline = flag; }
@@ -51,8 +57,9 @@ public:
     /// How many links come from other layouts. Requires: no thread runs. [setup]
     std::uint64_t getLinksFromElsewhere() const { return waiting.getLinksFromElsewhere(); }
 
-    /// [setup]
+    /// Starts its thread. Raises `RunException` when none can be made. [setup]
     void start();
+    /// [setup]
     void join();
     /// Something outside has changed: another pass, please. [any]
     void lookAgain();
@@ -68,10 +75,14 @@ private:
     enum class Wish { None, PassIfAnyWaits, Pass };
 
     void run();
+    void runUntilEnd();
     double timeOfFailure();
     void turn();
     void applyTimeline();
+    void rest();
     Kind choose();
+    Kind chooseKind();
+    bool getHasRoom();
     bool chooseSource();
     bool getIsReady(LiveSource& source);
     bool chooseClock();
@@ -89,6 +100,7 @@ private:
     const std::string id;
     Core::LayoutManager& layout;
     LiveDrive& drive;
+    const std::size_t number;
     std::thread thread;
     std::atomic<bool> isLookWanted{false};
     Core::Tally rounds;
@@ -99,6 +111,7 @@ private:
     std::vector<Sink*> sinks;
     std::unique_ptr<GeneratorClock> clock; ///< Null where sources drive the run.
     WaitingSamples waiting;
+    SendRoom sendRoom;
     bool hasWakingLinks = false;
 
     const Core::Filter* current = nullptr; ///< The block that is being stepped or read, for messages.
@@ -113,6 +126,10 @@ private:
     bool isLooking = false;       ///< What woke it: somebody who wants it to look again,
     bool isSignalled = false;     ///< a sample from another layout.
     bool mayRest = false;         ///< Nothing is to be done before `due`, or before something wakes it.
+    bool isHeldUp = false;        ///< There was something to do, and no room for it.
+    bool mayOverflow = false;     ///< The next round needs no room.
+    bool isExpecting = false;     ///< It may rest, and will wake by itself.
+    std::uint64_t generation = 0; ///< Of links and layouts, at the last look.
     std::uint64_t passesLeft = 0; ///< Before what goes round in a loop is left alone.
     std::uint64_t passes = 0;
     bool isMeasuring = false; ///< Whether this pass takes the time of each step.

@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <latch>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 namespace Quillmere::Host {
@@ -16,26 +18,37 @@ namespace {
 /// Between two looks whether a run that is over has come to rest: soon at first, since most need no longer.
 constexpr std::chrono::milliseconds kFirstLook{1};
 constexpr std::chrono::milliseconds kLastLook{4};
+/// A text that needs no memory.
+constexpr const char* kNoMemory = "out of memory";
 } // namespace
 
 class LiveRun::Implementation {
 public:
     Implementation(Graph& runGraph, const BlockCatalogue& catalogue, const LiveOptions& options)
         : graph(runGraph), drive(options.speed, options.limit, options.countsSteps, runGraph.getTimeline()),
-          live(runGraph, catalogue, drive), settings(live), isStrict(options.isStrict) {}
+          live(runGraph, catalogue, drive, options.overflow), settings(live), isStrict(options.isStrict) {}
     ~Implementation() {
-        drive.cut("the run was given up");
+        drive.cut("given up"); // nobody hears it
         if (supervisor.joinable()) supervisor.join();
     }
 
     void start() {
         state = State::Running;
+        // First who sees the run to its end: a layout that runs without it would run for ever.
+        try {
+            supervisor = std::thread([this] { supervise(); });
+        } catch (const std::system_error& error) {
+            drive.cut("no thread can be made: " + error.code().message());
+            return endRun();
+        }
         try {
             live.start();
         } catch (const std::exception& exception) {
             drive.cut(exception.what());
+        } catch (...) {
+            drive.cut("something that is no std::exception");
         }
-        supervisor = std::thread([this] { supervise(); });
+        hasStarted.count_down();
     }
 
     RunProgress getProgress() const {
@@ -60,21 +73,36 @@ public:
 private:
     /// Sleeps as long as the run runs; then sees it to its end.
     void supervise() {
-        drive.waitForEnd();
-        state = State::Ending;
-        live.stir();
-        for (auto look = kFirstLook; !drive.getIsCut() && !live.getIsAtRest();
-             look = std::min(2 * look, kLastLook))
-            std::this_thread::sleep_for(look);
+        hasStarted.wait(); // all layouts that there will be
+        try {
+            drive.waitForEnd();
+            state = State::Ending;
+            live.stir();
+            for (auto look = kFirstLook; !drive.getIsCut() && !live.getIsAtRest();
+                 look = std::min(2 * look, kLastLook))
+                std::this_thread::sleep_for(look);
+        } catch (const std::exception& exception) {
+            drive.cut(exception.what());
+        }
+        endRun();
+    }
+
+    /// Ends all threads but the caller's, and the results.
+    void endRun() {
         if (drive.getIsCut())
             for (Sink* const sink : graph.getSinks())
                 sink->giveUp();
         live.stop();
         drive.pipes.stop();
-        const std::string reason = endResults();
+        std::string reason;
+        try {
+            reason = endResults();
+        } catch (const std::exception&) {
+            reason = outcome.failure = kNoMemory;
+        }
         const std::lock_guard lock(ending);
-        failure = reason;
-        state = reason.empty() ? State::Ended : State::Failed;
+        failure.swap(reason);
+        state = failure.empty() ? State::Ended : State::Failed;
         hasEnded.notify_all();
     }
 
@@ -94,6 +122,7 @@ private:
         return reason;
     }
 
+    std::latch hasStarted{1};
     std::thread supervisor;
 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/graph/GraphDescription.h"
 #include "host/live/LiveSettings.h"
 #include "host/live/LiveStatistics.h"
 #include "host/run/RunEnd.h"
@@ -9,6 +10,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,7 +22,8 @@ struct LiveOptions {
     double speed = 1.0;
     RunLimit limit{};        ///< For a graph without sources. None: it runs until it is told to stop.
     bool countsSteps = true; ///< Whether the statistics have steps and times; samples are counted always.
-    bool isStrict = false;   ///< Whether a run that ends with warnings is a failure.
+    std::optional<Overflow> overflow{}; ///< Of links between layouts that say nothing; see `OverflowRules`.
+    bool isStrict = false;              ///< Whether a run that ends with warnings is a failure.
 };
 
 /// Runs a graph live: a thread for each of its layouts, recordings paced by their time stamps, pipes read as they come, and

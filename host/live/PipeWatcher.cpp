@@ -37,7 +37,8 @@ void PipeWatcher::watch(int descriptor, Core::Synchronizer& gate) {
         fail("a pipe cannot be watched");
 }
 
-void PipeWatcher::run() const {
+/// Nothing of what it calls raises.
+void PipeWatcher::run() const noexcept {
     for (;;) {
         epoll_event event{};
         if (::epoll_wait(waiting, &event, 1, -1) <= 0) continue;

@@ -26,7 +26,7 @@ public:
     void stop();
 
 private:
-    void run() const;
+    void run() const noexcept;
 
     int waiting = -1;  ///< The epoll instance.
     int stopping = -1; ///< An event that ends the thread.

@@ -214,7 +214,7 @@ connections:
               "you mean unset?\n"
               "g.yaml:12:5: found 'y'; expected a block as {id: ..., type: ...}\n"
               "g.yaml:14:23: found the block 'zz'; expected the id of a block: x, y and z; did you mean z?\n"
-              "g.yaml:14:30: found the key 'bufer'; expected one of from, to, buffer, order and view; did "
+              "g.yaml:14:30: found the key 'bufer'; expected one of from, to, buffer, order, overflow and view; did "
               "you mean buffer?\n"
               "g.yaml:15:5: found a connection without 'to'; expected 'to: block.pin'\n"
               "g.yaml:16:37: found a buffer of 0; expected 1 to 2147483647 samples\n"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // How live runs end: by themselves, when they are told, and when something fails.
 #include "tests/host/LiveFixture.h"
+#include "tests/host/NoThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -85,6 +86,18 @@ TEST_F(LiveEndTest, AnInterruptLeavesEverythingWhereItIs) {
     EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1.25\n1,1.5\n");
     EXPECT_EQ(folder.read("out.csv"), "what a user had");
     EXPECT_THROW(liveRun->wait(), RunException) << "however often one asks";
+}
+
+TEST_F(LiveEndTest, ARunForWhichNoThreadCanBeMadeFailsInAMessage) {
+    prepare(kStraight);
+    {
+        const Support::NoThreads none;
+        liveRun->start();
+    }
+    EXPECT_EQ(end(), "no thread can be made: Resource temporarily unavailable");
+    EXPECT_EQ(liveRun->getState(), State::Failed);
+    EXPECT_TRUE(folder.has("out.csv.partial"));
+    EXPECT_FALSE(liveRun->getOutcome().getIsWhole());
 }
 
 TEST_F(LiveEndTest, TheEndOfItsPipeEndsARun) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/LiveLayout.h"
 
+#include "host/run/RunEnd.h"
+#include "tests/host/NoThreads.h"
 #include "tests/support/Allocations.h"
 
 #include <gtest/gtest.h>
@@ -101,6 +103,19 @@ TEST_F(LiveLayoutTest, ASteadyPassAllocatesNothing) {
     run();
     EXPECT_EQ(here.allocations, 0) << "with a clock, and a link that another layout reads";
     EXPECT_EQ(there.allocations, 0) << "with a link that wakes the layout";
+}
+
+TEST_F(LiveLayoutTest, OneForWhichNoThreadCanBeMadeSaysSo) {
+    firstLive.refresh(noSources);
+    const Support::NoThreads none;
+    try {
+        firstLive.start();
+        ADD_FAILURE() << "it has a thread";
+    } catch (const RunException& exception) {
+        EXPECT_STREQ(exception.what(),
+                     "no thread can be made for the layout 'first': Resource temporarily unavailable");
+    }
+    firstLive.join();
 }
 
 TEST_F(LiveLayoutTest, StepsAreCountedAndSomeOfThemTimed) {

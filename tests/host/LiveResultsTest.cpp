@@ -264,6 +264,22 @@ TEST_F(LiveResultsTest, AcrossLayoutsWithBuffersThatHoldAllTheValuesAreThoseOfAn
         EXPECT_TRUE(columnsOf(folder.read(file), false) == columnsOf(table, false)) << file;
 }
 
+TEST_F(LiveResultsTest, AControlInputFromAnotherLayoutMakesNoRowOfItsOwn) {
+    // What the generator sends has a time of its own: gathered by time, it would be a row beside the round's.
+    ASSERT_EQ(
+        runLive("format: 1\nlayouts: [{id: one}, {id: two}]\nblocks:\n" + kIn +
+                "  - {id: g, type: FilterGain, layout: two}\n  - {id: smooth, type: FilterButterworth}\n"
+                "  - {id: gen, type: OddGenerator}\n" +
+                kOut +
+                "connections: [{from: in.x, to: g}, {from: g, to: smooth.reset}, {from: in.p, to: "
+                "smooth.in}, {from: smooth.out, to: out.p}, {from: gen, to: out.n}]\n"),
+        "");
+    const Columns columns = columnsOf(folder.read("out.csv"), true);
+    EXPECT_EQ(columns.at("n[0]").size(), 60u);
+    EXPECT_EQ(columns.at("n[0]").at(59), "2.95: 60") << "in the round's row";
+    EXPECT_EQ(columns.at("p[0]").size(), 60u);
+}
+
 TEST_F(LiveResultsTest, AResultThatGathersFromTwoLayoutsNamesTheTimesOfItsSamples) {
     // `far` comes to the sink from another layout, `near` from its own, which goes on meanwhile.
     ASSERT_EQ(

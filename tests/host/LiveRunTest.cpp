@@ -233,7 +233,7 @@ protected:
         prepare("format: 1\nlayouts: [{id: one}, {id: two}]\nblocks:\n" + sourceLine("in", "in.csv", "x: x") +
                     "  - {id: slow, type: FilterGain, layout: two}\n" + sinkLine("out", "out.csv", "two") +
                     "connections: [{from: in, to: slow" + keys + "}, {from: slow, to: out.x}]\n",
-                {.speed = Support::kUnpaced, .isStrict = isStrict});
+                {.speed = Support::kUnpaced, .overflow = Overflow::Drop, .isStrict = isStrict});
         Hold hold(*liveRun, "slow.Gain", "2");
         liveRun->start();
         ASSERT_TRUE(waitUntil([&] { return liveRun->getProgress().rounds == 100; }));

@@ -81,6 +81,23 @@ TEST_F(LiveSettingsTest, PatternsChoose) {
     }
 }
 
+TEST_F(LiveSettingsTest, AFullNameIsFoundWhateverItHolds) {
+    liveRun->stop();
+    EXPECT_EQ(end(), "");
+    pipe.write("t,x\n");
+    prepare(
+        "format: 1\nblocks:\n" + sourceLine("in", "pipe", "x: x") + sinkLine("out", "out.csv") +
+        "  - {id: three, type: OddThrice}\nconnections: [{from: in, to: three}, {from: three, to: out.x}]\n");
+    const std::string name = "three.rise [units]"; // brackets are a set of letters in a pattern
+    const std::vector<SettingState> found = liveRun->list(name);
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found.front().name, name);
+    std::string heard;
+    const auto watch = liveRun->observe(name, [&](const SettingState& state) { heard = state.value; });
+    EXPECT_EQ(valueAfterWriting(name, "2"), "2");
+    EXPECT_EQ(heard, "2");
+}
+
 TEST_F(LiveSettingsTest, ValuesAreWrittenAsInAGraphFile) {
     EXPECT_EQ(valueAfterWriting("odd.flag", "true"), "true");
     EXPECT_EQ(valueAfterWriting("odd.whole", "-7"), "-7");

@@ -135,6 +135,7 @@ bool soak(const BlockCatalogue& catalogue, double seconds) {
                             {.samples = kSamples,
                              .seed = seed * 100,
                              .feed = LiveTurmoil::Feed::Pipes,
+                             .overflow = seed % 2 == 0 ? Overflow::Wait : Overflow::Drop,
                              .timeLimit = kLongestRun});
         const LiveTurmoil::Result result = turmoil.run();
         std::printf("%3u: %s; %.2f MiB\n", seed, result.getText().c_str(), residentMemory());

@@ -122,7 +122,7 @@ LiveTurmoil::Result LiveTurmoil::run() {
     graph.openSources(complaints);
     complaints.raise();
     graph.openSinks();
-    LiveRun run(graph, catalogue, {.speed = LiveClock::kMaximum, .limit = {}});
+    LiveRun run(graph, catalogue, {.speed = LiveClock::kMaximum, .limit = {}, .overflow = options.overflow});
     const auto begin = std::chrono::steady_clock::now();
     run.start();
     std::thread feeder;

@@ -31,6 +31,8 @@ public:
         unsigned seed = 0;
         Feed feed = Feed::Recordings;
         bool makesLoops = false; ///< Whether links may be made that lead back to where they come from.
+        /// Of all links between layouts, as far as these make no loop.
+        Quillmere::Host::Overflow overflow = Quillmere::Host::Overflow::Drop;
         std::chrono::seconds timeLimit{0}; ///< After which a run that hasn't ended ends the program.
     };
     /// What pipes wait for before they end.
