@@ -129,10 +129,10 @@ public:
     ExitCode run() override;
 
 private:
-    std::string request() const;
+    static std::string requestOf(const std::vector<std::string>& words);
 
+    const CLI::App& application; ///< Which keeps the request.
     std::string path;
-    std::vector<std::string> words;
     int timeout = 30; ///< Seconds.
 };
 

@@ -92,26 +92,22 @@ private:
 
 } // namespace
 
-CtlCommand::CtlCommand(CLI::App& command) {
+CtlCommand::CtlCommand(CLI::App& command) : application(command) {
     command.add_option("PATH", path, "The --control of the run.")->required();
-    // Word by word as they are: brackets are a matrix, not a list of words.
-    command.add_option("REQUEST", words, "What to ask: help lists it.")
-        ->required()
-        ->allow_extra_args(false)
-        ->expected(1, std::numeric_limits<int>::max());
     command.add_option("--timeout", timeout, "Wait no longer than SECONDS for an answer.")
         ->type_name("SECONDS")
         ->capture_default_str()
         ->check(CLI::Range(1, kLongestTimeout));
-    command.positionals_at_end();
-    command.prefix_command(false);
+    // The request is taken as it stands: an option would take brackets for a list of words, and a value such as -2 for
+    // an option.
+    command.prefix_command();
     command.footer(
-        "Requests: set NAME VALUE, get NAME, fire NAME, list [PATTERN], watch PATTERN, stats, state, stop, "
-        "help.");
+        "Behind PATH stands the request: set NAME VALUE, get NAME, fire NAME, list [PATTERN], watch PATTERN, "
+        "stats, state, stop, help.");
 }
 
 /// The words in a line; the second is a name or a pattern, which may have blanks.
-std::string CtlCommand::request() const {
+std::string CtlCommand::requestOf(const std::vector<std::string>& words) {
     std::string line;
     for (std::size_t i = 0; i < words.size(); ++i) {
         if (words[i].find('\n') != std::string::npos)
@@ -123,9 +119,13 @@ std::string CtlCommand::request() const {
 }
 
 ExitCode CtlCommand::run() {
+    const std::vector<std::string> words = application.remaining();
+    if (words.empty())
+        throw UsageError{"found no request behind '" + path +
+                         "'; expected one, such as 'help', which lists them"};
     const bool watches = words.front() == "watch";
     Line line(path, std::chrono::seconds(timeout));
-    line.send(request());
+    line.send(requestOf(words));
     bool isAnswered = false;
     std::string answer;
     while ((!isAnswered || watches) && line.read(answer)) {
