@@ -27,7 +27,9 @@ LiveTurmoil::Result hammer(LiveTurmoil::Options options) {
     std::printf("%s\n", result.getText().c_str());
     for (const std::string& complaint : result.complaints)
         ADD_FAILURE() << complaint;
-    if (options.overflow == Overflow::Drop) EXPECT_GT(result.lost, 0u) << "readers lag";
+    if (options.overflow == Overflow::Drop) {
+        EXPECT_GT(result.lost, 0u) << "readers lag";
+    }
     return result;
 }
 } // namespace
