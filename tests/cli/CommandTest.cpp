@@ -244,6 +244,23 @@ TEST_F(Command, WarningsOfARunGoToStandardErrorAndStrictMakesThemAFailure) {
     EXPECT_TRUE(folder.has("out.csv"));
 }
 
+TEST_F(Command, WarningsOfARunByTheHundredAreCountedBeyondFifty) {
+    std::string text =
+        "format: 1\nblocks:\n"
+        "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"
+        "  - {id: thrice, type: OddThrice}\n"
+        "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+        "connections:\n  - {from: in, to: thrice}\n";
+    for (int i = 0; i < 60; ++i)
+        text += "  - {from: thrice, to: out.x" + std::to_string(i) + "}\n";
+    folder.write("losses.yaml", text);
+    const Ended ended = call({"run", "--quiet", "losses.yaml", "--plugin", ODD_PLUGIN});
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_EQ(std::count(ended.err.begin(), ended.err.end(), '\n'), 51);
+    EXPECT_TRUE(ended.err.starts_with("losses.yaml:7:5: warning: ")) << ended.err;
+    EXPECT_TRUE(ended.err.ends_with("\nand 10 more warnings\n")) << ended.err;
+}
+
 TEST_F(Command, AFullDiskIsAFailureMidway) {
     const Ended ended = call({"run", "g.yaml", "--output", "out=/dev/full"});
     EXPECT_EQ(ended.exitCode, 1);
