@@ -7,6 +7,7 @@
 #include <Poco/Exception.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace Quillmere::Core {
 
@@ -23,22 +24,29 @@ void AbstractInputPin::setBufferCapacity(std::uint32_t capacity) {
     if (capacity == 0)
         throw Poco::InvalidArgumentException("Input pin '" + getName() +
                                              "' must keep at least one sample, got 0");
-    withBothEndsHeld([&] {
-        bufferCapacity = capacity;
-        rebuildStrategy();
-    });
+    withBothEndsHeld([&] { rebuildWith(bufferCapacity, capacity); });
 }
 
 void AbstractInputPin::setIsLifo(bool flag) {
-    withBothEndsHeld([&] {
-        isLifo = flag;
+    withBothEndsHeld([&] { rebuildWith(isLifo, flag); });
+}
+
+template <class Field>
+void AbstractInputPin::rebuildWith(Field& field, Field next) {
+    std::swap(field, next);
+    try {
         rebuildStrategy();
-    });
+    } catch (...) {
+        field = next;
+        throw;
+    }
 }
 
 LinkCounts AbstractInputPin::getCounts() {
     LinkCounts counts;
-    withBothEndsHeld([&] { counts = {getReceivedCount(), taken.get(), getWaitingCount()}; });
+    withBothEndsHeld([&] {
+        counts = {getReceivedCount(), taken.get(), countWaiting != nullptr ? countWaiting(*this) : 0};
+    });
     return counts;
 }
 

@@ -23,15 +23,13 @@ public:
     virtual AbstractOutputPin* getConnectedOutput() const = 0;
     /// Forgets what waits, the last time stamp included. [any, guarded]
     virtual void clear() = 0;
-    /// Chooses the buffer strategy anew; what waits is lost. Requires: the pin's gate is held. [any, guarded]
+    /// Chooses the buffer strategy anew; what waits is lost. The new one is made before the old one goes: what this raises
+    /// leaves the pin as it was. Requires: the pin's gate is held. [any, guarded]
     virtual void rebuildStrategy() = 0;
-    /// The output pin's word on a link made (`output`) or taken down (null).
-    /// Requires: the gates of both ends are held. [any, guarded]
+    /// The output pin's word on a link made (`output`) or taken down (null). What this raises leaves the pin as it was; to
+    /// take a link down needs no memory and raises nothing. Requires: the gates of both ends are held. [any, guarded]
     virtual void setConnectedOutput(AbstractOutputPin* output, bool synchronous) = 0;
 
-    /// How many samples wait in the link or have been fetched and not taken.
-    /// Requires: the pin's gate is held, or its block doesn't run. [any, guarded]
-    virtual std::uint32_t getWaitingCount() const { return 0; }
     /// What became of the samples that were sent to this pin, all of one instant. [any, guarded]
     LinkCounts getCounts();
 
@@ -49,8 +47,8 @@ public:
 
     std::uint32_t getBufferCapacity() const { return bufferCapacity; }
     bool getIsLifo() const { return isLifo; }
-    /// How many samples the link keeps. Raises `Poco::InvalidArgumentException` for 0. What waits is lost.
-    /// [any, guarded]
+    /// How many samples the link keeps. Raises `Poco::InvalidArgumentException` for 0. What waits is lost. When there is no
+    /// memory for the new buffer, the old one stays, as in `setIsLifo`. [any, guarded]
     void setBufferCapacity(std::uint32_t capacity);
     /// Whether a buffer of more than one sample hands out the newest first. What waits is lost. [any, guarded]
     void setIsLifo(bool flag);
@@ -62,6 +60,9 @@ protected:
     bool isBlocking = true;
     bool isWaking = false;
     GatedTally taken;
+    /// Tells how many samples wait in the link or have been fetched and not taken; null where nobody knows. A pointer that
+    /// the concrete pin sets: the last virtual operation of an input is `receive`, further down, and none stands before it.
+    std::uint32_t (*countWaiting)(const AbstractInputPin& pin) = nullptr;
 
     /// Counts what `next` sends from now on, null for nobody, beside what came until now. Requires: as
     /// `setConnectedOutput`, which calls this before the link changes.
@@ -69,6 +70,9 @@ protected:
 
 private:
     std::uint64_t getReceivedCount() const;
+    /// Gives `field` another value and rebuilds the strategy; both or neither.
+    template <class Field>
+    void rebuildWith(Field& field, Field next);
 
     // What an input receives is what its sender sends, so the sample's road counts it once for all links.
     std::uint64_t receivedBefore = 0; ///< over former links

@@ -18,7 +18,8 @@ public:
     /// counts for two blocks that are in no layout). What this raises goes to who attached, and no link is made.
     /// Called with the gates of both ends held. [any, guarded]
     virtual void linkAttached(AbstractOutputPin& output, AbstractInputPin& input, bool& isSynchronous) = 0;
-    /// A synchronous link is about to be taken down. [any, guarded]
+    /// A synchronous link is about to be taken down, or couldn't be made after all since memory failed. Must not raise:
+    /// pins take their links down in their destructors, too. [any, guarded]
     virtual void linkDetached(AbstractOutputPin& output, AbstractInputPin& input) = 0;
 };
 

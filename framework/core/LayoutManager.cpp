@@ -5,42 +5,94 @@
 #include "framework/core/AbstractOutputPin.h"
 
 #include <algorithm>
-#include <deque>
+#include <exception>
 #include <functional>
-#include <set>
 
 namespace Quillmere::Core {
 
 namespace {
-using Gates = std::set<Synchronizer*, std::less<>>;
-
-/// The gates of all blocks that a block is linked with, and its own.
-Gates gatesAround(Filter& filter) {
-    const Synchronizer::SubjectLocker<Filter> guard(filter);
-    Gates gates{filter.getSynchronizer()};
+/// The gates of a block, of those that it is linked with, and `also`, each at least once.
+/// Requires: the block's gate is held.
+template <class Visit>
+void visitGatesAround(Filter& filter, Synchronizer* also, Visit visit) {
+    visit(also);
+    visit(filter.getSynchronizer());
     for (const AbstractInputPin* const input : filter.getInputPins())
         if (const AbstractOutputPin* const output = input->getConnectedOutput())
-            gates.insert(output->getSynchronizer());
+            visit(output->getSynchronizer());
     for (const AbstractOutputPin* const output : filter.getOutputPins())
-        for (const AbstractInputPin* const input : output->getAttachedInputs())
-            gates.insert(input->getSynchronizer());
-    gates.erase(nullptr);
-    return gates;
+        for (const AbstractInputPin* const input : output->getInputs())
+            visit(input->getSynchronizer());
 }
 
-void refreshLinks(Filter& filter) {
+bool getIsBehind(const Synchronizer* gate, const Synchronizer* last) {
+    return std::less<>()(last, gate);
+}
+
+/// Runs `action` with all gates around a block held, taken from the one behind `last` on in the order of their addresses, as
+/// every guard takes them. Each has its guard in a call of its own, so that it needs no memory: destructors come here.
+/// False, with nothing done, when block or links have changed meanwhile: then the gates weren't the right ones.
+template <class Action>
+bool withGatesBehind(Synchronizer* last, Filter& filter, Synchronizer* also, const Action& action) {
+    Synchronizer* next = nullptr;
+    {
+        // The gate of a block that was moved would be taken out of order behind those that are held.
+        Synchronizer* const own = filter.getSynchronizer();
+        if (own != nullptr && last != nullptr && !getIsBehind(own, last) && !own->getIsOwn()) return false;
+        const Synchronizer::DisablerLocker look(own, nullptr);
+        if (filter.getSynchronizer() != own) return false;
+        bool holdsAll = true;
+        visitGatesAround(filter, also, [&](Synchronizer* gate) {
+            if (gate == nullptr) return;
+            holdsAll = holdsAll && gate->getIsOwn();
+            if (getIsBehind(gate, last) && (next == nullptr || getIsBehind(next, gate))) next = gate;
+        });
+        if (next == nullptr) {
+            if (holdsAll) action();
+            return holdsAll;
+        }
+    }
+    const Synchronizer::DisablerLocker guard(next, nullptr);
+    return withGatesBehind(next, filter, also, action);
+}
+
+/// Runs `action`; the first that such actions raise is kept in `reason`.
+template <class Action>
+void attempt(std::exception_ptr& reason, Action action) {
+    try {
+        action();
+    } catch (...) {
+        if (reason == nullptr) reason = std::current_exception();
+    }
+}
+
+/// Lets the links of a block choose anew; one that can't is taken down.
+void refreshLinks(Filter& filter, std::exception_ptr& reason) {
     for (AbstractOutputPin* const output : filter.getOutputPins())
-        output->refreshInputs();
-    for (AbstractInputPin* const input : filter.getInputPins())
-        if (input->getConnectedOutput() != nullptr) input->rebuildStrategy();
+        attempt(reason, [&] { output->refreshInputs(); });
+    for (AbstractInputPin* const input : filter.getInputPins()) {
+        if (input->getConnectedOutput() == nullptr) continue;
+        attempt(reason, [&] {
+            try {
+                input->rebuildStrategy();
+            } catch (...) {
+                input->detachAll();
+                throw;
+            }
+        });
+    }
 }
 } // namespace
 
 LayoutManager::LayoutManager(const std::string& name) : NamedObject(name) {}
 
 LayoutManager::~LayoutManager() {
-    while (!filters.empty())
-        remove(*filters.back());
+    while (!filters.empty()) {
+        Filter& filter = *filters.back();
+        std::exception_ptr nobodyToTell;
+        if (filter.getManager() == this) attempt(nobodyToTell, [&] { place(filter, nullptr); });
+        forget(filter); // one that says that it is elsewhere must not stand here for ever
+    }
 }
 
 void LayoutManager::add(Filter& filter) {
@@ -52,25 +104,25 @@ void LayoutManager::remove(Filter& filter) {
 }
 
 void LayoutManager::place(Filter& filter, LayoutManager* destination) {
-    for (;;) {
-        Gates gates = gatesAround(filter);
-        if (destination != nullptr) gates.insert(&destination->getSynchronizer());
-        std::deque<Synchronizer::DisablerLocker> guards;
-        for (Synchronizer* const gate : gates) // in the order of their addresses, as every guard takes them
-            guards.emplace_back(gate, nullptr);
-        // Until all gates were held, the block may have been moved, and its links changed; then the set of gates is not
-        // the right one. The gate that a moved block has now would be taken out of order behind these.
-        Synchronizer* const own = filter.getSynchronizer();
-        if (own != nullptr && !gates.contains(own)) continue;
-        const Gates now = gatesAround(filter);
-        if (!std::includes(gates.begin(), gates.end(), now.begin(), now.end(), std::less<>())) continue;
-
-        if (LayoutManager* const former = filter.getManager()) former->forget(filter);
-        filter.setManager(destination);
-        if (destination != nullptr) destination->filters.push_back(&filter);
-        refreshLinks(filter);
-        return;
+    Synchronizer* const also = destination != nullptr ? &destination->synchronizer : nullptr;
+    while (!withGatesBehind(nullptr, filter, also, [&] { changeOver(filter, destination); })) {
     }
+}
+
+void LayoutManager::changeOver(Filter& filter, LayoutManager* destination) {
+    LayoutManager* const former = filter.getManager();
+    if (destination != nullptr) destination->filters.push_back(&filter); // first: this one may fail
+    std::exception_ptr reason;
+    attempt(reason, [&] { filter.setManager(destination); });
+    if (reason != nullptr && destination != nullptr) {
+        destination->filters.pop_back();
+        filter.storeManager(former);
+        std::rethrow_exception(reason);
+    }
+    filter.storeManager(destination); // an override of `setManager` may have left that out
+    if (former != nullptr) former->forget(filter);
+    refreshLinks(filter, reason);
+    if (reason != nullptr) std::rethrow_exception(reason);
 }
 
 void LayoutManager::forget(Filter& filter) {

@@ -12,13 +12,16 @@ namespace Quillmere::Core {
 class QUILLMERE_API LayoutManager : public NamedObject {
 public:
     explicit LayoutManager(const std::string& name);
-    /// Lets go of the blocks that are left. Requires: no loop runs, and nobody holds or wants the gate.
+    /// Lets go of the blocks that are left, whatever they raise at the news; a link for whose new strategy there is no memory
+    /// is taken down. Needs no memory. Requires: no loop runs, and nobody holds or wants the gate.
     ~LayoutManager();
 
     /// Appends the block, taking it out of the layout that held it; its links choose their strategies anew, and what
-    /// was in flight on them is lost. [any, guarded]
+    /// was in flight on them is lost. A link for whose strategy there is no memory is taken down, and the reason raised when
+    /// the block has moved. What the block's `setManager` raises leaves it where it was. [any, guarded]
     void add(Filter& filter);
-    /// Lets go of the block, its links as in `add`; one of another layout is passed over. [any, guarded]
+    /// Lets go of the block, its links as in `add`; one of another layout is passed over. The block goes whatever is raised.
+    /// [any, guarded]
     void remove(Filter& filter);
 
     /// In the order in which they run. Requires: the gate is held, or nobody changes the layout. [any, guarded]
@@ -49,7 +52,8 @@ public:
     void arrange(const std::vector<Filter*>& order);
 
 private:
-    void place(Filter& filter, LayoutManager* destination);
+    static void place(Filter& filter, LayoutManager* destination);
+    static void changeOver(Filter& filter, LayoutManager* destination);
     void forget(Filter& filter);
     /// The block that the pass steps next, null behind the last.
     Filter* takeNext() {

@@ -18,6 +18,7 @@ public:
     virtual void detachAll() = 0;
     /// Takes down those that run in the sender's thread. [any, guarded]
     virtual void detachSynchronous() = 0;
+    /// Whether there is a link. [any, guarded]
     virtual bool isAttached() const = 0;
     /// Run-time type name of the sample's payload; both ends of a link give the same text. [any]
     virtual const std::string& getDataTypeName() const = 0;

@@ -35,8 +35,8 @@ AbstractOutputPin& PinManager::getOutputPin(const std::string& pinName) const {
 }
 
 void PinManager::storeManager(LayoutManager* layout) {
-    manager = layout;
-    synchronizer = layout != nullptr ? &layout->getSynchronizer() : nullptr;
+    manager.store(layout, std::memory_order_release);
+    synchronizer.store(layout != nullptr ? &layout->getSynchronizer() : nullptr, std::memory_order_release);
 }
 
 } // namespace Quillmere::Core

@@ -21,10 +21,10 @@ public:
     virtual ~PinManager();
 
     /// The gate of the block's layout; null while it is in none. [any]
-    virtual Synchronizer* getSynchronizer() { return synchronizer.load(std::memory_order_relaxed); }
+    virtual Synchronizer* getSynchronizer() { return synchronizer.load(std::memory_order_acquire); }
 
     /// The layout that holds the block; null while none does. [any]
-    LayoutManager* getManager() const { return manager.load(std::memory_order_relaxed); }
+    LayoutManager* getManager() const { return manager.load(std::memory_order_acquire); }
 
     /// The pin of that name. Raises `Poco::NotFoundException`, which tells what there is. [any]
     AbstractInputPin& getInputPin(const std::string& pinName) const;
@@ -44,6 +44,7 @@ private:
 
     std::vector<AbstractInputPin*> inputs;
     std::vector<AbstractOutputPin*> outputs;
+    // Published with release and read with acquire: who finds a layout here finds a whole one.
     std::atomic<LayoutManager*> manager{nullptr};
     std::atomic<Synchronizer*> synchronizer{
         nullptr}; ///< that of `manager`, kept so that a guard finds it in one load

@@ -19,15 +19,26 @@ void Synchronizer::wait(Poco::FastMutex& mutex, Poco::Event& event) {
         if (isShutDown || guards > 0) return;
         // Who set it last meant a sleeper that is gone.
         event.reset();
-        sleepers.push_back(&self);
-        ++sleeperCount;
+        enlist(self);
     }
     {
         const Poco::ScopedUnlock<Poco::FastMutex> unlocked(mutex);
         event.wait();
     }
     const std::lock_guard lock(state);
-    std::erase(sleepers, &self);
+    strike(self);
+}
+
+void Synchronizer::enlist(Sleeper& sleeper) {
+    sleeper.next = sleepers;
+    if (sleepers != nullptr) sleepers->before = &sleeper;
+    sleepers = &sleeper;
+    ++sleeperCount;
+}
+
+void Synchronizer::strike(const Sleeper& sleeper) {
+    (sleeper.before != nullptr ? sleeper.before->next : sleepers) = sleeper.next;
+    if (sleeper.next != nullptr) sleeper.next->before = sleeper.before;
     --sleeperCount;
 }
 
@@ -36,14 +47,14 @@ void Synchronizer::signal(Poco::Event& event) {
     // A sleeper on this event has registered under the mutex that the caller holds, so a zero here is no race.
     if (sleeperCount.load(std::memory_order_relaxed) == 0) return;
     const std::lock_guard lock(state);
-    for (Sleeper* const sleeper : sleepers)
+    for (const Sleeper* sleeper = sleepers; sleeper != nullptr; sleeper = sleeper->next)
         if (&sleeper->event == &event) event.set();
 }
 
 void Synchronizer::shutDown() {
     const std::lock_guard lock(state);
     isShutDown = true;
-    for (Sleeper* const sleeper : sleepers)
+    for (const Sleeper* sleeper = sleepers; sleeper != nullptr; sleeper = sleeper->next)
         sleeper->event.set();
     loopMayWake.notify_all();
 }
@@ -74,7 +85,7 @@ void Synchronizer::announceGuard() {
     // In this order: a step that sees that the gate is wanted can't take it back before it has opened it to the guard.
     bits |= kQueued;
     ++guards;
-    for (Sleeper* const sleeper : sleepers)
+    for (const Sleeper* sleeper = sleepers; sleeper != nullptr; sleeper = sleeper->next)
         sleeper->event.set();
 }
 

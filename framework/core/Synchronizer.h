@@ -8,7 +8,6 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
-#include <vector>
 
 #include <Poco/Event.h>
 #include <Poco/Mutex.h>
@@ -61,6 +60,9 @@ public:
     /// [any]
     bool getIsShutDown() const { return isShutDown.load(std::memory_order_relaxed); }
 
+    /// Whether this thread has the gate, by a step or by a guard. [any]
+    bool getIsOwn() const { return owner.load(std::memory_order_relaxed) == &Private::threadMark; }
+
     /// Whether a guard holds the gate or wants it: the run loop's question between two blocks. [any]
     bool getIsWanted() const { return guards.load(std::memory_order_acquire) != 0; }
 
@@ -100,7 +102,6 @@ public:
     std::uint64_t getSleeps() const { return sleeps.load(); }
 
 private:
-    bool getIsOwn() const { return owner.load(std::memory_order_relaxed) == &Private::threadMark; }
     /// Takes the gate once more if this thread has it.
     bool passAgain() {
         if (!getIsOwn()) return false;
@@ -126,9 +127,14 @@ private:
     void openToOthers();
     void giveWay();
 
+    /// Stands in the call of `wait` and in the list of all that sleep there; a list through them needs no memory.
     struct Sleeper {
         Poco::Event& event;
+        Sleeper* before = nullptr;
+        Sleeper* next = nullptr;
     };
+    void enlist(Sleeper& sleeper);
+    void strike(const Sleeper& sleeper);
 
     // What `bits` holds. While `kQueued` is set, they change under `state` only; so a step that is alone takes and
     // opens the gate by one exchange each, and whoever queues sees either before it happened or after.
@@ -141,7 +147,7 @@ private:
     unsigned depth = 0;                      ///< how often the holder holds it; the holder's own
     bool isHeldByGuard = false;              ///< the holder's own
     std::atomic<unsigned> guards{0};         ///< guards that hold or want the gate; written under `state`
-    std::atomic<unsigned> sleeperCount{0};   ///< size of `sleepers`; written under `state`
+    std::atomic<unsigned> sleeperCount{0};   ///< how many `sleepers`; written under `state`
     std::atomic<bool> isShutDown{false};     ///< written under `state`
     std::atomic<bool> sleepsBetweenPasses{false};
     std::atomic<unsigned> reasons{0}; ///< to wake the loop that sleeps between passes
@@ -155,7 +161,7 @@ private:
     unsigned stepsWaiting = 0;
     unsigned guardsBeforeStep = 0; ///< guards that were there when the waiting step came and haven't gone yet
     bool isStepsTurn = false;      ///< the waiting step goes next, whatever guards came meanwhile
-    std::vector<Sleeper*> sleepers;
+    Sleeper* sleepers = nullptr;   ///< the one that came last
 };
 
 /// Holds one gate or two as a guard for its lifetime: no step of their layouts is under way, and a reader that slept

@@ -4,7 +4,6 @@
 #include "framework/transport/TimeStampedData.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cstdint>
 #include <vector>
 
@@ -65,13 +64,13 @@ private:
     S values[2]; ///< [0] is written, [1] is handed out
 };
 
-/// A double-ended queue of samples that drops the oldest when full. It is a ring whose slots keep their matrix storage
-/// and that grows only up to the largest number of samples that have waited, so a steady stream allocates nothing.
+/// A double-ended queue of samples that drops the oldest when full; with a capacity of 0 it is never full. It is a ring
+/// whose slots keep their matrix storage and that grows only up to the largest number of samples that have waited, so a
+/// steady stream allocates nothing.
 template <class S>
 class SampleQueue {
 public:
-    /// Requires: `maximumSize` is at least 1.
-    explicit SampleQueue(std::uint32_t maximumSize) : limit(maximumSize) { assert(limit > 0); }
+    explicit SampleQueue(std::uint32_t maximumSize) : limit(maximumSize) {}
 
     std::uint32_t capacity() const { return limit; }
     std::uint32_t size() const { return static_cast<std::uint32_t>(count); }
@@ -80,7 +79,7 @@ public:
 
     /// Appends a copy at the back, dropping the front of a full queue.
     void push(const S& sample) {
-        if (count == limit) dropFront();
+        if (count == limit && count > 0) dropFront();
         if (count == slots.size()) grow();
         copySample(slots[slotAt(count)], sample);
         ++count;
@@ -108,10 +107,11 @@ private:
     void grow() {
         std::rotate(slots.begin(), slots.begin() + static_cast<std::ptrdiff_t>(first), slots.end());
         first = 0;
-        slots.resize(std::min<std::size_t>(limit, std::max<std::size_t>(4, 2 * slots.size())));
+        const std::size_t wanted = std::max<std::size_t>(4, 2 * slots.size());
+        slots.resize(limit == 0 ? wanted : std::min<std::size_t>(limit, wanted));
     }
 
-    std::uint32_t limit;
+    std::uint32_t limit; ///< 0 for none
     std::vector<S> slots;
     std::size_t first = 0;
     std::size_t count = 0;

@@ -64,6 +64,9 @@ public:
     /// `manager` is not owned and may be null.
     InputPin(const std::string& name, PinManager* const manager)
         : Pin(name, manager), InputPinBase<T>(name, manager) {
+        this->countWaiting = [](const AbstractInputPin& pin) {
+            return static_cast<const InputPin&>(pin).getWaitingCount();
+        };
         rebuildStrategy();
     }
     ~InputPin() override { InputPinBase<T>::detachAll(); }
@@ -95,27 +98,33 @@ public:
     void rebuildStrategy() override;
     void setConnectedOutput(AbstractOutputPin* output, bool synchronous) override;
     void receive(const TimeStampedData<T>& sample) override { strategy->write(sample); }
+
     /// How many samples the link could take by now without losing one. Takes no gate, so that a sender may ask within its
     /// pass. Requires: the gate of one of its ends is held. [any, guarded]
     std::uint32_t getRoom() const {
         const std::uint32_t waiting = strategy->size(); // what was fetched and not taken lies outside the buffer
         return waiting < this->bufferCapacity ? this->bufferCapacity - waiting : 0;
     }
-    std::uint32_t getWaitingCount() const override {
-        return strategy->size() + (pendingSample != nullptr ? 1 : 0);
-    }
 
-    /// How many samples wait in the link, the one that `hasData` has fetched not among them. [any]
-    std::uint32_t getQueueLength() const { return strategy->size(); }
+    /// How many samples wait in the link, the one that `hasData` has fetched not among them. [any, guarded]
+    std::uint32_t getQueueLength() const {
+        const Synchronizer::SubjectLocker<const Pin> guard(*this);
+        return strategy->size();
+    }
 
 private:
     enum class Kind { Simple, ThreadSafe, Synchronized };
     using Strategy = AbstractBufferStrategy<TimeStampedData<T>>;
 
-    Kind chooseKind() const;
-    std::unique_ptr<Strategy> makeStrategy(Kind kind);
+    Kind chooseKind(const AbstractOutputPin* output, bool synchronous) const;
+    std::unique_ptr<Strategy> makeStrategy(Kind kind) const;
+    void install(std::unique_ptr<Strategy> next, Kind kind);
+    std::uint32_t getWaitingCount() const { return strategy->size() + (pendingSample != nullptr ? 1 : 0); }
 
     std::unique_ptr<Strategy> strategy;
+    /// The strategy of the pin without its link, kept beside while there is one: links are taken down in destructors,
+    /// too, where nothing may fail. Null while unconnected.
+    std::unique_ptr<Strategy> unlinked;
     TimeStampedData<T>* pendingSample =
         nullptr;                ///< fetched and not yet taken; the strategy's or the sender's
     double lastTimeStamp = 0.0; ///< seconds; of the sample taken last

@@ -29,9 +29,10 @@ namespace Private {
     if (rows < 0 || cols < 0 || (cols > 0 && rows > kLargestInt / cols) || rows * cols >= kSampleElementLimit)
         throw MatrixAllocationException();
     try {
-        // Eigen frees the old storage first and would keep its address if the new one cannot be had.
-        if (rows * cols != matrix.size()) matrix.resize(0, 0);
-        matrix.resize(rows, cols);
+        if (rows * cols == matrix.size()) return matrix.resize(rows, cols);
+        // Eigen's own resize frees the old storage first, and would have nothing to keep if the new one cannot be had.
+        MatrixXd fresh(rows, cols);
+        matrix.swap(fresh);
     } catch (const std::bad_alloc&) {
         throw MatrixAllocationException();
     }
@@ -41,14 +42,15 @@ namespace Private {
 /// Gives `matrix` the shape `rows` by `cols`; the only way in which a sample is sized. The storage, and with it every
 /// element's value in linear order, stays while the number of elements stays; else the elements are indeterminate.
 /// Raises `MatrixAllocationException` for a negative size, for rows times columns beyond a signed 32-bit number, for
-/// 2^29 elements or more, and when there is no memory. [any]
+/// 2^29 elements or more, and when there is no memory; the matrix is then as it was. [any]
 inline void resizeSample(MatrixXd& matrix, Eigen::Index rows, Eigen::Index cols) {
     // Compare first: a resize divides to test for overflow, and the shape seldom changes.
     if (matrix.rows() == rows && matrix.cols() == cols) return;
     Private::changeShape(matrix, rows, cols);
 }
 
-/// Makes `to` a copy of `from`, shape and bits, reusing storage as `resizeSample` does and raising what it raises. [any]
+/// Makes `to` a copy of `from`, shape and bits, reusing storage as `resizeSample` does and raising what it raises, with
+/// `to` as it was. [any]
 inline void copySample(MatrixXd& to, const MatrixXd& from) {
     resizeSample(to, from.rows(), from.cols());
     if (from.size() > 0 && to.data() != from.data())

@@ -6,6 +6,7 @@
 #include <Poco/Exception.h>
 
 #include <algorithm>
+#include <exception>
 #include <functional>
 
 namespace Quillmere::Core {
@@ -34,21 +35,21 @@ void OutputPinBase<T>::attach(AbstractInputPin& input, bool silent) {
 template <class T>
 void OutputPin<T>::doAttach(AbstractInputPin& input, bool silent) {
     withBothGates(*this, input, [&] {
-        // The data types agree, so this is what it is.
-        auto* const typedInput = static_cast<InputPinBase<T>*>(&input);
         auto& set = this->inputs;
-        const bool isInSet = std::find(set.begin(), set.end(), typedInput) != set.end();
+        const bool isInSet = std::find(set.begin(), set.end(), &input) != set.end();
         if (input.getConnectedOutput() != nullptr || isInSet) throw Poco::ExistsException();
+        // Room in the set comes first: once the input knows of the link, nothing may fail.
+        if (set.size() == set.capacity()) set.reserve(2 * set.size() + 1);
 
         bool isSynchronous = !silent;
         if (!silent) this->notifyAttached(input, isSynchronous);
-        set.insert(std::lower_bound(set.begin(), set.end(), typedInput, std::less<>()), typedInput);
         try {
             input.setConnectedOutput(this, isSynchronous);
         } catch (...) {
-            std::erase(set, typedInput);
+            if (isSynchronous) this->notifyDetached(input); // the host has heard of a link that isn't there
             throw;
         }
+        set.insert(std::lower_bound(set.begin(), set.end(), &input, std::less<>()), &input);
     });
 }
 
@@ -56,24 +57,25 @@ template <class T>
 void OutputPinBase<T>::detach(AbstractInputPin& input, bool synchronousOnly) {
     if (synchronousOnly && !input.getIsSynchronous()) return;
     withBothGates(*this, input, [&] {
-        const auto entry = std::find(inputs.begin(), inputs.end(), &input);
-        if (entry == inputs.end()) return;
+        auto& set = this->inputs;
+        const auto entry = std::find(set.begin(), set.end(), &input);
+        if (entry == set.end()) return;
         if (input.getIsSynchronous()) this->notifyDetached(input);
         input.setConnectedOutput(nullptr, true);
-        inputs.erase(entry);
+        set.erase(entry);
     });
 }
 
 template <class T>
 std::set<AbstractInputPin*> OutputPinBase<T>::getAttachedInputs() const {
-    return {inputs.begin(), inputs.end()};
+    return {this->inputs.begin(), this->inputs.end()};
 }
 
 template <class T>
 std::vector<ConnectionName> OutputPinBase<T>::getConnections() const {
     const Synchronizer::SubjectLocker<const Pin> guard(*this);
     std::vector<ConnectionName> connections;
-    for (const AbstractInputPin* const input : inputs)
+    for (const AbstractInputPin* const input : this->inputs)
         if (const LayoutManager* const layout = layoutOf(*input))
             connections.push_back({layout->getName(), input->getManager()->getName(), input->getName()});
     return connections;
@@ -81,35 +83,48 @@ std::vector<ConnectionName> OutputPinBase<T>::getConnections() const {
 
 template <class T>
 void OutputPinBase<T>::refreshInputs() {
-    for (AbstractInputPin* const input : inputs) {
-        if (input->getSynchronizer() == this->getSynchronizer()) {
-            input->rebuildStrategy();
-            continue;
+    std::exception_ptr firstReason;
+    for (std::size_t i = 0; i < this->inputs.size();) {
+        AbstractInputPin* const input = this->inputs[i];
+        try {
+            rebuildInput(*input);
+            ++i;
+        } catch (...) {
+            if (firstReason == nullptr) firstReason = std::current_exception();
+            this->detach(*input, false); // the next one stands at `i` now
         }
-        const Synchronizer::SubjectLocker<const Pin> guard(*input);
-        input->rebuildStrategy();
     }
+    if (firstReason != nullptr) std::rethrow_exception(firstReason);
+}
+
+template <class T>
+void OutputPinBase<T>::rebuildInput(AbstractInputPin& input) {
+    if (input.getSynchronizer() == this->getSynchronizer()) return input.rebuildStrategy();
+    const Synchronizer::SubjectLocker<const Pin> guard(input);
+    input.rebuildStrategy();
 }
 
 template <class T>
 void OutputPinBase<T>::detachAll() {
-    for (;;) {
-        const std::vector<InputPinBase<T>*> attached = copyOfInputs();
-        if (attached.empty()) return;
-        this->detach(*attached.front(), false);
-    }
+    // No copy of the set: destructors come here, where nothing may fail.
+    while (AbstractInputPin* const input = firstInput())
+        this->detach(*input, false);
+}
+
+template <class T>
+AbstractInputPin* OutputPinBase<T>::firstInput() const {
+    const Synchronizer::SubjectLocker<const Pin> guard(*this);
+    return this->inputs.empty() ? nullptr : this->inputs.front();
 }
 
 template <class T>
 void OutputPinBase<T>::detachSynchronous() {
-    for (InputPinBase<T>* const input : copyOfInputs()) // elements leave the set meanwhile
+    const auto copyOfInputs = [this] {
+        const Synchronizer::SubjectLocker<const Pin> guard(*this);
+        return this->inputs;
+    };
+    for (AbstractInputPin* const input : copyOfInputs()) // elements leave the set meanwhile
         this->detach(*input, true);
-}
-
-template <class T>
-std::vector<InputPinBase<T>*> OutputPinBase<T>::copyOfInputs() const {
-    const Synchronizer::SubjectLocker<const Pin> guard(*this);
-    return inputs;
 }
 
 template class OutputPinBase<MatrixXd>;

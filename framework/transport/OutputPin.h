@@ -28,19 +28,19 @@ public:
 
     void detachAll() override;
     void detachSynchronous() override;
-    bool isAttached() const override { return !inputs.empty(); }
+    bool isAttached() const override {
+        const Synchronizer::SubjectLocker<const Pin> guard(*this);
+        return !this->inputs.empty();
+    }
     const std::string& getDataTypeName() const override { return dataTypeName<T>(); }
 
 protected:
     /// `attach` after the test of the data types.
     virtual void doAttach(AbstractInputPin& input, bool silent) = 0;
 
-    /// An ordered set, by address; a vector, since every sample walks it and it seldom changes. Not owned; changed with
-    /// the gates of both ends held.
-    std::vector<InputPinBase<T>*> inputs;
-
 private:
-    std::vector<InputPinBase<T>*> copyOfInputs() const;
+    void rebuildInput(AbstractInputPin& input);
+    AbstractInputPin* firstInput() const;
 };
 
 /// The sending end of links: owns the one sample that goes out, and hands it to all attached inputs.
@@ -60,8 +60,8 @@ public:
     void send(double timeStamp) {
         data.timeStamp = timeStamp;
         this->sent.add(1);
-        for (InputPinBase<T>* const input : this->inputs)
-            input->accept(data);
+        for (AbstractInputPin* const input : this->inputs)
+            static_cast<InputPinBase<T>*>(input)->accept(data); // `attach` has compared the data types
     }
     /// Stamps `data` with the wall clock: seconds since 15 October 1582, midnight UTC. [run]
     void send() { send(static_cast<double>(Poco::Timestamp().utcTime()) * 1e-7); }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "plugin/VelmarindPlugin.h"
 
+#include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 
 #include <gtest/gtest.h>
@@ -68,5 +69,24 @@ TEST(VelmarindPluginTest, EveryBlockIsMadeStepsAndGoes) {
         two->process(); // nothing is connected, and nothing sleeps
         factory->destroy(two);
         factory->destroy(nullptr);
+    }
+}
+
+/// A block is made or it isn't, wherever in its constructor the memory ends.
+TEST(VelmarindPluginTest, EveryBlockIsMadeWholeOrNotAtAll) {
+    using namespace Support;
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    const VelmarindPlugin plugin;
+    const std::string name = "a name that is too long for the room inside a text";
+    for (AbstractFilterFactory* const factory : plugin.getFactories()) {
+        const auto failures = withEveryShortage([&](std::uint64_t granted) {
+            Filter* block = nullptr;
+            const bool isDone =
+                succeedsWith(granted, [&] { block = factory->create(name); }) && block != nullptr;
+            EXPECT_EQ(isDone, block != nullptr);
+            EXPECT_TRUE(succeedsWith(0, [&] { factory->destroy(block); })) << factory->getTypeName();
+            return isDone;
+        });
+        EXPECT_GT(failures, 1u) << factory->getTypeName();
     }
 }

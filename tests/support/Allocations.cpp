@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/Allocations.h"
 
+#include <cerrno>
 #include <cstddef>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -14,6 +15,8 @@
 namespace {
 // Initial-exec and constant-initialised: the first touch must not allocate.
 constinit thread_local std::uint64_t allocations __attribute__((tls_model("initial-exec"))) = 0;
+constexpr std::uint64_t kAll = UINT64_MAX;
+constinit thread_local std::uint64_t granted __attribute__((tls_model("initial-exec"))) = kAll;
 } // namespace
 
 #ifdef COUNTS_THROUGH_SANITIZER
@@ -37,30 +40,42 @@ void* __libc_realloc(void* pointer, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* pointer);
 
-void* malloc(std::size_t size) {
+/// Counts an allocation; false for one that has to be refused.
+static bool count() {
     ++allocations;
+    if (granted == kAll) return true;
+    if (granted > 0) {
+        --granted;
+        return true;
+    }
+    errno = ENOMEM;
+    return false;
+}
+
+void* malloc(std::size_t size) {
+    if (!count()) return nullptr;
     return __libc_malloc(size);
 }
-void* calloc(std::size_t count, std::size_t size) {
-    ++allocations;
-    return __libc_calloc(count, size);
+void* calloc(std::size_t number, std::size_t size) {
+    if (!count()) return nullptr;
+    return __libc_calloc(number, size);
 }
 void* realloc(void* pointer, std::size_t size) {
-    ++allocations;
+    if (!count()) return nullptr;
     return __libc_realloc(pointer, size);
 }
 void* memalign(std::size_t alignment, std::size_t size) {
-    ++allocations;
+    if (!count()) return nullptr;
     return __libc_memalign(alignment, size);
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    ++allocations;
+    if (!count()) return nullptr;
     return __libc_memalign(alignment, size);
 }
 int posix_memalign(void** out, std::size_t alignment, std::size_t size) {
-    ++allocations;
+    if (!count()) return ENOMEM;
     *out = __libc_memalign(alignment, size);
-    return *out != nullptr ? 0 : 12; // ENOMEM
+    return *out != nullptr ? 0 : ENOMEM;
 }
 void free(void* pointer) {
     __libc_free(pointer);
@@ -75,6 +90,22 @@ AllocationCounter::AllocationCounter() : before(allocations) {}
 
 std::uint64_t AllocationCounter::count() const {
     return allocations - before;
+}
+
+MemoryShortage::MemoryShortage(std::uint64_t grantedAllocations) {
+    granted = grantedAllocations;
+}
+
+MemoryShortage::~MemoryShortage() {
+    granted = kAll;
+}
+
+bool MemoryShortage::getIsPossible() {
+#ifdef COUNTS_THROUGH_SANITIZER
+    return false;
+#else
+    return true;
+#endif
 }
 
 } // namespace Support

@@ -25,3 +25,17 @@ TEST(AllocationsTest, CountsNothingForArithmetic) {
         a *= 0.5;
     EXPECT_EQ(counter.count(), 0u);
 }
+
+TEST(AllocationsTest, AShortageRefusesWhatComesBehindTheGrantedOnes) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    std::unique_ptr<int> first;
+    std::unique_ptr<int> second;
+    EXPECT_FALSE(succeedsWith(1, [&] {
+        first = std::make_unique<int>(1);
+        second = std::make_unique<int>(2);
+    }));
+    EXPECT_NE(first, nullptr);
+    EXPECT_EQ(second, nullptr);
+    EXPECT_FALSE(succeedsWith(0, [] { const Quillmere::Core::MatrixXd matrix(3, 3); }));
+    second = std::make_unique<int>(2); // over
+}

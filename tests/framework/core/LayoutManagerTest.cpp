@@ -250,3 +250,107 @@ TEST(LayoutManagerTest, ASteadyPassAllocatesNothing) {
     EXPECT_EQ(counter.count(), 0u);
     EXPECT_EQ(setting.getValue(), 2.0 * 101.0 * 102.0 / 2.0) << "twice the sum of the numbers to 101";
 }
+
+namespace {
+/// Keeps the news to itself instead of handing it on, and may raise at it.
+class Deaf final : public Plain {
+public:
+    using Plain::Plain;
+    bool isRaising = false;
+    InputPin<MatrixXd> input{"input", this};
+
+protected:
+    void setManager(LayoutManager* const) override {
+        if (isRaising) throw std::runtime_error("not this layout");
+    }
+};
+} // namespace
+
+TEST(LayoutManagerTest, ABlockThatKeepsTheNewsToItselfIsPlacedAllTheSame) {
+    Deaf block("deaf");
+    Counting sender("sender");
+    sender.output.attach(block.input, false);
+    {
+        LayoutManager layout("layout");
+        layout.add(block);
+        EXPECT_EQ(block.getManager(), &layout);
+        EXPECT_EQ(block.getSynchronizer(), &layout.getSynchronizer());
+        layout.remove(block);
+        EXPECT_TRUE(layout.getFilters().empty());
+        layout.add(block);
+    } // ends
+    EXPECT_EQ(block.getManager(), nullptr);
+    EXPECT_TRUE(isPlainLink(sender.output, block.input));
+}
+
+TEST(LayoutManagerTest, WhatABlockRaisesAtTheNewsKeepsItOutButNotIn) {
+    Deaf block("deaf");
+    auto one = std::make_unique<LayoutManager>("one");
+    LayoutManager two("two");
+    one->add(block);
+    block.isRaising = true;
+    EXPECT_EQ(refusal<std::runtime_error>([&] { two.add(block); }), "not this layout");
+    EXPECT_EQ(block.getManager(), one.get());
+    EXPECT_EQ(one->getFilters(), Blocks{&block});
+    EXPECT_TRUE(two.getFilters().empty());
+    one.reset(); // swallows it
+    EXPECT_EQ(block.getManager(), nullptr);
+    block.isRaising = false;
+    two.add(block);
+    block.isRaising = true;
+    EXPECT_EQ(refusal<std::runtime_error>([&] { two.remove(block); }), "not this layout");
+    EXPECT_EQ(block.getManager(), nullptr);
+    EXPECT_TRUE(two.getFilters().empty());
+}
+
+TEST(LayoutManagerTest, ItsEndAndABlocksEndNeedNoMemory) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    auto one = std::make_unique<LayoutManager>("one");
+    auto two = std::make_unique<LayoutManager>("two");
+    auto sender = std::make_unique<Counting>("sender");
+    auto near = std::make_unique<Receiving>("near");
+    Receiving far("far");
+    one->add(*sender);
+    one->add(*near);
+    two->add(far);
+    sender->output.attach(near->input, false);
+    sender->output.attach(far.input, false);
+    EXPECT_TRUE(succeedsWith(0, [&] {
+        near.reset(); // a block that is in a layout, with a link
+        two.reset();  // a layout with a block whose link slept on its gate
+    }));
+    EXPECT_EQ(far.getManager(), nullptr);
+    EXPECT_FALSE(far.input.isAttached()) << "no memory for a strategy without that gate";
+    EXPECT_FALSE(far.input.hasData());
+    EXPECT_FALSE(sender->output.isAttached());
+    EXPECT_EQ(one->getFilters(), Blocks{sender.get()});
+}
+
+TEST(LayoutManagerTest, AMoveWithoutMemoryEitherHappensOrDoesNot) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    bool hasMovedWithoutLink = false;
+    bool hasStayed = false;
+    withEveryShortage([&](std::uint64_t granted) {
+        LayoutManager one("one");
+        LayoutManager two("two");
+        Counting sender("sender");
+        Receiving receiver("receiver");
+        receiver.input.setIsBlocking(false);
+        sender.output.attach(receiver.input, false);
+        one.add(sender);
+        one.add(receiver);
+        const bool isDone = succeedsWith(granted, [&] { two.add(receiver); });
+        const bool hasMoved = receiver.getManager() == &two;
+        EXPECT_EQ(two.getFilters().size(), hasMoved ? 1u : 0u);
+        EXPECT_EQ(one.getFilters().size(), hasMoved ? 1u : 2u);
+        EXPECT_EQ(receiver.input.isAttached(), isDone || !hasMoved) << granted;
+        EXPECT_EQ(receiver.input.isAttached(), sender.output.isAttached());
+        hasStayed = hasStayed || !hasMoved;
+        hasMovedWithoutLink = hasMovedWithoutLink || (hasMoved && !isDone);
+        sender.process();
+        EXPECT_EQ(receiver.input.hasData(), receiver.input.isAttached());
+        return isDone;
+    });
+    EXPECT_TRUE(hasStayed);
+    EXPECT_TRUE(hasMovedWithoutLink);
+}

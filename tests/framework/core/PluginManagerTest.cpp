@@ -64,6 +64,24 @@ TEST(PluginManagerTest, APluginIsInstalledOnce) {
     EXPECT_TRUE(registry().getFactories().empty());
 }
 
+TEST(PluginManagerTest, APluginIsToldToLeaveOnceAndAStrangerNotAtAll) {
+    class Counted final : public TestPlugin {
+    public:
+        Counted() : TestPlugin("counted", "1", {"A"}) {}
+        void uninstall() override {
+            ++uninstalled;
+            TestPlugin::uninstall();
+        }
+        int uninstalled = 0;
+    } plugin, stranger;
+    registry().installPlugin(plugin);
+    registry().uninstallPlugin(stranger);
+    registry().uninstallPlugin(plugin);
+    registry().uninstallPlugin(plugin);
+    EXPECT_EQ(stranger.uninstalled, 0);
+    EXPECT_EQ(plugin.uninstalled, 1);
+}
+
 TEST(PluginManagerTest, APluginThatFailsToInstallIsUninstalledLikeAnyOther) {
     class Failing final : public TestPlugin {
     public:

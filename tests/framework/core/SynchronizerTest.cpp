@@ -2,10 +2,12 @@
 #include "framework/core/Synchronizer.h"
 
 #include "tests/support/CheckingHost.h"
+#include "tests/support/ThreadState.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -23,6 +25,7 @@ using Step = Synchronizer::StepLocker;
 template <class... Functions>
 void runTogether(Functions... functions) {
     std::vector<std::thread> threads;
+    threads.reserve(sizeof...(functions));
     (threads.emplace_back(functions), ...);
     for (std::thread& thread : threads)
         thread.join();
@@ -283,6 +286,48 @@ TEST(SynchronizerTest, AStepGetsItsTurnBetweenGuardsThatHandTheGateOn) {
     });
     // Two at a turn and not thousands; much room for a thread that is held up before it stands in the queue.
     EXPECT_LT(visits, 50 * kTurns) << "the guards went first for ever";
+}
+
+TEST(SynchronizerTest, AGuardThatComesWhenItIsTheStepsTurnWaits) {
+    constexpr int kRounds = 500;
+    Synchronizer gate;
+    Standstill beforeTheStep;
+    std::atomic<int> queued{0};  // rounds in which the step may queue
+    std::atomic<int> givenUp{0}; // rounds in which the gate was given up
+    std::atomic<int> steps{0};   // written by the step, under the gate
+    int overtaken = 0;           // no atomic: the gate is its lock
+    runTogether(
+        [&] {
+            for (int round = 1; round <= kRounds; ++round) {
+                auto guard = std::make_unique<Guard>(&gate, nullptr);
+                queued = round;
+                beforeTheStep.await(); // it stands in the queue, and no other guard was there when it came
+                givenUp = round;
+                guard.reset();
+                while (steps < round)
+                    std::this_thread::yield();
+            }
+        },
+        [&] {
+            for (int round = 1; round <= kRounds; ++round) {
+                while (queued < round)
+                    std::this_thread::yield();
+                beforeTheStep.enter();
+                const Step step(gate);
+                steps = round;
+            }
+        },
+        [&] {
+            for (int round = 1; round <= kRounds; ++round) {
+                while (givenUp < round)
+                    std::this_thread::yield();
+                while (steps < round) {
+                    const Guard guard(&gate, nullptr);
+                    if (steps < round) ++overtaken;
+                }
+            }
+        });
+    EXPECT_EQ(overtaken, 0);
 }
 
 TEST(SynchronizerTest, ASettingIsWrittenTenThousandTimesAgainstABusyLoop) {

@@ -422,3 +422,18 @@ TEST(ValuePropertyMatrixTest, OneReadsInAHandlerWhatHasBeenWritten) {
     source.setValue(2.5);
     EXPECT_EQ(copy.getValue(), 2.5);
 }
+
+TEST(ValuePropertyMatrixTest, AWriteWithoutMemoryLeavesTheValueAndTellsNoOne) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    ValueProperty<MatrixXd> setting("x", nullptr);
+    setting.setValue(matrix({{1, 2}}));
+    Witness<MatrixXd> witness;
+    setting.setChangeHandler(&witness, &Witness<MatrixXd>::changed);
+    const MatrixXd larger = matrix({{1, 2, 3}, {4, 5, 6}});
+    EXPECT_FALSE(succeedsWith(0, [&] { setting.setValue(larger); }));
+    EXPECT_TRUE(agree(setting.getValue(), matrix({{1, 2}}), same));
+    EXPECT_EQ(witness.changes, 0);
+    setting.setValue(larger);
+    EXPECT_TRUE(agree(setting.getValue(), larger, same));
+    EXPECT_EQ(witness.changes, 1);
+}

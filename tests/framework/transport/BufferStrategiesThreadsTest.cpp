@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "framework/transport/BufferStrategies.h"
 
+#include "tests/support/Allocations.h"
 #include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +31,10 @@ public:
         buffer.write(sample);
         if (inWrite) inWrite();
     }
-    bool read(S*& out) { return buffer.read(out); }
+    bool read(S*& out) {
+        ++reads;
+        return buffer.read(out);
+    }
     void clear() { buffer.clear(); }
     std::uint32_t capacity() const { return buffer.capacity(); }
     bool isEmpty() const {
@@ -40,6 +44,7 @@ public:
     std::uint32_t size() const { return buffer.size(); }
 
     static inline std::atomic<int> looks{0};
+    static inline std::atomic<int> reads{0};
     static inline std::function<void()> inWrite;
 
 private:
@@ -150,11 +155,28 @@ TEST(BufferStrategiesThreadsTest, DeletionWakesTheReaderAndWaitsForIt) {
         auto strategy = std::make_unique<Watched>(1, &gate);
         Reader reader(*strategy);
         reader.waitUntilAsleep();
+        const int reads = WatchedBuffer<Sample>::reads;
         strategy = nullptr; // a reader that stayed inside would touch what is gone
+        EXPECT_EQ(WatchedBuffer<Sample>::reads, reads + 1) << "the last thing that a reader does inside";
         reader.join();
         EXPECT_FALSE(reader.wasTrue);
         EXPECT_EQ(reader.out, &reader.untouched);
     }
+}
+
+TEST(BufferStrategiesThreadsTest, ToSleepNeedsNoMemory) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    Synchronizer gate;
+    Watched strategy(1, &gate);
+    Sample* out = nullptr;
+    bool wasTrue = false;
+    const int looksBefore = WatchedBuffer<Sample>::looks;
+    std::thread reader([&] { EXPECT_TRUE(succeedsWith(0, [&] { wasTrue = strategy.read(out); })); });
+    while (WatchedBuffer<Sample>::looks == looksBefore)
+        std::this_thread::yield();
+    strategy.write(number(1)); // gets the lock when the reader sleeps
+    reader.join();
+    EXPECT_TRUE(wasTrue);
 }
 
 TEST(BufferStrategiesThreadsTest, AWakeUpForOneLinkLeavesTheOthersAsleep) {

@@ -211,3 +211,32 @@ TEST(BuffersTest, AQueueNeedsNoRoomThatItDoesNotUse) {
     EXPECT_EQ(fifo.capacity(), 4294967295u);
     EXPECT_EQ(drain(fifo), (Numbers{1, 2}));
 }
+
+TEST(BuffersTest, AQueueOfCapacityZeroIsNeverFull) {
+    FifoBuffer<Sample> fifo(0);
+    LifoBuffer<Sample> lifo(0);
+    Numbers numbers;
+    for (int i = 0; i < 20; ++i) {
+        fifo.write(number(i));
+        lifo.write(number(i));
+        numbers.push_back(i);
+    }
+    EXPECT_EQ(fifo.capacity(), 0u);
+    EXPECT_EQ(fifo.size(), 20u);
+    EXPECT_EQ(drain(fifo), numbers);
+    EXPECT_EQ(drain(lifo), Numbers(numbers.rbegin(), numbers.rend()));
+    fifo.write(number(7));
+    EXPECT_EQ(drain(fifo), Numbers{7});
+}
+
+TEST(BuffersTest, AWriteWithoutMemoryLeavesTheSampleThatWaits) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    SingleValueBuffer<Sample> buffer(1);
+    buffer.write(number(1, 0.5));
+    const Sample larger{.value = matrix({{1, 2}, {3, 4}}), .timeStamp = 0.75};
+    EXPECT_FALSE(succeedsWith(0, [&] { buffer.write(larger); }));
+    Sample* out = nullptr;
+    ASSERT_TRUE(buffer.read(out));
+    EXPECT_TRUE(agree(out->value, matrix({{1}}), same)) << "not an empty matrix";
+    EXPECT_EQ(out->timeStamp, 0.5);
+}

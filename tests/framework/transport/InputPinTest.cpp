@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstring>
+#include <iterator>
+
 using namespace Support;
 using namespace TestBlocks;
 
@@ -255,4 +259,47 @@ TEST(InputPinTest, ASteadyLinkAllocatesNothing) {
             EXPECT_EQ(counter.count(), 0u) << "silent " << isSilent << ", capacity " << capacity;
         }
     }
+}
+
+TEST(InputPinTest, ABufferForWhichThereIsNoMemoryLeavesTheOldOne) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    for (const bool isLinked : {false, true}) {
+        const auto failures = withEveryShortage([&](std::uint64_t granted) {
+            OutputPin<MatrixXd> sender("sender", nullptr);
+            InputPin<MatrixXd> input("input", nullptr);
+            if (isLinked) sender.attach(input, true);
+            input.setBufferCapacity(3);
+            for (const double value : {1.0, 2.0}) {
+                const Sample sample{.value = matrix({{value}}), .timeStamp = value};
+                input.receive(sample);
+            }
+            const bool isLonger = succeedsWith(granted, [&] { input.setBufferCapacity(5); });
+            EXPECT_EQ(input.getBufferCapacity(), isLonger ? 5u : 3u);
+            EXPECT_EQ(input.getQueueLength(), isLonger ? 0u : 2u)
+                << "what waits is lost only with the buffer";
+            const bool isTurned = succeedsWith(granted, [&] { input.setIsLifo(true); });
+            EXPECT_EQ(input.getIsLifo(), isTurned);
+            if (!isTurned) {
+                EXPECT_EQ(drain(input), (std::vector<double>{1, 2}));
+            }
+            return isLonger && isTurned;
+        });
+        EXPECT_GT(failures, 0u);
+    }
+}
+
+TEST(InputPinTest, ItsFiveVirtualOperationsFollowEachOther) {
+    // A pointer to a virtual member function begins with one more than the operation's place in the table, in bytes.
+    const auto place = [](auto operation) {
+        std::ptrdiff_t first = 0;
+        static_assert(sizeof operation >= sizeof first);
+        std::memcpy(&first, &operation, sizeof first);
+        return (first - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+    };
+    const std::ptrdiff_t places[] = {
+        place(&AbstractInputPin::getConnectedOutput), place(&AbstractInputPin::clear),
+        place(&AbstractInputPin::rebuildStrategy), place(&AbstractInputPin::setConnectedOutput),
+        place(&InputPinBase<MatrixXd>::receive)};
+    for (std::size_t i = 1; i < std::size(places); ++i)
+        EXPECT_EQ(places[i], places[0] + static_cast<std::ptrdiff_t>(i)) << i;
 }

@@ -3,6 +3,7 @@
 
 #include "tests/framework/TestBlocks.h"
 #include "tests/framework/core/Listening.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
 #include "tests/support/Numbers.h"
 
@@ -236,4 +237,116 @@ TEST(OutputPinTest, RefreshRebuildsEveryInputAndLosesWhatIsInFlight) {
     sender.process();
     EXPECT_EQ(drain(near.input), std::vector<double>{2.0});
     EXPECT_EQ(drain(far.input), std::vector<double>{2.0});
+}
+
+TEST(OutputPinTest, AnInputHearsOfItsLinkBeforeItEntersTheSet) {
+    struct Looking final : InputPinBase<MatrixXd> {
+        Looking() : Pin("looking", nullptr), InputPinBase("looking", nullptr) {}
+        ~Looking() override { InputPinBase::detachAll(); }
+        void clear() override {}
+        void rebuildStrategy() override {}
+        void setConnectedOutput(AbstractOutputPin* output, bool) override {
+            seen += output != nullptr && output->isAttached() ? "in the set " : "not in the set ";
+            connectedOutput = output;
+        }
+        void receive(const Sample&) override {}
+        std::string seen;
+    } input;
+    OutputPin<MatrixXd> output("output", nullptr);
+    output.attach(input, false);
+    EXPECT_EQ(input.seen, "not in the set ");
+    EXPECT_EQ(output.getAttachedInputs(), Inputs{&input});
+}
+
+TEST(OutputPinTest, ALinkThatFindsNoMemoryIsNotMade) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    for (const bool isSilent : {false, true}) {
+        for (const std::uint32_t capacity : {1u, 3u}) {
+            const auto failures = withEveryShortage([&](std::uint64_t granted) {
+                OutputPin<MatrixXd> output("output", nullptr);
+                InputPin<MatrixXd> input("input", nullptr);
+                input.setBufferCapacity(capacity);
+                const bool isMade = succeedsWith(granted, [&] { output.attach(input, isSilent); });
+                EXPECT_EQ(output.isAttached(), isMade);
+                EXPECT_EQ(input.isAttached(), isMade);
+                const Sample alone{.value = matrix({{7}}), .timeStamp = 1.0};
+                input.receive(alone);
+                EXPECT_TRUE(input.hasData()) << "there is a buffer, whatever came of the link";
+                input.clear();
+                if (!isMade) output.attach(input, isSilent);
+                sendNumber(output, 2.0);
+                EXPECT_EQ(drain(input), std::vector<double>{2.0}) << granted << " allocations granted";
+                return isMade;
+            });
+            EXPECT_GT(failures, 0u);
+        }
+    }
+}
+
+TEST(OutputPinTest, TheHostHearsThatALinkCameToNothing) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    OutputPin<MatrixXd> output("output", nullptr);
+    InputPin<MatrixXd> first("first", nullptr);
+    InputPin<MatrixXd> input("input", nullptr);
+    output.attach(first, true);
+    output.detach(first, false); // leaves room in the set
+    struct Brief final : LinkListener {
+        Brief() { FlowManager::instance().setLinkListener(this); }
+        ~Brief() override { FlowManager::instance().setLinkListener(nullptr); }
+        void linkAttached(AbstractOutputPin&, AbstractInputPin&, bool&) override { ++attached; }
+        void linkDetached(AbstractOutputPin&, AbstractInputPin&) override { ++detached; }
+        int attached = 0;
+        int detached = 0;
+    } host;
+    EXPECT_FALSE(succeedsWith(0, [&] { output.attach(input, false); }));
+    EXPECT_EQ(host.attached, 1);
+    EXPECT_EQ(host.detached, 1);
+}
+
+TEST(OutputPinTest, LinksAreTakenDownWithoutMemory) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    for (const bool isSilent : {false, true}) {
+        auto output = std::make_unique<OutputPin<MatrixXd>>("output", nullptr);
+        InputPin<MatrixXd> detached("detached", nullptr);
+        InputPin<MatrixXd> left("left", nullptr);
+        auto gone = std::make_unique<InputPin<MatrixXd>>("gone", nullptr);
+        left.setBufferCapacity(2);
+        for (InputPin<MatrixXd>* const input : {&detached, &left, gone.get()})
+            output->attach(*input, isSilent);
+        EXPECT_TRUE(succeedsWith(0, [&] {
+            output->detach(detached, false);
+            gone.reset();
+            output.reset();
+        }));
+        for (InputPin<MatrixXd>* const input : {&detached, &left}) {
+            EXPECT_FALSE(input->isAttached());
+            EXPECT_FALSE(input->hasData());
+            EXPECT_TRUE(input->getIsSynchronous());
+        }
+        for (const double value : {1.0, 2.0}) {
+            const Sample sample{.value = matrix({{value}}), .timeStamp = value};
+            left.receive(sample);
+        }
+        EXPECT_EQ(drain(left), (std::vector<double>{1, 2})) << "with its own capacity";
+    }
+}
+
+TEST(OutputPinTest, ALinkThatCannotBeRebuiltIsTakenDownAndTheOthersAreNot) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    std::set<std::size_t> survivors;
+    withEveryShortage([&](std::uint64_t granted) {
+        Counting sender("sender");
+        Receiving receivers[2] = {Receiving("one"), Receiving("two")};
+        for (Receiving& receiver : receivers)
+            sender.output.attach(receiver.input, false);
+        const bool isDone = succeedsWith(granted, [&] { sender.output.refreshInputs(); });
+        const std::size_t linked = sender.output.getAttachedInputs().size();
+        EXPECT_EQ(isDone, linked == 2);
+        survivors.insert(linked);
+        sender.process();
+        for (Receiving& receiver : receivers)
+            EXPECT_EQ(receiver.input.hasData(), receiver.input.isAttached());
+        return isDone;
+    });
+    EXPECT_EQ(survivors, (std::set<std::size_t>{0, 1, 2}));
 }
