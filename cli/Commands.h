@@ -24,6 +24,9 @@ namespace Cli {
 
 class ProgressLine;
 
+/// The last word of a program without memory.
+inline constexpr const char* kOutOfMemory = "quillmere: out of memory\n";
+
 /// What a call of the program ends with.
 enum ExitCode : int {
     kDone = 0,

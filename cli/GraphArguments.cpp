@@ -19,12 +19,11 @@ using Quillmere::Host::BlockPtr;
 using Quillmere::Host::Complaints;
 using Quillmere::Host::GraphChanges;
 using Quillmere::Host::kLongestName;
+using Quillmere::Host::kOwnPluginFile;
 using Quillmere::Host::listOfNames;
 using Quillmere::Host::nearestName;
 using Quillmere::Host::printable;
 using Quillmere::Host::Warning;
-
-constexpr const char* kPluginFile = "libVelmarind.so";
 
 void enterList(CLI::App& command, const std::string& name, std::vector<std::string>& values,
                const std::string& form, const std::string& meaning) {
@@ -105,14 +104,14 @@ BlockCatalogue loadCatalogue(const PluginArguments& arguments) {
     for (const std::string& path : arguments.plugins)
         catalogue.load(path);
     const auto isOurs = [](const std::string& path) {
-        return std::filesystem::path(path).filename() == kPluginFile;
+        return std::filesystem::path(path).filename() == kOwnPluginFile;
     };
     if (std::any_of(arguments.plugins.begin(), arguments.plugins.end(), isOurs)) return catalogue;
     const std::string beside = Quillmere::Host::findPluginBeside(ownPath());
     if (!beside.empty())
         catalogue.load(beside);
     else if (arguments.plugins.empty())
-        throw UsageError{std::string("found no ") + kPluginFile +
+        throw UsageError{std::string("found no ") + kOwnPluginFile +
                          " beside this program; expected --plugin FILE"};
     return catalogue;
 }

@@ -9,6 +9,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,20 +61,30 @@ int call(CLI::App& program, int count, char** arguments) {
 } // namespace
 
 int main(int count, char** arguments) {
-    CLI::App program("Runs graphs of signal-processing blocks over recordings.", "quillmere");
-    program.set_version_flag("--version", kVersion, "Print the version and exit.");
-    program.require_subcommand(1);
+    int code = Cli::kNothingRun;
     try {
-        return call(program, count, arguments);
+        CLI::App program("Runs graphs of signal-processing blocks over recordings.", "quillmere");
+        program.set_version_flag("--version", kVersion, "Print the version and exit.");
+        program.require_subcommand(1);
+        code = call(program, count, arguments);
     } catch (const Cli::UsageError& error) {
         std::cerr << "quillmere: " << error.text << "\n";
     } catch (const Quillmere::Host::InterruptedException& error) {
         // Before its first round, a run waited for somebody to read a result.
         std::cerr << "quillmere: " << error.what() << "\n";
-        return Cli::kFailedMidway;
+        code = Cli::kFailedMidway;
+    } catch (const std::bad_alloc&) {
+        // Nothing is put together here: there may be no memory for that either.
+        std::cerr << Cli::kOutOfMemory;
     } catch (const std::exception& error) {
         // Wrong graphs, plug-ins and recordings: a run that had begun ends in its command.
         std::cerr << error.what() << "\n";
+    } catch (...) {
+        std::cerr
+            << "quillmere: found something raised that is no std::exception; expected plug-ins not to\n";
     }
-    return Cli::kNothingRun;
+    // Plug-ins are stopped by now.
+    for (const std::string& warning : Quillmere::Host::PluginLibrary::takeStopFailures())
+        std::cerr << warning << "\n";
+    return code;
 }

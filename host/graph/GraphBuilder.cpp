@@ -57,12 +57,22 @@ void GraphBuilder::build(const BlockCatalogue& catalogue) {
 void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {
     graph.nodes.reserve(description.getBlocks().size());
     for (const GraphDescription::Block& block : description.getBlocks()) {
-        Node& node = graph.nodes.emplace_back(Node{&block, catalogue.create(block.type, block.id)});
+        BlockPtr made;
+        bool isUnknown = false;
+        try {
+            made = catalogue.create(block.type, block.id);
+            isUnknown = made == nullptr && !block.type.empty();
+        } catch (const PluginException& exception) {
+            complaints.add(block.typeWhere,
+                           "a block that its plug-in doesn't make (" + std::string(exception.what()) + ")",
+                           "one that it makes");
+        }
+        Node& node = graph.nodes.emplace_back(Node{&block, std::move(made)});
         node.source = dynamic_cast<Source*>(node.block.get());
         node.sink = dynamic_cast<Sink*>(node.block.get());
         if (node.source != nullptr) graph.sources.push_back(node.source);
         if (node.sink != nullptr) graph.sinks.push_back(node.sink);
-        if (node.block != nullptr || block.type.empty()) continue;
+        if (!isUnknown) continue;
         const auto known = [&] {
             std::vector<std::string> names = catalogue.getTypeNames();
             names.insert(names.end(), BlockCatalogue::getHostTypeNames().begin(),

@@ -1,22 +1,33 @@
 // SPDX-License-Identifier: MIT
 #include "host/plugins/BlockCatalogue.h"
 
+#include "host/plugins/CaughtText.h"
 #include "host/recording/RecordingSink.h"
 #include "host/recording/RecordingSource.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 namespace Quillmere::Host {
 
-namespace {
-constexpr const char* kPluginFile = "libVelmarind.so";
-} // namespace
-
 void BlockCatalogue::load(const std::string& path) {
     const std::shared_ptr<PluginLibrary> library = PluginLibrary::open(path);
-    for (Core::AbstractFilterFactory* const factory : library->getFactories())
-        if (find(factory->getTypeName()) == nullptr) entries.push_back({library, factory});
+    const auto isOfIt = [&](const Entry& entry) { return entry.library == library; };
+    if (std::any_of(entries.begin(), entries.end(), isOfIt)) return;
+    std::vector<Entry> all = entries;
+    for (Core::AbstractFilterFactory* const factory : library->getFactories()) {
+        const std::string type = factory->getTypeName();
+        if (getIsHostType(type))
+            throw PluginException(library->getPath() + ": found the block type '" + type +
+                                  "', which is the host's own; expected another name");
+        if (const Entry* const known = find(type))
+            throw PluginException("found the block type '" + type + "' twice, in " +
+                                  known->library->getPath() + " and in " + library->getPath() +
+                                  "; expected each type in one plug-in");
+        all.push_back({library, factory});
+    }
+    entries = std::move(all);
 }
 
 std::vector<std::string> BlockCatalogue::getTypeNames() const {
@@ -51,7 +62,19 @@ BlockPtr BlockCatalogue::create(const std::string& type, const std::string& name
     if (type == RecordingSink::kTypeName) return BlockPtr(new RecordingSink(name));
     const Entry* const entry = find(type);
     if (entry == nullptr) return {};
-    return BlockPtr(entry->factory->create(name), BlockDeleter{entry->library, entry->factory});
+    const std::string file = entry->library->getPath();
+    Core::Filter* block = nullptr;
+    try {
+        block = entry->factory->create(name);
+    } catch (...) {
+        throw PluginException(file + ": found a block '" + name + "' (" + type +
+                              ") that raised when it was made (" + caughtText() +
+                              "); expected one that can be");
+    }
+    if (block == nullptr)
+        throw PluginException(file + ": found no block where '" + name + "' (" + type +
+                              ") was to be made; expected one, or an exception that says why not");
+    return BlockPtr(block, BlockDeleter{entry->library, entry->factory});
 }
 
 const BlockCatalogue::Entry* BlockCatalogue::find(const std::string& type) const {
@@ -66,7 +89,7 @@ std::string findPluginBeside(const std::string& program) {
     for (const char* const place : {".", "../lib", "../lib/velmarind", QUILLMERE_LIBRARY_FOLDER}) {
         std::error_code error;
         const std::filesystem::path candidate =
-            std::filesystem::canonical(folder / place / kPluginFile, error);
+            std::filesystem::canonical(folder / place / kOwnPluginFile, error);
         if (!error) return candidate.string();
     }
     return {};

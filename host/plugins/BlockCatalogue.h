@@ -14,8 +14,9 @@ namespace Quillmere::Host {
 /// plug-in's own, and those of the host.
 class QUILLMERE_API BlockCatalogue {
 public:
-    /// Adds the types of the plug-in in the file at `path`. Of two types with one name the first is taken.
-    /// Raises what `PluginLibrary::open` raises.
+    /// Adds the types of the plug-in in the file at `path`; one that is there already adds nothing. Raises what
+    /// `PluginLibrary::open` raises, and `PluginException`, with nothing added, for a type that another plug-in or the host
+    /// has: nobody's block may stand in for another's unnoticed.
     void load(const std::string& path);
 
     /// Type names of the plug-ins' blocks, and of the host's own.
@@ -27,7 +28,8 @@ public:
     std::string getPluginName(const std::string& type) const;
     std::string getPluginVersion(const std::string& type) const;
 
-    /// A new block; null when the type is unknown.
+    /// A new block; null when the type is unknown. Raises `PluginException`, which names the plug-in's file and the block,
+    /// when its factory raises or gives none.
     BlockPtr create(const std::string& type, const std::string& name) const;
 
 private:

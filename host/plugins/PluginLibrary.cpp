@@ -3,12 +3,17 @@
 
 #include "framework/core/FlowManager.h"
 #include "framework/core/Version.h"
+#include "host/plugins/CaughtText.h"
 
 #include <dlfcn.h>
 
+#include <cstring>
 #include <filesystem>
 #include <map>
+#include <mutex>
+#include <set>
 #include <string_view>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -18,6 +23,17 @@ namespace {
 std::map<std::string, std::weak_ptr<PluginLibrary>>& openLibraries() {
     static std::map<std::string, std::weak_ptr<PluginLibrary>> libraries;
     return libraries;
+}
+
+/// Plug-ins are opened and stopped in one thread; a block's file is asked for in any.
+std::mutex& libraryMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
+std::vector<std::string>& stopFailures() {
+    static std::vector<std::string> failures;
+    return failures;
 }
 
 const std::vector<Core::AbstractFilterFactory*>& installedFactories() {
@@ -38,24 +54,41 @@ std::shared_ptr<PluginLibrary> PluginLibrary::open(const std::string& path) {
     const std::filesystem::path resolved = std::filesystem::canonical(path, error);
     if (error)
         throw PluginException(path + ": found no such file; expected a plug-in (" + error.message() + ")");
-    std::weak_ptr<PluginLibrary>& known = openLibraries()[resolved.string()];
-    if (std::shared_ptr<PluginLibrary> library = known.lock()) return library;
+    {
+        const std::lock_guard lock(libraryMutex());
+        if (std::shared_ptr<PluginLibrary> library = openLibraries()[resolved.string()].lock())
+            return library;
+    }
     std::shared_ptr<PluginLibrary> library(new PluginLibrary(resolved.string()));
     library->start();
-    known = library;
+    const std::lock_guard lock(libraryMutex());
+    openLibraries()[resolved.string()] = library;
     return library;
 }
 
 PluginLibrary::PluginLibrary(const std::string& filePath)
-    : path(filePath), handle(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+    : path(filePath), handle(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE)) {
     if (handle == nullptr)
         throw PluginException(path + ": found no shared object that can be opened (" + linkerMessage(path) +
                               "); expected a plug-in");
 }
 
 PluginLibrary::~PluginLibrary() {
-    if (stop != nullptr) stop();
+    try {
+        if (stop != nullptr) stop();
+    } catch (...) {
+        try {
+            stopFailures().push_back(path +
+                                     ": warning: the plug-in raised when it was stopped: " + caughtText());
+        } catch (...) {
+            // No memory for a warning, and nobody here to be told of that.
+        }
+    }
     ::dlclose(handle);
+}
+
+std::vector<std::string> PluginLibrary::takeStopFailures() {
+    return std::exchange(stopFailures(), {});
 }
 
 void PluginLibrary::start() {
@@ -69,9 +102,29 @@ void PluginLibrary::start() {
                               std::string(Core::kFrameworkVersion));
     const std::size_t before = installedFactories().size();
     stop = end; // also after a start that fails midway: the plug-in has its own record of how far it came
-    begin();
+    try {
+        begin();
+    } catch (...) {
+        throw PluginException(path + ": found a plug-in that raised when it was started (" + caughtText() +
+                              "); expected one that starts");
+    }
     factories.assign(installedFactories().begin() + static_cast<std::ptrdiff_t>(before),
                      installedFactories().end());
+    checkTypes();
+}
+
+void PluginLibrary::checkTypes() const {
+    std::set<std::string> names;
+    for (std::size_t i = 0; i < factories.size(); ++i) {
+        const char* const name = factories[i]->getTypeName();
+        if (name == nullptr || *name == '\0')
+            throw PluginException(path + ": found a block type without a name (factory " +
+                                  std::to_string(i + 1) + " of " + std::to_string(factories.size()) +
+                                  "); expected a name for each");
+        if (!names.insert(name).second)
+            throw PluginException(path + ": found two block types '" + name +
+                                  "'; expected a name of its own for each");
+    }
 }
 
 void* PluginLibrary::requireSymbol(const char* name) const {
@@ -79,6 +132,22 @@ void* PluginLibrary::requireSymbol(const char* name) const {
     if (symbol == nullptr)
         throw PluginException(path + ": found a shared object without '" + name + "'; expected a plug-in");
     return symbol;
+}
+
+std::string pluginFileOf(const Core::Filter& block) {
+    // A block's first word is the address of its class's table of virtual functions, which lies in the file.
+    const void* table = nullptr;
+    std::memcpy(&table, static_cast<const void*>(&block), sizeof table);
+    Dl_info info;
+    if (::dladdr(table, &info) == 0 || info.dli_fname == nullptr) return {};
+    if (std::filesystem::path(info.dli_fname).filename() == kOwnPluginFile) return {};
+    const std::lock_guard lock(libraryMutex());
+    return openLibraries().contains(info.dli_fname) ? info.dli_fname : "";
+}
+
+std::string blockText(const Core::Filter& block) {
+    const std::string file = pluginFileOf(block);
+    return "'" + block.getName() + "' (" + block.getTypeName() + (file.empty() ? "" : " of " + file) + ")";
 }
 
 void BlockDeleter::operator()(Core::Filter* block) const {

@@ -3,6 +3,8 @@
 
 #include "framework/Quillmere.h"
 #include "host/graph/NearestName.h"
+#include "host/plugins/CaughtText.h"
+#include "host/plugins/PluginLibrary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -51,7 +53,11 @@ public:
         sender.data.value(0) = value;
         sender.send(time);
         time += 1.0;
-        block->process();
+        try {
+            block->process();
+        } catch (...) {
+            throw ResponseException("block " + blockText(*block) + ": " + caughtText());
+        }
         if (!receiver.hasData()) throw ResponseException("the block sent nothing for a sample");
         const MatrixXd& answer = receiver.take();
         if (answer.size() != 1)

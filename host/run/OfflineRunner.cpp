@@ -19,7 +19,13 @@ OfflineRunner::OfflineRunner(Graph& target) : graph(target), running(target.getS
 
 void OfflineRunner::run(const std::atomic<bool>& stop) {
     graph.setStop(stop);
-    std::string failure = runToEnd(stop);
+    std::string failure;
+    try {
+        failure = runToEnd(stop);
+    } catch (...) { // no memory to say why
+        endSinks(graph.getSinks(), false);
+        throw;
+    }
     try {
         endSinks(graph.getSinks(), failure.empty());
     } catch (const RunException& exception) {
@@ -37,6 +43,8 @@ std::string OfflineRunner::runToEnd(const std::atomic<bool>& stop) {
         return failureText(nullptr, streamTime, exception); // no block's fault
     } catch (const std::exception& exception) {
         return failureText(current, streamTime, exception);
+    } catch (...) {
+        return failureText(current, streamTime, std::runtime_error("something that is no std::exception"));
     }
     if (!isStrict) return {};
     const std::vector<Warning> warnings = gatherOutcome({}).warnings;

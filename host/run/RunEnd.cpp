@@ -3,17 +3,19 @@
 
 #include "host/graph/Printable.h"
 #include "host/plugins/BlockDescription.h"
+#include "host/plugins/CaughtText.h"
+#include "host/plugins/PluginLibrary.h"
 
 #include <Poco/Exception.h>
 
 namespace Quillmere::Host {
 
 namespace {
-constexpr std::size_t kLongestReason = 2000; // plug-ins write it, too
-
 std::string reasonOf(const std::exception& exception) {
     const auto* const poco = dynamic_cast<const Poco::Exception*>(&exception);
-    return poco == nullptr ? exception.what() : poco->displayText();
+    if (poco != nullptr) return poco->displayText();
+    const char* const text = exception.what();
+    return text != nullptr && *text != '\0' ? text : "an exception without a text";
 }
 } // namespace
 
@@ -21,7 +23,7 @@ std::string failureText(const Core::Filter* block, double streamTime, const std:
     std::string text =
         "at " + shortestText(streamTime) + " s: " + printable(reasonOf(exception), kLongestReason);
     if (block == nullptr) return text;
-    return "block '" + block->getName() + "' (" + block->getTypeName() + ") " + text;
+    return "block " + blockText(*block) + " " + text;
 }
 
 void endSinks(const std::vector<Sink*>& sinks, bool isWhole) {

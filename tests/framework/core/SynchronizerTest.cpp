@@ -289,7 +289,7 @@ TEST(SynchronizerTest, AStepGetsItsTurnBetweenGuardsThatHandTheGateOn) {
 }
 
 TEST(SynchronizerTest, AGuardThatComesWhenItIsTheStepsTurnWaits) {
-    constexpr int kRounds = 500;
+    constexpr int kRounds = 200;
     Synchronizer gate;
     Standstill beforeTheStep;
     std::atomic<int> queued{0};  // rounds in which the step may queue
