@@ -2,11 +2,11 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
+#include "cli/JsonText.h"
 #include "host/graph/HostBlock.h"
 #include "host/plugins/BlockDescription.h"
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <iostream>
@@ -17,7 +17,6 @@ using namespace Quillmere::Host;
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Kind = PropertyDescription::Kind;
 using Table = std::vector<std::vector<std::string>>;
 
@@ -37,61 +36,69 @@ void printTable(const Table& table) {
     }
 }
 
-Json jsonOf(const PropertyDescription::Held& held) {
-    if (const bool* const flag = std::get_if<bool>(&held)) return *flag;
-    if (const auto* const whole = std::get_if<std::int64_t>(&held)) return *whole;
-    if (const double* const number = std::get_if<double>(&held)) return *number;
+Json::Text jsonOf(const PropertyDescription::Held& held) {
+    if (const bool* const flag = std::get_if<bool>(&held)) return Json::flag(*flag);
+    if (const auto* const whole = std::get_if<std::int64_t>(&held)) return std::to_string(*whole);
+    if (const double* const number = std::get_if<double>(&held)) return Json::number(*number);
     const auto* const matrix = std::get_if<Quillmere::Core::MatrixXd>(&held);
-    if (matrix == nullptr) return nullptr;
-    Json rows = Json::array();
+    if (matrix == nullptr) return Json::null();
+    std::vector<Json::Text> rows;
     for (Eigen::Index row = 0; row < matrix->rows(); ++row) {
-        Json cells = Json::array();
+        std::vector<Json::Text> cells;
         for (Eigen::Index column = 0; column < matrix->cols(); ++column)
-            cells.push_back((*matrix)(row, column));
-        rows.push_back(std::move(cells));
+            cells.push_back(Json::number((*matrix)(row, column)));
+        rows.push_back(Json::list(cells));
     }
-    return rows;
+    return Json::list(rows);
 }
 
-Json jsonOf(const PropertyDescription& property) {
-    Json json{{"name", property.name}, {"kind", nameOf(property.kind)}};
+Json::Text jsonOf(const PropertyDescription& property) {
+    Json::Members members{{"name", Json::text(property.name)}, {"kind", Json::text(nameOf(property.kind))}};
     if (property.kind != Kind::Command) {
-        json["default"] = jsonOf(property.value);
-        if (property.kind == Kind::Choice) json["defaultLabel"] = valueText(property);
+        members.emplace_back("default", jsonOf(property.value));
+        if (property.kind == Kind::Choice)
+            members.emplace_back("defaultLabel", Json::text(valueText(property)));
     }
     if (property.hasLimits) {
-        json["minimum"] = property.minimum;
-        json["maximum"] = property.maximum;
-        json["step"] = property.step;
+        members.emplace_back("minimum", Json::number(property.minimum));
+        members.emplace_back("maximum", Json::number(property.maximum));
+        members.emplace_back("step", Json::number(property.step));
     }
-    if (property.kind == Kind::Choice) json["labels"] = property.labels;
-    json["writable"] = property.isWritable;
-    json["readable"] = property.isReadable;
-    return json;
+    if (property.kind == Kind::Choice) members.emplace_back("labels", Json::listOfTexts(property.labels));
+    members.emplace_back("writable", Json::flag(property.isWritable));
+    members.emplace_back("readable", Json::flag(property.isReadable));
+    return Json::object(members);
 }
 
-Json jsonOf(const BlockDescription& block) {
-    Json json{{"type", block.type},
-              {"inputs", Json::array()},
-              {"outputs", Json::array()},
-              {"properties", Json::array()}};
-    for (const BlockDescription::Pin& pin : block.inputs)
-        json["inputs"].push_back({{"name", pin.name}, {"blocking", pin.isBlocking}});
-    for (const BlockDescription::Pin& pin : block.outputs)
-        json["outputs"].push_back({{"name", pin.name}});
-    for (const PropertyDescription& property : block.properties)
-        json["properties"].push_back(jsonOf(property));
-    return json;
-}
-
-Json jsonOf(const std::vector<HostBlock::SettingDescription>& settings) {
-    Json json = Json::array();
+Json::Text jsonOf(const std::vector<HostBlock::SettingDescription>& settings) {
+    std::vector<Json::Text> values;
     for (const HostBlock::SettingDescription& setting : settings)
-        json.push_back({{"name", setting.name},
-                        {"kind", setting.kind},
-                        {"default", setting.standard.empty() ? Json(nullptr) : Json(setting.standard)},
-                        {"meaning", setting.meaning}});
-    return json;
+        values.push_back(
+            Json::object({{"name", Json::text(setting.name)},
+                          {"kind", Json::text(setting.kind)},
+                          {"default", setting.standard.empty() ? Json::null() : Json::text(setting.standard)},
+                          {"meaning", Json::text(setting.meaning)}}));
+    return Json::list(values);
+}
+
+/// `plugin` is empty for a block of the host, whose settings aren't properties.
+Json::Text jsonOf(const BlockDescription& block, const std::string& plugin, const HostBlock* hostBlock) {
+    std::vector<Json::Text> inputs;
+    for (const BlockDescription::Pin& pin : block.inputs)
+        inputs.push_back(
+            Json::object({{"name", Json::text(pin.name)}, {"blocking", Json::flag(pin.isBlocking)}}));
+    std::vector<Json::Text> outputs;
+    for (const BlockDescription::Pin& pin : block.outputs)
+        outputs.push_back(Json::object({{"name", Json::text(pin.name)}}));
+    std::vector<Json::Text> properties;
+    for (const PropertyDescription& property : block.properties)
+        properties.push_back(jsonOf(property));
+    return Json::object({{"type", Json::text(block.type)},
+                         {"inputs", Json::list(inputs)},
+                         {"outputs", Json::list(outputs)},
+                         {"properties", hostBlock != nullptr ? jsonOf(hostBlock->getSettingDescriptions())
+                                                             : Json::list(properties)},
+                         {"plugin", hostBlock != nullptr ? Json::null() : Json::text(plugin)}});
 }
 
 void printBlock(const BlockDescription& block, const std::string& origin) {
@@ -141,13 +148,14 @@ void printNames(const BlockCatalogue& catalogue) {
         std::cout << "  " << name << "\n";
 }
 
-Json namesAsJson(const BlockCatalogue& catalogue) {
-    Json json{{"blocks", Json::array()}, {"hostBlocks", BlockCatalogue::getHostTypeNames()}};
+Json::Text namesAsJson(const BlockCatalogue& catalogue) {
+    std::vector<Json::Text> blocks;
     for (const std::string& name : catalogue.getTypeNames())
-        json["blocks"].push_back({{"type", name},
-                                  {"plugin", catalogue.getPluginName(name)},
-                                  {"version", catalogue.getPluginVersion(name)}});
-    return json;
+        blocks.push_back(Json::object({{"type", Json::text(name)},
+                                       {"plugin", Json::text(catalogue.getPluginName(name))},
+                                       {"version", Json::text(catalogue.getPluginVersion(name))}}));
+    return Json::object({{"blocks", Json::list(blocks)},
+                         {"hostBlocks", Json::listOfTexts(BlockCatalogue::getHostTypeNames())}});
 }
 
 } // namespace
@@ -163,7 +171,7 @@ ExitCode BlocksCommand::run() {
     const BlockCatalogue catalogue = loadCatalogue(plugins);
     if (type.empty()) {
         if (asJson)
-            std::cout << namesAsJson(catalogue).dump(2) << "\n";
+            std::cout << namesAsJson(catalogue) << "\n";
         else
             printNames(catalogue);
         return kDone;
@@ -171,10 +179,7 @@ ExitCode BlocksCommand::run() {
     const BlockPtr block = createBlock(catalogue, type);
     const auto* const hostBlock = dynamic_cast<const HostBlock*>(block.get());
     if (asJson) {
-        Json json = jsonOf(describe(*block));
-        json["plugin"] = hostBlock != nullptr ? Json(nullptr) : Json(catalogue.getPluginName(type));
-        if (hostBlock != nullptr) json["properties"] = jsonOf(hostBlock->getSettingDescriptions());
-        std::cout << json.dump(2) << "\n";
+        std::cout << jsonOf(describe(*block), catalogue.getPluginName(type), hostBlock) << "\n";
     } else if (hostBlock != nullptr) {
         printHostBlock(*hostBlock);
     } else {

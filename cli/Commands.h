@@ -4,6 +4,7 @@
 #include "host/plugins/BlockCatalogue.h"
 #include "host/response/FrequencyResponse.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -109,6 +110,8 @@ public:
 
 private:
     void checkLimit(const Quillmere::Host::Graph& graph, Quillmere::Host::Complaints& complaints) const;
+    ExitCode runAndTell(Quillmere::Host::Graph& graph, const Quillmere::Host::BlockCatalogue& catalogue,
+                        std::chrono::steady_clock::time_point start) const;
     bool showsProgress() const;
     Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Graph& graph, ProgressLine& progress) const;
     Quillmere::Host::RunOutcome runLive(Quillmere::Host::Graph& graph,

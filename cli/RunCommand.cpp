@@ -20,7 +20,9 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <iostream>
 #include <limits>
+#include <new>
 
 namespace Cli {
 
@@ -120,6 +122,16 @@ ExitCode RunCommand::run() {
     if (isLive && complaints.isEmpty()) warnOfBursts(graph, complaints);
     settle(complaints, arguments.isStrict);
     stopOnSignals();
+    try {
+        return runAndTell(graph, catalogue, start);
+    } catch (const std::bad_alloc&) {
+        std::cerr << kOutOfMemory; // results may have been touched
+        return kFailedMidway;
+    }
+}
+
+ExitCode RunCommand::runAndTell(Graph& graph, const BlockCatalogue& catalogue,
+                                std::chrono::steady_clock::time_point start) const {
     ProgressLine progress(start, graph.getSources().empty());
     graph.setStop(isStopped);
     const RunOutcome outcome = isLive ? runLive(graph, catalogue, progress) : runOffline(graph, progress);

@@ -3,6 +3,7 @@
 
 #include "host/graph/NearestName.h"
 #include "host/plugins/BlockDescription.h"
+#include "host/plugins/CaughtText.h"
 
 #include <Poco/Any.h>
 #include <Poco/Exception.h>
@@ -72,8 +73,8 @@ void writeProperty(AbstractProperty& property, const Value& value, Complaints& c
     } catch (const Poco::Exception& exception) {
         refuse(" that the block takes (" +
                (exception.message().empty() ? exception.name() : exception.message()) + ")");
-    } catch (const std::exception& exception) {
-        refuse(std::string(" that the block takes (") + exception.what() + ")");
+    } catch (...) { // a plug-in's handler may raise anything
+        refuse(" that the block takes (" + caughtText() + ")");
     }
 }
 

@@ -8,10 +8,13 @@
 
 #include <Poco/Exception.h>
 
+#include <new>
+
 namespace Quillmere::Host {
 
 namespace {
 std::string reasonOf(const std::exception& exception) {
+    if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) return "out of memory";
     const auto* const poco = dynamic_cast<const Poco::Exception*>(&exception);
     if (poco != nullptr) return poco->displayText();
     const char* const text = exception.what();

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 #include <optional>
 #include <regex>
 #include <string>
@@ -457,8 +458,10 @@ TEST_F(LiveCommand, ABlockThatRaisesNamesItselfInItsLayout) {
                  "connections: [{from: in, to: hot, buffer: 9}, {from: hot, to: out.x}]\n");
     const Ended ended = call({"run", "--live", "g.yaml", "--speed", "max", "--plugin", ODD_PLUGIN});
     EXPECT_EQ(ended.exitCode, 1);
-    EXPECT_EQ(ended.err, "quillmere: block 'hot' (OddFailing) at 1 s: Runtime exception: overheated\n"
-                         "  incomplete: 2 rows in out.csv.partial\n");
+    EXPECT_EQ(ended.err, "quillmere: block 'hot' (OddFailing of " +
+                             std::filesystem::canonical(ODD_PLUGIN).string() +
+                             ") at 1 s: Runtime exception: overheated\n"
+                             "  incomplete: 2 rows in out.csv.partial\n");
     EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1\n0.5,2\n");
 }
 

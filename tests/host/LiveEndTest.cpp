@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <future>
 #include <string>
 #include <thread>
@@ -167,7 +168,8 @@ TEST_F(LiveEndTest, ABlockThatRaisesEndsAllLayouts) {
             sinkLine("other", "other.csv", "two"),
         "  - {from: in, to: out.x}\n  - {from: in, to: hot, buffer: 9}\n  - {from: hot, to: other.x}\n"));
     pipe.write("0,1\n1,2\n2.5,3\n");
-    EXPECT_EQ(end(), "block 'hot' (OddFailing) at 2.5 s: Runtime exception: overheated")
+    EXPECT_EQ(end(), "block 'hot' (OddFailing of " + std::filesystem::canonical(ODD_PLUGIN).string() +
+                         ") at 2.5 s: Runtime exception: overheated")
         << "the time of its sample, since its layout has no rounds";
     EXPECT_EQ(liveRun->getState(), State::Failed);
     EXPECT_EQ(folder.read("other.csv.partial"), "t,x[0]\n0,1\n1,2\n");
@@ -179,7 +181,8 @@ TEST_F(LiveEndTest, WhateverABlockRaisesEndsTheRunInOrder) {
     start(piped("  - {id: hot, type: OddFailing, properties: {good: 1, strange: true}}\n",
                 "  - {from: in, to: hot}\n  - {from: hot, to: out.x}\n"));
     pipe.write("0,1\n1,2\n");
-    EXPECT_EQ(end(), "block 'hot' (OddFailing) at 1 s: something that is no std::exception");
+    EXPECT_EQ(end(), "block 'hot' (OddFailing of " + std::filesystem::canonical(ODD_PLUGIN).string() +
+                         ") at 1 s: something that is no std::exception");
     EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1\n");
 }
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -117,7 +118,8 @@ TEST_F(OfflineRunnerTest, ABlockThatRaisesEndsTheRunAndKeepsWhatWasWritten) {
     EXPECT_EQ(
         run(graph(source("in", "in.csv", "x: x") + "  - {id: hot, type: OddFailing, properties: {good: 2}}\n",
                   "  - {from: in, to: hot}\n  - {from: hot, to: out.x}\n")),
-        "block 'hot' (OddFailing) at 1 s: Runtime exception: overheated");
+        "block 'hot' (OddFailing of " + std::filesystem::canonical(ODD_PLUGIN).string() +
+            ") at 1 s: Runtime exception: overheated");
     EXPECT_EQ(folder.read("out.csv"), "what a user had");
     EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1\n0.5,2\n");
 }
