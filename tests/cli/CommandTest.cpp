@@ -257,7 +257,7 @@ TEST_F(Command, WarningsOfARunByTheHundredAreCountedBeyondFifty) {
     const Ended ended = call({"run", "--quiet", "losses.yaml", "--plugin", ODD_PLUGIN});
     EXPECT_EQ(ended.exitCode, 0);
     EXPECT_EQ(std::count(ended.err.begin(), ended.err.end(), '\n'), 51);
-    EXPECT_TRUE(ended.err.starts_with("losses.yaml:7:5: warning: ")) << ended.err;
+    EXPECT_TRUE(ended.err.starts_with("losses.yaml:8:5: warning: ")) << ended.err;
     EXPECT_TRUE(ended.err.ends_with("\nand 10 more warnings\n")) << ended.err;
 }
 
