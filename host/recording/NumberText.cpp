@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace Quillmere::Host {
 
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int kMostDigits = 17; ///< of the shortest text of any double
 constexpr std::uint64_t kSmallestOf17 = 10'000'000'000'000'000;
+constexpr std::string_view kBelowOne = "0.000000"; ///< What such numbers may begin with.
 constexpr std::uint64_t kZeros = 0x3030303030303030;
 /// Whole numbers below 10^15 have no digits but those of their shortest text and zeros; greater ones may.
 constexpr int kExactWholeDigits = 15;
@@ -99,7 +101,8 @@ char* writeShort(char* to, double value) {
     constexpr double kUnits = 1e6;
     const double magnitude = std::abs(value);
     if (!(magnitude >= 0.001 && magnitude < 1e8)) return nullptr;
-    const auto units = static_cast<std::int64_t>(magnitude * kUnits + 0.5);
+    const double nearest = magnitude * kUnits + 0.5; // a wrong guess is found out below
+    const auto units = static_cast<std::int64_t>(nearest);
     if (static_cast<double>(units) / kUnits != magnitude) return nullptr;
     const auto whole = static_cast<std::uint64_t>(units / 1000000);
     const auto rest = static_cast<std::uint64_t>(units % 1000000);
@@ -151,7 +154,7 @@ char* writeShortest(char* to, double value) {
     // Below 1 the digits follow on "0." and zeros, the last of which stands where the point would be otherwise.
     const int isBelowOne = before <= 0 ? 1 : 0;
     const int offset = isBelowOne * (1 - before);
-    std::memcpy(to, "0.000000", 8);
+    std::memcpy(to, kBelowOne.data(), kBelowOne.size());
     digits.writeAround(before < 0 ? '0' : '.', to + offset, (1 - isBelowOne) * before);
     return to + offset + count + 1;
 }
