@@ -70,7 +70,7 @@ bool isNumber(const std::string& text) {
 }
 
 std::string quoted(std::string_view text) {
-    return "\"" + printable(text, kQuotedText) + "\"";
+    return std::string("\"").append(printable(text, kQuotedText)) + "\"";
 }
 
 } // namespace
