@@ -110,7 +110,7 @@ TEST_F(ControlConsoleTest, RefusalsAnswerInOneLine) {
 }
 
 TEST_F(ControlConsoleTest, WordsOfMoreThanALineAreAnsweredInOne) {
-    expectAnswers({{"set \"three.rise [units]\" -1", "error: found a fall; expected a rise\n"},
+    expectAnswers({{"set \"three.rise [units]\" -1e301", "error: found a fall; expected a rise\n"},
                    {"get \"three.ri\nse\"",
                     "error: found the setting 'ri se' of 'three'; expected one of rise [units]\n"}});
 }

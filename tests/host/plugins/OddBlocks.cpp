@@ -171,11 +171,13 @@ public:
 private:
     /// Its words take more than a line.
     void onRise() {
-        if (rise.getValue() < 0.0) throw Poco::InvalidArgumentException("found a fall;\nexpected a rise");
+        if (rise.getValue() < kDeepest)
+            throw Poco::InvalidArgumentException("found a fall;\nexpected a rise");
     }
 
     InputPin<MatrixXd> in;
     OutputPin<MatrixXd> out;
+    static constexpr double kDeepest = -1e300;
     ValueProperty<double> rise; ///< From each to the next.
 };
 
