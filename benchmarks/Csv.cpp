@@ -42,7 +42,7 @@ struct Table {
             values[i] = i % kColumns == 0 ? 0.01 * static_cast<double>(i / kColumns) : noise(random);
             if (digits > 0) values[i] = std::round(values[i] * std::pow(10, digits)) / std::pow(10, digits);
         }
-        ResultFile file(path());
+        ResultFile file(path(), {.overwrites = true, .looksOwn = {}});
         CsvWriter writer(file);
         write(writer);
         writer.flush();

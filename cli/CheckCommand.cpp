@@ -27,6 +27,7 @@ ExitCode CheckCommand::run() {
     loadPlugins(description, catalogue, complaints);
     Graph graph(description, catalogue, complaints);
     graph.requireDrive(complaints);
+    if (arguments.overwrites) graph.allowOverwriting();
     graph.openSources(complaints);
     warnOfLostDigits(graph, catalogue, complaints);
     if (complaints.isEmpty()) warnOfBursts(graph, complaints);

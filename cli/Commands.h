@@ -72,6 +72,7 @@ struct GraphArguments {
     std::vector<std::string> outputs;
     PluginArguments plugins;
     bool isStrict = false;
+    bool overwrites = false;
     void enter(CLI::App& command);
 };
 
@@ -100,6 +101,7 @@ private:
     std::vector<std::string> parameters;
     Quillmere::Host::ResponseSettings measurement;
     std::string picture;
+    bool overwrites = false;
     PluginArguments plugins;
 };
 

@@ -69,6 +69,7 @@ void GraphArguments::enter(CLI::App& command) {
     enterList(command, "--input", inputs, "BLOCK=FILE", "Let a source read another recording.");
     enterList(command, "--output", outputs, "BLOCK=FILE", "Let a sink write another file.");
     command.add_flag("--strict", isStrict, "Take warnings for errors.");
+    command.add_flag("--overwrite", overwrites, "Let results replace files that no run has written.");
     plugins.enter(command);
 }
 

@@ -79,8 +79,18 @@ BlockPtr configuredBlock(const BlockCatalogue& catalogue, const std::string& typ
     return block;
 }
 
-void writePicture(const std::string& path, const std::string& svg) {
-    ResultFile file(path);
+ResultOptions pictureOptions(bool overwrites) {
+    return {.overwrites = overwrites, .looksOwn = getIsResponseSvg};
+}
+
+/// Before the measurement, which may take long.
+void checkPicture(const std::string& path, bool overwrites) {
+    const auto refusal = ResultPath(path).findRefusal(pictureOptions(overwrites));
+    if (refusal) throw UsageError{"--picture: found " + refusal->found + "; expected " + refusal->expected};
+}
+
+void writePicture(const std::string& path, bool overwrites, const std::string& svg) {
+    ResultFile file(path, pictureOptions(overwrites));
     file.write(svg.data(), svg.size());
     file.complete();
 }
@@ -106,14 +116,16 @@ ResponseCommand::ResponseCommand(CLI::App& command) {
         ->check(CLI::Range(1, 10000))
         ->capture_default_str();
     command.add_option("--picture", picture, "Write a picture, too.")->type_name("FILE.svg");
+    command.add_flag("--overwrite", overwrites, "Let the picture replace a file that is none of these.");
     plugins.enter(command);
 }
 
 ExitCode ResponseCommand::run() {
+    if (!picture.empty()) checkPicture(picture, overwrites);
     BlockCatalogue catalogue = loadCatalogue(plugins);
     const FrequencyResponse response = block.empty() ? measureType(catalogue) : measureGraph(catalogue);
     std::cout << responseAsCsv(response);
-    if (!picture.empty()) writePicture(picture, responseAsSvg(response, title()));
+    if (!picture.empty()) writePicture(picture, overwrites, responseAsSvg(response, title()));
     if (const std::size_t count = response.countUnsettled(); count > 0)
         std::cerr << "at " << count << " of " << response.points.size()
                   << " frequencies the output grows without bound, doesn't settle or isn't finite\n";

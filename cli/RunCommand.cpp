@@ -117,6 +117,7 @@ ExitCode RunCommand::run() {
     Graph graph(description, catalogue, complaints);
     graph.requireDrive(complaints);
     checkLimit(graph, complaints);
+    if (arguments.overwrites) graph.allowOverwriting();
     graph.openSources(complaints);
     warnOfLostDigits(graph, catalogue, complaints);
     if (isLive && complaints.isEmpty()) warnOfBursts(graph, complaints);

@@ -121,7 +121,8 @@ void printFailure(const RunOutcome& outcome) {
             std::cerr << "  " << recording.id << ": " << recording.rows << " rows read, "
                       << recording.processedRows << " processed\n";
     for (const RunOutcome::Result& result : outcome.results)
-        std::cerr << "  incomplete: " << result.rows << " rows in " << result.partialPath << "\n";
+        std::cerr << (result.isComplete ? "  complete: " : "  incomplete: ") << result.rows << " rows in "
+                  << (result.isComplete ? result.path : result.partialPath) << "\n";
 }
 
 } // namespace Cli

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Commands.h"
 
+#include "cli/StandardStreams.h"
 #include "cli/Usage.h"
 #include "host/recording/RecordingException.h"
 
@@ -24,7 +25,7 @@ CLI::App& addCommand(CLI::App& program, const char* name, const char* meaning) {
     return command;
 }
 
-int call(CLI::App& program, int count, char** arguments) {
+Cli::ExitCode call(CLI::App& program, int count, char** arguments) {
     Cli::RunCommand run(addCommand(program, "run", "Run a graph over its recordings and write the results."));
     Cli::CheckCommand check(
         addCommand(program, "check", "Tell whether a graph could run, and everything that is wrong."));
@@ -61,12 +62,13 @@ int call(CLI::App& program, int count, char** arguments) {
 } // namespace
 
 int main(int count, char** arguments) {
+    Cli::guardStandardStreams();
     int code = Cli::kNothingRun;
     try {
         CLI::App program("Runs graphs of signal-processing blocks over recordings.", "quillmere");
         program.set_version_flag("--version", kVersion, "Print the version and exit.");
         program.require_subcommand(1);
-        code = call(program, count, arguments);
+        code = Cli::finishStandardOutput(call(program, count, arguments));
     } catch (const Cli::UsageError& error) {
         std::cerr << "quillmere: " << error.text << "\n";
     } catch (const Quillmere::Host::InterruptedException& error) {

@@ -7,21 +7,9 @@
 #include "host/graph/GraphBuilder.h"
 
 #include <algorithm>
-#include <filesystem>
+#include <utility>
 
 namespace Quillmere::Host {
-
-namespace {
-void checkFolder(const Sink& sink, Complaints& complaints) {
-    std::error_code error;
-    const std::filesystem::path folder = std::filesystem::path(sink.getPath()).parent_path();
-    if (!folder.empty() && !std::filesystem::is_directory(folder, error))
-        complaints.add(sink.getPathPlace(), "the file '" + sink.getPath() + "' in a folder that isn't there",
-                       "a folder that is");
-    else if (std::filesystem::is_directory(sink.getPath(), error))
-        complaints.add(sink.getPathPlace(), "the folder '" + sink.getPath() + "'", "the name of a file");
-}
-} // namespace
 
 Graph::Graph(const GraphDescription& graphDescription, const BlockCatalogue& catalogue,
              Complaints& complaints)
@@ -49,9 +37,19 @@ void Graph::openSources(Complaints& complaints) {
     for (const Node& node : nodes) {
         const bool hasPath = node.block != nullptr && !node.isFaulty;
         if (hasPath && node.source != nullptr) node.source->open(complaints);
-        if (hasPath && node.sink != nullptr) checkFolder(*node.sink, complaints);
     }
     warnOfFirstRows(*this, complaints);
+    std::vector<std::string> recorded;
+    for (const Source* const source : sources)
+        for (std::string& name : source->getColumnNames())
+            recorded.push_back(std::move(name));
+    for (const Node& node : nodes)
+        if (node.sink != nullptr && !node.isFaulty) node.sink->checkFile(recorded, complaints);
+}
+
+void Graph::allowOverwriting() {
+    for (Sink* const sink : sinks)
+        sink->setOverwrites(true);
 }
 
 void Graph::setStop(const std::atomic<bool>& stop) {

@@ -44,6 +44,8 @@ public:
     const std::vector<const Node*>& getRunOrder() const { return runOrder; }
     const std::vector<Source*>& getSources() const { return sources; }
     const std::vector<Sink*>& getSinks() const { return sinks; }
+    /// Lets every sink replace what stands under its result's name, whoever made it. [setup]
+    void allowOverwriting();
     Core::LayoutManager& getLayout() { return layout; }
     const std::string& getName() const { return description.getName(); }
     const GraphDescription& getDescription() const { return description; }

@@ -6,10 +6,10 @@
 #include "host/graph/NearestName.h"
 #include "host/graph/Printable.h"
 #include "host/graph/PropertyWriter.h"
+#include "host/graph/RunFiles.h"
 #include "host/graph/RunOrder.h"
 #include "host/graph/TimelineBuilder.h"
-#include "host/recording/ResultFile.h"
-#include "host/recording/StandardStream.h"
+#include "host/recording/TableForm.h"
 
 #include <algorithm>
 
@@ -49,7 +49,7 @@ void GraphBuilder::build(const BlockCatalogue& catalogue) {
     for (const Sink* const sink : graph.sinks)
         sink->checkPins(complaints);
     checkMainInputs();
-    checkFiles();
+    RunFiles(description, catalogue).check(graph.nodes, complaints);
     arrange();
     timeline.link();
 }
@@ -158,7 +158,12 @@ AbstractOutputPin* GraphBuilder::findOutput(const GraphDescription::Endpoint& en
 
 AbstractInputPin* GraphBuilder::findInput(const GraphDescription::Endpoint& end, const Node& node) {
     if (node.block == nullptr) return nullptr;
-    if (node.sink != nullptr && !end.pin.empty()) return &node.sink->requirePin(end.pin);
+    if (node.sink != nullptr && !end.pin.empty()) {
+        if (getIsColumnName(end.pin)) return &node.sink->requirePin(end.pin);
+        complaints.add(end.where, "the pin name '" + end.pin + "'",
+                       "a name in one line, without control characters");
+        return nullptr;
+    }
     const auto& pins = node.block->getInputPins();
     if (!end.hasPin && pins.size() == 1 && node.sink == nullptr) return pins.front();
     AbstractInputPin* const pin = end.hasPin ? inputs.find(*node.block, pins, end.pin) : nullptr;
@@ -200,36 +205,6 @@ void GraphBuilder::checkMainInputs() {
                            "the main input '" + pin->getName() + "' of " + quoted(*node.description) +
                                " open",
                            "a connection to '" + node.description->id + "." + pin->getName() + "'");
-    }
-}
-
-/// A file is written by one sink, and isn't read in the same run.
-void GraphBuilder::checkFiles() {
-    std::map<std::string, std::string> writers;
-    for (const Sink* const sink : graph.sinks) {
-        if (sink->getPath().empty()) continue;
-        const auto [known, isNew] =
-            writers.try_emplace(ResultFile::resolve(sink->getPath()), sink->getName());
-        if (!isNew)
-            complaints.add(sink->getPathPlace(),
-                           "the file '" + sink->getPath() + "', which '" + known->second + "' writes too",
-                           "a file of its own for each sink");
-    }
-    const Source* fromStandardInput = nullptr;
-    for (const Source* const source : graph.sources) {
-        if (getIsStandardStream(source->getPath())) {
-            if (fromStandardInput != nullptr)
-                complaints.add(source->getPathPlace(),
-                               "standard input, which '" + fromStandardInput->getName() + "' reads too",
-                               "one source that reads it");
-            fromStandardInput = source;
-            continue;
-        }
-        const auto writer = writers.find(ResultFile::resolve(source->getPath()));
-        if (!source->getPath().empty() && writer != writers.end())
-            complaints.add(source->getPathPlace(),
-                           "the file '" + source->getPath() + "', which '" + writer->second + "' writes",
-                           "a recording that the run doesn't write over");
     }
 }
 

@@ -36,7 +36,6 @@ private:
     void refusePin(const GraphDescription::Endpoint& end, const Node& node, const std::string& kind,
                    const Pins& pins);
     void checkMainInputs();
-    void checkFiles();
     void arrange();
 
     Graph& graph;

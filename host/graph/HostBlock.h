@@ -84,6 +84,11 @@ public:
     virtual std::uint64_t getBytesRead() const = 0;
     virtual std::uint64_t getSize() const = 0;
 
+    /// The columns of its recording, or those that it was told of before it is open. [setup]
+    virtual std::vector<std::string> getColumnNames() const = 0;
+    /// How many elements each sample of an output has; nothing when that can't be known beforehand. [setup]
+    virtual std::optional<std::size_t> getSampleSize(const Core::AbstractOutputPin& pin) const = 0;
+
     /// What it has seen of its recording so far. Requires: open. [run, or when nothing runs]
     virtual SourceAccount getAccount() const = 0;
     /// What the first rows of a file look like, at most `rows` of them, up to the first that would end the run; nothing for
@@ -98,8 +103,13 @@ public:
 
     /// The input pin of that name, made if it isn't there yet. Requires: not open. [setup]
     virtual Core::AbstractInputPin& requirePin(const std::string& name) = 0;
-    /// Complains of settings that name pins which no connection has made. [setup]
+    /// Complains of settings that don't fit the pins which connections have made. [setup]
     virtual void checkPins(Complaints& complaints) const = 0;
+    /// With true, what stands under the result's name may be replaced whoever made it. [setup]
+    virtual void setOverwrites(bool flag) = 0;
+    /// Complains of a result that couldn't be written, and touches nothing. `recorded` are the columns of the graph's
+    /// recordings: a table that has only those isn't taken for a result. [setup]
+    virtual void checkFile(const std::vector<std::string>& recorded, Complaints& complaints) = 0;
 
     /// Starts the result. Raises `RecordingException`. [setup]
     virtual void open() = 0;
@@ -114,13 +124,17 @@ public:
     /// Waits no more for who reads a pipe: a write that would have to raises `RecordingException`, also one that is under
     /// way. [any]
     virtual void giveUp() = 0;
-    /// Ends the result: whole, not whole but kept, or thrown away. [setup]
+    /// Ends the result, which is whole: brings it to the disk, still under its partial name. [setup]
+    virtual void finish() = 0;
+    /// Ends the result: whole and with its final name, not whole but kept, or thrown away. [setup]
     virtual void complete() = 0;
     virtual void abandon() = 0;
     virtual void discard() = 0;
 
     virtual std::uint64_t getRows() const = 0;
-    /// Where the result is as long as it isn't whole.
+    /// Whether the result has its final name.
+    virtual bool getIsComplete() const = 0;
+    /// Where the result is as long as it has not.
     virtual std::string getPartialPath() const = 0;
 };
 

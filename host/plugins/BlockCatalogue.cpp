@@ -57,6 +57,14 @@ std::string BlockCatalogue::getPluginVersion(const std::string& type) const {
     return entry == nullptr ? "" : entry->factory->getVersion().toString();
 }
 
+std::vector<std::string> BlockCatalogue::getPluginPaths() const {
+    std::vector<std::string> paths;
+    for (const Entry& entry : entries)
+        if (std::find(paths.begin(), paths.end(), entry.library->getPath()) == paths.end())
+            paths.push_back(entry.library->getPath());
+    return paths;
+}
+
 BlockPtr BlockCatalogue::create(const std::string& type, const std::string& name) const {
     if (type == RecordingSource::kTypeName) return BlockPtr(new RecordingSource(name));
     if (type == RecordingSink::kTypeName) return BlockPtr(new RecordingSink(name));

@@ -28,6 +28,9 @@ public:
     std::string getPluginName(const std::string& type) const;
     std::string getPluginVersion(const std::string& type) const;
 
+    /// The files of the plug-ins, each once.
+    std::vector<std::string> getPluginPaths() const;
+
     /// A new block; null when the type is unknown. Raises `PluginException`, which names the plug-in's file and the block,
     /// when its factory raises or gives none.
     BlockPtr create(const std::string& type, const std::string& name) const;

@@ -5,24 +5,32 @@
 
 namespace Quillmere::Host {
 
+namespace {
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+} // namespace
+
 CsvWriter::CsvWriter(ResultFile& target)
     : file(target), buffer(kBufferSize), cursor(buffer.data()), bufferEnd(buffer.data() + buffer.size()) {}
 
 void CsvWriter::writeHeader(const std::vector<std::string>& names) {
     for (const std::string& name : names) {
-        const bool quoted = name.empty() || name.find_first_of(",\"\r\n") != std::string::npos ||
-                            name.front() == '#' || name.front() == ' ' || name.back() == ' ';
-        if (!quoted) {
-            writeText(name);
-        } else {
-            writeText("\"");
-            for (const char c : name)
-                writeText(c == '"' ? std::string_view("\"\"") : std::string_view(&c, 1));
-            writeText("\"");
-        }
+        writeText(quoted(name));
         writeText(",");
     }
     cursor[-1] = '\n';
+    hasHeader = true;
+}
+
+std::string CsvWriter::quoted(const std::string& name) {
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+    const bool isPlain = !name.empty() && name.find_first_of(",\"\r\n") == std::string::npos &&
+                         name.front() != '#' && !name.starts_with(kByteOrderMark) && !isBlank(name.front()) &&
+                         !isBlank(name.back());
+    if (isPlain) return name;
+    std::string text = "\"";
+    for (const char c : name)
+        text.append(c == '"' ? 2 : 1, c);
+    return text + "\"";
 }
 
 void CsvWriter::writeText(std::string_view text) {
@@ -35,14 +43,40 @@ void CsvWriter::writeText(std::string_view text) {
 void CsvWriter::drain() {
     const std::ptrdiff_t count = cursor - buffer.data() - 1;
     if (count <= 0) return;
-    file.write(buffer.data(), static_cast<std::size_t>(count));
+    handOver(static_cast<std::size_t>(count));
     buffer.front() = cursor[-1];
     cursor = buffer.data() + 1;
 }
 
 void CsvWriter::flush() {
-    file.write(buffer.data(), static_cast<std::size_t>(cursor - buffer.data()));
+    handOver(static_cast<std::size_t>(cursor - buffer.data()));
     cursor = buffer.data();
+}
+
+/// What comes behind something that is missing would be wrong, so after a failure nothing is handed over.
+void CsvWriter::handOver(std::size_t count) {
+    if (hasFailed) return;
+    const std::uint64_t before = file.getWritten();
+    try {
+        file.write(buffer.data(), count);
+        noteWholeRows(before, count);
+    } catch (...) {
+        hasFailed = true;
+        noteWholeRows(before, static_cast<std::size_t>(file.getWritten() - before));
+        rows = lines - std::min<std::uint64_t>(lines, hasHeader ? 1 : 0);
+        file.cutTo(wholeRows); // a full disk has cut a row in the middle
+        throw;
+    }
+}
+
+/// Keeps where the last whole row ends in the file, and how many there are, when `count` bytes of the buffer are in it
+/// behind `before` others.
+void CsvWriter::noteWholeRows(std::uint64_t before, std::size_t count) {
+    const std::string_view taken(buffer.data(), count);
+    const std::size_t end = taken.rfind('\n');
+    if (end == std::string_view::npos) return;
+    wholeRows = before + end + 1;
+    lines += static_cast<std::uint64_t>(std::count(taken.begin(), taken.end(), '\n'));
 }
 
 } // namespace Quillmere::Host

@@ -19,8 +19,12 @@ public:
     /// Requires: `target` outlives the writer.
     explicit CsvWriter(ResultFile& target);
 
-    /// A row of names; a name with a comma, a quote or a blank at its ends is quoted.
+    /// A row of names; a name with a comma, a quote or a blank at its ends is quoted. Requires: it is the first row, and no
+    /// name has a line end.
     void writeHeader(const std::vector<std::string>& names);
+
+    /// A name as it stands in a header.
+    static std::string quoted(const std::string& name);
 
     /// A cell with a number in it.
     void writeNumber(double value) {
@@ -42,8 +46,10 @@ public:
     /// Hands everything over to the file.
     void flush();
 
-    /// Rows ended, the header not counted.
+    /// Rows ended, the header not counted; when the file couldn't take them all, those that are in it.
     std::uint64_t getRows() const { return rows; }
+    /// Whether the file couldn't take everything. It ends with a whole row then, and takes no more.
+    bool getHasFailed() const { return hasFailed; }
 
 private:
     static constexpr std::size_t kBufferSize = std::size_t{1} << 18;
@@ -54,6 +60,8 @@ private:
         if (bufferEnd - cursor < static_cast<std::ptrdiff_t>(kLongestCell)) drain();
     }
     void drain();
+    void handOver(std::size_t count);
+    void noteWholeRows(std::uint64_t before, std::size_t count);
     void writeText(std::string_view text);
 
     ResultFile& file;
@@ -61,6 +69,10 @@ private:
     char* cursor;
     char* bufferEnd;
     std::uint64_t rows = 0;
+    std::uint64_t lines = 0;     ///< Whole ones in the file, the header among them.
+    std::uint64_t wholeRows = 0; ///< Bytes of the file up to the end of the last of them.
+    bool hasHeader = false;
+    bool hasFailed = false;
 };
 
 } // namespace Quillmere::Host

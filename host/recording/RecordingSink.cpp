@@ -7,8 +7,21 @@
 #include <algorithm>
 #include <set>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace Quillmere::Host {
+
+namespace {
+constexpr const char* kExpectedName = "a name in one line, without control characters";
+
+/// The pin that would have a column of this name, counted as in `accel[0]`; empty when the name doesn't count.
+std::string countedPin(const std::string& name) {
+    const std::size_t bracket = name.rfind('[');
+    if (bracket == std::string::npos || name.size() < bracket + 3 || name.back() != ']') return {};
+    if (name.find_first_not_of("0123456789", bracket + 1) + 1 != name.size()) return {};
+    return name.substr(0, bracket);
+}
+} // namespace
 
 RecordingSink::RecordingSink(const std::string& instanceName) : Sink(instanceName, true) {}
 
@@ -63,18 +76,23 @@ const std::vector<HostBlock::SettingDescription>& RecordingSink::getSettingDescr
         {"file", "text", "", "the CSV table to write; - is standard output"},
         {"time", "text", "t", "the name of the time column"},
         {"columns", "map", "accel[0] and so on",
-         "for a pin the names of its columns, as in {accel: [ax, ay, az]}"}};
+         "for a pin the names of its columns, as in {accel: [ax, ay, az]}"},
+        {"overwrite", "flag", "false",
+         "whether a file under that name may be replaced that no run has written"}};
     return descriptions;
 }
 
 void RecordingSink::configure(const GraphDescription::Block& description, const std::string& folder,
                               Complaints& complaints) {
+    // First, since no other column may have its name.
+    for (const GraphDescription::Setting& setting : description.settings)
+        if (setting.name == "time" && !setting.value.isMissing()) takeTimeName(setting.value, complaints);
     for (const GraphDescription::Setting& setting : description.settings) {
-        if (setting.value.isMissing()) continue;
+        if (setting.value.isMissing() || setting.name == "time") continue;
         if (setting.name == "file") {
             takeFile(setting, folder, complaints);
-        } else if (setting.name == "time") {
-            if (const auto name = toText(setting.value, complaints)) timeName = *name;
+        } else if (setting.name == "overwrite") {
+            overwrites = toFlag(setting.value, complaints).value_or(false);
         } else if (setting.name == "columns") {
             takeColumns(setting.value, complaints);
         } else {
@@ -82,6 +100,14 @@ void RecordingSink::configure(const GraphDescription::Block& description, const 
         }
     }
     requireFile(description, complaints);
+}
+
+void RecordingSink::takeTimeName(const Value& value, Complaints& complaints) {
+    timePlace = value.where;
+    const auto name = toText(value, complaints);
+    if (!name) return;
+    if (!getIsColumnName(*name)) complaints.add(value.where, value.describe(), kExpectedName);
+    timeName = *name;
 }
 
 void RecordingSink::takeColumns(const Value& value, Complaints& complaints) {
@@ -100,8 +126,8 @@ void RecordingSink::takeColumns(const Value& value, Complaints& complaints) {
         for (const Value& item : entry.value.items) {
             const auto name = toText(item, complaints);
             if (!name) continue;
-            if (name->empty() || name->find_first_of("\r\n") != std::string::npos)
-                complaints.add(item.where, item.describe(), "a name in one line");
+            if (!getIsColumnName(*name))
+                complaints.add(item.where, item.describe(), kExpectedName);
             else if (!used.insert(*name).second)
                 complaints.add(item.where, "the column name '" + *name + "' a second time", "each name once");
             named.names.push_back(*name);
@@ -122,23 +148,75 @@ void RecordingSink::checkPins(Complaints& complaints) const {
             known.push_back(pin.getName());
         return known;
     };
-    for (const NamedColumns& named : columns)
-        if (!inputsByName.contains(named.pin))
+    std::unordered_set<std::string> namedPins;
+    for (const NamedColumns& named : columns) {
+        namedPins.insert(named.pin);
+        if (const auto input = inputsByName.find(named.pin); input != inputsByName.end())
+            checkWidth(named, *input->second, complaints);
+        else
             refuseName(complaints, named.where, named.pin,
                        "the pin '" + printable(named.pin, kLongestName) + "' that no connection leads to",
                        "one of ", names);
+    }
+    // A pin without names gives its columns `pin[0]` and so on, which others must not have.
+    const auto check = [&](const std::string& name, const Place& where) {
+        const std::string pin = countedPin(name);
+        if (!pin.empty() && inputsByName.contains(pin) && !namedPins.contains(pin))
+            complaints.add(where,
+                           "the column name '" + printable(name, kLongestName) + "', which a column of '" +
+                               printable(pin, kLongestName) + "' has too",
+                           "each name once");
+    };
+    check(timeName, timePlace);
+    for (const NamedColumns& named : columns)
+        for (const std::string& name : named.names)
+            check(name, named.where);
 }
 
-void RecordingSink::open() {
+/// How many elements a sample has is known beforehand where a recording comes straight to the sink.
+void RecordingSink::checkWidth(const NamedColumns& named, const Core::AbstractInputPin& pin,
+                               Complaints& complaints) const {
+    const Core::AbstractOutputPin* const sender = pin.getConnectedOutput();
+    const auto* const source =
+        sender == nullptr ? nullptr : dynamic_cast<const Source*>(sender->getManager());
+    const std::optional<std::size_t> size = source == nullptr ? std::nullopt : source->getSampleSize(*sender);
+    if (!size || *size == 0 || named.names.empty() || *size == named.names.size()) return;
+    complaints.add(named.where,
+                   std::to_string(named.names.size()) + " column names for '" + named.pin +
+                       "', whose samples have " + std::to_string(*size) + " elements",
+                   "as many names as elements");
+}
+
+std::vector<TableWriter::Group> RecordingSink::groups() const {
     std::unordered_map<std::string, std::vector<std::string>> names;
     for (const NamedColumns& named : columns)
         names.emplace(named.pin, named.names);
-    std::vector<TableWriter::Group> groups;
+    std::vector<TableWriter::Group> list;
     for (const Core::InputPin<Core::MatrixXd>& pin : inputs)
-        groups.push_back({pin.getName(), names[pin.getName()]});
-    table = std::make_unique<TableWriter>(getPath(), timeName, std::move(groups), stop);
+        list.push_back({pin.getName(), names[pin.getName()]});
+    return list;
+}
+
+ResultOptions RecordingSink::options() const {
+    const TableForm form{.timeName = timeName, .groups = groups(), .recorded = recorded};
+    return {.overwrites = overwrites, .looksOwn = [form](std::string_view head) { return form.fits(head); }};
+}
+
+void RecordingSink::checkFile(const std::vector<std::string>& columnsOfRecordings, Complaints& complaints) {
+    recorded = columnsOfRecordings;
+    if (const auto refusal = ResultPath(getPath()).findRefusal(options()))
+        complaints.add(getPathPlace(), refusal->found, refusal->expected);
+}
+
+void RecordingSink::open() {
+    table = std::make_unique<TableWriter>(getPath(), timeName, groups(), options(), stop);
     samples.assign(inputs.size(), nullptr);
     gathered.resize(inputs.size());
+}
+
+void RecordingSink::finish() {
+    endGatheredRow();
+    table->finish();
 }
 
 void RecordingSink::complete() {

@@ -4,6 +4,7 @@
 #include "framework/core/Api.h"
 #include "framework/transport/InputPin.h"
 #include "host/graph/HostBlock.h"
+#include "host/recording/TableForm.h"
 #include "host/recording/TableWriter.h"
 
 #include <deque>
@@ -34,16 +35,20 @@ public:
                    Complaints& complaints) override;
     Core::AbstractInputPin& requirePin(const std::string& name) override;
     void checkPins(Complaints& complaints) const override;
+    void setOverwrites(bool flag) override { overwrites = flag; }
+    void checkFile(const std::vector<std::string>& recorded, Complaints& complaints) override;
     void open() override;
     void setStreamTime(double seconds) override { streamTime = seconds; }
     void setGathersByTime(bool flag) override { gathersByTime = flag; }
     void setWritesThrough(bool flag) override { writesThrough = flag; }
     void giveUp() override { table->giveUp(); }
     void setStop(const std::atomic<bool>& flag) override { stop = &flag; }
+    void finish() override;
     void complete() override;
     void abandon() override;
     void discard() override;
     std::uint64_t getRows() const override { return table == nullptr ? 0 : table->getRows(); }
+    bool getIsComplete() const override { return table != nullptr && table->getIsComplete(); }
     std::string getPartialPath() const override { return table == nullptr ? "" : table->getPartialPath(); }
 
 private:
@@ -53,7 +58,12 @@ private:
         std::vector<std::string> names;
     };
 
+    void takeTimeName(const Value& value, Complaints& complaints);
     void takeColumns(const Value& value, Complaints& complaints);
+    void checkWidth(const NamedColumns& named, const Core::AbstractInputPin& pin,
+                    Complaints& complaints) const;
+    std::vector<TableWriter::Group> groups() const;
+    ResultOptions options() const;
     void gather(std::size_t pin);
     bool getIsRowFull() const;
     void writeRow(double time);
@@ -63,6 +73,9 @@ private:
     std::deque<Core::InputPin<Core::MatrixXd>> inputs; ///< Pins can't move.
     std::vector<NamedColumns> columns;
     std::string timeName = "t";
+    Place timePlace;
+    bool overwrites = false;
+    std::vector<std::string> recorded; ///< Columns of the graph's recordings.
 
     const std::atomic<bool>* stop = nullptr;
     std::unique_ptr<TableWriter> table;

@@ -169,6 +169,22 @@ void RecordingSource::requireClock(const GraphDescription::Block& description, C
                    "either 'time:' and a column or 'rate:' and rows a second");
 }
 
+std::vector<std::string> RecordingSource::getColumnNames() const {
+    if (recording != nullptr) return recording->getReader().getColumns();
+    std::vector<std::string> names;
+    for (const Output& output : outputs)
+        for (const Column& column : output.columns)
+            names.push_back(column.name);
+    return names;
+}
+
+std::optional<std::size_t> RecordingSource::getSampleSize(const Core::AbstractOutputPin& pin) const {
+    const auto found = std::find_if(outputs.begin(), outputs.end(),
+                                    [&](const Output& output) { return &output.pin == &pin; });
+    if (found == outputs.end()) return std::nullopt;
+    return found->columns.size() * std::max(frameRows, std::size_t{1});
+}
+
 void RecordingSource::open(Complaints& complaints) {
     std::unique_ptr<CsvReader> reader;
     try {

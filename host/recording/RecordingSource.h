@@ -52,6 +52,8 @@ public:
         return recording == nullptr ? 0 : recording->getReader().getSize();
     }
     void setStop(const std::atomic<bool>& stop) override { recording->setStop(stop); }
+    std::vector<std::string> getColumnNames() const override;
+    std::optional<std::size_t> getSampleSize(const Core::AbstractOutputPin& pin) const override;
     SourceAccount getAccount() const override {
         return recording == nullptr ? SourceAccount{} : recording->getAccount();
     }

@@ -2,7 +2,7 @@
 #include "host/recording/ResultFile.h"
 
 #include "host/recording/RecordingException.h"
-#include "host/recording/StandardStream.h"
+#include "host/recording/ResultMark.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -13,103 +13,231 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <system_error>
+#include <utility>
 
 namespace Quillmere::Host {
 
-std::string ResultFile::resolve(const std::string& path) {
-    std::error_code error;
-    std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
-    if (error) return path;
-    // A link to a file that doesn't exist yet is no canonical path; follow it by hand, but not for ever.
-    for (int links = 0; links < 40 && std::filesystem::is_symlink(resolved, error); ++links) {
-        const std::filesystem::path target = std::filesystem::read_symlink(resolved, error);
-        if (error) break;
-        resolved = std::filesystem::weakly_canonical(resolved.parent_path() / target, error);
-    }
-    return resolved.string();
+namespace {
+
+constexpr int kMostTries = 100; ///< To open a file that others complete or remove at that moment.
+constexpr mode_t kMode = 0666;  ///< For whom the user's mask allows it.
+constexpr mode_t kPermissions = 0777;
+
+/// Whether a failure to sync tells only that there is nothing that could be synced.
+bool getIsWithoutSync(int error) {
+    return error == EINVAL || error == EROFS || error == ENOSYS || error == ENOTSUP;
 }
 
-ResultFile::ResultFile(const std::string& name, const std::atomic<bool>* stop)
-    : path(resolve(name)), partialPath(path + ".partial") {
+bool getIsWithoutLocks(int error) {
+    return error == ENOSYS || error == ENOTSUP || error == ENOLCK || error == EINVAL;
+}
+
+[[noreturn]] void refuse(const ResultRefusal& refusal) {
+    throw RecordingException("found " + refusal.found + "; expected " + refusal.expected);
+}
+
+} // namespace
+
+ResultFile::ResultFile(const std::string& path, ResultOptions resultOptions, const std::atomic<bool>* stop)
+    : name(path), options(std::move(resultOptions)), current(name.getPartialPath()) {
     if (stop != nullptr) waiting.setStop(*stop);
-    if (getIsStandardStream(name)) {
-        path = partialPath = "standard output";
-        isDirect = true;
-        file = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-        if (file < 0) fail("cannot be written");
+    if (const auto refusal = name.findRefusal(options)) refuse(*refusal);
+    if (getIsDirect()) {
+        openDirect();
         return;
     }
-    struct stat facts {};
-    const bool exists = ::stat(path.c_str(), &facts) == 0;
-    if (exists && S_ISDIR(facts.st_mode))
-        throw RecordingException(name + ": found a directory; expected the name of a file to write");
-    isDirect = exists && !S_ISREG(facts.st_mode);
-    if (isDirect) partialPath = path;
-    // The lock is taken before anything is thrown away: the file may be another run's.
-    file = exists && S_ISFIFO(facts.st_mode)
-               ? openPipe()
-               : ::open(partialPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-    if (file < 0) fail("cannot be written");
-    if (isDirect) return;
-    if (::flock(file, LOCK_EX | LOCK_NB) != 0) {
-        close();
-        throw RecordingException(partialPath + ": another run is writing this result");
-    }
-    if (::ftruncate(file, 0) != 0) fail("cannot be emptied");
+    openOwn();
+    takeModeOf(getPath());
+    // Of a run that was killed while it copied.
+    if (::access(name.getWidenedPath().c_str(), F_OK) == 0) beginCopy()->discard();
+}
+
+ResultFile::ResultFile(CopyOf, const ResultFile& original)
+    : name(original.name), options(original.options), current(name.getWidenedPath()) {
+    openOwn();
+    takeModeOf(original.current);
 }
 
 ResultFile::~ResultFile() {
     close();
 }
 
-void ResultFile::write(const char* bytes, std::size_t count) {
-    while (count > 0) {
-        if (isDirect) waitForReader();
-        // A pipe that has room takes so much without waiting.
-        const ssize_t written =
-            ::write(file, bytes, isDirect ? std::min<std::size_t>(count, PIPE_BUF) : count);
-        // A descriptor that never waits says so although another writer may have taken the room there was.
-        if (written < 0 && (errno == EINTR || (isDirect && errno == EAGAIN))) continue;
-        if (written < 0) fail("cannot be written");
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
+void ResultFile::openDirect() {
+    struct stat facts {};
+    if (name.getKind() == ResultPath::Kind::Descriptor)
+        file = ::fcntl(name.getDescriptor(), F_DUPFD_CLOEXEC, 0);
+    else if (::stat(getPath().c_str(), &facts) == 0 && S_ISFIFO(facts.st_mode))
+        file = openPipe();
+    else
+        file = ::open(getPath().c_str(), O_WRONLY | O_CLOEXEC);
+    if (file < 0) fail("cannot be written");
 }
 
 /// Waits for somebody who reads the pipe, awake, so that a wish to stop is seen.
 int ResultFile::openPipe() const {
     int pipe = -1;
-    while ((pipe = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) < 0 &&
+    while ((pipe = ::open(getPath().c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) < 0 &&
            (errno == ENXIO || errno == EINTR))
         waiting.pause();
     if (pipe >= 0) ::fcntl(pipe, F_SETFL, ::fcntl(pipe, F_GETFL) & ~O_NONBLOCK);
     return pipe;
 }
 
+void ResultFile::openOwn() {
+    for (int tries = 0; tries < kMostTries; ++tries)
+        if (tryToOpen()) return;
+    throw RecordingException(current + ": cannot be written: other runs make and remove it all the time");
+}
+
+/// The lock is taken before anything is thrown away: the file may be another run's, which may complete it between our
+/// opening and our lock. Then it is a whole result with a name of its own, and we begin anew.
+bool ResultFile::tryToOpen() {
+    close();
+    file = ::open(current.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
+    const bool isNew = file >= 0;
+    if (!isNew && errno == EEXIST) {
+        file = ::open(current.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        if (file < 0 && errno == ENOENT) return false; // another run has just removed it
+    }
+    if (file < 0) fail("cannot be written");
+    lock();
+    if (!getIsAtName()) return false;
+    if (!isNew) {
+        if (const auto refusal = ResultPath::findRefusalOfPartial(current, file, options)) refuse(*refusal);
+        if (::ftruncate(file, 0) != 0) fail("cannot be emptied");
+    }
+    ResultMark::open(file);
+    return true;
+}
+
+void ResultFile::lock() {
+    while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EINTR) continue;
+        if (getIsWithoutLocks(errno)) return;
+        if (errno != EWOULDBLOCK) fail("cannot be locked");
+        close();
+        throw RecordingException(current + ": another run is writing this result");
+    }
+}
+
+/// Whether the file that is open is still the one that has its name.
+bool ResultFile::getIsAtName() const {
+    struct stat own {};
+    struct stat there {};
+    return ::fstat(file, &own) == 0 && ::lstat(current.c_str(), &there) == 0 && own.st_dev == there.st_dev &&
+           own.st_ino == there.st_ino;
+}
+
+/// Who may read a file may read what takes its place, and nobody else.
+void ResultFile::takeModeOf(const std::string& path) const {
+    struct stat facts {};
+    if (::lstat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return;
+    // Where neither can be set the file stays as the user's mask makes it.
+    [[maybe_unused]] int result = ::fchown(file, static_cast<uid_t>(-1), facts.st_gid);
+    result = ::fchmod(file, facts.st_mode & kPermissions);
+}
+
+void ResultFile::write(const char* bytes, std::size_t count) {
+    while (count > 0) {
+        if (getIsDirect()) waitForReader();
+        // A pipe that has room takes so much without waiting.
+        const ssize_t taken =
+            ::write(file, bytes, getIsDirect() ? std::min<std::size_t>(count, PIPE_BUF) : count);
+        // A descriptor that never waits says so although another writer may have taken the room there was.
+        if (taken < 0 && (errno == EINTR || (getIsDirect() && errno == EAGAIN))) continue;
+        if (taken < 0) fail("cannot be written");
+        bytes += taken;
+        count -= static_cast<std::size_t>(taken);
+        written += static_cast<std::uint64_t>(taken);
+    }
+}
+
 void ResultFile::waitForReader() const {
     while (!waiting.wait(file, POLLOUT))
-        if (isGivenUp) throw RecordingException(partialPath + ": cannot be written: nobody reads it");
+        if (isGivenUp) throw RecordingException(getPartialPath() + ": cannot be written: nobody reads it");
+}
+
+void ResultFile::cutTo(std::uint64_t bytes) {
+    if (getIsDirect() || file < 0) return;
+    const auto end = static_cast<off_t>(bytes);
+    if (::ftruncate(file, end) != 0 || ::lseek(file, end, SEEK_SET) != end) fail("cannot be shortened");
+    written = bytes;
+}
+
+/// Errors that a write has left for later come with the sync or the closing. The lock must outlast the closing: up to its
+/// rename the file is ours alone.
+void ResultFile::finish() {
+    if (isFinished || file < 0) return;
+    isFinished = true;
+    while (::fsync(file) != 0) {
+        if (errno == EINTR) continue;
+        if (!getIsWithoutSync(errno)) fail("cannot be brought to the disk");
+        break;
+    }
+    if (!getIsDirect()) ResultMark::close(file);
+    const int keeper = getIsDirect() ? -1 : ::fcntl(file, F_DUPFD_CLOEXEC, 0);
+    if (keeper < 0 && !getIsDirect()) fail("cannot be closed");
+    if (::close(std::exchange(file, keeper)) != 0 && errno != EINTR) fail("cannot be closed");
 }
 
 void ResultFile::complete() {
-    if (!isDirect && std::rename(partialPath.c_str(), path.c_str()) != 0) fail("cannot get its final name");
+    finish();
+    if (!getIsDirect()) {
+        requireFinalName();
+        takeModeOf(getPath());
+        rename();
+        syncFolder();
+    }
     close();
+}
+
+/// Much may have happened since the run began.
+void ResultFile::requireFinalName() const {
+    if (!getIsAtName())
+        throw RecordingException(current + ": was moved, removed or replaced while it was written");
+    if (const auto refusal = name.findRefusalOfFinal(options)) refuse(*refusal);
+}
+
+void ResultFile::rename() {
+    if (std::rename(current.c_str(), getPath().c_str()) != 0) fail("cannot get its final name");
+    current = getPath();
+}
+
+/// The name, too, is to outlast a loss of power. Some file systems can't promise that.
+void ResultFile::syncFolder() const {
+    const std::string folder = std::filesystem::path(getPath()).parent_path().string();
+    const int opened = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (opened < 0) return; // a folder that one may write to but not list
+    const int error = ::fsync(opened) == 0 ? 0 : errno;
+    ::close(opened);
+    if (error != EIO) return;
+    throw RecordingException(getPath() + ": its name cannot be brought to the disk: " + std::strerror(error));
 }
 
 void ResultFile::discard() {
-    if (!isDirect) ::unlink(partialPath.c_str());
+    if (!getIsDirect() && file >= 0 && getIsAtName()) ::unlink(current.c_str());
     close();
 }
 
-void ResultFile::replacePartial(const std::string& replacement) {
-    if (std::rename(replacement.c_str(), partialPath.c_str()) != 0) fail("cannot be replaced");
+std::unique_ptr<ResultFile> ResultFile::beginCopy() const {
+    return std::unique_ptr<ResultFile>(new ResultFile(CopyOf{}, *this));
+}
+
+/// The copy has a lock of its own, so the partial file is locked all the time.
+void ResultFile::adopt(ResultFile& copy) {
+    if (!getIsAtName() || !copy.getIsAtName())
+        throw RecordingException(current + ": was moved, removed or replaced while it was written");
+    if (std::rename(copy.current.c_str(), current.c_str()) != 0) fail("cannot be replaced");
+    std::swap(file, copy.file);
+    written = copy.written;
+    copy.close();
 }
 
 void ResultFile::fail(const std::string& what) const {
-    throw RecordingException(partialPath + ": " + what + ": " + std::strerror(errno));
+    throw RecordingException(current + ": " + what + ": " + std::strerror(errno));
 }
 
 void ResultFile::close() {

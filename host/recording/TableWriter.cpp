@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <memory>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -22,8 +24,8 @@ std::size_t copyCells(std::string& to, const std::string& row, std::size_t from,
 } // namespace
 
 TableWriter::TableWriter(const std::string& path, std::string name, std::vector<Group> list,
-                         const std::atomic<bool>* stop)
-    : file(path, stop), writer(file), timeName(std::move(name)), groups(std::move(list)) {
+                         ResultOptions options, const std::atomic<bool>* stop)
+    : file(path, std::move(options), stop), writer(file), timeName(std::move(name)), groups(std::move(list)) {
     Widths known{.firstRow = 0, .columns = {}};
     for (const Group& group : groups)
         known.columns.push_back(group.columns.size());
@@ -95,37 +97,46 @@ void TableWriter::begin() {
     hasBegun = true;
 }
 
+void TableWriter::finish() {
+    end();
+    file.finish();
+}
+
 void TableWriter::complete() {
-    close();
+    finish();
     file.complete();
+    isComplete = true;
 }
 
 void TableWriter::abandon() {
-    close();
+    finish();
 }
 
 void TableWriter::discard() {
     file.discard();
 }
 
-void TableWriter::close() {
-    if (!hasBegun) begin();
-    writer.flush();
-    if (widths.size() > 1) widenEarlyRows();
+void TableWriter::end() {
+    if (!isEnded) {
+        isEnded = true;
+        if (!hasBegun) begin();
+        writer.flush();
+    }
+    if (isWidened || widths.size() == 1) return;
+    isWidened = true;
+    widenEarlyRows();
 }
 
 /// Copies the table under the final header, with the cells added that a row's groups had not yet when it was written.
 void TableWriter::widenEarlyRows() {
-    const std::string widened = file.getPartialPath() + ".widened";
-    ResultFile to(widened);
+    const std::unique_ptr<ResultFile> to = file.beginCopy();
     try {
-        copyWidened(to);
-        to.complete();
+        copyWidened(*to);
+        file.adopt(*to);
     } catch (...) {
-        to.discard();
+        to->discard();
         throw;
     }
-    file.replacePartial(widened);
 }
 
 void TableWriter::copyWidened(ResultFile& to) const {

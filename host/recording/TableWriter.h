@@ -29,9 +29,10 @@ public:
         std::vector<std::string> columns; ///< Names of its own, or empty.
     };
 
-    /// Opens the result. Raises `RecordingException` when it can't be written. `stop`: see `ResultFile`.
+    /// Opens the result. Raises `RecordingException` when it can't be written. `stop`: see `ResultFile`. Requires: no
+    /// name has a line end.
     TableWriter(const std::string& path, std::string timeName, std::vector<Group> groups,
-                const std::atomic<bool>* stop = nullptr);
+                ResultOptions options = {}, const std::atomic<bool>* stop = nullptr);
 
     /// Writes a row: `samples[i]` belongs to group i and may be null. Raises when a group with names of its own gets a
     /// sample with another number of elements, and when the file can't be written.
@@ -43,16 +44,21 @@ public:
     /// Waits no more for who reads a pipe; see `ResultFile`. [any]
     void giveUp() { file.giveUp(); }
 
-    /// Closes a table that is whole: it gets its final name.
+    /// Ends the table and brings it to the disk, still under its partial name. A second call does nothing.
+    void finish();
+    /// Gives a table that is whole its final name.
     void complete();
-    /// Closes a table that isn't: it stays under its partial name.
+    /// Ends a table that isn't whole: it stays under its partial name. After a failed write it ends with the last whole row
+    /// that the file could take.
     void abandon();
     /// Closes a table that nobody wants: nothing stays.
     void discard();
 
     const std::string& getPath() const { return file.getPath(); }
     const std::string& getPartialPath() const { return file.getPartialPath(); }
+    /// Rows written; after a failed write, those in the file.
     std::uint64_t getRows() const { return writer.getRows(); }
+    bool getIsComplete() const { return isComplete; }
 
 private:
     /// From one row on, how many columns each group has.
@@ -66,7 +72,7 @@ private:
     void requireKnownWidth(std::size_t group, std::size_t elements) const;
     std::vector<std::string> header(const std::vector<std::size_t>& columns) const;
     void begin();
-    void close();
+    void end();
     void widenEarlyRows();
     void copyWidened(ResultFile& to) const;
 
@@ -77,6 +83,9 @@ private:
     std::vector<Widths>
         widths; ///< The last entry is in force; the first is the header's as long as it is the only one.
     bool hasBegun = false;
+    bool isEnded = false;
+    bool isWidened = false;
+    bool isComplete = false;
 };
 
 } // namespace Quillmere::Host

@@ -100,6 +100,10 @@ std::string curve(const Panel& panel, const char* style, const FrequencyResponse
     return "<path class=\"" + std::string(style) + "\" d=\"" + path + "\"/>\n";
 }
 
+// By these a picture is known again.
+const std::string kBegin = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 ";
+const std::string kStyle = "path{fill:none;stroke-linejoin:round}.grid{stroke:#ddd}";
+
 std::optional<double> decibels(Complex response) {
     const double size = std::abs(response);
     if (!std::isfinite(size)) return std::nullopt;
@@ -146,12 +150,13 @@ std::string responseAsSvg(const FrequencyResponse& response, const std::string& 
         .above = 318, .below = 478, .bottom = -180, .top = 180, .tick = 90, .unit = "°", .jump = 180};
     // Letters are a little over half as wide as they are high.
     const double titleSize = std::min(15.0, (kRight - kLeft) / 0.58 / static_cast<double>(title.size() + 1));
-    std::string svg =
-        "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + number(kWidth) +
-        " 540\" font-family=\"sans-serif\" font-size=\"12\">\n"
-        "<style>path{fill:none;stroke-linejoin:round}.grid{stroke:#ddd}.design{stroke:#d80;stroke-width:"
-        "1.5;stroke-dasharray:6 4}.impulse{stroke:#9bd;stroke-width:5}.sine{stroke:#024;stroke-width:"
-        "1.5}</style>\n<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n";
+    std::string svg = kBegin + number(kWidth) +
+                      " 540\" font-family=\"sans-serif\" font-size=\"12\">\n"
+                      "<style>" +
+                      kStyle +
+                      ".design{stroke:#d80;stroke-width:1.5;stroke-dasharray:6 "
+                      "4}.impulse{stroke:#9bd;stroke-width:5}.sine{stroke:#024;stroke-width:"
+                      "1.5}</style>\n<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n";
     svg += "<text x=\"" + number(kLeft) + "\" y=\"24\" font-size=\"" + number(titleSize) + "\">" +
            escaped(title) + "</text>\n";
     const auto add = [&](const char* style, const Getter& get) {
@@ -168,6 +173,10 @@ std::string responseAsSvg(const FrequencyResponse& response, const std::string& 
                     (response.hasDesign ? "; dashed: what the design promises" : ""));
     svg += text(kRight, 512, "end", "frequency / Nyquist frequency");
     return svg + "</svg>\n";
+}
+
+bool getIsResponseSvg(std::string_view head) {
+    return head.starts_with(kBegin) && head.find(kStyle) != std::string_view::npos;
 }
 
 } // namespace Quillmere::Host

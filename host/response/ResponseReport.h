@@ -5,6 +5,7 @@
 #include "host/response/FrequencyResponse.h"
 
 #include <string>
+#include <string_view>
 
 namespace Quillmere::Host {
 
@@ -15,5 +16,8 @@ QUILLMERE_API std::string responseAsCsv(const FrequencyResponse& response);
 
 /// A response as an SVG picture: gain in decibels above, phase in degrees below, over the relative frequency.
 QUILLMERE_API std::string responseAsSvg(const FrequencyResponse& response, const std::string& title);
+
+/// Whether a file that begins so is such a picture.
+QUILLMERE_API bool getIsResponseSvg(std::string_view head);
 
 } // namespace Quillmere::Host

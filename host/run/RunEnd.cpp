@@ -31,16 +31,18 @@ std::string failureText(const Core::Filter* block, double streamTime, const std:
 
 void endSinks(const std::vector<Sink*>& sinks, bool isWhole) {
     std::string failure;
-    for (Sink* const sink : sinks) {
+    const auto attempt = [&](Sink* sink, void (Sink::*operation)()) {
         try {
-            if (isWhole && failure.empty())
-                sink->complete();
-            else
-                sink->abandon();
+            (sink->*operation)();
         } catch (const std::exception& exception) {
             if (failure.empty()) failure = exception.what();
         }
-    }
+    };
+    // What can fail for want of room comes before any result is replaced.
+    for (Sink* const sink : sinks)
+        if (isWhole) attempt(sink, &Sink::finish);
+    for (Sink* const sink : sinks)
+        attempt(sink, isWhole && failure.empty() ? &Sink::complete : &Sink::abandon);
     if (isWhole && !failure.empty()) throw RunException(failure);
 }
 

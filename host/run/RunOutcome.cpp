@@ -65,7 +65,8 @@ bool getIsSilent(Core::AbstractInputPin& input) {
 /// A pin that nothing came to is usual: there may have been no event. A sink to which nothing came at all hardly is.
 void addResult(const Graph::Node& node, RunOutcome& outcome) {
     const Sink& sink = *node.sink;
-    RunOutcome::Result result{sink.getName(), sink.getPath(), sink.getPartialPath(), sink.getRows(), {}};
+    RunOutcome::Result result{sink.getName(), sink.getPath(),       sink.getPartialPath(),
+                              sink.getRows(), sink.getIsComplete(), {}};
     for (Core::AbstractInputPin* const pin : sink.getInputPins())
         if (getIsSilent(*pin)) result.silentPins.push_back(pin->getName() + ": " + reasonOfSilence(*pin));
     if (!outcome.getIsWhole()) result.silentPins.clear(); // what failed early hasn't come to everything

@@ -29,6 +29,7 @@ struct RunOutcome {
         std::string path;        ///< `-` for standard output.
         std::string partialPath; ///< Where it is as long as it isn't whole.
         std::uint64_t rows = 0;
+        bool isComplete = false; ///< It has its final name.
         /// Of a result with rows, for each pin to which nothing came its name and why.
         std::vector<std::string> silentPins;
     };

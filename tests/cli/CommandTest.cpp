@@ -151,7 +151,7 @@ TEST_F(Command, PathsAreRelativeToTheGraphOrToTheCaller) {
 }
 
 TEST_F(Command, AWrongGraphIsToldOnTheErrorOutputAndNothingRuns) {
-    folder.write("out.csv", "what a user had");
+    folder.write("out.csv", "t,x[0]\n-1,-2\n");
     const Ended ended =
         call({"run", "g.yaml", "--set", "gain.Gian=2", "--set", "gain.Gain=high", "--param", "fcator=1"});
     EXPECT_EQ(ended.exitCode, 2);
@@ -163,7 +163,7 @@ TEST_F(Command, AWrongGraphIsToldOnTheErrorOutputAndNothingRuns) {
                          "of Gain; did you mean "
                          "Gain?\n"
                          "--set gain.Gain=high: found 'high'; expected a number\n");
-    EXPECT_EQ(folder.read("out.csv"), "what a user had");
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n-1,-2\n");
     EXPECT_EQ(folder.count(), 3);
 }
 
@@ -206,15 +206,14 @@ TEST_F(Command, ADesignWithoutDigitsIsAWarningAndStrictlyAnError) {
 
 TEST_F(Command, ARunThatFailsMidwayKeepsWhatItWrote) {
     folder.write("in.csv", "t,x\n0,1\n0.5,two\n");
-    folder.write("out.csv", "what a user had");
+    folder.write("out.csv", "t,x[0]\n-1,-2\n");
     const Ended ended = call({"run", "g.yaml"});
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_EQ(
         ended.err,
         "quillmere: block 'in' (RecordingSource) at 0 s: in.csv:3: column 'x': found \"two\"; expected a "
-        "number\n  incomplete: 1 rows in " +
-            folder.path("out.csv.partial") + "\n");
-    EXPECT_EQ(folder.read("out.csv"), "what a user had");
+        "number\n  incomplete: 1 rows in out.csv.partial\n");
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n-1,-2\n");
     EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,2\n");
     folder.write("in.csv", "t,x\n0,1\n");
     EXPECT_EQ(call({"run", "g.yaml"}).exitCode, 0);

@@ -415,7 +415,7 @@ TEST_F(LiveCommand, AReaderThatGoesAwayEndsTheRun) {
     const Ended ended = program->wait();
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_EQ(ended.err, "quillmere: block 'out' (RecordingSink) at 1 s: standard output: cannot be written: "
-                         "Broken pipe\n  incomplete: 2 rows in standard output\n");
+                         "Broken pipe\n  incomplete: 1 rows in standard output\n");
 }
 
 TEST_F(LiveCommand, ControlCEndsARunThatNobodyReads) {
@@ -440,7 +440,7 @@ TEST_F(LiveCommand, AFullDiskEndsTheRun) {
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_EQ(ended.err,
               "quillmere: block 'out' (RecordingSink) at 0 s: /dev/full: cannot be written: No space "
-              "left on device\n  incomplete: 1 rows in /dev/full\n");
+              "left on device\n  incomplete: 0 rows in /dev/full\n");
 }
 
 TEST_F(LiveCommand, AResultMayGoNowhere) {

@@ -68,6 +68,18 @@ TEST_F(ResponseCommand, SaysWhereNothingCouldBeMeasured) {
 
 TEST_F(ResponseCommand, WritesAPicture) {
     EXPECT_EQ(call({"FilterGain", "--points", "4", "--picture", "gain.svg"}).exitCode, 0);
+    folder.write("copy.svg", folder.read("gain.svg"));
+    folder.write("mine.svg", "<svg>what a user had</svg>");
+    for (const char* const known : {"gain.svg", "copy.svg"})
+        EXPECT_EQ(call({"FilterGain", "--points", "4", "--picture", known}).exitCode, 0);
+    const Ended refused = call({"FilterGain", "--points", "4", "--picture", "mine.svg"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err,
+              "quillmere: --picture: found the file 'mine.svg', which no run has written; expected "
+              "another name, or 'overwrite: true' or --overwrite to replace it\n");
+    EXPECT_EQ(folder.read("mine.svg"), "<svg>what a user had</svg>");
+    EXPECT_EQ(call({"FilterGain", "--points", "4", "--overwrite", "--picture", "mine.svg"}).exitCode, 0);
     EXPECT_EQ(folder.read("gain.svg").substr(0, 5), "<svg ");
     EXPECT_FALSE(folder.has("gain.svg.partial"));
 }

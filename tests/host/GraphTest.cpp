@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <ctime>
 #include <filesystem>
 #include <string>
@@ -277,6 +279,134 @@ TEST_F(GraphTest, AFileHasOneWriterAndNoReaderInTheSameRun) {
               "over\n");
 }
 
+TEST_F(GraphTest, TwoNamesOfOneFileAreOneFile) {
+    const std::string links = "  - {from: in.x, to: out.x}\n  - {from: in.x, to: o2.x}\n";
+    const auto sink = [](const std::string& file) {
+        return "  - {id: o2, type: RecordingSink, properties: {file: " + file + "}}\n";
+    };
+    folder.write("out.csv", "t,x[0]\n");
+    std::filesystem::create_hard_link(folder.path("out.csv"), folder.path("hard.csv"));
+    EXPECT_EQ(
+        wrong(sink("hard.csv"), links),
+        "g.yaml:5:54: found the file 'hard.csv', which 'out' writes too; expected a file of its own for "
+        "each sink\n");
+    std::filesystem::create_hard_link(folder.path("in.csv"), folder.path("hard-in.csv"));
+    EXPECT_EQ(wrong(sink("hard-in.csv"), links),
+              "g.yaml:3:56: found the file 'in.csv', which 'o2' writes; expected a recording that the run "
+              "doesn't write over\n");
+}
+
+TEST_F(GraphTest, AResultTakesItsPartialNamesToo) {
+    const std::string links = "  - {from: in.x, to: out.x}\n  - {from: in.x, to: o2.x}\n";
+    for (const char* const name : {"out.csv.partial", "out.csv.partial.widened"})
+        EXPECT_EQ(wrong("  - {id: o2, type: RecordingSink, properties: {file: " + std::string(name) + "}}\n",
+                        links),
+                  "g.yaml:5:54: found the file '" + std::string(name) +
+                      "', which 'out' writes too; expected a file of its own for each sink\n");
+    const GraphChanges changes{.parameters = {},
+                               .settings = {},
+                               .inputs = {{"in", folder.path("out.csv.partial"), "--input"}},
+                               .outputs = {}};
+    folder.write("out.csv.partial", "t,x,y\n0,1,2\n");
+    EXPECT_EQ(
+        complaintsOf(std::string(kHead) + "connections:\n  - {from: in.x, to: out.x}\n", changes),
+        "--input: found the file 'out.csv.partial', which 'out' writes; expected a recording that the run "
+        "doesn't write over\n");
+}
+
+TEST_F(GraphTest, TheGraphAndItsPluginsAreNoPlaceForAResult) {
+    const auto complaintsOfOutput = [&](const std::string& path) {
+        const GraphChanges changes{
+            .parameters = {}, .settings = {}, .inputs = {}, .outputs = {{"out", path, "--output"}}};
+        return complaintsOf(std::string(kHead) + "connections:\n  - {from: in.x, to: out.x}\n", changes);
+    };
+    const std::string expected = "; expected a file that the run doesn't read\n";
+    EXPECT_EQ(complaintsOfOutput(folder.path("g.yaml")),
+              "--output: found the file 'g.yaml', which is the graph that runs" + expected);
+    folder.write("g.yaml", ""); // so that there is something to link to
+    std::filesystem::create_hard_link(folder.path("g.yaml"), folder.path("other.yaml.partial"));
+    EXPECT_EQ(complaintsOfOutput(folder.path("other.yaml")),
+              "--output: found the file 'other.yaml.partial', which is the graph that runs" + expected);
+    const std::string plugin = catalogue.getPluginPaths().front();
+    EXPECT_EQ(complaintsOfOutput(plugin),
+              "--output: found the file '" + plugin + "', which is a plug-in of the run" + expected);
+}
+
+TEST_F(GraphTest, ALinkIsNoPlaceForAResultUnlessItLeadsToADevice) {
+    const auto complaintsOfOutput = [&](const std::string& name) {
+        const GraphChanges changes{.parameters = {},
+                                   .settings = {},
+                                   .inputs = {},
+                                   .outputs = {{"out", folder.path(name), "--output"}}};
+        return complaintsOf(std::string(kHead) + "connections:\n  - {from: in.x, to: out.x}\n", changes);
+    };
+    folder.write("real.csv", "t,x[0]\n");
+    std::filesystem::create_symlink("real.csv", folder.path("link.csv"));
+    std::filesystem::create_symlink("none.csv", folder.path("loose.csv"));
+    std::filesystem::create_symlink("/dev/null", folder.path("null"));
+    std::filesystem::create_symlink("/dev/stdout", folder.path("stdout"));
+    EXPECT_EQ(
+        complaintsOfOutput("link.csv"),
+        "--output: found the link 'link.csv' to 'real.csv'; expected the name of the file itself, since a "
+        "result takes the place of what has its name\n");
+    EXPECT_NE(complaintsOfOutput("loose.csv"), "");
+    EXPECT_EQ(complaintsOfOutput("null"), "");
+    EXPECT_EQ(complaintsOfOutput("stdout"), "");
+}
+
+/// For as long as it lives the program may do no more than a user without rights.
+class WithoutRights {
+public:
+    WithoutRights() : before(::geteuid()) {
+        if (before == 0) isLowered = ::seteuid(kNobody) == 0;
+    }
+    ~WithoutRights() {
+        if (isLowered) EXPECT_EQ(::seteuid(before), 0);
+    }
+    WithoutRights(const WithoutRights&) = delete;
+    WithoutRights& operator=(const WithoutRights&) = delete;
+
+private:
+    static constexpr uid_t kNobody = 65534;
+    uid_t before;
+    bool isLowered = false;
+};
+
+TEST_F(GraphTest, AResultNeedsAFolderThatCanBeWrittenTo) {
+    namespace fs = std::filesystem;
+    fs::create_directory(folder.path("locked"));
+    fs::permissions(folder.path("locked"), fs::perms(0555));
+    fs::permissions(folder.path(""), fs::perms(0777));
+    const std::string text = std::string(kHead) + "connections:\n  - {from: in.x, to: out.x}\n";
+    const WithoutRights lowered;
+    if (::geteuid() == 0) GTEST_SKIP() << "no user without rights can be had here";
+    EXPECT_EQ(complaintsOf(text), "");
+    const GraphChanges changes{.parameters = {},
+                               .settings = {},
+                               .inputs = {},
+                               .outputs = {{"out", folder.path("locked/o.csv"), "--output"}}};
+    EXPECT_EQ(
+        complaintsOf(text, changes),
+        "--output: found the file 'locked/o.csv' in a folder that can't be written to (Permission denied); "
+        "expected a folder that can\n");
+}
+
+TEST_F(GraphTest, ANameMustLeaveRoomForThoseThatAResultTakesFirst) {
+    const auto complaintsOfLength = [&](std::size_t length) {
+        const GraphChanges changes{.parameters = {},
+                                   .settings = {},
+                                   .inputs = {},
+                                   .outputs = {{"out", folder.path(std::string(length, 'n')), "--output"}}};
+        return complaintsOf(std::string(kHead) + "connections:\n  - {from: in.x, to: out.x}\n", changes);
+    };
+    EXPECT_EQ(complaintsOfLength(239), "");
+    for (const std::size_t length : {240U, 300U})
+        EXPECT_EQ(complaintsOfLength(length),
+                  "--output: found a name of " + std::to_string(length) + " bytes for a result, '" +
+                      std::string(60, 'n') +
+                      "...'; expected 239 at most, since it is written as NAME.partial first\n");
+}
+
 TEST_F(GraphTest, ResultsNeedAPlace) {
     EXPECT_EQ(
         wrong("  - {id: o2, type: RecordingSink, properties: {file: none/o.csv}}\n"
@@ -300,9 +430,9 @@ TEST_F(GraphTest, CallersFilesMustFitTheirBlocks) {
 }
 
 TEST_F(GraphTest, NothingIsTouchedByACheck) {
-    folder.write("out.csv", "what a user had");
+    folder.write("out.csv", "t,x[0]\n-1,-2\n");
     EXPECT_EQ(wrong("", "  - {from: in.x, to: out.x}\n"), "");
-    EXPECT_EQ(folder.read("out.csv"), "what a user had");
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n-1,-2\n");
     EXPECT_EQ(folder.count(), 3) << "in.csv, g.yaml, out.csv";
 }
 

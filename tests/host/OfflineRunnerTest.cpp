@@ -114,13 +114,13 @@ TEST_F(OfflineRunnerTest, BlocksWithoutInputsStepWithTheSourcesAndThenRest) {
 }
 
 TEST_F(OfflineRunnerTest, ABlockThatRaisesEndsTheRunAndKeepsWhatWasWritten) {
-    folder.write("out.csv", "what a user had");
+    folder.write("out.csv", "t,x[0]\n-1,-2\n");
     EXPECT_EQ(
         run(graph(source("in", "in.csv", "x: x") + "  - {id: hot, type: OddFailing, properties: {good: 2}}\n",
                   "  - {from: in, to: hot}\n  - {from: hot, to: out.x}\n")),
         "block 'hot' (OddFailing of " + std::filesystem::canonical(ODD_PLUGIN).string() +
             ") at 1 s: Runtime exception: overheated");
-    EXPECT_EQ(folder.read("out.csv"), "what a user had");
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n-1,-2\n");
     EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1\n0.5,2\n");
 }
 
@@ -231,6 +231,35 @@ TEST_F(GeneratedRunTest, AStopEndsItMidway) {
     EXPECT_EQ(run(graph(kRamp, "  - {from: ramp, to: out.x}\n"), {}, {.rounds = 5, .seconds = {}}),
               "at 0 s: interrupted");
     EXPECT_FALSE(folder.has("out.csv"));
+}
+
+TEST_F(OfflineRunnerTest, AResultThatCannotGetItsNameLeavesThoseBehindItPartialAndWhole) {
+    const auto sink = [](const std::string& id) {
+        return "  - {id: " + id + ", type: RecordingSink, properties: {file: " + id + ".csv}}\n";
+    };
+    Complaints complaints;
+    const std::string text = "format: 1\nblocks:\n" + source("in", "in.csv", "x: x") + sink("one") +
+                             sink("two") + sink("three") +
+                             "connections:\n  - {from: in, to: one.x}\n  - {from: in, to: two.x}\n"
+                             "  - {from: in, to: three.x}\n";
+    const GraphDescription description = GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+    Graph graph(description, catalogue, complaints);
+    graph.openSources(complaints);
+    complaints.raise();
+    graph.openSinks();
+    std::filesystem::create_directory(folder.path("two.csv")); // meanwhile
+    OfflineRunner runner(graph);
+    EXPECT_THROW(runner.run(stop), RunException);
+    const std::string rows = "t,x[0]\n0,1\n0.5,2\n1,3\n";
+    EXPECT_EQ(folder.read("one.csv"), rows);
+    EXPECT_EQ(folder.read("two.csv.partial"), rows);
+    EXPECT_EQ(folder.read("three.csv.partial"), rows);
+    EXPECT_FALSE(folder.has("three.csv"));
+    const RunOutcome& ended = runner.getOutcome();
+    ASSERT_EQ(ended.results.size(), 3u);
+    EXPECT_TRUE(ended.results[0].isComplete);
+    EXPECT_FALSE(ended.results[1].isComplete);
+    EXPECT_FALSE(ended.results[2].isComplete);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <filesystem>
 #include <limits>
 #include <string>
 
@@ -40,10 +41,107 @@ TEST_F(RecordingSinkTest, ColumnsAndTimeMayBeNamed) {
 }
 
 TEST_F(RecordingSinkTest, NamesThatDoNotFitTheSampleEndTheRun) {
-    EXPECT_EQ(run(graph("file: out.csv, columns: {first: [ax]}")),
-              "block 'out' (RecordingSink) at 0 s: out.csv: group 'first': found a sample of 2 elements; "
-              "expected 1, as many "
-              "as it has column names");
+    EXPECT_EQ(
+        run("format: 1\nblocks:\n"
+            "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {p: [x, y]}}}\n"
+            "  - {id: gain, type: FilterGain}\n"
+            "  - {id: out, type: RecordingSink, properties: {file: out.csv, columns: {first: [ax]}}}\n"
+            "connections: [{from: in, to: gain}, {from: gain, to: out.first}]\n"),
+        "block 'out' (RecordingSink) at 0 s: out.csv: group 'first': found a sample of 2 elements; "
+        "expected 1, as many as it has column names");
+}
+
+TEST_F(RecordingSinkTest, NamesMustFitASampleThatComesStraightFromARecording) {
+    const std::string found = "g.yaml:4:74: found 1 column names for 'first', whose samples have 2 elements; "
+                              "expected as many names as elements\n";
+    EXPECT_EQ(complaintsOf(graph("file: out.csv, columns: {first: [ax]}")), found);
+    EXPECT_EQ(complaintsOf(graph("file: out.csv, columns: {first: [ax, ay]}")), "");
+    std::string framed = graph("file: out.csv, columns: {first: [a, b, c]}");
+    framed.replace(framed.find("time: t"), 7, "time: t, frame: 3");
+    EXPECT_EQ(complaintsOf(framed), "g.yaml:4:74: found 3 column names for 'first', whose samples have 6 "
+                                    "elements; expected as many names as elements\n");
+}
+
+TEST_F(RecordingSinkTest, NamesThatCannotStandInAHeaderAreRefused) {
+    const std::string expected = "; expected a name in one line, without control characters\n";
+    EXPECT_EQ(complaintsOf(graph("file: out.csv, time: \"a\\nb\"")), "g.yaml:4:70: found 'a\\nb'" + expected);
+    EXPECT_EQ(complaintsOf(graph("file: out.csv, time: \"\"")), "g.yaml:4:70: found ''" + expected);
+    EXPECT_EQ(complaintsOf(graph("file: out.csv, columns: {first: [\"a\\rb\", c]}")),
+              "g.yaml:4:82: found 'a\\rb'" + expected);
+    std::string pin = graph("file: out.csv");
+    pin.replace(pin.find("out.first"), 9, "\"out.fi\\nrst\"");
+    EXPECT_EQ(complaintsOf(pin), "g.yaml:7:22: found the pin name 'fi\\nrst'" + expected);
+}
+
+TEST_F(RecordingSinkTest, ACountedColumnHasItsNameForItself) {
+    EXPECT_EQ(
+        complaintsOf(graph("file: out.csv, time: \"first[1]\"")),
+        "g.yaml:4:70: found the column name 'first[1]', which a column of 'first' has too; expected each "
+        "name once\n");
+    EXPECT_EQ(complaintsOf(graph("file: out.csv, columns: {first: [\"second one[0]\", b]}")),
+              "g.yaml:4:74: found the column name 'second one[0]', which a column of 'second one' has too; "
+              "expected each name once\n");
+    EXPECT_EQ(complaintsOf(graph("file: out.csv, columns: {first: [b, t]}, time: t")),
+              "g.yaml:4:85: found the column name 't' a second time; expected each name once\n")
+        << "wherever the time's name stands";
+    EXPECT_EQ(complaintsOf(graph("file: out.csv, time: \"third[1]\"")), "");
+}
+
+/// What stands under the name of a result, and what a check says of it.
+struct StandingRow {
+    std::string text;
+    bool isReplaced;
+    std::string why;
+};
+
+TEST_F(RecordingSinkTest, AResultReplacesOnlyWhatReadsLikeOne) {
+    const std::string sink = graph("file: out.csv, columns: {first: [u, v]}");
+    const StandingRow rows[] = {
+        {"t,second one[0],u,v\n0,1,2,3\n", true, "the sink's own"},
+        {"t,u,v\n0,1e-07,\n1,,nan\n2,-0.1", true, "other pins, and a cut end"},
+        {"t,second one[0],second one[1]\n", true, "other widths"},
+        {"t,other[0],u,v\n1,2,3,4\n", true, "a pin that is no more"},
+        {"t\n", true, "without any sample"},
+        {"", true, "nothing is lost"},
+        {"what a user had", false, "a text"},
+        {"what a user had\nin two lines\n", false, "a text"},
+        {"t\n0\n1\n", false, "times alone"},
+        {"t,x,y\n0,1,2\n", false, "a recording"},
+        {"s,u,v\n0,1,2\n", false, "another time column"},
+        {"t,u,v,w\n0,1,2,3\n", false, "a strange column"},
+        {"t,u,v\n0,1,2.50\n", false, "numbers that no run writes"},
+        {"t,u,v\n0,1,2\n1,2,three\n", false, "no numbers"},
+        {"t,u[1],u[2]\n0,1,2\n", false, "columns that don't count from 0"},
+    };
+    for (const StandingRow& row : rows) {
+        folder.write("out.csv", row.text);
+        EXPECT_EQ(complaintsOf(sink),
+                  row.isReplaced
+                      ? ""
+                      : "g.yaml:4:55: found the file 'out.csv', which no run has written; expected "
+                        "another name, or 'overwrite: true' or --overwrite to replace it\n")
+            << row.why;
+        EXPECT_EQ(folder.read("out.csv"), row.text) << "a check touches nothing";
+    }
+    EXPECT_THROW(run(sink), Quillmere::Host::GraphException);
+    EXPECT_EQ(folder.read("out.csv"), rows[14].text);
+    EXPECT_EQ(run(graph("file: out.csv, overwrite: true, columns: {first: [u, v]}")), "");
+    EXPECT_EQ(folder.read("out.csv"), "t,second one[0],u,v\n0,10,1,10\n0.5,20,2,20\n1,30,3,30\n");
+}
+
+TEST_F(RecordingSinkTest, ColumnsThatARecordingHasProveNothing) {
+    const std::string sink =
+        "format: 1\nblocks:\n"
+        "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {p: "
+        "[x, y]}}}\n"
+        "  - {id: out, type: RecordingSink, properties: {file: out.csv, columns: {p: [x, "
+        "y]}}}\n"
+        "connections: [{from: in, to: out.p}]\n";
+    folder.write("out.csv", folder.read("in.csv"));
+    EXPECT_NE(complaintsOf(sink), "") << "the table may be another recording";
+    std::filesystem::remove(folder.path("out.csv"));
+    EXPECT_EQ(run(sink), "");
+    EXPECT_EQ(run(sink), "") << "known by its mark";
 }
 
 struct RefusalRow {
@@ -56,7 +154,8 @@ TEST_F(RecordingSinkTest, WrongSettingsAreComplainedOf) {
         {"", "g.yaml:4:10: found the RecordingSink 'out' without a file; expected 'file:' and the name of a "
              "file\n"},
         {"file: out.csv, name: x",
-         "g.yaml:4:64: found the property 'name' of RecordingSink; expected one of file, time and columns\n"},
+         "g.yaml:4:64: found the property 'name' of RecordingSink; expected one of file, time, columns and "
+         "overwrite\n"},
         {"file: out.csv, columns: {frist: [a]}",
          "g.yaml:4:74: found the pin 'frist' that no connection leads to; expected one of second one and "
          "first; did you mean "

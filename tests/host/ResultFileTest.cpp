@@ -7,38 +7,78 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace {
 
 using Quillmere::Host::RecordingException;
 using Quillmere::Host::ResultFile;
+using Quillmere::Host::ResultOptions;
 using Support::TemporaryFolder;
+namespace fs = std::filesystem;
 
-std::string refusal(const std::string& path) {
+/// Texts that begin with `old` are results to these tests.
+const ResultOptions kOptions{.overwrites = false,
+                             .looksOwn = [](std::string_view head) { return head.starts_with("old"); }};
+
+std::string refusal(const std::string& path, const ResultOptions& options = kOptions) {
     try {
-        ResultFile file(path);
+        ResultFile file(path, options);
     } catch (const RecordingException& exception) {
         return exception.what();
     }
     return "";
 }
 
+std::string failureToComplete(ResultFile& file) {
+    try {
+        file.complete();
+    } catch (const RecordingException& exception) {
+        return exception.what();
+    }
+    return "";
+}
+
+void writeResult(const std::string& path, const std::string& text) {
+    ResultFile file(path, kOptions);
+    file.write(text.data(), text.size());
+    file.complete();
+}
+
+fs::perms modeOf(const std::string& path) {
+    return fs::status(path).permissions();
+}
+
+/// Whether this file system keeps marks; where it doesn't, some files can't be told apart.
+bool keepsMarks(const std::string& path) {
+    const std::string value = "1";
+    return ::setxattr(path.c_str(), "user.quillmere.test", value.data(), value.size(), 0) == 0;
+}
+
 TEST(ResultFile, HasItsFinalNameOnlyWhenComplete) {
     const TemporaryFolder folder;
-    folder.write("out.csv", "what a user had");
+    folder.write("out.csv", "old result");
     {
-        ResultFile file(folder.path("out.csv"));
+        ResultFile file(folder.path("out.csv"), kOptions);
         file.write("new", 3);
-        EXPECT_EQ(folder.read("out.csv"), "what a user had");
+        EXPECT_EQ(folder.read("out.csv"), "old result");
         EXPECT_EQ(folder.read("out.csv.partial"), "new");
+        file.finish();
+        EXPECT_EQ(folder.read("out.csv"), "old result");
         file.complete();
     }
     EXPECT_EQ(folder.read("out.csv"), "new");
@@ -47,9 +87,9 @@ TEST(ResultFile, HasItsFinalNameOnlyWhenComplete) {
 
 TEST(ResultFile, LeavesThePartialFileWhenItIsGivenUp) {
     const TemporaryFolder folder;
-    folder.write("out.csv", "what a user had");
-    { ResultFile(folder.path("out.csv")).write("half", 4); }
-    EXPECT_EQ(folder.read("out.csv"), "what a user had");
+    folder.write("out.csv", "old result");
+    { ResultFile(folder.path("out.csv"), kOptions).write("half", 4); }
+    EXPECT_EQ(folder.read("out.csv"), "old result");
     EXPECT_EQ(folder.read("out.csv.partial"), "half");
 }
 
@@ -61,34 +101,178 @@ TEST(ResultFile, DiscardLeavesNothing) {
     EXPECT_EQ(folder.count(), 0);
 }
 
-TEST(ResultFile, StartsEmptyOverAnEarlierPartialFile) {
+TEST(ResultFile, StartsEmptyOverWhatARunHasLeft) {
     const TemporaryFolder folder;
-    folder.write("out.csv.partial", "from a run that failed");
-    ResultFile file(folder.path("out.csv"));
-    file.write("x", 1);
-    file.complete();
+    folder.write("out.csv.partial", "old run that failed");
+    { ResultFile(folder.path("out.csv"), kOptions).write("half", 4); }
+    EXPECT_EQ(folder.read("out.csv.partial"), "half");
+    folder.write("out.csv.partial.widened", "");
+    writeResult(folder.path("out.csv"), "x");
     EXPECT_EQ(folder.read("out.csv"), "x");
+    EXPECT_EQ(folder.count(), 1) << "nothing of a run that was killed stays";
 }
 
-TEST(ResultFile, FollowsALinkAndKeepsIt) {
+TEST(ResultFile, ReplacesNothingThatNoRunHasMade) {
     const TemporaryFolder folder;
-    folder.write("real.csv", "old");
-    std::filesystem::create_symlink("real.csv", folder.path("link.csv"));
-    ResultFile file(folder.path("link.csv"));
+    const std::string path = folder.write("out.csv", "what a user had");
+    EXPECT_EQ(refusal(path),
+              "found the file '" + path +
+                  "', which no run has written; expected another name, or 'overwrite: true' or "
+                  "--overwrite to replace it");
+    EXPECT_EQ(folder.read("out.csv"), "what a user had");
+    EXPECT_EQ(folder.count(), 1);
+    EXPECT_EQ(refusal(path, {.overwrites = true, .looksOwn = {}}), "");
+}
+
+TEST(ResultFile, ReplacesAnEarlierResultWhateverStandsInIt) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path("out.csv");
+    writeResult(path, "first");
+    if (!keepsMarks(path)) GTEST_SKIP() << "no marks here";
+    writeResult(path, "second");
+    EXPECT_EQ(folder.read("out.csv"), "second");
+    folder.write("out.csv", "second, and a user's notes");
+    EXPECT_EQ(refusal(path), "found the file '" + path +
+                                 "', which was changed after a run had written it; expected another name, or "
+                                 "'overwrite: true' or --overwrite to replace it");
+}
+
+TEST(ResultFile, AWriteProtectedResultStays) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("out.csv", "old result");
+    fs::permissions(path, fs::perms(0444));
+    EXPECT_EQ(refusal(path),
+              "found the file '" + path +
+                  "', which is write-protected; expected another name, or 'overwrite: true' or "
+                  "--overwrite to replace it");
+}
+
+TEST(ResultFile, KeepsTheModeOfWhatItReplaces) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("out.csv", "old result");
+    fs::permissions(path, fs::perms(0640));
+    ResultFile file(path, kOptions);
+    EXPECT_EQ(modeOf(path + ".partial"), fs::perms(0640)) << "from the begin";
+    fs::permissions(path, fs::perms(0600));
+    file.complete();
+    EXPECT_EQ(modeOf(path), fs::perms(0600));
+}
+
+TEST(ResultFile, RefusesALinkAndLeavesItsTarget) {
+    const TemporaryFolder folder;
+    folder.write("real.csv", "old result");
+    fs::create_symlink("real.csv", folder.path("link.csv"));
+    fs::create_symlink("none.csv", folder.path("loose.csv"));
+    for (const char* const name : {"link.csv", "loose.csv"}) {
+        const std::string path = folder.path(name);
+        const std::string expected =
+            "found the link '" + path + "' to '" + fs::read_symlink(path).string() +
+            "'; expected the name of the file itself, since a result takes the place "
+            "of what has its name";
+        EXPECT_EQ(refusal(path), expected);
+        EXPECT_EQ(refusal(path, {.overwrites = true, .looksOwn = {}}), expected);
+    }
+    EXPECT_EQ(folder.read("real.csv"), "old result");
+    EXPECT_EQ(folder.count(), 3);
+}
+
+/// Puts something where a partial file would be, and says what is found there.
+struct PlantedRow {
+    std::string found;
+    std::function<void(const std::string& path, const std::string& victim)> plant;
+};
+
+TEST(ResultFile, WhatIsPlantedUnderAPartialNameIsNeitherFollowedNorEmptied) {
+    const auto text = [](const std::string& path, const std::string&) { std::ofstream(path) << "my data"; };
+    const auto link = [](const std::string& path, const std::string& to) { fs::create_symlink(to, path); };
+    const auto loose = [](const std::string& path, const std::string& to) {
+        fs::create_symlink(to + ".none", path);
+    };
+    const auto hard = [](const std::string& path, const std::string& to) { fs::create_hard_link(to, path); };
+    const auto folderThere = [](const std::string& path, const std::string&) { fs::create_directory(path); };
+    const auto pipe = [](const std::string& path, const std::string&) {
+        ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    };
+    const PlantedRow rows[] = {{"the file 'PATH', which no run has written", text},
+                               {"the link 'PATH'", link},
+                               {"the link 'PATH'", loose},
+                               {"the file 'PATH', which has another name too", hard},
+                               {"the folder 'PATH'", folderThere},
+                               {"no file but something else as 'PATH'", pipe}};
+    for (const char* const ending : {".partial", ".partial.widened"})
+        for (const PlantedRow& row : rows) {
+            const TemporaryFolder folder;
+            const std::string victim = folder.write("victim", "old and dear");
+            const std::string planted = folder.path("out.csv") + ending;
+            row.plant(planted, victim);
+            std::string found = row.found;
+            found.replace(found.find("PATH"), 4, planted);
+            for (const bool overwrites : {false, true})
+                EXPECT_EQ(refusal(folder.path("out.csv"),
+                                  {.overwrites = overwrites, .looksOwn = kOptions.looksOwn}),
+                          "found " + found +
+                              "; expected nothing there but what a run has left, since the result is written "
+                              "there first: move it away, or name the result otherwise");
+            EXPECT_EQ(folder.read("victim"), "old and dear");
+            EXPECT_TRUE(folder.has("out.csv" + std::string(ending))) << "it is still there";
+            EXPECT_FALSE(folder.has("victim.none"));
+            EXPECT_EQ(folder.count(), 2) << found;
+        }
+}
+
+TEST(ResultFile, WhatComesUnderItsNameMeanwhileStays) {
+    const TemporaryFolder folder;
+    ResultFile file(folder.path("out.csv"), kOptions);
     file.write("new", 3);
-    file.complete();
-    EXPECT_EQ(folder.read("real.csv"), "new");
-    EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link.csv")));
-    EXPECT_EQ(folder.count(), 2);
+    folder.write("out.csv", "what a user has put there");
+    EXPECT_NE(failureToComplete(file).find("which no run has written"), std::string::npos);
+    EXPECT_EQ(folder.read("out.csv"), "what a user has put there");
+    EXPECT_EQ(folder.read("out.csv.partial"), "new");
 }
 
-TEST(ResultFile, FollowsALinkToAFileThatIsNotThereYet) {
+TEST(ResultFile, APartialFileThatWasReplacedGetsNoName) {
     const TemporaryFolder folder;
-    std::filesystem::create_symlink("real.csv", folder.path("link.csv"));
-    ResultFile file(folder.path("link.csv"));
-    EXPECT_EQ(file.getPath(), folder.path("real.csv"));
+    ResultFile file(folder.path("out.csv"), kOptions);
+    fs::remove(folder.path("out.csv.partial"));
+    ResultFile other(folder.path("out.csv"), kOptions);
+    EXPECT_EQ(failureToComplete(file),
+              folder.path("out.csv.partial") + ": was moved, removed or replaced while it was written");
+    file.discard();
+    EXPECT_TRUE(folder.has("out.csv.partial")) << "the other's";
+    EXPECT_EQ(failureToComplete(other), "");
+}
+
+TEST(ResultFile, ACopyTakesThePlaceAndTheLock) {
+    const TemporaryFolder folder;
+    ResultFile file(folder.path("out.csv"), kOptions);
+    file.write("narrow", 6);
+    const std::unique_ptr<ResultFile> copy = file.beginCopy();
+    copy->write("wide", 4);
+    file.adopt(*copy);
+    EXPECT_EQ(folder.read("out.csv.partial"), "wide");
+    EXPECT_EQ(refusal(folder.path("out.csv")),
+              folder.path("out.csv.partial") + ": another run is writing this result");
     file.complete();
-    EXPECT_TRUE(folder.has("real.csv"));
+    EXPECT_EQ(folder.read("out.csv"), "wide");
+    EXPECT_EQ(folder.count(), 1);
+}
+
+TEST(ResultFile, AnOpenDescriptorIsWrittenWhereItIs) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("log", "");
+    const int log = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    ASSERT_GE(log, 0);
+    EXPECT_EQ(::write(log, "before ", 7), 7);
+    fs::create_symlink("/dev/fd/" + std::to_string(log), folder.path("link"));
+    for (const std::string& name : {"/dev/fd/" + std::to_string(log), folder.path("link")}) {
+        ResultFile file(name);
+        EXPECT_TRUE(file.getIsDirect());
+        file.write("row ", 4);
+        file.complete();
+    }
+    EXPECT_EQ(::write(log, "behind", 6), 6) << "it stays open";
+    ::close(log);
+    EXPECT_EQ(folder.read("log"), "before row row behind");
 }
 
 TEST(ResultFile, WritesADeviceStraight) {
@@ -111,9 +295,16 @@ TEST(ResultFile, RefusesASecondWriterWithoutHarmToTheFirst) {
 TEST(ResultFile, RefusesWhatCannotBeWritten) {
     const TemporaryFolder folder;
     EXPECT_EQ(refusal(folder.path(".")),
-              folder.path(".") + ": found a directory; expected the name of a file to write");
+              "found the folder '" + folder.path(".") + "'; expected the name of a file");
     EXPECT_EQ(refusal(folder.path("no/such/out.csv")),
-              folder.path("no/such/out.csv.partial") + ": cannot be written: No such file or directory");
+              "found the file '" + folder.path("no/such/out.csv") +
+                  "' in a folder that isn't there; expected a folder that is");
+    const Support::TemporaryFolder other;
+    ASSERT_EQ(::mknod(other.path("socket").c_str(), S_IFSOCK | 0600, 0), 0);
+    EXPECT_EQ(refusal(other.path("socket")),
+              "found the socket '" + other.path("socket") +
+                  "'; expected the name of a file, a pipe or a device that takes "
+                  "text");
 }
 
 TEST(ResultFile, AFullDiskIsAFailure) {
@@ -217,7 +408,7 @@ TEST(ResultFile, AWishToStopEndsTheWaitForAReader) {
     const TemporaryFolder folder;
     const Support::Fifo reader(folder.path("pipe"));
     LateStop stop;
-    ResultFile file(folder.path("pipe"), &stop.flag);
+    ResultFile file(folder.path("pipe"), {}, &stop.flag);
     const std::string much(1'000'000, 'x');
     EXPECT_THROW(file.write(much.data(), much.size()), Quillmere::Host::InterruptedException);
 }
@@ -227,7 +418,7 @@ TEST(ResultFile, AWishToStopEndsTheWaitForOneWhoOpensThePipe) {
     Support::Fifo reader(folder.path("pipe"));
     LateStop stop;
     reader.close(); // the test has no end of it any more
-    EXPECT_THROW(ResultFile(folder.path("pipe"), &stop.flag), Quillmere::Host::InterruptedException);
+    EXPECT_THROW(ResultFile(folder.path("pipe"), {}, &stop.flag), Quillmere::Host::InterruptedException);
 }
 
 TEST(ResultFile, WaitsForOneWhoOpensThePipeLater) {

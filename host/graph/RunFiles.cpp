@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/RunFiles.h"
+
+#include "host/graph/Printable.h"
+#include "host/recording/ResultPath.h"
+#include "host/recording/StandardStream.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+namespace Quillmere::Host {
+
+namespace {
+std::string quoted(const std::string& name) {
+    return "the file '" + printable(name, kLongestName) + "'";
+}
+} // namespace
+
+template <class User>
+void RunFiles::Register<User>::add(const File& file, User user) {
+    byName.emplace(file.resolved, user);
+    if (file.exists) byNumber.emplace(std::pair(file.device, file.number), user);
+}
+
+template <class User>
+const User* RunFiles::Register<User>::find(const File& file) const {
+    if (const auto named = byName.find(file.resolved); named != byName.end()) return &named->second;
+    const auto numbered = byNumber.find({file.device, file.number});
+    return file.exists && numbered != byNumber.end() ? &numbered->second : nullptr;
+}
+
+RunFiles::RunFiles(const GraphDescription& description, const BlockCatalogue& catalogue) {
+    readings.add(namedFile(description.getPath()), "which is the graph that runs");
+    for (const std::string& path : catalogue.getPluginPaths())
+        readings.add(namedFile(path), "which is a plug-in of the run");
+}
+
+void RunFiles::check(std::vector<Graph::Node>& nodes, Complaints& complaints) {
+    for (Graph::Node& node : nodes)
+        if (node.sink != nullptr && !node.sink->getPath().empty()) addWriting(node, complaints);
+    const Source* fromStandardInput = nullptr;
+    for (const Graph::Node& node : nodes) {
+        const Source* const source = node.source;
+        if (source == nullptr || source->getPath().empty()) continue;
+        if (getIsStandardStream(source->getPath())) {
+            if (fromStandardInput != nullptr)
+                complaints.add(source->getPathPlace(),
+                               "standard input, which '" + fromStandardInput->getName() + "' reads too",
+                               "one source that reads it");
+            fromStandardInput = source;
+        }
+        checkReading(*source, complaints);
+    }
+}
+
+void RunFiles::addWriting(Graph::Node& node, Complaints& complaints) {
+    const Place& place = node.sink->getPathPlace();
+    const std::vector<File> files = filesOf(*node.sink);
+    for (const File& file : files) {
+        if (const std::string* const reading = readings.find(file)) {
+            complaints.add(place, quoted(file.name) + ", " + *reading, "a file that the run doesn't read");
+            node.isFaulty = true;
+        } else if (Graph::Node* const* const other = writings.find(file)) {
+            complaints.add(place,
+                           quoted(file.name) + ", which '" + (*other)->sink->getName() + "' writes too",
+                           "a file of its own for each sink");
+            node.isFaulty = true;
+        }
+        if (node.isFaulty) break; // its other names would say the same
+    }
+    for (const File& file : files)
+        writings.add(file, &node);
+}
+
+void RunFiles::checkReading(const Source& source, Complaints& complaints) {
+    const File read =
+        getIsStandardStream(source.getPath()) ? openFile(STDIN_FILENO) : namedFile(source.getPath());
+    Graph::Node* const* const writer = writings.find(read);
+    if (writer == nullptr) return;
+    complaints.add(source.getPathPlace(),
+                   quoted(read.name) + ", which '" + (*writer)->sink->getName() + "' writes",
+                   "a recording that the run doesn't write over");
+    (*writer)->isFaulty = true;
+}
+
+RunFiles::File RunFiles::namedFile(const std::string& path) {
+    std::error_code error;
+    File file{.name = path, .resolved = std::filesystem::weakly_canonical(path, error).string()};
+    // A name that can't be resolved, or begins with what isn't there, is taken as it is.
+    if (error) file.resolved = path;
+    std::filesystem::path absolute = std::filesystem::absolute(file.resolved, error);
+    if (!error) file.resolved = absolute.lexically_normal().string();
+    struct stat facts {};
+    if (::stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return file;
+    file.exists = true;
+    file.device = facts.st_dev;
+    file.number = facts.st_ino;
+    return file;
+}
+
+RunFiles::File RunFiles::openFile(int descriptor) {
+    const std::string name = descriptor == STDIN_FILENO    ? "standard input"
+                             : descriptor == STDOUT_FILENO ? "standard output"
+                                                           : "/dev/fd/" + std::to_string(descriptor);
+    File file{.name = name, .resolved = name};
+    struct stat facts {};
+    if (::fstat(descriptor, &facts) != 0 || !S_ISREG(facts.st_mode)) return file;
+    file.exists = true;
+    file.device = facts.st_dev;
+    file.number = facts.st_ino;
+    return file;
+}
+
+/// All names that the result takes until it is whole.
+std::vector<RunFiles::File> RunFiles::filesOf(const Sink& sink) {
+    const ResultPath result(sink.getPath());
+    if (result.getKind() == ResultPath::Kind::Descriptor) return {openFile(result.getDescriptor())};
+    if (!result.getIsFile()) return {namedFile(result.getPath())};
+    return {namedFile(result.getPath()), namedFile(result.getPartialPath()),
+            namedFile(result.getWidenedPath())};
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/graph/Complaint.h"
+#include "host/graph/Graph.h"
+#include "host/plugins/BlockCatalogue.h"
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace Quillmere::Host {
+
+/// The files that a run reads and those that it writes: none may be both, and none written twice. What exists is compared by
+/// what it is, so that links and other names for it don't hide it.
+class RunFiles {
+public:
+    RunFiles(const GraphDescription& description, const BlockCatalogue& catalogue);
+
+    /// Complains of files that are meant for two things; their sinks are faulty then.
+    void check(std::vector<Graph::Node>& nodes, Complaints& complaints);
+
+private:
+    /// A file, or the place of one that isn't there yet.
+    struct File {
+        std::string name; ///< As messages have it.
+        std::string resolved;
+        bool exists = false; ///< As a regular file: of others the name counts.
+        dev_t device = 0;
+        ino_t number = 0;
+    };
+    /// Who uses files, by what the files are.
+    template <class User>
+    class Register {
+    public:
+        void add(const File& file, User user);
+        /// Null for a file that nobody uses.
+        const User* find(const File& file) const;
+
+    private:
+        std::map<std::string, User> byName;
+        std::map<std::pair<dev_t, ino_t>, User> byNumber;
+    };
+
+    static File namedFile(const std::string& path);
+    static File openFile(int descriptor);
+    static std::vector<File> filesOf(const Sink& sink);
+
+    void addWriting(Graph::Node& node, Complaints& complaints);
+    void checkReading(const Source& source, Complaints& complaints);
+
+    Register<std::string> readings; ///< Besides recordings: what each is.
+    Register<Graph::Node*> writings;
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/ResultMark.h"
+
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+namespace Quillmere::Host::ResultMark {
+
+namespace {
+
+constexpr const char* kAttribute = "user.quillmere.result";
+constexpr std::string_view kOpen = "open";
+constexpr std::int64_t kSameSecond =
+    2; ///< File systems keep times more or less finely, and copies with them.
+constexpr std::size_t kHead = std::size_t{1} << 16;
+
+void set(int file, std::string_view text) {
+    // What can't carry a mark is known by its text.
+    [[maybe_unused]] const int result = ::fsetxattr(file, kAttribute, text.data(), text.size(), 0);
+}
+
+/// Whether the mark of a file that was closed tells of this size and time.
+bool getIsUnchanged(std::string_view mark, const struct stat& facts) {
+    std::int64_t size = 0;
+    std::int64_t second = 0;
+    const char* const end = mark.data() + mark.size();
+    const auto [space, sizeError] = std::from_chars(mark.data(), end, size);
+    if (sizeError != std::errc() || space == end) return false;
+    const auto [stop, secondError] = std::from_chars(space + 1, end, second);
+    if (secondError != std::errc() || stop != end) return false;
+    return size == facts.st_size && std::abs(second - facts.st_mtim.tv_sec) <= kSameSecond;
+}
+
+std::string headOf(int file) {
+    std::string head(kHead, '\0');
+    std::size_t filled = 0;
+    while (filled < head.size()) {
+        const ssize_t count =
+            ::pread(file, head.data() + filled, head.size() - filled, static_cast<off_t>(filled));
+        if (count <= 0) break;
+        filled += static_cast<std::size_t>(count);
+    }
+    head.resize(filled);
+    return head;
+}
+
+} // namespace
+
+void open(int file) {
+    set(file, kOpen);
+}
+
+void close(int file) {
+    struct stat facts {};
+    if (::fstat(file, &facts) == 0)
+        set(file, std::to_string(facts.st_size) + " " + std::to_string(facts.st_mtim.tv_sec));
+}
+
+Maker findMaker(int file, const ResultOptions& options) {
+    struct stat facts {};
+    if (::fstat(file, &facts) != 0) return Maker::Unknown;
+    if (facts.st_size == 0) return Maker::Run; // nothing is lost with it
+    char text[64];
+    const ssize_t length = ::fgetxattr(file, kAttribute, text, sizeof text);
+    if (length >= 0) {
+        const std::string_view mark(text, static_cast<std::size_t>(length));
+        return mark == kOpen || getIsUnchanged(mark, facts) ? Maker::Run : Maker::ChangedSince;
+    }
+    return options.looksOwn && options.looksOwn(headOf(file)) ? Maker::Run : Maker::Unknown;
+}
+
+} // namespace Quillmere::Host::ResultMark

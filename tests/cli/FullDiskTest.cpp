@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+#include "tests/cli/Program.h"
+#include "tests/host/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Support::Ended;
+using Strings = std::vector<std::string>;
+
+constexpr const char* kGraph = R"yaml(format: 1
+name: the test
+blocks:
+  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}
+  - {id: gain, type: FilterGain}
+  - {id: out, type: RecordingSink, properties: {file: out.csv}}
+connections:
+  - {from: in, to: gain}
+  - {from: gain, to: out.x}
+)yaml";
+
+constexpr const char* kResult = "t,x[0]\n0,1\n0.5,2\n1,3\n";
+
+class FullDisk : public testing::Test {
+protected:
+    FullDisk() {
+        folder.write("g.yaml", kGraph);
+        folder.write("in.csv", "t,x\n0,1\n0.5,2\n1,3\n");
+    }
+
+    Ended call(Strings arguments, const std::string& output = {}) const {
+        arguments.insert(arguments.begin(), QUILLMERE);
+        return Support::runProgram(arguments, folder.path(""), {.in = {}, .out = output});
+    }
+    /// With the redirections of a shell, such as `2>&-`.
+    Ended callInShell(const std::string& arguments) const {
+        return Support::runProgram({"/bin/sh", "-c", "exec " QUILLMERE " " + arguments}, folder.path(""));
+    }
+
+    Support::TemporaryFolder folder;
+};
+
+TEST_F(FullDisk, WhatCannotBePrintedIsAFailure) {
+    const Strings calls[] = {{"--help"},          {"--version"},        {"run", "--help"},
+                             {"blocks"},          {"blocks", "--json"}, {"blocks", "FilterGain"},
+                             {"check", "g.yaml"}, {"run", "g.yaml"},    {"response", "FilterGain"}};
+    for (const Strings& arguments : calls) {
+        const Ended ended = call(arguments, "/dev/full");
+        EXPECT_EQ(ended.exitCode, 1) << testing::PrintToString(arguments);
+        EXPECT_TRUE(ended.err.starts_with("quillmere: standard output: cannot be written: ")) << ended.err;
+        EXPECT_EQ(std::count(ended.err.begin(), ended.err.end(), '\n'), 1) << ended.err;
+    }
+    EXPECT_EQ(folder.read("out.csv"), kResult) << "the run's result is whole all the same";
+    EXPECT_EQ(call({"run", "--quiet", "g.yaml"}, "/dev/full").exitCode, 0) << "nothing is printed";
+    EXPECT_EQ(call({"frobnicate"}, "/dev/full").exitCode, 2);
+}
+
+TEST_F(FullDisk, AClosedOutputIsAFailureToo) {
+    const Ended ended = callInShell("blocks >&-");
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.err, "quillmere: standard output: cannot be written: Bad file descriptor\n");
+    EXPECT_EQ(callInShell("run --quiet g.yaml >&-").exitCode, 0);
+    EXPECT_EQ(callInShell("run --quiet g.yaml --output out=- >&-").exitCode, 1);
+}
+
+TEST_F(FullDisk, NoMessageGetsIntoAResult) {
+    folder.write("in.csv", "t,x\n0,1\n0.5,two\n");
+    EXPECT_EQ(callInShell("run g.yaml <&- >&- 2>&-").exitCode, 1);
+    EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1\n");
+    EXPECT_EQ(callInShell("run g.yaml 2>&-").exitCode, 1);
+    EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1\n");
+}
+
+TEST_F(FullDisk, AFileSizeLimitEndsARunWithASentence) {
+    std::string text = "t,x\n";
+    for (int i = 0; i < 20000; ++i)
+        text += std::to_string(i) + ",0.123456\n";
+    folder.write("in.csv", text);
+    const Ended ended = callInShell("run --quiet g.yaml"); // to see it fit
+    ASSERT_EQ(ended.exitCode, 0) << ended.err;
+    const auto blocks = std::filesystem::file_size(folder.path("out.csv")) / 512 / 2;
+    const std::string limited = "ulimit -f " + std::to_string(blocks) + "; exec " QUILLMERE " run g.yaml";
+    const Ended cut = Support::runProgram({"/bin/sh", "-c", limited}, folder.path(""));
+    EXPECT_EQ(cut.exitCode, 1);
+    EXPECT_NE(cut.err.find("out.csv.partial: cannot be written: File too large\n"), std::string::npos)
+        << cut.err;
+    const std::string partial = folder.read("out.csv.partial");
+    EXPECT_TRUE(partial.ends_with(",0.123456\n")) << "whole rows";
+    const auto rows = std::count(partial.begin(), partial.end(), '\n') - 1;
+    EXPECT_GT(rows, 5000);
+    EXPECT_LT(rows, 15000);
+    EXPECT_NE(cut.err.find("  incomplete: " + std::to_string(rows) + " rows in out.csv.partial\n"),
+              std::string::npos)
+        << cut.err;
+    EXPECT_TRUE(folder.read("out.csv").ends_with("19999,0.123456\n")) << "the earlier one stays";
+}
+
+TEST_F(FullDisk, WhereOneResultHasNoRoomAllStayPartial) {
+    folder.write("g.yaml", std::string(kGraph) + "  - {from: gain, to: more.x}\n");
+    std::string graph = folder.read("g.yaml");
+    graph.insert(graph.find("connections:"),
+                 "  - {id: more, type: RecordingSink, properties: {file: /dev/full}}\n");
+    folder.write("g.yaml", graph);
+    const Ended ended = call({"run", "g.yaml"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.err, "quillmere: /dev/full: cannot be written: No space left on device\n"
+                         "  incomplete: 3 rows in out.csv.partial\n"
+                         "  incomplete: 0 rows in /dev/full\n");
+    EXPECT_EQ(folder.read("out.csv.partial"), kResult);
+    EXPECT_FALSE(folder.has("out.csv"));
+}
+
+TEST_F(FullDisk, AResultThatHasItsNameIsToldAsComplete) {
+    std::string graph = std::string(kGraph) + "  - {from: gain, to: more.x}\n";
+    graph.insert(graph.find("connections:"),
+                 "  - {id: more, type: RecordingSink, properties: {file: more.csv}}\n");
+    folder.write("g.yaml", graph);
+    folder.write("more.csv", "what a user had");
+    const Ended refused = call({"run", "g.yaml"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_EQ(refused.err,
+              "g.yaml:7:56: found the file 'more.csv', which no run has written; expected another "
+              "name, or 'overwrite: true' or --overwrite to replace it\n");
+    EXPECT_EQ(call({"check", "g.yaml"}).err, refused.err);
+    EXPECT_EQ(folder.read("more.csv"), "what a user had");
+    EXPECT_EQ(call({"check", "--overwrite", "g.yaml"}).exitCode, 0);
+    EXPECT_EQ(call({"run", "--overwrite", "g.yaml"}).exitCode, 0);
+    EXPECT_EQ(folder.read("more.csv"), kResult);
+}
+
+} // namespace
