@@ -293,10 +293,11 @@ TEST_F(LiveCommand, NamesWithBlanksNeedNoMoreThanTheShellsQuotes) {
 }
 
 TEST_F(LiveCommand, WordsInBracketsAreAMatrix) {
-    folder.write("g.yaml",
-                 std::regex_replace(std::string(kGraph), std::regex("FilterPeriodCounter"), "FilterIIR"));
+    const std::string text =
+        std::regex_replace(std::string(kGraph), std::regex("FilterPeriodCounter"), "FilterIIR");
+    folder.write("g.yaml", std::regex_replace(text, std::regex("to: count"), "to: count.in"));
     startControlled();
-    for (const std::string value : {"[[1, 2]]", "[[1.5]]", "[[1, 2], [3, 4]]"}) {
+    for (const std::string value : {"[[1, 2]]", "[[1.5]]", "[[1, 2, 3, 4]]"}) {
         const Ended set = ctl({"set", "count.XCoeffs", value});
         EXPECT_EQ(set.exitCode, 0) << set.err;
         EXPECT_EQ(ctl({"get", "count.XCoeffs"}).out, value + "\n");
