@@ -361,7 +361,8 @@ public:
         if (before == 0) isLowered = ::seteuid(kNobody) == 0;
     }
     ~WithoutRights() {
-        if (isLowered) EXPECT_EQ(::seteuid(before), 0);
+        if (!isLowered) return;
+        EXPECT_EQ(::seteuid(before), 0);
     }
     WithoutRights(const WithoutRights&) = delete;
     WithoutRights& operator=(const WithoutRights&) = delete;
