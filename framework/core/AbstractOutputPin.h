@@ -48,6 +48,8 @@ public:
     const std::vector<AbstractInputPin*>& getInputs() const { return inputs; }
     /// Samples sent so far, whoever was attached. [any, guarded]
     std::uint64_t getSentCount() const;
+    /// The same. Requires: the pin's gate is held, or its block doesn't run. [run]
+    std::uint64_t getSentUnderGate() const { return sent.get(); }
 
 protected:
     GatedTally sent;

@@ -2,14 +2,13 @@
 #pragma once
 
 #include "framework/core/AbstractOutputPin.h"
+#include "framework/core/StampClock.h"
 #include "framework/transport/InputPin.h"
 #include "framework/transport/TimeStampedData.h"
 
 #include <set>
 #include <string>
 #include <vector>
-
-#include <Poco/Timestamp.h>
 
 namespace Quillmere::Core {
 
@@ -63,8 +62,9 @@ public:
         for (AbstractInputPin* const input : this->inputs)
             static_cast<InputPinBase<T>*>(input)->accept(data); // `attach` has compared the data types
     }
-    /// Stamps `data` with the wall clock: seconds since 15 October 1582, midnight UTC. [run]
-    void send() { send(static_cast<double>(Poco::Timestamp().utcTime()) * 1e-7); }
+    /// Stamps `data` with the wall clock: seconds since 15 October 1582, midnight UTC; or with what the host has lent the
+    /// thread in its place. [run]
+    void send() { send(StampClock::now()); }
 
 protected:
     void doAttach(AbstractInputPin& input, bool silent) override;

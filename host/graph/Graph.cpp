@@ -31,6 +31,10 @@ void Graph::requireDrive(Complaints& complaints) const {
     if (description.getIsUsable() && std::none_of(nodes.begin(), nodes.end(), isDriving))
         complaints.add({description.getPath(), 1, 1}, "a graph that nothing drives",
                        "a block that reads a recording, such as RecordingSource, or one without inputs");
+    if (description.getIsUsable() && sinks.empty())
+        complaints.warn(
+            {description.getPath(), 1, 1},
+            "the graph has no sink, so nothing is kept of what it does; a RecordingSink writes a result");
 }
 
 void Graph::openSources(Complaints& complaints) {

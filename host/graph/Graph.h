@@ -54,7 +54,8 @@ public:
     /// What the runner has done to the blocks when stream time comes to it.
     Timeline& getTimeline() { return timeline; }
 
-    /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples. [setup]
+    /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples; and warns of one that
+    /// keeps nothing, since it has no sink. [setup]
     void requireDrive(Complaints& complaints) const;
     /// Opens the recordings and complains of what they lack, and of results that have no place. No result is touched.
     /// [setup]

@@ -8,6 +8,7 @@
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/RunFiles.h"
 #include "host/graph/RunOrder.h"
+#include "host/graph/SettingRules.h"
 #include "host/graph/TimelineBuilder.h"
 #include "host/recording/TableForm.h"
 
@@ -52,6 +53,7 @@ void GraphBuilder::build(const BlockCatalogue& catalogue) {
     RunFiles(description, catalogue).check(graph.nodes, complaints);
     arrange();
     timeline.link();
+    warnOfContradictions(graph, complaints);
 }
 
 void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {

@@ -93,6 +93,9 @@ public:
         Place where;
     };
 
+    /// What blocks stamp in an offline run whose rules say that they stamp the wall clock.
+    enum class Clock { Wall, Stream };
+
     /// What happens to one setting, command or input when the time of its entry has come.
     struct TimelineChange {
         enum class Kind { Set, Fire, Send };
@@ -124,6 +127,9 @@ public:
     /// One at least: `main` where the file gives none.
     const std::vector<Layout>& getLayouts() const { return layouts; }
     const std::vector<Connection>& getConnections() const { return connections; }
+    Clock getClock() const { return clock; }
+    /// Where the file says which; nowhere when it doesn't.
+    const Place& getClockPlace() const { return clockPlace; }
     /// By time; entries of one time as they stand in the file.
     const std::vector<TimelineEntry>& getTimeline() const { return timeline; }
     /// Whether the file could be understood as far as to be worth checking further.
@@ -152,6 +158,8 @@ private:
     std::vector<Block> blocks;
     std::vector<Connection> connections;
     std::vector<TimelineEntry> timeline;
+    Clock clock = Clock::Wall;
+    Place clockPlace;
     Index layoutIndex;
     Index blockIndex;
     bool isUsable = false;

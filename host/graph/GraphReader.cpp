@@ -19,13 +19,14 @@ constexpr std::int64_t kFormat = 1;
 
 constexpr const char* kOnlyLayout = "main"; ///< Where a graph names none.
 
-const std::vector<std::string> kGraphKeys{"format", "name",        "plugins",  "parameters", "layouts",
-                                          "blocks", "connections", "timeline", "view"};
+const std::vector<std::string> kGraphKeys{"format",  "name",   "clock",       "plugins",  "parameters",
+                                          "layouts", "blocks", "connections", "timeline", "view"};
 const std::vector<std::string> kLayoutKeys{"id", "view"};
 const std::vector<std::string> kBlockKeys{"id", "type", "properties", "layout", "view"};
 const std::vector<std::string> kConnectionKeys{"from", "to", "buffer", "order", "overflow", "view"};
 const std::vector<std::string> kOrders{"newest", "oldest"};
 const std::vector<std::string> kOverflows{"drop", "wait"};
+const std::vector<std::string> kClocks{"wall", "stream"};
 
 /// Words that some YAML readers take for a yes, a no or a nothing.
 bool isYamlWord(std::string_view text) {
@@ -84,6 +85,7 @@ GraphDescription GraphReader::read(const GraphChanges& changes) {
     requireKnownKeys(*top, kGraphKeys);
     readFormat(*top);
     if (const Value::Entry* name = top->find("name")) graph.name = readText(name->value, "a name");
+    readClock(*top);
     readParameters(*top, changes);
     readPlugins(*top);
     readLayouts(*top);
@@ -106,6 +108,19 @@ void GraphReader::readFormat(const Value& top) {
     const auto number = toWhole(format->value, complaints);
     if (number && *number != kFormat)
         complaints.add(format->value.where, "format " + format->value.text, "format 1");
+}
+
+void GraphReader::readClock(const Value& top) {
+    const Value::Entry* entry = top.find("clock");
+    if (entry == nullptr) return;
+    const std::string text = readText(entry->value, "one of " + listOfNames(kClocks));
+    if (text.empty()) return;
+    graph.clockPlace = entry->value.where;
+    if (text == "stream")
+        graph.clock = GraphDescription::Clock::Stream;
+    else if (text != "wall")
+        complaints.add(entry->value.where, entry->value.describe(), "one of " + listOfNames(kClocks),
+                       nearestName(text, kClocks));
 }
 
 void GraphReader::readParameters(const Value& top, const GraphChanges& changes) {

@@ -27,6 +27,7 @@ private:
     using Setting = GraphDescription::Setting;
 
     void readFormat(const Value& top);
+    void readClock(const Value& top);
     void readParameters(const Value& top, const GraphChanges& changes);
     void readPlugins(const Value& top);
     void readLayouts(const Value& top);

@@ -5,6 +5,7 @@
 #include "framework/core/Filter.h"
 #include "host/graph/Complaint.h"
 #include "host/graph/GraphDescription.h"
+#include "host/graph/ResultAccount.h"
 #include "host/graph/SourceAccount.h"
 
 #include <atomic>
@@ -89,6 +90,8 @@ public:
     /// How many elements each sample of an output has; nothing when that can't be known beforehand. [setup]
     virtual std::optional<std::size_t> getSampleSize(const Core::AbstractOutputPin& pin) const = 0;
 
+    /// The name of the column of which an element of a row on an output is.
+    virtual std::string getColumnName(const Core::AbstractOutputPin& output, std::size_t element) const = 0;
     /// What it has seen of its recording so far. Requires: open. [run, or when nothing runs]
     virtual SourceAccount getAccount() const = 0;
     /// What the first rows of a file look like, at most `rows` of them, up to the first that would end the run; nothing for
@@ -132,6 +135,8 @@ public:
     virtual void discard() = 0;
 
     virtual std::uint64_t getRows() const = 0;
+    /// What it has seen of what it wrote. [run, or when nothing runs]
+    virtual ResultAccount getAccount() const = 0;
     /// Whether the result has its final name.
     virtual bool getIsComplete() const = 0;
     /// Where the result is as long as it has not.

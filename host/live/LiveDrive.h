@@ -33,6 +33,7 @@ public:
     std::mutex timelineMutex; ///< Held by who applies the timeline or says who shall; taken before any gate.
     /// For a layout, when the run is over: what goes round in a loop is left alone then. Changed with all gates held.
     std::uint64_t mostDrainRounds = 0;
+    std::atomic<std::uint64_t> nonFiniteSeen{0}; ///< Over all layouts' `FiniteWatch`.
 
     /// One more source, or where there are none one more layout with a generator, keeps the run going. [any]
     void addDriver() { ++driversLeft; }

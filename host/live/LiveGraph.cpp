@@ -152,7 +152,10 @@ void LiveGraph::endSinks(bool isWhole) {
 
 RunOutcome LiveGraph::getOutcome(const RunProgress& progress, const std::string& failure) const {
     const std::lock_guard lock(structure);
-    return outcomeOf(graph, getBlocks(), progress, failure);
+    std::vector<FirstNonFinite> nonFinite;
+    for (const LiveLayout& layout : layouts)
+        nonFinite.insert(nonFinite.end(), layout.getNonFinite().begin(), layout.getNonFinite().end());
+    return outcomeOf(graph, getBlocks(), nonFinite, progress, failure);
 }
 
 std::uint64_t LiveGraph::getRounds() const {

@@ -4,6 +4,7 @@
 #include "host/recording/RecordingException.h"
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -40,7 +41,8 @@ private:
 };
 
 LiveLayout::LiveLayout(std::string layoutId, Core::LayoutManager& blocks, LiveDrive& liveDrive)
-    : id(std::move(layoutId)), layout(blocks), drive(liveDrive), number(liveDrive.room.enter(getGate())) {}
+    : id(std::move(layoutId)), layout(blocks), drive(liveDrive), number(liveDrive.room.enter(getGate())),
+      finite(liveDrive.nonFiniteSeen) {}
 
 void LiveLayout::refresh(std::deque<LiveSource>& runSources) {
     const std::vector<Core::Filter*>& blocks = layout.getFilters();
@@ -59,6 +61,7 @@ void LiveLayout::refresh(std::deque<LiveSource>& runSources) {
             drive.addDriver();
     }
     waiting.watch(blocks);
+    finite.watch(blocks);
     hasWakingLinks = waiting.getHasWakingLinks();
     if (!isDraining) passesLeft = waiting.getMostRounds();
     isRefreshed = true;
@@ -303,6 +306,7 @@ void LiveLayout::stepClock() {
     current = nullptr;
     hasClockStepped = true;
     streamTime = clock->getTime();
+    finite.look(*clock->getBlock(), streamTime);
     const bool tellsTime = !clock->getIsWallClock() && streamTime > before;
     if (!drive.clock.getIsUnpaced())
         clockDue = tellsTime ? drive.clock.dueOf(clock->getElapsed()) : Clock::now() + kPaceOfTimelessClock;
@@ -329,6 +333,7 @@ void LiveLayout::step(Core::Filter& block, Kind kind) {
     else
         block.process();
     if (drive.countsSteps) block.stepTally.steps.add(1);
+    finite.look(block, rounds.get() > 0 ? streamTime : std::numeric_limits<double>::quiet_NaN());
 }
 
 void LiveLayout::stepMeasured(Core::Filter& block) {

@@ -5,6 +5,7 @@
 #include "host/graph/HostBlock.h"
 #include "host/live/LiveDrive.h"
 #include "host/live/SendRoom.h"
+#include "host/run/FiniteWatch.h"
 #include "host/run/GeneratorClock.h"
 #include "host/run/WaitingSamples.h"
 
@@ -56,6 +57,9 @@ public:
     std::uint64_t getMostRounds() const { return waiting.getMostRounds(); }
     /// How many links come from other layouts. Requires: no thread runs. [setup]
     std::uint64_t getLinksFromElsewhere() const { return waiting.getLinksFromElsewhere(); }
+
+    /// What its blocks sent that wasn't finite. Requires: no thread runs.
+    const std::vector<FirstNonFinite>& getNonFinite() const { return finite.getFound(); }
 
     /// Starts its thread. Raises `RunException` when none can be made. [setup]
     void start();
@@ -112,6 +116,7 @@ private:
     std::unique_ptr<GeneratorClock> clock; ///< Null where sources drive the run.
     WaitingSamples waiting;
     SendRoom sendRoom;
+    FiniteWatch finite;
     bool hasWakingLinks = false;
 
     const Core::Filter* current = nullptr; ///< The block that is being stepped or read, for messages.

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSink.h"
 
+#include "host/graph/Finite.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/Printable.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
@@ -62,7 +64,27 @@ bool RecordingSink::getIsRowFull() const {
 
 void RecordingSink::writeRow(double time) {
     table->writeRow(time, samples);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        if (samples[i] != nullptr && !getIsFinite(*samples[i])) noteNonFinite(i, time);
     if (writesThrough) table->flush();
+}
+
+void RecordingSink::noteNonFinite(std::size_t pin, double time) {
+    const Core::MatrixXd& sample = *samples[pin];
+    for (Eigen::Index i = 0; i < sample.size(); ++i) {
+        if (std::isfinite(sample.data()[i])) continue;
+        if (account.nonFiniteValues++ > 0) continue;
+        account.firstTime = time;
+        account.firstRow = table->getRows();
+        account.firstColumn = getColumnName(pin, static_cast<std::size_t>(i));
+    }
+}
+
+std::string RecordingSink::getColumnName(std::size_t pin, std::size_t element) const {
+    const std::string& name = inputs[pin].getName();
+    const auto named = std::find_if(columns.begin(), columns.end(),
+                                    [&](const NamedColumns& candidate) { return candidate.pin == name; });
+    return named == columns.end() ? name + "[" + std::to_string(element) + "]" : named->names[element];
 }
 
 void RecordingSink::endGatheredRow() {

@@ -49,6 +49,7 @@ public:
     void discard() override;
     std::uint64_t getRows() const override { return table == nullptr ? 0 : table->getRows(); }
     bool getIsComplete() const override { return table != nullptr && table->getIsComplete(); }
+    ResultAccount getAccount() const override { return account; }
     std::string getPartialPath() const override { return table == nullptr ? "" : table->getPartialPath(); }
 
 private:
@@ -67,6 +68,8 @@ private:
     void gather(std::size_t pin);
     bool getIsRowFull() const;
     void writeRow(double time);
+    void noteNonFinite(std::size_t pin, double time);
+    std::string getColumnName(std::size_t pin, std::size_t element) const;
     void endGatheredRow();
 
     std::unordered_map<std::string, Core::InputPin<Core::MatrixXd>*> inputsByName;
@@ -79,6 +82,7 @@ private:
 
     const std::atomic<bool>* stop = nullptr;
     std::unique_ptr<TableWriter> table;
+    ResultAccount account;
     std::vector<const Core::MatrixXd*>
         samples;             ///< Of the row that is being written, null where nothing came.
     double streamTime = 0.0; ///< Seconds; of the round.

@@ -266,6 +266,12 @@ bool RecordingSource::takeRowIntoFrame() {
     return true;
 }
 
+std::string RecordingSource::getColumnName(const Core::AbstractOutputPin& pin, std::size_t element) const {
+    const auto found = std::find_if(outputs.begin(), outputs.end(),
+                                    [&](const Output& output) { return &output.pin == &pin; });
+    return found == outputs.end() ? "" : found->columns[element % found->columns.size()].name;
+}
+
 std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) const {
     if (recording == nullptr || getIsPiped()) return std::nullopt;
     SourceAccount account;

@@ -54,6 +54,7 @@ public:
     void setStop(const std::atomic<bool>& stop) override { recording->setStop(stop); }
     std::vector<std::string> getColumnNames() const override;
     std::optional<std::size_t> getSampleSize(const Core::AbstractOutputPin& pin) const override;
+    std::string getColumnName(const Core::AbstractOutputPin& output, std::size_t element) const override;
     SourceAccount getAccount() const override {
         return recording == nullptr ? SourceAccount{} : recording->getAccount();
     }

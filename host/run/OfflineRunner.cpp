@@ -12,9 +12,12 @@ namespace {
 constexpr std::uint64_t kRoundsBetweenReports = 4096;
 } // namespace
 
-OfflineRunner::OfflineRunner(Graph& target) : graph(target), running(target.getSources()) {
+OfflineRunner::OfflineRunner(Graph& target)
+    : graph(target), running(target.getSources()),
+      stamps(target.getDescription().getClock() == GraphDescription::Clock::Stream ? &streamTime : nullptr) {
     for (const Graph::Node* const node : graph.getRunOrder())
         steps.push_back(node->block.get());
+    finite.watch(steps);
 }
 
 void OfflineRunner::run(const std::atomic<bool>& stop) {
@@ -55,7 +58,7 @@ RunOutcome OfflineRunner::gatherOutcome(const std::string& failure) const {
     std::vector<Core::Filter*> blocks;
     for (const Graph::Node& node : graph.getNodes())
         blocks.push_back(node.block.get());
-    return outcomeOf(graph, blocks, getProgress(), failure);
+    return outcomeOf(graph, blocks, finite.getFound(), getProgress(), failure);
 }
 
 void OfflineRunner::runRounds(const std::atomic<bool>& stop) {
@@ -94,11 +97,20 @@ void OfflineRunner::runClockedRound(GeneratorClock& clock) {
         const Core::Synchronizer::StepLocker gate(graph.getLayout().getSynchronizer());
         current = clock.getBlock();
         clock.step();
+        requireStreamTime(clock);
         streamTime = clock.getTime();
+        finite.look(*current, streamTime);
         current = nullptr;
     }
     graph.getTimeline().apply(clock.getElapsed());
     runRound();
+}
+
+void OfflineRunner::requireStreamTime(const GeneratorClock& clock) const {
+    if (stamps == nullptr || !clock.getIsWallClock()) return;
+    throw RunException(
+        "found a wall clock's time where the block tells that of the run; expected a generator with a time "
+        "of its own in front of it, or 'clock: wall'");
 }
 
 void OfflineRunner::countRound() {
@@ -124,10 +136,12 @@ Source* OfflineRunner::earliestSource() {
 void OfflineRunner::runRound() {
     for (Sink* const sink : graph.getSinks())
         sink->setStreamTime(streamTime);
+    const Core::StampClock::Lent lent(stamps);
     Core::Synchronizer::StepLocker gate(graph.getLayout().getSynchronizer());
     for (Core::Filter* const step : steps) {
         current = step;
         step->process();
+        finite.look(*step, streamTime);
         gate.giveWayIfWanted();
     }
     current = nullptr;

@@ -3,6 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "host/graph/Graph.h"
+#include "host/run/FiniteWatch.h"
 #include "host/run/RunEnd.h"
 #include "host/run/RunOutcome.h"
 
@@ -23,6 +24,8 @@ class GeneratorClock;
 ///
 /// A graph without sources is driven by its generators, the blocks without inputs, until its limit: the first of them in
 /// the graph's order is the clock, which steps first in each round and whose time stamp is the round's time.
+///
+/// Where the graph says `clock: stream`, blocks stamp the round's time that stamp the wall clock by their rules.
 ///
 /// What the graph's timeline has for a time is done before the first round of that time or a later one; in a graph without
 /// sources behind the clock's step, which tells the time.
@@ -57,6 +60,7 @@ private:
     void runRecordings(const std::atomic<bool>& stop);
     void runGenerators(const std::atomic<bool>& stop);
     void runClockedRound(GeneratorClock& clock);
+    void requireStreamTime(const GeneratorClock& clock) const;
     void countRound();
     Source* earliestSource();
     void runRound();
@@ -66,12 +70,15 @@ private:
     std::function<void(const RunProgress&)> onProgress;
     std::vector<Source*> running;     ///< Sources that have not ended.
     std::vector<Core::Filter*> steps; ///< What a round steps, in order.
+    std::atomic<std::uint64_t> nonFiniteSeen{0};
+    FiniteWatch finite{nonFiniteSeen};
     RunLimit limit;
     bool isStrict = false;
     RunOutcome outcome;
     const Core::Filter* current = nullptr; ///< The block that is being stepped or read, for messages.
     std::uint64_t rounds = 0;
     double streamTime = 0.0;
+    const double* const stamps; ///< What blocks stamp that stamp the wall clock else; null where they do.
 };
 
 } // namespace Quillmere::Host

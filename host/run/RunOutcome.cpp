@@ -2,6 +2,7 @@
 #include "host/run/RunOutcome.h"
 
 #include "framework/Quillmere.h"
+#include "host/plugins/BlockDescription.h"
 #include "host/run/Silence.h"
 #include "host/run/SourceWarnings.h"
 
@@ -51,10 +52,12 @@ void addLinks(const Core::Filter& block, const Links& known, std::vector<RunOutc
 }
 
 void addRecording(const Source& source, RunOutcome& outcome) {
-    outcome.recordings.push_back(
-        {source.getName(), source.getPath(), source.getRows(), source.getRows(), source.getAccount()});
-    const std::vector<Warning> warnings = warningsOf(source.getPath(), outcome.recordings.back().account);
+    RunOutcome::Recording recording{source.getName(), source.getPath(),    0,
+                                    source.getRows(), source.getAccount(), 0};
+    recording.rows = recording.account.rows;
+    const std::vector<Warning> warnings = warningsOf(recording.path, recording.account);
     outcome.warnings.insert(outcome.warnings.end(), warnings.begin(), warnings.end());
+    outcome.recordings.push_back(std::move(recording));
 }
 
 /// Whether something is linked to an input and has never sent anything to it.
@@ -65,8 +68,13 @@ bool getIsSilent(Core::AbstractInputPin& input) {
 /// A pin that nothing came to is usual: there may have been no event. A sink to which nothing came at all hardly is.
 void addResult(const Graph::Node& node, RunOutcome& outcome) {
     const Sink& sink = *node.sink;
-    RunOutcome::Result result{sink.getName(), sink.getPath(),       sink.getPartialPath(),
-                              sink.getRows(), sink.getIsComplete(), {}};
+    RunOutcome::Result result{sink.getName(),
+                              sink.getPath(),
+                              sink.getPartialPath(),
+                              sink.getRows(),
+                              sink.getIsComplete(),
+                              sink.getAccount(),
+                              {}};
     for (Core::AbstractInputPin* const pin : sink.getInputPins())
         if (getIsSilent(*pin)) result.silentPins.push_back(pin->getName() + ": " + reasonOfSilence(*pin));
     if (!outcome.getIsWhole()) result.silentPins.clear(); // what failed early hasn't come to everything
@@ -89,6 +97,52 @@ std::string lossText(const RunOutcome::Link& link) {
     return std::to_string(link.lost) + " of the " + samples + " were lost, since it took them too late";
 }
 
+std::string valuesText(std::uint64_t count) {
+    return std::to_string(count) + (count == 1 ? " value that isn't finite" : " values that aren't finite");
+}
+
+std::string timeText(double time) {
+    return " (" + shortestText(time) + " s)";
+}
+
+void warnOfReadValues(const FirstNonFinite& first, const Source& source, RunOutcome& outcome) {
+    for (RunOutcome::Recording& recording : outcome.recordings)
+        if (recording.id == source.getName()) recording.nonFiniteValues = first.values;
+    outcome.warnings.push_back({source.getPathPlace(), "'" + source.getName() + "' read " +
+                                                           valuesText(first.values) + ", the first in row " +
+                                                           std::to_string(first.row) + timeText(first.time) +
+                                                           ", column '" + first.column + "'"});
+}
+
+/// What sources read, who made the first of it out of finite input, and how much of it the results hold.
+void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonFinite, RunOutcome& outcome) {
+    const auto placeOfBlock = [&](const std::string& id) {
+        const auto* const description = graph.getDescription().findBlock(id);
+        return description == nullptr ? Place{} : description->where;
+    };
+    for (const FirstNonFinite& first : nonFinite)
+        if (const auto* const source = dynamic_cast<const Source*>(first.block))
+            warnOfReadValues(first, *source, outcome);
+    if (const FirstNonFinite* const maker = makerOf(nonFinite)) {
+        const std::string name = maker->block->getName();
+        outcome.firstMaker = RunOutcome::Maker{name, maker->block->getTypeName(), maker->time};
+        outcome.warnings.push_back(
+            {placeOfBlock(name), "'" + name + "' (" + maker->block->getTypeName() +
+                                     ") made values that aren't finite out of finite ones, the "
+                                     "first at " +
+                                     shortestText(maker->time) + " s"});
+    }
+    for (const RunOutcome::Result& result : outcome.results) {
+        const ResultAccount& account = result.account;
+        if (account.nonFiniteValues == 0) continue;
+        outcome.warnings.push_back(
+            {placeOfBlock(result.id), "'" + result.id + "' holds " + valuesText(account.nonFiniteValues) +
+                                          ", the first in row " + std::to_string(account.firstRow) +
+                                          timeText(account.firstTime) + ", column '" + account.firstColumn +
+                                          "'"});
+    }
+}
+
 void warnOfLosses(RunOutcome& outcome) {
     for (const RunOutcome::Link& link : outcome.links)
         if (link.lost > 0) outcome.warnings.push_back({link.where, lossText(link)});
@@ -96,7 +150,8 @@ void warnOfLosses(RunOutcome& outcome) {
 } // namespace
 
 RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
-                     const RunProgress& progress, const std::string& failure) {
+                     const std::vector<FirstNonFinite>& nonFinite, const RunProgress& progress,
+                     const std::string& failure) {
     RunOutcome outcome;
     outcome.failure = failure;
     outcome.graph = graph.getName();
@@ -108,6 +163,7 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
     const Links known(graph.getDescription(), blocks);
     for (const Core::Filter* const block : blocks)
         addLinks(*block, known, outcome.links);
+    warnOfNonFinite(graph, nonFinite, outcome);
     warnOfLosses(outcome);
     return outcome;
 }

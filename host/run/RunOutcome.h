@@ -5,9 +5,11 @@
 #include "framework/core/Filter.h"
 #include "host/graph/Complaint.h"
 #include "host/graph/Graph.h"
+#include "host/run/FiniteWatch.h"
 #include "host/run/RunEnd.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,7 @@ struct RunOutcome {
         std::uint64_t rows = 0;
         std::uint64_t processedRows = 0; ///< Up to the one that was sent last.
         SourceAccount account;
+        std::uint64_t nonFiniteValues = 0; ///< That it sent.
     };
     /// What a sink has written.
     struct Result {
@@ -30,6 +33,7 @@ struct RunOutcome {
         std::string partialPath; ///< Where it is as long as it isn't whole.
         std::uint64_t rows = 0;
         bool isComplete = false; ///< It has its final name.
+        ResultAccount account;
         /// Of a result with rows, for each pin to which nothing came its name and why.
         std::vector<std::string> silentPins;
     };
@@ -43,21 +47,30 @@ struct RunOutcome {
         Place where; ///< Of the connection in the graph file; nowhere when somebody made it later.
     };
 
+    /// A block that made an infinity or not-a-number out of finite input.
+    struct Maker {
+        std::string block;
+        std::string type;
+        double time = 0.0; ///< Seconds; when it did so first.
+    };
+
     std::string graph;   ///< Its name.
     std::string failure; ///< Why it failed; empty when the results are whole.
     RunProgress progress;
     std::vector<Recording> recordings; ///< In file order, as the others.
     std::vector<Result> results;
     std::vector<Link> links;
-    std::vector<Warning> warnings; ///< What went well in form and may well not be what the user meant.
+    std::optional<Maker> firstMaker; ///< The first of them.
+    std::vector<Warning> warnings;   ///< What went well in form and may well not be what the user meant.
 
     bool getIsWhole() const { return failure.empty(); }
 };
 
 /// What a run of `graph` has done so far, and why it failed, if it did. `blocks` are those that take part, the graph's own
-/// and later ones. Requires: none of them is in a step. [any]
+/// and later ones, `nonFinite` what was found of them. Requires: none of them is in a step. [any]
 QUILLMERE_API RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
-                                   const RunProgress& progress, const std::string& failure);
+                                   const std::vector<FirstNonFinite>& nonFinite, const RunProgress& progress,
+                                   const std::string& failure);
 
 /// Why a run is a failure that ended with these warnings and takes them for errors.
 QUILLMERE_API std::string strictFailureText(const std::vector<Warning>& warnings);

@@ -55,7 +55,7 @@ std::vector<Warning> warningsOf(const std::string& path, const SourceAccount& ac
     if (account.jumps.count > 0)
         warn(timesText(account.jumps, "jumps by more than ten median steps",
                        "jump by more than ten median steps"));
-    if (account.otherClock)
+    if (account.otherClock && getIsStandardStream(path)) // of a file it was told before the run
         warn("the column '" + account.otherClock->column + "' looks like a clock of about " +
              shortestText(account.otherClock->rate) +
              " rows a second, which isn't the rate that the graph gives");

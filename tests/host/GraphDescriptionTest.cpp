@@ -168,7 +168,8 @@ TEST_F(GraphDescriptionTest, WrongChangesNameTheOption) {
 }
 
 TEST_F(GraphDescriptionTest, EverythingWrongIsToldAtOnce) {
-    EXPECT_EQ(complaintsOf(R"yaml(format: 2
+    EXPECT_EQ(
+        complaintsOf(R"yaml(format: 2
 paramters: {}
 parameters: {a b: 1, unset: , other: "${a}"}
 blocks:
@@ -186,42 +187,43 @@ connections:
   - {from: x.out, to: y.in, buffer: 0, order: latest}
   - {from: x.out, to: y.in, buffer: 010}
 )yaml"),
-              "g.yaml:1:9: found format 2; expected format 1\n"
-              "g.yaml:2:1: found the key 'paramters'; expected one of format, name, plugins, parameters, "
-              "layouts, blocks, "
-              "connections, timeline and "
-              "view; did you mean parameters?\n"
-              "g.yaml:3:14: found the parameter name 'a b'; expected letters, digits, '_' and '-'; did you "
-              "mean a_b?\n"
-              "g.yaml:3:38: found '${a}'; expected a value, not another parameter\n"
-              "g.yaml:5:10: found the id 'on'; expected a word that no YAML reader takes for a yes, a no or "
-              "a nothing; did "
-              "you mean on_?\n"
-              "g.yaml:6:10: found the id 'a.b'; expected letters, digits, '_' and '-'; did you mean a_b?\n"
-              "g.yaml:7:5: found a block without a type; expected 'type:' and the name of a block type\n"
-              "g.yaml:7:13: found the key 'typ'; expected one of id, type, properties, layout and view; did "
-              "you mean type?\n"
-              "g.yaml:8:10: found the id 'x' a second time; expected an id of its own for each block (the "
-              "first is in line "
-              "7)\n"
-              "g.yaml:9:5: found a block without an id; expected 'id:' and a name\n"
-              "g.yaml:10:34: found a list; expected properties as 'name: value'\n"
-              "g.yaml:11:38: found '1${unset}'; expected '${name}' as the whole value and nothing beside it\n"
-              "g.yaml:11:54: found the parameter 'unset' without a value; expected one from the graph or the "
-              "caller\n"
-              "g.yaml:11:69: found the parameter 'nset'; expected one of the graph's parameters: a b, other "
-              "and unset; did "
-              "you mean unset?\n"
-              "g.yaml:12:5: found 'y'; expected a block as {id: ..., type: ...}\n"
-              "g.yaml:14:23: found the block 'zz'; expected the id of a block: x, y and z; did you mean z?\n"
-              "g.yaml:14:30: found the key 'bufer'; expected one of from, to, buffer, order, overflow and view; did "
-              "you mean buffer?\n"
-              "g.yaml:15:5: found a connection without 'to'; expected 'to: block.pin'\n"
-              "g.yaml:16:37: found a buffer of 0; expected 1 to 2147483647 samples\n"
-              "g.yaml:16:47: found 'latest'; expected newest or oldest\n"
-              "g.yaml:17:37: found '010'; expected a whole number without leading zeros (readers disagree "
-              "whether they mean "
-              "eights); did you mean 10?\n");
+        "g.yaml:1:9: found format 2; expected format 1\n"
+        "g.yaml:2:1: found the key 'paramters'; expected one of format, name, clock, plugins, parameters, "
+        "layouts, blocks, "
+        "connections, timeline and "
+        "view; did you mean parameters?\n"
+        "g.yaml:3:14: found the parameter name 'a b'; expected letters, digits, '_' and '-'; did you "
+        "mean a_b?\n"
+        "g.yaml:3:38: found '${a}'; expected a value, not another parameter\n"
+        "g.yaml:5:10: found the id 'on'; expected a word that no YAML reader takes for a yes, a no or "
+        "a nothing; did "
+        "you mean on_?\n"
+        "g.yaml:6:10: found the id 'a.b'; expected letters, digits, '_' and '-'; did you mean a_b?\n"
+        "g.yaml:7:5: found a block without a type; expected 'type:' and the name of a block type\n"
+        "g.yaml:7:13: found the key 'typ'; expected one of id, type, properties, layout and view; did "
+        "you mean type?\n"
+        "g.yaml:8:10: found the id 'x' a second time; expected an id of its own for each block (the "
+        "first is in line "
+        "7)\n"
+        "g.yaml:9:5: found a block without an id; expected 'id:' and a name\n"
+        "g.yaml:10:34: found a list; expected properties as 'name: value'\n"
+        "g.yaml:11:38: found '1${unset}'; expected '${name}' as the whole value and nothing beside it\n"
+        "g.yaml:11:54: found the parameter 'unset' without a value; expected one from the graph or the "
+        "caller\n"
+        "g.yaml:11:69: found the parameter 'nset'; expected one of the graph's parameters: a b, other "
+        "and unset; did "
+        "you mean unset?\n"
+        "g.yaml:12:5: found 'y'; expected a block as {id: ..., type: ...}\n"
+        "g.yaml:14:23: found the block 'zz'; expected the id of a block: x, y and z; did you mean z?\n"
+        "g.yaml:14:30: found the key 'bufer'; expected one of from, to, buffer, order, overflow and view; "
+        "did "
+        "you mean buffer?\n"
+        "g.yaml:15:5: found a connection without 'to'; expected 'to: block.pin'\n"
+        "g.yaml:16:37: found a buffer of 0; expected 1 to 2147483647 samples\n"
+        "g.yaml:16:47: found 'latest'; expected newest or oldest\n"
+        "g.yaml:17:37: found '010'; expected a whole number without leading zeros (readers disagree "
+        "whether they mean "
+        "eights); did you mean 10?\n");
 }
 
 TEST_F(GraphDescriptionTest, EveryWordForYesAndNoIsNoId) {
@@ -238,12 +240,13 @@ TEST_F(GraphDescriptionTest, EveryWordForYesAndNoIsNoId) {
 
 TEST_F(GraphDescriptionTest, FilesThatAreNoGraphs) {
     EXPECT_EQ(complaintsOf(""),
-              "g.yaml:1:1: found nothing; expected a graph with the keys format, name, plugins, "
+              "g.yaml:1:1: found nothing; expected a graph with the keys format, name, clock, plugins, "
               "parameters, layouts, blocks, "
               "connections, timeline and view\n");
-    EXPECT_EQ(complaintsOf("- 1\n"),
-              "g.yaml:1:1: found a list; expected a graph with the keys format, name, plugins, parameters, "
-              "layouts, blocks, connections, timeline and view\n");
+    EXPECT_EQ(
+        complaintsOf("- 1\n"),
+        "g.yaml:1:1: found a list; expected a graph with the keys format, name, clock, plugins, parameters, "
+        "layouts, blocks, connections, timeline and view\n");
     EXPECT_EQ(complaintsOf("name: x\n"),
               "g.yaml:1:1: found a graph without a format; expected 'format: 1'\n"
               "g.yaml:1:1: found a graph without blocks; expected a list 'blocks:'\n");

@@ -72,6 +72,71 @@ TEST_F(OfflineRunnerTest, AResultFedThroughAGainOfOneComesBack) {
     EXPECT_EQ(result(first), table);
 }
 
+/// What reads the time stamps of blocks that stamp the wall clock by their rules.
+const std::string kEdges = graph(
+    source("in", "in.csv", "x: x") + "  - {id: edge, type: FilterEdge}\n"
+                                     "  - {id: rate, type: FilterFrequency, properties: {SampleNbr: 2}}\n",
+    "  - {from: in.x, to: edge}\n  - {from: edge, to: rate}\n  - {from: rate, to: out.x}\n");
+
+TEST_F(OfflineRunnerTest, AskedForTheStreamsTimeBlocksStampItInPlaceOfTheWallClock) {
+    EXPECT_EQ(result("clock: stream\n" + kEdges), "t,x[0]\n1,2\n");
+    EXPECT_EQ(result("clock: wall\n" + kEdges).find("t,x[0]\n1,2\n"), std::string::npos);
+    EXPECT_EQ(result(kEdges).find("t,x[0]\n1,2\n"), std::string::npos);
+}
+
+TEST_F(OfflineRunnerTest, AClockThatStampsTheWallClockHasNoStreamTimeToGive) {
+    const std::string text =
+        "clock: stream\n" +
+        graph("  - {id: noise, type: FilterGaussianWhiteNoiseGenerator}\n", "  - {from: noise, to: out.x}\n");
+    RunLimit limit;
+    limit.rounds = 3;
+    const std::string failure = run(text, {}, limit);
+    EXPECT_NE(
+        failure.find(
+            "found a wall clock's time where the block tells that of the run; expected a generator with a "
+            "time of its own in front of it, or 'clock: wall'"),
+        std::string::npos)
+        << failure;
+}
+
+TEST_F(OfflineRunnerTest, ALoopThatFeedsItselfDrainsForOneRoundOnly) {
+    EXPECT_EQ(result(graph(source("in", "in.csv", "x: x") + "  - {id: h, type: FilterHysteresis}\n",
+                           "  - {from: in.x, to: h.HighThreshold}\n  - {from: h, to: h.input}\n"
+                           "  - {from: h, to: out.x}\n")),
+              "t,x[0]\n0,0\n0.5,0\n1,0\n1,0\n")
+        << "it sends in every step, so rounds would go on for ever";
+}
+
+TEST_F(OfflineRunnerTest, ValuesOfATimelineHaveTheTimeOfTheirRound) {
+    EXPECT_EQ(result(graph(source("in", "in.csv", "x: x") +
+                               "  - {id: rate, type: FilterFrequency, properties: {SampleNbr: 2}}\n",
+                           "  - {from: in.x, to: out.x}\n  - {from: rate, to: out.hertz}\n") +
+                     "timeline: [{at: 0, send: {rate.in: 1}}, {at: 0.3, send: {rate.in: 1}}, {at: 0.8, send: "
+                     "{rate.in: "
+                     "1}}]\n"),
+              "t,x[0],hertz[0]\n0,1,\n0.5,2,\n1,3,2\n")
+        << "by the entries' own times it would be 2.5";
+}
+
+TEST_F(OfflineRunnerTest, AResultThatCantBeCompletedKeepsNoOtherFromBeingEnded) {
+    Complaints complaints;
+    const GraphDescription description = GraphDescription::read(
+        folder.write("g.yaml",
+                     graph(source("in", "in.csv", "x: x") +
+                               "  - {id: first, type: RecordingSink, properties: {file: first.csv}}\n",
+                           "  - {from: in.x, to: first.x}\n  - {from: in.x, to: out.x}\n")),
+        {}, complaints);
+    Graph built(description, catalogue, complaints);
+    built.openSources(complaints);
+    complaints.raise();
+    built.openSinks();
+    std::filesystem::create_directory(folder.path("first.csv"));
+    OfflineRunner runner(built);
+    EXPECT_THROW(runner.run(stop), RunException);
+    EXPECT_FALSE(folder.has("out.csv"));
+    EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1\n0.5,2\n1,3\n");
+}
+
 TEST_F(OfflineRunnerTest, SourcesAreMergedByTime) {
     folder.write("slow.csv", "t,s\n-1,100\n0.5,200\n0.75,300\n9,400\n");
     EXPECT_EQ(result(graph(source("in", "in.csv", "x: x") + source("slow", "slow.csv", "s: s"),

@@ -153,6 +153,44 @@ TEST_F(RunOutcomeTest, APinThatReceivedNothingIsNoWarningWhereAnotherDid) {
               std::vector<std::string>{"q: 'rate' (FilterFrequency) received 3 samples and sent none"});
 }
 
+TEST_F(RunOutcomeTest, AValueThatWasReadIsToldWithItsRowAndColumnAndIsNobodysMaking) {
+    folder.write("in.csv", "t,x\n0,1\n0.5,nan\n1,3\n");
+    EXPECT_EQ(run(graph("  - {id: smooth, type: FilterButterworth}\n",
+                        "  - {from: in, to: smooth.in}\n  - {from: smooth, to: out.p}\n")),
+              "");
+    EXPECT_FALSE(outcome.firstMaker.has_value());
+    EXPECT_EQ(outcome.recordings[0].nonFiniteValues, 1u);
+    EXPECT_EQ(outcome.results[0].account.nonFiniteValues, 2u);
+    EXPECT_EQ(outcome.results[0].account.firstRow, 2u);
+    EXPECT_EQ(outcome.results[0].account.firstTime, 0.5);
+    EXPECT_EQ(outcome.results[0].account.firstColumn, "p[0]");
+    ASSERT_EQ(outcome.warnings.size(), 2u);
+    EXPECT_EQ(outcome.warnings[0].text,
+              "'in' read 1 value that isn't finite, the first in row 2 (0.5 s), column 'x'");
+    EXPECT_EQ(outcome.warnings[1].text,
+              "'out' holds 2 values that aren't finite, the first in row 2 (0.5 s), column 'p[0]'");
+}
+
+TEST_F(RunOutcomeTest, TheFirstBlockThatMakesSuchAValueOutOfFiniteOnesIsNamed) {
+    folder.write("in.csv", "t,x\n0,1\n0.5,0\n1,1e308\n");
+    EXPECT_EQ(
+        run(graph(
+            "  - {id: plain, type: FilterGain}\n  - {id: large, type: FilterGain, properties: {Gain: 10}}\n"
+            "  - {id: behind, type: FilterGain}\n",
+            "  - {from: in, to: plain}\n  - {from: plain, to: large}\n  - {from: large, to: behind}\n"
+            "  - {from: behind, to: out.p}\n")),
+        "");
+    ASSERT_TRUE(outcome.firstMaker.has_value());
+    EXPECT_EQ(outcome.firstMaker->block, "large");
+    EXPECT_EQ(outcome.firstMaker->time, 1.0);
+    ASSERT_EQ(outcome.warnings.size(), 2u);
+    EXPECT_EQ(outcome.warnings[0].text,
+              "'large' (FilterGain) made values that aren't finite out of finite ones, the "
+              "first at 1 s");
+    EXPECT_EQ(outcome.results[0].account.nonFiniteValues, 1u);
+    EXPECT_EQ(outcome.results[0].account.firstRow, 3u);
+}
+
 TEST_F(RunOutcomeTest, StrictTakesAWarningForAFailureAndKeepsTheResultsPartial) {
     isStrict = true;
     EXPECT_EQ(run(kLossy), "ended with a warning, taken for an error");

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/ClockWarnings.h"
+
+#include "framework/Quillmere.h"
+#include "host/graph/MainInput.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+namespace Quillmere::Host {
+
+std::span<const WallClockOutput> getWallClockOutputs() {
+    static constexpr WallClockOutput outputs[]{
+        {"FilterInvGain", "output"},
+        {"FilterEdge", "edge"},
+        {"FilterBessel", "gain"},
+        {"FilterBessel", "coeffs"},
+        {"FilterButterworthV2", "gain"},
+        {"FilterButterworthV2", "coeffs"},
+        {"FilterChebyshev", "gain"},
+        {"FilterChebyshev", "coeffs"},
+        {"FilterEllipticV1", "gain"},
+        {"FilterEllipticV1", "coeffs"},
+        {"FilterGaussianWhiteNoiseGenerator", "out"},
+    };
+    return outputs;
+}
+
+std::span<const char* const> getTimeReaders() {
+    static constexpr const char* readers[]{"FilterFrequency", "FilterFlagStatic", "FilterSphericalFiltering"};
+    return readers;
+}
+
+namespace {
+/// Where stamps of the wall clock get to from one output.
+class Spread {
+public:
+    Spread(const Graph& runGraph, const Core::AbstractOutputPin& origin, Complaints& list)
+        : graph(runGraph), first(origin), complaints(list) {}
+
+    void follow(const Core::AbstractOutputPin& output) {
+        for (const Graph::Node& node : graph.getNodes()) {
+            if (node.block == nullptr) continue;
+            for (const Core::AbstractInputPin* const input : node.block->getInputPins())
+                if (input->getConnectedOutput() == &output) arrive(node, *input);
+        }
+    }
+
+private:
+    void arrive(const Graph::Node& node, const Core::AbstractInputPin& input) {
+        const std::string& type = node.description->type;
+        const auto isType = [&](const char* reader) { return type == reader; };
+        if (node.sink != nullptr) {
+            if (getMakesRows()) warn(node, "makes the rows of '" + node.description->id + "'");
+            return;
+        }
+        if (&input != mainInputOf(*node.block) || !seen.insert(node.block.get()).second) return;
+        const auto readers = getTimeReaders();
+        if (std::any_of(readers.begin(), readers.end(), isType))
+            warn(node, "reaches '" + node.description->id + "' (" + type + "), which reads time stamps");
+        for (const Core::AbstractOutputPin* const output : node.block->getOutputPins())
+            follow(*output);
+    }
+
+    /// A row has the time of its round, or that of its samples where they come from another layout.
+    bool getMakesRows() const {
+        const bool isClock = graph.getSources().empty() && first.getManager()->getInputPins().empty();
+        return isClock || graph.getDescription().getLayouts().size() > 1;
+    }
+
+    void warn(const Graph::Node& node, const std::string& what) {
+        complaints.warn(node.description->where,
+                        "the wall clock, which '" + first.getManager()->getName() + "." + first.getName() +
+                            "' stamps, " + what +
+                            "; with 'clock: stream' it stamps the time of an offline run");
+    }
+
+    const Graph& graph;
+    const Core::AbstractOutputPin& first;
+    Complaints& complaints;
+    std::set<const Core::Filter*> seen;
+};
+} // namespace
+
+void warnOfWallClock(const Graph& graph, Complaints& complaints) {
+    if (graph.getDescription().getClock() == GraphDescription::Clock::Stream) return;
+    for (const Graph::Node& node : graph.getNodes()) {
+        if (node.block == nullptr || node.isFaulty) continue;
+        for (const WallClockOutput& stamped : getWallClockOutputs()) {
+            if (node.description->type != stamped.type) continue;
+            for (const Core::AbstractOutputPin* const output : node.block->getOutputPins())
+                if (output->getName() == stamped.output) Spread(graph, *output, complaints).follow(*output);
+        }
+    }
+}
+
+} // namespace Quillmere::Host

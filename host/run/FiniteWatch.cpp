@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+#include "host/run/FiniteWatch.h"
+
+#include "host/graph/Finite.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quillmere::Host {
+
+void FiniteWatch::watch(const std::vector<Core::Filter*>& blocks) {
+    watched.clear();
+    next = 0;
+    for (const Core::Filter* const block : blocks) {
+        Watched& entry = watched.emplace_back(Watched{block, dynamic_cast<const Source*>(block), {}});
+        if (getFirst(*block) != nullptr && entry.source == nullptr) continue;
+        for (const Core::AbstractOutputPin* const pin : block->getOutputPins())
+            if (const auto* const output = dynamic_cast<const Core::OutputPin<Core::MatrixXd>*>(pin))
+                entry.outputs.push_back({output, output->getSentUnderGate()});
+    }
+}
+
+void FiniteWatch::look(Watched& block, double time) {
+    for (Output& output : block.outputs) {
+        const std::uint64_t sent = output.pin->getSentUnderGate();
+        if (sent == output.sent) continue;
+        output.sent = sent;
+        if (getIsFinite(output.pin->data.value)) continue;
+        const double timeOfSample = std::isnan(time) ? output.pin->data.timeStamp : time;
+        if (block.source != nullptr) {
+            countValues(*block.source, *output.pin, timeOfSample);
+            continue;
+        }
+        found.push_back({block.block, timeOfSample, counter++, 0, 0, {}});
+        block.outputs.clear();
+        return;
+    }
+}
+
+void FiniteWatch::countValues(const Source& source, const Core::OutputPin<Core::MatrixXd>& pin, double time) {
+    const Core::MatrixXd& sample = pin.data.value;
+    FirstNonFinite* first = getFirst(source);
+    for (Eigen::Index i = 0; i < sample.size(); ++i) {
+        if (std::isfinite(sample.data()[i])) continue;
+        if (first == nullptr) {
+            // The last row of a frame is the one that was read last.
+            const auto rowsBehind = static_cast<std::uint64_t>(sample.rows() - 1 - i / sample.cols());
+            found.push_back({&source, time, counter++, 0, source.getRows() - rowsBehind,
+                             source.getColumnName(pin, static_cast<std::size_t>(i % sample.cols()))});
+            first = &found.back();
+        }
+        ++first->values;
+    }
+}
+
+FirstNonFinite* FiniteWatch::getFirst(const Core::Filter& block) {
+    const auto known = std::find_if(found.begin(), found.end(),
+                                    [&](const FirstNonFinite& first) { return first.block == &block; });
+    return known == found.end() ? nullptr : &*known;
+}
+
+namespace {
+/// Whether `sender` had sent one before `block` did. Across layouts the numbers don't tell, since a sample may have been used
+/// before the step that sent it was over; times do.
+bool getIsBefore(const FirstNonFinite& sender, const FirstNonFinite& block) {
+    if (sender.number < block.number) return true;
+    return sender.block->getManager() != block.block->getManager() && sender.time <= block.time;
+}
+
+bool getIsMade(const FirstNonFinite& first, const std::vector<FirstNonFinite>& found) {
+    const auto& inputs = first.block->getInputPins();
+    return std::none_of(inputs.begin(), inputs.end(), [&](const Core::AbstractInputPin* input) {
+        const Core::AbstractOutputPin* const sender = input->getConnectedOutput();
+        return sender != nullptr && std::any_of(found.begin(), found.end(), [&](const FirstNonFinite& other) {
+                   return other.block == sender->getManager() && getIsBefore(other, first);
+               });
+    });
+}
+} // namespace
+
+const FirstNonFinite* makerOf(const std::vector<FirstNonFinite>& found) {
+    const FirstNonFinite* maker = nullptr;
+    for (const FirstNonFinite& first : found) {
+        if (dynamic_cast<const Source*>(first.block) != nullptr || !getIsMade(first, found)) continue;
+        if (maker == nullptr || first.number < maker->number) maker = &first;
+    }
+    return maker;
+}
+
+} // namespace Quillmere::Host

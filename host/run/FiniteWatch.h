@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/Quillmere.h"
+#include "host/graph/HostBlock.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// The first time that a block sent something which isn't finite.
+struct FirstNonFinite {
+    const Core::Filter* block = nullptr;
+    double time = 0.0;        ///< Seconds of stream time.
+    std::uint64_t number = 0; ///< In the order in which they were seen, over all layouts.
+
+    // Of a source only, which is looked at to its end:
+    std::uint64_t values = 0; ///< How many such values it has sent.
+    std::uint64_t row = 0;    ///< The first one's row, 1 being the first that was taken,
+    std::string column;       ///< and its column.
+};
+
+/// Looks behind each step at what the block has sent, for the first of it that isn't finite.
+///
+/// Every block is looked at from the begin: when a result first shows that something is wrong, the step that it began with
+/// is long over, since recursions keep it. It costs a load and a compare a pin and a cycle or so an element, and nothing
+/// more once a block has been found, unless it is a source, whose values are counted. Of several samples that one step sends the last is looked at.
+class QUILLMERE_API FiniteWatch {
+public:
+    /// `numbers` counts over all watches of a run, and isn't owned.
+    explicit FiniteWatch(std::atomic<std::uint64_t>& numbers) : counter(numbers) {}
+
+    /// Takes up blocks, in the order in which they are stepped; none is owned. Requires: their gate is held. [any]
+    void watch(const std::vector<Core::Filter*>& blocks);
+    /// Requires: the block has just been stepped at that time, which is not-a-number where nobody tells it, and its gate is
+    /// held. [run]
+    void look(const Core::Filter& block, double time) {
+        if (Watched* const entry = find(block)) look(*entry, time);
+    }
+    /// Requires: no step is under way.
+    const std::vector<FirstNonFinite>& getFound() const { return found; }
+
+private:
+    struct Output {
+        const Core::OutputPin<Core::MatrixXd>* pin;
+        std::uint64_t sent; ///< At the last look.
+    };
+    struct Watched {
+        const Core::Filter* block;
+        const Source* source;        ///< The block, if it is one.
+        std::vector<Output> outputs; ///< Empty when there is nothing to look for any more.
+    };
+
+    /// The block behind the one found before, as a rule; null for one that isn't watched.
+    Watched* find(const Core::Filter& block) {
+        for (std::size_t i = 0; i < watched.size(); ++i) {
+            Watched& candidate = watched[next];
+            next = next + 1 == watched.size() ? 0 : next + 1;
+            if (candidate.block == &block) return &candidate;
+        }
+        return nullptr;
+    }
+    void look(Watched& block, double time);
+    void countValues(const Source& source, const Core::OutputPin<Core::MatrixXd>& pin, double time);
+    FirstNonFinite* getFirst(const Core::Filter& block);
+
+    std::atomic<std::uint64_t>& counter;
+    std::vector<Watched> watched;
+    std::size_t next = 0;
+    std::vector<FirstNonFinite> found;
+};
+
+/// The first block that made such a value out of finite ones, of all that watches have found: none of those that send to it
+/// had sent one before. Null when there is none but sources, which have read it. Requires: no step is under way.
+const FirstNonFinite* makerOf(const std::vector<FirstNonFinite>& found);
+
+} // namespace Quillmere::Host

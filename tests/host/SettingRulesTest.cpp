@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/SettingRules.h"
+
+#include "framework/Quillmere.h"
+#include "host/graph/ClockWarnings.h"
+#include "host/graph/MainInput.h"
+#include "tests/host/GraphFixture.h"
+
+#include <string>
+
+namespace {
+
+using namespace Quillmere::Host;
+namespace Core = Quillmere::Core;
+
+class SettingRulesTest : public Support::GraphFixture {
+protected:
+    /// What a graph with that block between a recording and a result is warned of.
+    std::string warningsOf(const std::string& block) {
+        return warningsOfGraph(
+            "format: 1\nblocks:\n"
+            "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"
+            "  - {id: f, type: " +
+            block +
+            "}\n  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+            "connections: [{from: in, to: f.in}, {from: f.out, to: out.x}]\n");
+    }
+    std::string warningsOfGraph(const std::string& text) {
+        Complaints complaints;
+        const GraphDescription description =
+            GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+        const Graph graph(description, catalogue, complaints);
+        graph.requireDrive(complaints);
+        std::string lines;
+        for (const Warning& warning : complaints.getSortedWarnings())
+            lines += withoutFolder(warning.getText()) + "\n";
+        return lines;
+    }
+};
+
+TEST_F(SettingRulesTest, EveryRuleIsOfABlockAndOfSettingsThatThereAre) {
+    for (const SettingRule& rule : getSettingRules()) {
+        const BlockPtr block = catalogue.create(rule.type, "b");
+        ASSERT_NE(block, nullptr) << rule.type;
+        EXPECT_NE(block->getPropertyBag().find(rule.first), nullptr) << rule.type << "." << rule.first;
+        if (rule.second != nullptr) {
+            EXPECT_NE(block->getPropertyBag().find(rule.second), nullptr) << rule.type << "." << rule.second;
+        }
+        if (rule.isOfBands) {
+            EXPECT_NE(block->getPropertyBag().find("Mode"), nullptr) << rule.type;
+        }
+    }
+}
+
+TEST_F(SettingRulesTest, ContradictionsAreToldWhereTheyAreWritten) {
+    EXPECT_EQ(warningsOf("FilterButterworth, properties: {RelativeCutOffFreq: 0}"),
+              "g.yaml:4:51: warning: 'f' (FilterButterworth) has 'RelativeCutOffFreq' at 0 and 'Order' at 1: "
+              "a cut-off of 0 "
+              "has no design, and everything becomes not-a-number\n");
+    EXPECT_EQ(warningsOf("FilterButterworth, properties: {RelativeCutOffFreq: 0, Order: 0}"), "")
+        << "passes all on";
+    EXPECT_NE(
+        warningsOf(
+            "FilterBandPass, properties: {Low Cutoff Freq. (relative): 0.2, High Cutoff Freq. (relative): "
+            "0.1}")
+            .find("warning: 'f' (FilterBandPass) has 'Low Cutoff Freq. (relative)' at 0.2 and 'High Cutoff "
+                  "Freq. "
+                  "(relative)' at 0.1: the low edge has to lie below the high one, or there is no band\n"),
+        std::string::npos);
+    EXPECT_EQ(warningsOf("FilterFFT, properties: {Pause: false}"), "");
+    EXPECT_NE(warningsOf("FilterFFT").find("a block that is paused sends nothing"), std::string::npos);
+}
+
+TEST_F(SettingRulesTest, EdgesCountInBandModesOnlyAndAlsoWhereTheBlockHasMovedOne) {
+    EXPECT_EQ(warningsOf("FilterChebyshev, properties: {LowRelativeCutOffFreq: 0.3}"), "");
+    EXPECT_NE(warningsOf("FilterChebyshev, properties: {Mode: BandPass, LowRelativeCutOffFreq: 0.3, "
+                         "HighRelativeCutOffFreq: 0.2}")
+                  .find("the low edge has to lie below the high one"),
+              std::string::npos);
+}
+
+TEST_F(SettingRulesTest, BlocksStampTheWallClockWhereTheTableSaysSo) {
+    for (const WallClockOutput& stamped : getWallClockOutputs()) {
+        const BlockPtr block = catalogue.create(stamped.type, "b");
+        ASSERT_NE(block, nullptr) << stamped.type;
+        Core::OutputPin<Core::MatrixXd> sender("sender", nullptr);
+        if (Core::AbstractInputPin* const input = mainInputOf(*block)) sender.attach(*input, true);
+        sender.data.value = Core::MatrixXd::Ones(1, 1);
+        sender.send(5.0);
+        const double lent = 77.0;
+        const Core::StampClock::Lent clock(&lent);
+        block->process();
+        for (const Core::AbstractOutputPin* const pin : block->getOutputPins()) {
+            const auto& output = dynamic_cast<const Core::OutputPin<Core::MatrixXd>&>(*pin);
+            if (output.getName() == stamped.output)
+                EXPECT_EQ(output.data.timeStamp, 77.0) << stamped.type << "." << stamped.output;
+            else
+                EXPECT_TRUE(output.data.timeStamp != 77.0 || output.getName() == "gain" ||
+                            output.getName() == "coeffs")
+                    << stamped.type;
+        }
+    }
+}
+
+TEST_F(SettingRulesTest, AWallClockThatReachesAReaderOfTimesIsDoubtful) {
+    const std::string text =
+        "format: 1\nblocks:\n"
+        "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"
+        "  - {id: edge, type: FilterEdge}\n  - {id: gain, type: FilterGain}\n  - {id: rate, type: "
+        "FilterFrequency}\n"
+        "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+        "connections: [{from: in, to: edge}, {from: edge, to: gain}, {from: gain, to: rate}, {from: rate, "
+        "to: out.x}]\n";
+    EXPECT_EQ(warningsOfGraph(text),
+              "g.yaml:6:10: warning: the wall clock, which 'edge.edge' stamps, reaches 'rate' "
+              "(FilterFrequency), which reads time stamps; with 'clock: stream' it stamps the time "
+              "of an offline run\n");
+    EXPECT_EQ(warningsOfGraph("clock: stream\n" + text), "");
+    EXPECT_NE(warningsOfGraph("layouts: [{id: a}, {id: b}]\n" + text).find("makes the rows of 'out'"),
+              std::string::npos);
+}
+
+TEST_F(SettingRulesTest, AGraphWithoutASinkAndABlockThatFeedsItselfAreDoubtful) {
+    EXPECT_EQ(warningsOfGraph("format: 1\nblocks:\n  - {id: g, type: FilterGain}\n"
+                              "connections: [{from: g, to: g}]\n"),
+              "g.yaml:1:1: warning: the graph has no sink, so nothing is kept of what it does; a "
+              "RecordingSink writes a "
+              "result\n"
+              "g.yaml:3:10: warning: 'g' waits for what it sends itself\n");
+}
+
+} // namespace
