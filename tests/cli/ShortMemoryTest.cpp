@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <map>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,6 +16,7 @@
 namespace {
 
 using Support::Ended;
+using Support::Program;
 using Strings = std::vector<std::string>;
 
 /// A variable of the environment for the programs that are started meanwhile.
@@ -111,6 +114,33 @@ TEST_F(ShortMemory, NoOtherCommandCrashesWhereverItFails) {
               Strings{"response", "FilterGain", "--points", "2"}})
             EXPECT_GT(failEach({.arguments = command, .every = 11, .isLasting = isLasting}), 50u)
                 << command[0];
+}
+
+/// Threads don't survive a fork, so here each failure is a run of its own; so many of them, evenly spread.
+TEST_F(ShortMemory, NoLiveRunCrashesWhereverItFails) {
+    constexpr unsigned kRuns = 80;
+    constexpr unsigned kAtOnce = 4;
+    constexpr unsigned long kAllocations = 2700; // about as many as such a run makes
+    std::map<int, unsigned> codes;
+    const Variable preload("LD_PRELOAD", SHORT_MEMORY);
+    for (unsigned first = 0; first < kRuns; first += kAtOnce) {
+        std::vector<std::unique_ptr<Program>> programs;
+        for (unsigned i = first; i < first + kAtOnce; ++i) {
+            const Variable failing("SHORT_MEMORY_FAIL", std::to_string(1 + i * kAllocations / kRuns));
+            programs.push_back(std::make_unique<Program>(Strings{QUILLMERE, "run", "--live", "--speed", "max",
+                                                                 "--stats", "g.yaml", "--output",
+                                                                 "out=out" + std::to_string(i) + ".csv"},
+                                                         folder.path("")));
+        }
+        for (unsigned i = 0; i < kAtOnce; ++i) {
+            const Ended ended = programs[i]->wait();
+            ++codes[ended.exitCode];
+            EXPECT_TRUE(ended.exitCode == 0 ||
+                        ((ended.exitCode == 1 || ended.exitCode == 2) && !ended.err.empty()))
+                << "run " << first + i << " ended with " << ended.exitCode << " and said: " << ended.err;
+        }
+    }
+    EXPECT_GT(codes[1] + codes[2], kRuns / 3) << "failures are noticed";
 }
 
 } // namespace
