@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/FiniteWatch.h"
 
-#include "host/graph/Finite.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -20,21 +18,23 @@ void FiniteWatch::watch(const std::vector<Core::Filter*>& blocks) {
     }
 }
 
-void FiniteWatch::look(Watched& block, double time) {
-    for (Output& output : block.outputs) {
-        const std::uint64_t sent = output.pin->getSentUnderGate();
-        if (sent == output.sent) continue;
-        output.sent = sent;
-        if (getIsFinite(output.pin->data.value)) continue;
-        const double timeOfSample = std::isnan(time) ? output.pin->data.timeStamp : time;
-        if (block.source != nullptr) {
-            countValues(*block.source, *output.pin, timeOfSample);
-            continue;
-        }
+FiniteWatch::Watched* FiniteWatch::search(const Core::Filter& block) {
+    const auto known = std::find_if(watched.begin(), watched.end(),
+                                    [&](const Watched& candidate) { return candidate.block == &block; });
+    if (known == watched.end()) return nullptr;
+    next = static_cast<std::size_t>(known - watched.begin()) + 1;
+    return &*known;
+}
+
+void FiniteWatch::note(Watched& block, const Core::OutputPin<Core::MatrixXd>& pin, double time) {
+    const double timeOfSample = std::isnan(time) ? pin.data.timeStamp : time;
+    if (block.source == nullptr) {
         found.push_back({block.block, timeOfSample, counter++, 0, 0, {}});
         block.outputs.clear();
         return;
     }
+    countValues(*block.source, pin, timeOfSample);
+    look(block, time); // its other outputs
 }
 
 void FiniteWatch::countValues(const Source& source, const Core::OutputPin<Core::MatrixXd>& pin, double time) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/Quillmere.h"
+#include "host/graph/Finite.h"
 #include "host/graph/HostBlock.h"
 
 #include <atomic>
@@ -57,14 +58,23 @@ private:
 
     /// The block behind the one found before, as a rule; null for one that isn't watched.
     Watched* find(const Core::Filter& block) {
-        for (std::size_t i = 0; i < watched.size(); ++i) {
-            Watched& candidate = watched[next];
-            next = next + 1 == watched.size() ? 0 : next + 1;
-            if (candidate.block == &block) return &candidate;
-        }
-        return nullptr;
+        if (next >= watched.size()) next = 0; // a new round
+        if (next < watched.size() && watched[next].block == &block) return &watched[next++];
+        return search(block);
     }
-    void look(Watched& block, double time);
+    Watched* search(const Core::Filter& block);
+    /// Small, so that it becomes part of the round's loop; what follows a hit is not.
+    void look(Watched& block, double time) {
+        for (Output& output : block.outputs) {
+            const std::uint64_t sent = output.pin->getSentUnderGate();
+            if (sent == output.sent) continue;
+            output.sent = sent;
+            if (getIsFinite(output.pin->data.value)) continue;
+            note(block, *output.pin, time);
+            return;
+        }
+    }
+    void note(Watched& block, const Core::OutputPin<Core::MatrixXd>& pin, double time);
     void countValues(const Source& source, const Core::OutputPin<Core::MatrixXd>& pin, double time);
     FirstNonFinite* getFirst(const Core::Filter& block);
 
