@@ -4,6 +4,7 @@
 #include "framework/Quillmere.h"
 #include "host/graph/ClockWarnings.h"
 #include "host/graph/MainInput.h"
+#include "host/graph/ShapeWarnings.h"
 #include "host/plugins/BlockDescription.h"
 
 #include <cmath>
@@ -143,6 +144,7 @@ void warnOfContradictions(const Graph& graph, Complaints& complaints) {
             if (node.description->type == rule.type) apply(rule, node, complaints);
         warnOfLoopToItself(node, complaints);
     }
+    warnOfShapes(graph, complaints);
     warnOfWallClock(graph, complaints);
 }
 

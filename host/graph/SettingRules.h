@@ -22,8 +22,8 @@ struct SettingRule {
 /// All of them, by type. A test holds each against the living blocks.
 QUILLMERE_API std::span<const SettingRule> getSettingRules();
 
-/// Warns of blocks whose settings contradict each other, of blocks that feed themselves, and of wall clocks that
-/// matter.
+/// Warns of blocks whose settings contradict each other, of blocks that feed themselves, of samples whose shape windows and
+/// transforms don't expect, and of wall clocks that matter.
 void warnOfContradictions(const Graph& graph, Complaints& complaints);
 
 } // namespace Quillmere::Host

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/ShapeWarnings.h"
+
+#include "framework/core/AbstractOutputPin.h"
+#include "host/graph/MainInput.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+namespace Quillmere::Host {
+
+std::span<const char* const> getWindows() {
+    static constexpr const char* windows[]{"FilterBlackmanWindow", "FilterHammingWindow",
+                                           "FilterHanningWindow"};
+    return windows;
+}
+
+std::span<const char* const> getTransforms() {
+    static constexpr const char* transforms[]{"FilterFFT", "FilterFastFourierTransform"};
+    return transforms;
+}
+
+std::span<const char* const> getShapeKeepers() {
+    static constexpr const char* keepers[]{"FilterGain", "FilterDeadband"};
+    return keepers;
+}
+
+namespace {
+using Nodes = std::vector<Graph::Node>;
+
+bool getIsOf(std::span<const char* const> types, const Graph::Node& node) {
+    return std::any_of(types.begin(), types.end(),
+                       [&](const char* type) { return node.description->type == type; });
+}
+
+const Graph::Node* nodeOf(const Nodes& nodes, const Core::PinManager* block) {
+    const auto found = std::find_if(nodes.begin(), nodes.end(), [&](const Graph::Node& node) {
+        return static_cast<const Core::PinManager*>(node.block.get()) == block;
+    });
+    return found == nodes.end() ? nullptr : &*found;
+}
+
+/// A source's output whose samples come to an input as they are, or scaled.
+struct Origin {
+    const Graph::Node* source = nullptr;
+    const Core::AbstractOutputPin* output = nullptr;
+};
+
+Origin originOf(const Nodes& nodes, const Core::AbstractInputPin& input) {
+    std::set<const Core::AbstractOutputPin*> seen;
+    const Core::AbstractOutputPin* output = input.getConnectedOutput();
+    while (output != nullptr && seen.insert(output).second) {
+        const Graph::Node* const node = nodeOf(nodes, output->getManager());
+        if (node == nullptr || node->isFaulty) return {};
+        if (node->source != nullptr) return {node, output};
+        const Core::AbstractInputPin* const before =
+            getIsOf(getShapeKeepers(), *node) ? mainInputOf(*node->block) : nullptr;
+        output = before == nullptr ? nullptr : before->getConnectedOutput();
+    }
+    return {};
+}
+
+/// How many rows a source puts into one sample.
+std::size_t rowsOf(const Graph::Node& source) {
+    Complaints none; // the source has made them
+    std::size_t rows = 1;
+    for (const GraphDescription::Setting& setting : source.description->settings)
+        if (setting.name == "frame" && !setting.value.isMissing())
+            rows = static_cast<std::size_t>(toWhole(setting.value, none).value_or(1));
+    return rows;
+}
+
+/// What a window makes of single rows and of frames of several columns, and what a transform makes of them.
+std::string consequenceOf(bool isTransform, std::size_t rows, std::size_t columns) {
+    if (rows > 1)
+        return isTransform ? "it would take the values of all of them, row by row, for one signal"
+                           : "it tapers one signal, and sends nothing for several";
+    if (isTransform) return "it sends nothing for a single row";
+    return columns > 1 ? "it would taper the columns of each row" : "it sends nothing for a single value";
+}
+
+void warnOfShape(const Graph& graph, const Graph::Node& node, const Core::AbstractInputPin& input,
+                 Complaints& complaints) {
+    const Origin origin = originOf(graph.getNodes(), input);
+    const GraphDescription::Connection* const connection = graph.findConnection(input);
+    if (origin.source == nullptr || connection == nullptr) return;
+    const auto size = origin.source->source->getSampleSize(*origin.output);
+    const std::size_t rows = rowsOf(*origin.source);
+    if (!size || *size < rows) return;
+    const std::size_t columns = *size / rows;
+    if (rows > 1 && columns == 1) return;
+    const std::string& source = origin.source->description->id;
+    const bool isTransform = getIsOf(getTransforms(), node);
+    const std::string found = rows > 1 ? "frames of " + std::to_string(columns) + " columns"
+                                       : "samples of one row with " + std::to_string(columns) +
+                                             (columns == 1 ? " column" : " columns");
+    const std::string frame = "'frame: N' in '" + source + "', which makes one sample of N rows";
+    const std::string axes = "a pin of its own for each axis";
+    const std::string expected = rows > 1       ? "one column: give '" + source + "' " + axes
+                                 : columns == 1 ? frame
+                                                : frame + ", and " + axes;
+    complaints.warn(connection->where, "found " + found + " from '" + source + "." +
+                                           origin.output->getName() + "' for '" + node.description->id +
+                                           "' (" + node.description->type + "); expected " + expected + "; " +
+                                           consequenceOf(isTransform, rows, columns));
+}
+} // namespace
+
+void warnOfShapes(const Graph& graph, Complaints& complaints) {
+    for (const Graph::Node& node : graph.getNodes()) {
+        if (node.block == nullptr || (!getIsOf(getWindows(), node) && !getIsOf(getTransforms(), node)))
+            continue;
+        if (const Core::AbstractInputPin* const input = mainInputOf(*node.block))
+            warnOfShape(graph, node, *input, complaints);
+    }
+}
+
+} // namespace Quillmere::Host
