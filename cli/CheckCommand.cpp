@@ -2,9 +2,11 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
+#include "host/graph/ClockWarnings.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/graph/LayoutLinks.h"
+#include "host/graph/SettingRules.h"
 #include "host/response/DesignWarnings.h"
 
 #include <CLI/CLI.hpp>
@@ -30,6 +32,8 @@ ExitCode CheckCommand::run() {
     if (arguments.overwrites) graph.allowOverwriting();
     graph.openSources(complaints);
     warnOfLostDigits(graph, catalogue, complaints);
+    requireStreamClock(graph, complaints);
+    warnOfIdleBlocks(graph, complaints);
     if (complaints.isEmpty()) warnOfBursts(graph, complaints);
     settle(complaints, arguments.isStrict);
     std::cout << graph.getName() << ": " << graph.getNodes().size() << " blocks, "

@@ -3,9 +3,11 @@
 
 #include "cli/GraphArguments.h"
 #include "cli/RunReport.h"
+#include "host/graph/ClockWarnings.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/graph/LayoutLinks.h"
+#include "host/graph/SettingRules.h"
 #include "host/live/ControlServer.h"
 #include "host/live/LiveRun.h"
 #include "host/response/DesignWarnings.h"
@@ -120,6 +122,11 @@ ExitCode RunCommand::run() {
     if (arguments.overwrites) graph.allowOverwriting();
     graph.openSources(complaints);
     warnOfLostDigits(graph, catalogue, complaints);
+    if (isLive)
+        warnOfLiveWallClock(graph, complaints);
+    else
+        requireStreamClock(graph, complaints);
+    if (!control) warnOfIdleBlocks(graph, complaints);
     if (isLive && complaints.isEmpty()) warnOfBursts(graph, complaints);
     settle(complaints, arguments.isStrict);
     stopOnSignals();

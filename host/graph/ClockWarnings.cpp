@@ -33,6 +33,10 @@ std::span<const char* const> getTimeReaders() {
 }
 
 namespace {
+bool getAsksForStream(const Graph& graph) {
+    return graph.getDescription().getClock() == GraphDescription::Clock::Stream;
+}
+
 /// Where stamps of the wall clock get to from one output.
 class Spread {
 public:
@@ -73,7 +77,8 @@ private:
         complaints.warn(node.description->where,
                         "the wall clock, which '" + first.getManager()->getName() + "." + first.getName() +
                             "' stamps, " + what +
-                            "; with 'clock: stream' it stamps the time of an offline run");
+                            "; with 'clock: stream' it stamps the time of an offline run" +
+                            (getAsksForStream(graph) ? " only, and this one is live" : ""));
     }
 
     const Graph& graph;
@@ -81,10 +86,8 @@ private:
     Complaints& complaints;
     std::set<const Core::Filter*> seen;
 };
-} // namespace
 
-void warnOfWallClock(const Graph& graph, Complaints& complaints) {
-    if (graph.getDescription().getClock() == GraphDescription::Clock::Stream) return;
+void warnOfStamps(const Graph& graph, Complaints& complaints) {
     for (const Graph::Node& node : graph.getNodes()) {
         if (node.block == nullptr || node.isFaulty) continue;
         for (const WallClockOutput& stamped : getWallClockOutputs()) {
@@ -93,6 +96,37 @@ void warnOfWallClock(const Graph& graph, Complaints& complaints) {
                 if (output->getName() == stamped.output) Spread(graph, *output, complaints).follow(*output);
         }
     }
+}
+
+/// The block that tells the time of a graph without sources.
+const Graph::Node* clockOf(const Graph& graph) {
+    const auto& order = graph.getRunOrder();
+    const auto found = std::find_if(order.begin(), order.end(), [](const Graph::Node* node) {
+        return node->block->getInputPins().empty() && !node->block->getOutputPins().empty();
+    });
+    return found == order.end() ? nullptr : *found;
+}
+} // namespace
+
+void warnOfWallClock(const Graph& graph, Complaints& complaints) {
+    if (!getAsksForStream(graph)) warnOfStamps(graph, complaints);
+}
+
+void requireStreamClock(const Graph& graph, Complaints& complaints) {
+    if (!getAsksForStream(graph) || !graph.getSources().empty()) return;
+    const Graph::Node* const clock = clockOf(graph);
+    if (clock == nullptr) return;
+    const std::string& output = clock->block->getOutputPins().front()->getName();
+    for (const WallClockOutput& stamped : getWallClockOutputs())
+        if (clock->description->type == stamped.type && output == stamped.output)
+            complaints.add(graph.getDescription().getClockPlace(),
+                           "'" + clock->description->id + "' (" + stamped.type +
+                               "), which stamps the wall clock, as the block that tells the time",
+                           "a generator with a time of its own in front of it, or 'clock: wall'");
+}
+
+void warnOfLiveWallClock(const Graph& graph, Complaints& complaints) {
+    if (getAsksForStream(graph)) warnOfStamps(graph, complaints);
 }
 
 } // namespace Quillmere::Host

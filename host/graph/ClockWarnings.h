@@ -24,4 +24,10 @@ QUILLMERE_API std::span<const char* const> getTimeReaders();
 /// across layouts. Nothing is told of a graph whose blocks stamp the stream's time.
 void warnOfWallClock(const Graph& graph, Complaints& complaints);
 
+/// Complains of what an offline run couldn't do: stamp the stream's time where the block that tells it, in a graph without
+/// sources, stamps the wall clock.
+QUILLMERE_API void requireStreamClock(const Graph& graph, Complaints& complaints);
+/// Warns of the wall clock as above, for a live run, which stamps it whatever the graph says. [setup]
+QUILLMERE_API void warnOfLiveWallClock(const Graph& graph, Complaints& complaints);
+
 } // namespace Quillmere::Host

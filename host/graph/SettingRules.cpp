@@ -7,6 +7,7 @@
 #include "host/graph/ShapeWarnings.h"
 #include "host/plugins/BlockDescription.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -135,6 +136,20 @@ void warnOfLoopToItself(const Graph::Node& node, Complaints& complaints) {
     complaints.warn(node.description->where,
                     "'" + node.block->getName() + "' waits for what it sends itself");
 }
+
+/// The one block that does nothing before a command.
+constexpr const char* kIdleType = "FilterPeriodCounter";
+constexpr const char* kIdleCommand = "Reset";
+
+bool getIsFired(const Graph& graph, const std::string& id) {
+    using Change = GraphDescription::TimelineChange;
+    const auto& entries = graph.getDescription().getTimeline();
+    return std::any_of(entries.begin(), entries.end(), [&](const auto& entry) {
+        return std::any_of(entry.changes.begin(), entry.changes.end(), [&](const Change& change) {
+            return change.kind == Change::Kind::Fire && change.block == id && change.name == kIdleCommand;
+        });
+    });
+}
 } // namespace
 
 void warnOfContradictions(const Graph& graph, Complaints& complaints) {
@@ -146,6 +161,21 @@ void warnOfContradictions(const Graph& graph, Complaints& complaints) {
     }
     warnOfShapes(graph, complaints);
     warnOfWallClock(graph, complaints);
+}
+
+void warnOfIdleBlocks(const Graph& graph, Complaints& complaints) {
+    for (const Graph::Node& node : graph.getNodes()) {
+        if (node.block == nullptr || node.isFaulty || node.description->type != kIdleType) continue;
+        const auto& pins = node.block->getOutputPins();
+        const bool isHeard =
+            std::any_of(pins.begin(), pins.end(), [](const auto* pin) { return !pin->getInputs().empty(); });
+        const std::string& id = node.description->id;
+        if (isHeard && !getIsFired(graph, id))
+            complaints.warn(node.description->where,
+                            "'" + id + "' (" + kIdleType + ") counts nothing until its command '" +
+                                kIdleCommand + "' is fired, and no entry of the timeline fires it; 'fire: [" +
+                                id + "." + kIdleCommand + "]' would");
+    }
 }
 
 } // namespace Quillmere::Host

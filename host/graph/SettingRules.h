@@ -26,4 +26,8 @@ QUILLMERE_API std::span<const SettingRule> getSettingRules();
 /// transforms don't expect, and of wall clocks that matter.
 void warnOfContradictions(const Graph& graph, Complaints& complaints);
 
+/// Warns of blocks that do nothing until a command is fired, which no entry of the timeline does, and whose results go
+/// somewhere. Not for a run whose commands somebody can fire. [setup]
+QUILLMERE_API void warnOfIdleBlocks(const Graph& graph, Complaints& complaints);
+
 } // namespace Quillmere::Host

@@ -15,6 +15,8 @@ namespace Quillmere::Host {
 
 namespace {
 constexpr std::int64_t kLargestCount = std::numeric_limits<std::int32_t>::max();
+/// Whether a longer frame is ever full is left to the run, since reading so far ahead takes time.
+constexpr std::size_t kLongestFrameFilled = 100000;
 
 /// The place of a word among `words`, which a message lists; 0 when it isn't one of them, which is a complaint.
 std::size_t takeChoice(const Value& value, const std::vector<std::string>& words, Complaints& complaints) {
@@ -98,6 +100,7 @@ void RecordingSource::takeSetting(const GraphDescription::Setting& setting, cons
         if (rate && !(*rate > 0.0 && std::isfinite(*rate)))
             complaints.add(value.where, value.describe(), "a rate above 0 rows a second");
     } else if (setting.name == "frame") {
+        frameWhere = value.where;
         frameRows = static_cast<std::size_t>(takeCount(value, complaints).value_or(1));
     } else if (setting.name == "hop") {
         hop = static_cast<std::size_t>(takeCount(value, complaints).value_or(1));
@@ -195,7 +198,29 @@ void RecordingSource::open(Complaints& complaints) {
                        "a CSV file with a row of column names");
         return;
     }
-    if (planCells(*reader, complaints)) recording = std::make_unique<RecordingRows>(std::move(reader), plan);
+    if (!planCells(*reader, complaints)) return;
+    recording = std::make_unique<RecordingRows>(std::move(reader), plan);
+    if (frameRows > 0 && frameRows <= kLongestFrameFilled && !getIsPiped()) warnOfShortFile(complaints);
+}
+
+/// Of a file that ends before the first frame is full.
+void RecordingSource::warnOfShortFile(Complaints& complaints) const {
+    try {
+        RecordingRows ahead(std::make_unique<CsvReader>(getPath()), recording->getPlan());
+        std::size_t found = 0;
+        while (found < frameRows) {
+            const RecordingRows::Row row = ahead.take();
+            if (row == RecordingRows::Row::Taken) ++found;
+            if (row != RecordingRows::Row::End) continue;
+            complaints.warn(frameWhere, "found " + std::to_string(found) + (found == 1 ? " row" : " rows") +
+                                            " in " + getPath() + " for a frame of " +
+                                            std::to_string(frameRows) + "; expected as many at least, or '" +
+                                            getName() + "' sends nothing");
+            return;
+        }
+    } catch (const RecordingException&) {
+        // A bad row, or a file that is gone: the run will tell of it.
+    }
 }
 
 /// A column may stand in several pins; the reader gives it once. False when one isn't there.

@@ -80,6 +80,7 @@ private:
     void takeMissing(const Value& value, Complaints& complaints);
     void requireClock(const GraphDescription::Block& description, Complaints& complaints) const;
     bool planCells(const CsvReader& reader, Complaints& complaints);
+    void warnOfShortFile(Complaints& complaints) const;
 
     bool readOn();
     bool takeRowIntoFrame();
@@ -89,8 +90,9 @@ private:
     std::optional<Column> timeColumn;
     std::optional<double> rate; ///< Rows a second.
     std::size_t frameRows = 0;  ///< 0: no frames.
-    std::size_t hop = 0;        ///< Rows from frame to frame; 0 until told: the frame's own length.
-    RowPlan plan;               ///< Whole when the recording is open.
+    Place frameWhere;
+    std::size_t hop = 0; ///< Rows from frame to frame; 0 until told: the frame's own length.
+    RowPlan plan;        ///< Whole when the recording is open.
 
     std::unique_ptr<RecordingRows> recording;
     Core::Tally rows;         ///< Sent, or taken into a frame.

@@ -117,6 +117,38 @@ TEST_F(Command, RunsAGraphAndSumsUp) {
     EXPECT_EQ(folder.count(), 3);
 }
 
+TEST_F(Command, WhatTheWayOfRunningDecidesIsToldByThatWay) {
+    const std::string blocks = R"yaml(
+blocks:
+  - {id: noise, type: FilterGaussianWhiteNoiseGenerator}
+  - {id: count, type: FilterPeriodCounter}
+  - {id: out, type: RecordingSink, properties: {file: noise.csv}}
+connections:
+  - {from: noise, to: count}
+  - {from: count.Nb Period, to: out.x}
+)yaml";
+    folder.write("noise.yaml", "format: 1\nclock: stream" + blocks);
+    folder.write("wall.yaml", "format: 1\nclock: wall" + blocks);
+    const std::string refusal = "noise.yaml:2:8: found 'noise'";
+    const std::string idle = ".yaml:5:10: warning: 'count' (FilterPeriodCounter) counts nothing";
+    const std::string live = "and this one is live\n";
+    for (const Strings& offline : {Strings{"check", "noise.yaml"}, {"run", "noise.yaml", "--steps", "3"}}) {
+        const Ended ended = call(offline);
+        EXPECT_EQ(ended.exitCode, 2) << offline.front();
+        EXPECT_NE(ended.err.find(refusal), std::string::npos) << ended.err;
+    }
+    const Ended wall = call({"check", "wall.yaml"});
+    EXPECT_EQ(wall.exitCode, 0);
+    EXPECT_NE(wall.err.find(idle), std::string::npos) << wall.err;
+    const Ended ended = call({"run", "--live", "noise.yaml", "--steps", "3"});
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_EQ(ended.err.find(refusal), std::string::npos) << ended.err;
+    EXPECT_NE(ended.err.find(live), std::string::npos) << ended.err;
+    EXPECT_NE(ended.err.find(idle), std::string::npos) << ended.err;
+    const Ended controlled = call({"run", "--live", "noise.yaml", "--steps", "3", "--control", "console"});
+    EXPECT_EQ(controlled.err.find(idle), std::string::npos) << "somebody may fire it: " << controlled.err;
+}
+
 TEST_F(Command, QuietPrintsNothing) {
     const Ended ended = call({"run", "--quiet", "g.yaml"});
     EXPECT_EQ(ended.exitCode, 0);

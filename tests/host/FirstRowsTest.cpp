@@ -67,6 +67,18 @@ TEST_F(FirstRowsTest, NobodyElseIsMisledByIt) {
     EXPECT_EQ(warningsOf("time: t, frame: 10"), "") << "a frame has the time of its last row";
 }
 
+TEST_F(FirstRowsTest, AFrameThatIsLongerThanTheFileIsNeverFull) {
+    write(0.01); // 201 rows
+    EXPECT_EQ(warningsOf("time: t, frame: 202", "FilterGain"),
+              "g.yaml:3:80: warning: found 201 rows in in.csv for a frame of 202; expected as many at least, "
+              "or 'in' sends nothing\n");
+    EXPECT_EQ(warningsOf("time: t, frame: 201", "FilterGain"), "");
+    folder.write("in.csv", "t,x\n0,1\n1,one\n");
+    EXPECT_EQ(warningsOf("time: t, frame: 202", "FilterGain"), "") << "the run ends at the bad row";
+    EXPECT_NE(warningsOf("time: t, frame: 202, onBadRow: skip", "FilterGain").find("found 1 row in in.csv"),
+              std::string::npos);
+}
+
 TEST_F(FirstRowsTest, ARateThatTheTimesContradictIsDoubtful) {
     write(0.01);
     EXPECT_EQ(warningsOf("rate: 100"), "");

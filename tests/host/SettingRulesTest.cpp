@@ -120,6 +120,71 @@ TEST_F(SettingRulesTest, AWallClockThatReachesAReaderOfTimesIsDoubtful) {
               std::string::npos);
 }
 
+class ClockRules : public SettingRulesTest {
+protected:
+    using Rule = void (*)(const Graph&, Complaints&);
+    /// What one rule alone says of a graph, complaints and warnings.
+    std::string textsOf(Rule rule, const std::string& text) {
+        Complaints own;
+        const GraphDescription description = GraphDescription::read(folder.write("g.yaml", text), {}, own);
+        const Graph graph(description, catalogue, own);
+        EXPECT_TRUE(own.isEmpty()) << GraphException(own.getSorted()).what();
+        Complaints complaints;
+        rule(graph, complaints);
+        std::string lines;
+        for (const Warning& warning : complaints.getSortedWarnings())
+            lines += withoutFolder(warning.getText()) + "\n";
+        if (!complaints.isEmpty()) lines += withoutFolder(GraphException(complaints.getSorted()).what());
+        return lines;
+    }
+};
+
+TEST_F(ClockRules, AClockThatStampsTheWallClockIsRefusedBeforeItRuns) {
+    const std::string noise = "  - {id: noise, type: FilterGaussianWhiteNoiseGenerator}\n";
+    const std::string sine = "  - {id: sine, type: FilterFunctionGenerator}\n";
+    const std::string stream = "format: 1\nclock: stream\nblocks:\n";
+    EXPECT_EQ(
+        textsOf(requireStreamClock, stream + noise + sine),
+        "g.yaml:2:8: found 'noise' (FilterGaussianWhiteNoiseGenerator), which stamps the wall clock, as "
+        "the block that tells the time; expected a generator with a time of its own in front of it, or "
+        "'clock: wall'");
+    EXPECT_EQ(textsOf(requireStreamClock, stream + sine + noise), "");
+    EXPECT_EQ(textsOf(requireStreamClock, "format: 1\nblocks:\n" + noise), "");
+    EXPECT_EQ(
+        textsOf(
+            requireStreamClock,
+            stream + noise +
+                "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"),
+        "")
+        << "the recording tells it";
+}
+
+constexpr const char* kEdgeToFrequency =
+    "format: 1\nblocks:\n"
+    "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"
+    "  - {id: edge, type: FilterEdge}\n  - {id: rate, type: FilterFrequency}\n"
+    "connections: [{from: in, to: edge}, {from: edge, to: rate}]\n";
+
+TEST_F(ClockRules, ALiveRunStampsTheWallClockWhateverTheGraphSays) {
+    EXPECT_EQ(textsOf(warnOfLiveWallClock, std::string("clock: stream\n") + kEdgeToFrequency),
+              "g.yaml:6:10: warning: the wall clock, which 'edge.edge' stamps, reaches 'rate' "
+              "(FilterFrequency), which reads time stamps; with 'clock: stream' it stamps the time of an "
+              "offline run only, and this one is live\n");
+    EXPECT_EQ(textsOf(warnOfLiveWallClock, kEdgeToFrequency), "") << "told when it is built";
+}
+
+TEST_F(ClockRules, ACounterThatNothingStartsCountsNothing) {
+    const std::string text = "format: 1\nblocks:\n  - {id: sine, type: FilterFunctionGenerator}\n"
+                             "  - {id: count, type: FilterPeriodCounter}\n  - {id: gain, type: FilterGain}\n"
+                             "connections:\n  - {from: sine, to: count}\n";
+    const std::string heard = text + "  - {from: count.Nb Period, to: gain}\n";
+    EXPECT_EQ(
+        textsOf(warnOfIdleBlocks, heard),
+        "g.yaml:4:10: warning: 'count' (FilterPeriodCounter) counts nothing until its command 'Reset' is "
+        "fired, and no entry of the timeline fires it; 'fire: [count.Reset]' would\n");
+    EXPECT_EQ(textsOf(warnOfIdleBlocks, heard + "timeline: [{at: 1, fire: [count.Reset]}]\n"), "");
+}
+
 TEST_F(SettingRulesTest, AGraphWithoutASinkAndABlockThatFeedsItselfAreDoubtful) {
     EXPECT_EQ(warningsOfGraph("format: 1\nblocks:\n  - {id: g, type: FilterGain}\n"
                               "connections: [{from: g, to: g}]\n"),
