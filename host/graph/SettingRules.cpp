@@ -53,8 +53,8 @@ constexpr const char* kPaused = "a block that is paused sends nothing";
 std::span<const SettingRule> getSettingRules() {
     static constexpr SettingRule rules[]{
         {"FilterButterworth", "RelativeCutOffFreq", "Order", isZeroUnderAnOrder, kNoDesign},
-        {"FilterButterworth_v2", "RelativeCutOffFreq", nullptr, isZero,
-         "a cut-off of 0 stays at its first value"},
+        {"FilterButterworth_v2", "RelativeCutOffFreq", "Order", isZeroUnderAnOrder,
+         "at a cut-off of 0 the output stays at its first value"},
         {"FilterBandPass", "Low Cutoff Freq. (relative)", "Order", isZeroUnderAnOrder, kNoDesign},
         {"FilterBandPass", "High Cutoff Freq. (relative)", "Order", isZeroUnderAnOrder, kNoDesign},
         {"FilterBandPass", "Low Cutoff Freq. (relative)", "High Cutoff Freq. (relative)", isNotBelow, kEdges},

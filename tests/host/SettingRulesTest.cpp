@@ -59,6 +59,11 @@ TEST_F(SettingRulesTest, ContradictionsAreToldWhereTheyAreWritten) {
               "has no design, and everything becomes not-a-number\n");
     EXPECT_EQ(warningsOf("FilterButterworth, properties: {RelativeCutOffFreq: 0, Order: 0}"), "")
         << "passes all on";
+    EXPECT_NE(warningsOf("FilterButterworth_v2, properties: {RelativeCutOffFreq: 0}")
+                  .find("at a cut-off of 0 the output stays at its first value"),
+              std::string::npos);
+    EXPECT_EQ(warningsOf("FilterButterworth_v2, properties: {RelativeCutOffFreq: 0, Order: 0}"), "")
+        << "passes all on";
     EXPECT_NE(
         warningsOf(
             "FilterBandPass, properties: {Low Cutoff Freq. (relative): 0.2, High Cutoff Freq. (relative): "
