@@ -5,7 +5,6 @@
 #include "host/graph/PropertyWriter.h"
 #include "host/response/FrequencyResponse.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace Quillmere::Host {
@@ -26,6 +25,12 @@ BlockPtr twinOf(const GraphDescription::Block& description, const BlockCatalogue
     return twin;
 }
 
+void warnOfNoDesign(const GraphDescription::Block& block, Complaints& complaints) {
+    complaints.warn(block.where, "found no design of '" + block.id + "' (" + block.type +
+                                     "), since its gain or coefficients aren't finite; expected edges above "
+                                     "0, below 1 and apart from each other, and an order that they bear");
+}
+
 /// Raises what the block raises.
 void warnOfDigits(const GraphDescription::Block& block, const BlockCatalogue& catalogue,
                   Complaints& complaints) {
@@ -33,8 +38,10 @@ void warnOfDigits(const GraphDescription::Block& block, const BlockCatalogue& ca
         measureDesign([&] { return std::shared_ptr<Core::Filter>(twinOf(block, catalogue)); });
     if (!design) return;
     const double error = design->estimateError();
-    if (!(error > std::pow(10.0, -kFewestDigits))) return; // also a design without numbers
-    const int digits = std::max(0, static_cast<int>(std::floor(-std::log10(error))));
+    if (std::isnan(error)) return warnOfNoDesign(block, complaints);
+    if (error <= std::pow(10.0, -kFewestDigits)) return;
+    const int digits =
+        error < 1.0 ? static_cast<int>(std::floor(-std::log10(error))) : 0; // it may be infinite
     complaints.warn(
         block.where,
         "found the design of '" + block.id + "' (" + block.type + ") with " +

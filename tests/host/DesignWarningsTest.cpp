@@ -68,8 +68,19 @@ TEST_F(DesignWarningsTest, TellEveryFamily) {
 
 TEST_F(DesignWarningsTest, AreSilentWhereThereIsNoDesign) {
     EXPECT_EQ(warningsOf("FilterButterworth", "Order: 10, RelativeCutOffFreq: 0.0001"), "");
-    EXPECT_EQ(warningsOf("FilterButterworthV2", "LowRelativeCutOffFreq: 0"), "")
-        << "not-a-number keeps no digits, but that is another matter";
+}
+
+TEST_F(DesignWarningsTest, TellWhereADesignIsNotANumber) {
+    const auto noDesign = [](const std::string& type) {
+        return "g.yaml:2:10: warning: found no design of 'f' (" + type +
+               "), since its gain or coefficients aren't finite; expected edges above 0, below 1 and apart "
+               "from each other, and an order that they bear\n";
+    };
+    for (const char* const type : {"FilterBessel", "FilterButterworthV2"})
+        EXPECT_EQ(warningsOf(type, "LowRelativeCutOffFreq: 0"), noDesign(type));
+    EXPECT_EQ(warningsOf("FilterChebyshev",
+                         "Mode: BandStop, LowRelativeCutOffFreq: 0, HighRelativeCutOffFreq: 0.2"),
+              noDesign("FilterChebyshev"));
 }
 
 } // namespace
