@@ -53,6 +53,7 @@ public:
     const GraphDescription::Connection* findConnection(const Core::AbstractInputPin& input) const;
     /// What the runner has done to the blocks when stream time comes to it.
     Timeline& getTimeline() { return timeline; }
+    const Timeline& getTimeline() const { return timeline; }
 
     /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples; and warns of one that
     /// keeps nothing, since it has no sink. [setup]

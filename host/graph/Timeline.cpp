@@ -32,6 +32,10 @@ Core::Filter* Timeline::getSender() {
     return sender.get();
 }
 
+const Core::Filter* Timeline::getSender() const {
+    return sender.get();
+}
+
 void Timeline::fire(Core::CommandProperty& command, const Place& where, Complaints& complaints) {
     const auto refuse = [&](const std::string& reason) {
         complaints.add(where, "the command '" + command.getName() + "' refused (" + reason + ")",

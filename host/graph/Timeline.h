@@ -29,6 +29,7 @@ public:
     bool getIsDue(double time) const { return next < actions.size() && time >= actions[next].at; }
     /// The block that sends its values, null where none is sent; whoever runs the graph keeps it in a layout of its. [setup]
     Core::Filter* getSender();
+    const Core::Filter* getSender() const;
 
 private:
     friend class TimelineBuilder;

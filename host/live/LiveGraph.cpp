@@ -150,12 +150,12 @@ void LiveGraph::endSinks(bool isWhole) {
     Quillmere::Host::endSinks(graph.getSinks(), isWhole);
 }
 
-RunOutcome LiveGraph::getOutcome(const RunProgress& progress, const std::string& failure) const {
+RunOutcome LiveGraph::getOutcome(const RunProgress& progress, const RunEnding& ending) const {
     const std::lock_guard lock(structure);
     std::vector<FirstNonFinite> nonFinite;
     for (const LiveLayout& layout : layouts)
         nonFinite.insert(nonFinite.end(), layout.getNonFinite().begin(), layout.getNonFinite().end());
-    return outcomeOf(graph, getBlocks(), nonFinite, progress, failure);
+    return outcomeOf(graph, getBlocks(), nonFinite, progress, ending);
 }
 
 std::uint64_t LiveGraph::getRounds() const {

@@ -50,7 +50,7 @@ public:
     /// Ends all results, as whole ones or as what is left. Raises `RunException`. Requires: no thread runs. [any]
     void endSinks(bool isWhole);
     /// What the run has done. Requires: no thread runs. [any]
-    RunOutcome getOutcome(const RunProgress& progress, const std::string& failure) const;
+    RunOutcome getOutcome(const RunProgress& progress, const RunEnding& ending) const;
     /// Rounds of all layouts. [any]
     std::uint64_t getRounds() const;
 

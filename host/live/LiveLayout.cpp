@@ -171,7 +171,11 @@ void LiveLayout::rest() {
 void LiveLayout::applyTimeline() {
     isTimelineDue = false;
     const std::lock_guard lock(drive.timelineMutex);
-    if (appliesTimeline) drive.timeline.apply(timelineTime);
+    if (!appliesTimeline) return;
+    drive.timeline.apply(timelineTime);
+    const Core::Synchronizer::DisablerLocker guard(&getGate(), nullptr);
+    // Before the blocks that get it; its own step comes behind theirs.
+    if (const Core::Filter* const sender = drive.timeline.getSender()) finite.look(*sender, streamTime);
 }
 
 LiveLayout::Kind LiveLayout::choose() {

@@ -108,18 +108,19 @@ private:
 
     /// Ends the results and takes down what the run has done; gives back why it failed.
     std::string endResults() {
-        std::string reason = drive.getFailure();
-        if (reason.empty() && isStrict) {
+        RunEnding result{.failure = drive.getFailure()};
+        result.isCutShort = !result.failure.empty();
+        if (!result.isCutShort && isStrict) {
             const std::vector<Warning> warnings = live.getOutcome(getProgress(), {}).warnings;
-            if (!warnings.empty()) reason = strictFailureText(warnings);
+            if (!warnings.empty()) result.failure = strictFailureText(warnings);
         }
         try {
-            live.endSinks(reason.empty());
+            live.endSinks(result.failure.empty());
         } catch (const RunException& exception) {
-            reason = exception.what();
+            result.failure = exception.what();
         }
-        outcome = live.getOutcome(getProgress(), reason);
-        return reason;
+        outcome = live.getOutcome(getProgress(), result);
+        return result.failure;
     }
 
     std::latch hasStarted{1};

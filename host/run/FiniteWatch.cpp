@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/FiniteWatch.h"
 
+#include "framework/Quillmere.h"
+#include "host/graph/MainInput.h"
+
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace Quillmere::Host {
 
@@ -11,10 +15,11 @@ void FiniteWatch::watch(const std::vector<Core::Filter*>& blocks) {
     next = 0;
     for (const Core::Filter* const block : blocks) {
         Watched& entry = watched.emplace_back(Watched{block, dynamic_cast<const Source*>(block), {}});
-        if (getFirst(*block) != nullptr && entry.source == nullptr) continue;
-        for (const Core::AbstractOutputPin* const pin : block->getOutputPins())
+        for (const Core::AbstractOutputPin* const pin : block->getOutputPins()) {
+            if (entry.source == nullptr && getFirst(*pin) != nullptr) continue;
             if (const auto* const output = dynamic_cast<const Core::OutputPin<Core::MatrixXd>*>(pin))
                 entry.outputs.push_back({output, output->getSentUnderGate()});
+        }
     }
 }
 
@@ -26,26 +31,34 @@ FiniteWatch::Watched* FiniteWatch::search(const Core::Filter& block) {
     return &*known;
 }
 
+namespace {
+/// That of the sample which the block took last. What it stamps itself may be another clock's.
+double timeOfInput(const Core::Filter& block, double timeOfOutput) {
+    const auto* const input = dynamic_cast<const Core::InputPin<Core::MatrixXd>*>(mainInputOf(block));
+    return input == nullptr ? timeOfOutput : input->getTimeStamp();
+}
+} // namespace
+
 void FiniteWatch::note(Watched& block, const Core::OutputPin<Core::MatrixXd>& pin, double time) {
-    const double timeOfSample = std::isnan(time) ? pin.data.timeStamp : time;
+    const double timeOfSample = std::isnan(time) ? timeOfInput(*block.block, pin.data.timeStamp) : time;
     if (block.source == nullptr) {
-        found.push_back({block.block, timeOfSample, counter++, 0, 0, {}});
-        block.outputs.clear();
-        return;
+        found.push_back({block.block, &pin, timeOfSample, counter++, 0, 0, {}});
+        std::erase_if(block.outputs, [&](const Output& output) { return output.pin == &pin; });
+    } else {
+        countValues(*block.source, pin, timeOfSample);
     }
-    countValues(*block.source, pin, timeOfSample);
     look(block, time); // its other outputs
 }
 
 void FiniteWatch::countValues(const Source& source, const Core::OutputPin<Core::MatrixXd>& pin, double time) {
     const Core::MatrixXd& sample = pin.data.value;
-    FirstNonFinite* first = getFirst(source);
+    FirstNonFinite* first = getFirst(pin);
     for (Eigen::Index i = 0; i < sample.size(); ++i) {
         if (std::isfinite(sample.data()[i])) continue;
         if (first == nullptr) {
             // The last row of a frame is the one that was read last.
             const auto rowsBehind = static_cast<std::uint64_t>(sample.rows() - 1 - i / sample.cols());
-            found.push_back({&source, time, counter++, 0, source.getRows() - rowsBehind,
+            found.push_back({&source, &pin, time, counter++, 0, source.getRows() - rowsBehind,
                              source.getColumnName(pin, static_cast<std::size_t>(i % sample.cols()))});
             first = &found.back();
         }
@@ -53,9 +66,9 @@ void FiniteWatch::countValues(const Source& source, const Core::OutputPin<Core::
     }
 }
 
-FirstNonFinite* FiniteWatch::getFirst(const Core::Filter& block) {
+FirstNonFinite* FiniteWatch::getFirst(const Core::AbstractOutputPin& output) {
     const auto known = std::find_if(found.begin(), found.end(),
-                                    [&](const FirstNonFinite& first) { return first.block == &block; });
+                                    [&](const FirstNonFinite& first) { return first.output == &output; });
     return known == found.end() ? nullptr : &*known;
 }
 
@@ -72,19 +85,32 @@ bool getIsMade(const FirstNonFinite& first, const std::vector<FirstNonFinite>& f
     return std::none_of(inputs.begin(), inputs.end(), [&](const Core::AbstractInputPin* input) {
         const Core::AbstractOutputPin* const sender = input->getConnectedOutput();
         return sender != nullptr && std::any_of(found.begin(), found.end(), [&](const FirstNonFinite& other) {
-                   return other.block == sender->getManager() && getIsBefore(other, first);
+                   return other.output == sender && getIsBefore(other, first);
                });
     });
 }
 } // namespace
 
-const FirstNonFinite* makerOf(const std::vector<FirstNonFinite>& found) {
+const FirstNonFinite* makerOf(const std::vector<FirstNonFinite>& found, const Core::Filter* timelineSender) {
     const FirstNonFinite* maker = nullptr;
     for (const FirstNonFinite& first : found) {
-        if (dynamic_cast<const Source*>(first.block) != nullptr || !getIsMade(first, found)) continue;
+        const bool isGiven =
+            first.block == timelineSender || dynamic_cast<const Source*>(first.block) != nullptr;
+        if (isGiven || !getIsMade(first, found)) continue;
         if (maker == nullptr || first.number < maker->number) maker = &first;
     }
     return maker;
+}
+
+std::optional<FirstNonFinite> sumOf(const Core::Filter& block, const std::vector<FirstNonFinite>& found) {
+    std::optional<FirstNonFinite> sum;
+    for (const FirstNonFinite& first : found) {
+        if (first.block != &block) continue;
+        const std::uint64_t values = first.values + (sum ? sum->values : 0);
+        if (!sum || std::tie(first.row, first.number) < std::tie(sum->row, sum->number)) sum = first;
+        sum->values = values;
+    }
+    return sum;
 }
 
 } // namespace Quillmere::Host

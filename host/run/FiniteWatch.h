@@ -8,14 +8,16 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace Quillmere::Host {
 
-/// The first time that a block sent something which isn't finite.
+/// The first time that an output of a block sent something which isn't finite.
 struct FirstNonFinite {
     const Core::Filter* block = nullptr;
+    const Core::AbstractOutputPin* output = nullptr;
     double time = 0.0;        ///< Seconds of stream time.
     std::uint64_t number = 0; ///< In the order in which they were seen, over all layouts.
 
@@ -27,9 +29,9 @@ struct FirstNonFinite {
 
 /// Looks behind each step at what the block has sent, for the first of it that isn't finite.
 ///
-/// Every block is looked at from the begin: when a result first shows that something is wrong, the step that it began with
-/// is long over, since recursions keep it. It costs a load and a compare a pin and a cycle or so an element, and nothing
-/// more once a block has been found, unless it is a source, whose values are counted. Of several samples that one step sends the last is looked at.
+/// Every output is looked at from the begin: when a result first shows that something is wrong, the step it began with is
+/// long over, since recursions keep it. It costs a load and a compare a pin, a cycle or so an element, and nothing more once
+/// an output has been found, unless it is a source's. Of several samples that one step sends the last is looked at.
 class QUILLMERE_API FiniteWatch {
 public:
     /// `numbers` counts over all watches of a run, and isn't owned.
@@ -76,7 +78,7 @@ private:
     }
     void note(Watched& block, const Core::OutputPin<Core::MatrixXd>& pin, double time);
     void countValues(const Source& source, const Core::OutputPin<Core::MatrixXd>& pin, double time);
-    FirstNonFinite* getFirst(const Core::Filter& block);
+    FirstNonFinite* getFirst(const Core::AbstractOutputPin& output);
 
     std::atomic<std::uint64_t>& counter;
     std::vector<Watched> watched;
@@ -85,7 +87,12 @@ private:
 };
 
 /// The first block that made such a value out of finite ones, of all that watches have found: none of those that send to it
-/// had sent one before. Null when there is none but sources, which have read it. Requires: no step is under way.
-const FirstNonFinite* makerOf(const std::vector<FirstNonFinite>& found);
+/// had been seen to send one before over a link to it. Null when there is none but sources, which have read it, and the
+/// timeline, whose sender is told if there is one. Requires: no step is under way.
+const FirstNonFinite* makerOf(const std::vector<FirstNonFinite>& found, const Core::Filter* timelineSender);
+
+/// What one block has sent, over all its outputs and wherever it stood: the first of it, and all values. Nothing when all
+/// of it was finite.
+std::optional<FirstNonFinite> sumOf(const Core::Filter& block, const std::vector<FirstNonFinite>& found);
 
 } // namespace Quillmere::Host

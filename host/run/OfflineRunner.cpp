@@ -17,28 +17,32 @@ OfflineRunner::OfflineRunner(Graph& target)
       stamps(target.getDescription().getClock() == GraphDescription::Clock::Stream ? &streamTime : nullptr) {
     for (const Graph::Node* const node : graph.getRunOrder())
         steps.push_back(node->block.get());
-    finite.watch(steps);
+    std::vector<Core::Filter*> watched = steps;
+    if (Core::Filter* const sender = graph.getTimeline().getSender()) watched.push_back(sender);
+    finite.watch(watched);
 }
 
 void OfflineRunner::run(const std::atomic<bool>& stop) {
     graph.setStop(stop);
-    std::string failure;
+    RunEnding ending;
     try {
-        failure = runToEnd(stop);
+        ending.failure = runToEnd(stop);
+        ending.isCutShort = !ending.failure.empty();
+        if (isStrict && !ending.isCutShort) ending.failure = strictFailure();
     } catch (...) { // no memory to say why
         endSinks(graph.getSinks(), false);
         throw;
     }
     try {
-        endSinks(graph.getSinks(), failure.empty());
+        endSinks(graph.getSinks(), ending.failure.empty());
     } catch (const RunException& exception) {
-        failure = exception.what();
+        ending.failure = exception.what();
     }
-    outcome = gatherOutcome(failure);
-    if (!failure.empty()) throw RunException(failure);
+    outcome = gatherOutcome(ending);
+    if (!ending.failure.empty()) throw RunException(ending.failure);
 }
 
-/// Runs as far as it goes, and gives back why the results aren't whole: an empty text when they are.
+/// Runs as far as it goes, and gives back why it came no further: an empty text when it came to its end.
 std::string OfflineRunner::runToEnd(const std::atomic<bool>& stop) {
     try {
         runRounds(stop);
@@ -49,16 +53,19 @@ std::string OfflineRunner::runToEnd(const std::atomic<bool>& stop) {
     } catch (...) {
         return failureText(current, streamTime, std::runtime_error("something that is no std::exception"));
     }
-    if (!isStrict) return {};
+    return {};
+}
+
+std::string OfflineRunner::strictFailure() const {
     const std::vector<Warning> warnings = gatherOutcome({}).warnings;
     return warnings.empty() ? std::string() : strictFailureText(warnings);
 }
 
-RunOutcome OfflineRunner::gatherOutcome(const std::string& failure) const {
+RunOutcome OfflineRunner::gatherOutcome(const RunEnding& ending) const {
     std::vector<Core::Filter*> blocks;
     for (const Graph::Node& node : graph.getNodes())
         blocks.push_back(node.block.get());
-    return outcomeOf(graph, blocks, finite.getFound(), getProgress(), failure);
+    return outcomeOf(graph, blocks, finite.getFound(), getProgress(), ending);
 }
 
 void OfflineRunner::runRounds(const std::atomic<bool>& stop) {
@@ -75,7 +82,7 @@ void OfflineRunner::runRecordings(const std::atomic<bool>& stop) {
         current = nullptr;
         if (stop.load(std::memory_order_relaxed)) throw RunException("interrupted");
         streamTime = source->getNextTimeStamp();
-        graph.getTimeline().apply(streamTime);
+        applyTimeline(streamTime);
         source->release();
         runRound();
         countRound();
@@ -102,8 +109,17 @@ void OfflineRunner::runClockedRound(GeneratorClock& clock) {
         finite.look(*current, streamTime);
         current = nullptr;
     }
-    graph.getTimeline().apply(clock.getElapsed());
+    applyTimeline(clock.getElapsed());
     runRound();
+}
+
+/// `time` is what the timeline counts, which in a graph without sources isn't the stream's.
+void OfflineRunner::applyTimeline(double time) {
+    Timeline& timeline = graph.getTimeline();
+    if (!timeline.getIsDue(time)) return;
+    timeline.apply(time);
+    const Core::Synchronizer::StepLocker gate(graph.getLayout().getSynchronizer());
+    if (const Core::Filter* const sender = timeline.getSender()) finite.look(*sender, streamTime);
 }
 
 void OfflineRunner::requireStreamTime(const GeneratorClock& clock) const {

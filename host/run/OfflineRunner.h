@@ -55,7 +55,9 @@ public:
 
 private:
     std::string runToEnd(const std::atomic<bool>& stop);
-    RunOutcome gatherOutcome(const std::string& failure) const;
+    RunOutcome gatherOutcome(const RunEnding& ending) const;
+    std::string strictFailure() const;
+    void applyTimeline(double time);
     void runRounds(const std::atomic<bool>& stop);
     void runRecordings(const std::atomic<bool>& stop);
     void runGenerators(const std::atomic<bool>& stop);

@@ -66,7 +66,7 @@ bool getIsSilent(Core::AbstractInputPin& input) {
 }
 
 /// A pin that nothing came to is usual: there may have been no event. A sink to which nothing came at all hardly is.
-void addResult(const Graph::Node& node, RunOutcome& outcome) {
+void addResult(const Graph::Node& node, bool isCutShort, RunOutcome& outcome) {
     const Sink& sink = *node.sink;
     RunOutcome::Result result{sink.getName(),
                               sink.getPath(),
@@ -76,8 +76,8 @@ void addResult(const Graph::Node& node, RunOutcome& outcome) {
                               sink.getAccount(),
                               {}};
     for (Core::AbstractInputPin* const pin : sink.getInputPins())
-        if (getIsSilent(*pin)) result.silentPins.push_back(pin->getName() + ": " + reasonOfSilence(*pin));
-    if (!outcome.getIsWhole()) result.silentPins.clear(); // what failed early hasn't come to everything
+        if (!isCutShort && getIsSilent(*pin)) // what failed midway hasn't come to everything
+            result.silentPins.push_back(pin->getName() + ": " + reasonOfSilence(*pin));
     const bool isSilent =
         !result.silentPins.empty() && result.silentPins.size() == sink.getInputPins().size();
     if (isSilent) {
@@ -114,23 +114,28 @@ void warnOfReadValues(const FirstNonFinite& first, const Source& source, RunOutc
                                                            ", column '" + first.column + "'"});
 }
 
-/// What sources read, who made the first of it out of finite input, and how much of it the results hold.
+/// What sources read and the timeline sent, who made the first of it out of finite input, and how much the results hold.
 void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonFinite, RunOutcome& outcome) {
+    const Core::Filter* const sender = graph.getTimeline().getSender();
     const auto placeOfBlock = [&](const std::string& id) {
         const auto* const description = graph.getDescription().findBlock(id);
         return description == nullptr ? Place{} : description->where;
     };
-    for (const FirstNonFinite& first : nonFinite)
-        if (const auto* const source = dynamic_cast<const Source*>(first.block))
-            warnOfReadValues(first, *source, outcome);
-    if (const FirstNonFinite* const maker = makerOf(nonFinite)) {
+    for (const Source* const source : graph.getSources())
+        if (const auto first = sumOf(*source, nonFinite)) warnOfReadValues(*first, *source, outcome);
+    if (sender != nullptr)
+        if (const auto first = sumOf(*sender, nonFinite))
+            outcome.warnings.push_back({{graph.getDescription().getPath()},
+                                        "the timeline sent values that aren't finite, the first at " +
+                                            shortestText(first->time) + " s"});
+    if (const FirstNonFinite* const maker = makerOf(nonFinite, sender)) {
         const std::string name = maker->block->getName();
         outcome.firstMaker = RunOutcome::Maker{name, maker->block->getTypeName(), maker->time};
         outcome.warnings.push_back(
             {placeOfBlock(name), "'" + name + "' (" + maker->block->getTypeName() +
-                                     ") made values that aren't finite out of finite ones, the "
-                                     "first at " +
-                                     shortestText(maker->time) + " s"});
+                                     ") made values that aren't finite, the first at " +
+                                     shortestText(maker->time) +
+                                     " s, and none was seen to come to it before"});
     }
     for (const RunOutcome::Result& result : outcome.results) {
         const ResultAccount& account = result.account;
@@ -151,15 +156,15 @@ void warnOfLosses(RunOutcome& outcome) {
 
 RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
                      const std::vector<FirstNonFinite>& nonFinite, const RunProgress& progress,
-                     const std::string& failure) {
+                     const RunEnding& ending) {
     RunOutcome outcome;
-    outcome.failure = failure;
+    outcome.failure = ending.failure;
     outcome.graph = graph.getName();
     outcome.progress = progress;
     for (const Source* const source : graph.getSources())
         addRecording(*source, outcome);
     for (const Graph::Node& node : graph.getNodes())
-        if (node.sink != nullptr) addResult(node, outcome);
+        if (node.sink != nullptr) addResult(node, ending.isCutShort, outcome);
     const Links known(graph.getDescription(), blocks);
     for (const Core::Filter* const block : blocks)
         addLinks(*block, known, outcome.links);

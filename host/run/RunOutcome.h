@@ -15,6 +15,13 @@
 
 namespace Quillmere::Host {
 
+/// How a run ended.
+struct RunEnding {
+    std::string failure; ///< Why it failed; empty when the results are whole.
+    bool isCutShort =
+        false; ///< Whether it failed midway; else it failed by its results or by its warnings only.
+};
+
 /// What a run has done, whole or failed midway: a value, which outlives the run and its graph.
 struct RunOutcome {
     /// What a source has read.
@@ -66,11 +73,11 @@ struct RunOutcome {
     bool getIsWhole() const { return failure.empty(); }
 };
 
-/// What a run of `graph` has done so far, and why it failed, if it did. `blocks` are those that take part, the graph's own
+/// What a run of `graph` has done so far, and how it ended. `blocks` are those that take part, the graph's own
 /// and later ones, `nonFinite` what was found of them. Requires: none of them is in a step. [any]
 QUILLMERE_API RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
                                    const std::vector<FirstNonFinite>& nonFinite, const RunProgress& progress,
-                                   const std::string& failure);
+                                   const RunEnding& ending);
 
 /// Why a run is a failure that ended with these warnings and takes them for errors.
 QUILLMERE_API std::string strictFailureText(const std::vector<Warning>& warnings);

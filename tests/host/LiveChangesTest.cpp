@@ -112,6 +112,26 @@ TEST_F(LiveChangesTest, TheTimelineGoesWithTheSourceThatTellsItsTime) {
     EXPECT_EQ(linesOfResult().back(), "3,9");
 }
 
+TEST_F(LiveChangesTest, ASourceThatIsMovedKeepsOneAccountOfWhatIsNotFinite) {
+    feed("t,x\n");
+    start(std::string(kLayouts) + "blocks:\n" + kPipe +
+          "  - {id: out, type: RecordingSink, layout: a, properties: {file: out.csv}}\n"
+          "connections:\n  - {from: in, to: out.x}\n");
+    feed("0,0\n1,nan\n");
+    waitUntil([&] { return live->getProgress().rounds == 2; });
+    live->move("in", "b");
+    feed("2,nan\n3,nan\n");
+    pipe.close();
+    linesOfResult();
+    outcome = live->getOutcome();
+    EXPECT_EQ(outcome.recordings[0].nonFiniteValues, 3u);
+    std::vector<std::string> read; // a sample on its way may have been lost by the move, which is told too
+    for (const Warning& warning : outcome.warnings)
+        if (warning.text.starts_with("'in' read")) read.push_back(warning.text);
+    EXPECT_EQ(read, std::vector<std::string>{
+                        "'in' read 3 values that aren't finite, the first in row 2 (1 s), column 'x'"});
+}
+
 TEST_F(LiveChangesTest, ARowHasTheTimeOfItsSamplesThroughHoweverManyBlocksTheyCome) {
     // The source of the sink's own layout is at another time.
     folder.write(

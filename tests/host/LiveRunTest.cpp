@@ -281,6 +281,44 @@ TEST_F(LagTest, StrictTakesALossForAFailure) {
     EXPECT_FALSE(folder.has("out.csv"));
 }
 
+TEST_F(LiveRunTest, StrictTellsOfTheResultThatReceivedNothingOnWhichItFails) {
+    folder.write("in.csv", "t,x\n0,1\n1,2\n");
+    EXPECT_EQ(runLive("format: 1\nblocks:\n" + sourceLine("in", "in.csv", "x: x") +
+                          "  - {id: rate, type: FilterFrequency}\n" + sinkLine("out", "out.csv") +
+                          "connections: [{from: in, to: rate}, {from: rate, to: out.x}]\n",
+                      {.speed = Support::kUnpaced, .isStrict = true}),
+              "ended with a warning, taken for an error");
+    ASSERT_EQ(liveRun->getOutcome().warnings.size(), 1u);
+    EXPECT_EQ(liveRun->getOutcome().warnings[0].text,
+              "'out' received nothing: 'rate' (FilterFrequency) received 2 samples and sent none");
+}
+
+TEST_F(LiveRunTest, AMakerInALayoutWithoutRoundsHasTheTimeOfWhatItTook) {
+    folder.write("in.csv", "t,x\n0.5,1\n");
+    EXPECT_EQ(runLive("format: 1\nlayouts: [{id: one}, {id: two}]\nblocks:\n" +
+                      sourceLine("in", "in.csv", "x: x") +
+                      "  - {id: inv, type: FilterInvGain, layout: two, properties: {invGain: 0}}\n" +
+                      sinkLine("out", "out.csv", "two") +
+                      "connections: [{from: in, to: inv}, {from: inv, to: out.x}]\n"),
+              "");
+    ASSERT_TRUE(liveRun->getOutcome().firstMaker.has_value());
+    EXPECT_EQ(liveRun->getOutcome().firstMaker->block, "inv");
+    EXPECT_EQ(liveRun->getOutcome().firstMaker->time, 0.5) << "its own stamp is the wall clock's";
+}
+
+TEST_F(LiveRunTest, WhatATimelineSentIsNoBlocksMaking) {
+    folder.write("in.csv", "t,x\n0,1\n0.5,2\n");
+    EXPECT_EQ(runLive("format: 1\nblocks:\n" + sourceLine("in", "in.csv", "x: x") +
+                      "  - {id: sum, type: OddSum}\n" + sinkLine("out", "out.csv") +
+                      "connections: [{from: in, to: sum.in}, {from: sum, to: out.x}]\n"
+                      "timeline: [{at: 0.5, send: {sum.back: .nan}}]\n"),
+              "");
+    EXPECT_FALSE(liveRun->getOutcome().firstMaker.has_value());
+    ASSERT_EQ(liveRun->getOutcome().warnings.size(), 2u);
+    EXPECT_EQ(liveRun->getOutcome().warnings[0].text,
+              "the timeline sent values that aren't finite, the first at 0.5 s");
+}
+
 TEST_F(LagTest, ABufferKeepsAsManyAsItHolds) {
     runHeld(", buffer: 3");
     EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n97,194\n98,196\n99,198\n");

@@ -185,10 +185,37 @@ TEST_F(RunOutcomeTest, TheFirstBlockThatMakesSuchAValueOutOfFiniteOnesIsNamed) {
     EXPECT_EQ(outcome.firstMaker->time, 1.0);
     ASSERT_EQ(outcome.warnings.size(), 2u);
     EXPECT_EQ(outcome.warnings[0].text,
-              "'large' (FilterGain) made values that aren't finite out of finite ones, the "
-              "first at 1 s");
+              "'large' (FilterGain) made values that aren't finite, the first at 1 s, and none was seen to "
+              "come to it before");
     EXPECT_EQ(outcome.results[0].account.nonFiniteValues, 1u);
     EXPECT_EQ(outcome.results[0].account.firstRow, 3u);
+}
+
+TEST_F(RunOutcomeTest, WhatAnotherPinOfItsSenderSentHidesNoMaker) {
+    folder.write("two.csv", "t,x,y\n0,nan,1\n0.5,1,1\n1,1,1e308\n");
+    EXPECT_EQ(
+        run("format: 1\nblocks:\n  - {id: two, type: RecordingSource, properties: {file: two.csv, time: "
+            "t, pins: {x: x, y: y}}}\n  - {id: large, type: FilterGain, properties: {Gain: 10}}\n" +
+            std::string(kSink) +
+            "connections: [{from: two.x, to: out.p}, {from: two.y, to: large}, {from: large, to: "
+            "out.q}]\n"),
+        "");
+    EXPECT_EQ(outcome.recordings[0].nonFiniteValues, 1u);
+    ASSERT_TRUE(outcome.firstMaker.has_value());
+    EXPECT_EQ(outcome.firstMaker->block, "large");
+    EXPECT_EQ(outcome.firstMaker->time, 1.0);
+}
+
+TEST_F(RunOutcomeTest, WhatATimelineSentIsNoBlocksMaking) {
+    EXPECT_EQ(run(graph("  - {id: sum, type: OddSum}\n",
+                        "  - {from: in, to: sum.in}\n  - {from: sum, to: out.p}\n") +
+                  "timeline: [{at: 0.5, send: {sum.back: .nan}}]\n"),
+              "");
+    EXPECT_FALSE(outcome.firstMaker.has_value());
+    EXPECT_EQ(warningsOfRun(),
+              "g.yaml: warning: the timeline sent values that aren't finite, the first at 0.5 s\n"
+              "g.yaml:5:10: warning: 'out' holds 2 values that aren't finite, the first in row 2 (0.5 s), "
+              "column 'p[0]'\n");
 }
 
 TEST_F(RunOutcomeTest, StrictTakesAWarningForAFailureAndKeepsTheResultsPartial) {
@@ -199,6 +226,16 @@ TEST_F(RunOutcomeTest, StrictTakesAWarningForAFailureAndKeepsTheResultsPartial) 
     EXPECT_EQ(folder.read("out.csv.partial"), "t,p[0]\n0,1.75\n0.5,2.75\n1,3.75\n");
     EXPECT_EQ(run(graph("", "  - {from: in, to: out.p}\n")), "") << "nothing to warn of";
     EXPECT_TRUE(folder.has("out.csv"));
+}
+
+TEST_F(RunOutcomeTest, StrictTellsOfTheResultThatReceivedNothingOnWhichItFails) {
+    isStrict = true;
+    EXPECT_EQ(run(graph("  - {id: rate, type: FilterFrequency}\n",
+                        "  - {from: in, to: rate}\n  - {from: rate, to: out.p}\n")),
+              "ended with a warning, taken for an error");
+    EXPECT_EQ(warningsOfRun(),
+              "g.yaml:5:10: warning: 'out' received nothing: 'rate' (FilterFrequency) received 3 samples and "
+              "sent none\n");
 }
 
 TEST(StrictFailure, SaysHowManyWarningsThereAre) {
