@@ -337,7 +337,8 @@ void LiveLayout::step(Core::Filter& block, Kind kind) {
     else
         block.process();
     if (drive.countsSteps) block.stepTally.steps.add(1);
-    finite.look(block, rounds.get() > 0 ? streamTime : std::numeric_limits<double>::quiet_NaN());
+    const bool isTimeKnown = kind == Kind::Round || rounds.get() > 0;
+    finite.look(block, isTimeKnown ? streamTime : std::numeric_limits<double>::quiet_NaN());
 }
 
 void LiveLayout::stepMeasured(Core::Filter& block) {

@@ -306,6 +306,20 @@ TEST_F(LiveRunTest, AMakerInALayoutWithoutRoundsHasTheTimeOfWhatItTook) {
     EXPECT_EQ(liveRun->getOutcome().firstMaker->time, 0.5) << "its own stamp is the wall clock's";
 }
 
+TEST_F(LiveRunTest, AMakerInTheFirstRoundHasTheRoundsTime) {
+    folder.write("in.csv", "t,x\n0.5,1e308\n");
+    EXPECT_EQ(runLive("format: 1\nblocks:\n" + sourceLine("in", "in.csv", "x: x") +
+                      "  - {id: stamp, type: FilterInvGain, properties: {invGain: 1}}\n"
+                      "  - {id: large, type: FilterGain, properties: {Gain: 10}}\n" +
+                      sinkLine("out", "out.csv") +
+                      "connections: [{from: in, to: stamp}, {from: stamp, to: large}, {from: large, to: "
+                      "out.x}]\n"),
+              "");
+    ASSERT_TRUE(liveRun->getOutcome().firstMaker.has_value());
+    EXPECT_EQ(liveRun->getOutcome().firstMaker->block, "large");
+    EXPECT_EQ(liveRun->getOutcome().firstMaker->time, 0.5) << "what it took has the wall clock's stamp";
+}
+
 TEST_F(LiveRunTest, WhatATimelineSentIsNoBlocksMaking) {
     folder.write("in.csv", "t,x\n0,1\n0.5,2\n");
     EXPECT_EQ(runLive("format: 1\nblocks:\n" + sourceLine("in", "in.csv", "x: x") +
