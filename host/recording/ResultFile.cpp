@@ -135,9 +135,14 @@ bool ResultFile::getIsAtName() const {
 void ResultFile::takeModeOf(const std::string& path) const {
     struct stat facts {};
     if (::lstat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return;
-    // Where neither can be set the file stays as the user's mask makes it.
-    [[maybe_unused]] int result = ::fchown(file, static_cast<uid_t>(-1), facts.st_gid);
-    result = ::fchmod(file, facts.st_mode & kPermissions);
+    mode_t mode = facts.st_mode & kPermissions;
+    if (::fchown(file, static_cast<uid_t>(-1), facts.st_gid) != 0) {
+        // Another group has no rights, and the old one is among the others now.
+        const mode_t others = mode & (mode >> 3) & S_IRWXO;
+        mode = (mode & S_IRWXU) | others;
+    }
+    // Where it can't be set the file stays as the user's mask makes it.
+    [[maybe_unused]] const int result = ::fchmod(file, mode);
 }
 
 void ResultFile::write(const char* bytes, std::size_t count) {

@@ -100,6 +100,23 @@ TEST_F(ResultFaults, WhatCannotBeSyncedOrLockedIsWrittenAllTheSame) {
     }
 }
 
+TEST_F(ResultFaults, NoGroupGetsTheRightsOfAnother) {
+    const struct {
+        unsigned former;
+        unsigned next;
+    } rows[] = {{0640, 0600}, {0660, 0600}, {0644, 0604}, {0604, 0600}, {0666, 0606}};
+    for (const auto& row : rows) {
+        std::filesystem::remove(path); // with its mark
+        folder.write("out.csv", "old result");
+        std::filesystem::permissions(path, std::filesystem::perms(row.former));
+        const SystemFault fault("fchown", EPERM);
+        EXPECT_EQ(write("old, but the last"), "");
+        EXPECT_GT(fault.getCalls(), 0);
+        EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(row.next))
+            << "of " << std::oct << row.former;
+    }
+}
+
 TEST_F(ResultFaults, SyncedAndClosedBeforeItHasItsName) {
     bool isThere = true;
     const SystemFault fault("close", 0, [&] { isThere = folder.has("out.csv"); });

@@ -86,6 +86,11 @@ int rename(const char* from, const char* to) noexcept {
     return Support::real<int (*)(const char*, const char*)>("rename")(from, to);
 }
 
+int fchown(int file, uid_t owner, gid_t group) noexcept {
+    if (Support::strikes("fchown", file)) return -1;
+    return Support::real<int (*)(int, uid_t, gid_t)>("fchown")(file, owner, group);
+}
+
 int fsetxattr(int file, const char* name, const void* value, std::size_t size, int flags) noexcept {
     if (Support::strikes("fsetxattr", file)) return -1;
     using Call = int (*)(int, const char*, const void*, std::size_t, int);

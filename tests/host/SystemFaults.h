@@ -10,7 +10,7 @@ namespace Support {
 /// links this has calls of its own in front of the C library's.
 class SystemFault {
 public:
-    /// `call` is `close`, `fgetxattr`, `flock`, `fsetxattr`, `fsync`, `rename` or `write`. Of error 0 nothing fails.
+    /// `call` is `close`, `fchown`, `flock`, `fsetxattr`, `fsync`, `rename` or `write`. Of error 0 nothing fails.
     SystemFault(std::string call, int error, std::function<void()> before = {});
     ~SystemFault();
     SystemFault(const SystemFault&) = delete;
