@@ -33,6 +33,16 @@ auto& require(const Things& things, const std::string& name, const std::string& 
     }
     refuse(found, name, known);
 }
+
+/// Gives an input without a link its buffer back. Where there is no memory for it the input keeps what it has: its next
+/// link brings its own.
+void restoreBuffer(Core::AbstractInputPin& input, std::uint32_t capacity, bool isLifo) noexcept {
+    try {
+        input.setIsLifo(isLifo);
+        input.setBufferCapacity(capacity);
+    } catch (const std::exception&) {
+    }
+}
 } // namespace
 
 /// All layouts stand still as long as it lives, and nobody else changes anything. A change and what the layouts know of it
@@ -230,8 +240,13 @@ void LiveGraph::move(const std::string& block, const std::string& layout) {
     if (from != nullptr && from->getClock() == &moved)
         throw ControlException("found the block '" + block + "', which is the clock of '" + from->getId() +
                                "'; expected a block that another one drives");
-    to.getBlocks().add(moved);
-    arrangeAll();
+    try {
+        to.getBlocks().add(moved);
+    } catch (...) {
+        if (layoutOf(moved) != from) rearrange(); // without some of its links
+        throw;
+    }
+    rearrange();
 }
 
 void LiveGraph::attach(const LinkRequest& request) {
@@ -243,16 +258,29 @@ void LiveGraph::attach(const LinkRequest& request) {
                                "', which has a link; expected one without");
     if (request.overflow == Overflow::Wait) requireNoLoop(request, from, to);
     if (request.buffer == 0) throw ControlException("found a buffer of 0; expected 1 sample at least");
-    to.setBufferCapacity(request.buffer);
-    to.setIsLifo(request.isNewestFirst);
+    const std::uint32_t formerBuffer = to.getBufferCapacity();
+    const bool wasNewestFirst = to.getIsLifo();
+    try {
+        overflows.set(to, request.overflow);
+        to.setBufferCapacity(request.buffer);
+        to.setIsLifo(request.isNewestFirst);
+        attachOrRefuse(request, from, to);
+    } catch (...) {
+        overflows.set(to, {});
+        restoreBuffer(to, formerBuffer, wasNewestFirst);
+        throw;
+    }
+    rearrange();
+}
+
+void LiveGraph::attachOrRefuse(const LinkRequest& request, Core::AbstractOutputPin& from,
+                               Core::AbstractInputPin& to) {
     try {
         from.attach(to, false);
     } catch (const Poco::Exception& exception) {
         throw ControlException("'" + request.from + "' and '" + request.to + "' can't be linked (" +
                                exception.displayText() + ")");
     }
-    overflows.set(to, request.overflow);
-    arrangeAll();
 }
 
 /// Layouts that feed each other can't wait for each other.
@@ -272,7 +300,7 @@ void LiveGraph::detach(const std::string& input) {
         throw ControlException("found the input '" + input + "', which has no link; expected one that has");
     to.detachAll();
     overflows.set(to, {});
-    arrangeAll();
+    rearrange();
 }
 
 void LiveGraph::add(const std::string& id, const std::string& type, const std::string& layout) {
@@ -289,13 +317,29 @@ void LiveGraph::add(const std::string& id, const std::string& type, const std::s
         std::vector<std::string> known = catalogue.getTypeNames();
         refuse("the block type '" + type + "'", type, known);
     }
+    added.reserve(added.size() + 1); // before anybody knows the block, which dies with a failure
+    {
+        const std::lock_guard guard(names);
+        blocks.reserve(blocks.size() + 1);
+    }
     to.getBlocks().add(*block);
     {
         const std::lock_guard guard(names);
         blocks.push_back(block.get());
     }
     added.push_back(std::move(block));
-    arrangeAll();
+    rearrange();
+}
+
+/// Layouts that don't know what has changed would use, each in its thread, what another one holds: where there is no memory
+/// to tell them, the run ends.
+void LiveGraph::rearrange() {
+    try {
+        arrangeAll();
+    } catch (...) {
+        drive.cut("out of memory"); // so short that it needs none
+        throw;
+    }
 }
 
 /// Requires: all layouts stand still, or no thread runs.

@@ -88,9 +88,12 @@ private:
     void placeTimeline();
     void anchorClock();
     void arrangeAll();
+    void rearrange();
     void arrange(LiveLayout& layout);
     void requireNoLoop(const LinkRequest& request, const Core::AbstractOutputPin& from,
                        const Core::AbstractInputPin& to);
+    static void attachOrRefuse(const LinkRequest& request, Core::AbstractOutputPin& from,
+                               Core::AbstractInputPin& to);
     std::uint64_t getMostDrainRounds() const;
     LiveStatistics::Block statisticsOf(Core::Filter& block);
 

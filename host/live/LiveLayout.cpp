@@ -180,8 +180,9 @@ void LiveLayout::applyTimeline() {
 
 LiveLayout::Kind LiveLayout::choose() {
     due = Clock::time_point::max();
-    mayRest = true;
     isHeldUp = false;
+    mayRest = !drive.getIsCut();
+    if (!mayRest) return Kind::None; // a change that failed may have left sources that another layout holds
     generation = drive.room.getGeneration();
     if (drive.getIsOver() && !isDraining) beginDrain();
     takeWishes();
@@ -352,12 +353,13 @@ void LiveLayout::stepMeasured(Core::Filter& block) {
 void LiveLayout::endPass(Kind kind) {
     const bool hasDriver = clock != nullptr || !sources.empty();
     current = nullptr;
+    mayRest = false; // there is the next round to look for
+    if (kind == Kind::Round) rounds.add(1);
+    if (drive.getIsCut()) return; // links may have come to another layout, as in `choose`
     sendRoom.countRound();
     drive.room.tellRoom(number, false);
-    mayRest = false; // there is the next round to look for
     // Links that were taken up within the pass are counted from there on.
     wish = std::exchange(isRefreshed, false) ? Wish::PassIfAnyWaits : Wish::None;
-    if (kind == Kind::Round) rounds.add(1);
     if (kind == Kind::Round && !hasWakingLinks) return;
     const bool hasMoved = waiting.count();
     const bool isLeft = hasDriver && !isDraining ? waiting.getIsAnyWaking() : waiting.getIsAny();

@@ -9,6 +9,7 @@
 #include <condition_variable>
 #include <latch>
 #include <mutex>
+#include <new>
 #include <system_error>
 #include <thread>
 
@@ -18,7 +19,7 @@ namespace {
 /// Between two looks whether a run that is over has come to rest: soon at first, since most need no longer.
 constexpr std::chrono::milliseconds kFirstLook{1};
 constexpr std::chrono::milliseconds kLastLook{4};
-/// A text that needs no memory.
+/// A text so short that it needs no memory.
 constexpr const char* kNoMemory = "out of memory";
 } // namespace
 
@@ -36,19 +37,17 @@ public:
         state = State::Running;
         // First who sees the run to its end: a layout that runs without it would run for ever.
         try {
-            supervisor = std::thread([this] { supervise(); });
-        } catch (const std::system_error& error) {
-            drive.cut("no thread can be made: " + error.code().message());
+            startSupervisor();
+        } catch (...) {
+            cutForWhatIsRaised();
             return endRun();
         }
+        const StartEnd tellsSupervisor{hasStarted};
         try {
             live.start();
-        } catch (const std::exception& exception) {
-            drive.cut(exception.what());
         } catch (...) {
-            drive.cut("something that is no std::exception");
+            cutForWhatIsRaised();
         }
-        hasStarted.count_down();
     }
 
     RunProgress getProgress() const {
@@ -71,6 +70,40 @@ public:
     RunOutcome outcome;  ///< Written once, before the state says that the run has ended.
 
 private:
+    /// Counts down however the start ends: the supervisor waits for it.
+    struct StartEnd {
+        ~StartEnd() { latch.count_down(); }
+        std::latch& latch;
+    };
+
+    void startSupervisor() {
+        try {
+            supervisor = std::thread([this] { supervise(); });
+        } catch (const std::system_error& error) {
+            throw RunException("no thread can be made: " + error.code().message());
+        }
+    }
+
+    /// Ends the run for what is being handled.
+    void cutForWhatIsRaised() noexcept {
+        try {
+            throw;
+        } catch (const std::bad_alloc&) {
+            drive.cut(kNoMemory);
+        } catch (const std::exception& exception) {
+            cutFor(exception.what());
+        } catch (...) {
+            cutFor("something that is no std::exception");
+        }
+    }
+    void cutFor(const char* reason) {
+        try {
+            drive.cut(reason);
+        } catch (...) {
+            drive.cut(kNoMemory); // for the reason even
+        }
+    }
+
     /// Sleeps as long as the run runs; then sees it to its end.
     void supervise() {
         hasStarted.wait(); // all layouts that there will be
@@ -81,8 +114,8 @@ private:
             for (auto look = kFirstLook; !drive.getIsCut() && !live.getIsAtRest();
                  look = std::min(2 * look, kLastLook))
                 std::this_thread::sleep_for(look);
-        } catch (const std::exception& exception) {
-            drive.cut(exception.what());
+        } catch (...) {
+            cutForWhatIsRaised();
         }
         endRun();
     }
@@ -97,7 +130,7 @@ private:
         std::string reason;
         try {
             reason = endResults();
-        } catch (const std::exception&) {
+        } catch (...) {
             reason = outcome.failure = kNoMemory;
         }
         const std::lock_guard lock(ending);

@@ -2,6 +2,7 @@
 // How live runs end: by themselves, when they are told, and when something fails.
 #include "tests/host/LiveFixture.h"
 #include "tests/host/NoThreads.h"
+#include "tests/support/Allocations.h"
 
 #include <gtest/gtest.h>
 
@@ -99,6 +100,30 @@ TEST_F(LiveEndTest, ARunForWhichNoThreadCanBeMadeFailsInAMessage) {
     EXPECT_EQ(liveRun->getState(), State::Failed);
     EXPECT_TRUE(folder.has("out.csv.partial"));
     EXPECT_FALSE(liveRun->getOutcome().getIsWhole());
+}
+
+TEST_F(LiveEndTest, ARunThatFindsNoMemoryAtItsStartEnds) {
+    if (!Support::MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    const std::string text = "format: 1\nblocks:\n" + sourceLine("file", "in.csv", "x: x") +
+                             sinkLine("out", "out.csv") + "connections: [{from: file, to: out.x}]\n";
+    prepare(text);
+    const Support::AllocationCounter counter;
+    liveRun->start();
+    const std::uint64_t allocations = counter.count();
+    EXPECT_EQ(end(), "");
+    EXPECT_GT(allocations, 0u);
+    for (std::uint64_t granted = 0; granted < allocations; ++granted) {
+        prepare(text);
+        {
+            const Support::MemoryShortage shortage(granted);
+            EXPECT_NO_THROW(liveRun->start()) << granted;
+        }
+        const std::string failure = end();
+        ASSERT_GE(liveRun->getState(), State::Ended) << granted;
+        if (granted == 0) {
+            EXPECT_EQ(failure, "out of memory");
+        }
+    }
 }
 
 TEST_F(LiveEndTest, TheEndOfItsPipeEndsARun) {

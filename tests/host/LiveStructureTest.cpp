@@ -3,6 +3,7 @@
 #include "host/live/LiveGraph.h"
 
 #include "tests/host/LiveFixture.h"
+#include "tests/support/Allocations.h"
 
 #include <gtest/gtest.h>
 
@@ -251,6 +252,81 @@ TEST_F(LiveStructureTest, AResultWhoseOtherSenderIsGoneWaitsForItNoMore) {
     liveRun->stop();
     EXPECT_EQ(end(), "");
     EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n");
+}
+
+/// A live run whose changes find no memory: each of their allocations is the first that fails.
+class ShortOfMemory : public Support::LiveFixture {
+protected:
+    void SetUp() override {
+        if (!Support::MemoryShortage::getIsPossible())
+            GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+        startAnew();
+    }
+    void startAnew() {
+        start(kLayouts + "  - {id: noise, type: FilterGaussianWhiteNoiseGenerator}\n" +
+                  "  - {id: g, type: FilterGain}\n  - {id: h, type: FilterGain, layout: two}\n" +
+                  sinkLine("out", "out.csv") +
+                  "connections: [{from: noise, to: g, buffer: 3}, {from: g, to: out.x}, {from: g, to: h}]\n",
+              {.speed = 1.0});
+        liveRun->detach("h.input");
+    }
+    /// Either nothing has changed and the run goes on, or something has and it ends. Tells how often it was which.
+    std::pair<int, int> failEach(const std::function<void()>& change,
+                                 const std::function<bool()>& hasChanged) {
+        std::pair<int, int> found{0, 0};
+        const std::uint64_t failures = Support::withEveryShortage([&](std::uint64_t granted) {
+            if (Support::succeedsWith(granted, change)) return true;
+            if (!hasChanged()) {
+                EXPECT_FALSE(liveRun->waitFor(std::chrono::milliseconds(1))) << granted;
+                return ++found.first, false;
+            }
+            if (!liveRun->waitFor(std::chrono::seconds(20))) {
+                ADD_FAILURE() << "it goes on, although not all layouts know, after " << granted;
+                return true;
+            }
+            EXPECT_EQ(end(), "out of memory");
+            startAnew();
+            return ++found.second, false;
+        });
+        EXPECT_GT(failures, 5u);
+        return found;
+    }
+    const Quillmere::Core::AbstractInputPin& inputOf(std::size_t node) const {
+        return *built->getNodes()[node].block->getInputPins().at(0);
+    }
+};
+
+TEST_F(ShortOfMemory, AMoveIsMadeForAllLayoutsOrEndsTheRun) {
+    const auto [unchanged, ended] =
+        failEach([&] { liveRun->move("g", "two"); }, [&] { return blockStatistics("g").layout == "two"; });
+    EXPECT_GT(unchanged, 0);
+    EXPECT_GT(ended, 5);
+}
+
+TEST_F(ShortOfMemory, ALinkIsMadeForAllLayoutsOrEndsTheRun) {
+    const auto isLinked = [&] { return inputOf(2).getConnectedOutput() != nullptr; };
+    const auto [unchanged, ended] = failEach(
+        [&] {
+            const LinkRequest request{.from = "g.output",
+                                      .to = "h.input",
+                                      .buffer = 7,
+                                      .isNewestFirst = true,
+                                      .overflow = Overflow::Drop};
+            liveRun->attach(request);
+        },
+        [&] {
+            EXPECT_TRUE(!isLinked() || (inputOf(2).getBufferCapacity() == 7 && inputOf(2).getIsLifo()));
+            return isLinked();
+        });
+    EXPECT_GT(unchanged, 3);
+    EXPECT_GT(ended, 5);
+}
+
+TEST_F(ShortOfMemory, ABlockIsAddedForAllLayoutsOrEndsTheRun) {
+    const auto [unchanged, ended] = failEach([&] { liveRun->add("late", "FilterGain", "two"); },
+                                             [&] { return liveRun->getStatistics().blocks.size() > 4; });
+    EXPECT_GT(unchanged, 5);
+    EXPECT_GT(ended, 5);
 }
 
 TEST_F(LiveStructureTest, NothingIsTouchedTwiceWhileEverythingMoves) {
