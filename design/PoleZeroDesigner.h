@@ -15,7 +15,8 @@
 /// `gain` is the magnitude of the coefficients' own ratio at the reference point: z = 1 for a low-pass, z = -1 for a
 /// high-pass, the middle of the band for a band-pass, and for a band-stop the geometric mean of z = 1 and z = -1.
 /// Inputs are divided by it. How many digits it keeps is up to the coefficients: at high orders and low edges they are
-/// large and their sums small, and nothing may be left (a low-pass of order 10 at 0.01 keeps none). Coefficient i belongs to z^i; the last of `yCoeffs` is always -1.0 and is never used.
+/// large and their sums small, and nothing may be left (a low-pass of order 10 at 0.01 keeps none). Coefficient i belongs
+/// to z^i; the last of `yCoeffs` is always -1.0 and is never used.
 ///
 /// Kept as is: a matched-z low-pass has no zero in the z-plane, so it has one feed-forward coefficient only. Where the
 /// denominator vanishes at the reference point (a low-pass at cut-off 0) or the band is empty (equal edges), gain and

@@ -77,9 +77,13 @@ public:
     bool isEmpty() const { return count == 0; }
     void clear() { count = 0; }
 
-    /// Appends a copy at the back, dropping the front of a full queue.
+    /// Appends a copy at the back, dropping the front of a full queue. Without memory the queue stays as it was.
     void push(const S& sample) {
-        if (count == limit && count > 0) dropFront();
+        if (count == limit && count > 0) { // the ring is full, and its oldest slot becomes the newest
+            copySample(slots[first], sample);
+            first = slotAt(1);
+            return;
+        }
         if (count == slots.size()) grow();
         copySample(slots[slotAt(count)], sample);
         ++count;

@@ -102,7 +102,7 @@ public:
     /// How many samples the link could take by now without losing one. Takes no gate, so that a sender may ask within its
     /// pass. Requires: the gate of one of its ends is held. [any, guarded]
     std::uint32_t getRoom() const {
-        const std::uint32_t waiting = strategy->size(); // what was fetched and not taken lies outside the buffer
+        const std::uint32_t waiting = strategy->size(); // without what was fetched and not yet taken
         return waiting < this->bufferCapacity ? this->bufferCapacity - waiting : 0;
     }
 

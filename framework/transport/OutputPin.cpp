@@ -38,12 +38,12 @@ void OutputPin<T>::doAttach(AbstractInputPin& input, bool silent) {
         auto& set = this->inputs;
         const bool isInSet = std::find(set.begin(), set.end(), &input) != set.end();
         if (input.getConnectedOutput() != nullptr || isInSet) throw Poco::ExistsException();
-        // Room in the set comes first: once the input knows of the link, nothing may fail.
-        if (set.size() == set.capacity()) set.reserve(2 * set.size() + 1);
 
         bool isSynchronous = !silent;
         if (!silent) this->notifyAttached(input, isSynchronous);
         try {
+            // Room in the set comes first: once the input knows of the link, nothing may fail.
+            if (set.size() == set.capacity()) set.reserve(2 * set.size() + 1);
             input.setConnectedOutput(this, isSynchronous);
         } catch (...) {
             if (isSynchronous) this->notifyDetached(input); // the host has heard of a link that isn't there

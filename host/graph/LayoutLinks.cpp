@@ -47,7 +47,7 @@ std::string reasonForBursts(const Core::PinManager& block, std::set<const Core::
     for (const Core::AbstractInputPin* const pin : block.getInputPins()) {
         const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
         if (sender == nullptr || !seen.insert(sender->getManager()).second) continue;
-        const std::string reason = reasonForBursts(*sender->getManager(), seen);
+        std::string reason = reasonForBursts(*sender->getManager(), seen);
         if (!reason.empty()) return reason;
     }
     return {};
@@ -89,7 +89,7 @@ void warnOfBursts(const Graph& graph, Complaints& complaints) {
             const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
             if (from == nullptr || sender == nullptr || from->layout == node.description->layout) continue;
             std::set<const Core::PinManager*> seen{sender->getManager()};
-            const std::string reason = reasonForBursts(*sender->getManager(), seen);
+            std::string reason = reasonForBursts(*sender->getManager(), seen);
             if (!reason.empty())
                 complaints.warn(connection->where,
                                 "the layout '" + node.description->layout + "' keeps one sample of '" +

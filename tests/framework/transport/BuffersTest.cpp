@@ -229,6 +229,16 @@ TEST(BuffersTest, AQueueOfCapacityZeroIsNeverFull) {
     EXPECT_EQ(drain(fifo), Numbers{7});
 }
 
+TEST(BuffersTest, AFullQueueWithoutMemoryLosesNothing) {
+    if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
+    FifoBuffer<Sample> fifo(3);
+    for (int i = 0; i < 4; ++i)
+        fifo.write(number(i));
+    const Sample larger{.value = matrix({{1, 2}, {3, 4}}), .timeStamp = 0.75};
+    EXPECT_FALSE(succeedsWith(0, [&] { fifo.write(larger); }));
+    EXPECT_EQ(drain(fifo), (Numbers{1, 2, 3}));
+}
+
 TEST(BuffersTest, AWriteWithoutMemoryLeavesTheSampleThatWaits) {
     if (!MemoryShortage::getIsPossible()) GTEST_SKIP() << "a sanitizer's allocator refuses nothing";
     SingleValueBuffer<Sample> buffer(1);
