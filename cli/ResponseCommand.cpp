@@ -14,6 +14,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -89,6 +90,14 @@ void checkPicture(const std::string& path, bool overwrites) {
     if (refusal) throw UsageError{"--picture: found " + refusal->found + "; expected " + refusal->expected};
 }
 
+/// What the command reads is never replaced, whatever the user allows.
+void keepFromPicture(const std::string& picture, const std::string& file, const std::string& what) {
+    std::error_code error; // of what isn't there, which can't be the same
+    if (std::filesystem::equivalent(picture, file, error))
+        throw UsageError{"--picture: found " + what + " '" + printable(file, kLongestName) +
+                         "'; expected a file that isn't read"};
+}
+
 void writePicture(const std::string& path, bool overwrites, const std::string& svg) {
     ResultFile file(path, pictureOptions(overwrites));
     file.write(svg.data(), svg.size());
@@ -121,7 +130,12 @@ ResponseCommand::ResponseCommand(CLI::App& command) {
 }
 
 ExitCode ResponseCommand::run() {
-    if (!picture.empty()) checkPicture(picture, overwrites);
+    if (!picture.empty()) {
+        checkPicture(picture, overwrites);
+        if (!block.empty()) keepFromPicture(picture, target, "the graph");
+        for (const std::string& plugin : plugins.plugins)
+            keepFromPicture(picture, plugin, "the plug-in");
+    }
     BlockCatalogue catalogue = loadCatalogue(plugins);
     const FrequencyResponse response = block.empty() ? measureType(catalogue) : measureGraph(catalogue);
     std::cout << responseAsCsv(response);

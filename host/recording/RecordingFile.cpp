@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -38,7 +39,9 @@ RecordingFile::RecordingFile(const std::string& path)
     }
     if (!S_ISREG(facts.st_mode)) return;
     isPiped = false;
-    size = static_cast<std::uint64_t>(facts.st_size);
+    // Standard input may be a file that somebody has read the begin of; what is left of it is the recording.
+    begin = std::max<off_t>(0, ::lseek(file, 0, SEEK_CUR));
+    size = static_cast<std::uint64_t>(std::max<off_t>(0, facts.st_size - begin));
     written = facts.st_mtim;
 }
 
@@ -49,7 +52,9 @@ RecordingFile::~RecordingFile() {
 std::size_t RecordingFile::read(char* to, std::size_t count) {
     for (;;) {
         if (isPiped && !waiting.wait(file, POLLIN)) continue;
-        const ssize_t got = ::read(file, to, count);
+        // Of a file by place: standard input's own place is shared with whoever looks ahead.
+        const ssize_t got = isPiped ? ::read(file, to, count)
+                                    : ::pread(file, to, count, begin + static_cast<off_t>(bytesRead));
         if (got > 0) {
             bytesRead += static_cast<std::uint64_t>(got);
             return static_cast<std::size_t>(got);

@@ -10,6 +10,8 @@
 #include <ctime>
 #include <string>
 
+#include <sys/types.h>
+
 namespace Quillmere::Host {
 
 /// The bytes of a recording: of a file, or of whoever writes a pipe. Failures are `RecordingException`s.
@@ -50,7 +52,8 @@ private:
     int file = -1;
     bool isPiped = true;
     bool isChanged = false;
-    std::uint64_t size = 0;
+    std::uint64_t size = 0; ///< From `begin` on.
+    off_t begin = 0;        ///< Where in the file the recording begins.
     std::uint64_t bytesRead = 0;
     std::timespec written{}; ///< When it was last written to, as it was opened.
     PipeWait waiting;

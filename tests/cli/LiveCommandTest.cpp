@@ -120,6 +120,24 @@ TEST_F(LiveCommand, ReadsAndWritesNamedPipes) {
     EXPECT_EQ(ended.err, "");
 }
 
+TEST_F(LiveCommand, StandardInputMayBeALongFileThatAnotherHasReadTheBeginOf) {
+    std::string rows = "not of the recording\nt,x\n", results = "t,x[0]\n"; // more than is read in one piece
+    for (int row = 0; row < 50000; ++row) {
+        rows += std::to_string(row) + ",1.25\n";
+        results += std::to_string(row) + ",2.5\n";
+    }
+    folder.write("rows", rows);
+    for (const std::string live : {"", " --live --speed max"}) {
+        const std::string command =
+            "read line; exec " QUILLMERE " run g.yaml --quiet --input in=- --output out=-" + live;
+        const Ended ended =
+            Support::runProgram({"/bin/sh", "-c", command}, folder.path(""), {.in = "rows", .out = ""});
+        EXPECT_EQ(ended.exitCode, 0) << ended.err;
+        EXPECT_EQ(ended.err, "") << live;
+        EXPECT_TRUE(ended.out == results) << live << ": " << ended.out.size() << " bytes";
+    }
+}
+
 TEST_F(LiveCommand, StandardInputMayBeAFileAndTheRunAnOfflineOne) {
     folder.write("rows", "t,x\n0,1\n1,2\n");
     for (const Strings& live : {Strings{}, Strings{"--live", "--speed", "max"}}) {

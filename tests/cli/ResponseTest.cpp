@@ -84,6 +84,15 @@ TEST_F(ResponseCommand, WritesAPicture) {
     EXPECT_FALSE(folder.has("gain.svg.partial"));
 }
 
+TEST_F(ResponseCommand, APictureNeverReplacesTheGraph) {
+    const std::string graph = "format: 1\nblocks: [{id: gain, type: FilterGain}]\n";
+    folder.write("g.yaml", graph);
+    const Ended ended = call({"g.yaml", "gain", "--points", "4", "--overwrite", "--picture", "./g.yaml"});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_EQ(ended.err, "quillmere: --picture: found the graph 'g.yaml'; expected a file that isn't read\n");
+    EXPECT_EQ(folder.read("g.yaml"), graph);
+}
+
 TEST_F(ResponseCommand, RefusesWhatItCannotMeasure) {
     struct Row {
         std::vector<std::string> arguments;
