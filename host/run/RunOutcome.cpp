@@ -123,11 +123,13 @@ void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonF
     };
     for (const Source* const source : graph.getSources())
         if (const auto first = sumOf(*source, nonFinite)) warnOfReadValues(*first, *source, outcome);
-    if (sender != nullptr)
-        if (const auto first = sumOf(*sender, nonFinite))
-            outcome.warnings.push_back({{graph.getDescription().getPath()},
-                                        "the timeline sent values that aren't finite, the first at " +
-                                            shortestText(first->time) + " s"});
+    if (const auto first = sender == nullptr ? std::nullopt : sumOf(*sender, nonFinite)) {
+        Warning warning;
+        warning.where.file = graph.getDescription().getPath();
+        warning.text =
+            "the timeline sent values that aren't finite, the first at " + shortestText(first->time) + " s";
+        outcome.warnings.push_back(std::move(warning));
+    }
     if (const FirstNonFinite* const maker = makerOf(nonFinite, sender)) {
         const std::string name = maker->block->getName();
         outcome.firstMaker = RunOutcome::Maker{name, maker->block->getTypeName(), maker->time};
