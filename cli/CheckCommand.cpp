@@ -3,19 +3,33 @@
 
 #include "cli/GraphArguments.h"
 #include "host/graph/ClockWarnings.h"
+#include "host/graph/Counted.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/graph/LayoutLinks.h"
+#include "host/graph/NearestName.h"
 #include "host/graph/SettingRules.h"
 #include "host/response/DesignWarnings.h"
 
 #include <CLI/CLI.hpp>
 
 #include <iostream>
+#include <string>
+#include <vector>
 
 namespace Cli {
 
 using namespace Quillmere::Host;
+
+namespace {
+/// What comes through a pipe comes once, and is the run's.
+std::string whatIsLeft(const Graph& graph) {
+    std::vector<std::string> piped;
+    for (const Source* const source : graph.getSources())
+        if (source->getIsPiped()) piped.push_back("'" + source->getName() + "'");
+    return piped.empty() ? "" : "; what comes through a pipe to " + listOfNames(piped) + " is left unread";
+}
+} // namespace
 
 CheckCommand::CheckCommand(CLI::App& command) {
     arguments.enter(command);
@@ -30,14 +44,15 @@ ExitCode CheckCommand::run() {
     Graph graph(description, catalogue, complaints);
     graph.requireDrive(complaints);
     if (arguments.overwrites) graph.allowOverwriting();
-    graph.openSources(complaints);
+    graph.openSources(complaints, Graph::Pipes::Leave);
     warnOfLostDigits(graph, catalogue, complaints);
     requireStreamClock(graph, complaints);
     warnOfIdleBlocks(graph, complaints);
     if (complaints.isEmpty()) warnOfBursts(graph, complaints);
     settle(complaints, arguments.isStrict);
-    std::cout << graph.getName() << ": " << graph.getNodes().size() << " blocks, "
-              << description.getConnections().size() << " connections, ready to run\n";
+    std::cout << graph.getName() << ": " << counted(graph.getNodes().size(), "block") << ", "
+              << counted(description.getConnections().size(), "connection") << ", ready to run"
+              << whatIsLeft(graph) << "\n";
     return kDone;
 }
 

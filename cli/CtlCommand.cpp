@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Commands.h"
+
+#include "cli/Usage.h"
 #include "host/live/ControlException.h"
 #include "host/live/ControlSocket.h"
 
@@ -97,7 +99,7 @@ CtlCommand::CtlCommand(CLI::App& command) : application(command) {
     command.add_option("--timeout", timeout, "Wait no longer than SECONDS for an answer.")
         ->type_name("SECONDS")
         ->capture_default_str()
-        ->check(CLI::Range(1, kLongestTimeout));
+        ->check(wholeNumber(1, kLongestTimeout));
     // The request is taken as it stands: an option would take brackets for a list of words, and a value such as -2 for
     // an option.
     command.prefix_command();

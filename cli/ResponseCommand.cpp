@@ -2,12 +2,14 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
+#include "cli/Usage.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/Printable.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/ValueReader.h"
+#include "host/recording/RecordingException.h"
 #include "host/recording/ResultFile.h"
 #include "host/response/ResponseReport.h"
 
@@ -98,10 +100,22 @@ void keepFromPicture(const std::string& picture, const std::string& file, const 
                          "'; expected a file that isn't read"};
 }
 
-void writePicture(const std::string& path, bool overwrites, const std::string& svg) {
-    ResultFile file(path, pictureOptions(overwrites));
-    file.write(svg.data(), svg.size());
-    file.complete();
+/// False, with a message, where it can't be written; half a picture is of no use to anybody.
+bool writePicture(const std::string& path, bool overwrites, const std::string& svg) {
+    try {
+        ResultFile file(path, pictureOptions(overwrites));
+        try {
+            file.write(svg.data(), svg.size());
+            file.complete();
+        } catch (...) {
+            file.discard();
+            throw;
+        }
+    } catch (const RecordingException& exception) {
+        std::cerr << "quillmere: " << exception.what() << "\n";
+        return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -122,7 +136,7 @@ ResponseCommand::ResponseCommand(CLI::App& command) {
         ->type_name("PIN");
     command.add_option("--points", measurement.intervals, "Measure at so many frequencies above 0.")
         ->type_name("COUNT")
-        ->check(CLI::Range(1, 10000))
+        ->check(wholeNumber(1, 10000))
         ->capture_default_str();
     command.add_option("--picture", picture, "Write a picture, too.")->type_name("FILE.svg");
     command.add_flag("--overwrite", overwrites, "Let the picture replace a file that is none of these.");
@@ -139,11 +153,12 @@ ExitCode ResponseCommand::run() {
     BlockCatalogue catalogue = loadCatalogue(plugins);
     const FrequencyResponse response = block.empty() ? measureType(catalogue) : measureGraph(catalogue);
     std::cout << responseAsCsv(response);
-    if (!picture.empty()) writePicture(picture, overwrites, responseAsSvg(response, title()));
+    const bool isWhole =
+        picture.empty() || writePicture(picture, overwrites, responseAsSvg(response, title()));
     if (const std::size_t count = response.countUnsettled(); count > 0)
         std::cerr << "at " << count << " of " << response.points.size()
                   << " frequencies the output grows without bound, doesn't settle or isn't finite\n";
-    return kDone;
+    return isWhole ? kDone : kFailedMidway;
 }
 
 FrequencyResponse ResponseCommand::measureType(const BlockCatalogue& catalogue) const {

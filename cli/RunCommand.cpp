@@ -7,6 +7,7 @@
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/graph/LayoutLinks.h"
+#include "host/graph/Printable.h"
 #include "host/graph/SettingRules.h"
 #include "host/live/ControlServer.h"
 #include "host/live/LiveRun.h"
@@ -55,16 +56,28 @@ double speedOf(const std::string& text) {
     return isNumber && std::isfinite(speed) ? speed : 0.0;
 }
 
+std::string found(const std::string& text) {
+    return "found '" + printable(text, kLongestName) + "'; expected ";
+}
+
 std::string checkSteps(const std::string& text) {
     std::uint64_t steps = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), steps);
     if (error == std::errc() && end == text.data() + text.size() && steps > 0) return {};
-    return "found '" + text + "'; expected a whole number above 0";
+    return found(text) + "a whole number above 0";
+}
+
+std::string checkDuration(const std::string& text) {
+    double seconds = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    if (isNumber && std::isfinite(seconds) && seconds > 0.0) return {};
+    return found(text) + "a number of seconds above 0";
 }
 
 std::string checkSpeed(const std::string& text) {
     if (speedOf(text) > 0.0) return {};
-    return "found '" + text + "'; expected a factor above 0, or max";
+    return found(text) + "a factor above 0, or max";
 }
 
 } // namespace
@@ -77,7 +90,7 @@ RunCommand::RunCommand(CLI::App& command) {
             ->check(checkSteps);
     command.add_option("--duration", duration, "Run a graph without a source for SECONDS of its time.")
         ->type_name("SECONDS")
-        ->check(CLI::Range(std::numeric_limits<double>::min(), std::numeric_limits<double>::max(), "above 0"))
+        ->check(checkDuration)
         ->excludes(rounds);
     command.add_flag("--quiet", isQuiet, "Print neither progress nor a summary.");
     CLI::Option* const live = command.add_flag(

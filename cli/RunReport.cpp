@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/RunReport.h"
 
+#include "host/graph/Counted.h"
 #include "host/recording/StandardStream.h"
 
 #include <algorithm>
@@ -28,7 +29,11 @@ std::string formatted(const char* format, double number) {
 /// What a run has done: rows of its recordings or, where there are none, rounds.
 struct Work {
     Work(const RunProgress& progress, bool isWithoutRows)
-        : count(isWithoutRows ? progress.rounds : progress.rows), unit(isWithoutRows ? " rounds" : " rows") {}
+        : count(isWithoutRows ? progress.rounds : progress.rows), unit(isWithoutRows ? "round" : "row") {}
+    std::string getText() const { return counted(count, unit); }
+    std::string getSpeed(double seconds) const {
+        return formatted("%.0f", static_cast<double>(count) / seconds) + " " + unit + "s/s";
+    }
     std::uint64_t count;
     const char* unit;
 };
@@ -40,13 +45,12 @@ std::string pathText(const std::string& path, const char* standardStream) {
 /// `12000 rows from wrist.csv, 11900 of them processed, 120 s at 100 rows/s`.
 std::string textOf(const RunOutcome::Recording& recording) {
     const SourceAccount& account = recording.account;
-    std::string text =
-        std::to_string(recording.rows) + " rows from " + pathText(recording.path, "standard input");
+    std::string text = counted(recording.rows, "row") + " from " + pathText(recording.path, "standard input");
     if (recording.processedRows < recording.rows)
         text += ", " + std::to_string(recording.processedRows) + " of them processed";
     if (recording.rows > 1) text += ", " + formatted("%.6g", account.getLength()) + " s";
     if (account.getMedianRate()) text += " at " + formatted("%.4g", *account.getMedianRate()) + " rows/s";
-    if (account.missingCells > 0) text += ", " + std::to_string(account.missingCells) + " cells missing";
+    if (account.missingCells > 0) text += ", " + counted(account.missingCells, "cell") + " missing";
     return text;
 }
 
@@ -57,8 +61,7 @@ void ProgressLine::show(const RunProgress& progress) {
     shown = Clock::now();
     const double seconds = secondsSince(start);
     const Work work(progress, isWithoutRows);
-    std::cerr << "\r\033[K" << work.count << work.unit << ", "
-              << formatted("%.0f", static_cast<double>(work.count) / seconds) << work.unit << "/s";
+    std::cerr << "\r\033[K" << work.getText() << ", " << work.getSpeed(seconds);
     if (progress.bytes > 0 && progress.bytesRead > 0) {
         const double part = static_cast<double>(progress.bytesRead) / static_cast<double>(progress.bytes);
         std::cerr << ", " << formatted("%.0f", 100.0 * part) << " %, "
@@ -94,12 +97,13 @@ void printSummary(const RunOutcome& outcome, Clock::time_point start) {
         return out << "  " << id << std::string(width - std::min(width, id.size()) + 2, ' ');
     };
     const Work work(outcome.progress, outcome.recordings.empty());
-    out << outcome.graph << ": " << work.count << work.unit << " (in " << formatted("%.2f", seconds) << " s, "
-        << formatted("%.0f", static_cast<double>(work.count) / seconds) << work.unit << "/s)\n";
+    out << outcome.graph << ": " << work.getText() << " (in " << formatted("%.2f", seconds) << " s, "
+        << work.getSpeed(seconds) << ")\n";
     for (const RunOutcome::Recording& recording : outcome.recordings)
         begin(recording.id) << textOf(recording) << "\n";
     for (const RunOutcome::Result& result : outcome.results) {
-        begin(result.id) << result.rows << " rows to " << pathText(result.path, "standard output") << "\n";
+        begin(result.id) << counted(result.rows, "row") << " to " << pathText(result.path, "standard output")
+                         << "\n";
         for (const std::string& silence : result.silentPins)
             begin("") << "nothing to " << silence << "\n";
     }
@@ -111,18 +115,18 @@ void printWarnings(const RunOutcome& outcome) {
     for (std::size_t i = 0; i < shown; ++i)
         std::cerr << outcome.warnings[i].getText() << "\n";
     if (outcome.warnings.size() > shown)
-        std::cerr << "and " << outcome.warnings.size() - shown << " more warnings\n";
+        std::cerr << "and " << counted(outcome.warnings.size() - shown, "more warning") << "\n";
 }
 
 void printFailure(const RunOutcome& outcome) {
     std::cerr << "quillmere: " << outcome.failure << "\n";
     for (const RunOutcome::Recording& recording : outcome.recordings)
         if (recording.processedRows < recording.rows)
-            std::cerr << "  " << recording.id << ": " << recording.rows << " rows read, "
+            std::cerr << "  " << recording.id << ": " << counted(recording.rows, "row") << " read, "
                       << recording.processedRows << " processed\n";
     for (const RunOutcome::Result& result : outcome.results)
-        std::cerr << (result.isComplete ? "  complete: " : "  incomplete: ") << result.rows << " rows in "
-                  << (result.isComplete ? result.path : result.partialPath) << "\n";
+        std::cerr << (result.isComplete ? "  complete: " : "  incomplete: ") << counted(result.rows, "row")
+                  << " in " << (result.isComplete ? result.path : result.partialPath) << "\n";
 }
 
 } // namespace Cli

@@ -3,18 +3,22 @@
 
 #include "cli/Commands.h"
 #include "host/graph/NearestName.h"
+#include "host/graph/Printable.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <iostream>
 
 namespace Cli {
 
 namespace {
+using Quillmere::Host::kLongestName;
 using Quillmere::Host::listOfNames;
 using Quillmere::Host::nearestName;
+using Quillmere::Host::printable;
 
 bool looksLikeAGraph(const std::string& word) {
     const std::string extension = std::filesystem::path(word).extension().string();
@@ -70,17 +74,63 @@ void requireCommand(const CLI::App& program, const std::vector<std::string>& wor
     if (first != words.end() && findCommand(program, *first) == nullptr) refuseCommand(program, *first);
 }
 
-void refuseUnknownOption(const CLI::App& program) {
+namespace {
+/// What was wrong with the words of a command. `whole` is how the command is called.
+std::string textOf(const CLI::ParseError& error, const CLI::App& command, const std::string& whole) {
+    const std::string text = error.what();
+    const std::string first = text.substr(0, text.find_first_of(" :"));
+    const std::string last = text.substr(text.rfind(' ') + 1);
+    switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
+    case CLI::ExitCodes::RequiredError:
+        return "found no " + first + "; expected one, as '" + whole + " --help' tells";
+    case CLI::ExitCodes::ExcludesError:
+        return "found " + last + " beside " + first + "; expected one of them";
+    case CLI::ExitCodes::RequiresError:
+        return "found " + first + " without " + last + "; expected both, or neither";
+    case CLI::ExitCodes::ArgumentMismatch: {
+        if (!text.ends_with(" missing")) return "found " + first + " more than once; expected it once";
+        const CLI::Option* const option = command.get_option_no_throw(first);
+        return "found " + first + " without a value; expected " + first +
+               (option == nullptr ? "" : " " + option->get_type_name());
+    }
+    case CLI::ExitCodes::ConversionError: { // values are checked before: it is a flag's
+        const std::string flag = text.substr(std::min(text.find(": ") + 2, text.size()));
+        return "found " + printable(flag, kLongestName) + "; expected " + flag.substr(0, flag.find(' ')) +
+               " alone";
+    }
+    default:
+        return text; // our own checks have the house's form
+    }
+}
+} // namespace
+
+void refuseCall(const CLI::App& program, const CLI::ParseError& error) {
     const std::vector<CLI::App*> named = program.get_subcommands();
     const CLI::App& command = named.empty() ? program : *named.front();
+    const std::string whole = named.empty() ? "quillmere" : "quillmere " + command.get_name();
     const std::vector<std::string> left = command.remaining();
     const auto option =
         std::find_if(left.begin(), left.end(), [](const std::string& word) { return word.starts_with("-"); });
-    if (option == left.end()) return;
-    const std::string name = option->substr(0, option->find('='));
-    const std::string whole = named.empty() ? "quillmere" : "quillmere " + command.get_name();
-    throw UsageError{"found the option '" + name + "'; expected one that '" + whole + " --help' lists" +
-                     guess(name, longOptions(command))};
+    if (option != left.end()) {
+        const std::string name = option->substr(0, option->find('='));
+        throw UsageError{"found the option '" + printable(name, kLongestName) + "'; expected one that '" +
+                         whole + " --help' lists" + guess(name, longOptions(command))};
+    }
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError) && !left.empty())
+        throw UsageError{"found '" + printable(left.front(), kLongestName) +
+                         "' behind what was complete; expected no more than '" + whole + " --help' lists"};
+    throw UsageError{textOf(error, command, whole)};
+}
+
+std::function<std::string(const std::string&)> wholeNumber(std::int64_t from, std::int64_t to) {
+    return [from, to](const std::string& text) -> std::string {
+        std::int64_t number = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        const bool isWhole = error == std::errc() && end == text.data() + text.size();
+        if (isWhole && number >= from && number <= to) return {};
+        return "found '" + printable(text, kLongestName) + "'; expected a whole number from " +
+               std::to_string(from) + " to " + std::to_string(to);
+    };
 }
 
 void printHelp(const CLI::App& program, const std::string& command) {

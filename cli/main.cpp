@@ -45,8 +45,9 @@ Cli::ExitCode call(CLI::App& program, int count, char** arguments) {
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() != 0) Cli::refuseUnknownOption(program);
-        return program.exit(error) == 0 ? Cli::kDone : Cli::kNothingRun;
+        if (error.get_exit_code() != 0) Cli::refuseCall(program, error);
+        program.exit(error); // help, or the version
+        return Cli::kDone;
     }
     const std::pair<const char*, Cli::Command&> commands[] = {
         {"run", run}, {"check", check}, {"blocks", blocks}, {"response", response}, {"ctl", ctl}};

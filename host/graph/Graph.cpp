@@ -37,10 +37,10 @@ void Graph::requireDrive(Complaints& complaints) const {
             "the graph has no sink, so nothing is kept of what it does; a RecordingSink writes a result");
 }
 
-void Graph::openSources(Complaints& complaints) {
+void Graph::openSources(Complaints& complaints, Pipes pipes) {
     for (const Node& node : nodes) {
-        const bool hasPath = node.block != nullptr && !node.isFaulty;
-        if (hasPath && node.source != nullptr) node.source->open(complaints);
+        if (node.source == nullptr || node.isFaulty) continue;
+        if (pipes == Pipes::Read || !node.source->getIsPiped()) node.source->open(complaints);
     }
     warnOfFirstRows(*this, complaints);
     std::vector<std::string> recorded;

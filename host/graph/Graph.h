@@ -22,6 +22,10 @@ namespace Quillmere::Host {
 /// run and no recording or result has been touched when building ends.
 class QUILLMERE_API Graph {
 public:
+    /// Whether what comes to a source through a pipe may be read: what a look takes is gone for the run, and it waits for who
+    /// writes.
+    enum class Pipes { Read, Leave };
+
     struct Node {
         const GraphDescription::Block* description;
         BlockPtr block;           ///< Null for an unknown type.
@@ -58,9 +62,9 @@ public:
     /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples; and warns of one that
     /// keeps nothing, since it has no sink. [setup]
     void requireDrive(Complaints& complaints) const;
-    /// Opens the recordings and complains of what they lack, and of results that have no place. No result is touched.
-    /// [setup]
-    void openSources(Complaints& complaints);
+    /// Opens the recordings and complains of what they lack, and of results that have no place. No result is touched. A
+    /// graph whose pipes are left isn't run. [setup]
+    void openSources(Complaints& complaints, Pipes pipes = Pipes::Read);
     /// From then on sources and sinks that wait for the other end of a pipe raise `InterruptedException` when `stop` is true.
     /// `stop` isn't owned and outlives the graph. Requires: the sources are open. [setup]
     void setStop(const std::atomic<bool>& stop);

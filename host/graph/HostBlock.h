@@ -72,8 +72,9 @@ public:
     virtual bool prepare() = 0;
     /// Whether `prepare` wouldn't wait. [run]
     virtual bool getIsPrepared() = 0;
-    /// Whether its samples come when they come, from a pipe, and what to wait on for them. Requires: open.
+    /// Whether its samples come when they come, from a pipe.
     virtual bool getIsPiped() const = 0;
+    /// What to wait on for them. Requires: open.
     virtual int getDescriptor() const = 0;
     /// Seconds. Requires: `prepare()` was true.
     virtual double getNextTimeStamp() const = 0;

@@ -2,6 +2,7 @@
 #include "host/graph/ShapeWarnings.h"
 
 #include "framework/core/AbstractOutputPin.h"
+#include "host/graph/Counted.h"
 #include "host/graph/MainInput.h"
 
 #include <algorithm>
@@ -92,9 +93,8 @@ void warnOfShape(const Graph& graph, const Graph::Node& node, const Core::Abstra
     if (rows > 1 && columns == 1) return;
     const std::string& source = origin.source->description->id;
     const bool isTransform = getIsOf(getTransforms(), node);
-    const std::string found = rows > 1 ? "frames of " + std::to_string(columns) + " columns"
-                                       : "samples of one row with " + std::to_string(columns) +
-                                             (columns == 1 ? " column" : " columns");
+    const std::string found =
+        (rows > 1 ? "frames of " : "samples of one row with ") + counted(columns, "column");
     const std::string frame = "'frame: N' in '" + source + "', which makes one sample of N rows";
     const std::string axes = "a pin of its own for each axis";
     const std::string expected = rows > 1       ? "one column: give '" + source + "' " + axes

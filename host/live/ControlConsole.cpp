@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/ControlConsole.h"
 
+#include "host/graph/Counted.h"
 #include "host/graph/NearestName.h"
 #include "host/live/ControlException.h"
 
@@ -116,8 +117,8 @@ ControlConsole::Lines ControlConsole::execute(std::string_view request) {
     if (!word.empty()) requireEnd(request, word);
     if (word == "stats") return run.getStatistics().getText();
     if (word == "state")
-        return {nameOf(run.getState()) + ", " + std::to_string(run.getProgress().rows) + " rows, " +
-                std::to_string(run.getProgress().rounds) + " rounds"};
+        return {nameOf(run.getState()) + ", " + counted(run.getProgress().rows, "row") + ", " +
+                counted(run.getProgress().rounds, "round")};
     if (word == "help") return kHelp;
     if (word == "stop") {
         run.stop();

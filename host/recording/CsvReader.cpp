@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/CsvReader.h"
 
+#include "host/graph/Counted.h"
 #include "host/graph/Printable.h"
 #include "host/recording/Dialect.h"
 #include "host/recording/NumberText.h"
@@ -300,8 +301,8 @@ std::string CsvReader::placeOf(std::size_t column) const {
 
 /// The line and how many cells it should have.
 std::string CsvReader::lineText() const {
-    return quoted({lineBegin, lineEnd}) + "; expected " + std::to_string(columns.size()) +
-           " cells, as the header has";
+    return quoted({lineBegin, lineEnd}) + "; expected " + counted(columns.size(), "cell") +
+           ", as the header has";
 }
 
 } // namespace Quillmere::Host

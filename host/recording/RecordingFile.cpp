@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingFile.h"
 
+#include "host/graph/Counted.h"
 #include "host/graph/Printable.h"
 #include "host/recording/RecordingException.h"
 #include "host/recording/StandardStream.h"
@@ -26,6 +27,13 @@ int openForReading(const std::string& path) {
     return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
 }
 } // namespace
+
+bool getIsPipe(const std::string& path) {
+    struct stat facts {};
+    const int result =
+        getIsStandardStream(path) ? ::fstat(STDIN_FILENO, &facts) : ::stat(path.c_str(), &facts);
+    return result == 0 && !S_ISREG(facts.st_mode) && !S_ISDIR(facts.st_mode);
+}
 
 RecordingFile::RecordingFile(const std::string& path)
     : name(getIsStandardStream(path) ? kStandardInput : printable(path, PATH_MAX)),
@@ -77,8 +85,8 @@ void RecordingFile::checkEnd() {
     if (isPiped) return;
     if (bytesRead < size)
         throw RecordingException(name + ": found its end behind " + std::to_string(bytesRead) + " of " +
-                                 std::to_string(size) +
-                                 " bytes: it got shorter while it was read; expected a recording that stays "
+                                 counted(size, "byte") +
+                                 ": it got shorter while it was read; expected a recording that stays "
                                  "as it is");
     struct stat facts {};
     if (::fstat(file, &facts) != 0) return;

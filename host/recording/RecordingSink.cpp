@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSink.h"
 
+#include "host/graph/Counted.h"
 #include "host/graph/Finite.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/Printable.h"
@@ -204,8 +205,8 @@ void RecordingSink::checkWidth(const NamedColumns& named, const Core::AbstractIn
     const std::optional<std::size_t> size = source == nullptr ? std::nullopt : source->getSampleSize(*sender);
     if (!size || *size == 0 || named.names.empty() || *size == named.names.size()) return;
     complaints.add(named.where,
-                   std::to_string(named.names.size()) + " column names for '" + named.pin +
-                       "', whose samples have " + std::to_string(*size) + " elements",
+                   counted(named.names.size(), "column name") + " for '" + named.pin +
+                       "', whose samples have " + counted(*size, "element"),
                    "as many names as elements");
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSource.h"
 
+#include "host/graph/Counted.h"
 #include "host/graph/NearestName.h"
 #include "host/recording/ColumnFinder.h"
 #include "host/recording/OtherClock.h"
@@ -203,6 +204,10 @@ void RecordingSource::open(Complaints& complaints) {
     if (frameRows > 0 && frameRows <= kLongestFrameFilled && !getIsPiped()) warnOfShortFile(complaints);
 }
 
+bool RecordingSource::getIsPiped() const {
+    return recording == nullptr ? getIsPipe(getPath()) : recording->getReader().getIsPiped();
+}
+
 /// Of a file that ends before the first frame is full.
 void RecordingSource::warnOfShortFile(Complaints& complaints) const {
     try {
@@ -212,10 +217,10 @@ void RecordingSource::warnOfShortFile(Complaints& complaints) const {
             const RecordingRows::Row row = ahead.take();
             if (row == RecordingRows::Row::Taken) ++found;
             if (row != RecordingRows::Row::End) continue;
-            complaints.warn(frameWhere, "found " + std::to_string(found) + (found == 1 ? " row" : " rows") +
-                                            " in " + getPath() + " for a frame of " +
-                                            std::to_string(frameRows) + "; expected as many at least, or '" +
-                                            getName() + "' sends nothing");
+            complaints.warn(frameWhere, "found " + counted(found, "row") + " in " + getPath() +
+                                            " for a frame of " + std::to_string(frameRows) +
+                                            "; expected as many at least, or '" + getName() +
+                                            "' sends nothing");
             return;
         }
     } catch (const RecordingException&) {

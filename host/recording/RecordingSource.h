@@ -40,7 +40,7 @@ public:
     void open(Complaints& complaints) override;
     bool prepare() override;
     bool getIsPrepared() override;
-    bool getIsPiped() const override { return recording != nullptr && recording->getReader().getIsPiped(); }
+    bool getIsPiped() const override;
     int getDescriptor() const override { return recording->getReader().getDescriptor(); }
     double getNextTimeStamp() const override { return recording->getTime(); }
     void release() override { isReleased = true; }

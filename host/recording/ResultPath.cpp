@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/ResultPath.h"
 
+#include "host/graph/Counted.h"
 #include "host/recording/ResultMark.h"
 #include "host/recording/StandardStream.h"
 
@@ -121,12 +122,11 @@ Refusal ResultPath::findRefusalOfFolder() const {
     const std::size_t length = asPath.filename().native().size();
     const std::size_t most = NAME_MAX - std::strlen(kPartial) - std::strlen(kWidened);
     if (length > most)
-        return refuse("a name of " + std::to_string(length) + " bytes for a result, '" +
+        return refuse("a name of " + counted(length, "byte") + " for a result, '" +
                           asPath.filename().string().substr(0, kShownName) + "...'",
                       std::to_string(most) + " at most, since it is written as NAME.partial first");
     if (path.size() + std::strlen(kPartial) + std::strlen(kWidened) >= PATH_MAX)
-        return refuse("a path of " + std::to_string(path.size()) + " bytes for a result, '" + shown(path) +
-                          "'",
+        return refuse("a path of " + counted(path.size(), "byte") + " for a result, '" + shown(path) + "'",
                       "a shorter one");
     std::error_code error;
     if (fs::is_directory(asPath, error)) return refuse("the folder '" + path + "'", "the name of a file");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/TableWriter.h"
 
+#include "host/graph/Counted.h"
 #include "host/recording/RecordingException.h"
 
 #include <algorithm>
@@ -69,15 +70,15 @@ void TableWriter::requireNamedWidth(std::size_t group, std::size_t elements) con
     const std::size_t names = groups[group].columns.size();
     if (elements == names) return;
     throw RecordingException(file.getPath() + ": group '" + groups[group].name + "': found a sample of " +
-                             std::to_string(elements) + " elements; expected " + std::to_string(names) +
+                             counted(elements, "element") + "; expected " + std::to_string(names) +
                              ", as many as it has column names");
 }
 
 void TableWriter::requireKnownWidth(std::size_t group, std::size_t elements) const {
     const std::size_t known = widths.back().columns[group];
     throw RecordingException(file.getPath() + ": group '" + groups[group].name + "': found a sample of " +
-                             std::to_string(elements) + " elements behind a header with " +
-                             std::to_string(known) + "; expected the group's column names, or a file");
+                             counted(elements, "element") + " behind a header with " + std::to_string(known) +
+                             "; expected the group's column names, or a file");
 }
 
 std::vector<std::string> TableWriter::header(const std::vector<std::size_t>& columns) const {

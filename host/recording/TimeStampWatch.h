@@ -17,7 +17,7 @@ namespace Quillmere::Host {
 ///
 /// What is a gap is known only when the median step is, at the end: a recording may begin with a gap, and the rate that its
 /// beginning has may be another than that of the rest. So nothing is judged meanwhile. Steps are sorted into bins by their
-/// size, sixteen to the octave (4 % wide or narrower), each with its count, its sum and its first spot. The median step is
+/// size, sixteen to the octave (6 % wide or narrower), each with its count, its sum and its first spot. The median step is
 /// the mean of the bin that holds the middle step; a bin is one of jumps when its mean is more than ten median steps. Both
 /// are off by no more than a bin's width, and exact where all steps of a bin are equal, as they are in a steady recording.
 class QUILLMERE_API TimeStampWatch {

@@ -2,6 +2,7 @@
 #include "host/response/DesignWarnings.h"
 
 #include "framework/Quillmere.h"
+#include "host/graph/Counted.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/response/FrequencyResponse.h"
 
@@ -45,9 +46,7 @@ void warnOfDigits(const GraphDescription::Block& block, const BlockCatalogue& ca
     complaints.warn(
         block.where,
         "found the design of '" + block.id + "' (" + block.type + ") with " +
-            (digits == 0   ? "no digit"
-             : digits == 1 ? "1 digit"
-                           : std::to_string(digits) + " digits") +
+            (digits == 0 ? "no digit" : counted(static_cast<std::uint64_t>(digits), "digit")) +
             " left of 16, since its coefficients all but cancel; expected " + std::to_string(kFewestDigits) +
             " or more: take a lower order, edges farther from 0, from 1 and from each other, or a "
             "cascade of sections");

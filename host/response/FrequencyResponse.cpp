@@ -2,6 +2,7 @@
 #include "host/response/FrequencyResponse.h"
 
 #include "framework/Quillmere.h"
+#include "host/graph/Counted.h"
 #include "host/graph/NearestName.h"
 #include "host/plugins/CaughtText.h"
 #include "host/plugins/PluginLibrary.h"
@@ -58,16 +59,24 @@ public:
         } catch (...) {
             throw ResponseException("block " + blockText(*block) + ": " + caughtText());
         }
-        if (!receiver.hasData()) throw ResponseException("the block sent nothing for a sample");
+        if (!receiver.hasData()) refuse("nothing");
         const MatrixXd& answer = receiver.take();
         if (answer.size() != 1)
-            throw ResponseException("the block answered one element with " + std::to_string(answer.size()));
+            refuse("a sample of " + counted(static_cast<std::uint64_t>(answer.size()), "element"));
         return answer(0);
     }
 
     Core::Filter& getBlock() { return *block; }
 
 private:
+    [[noreturn]] void refuse(const std::string& answer) const {
+        const bool hasChoice = block->getInputPins().size() > 1 || block->getOutputPins().size() > 1;
+        throw ResponseException("found that " + blockText(*block) + " sent " + answer +
+                                " for a sample of one element; expected a block that sends one such sample "
+                                "for each that it gets, as filters do" +
+                                (hasChoice ? ", or another --from or --to" : ""));
+    }
+
     std::shared_ptr<Core::Filter> block;
     Core::OutputPin<MatrixXd> sender{"response", nullptr};
     Core::InputPin<MatrixXd> receiver{"response", nullptr};

@@ -2,6 +2,7 @@
 #include "host/run/RunOutcome.h"
 
 #include "framework/Quillmere.h"
+#include "host/graph/Counted.h"
 #include "host/plugins/BlockDescription.h"
 #include "host/run/Silence.h"
 #include "host/run/SourceWarnings.h"
@@ -91,14 +92,17 @@ void addResult(const Graph::Node& node, bool isCutShort, RunOutcome& outcome) {
 
 std::string lossText(const RunOutcome::Link& link) {
     const std::string from = link.from.empty() ? "others" : "'" + link.from + "'";
-    const std::string samples =
-        std::to_string(link.received) + " samples that " + from + " sent to '" + link.to + "'";
+    const std::string way = " that " + from + " sent to '" + link.to + "'";
+    if (link.received == 1) return "the one sample" + way + " was lost";
+    const std::string samples = counted(link.received, "sample") + way;
     if (link.taken == 0) return "none of the " + samples + " was taken";
-    return std::to_string(link.lost) + " of the " + samples + " were lost, since it took them too late";
+    return std::to_string(link.lost) + " of the " + samples +
+           (link.lost == 1 ? " was lost, since it wasn't taken in time"
+                           : " were lost, since it took them too late");
 }
 
 std::string valuesText(std::uint64_t count) {
-    return std::to_string(count) + (count == 1 ? " value that isn't finite" : " values that aren't finite");
+    return counted(count, "value that isn't finite", "values that aren't finite");
 }
 
 std::string timeText(double time) {
@@ -176,8 +180,7 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
 }
 
 std::string strictFailureText(const std::vector<Warning>& warnings) {
-    return "ended with " +
-           (warnings.size() == 1 ? "a warning" : std::to_string(warnings.size()) + " warnings") +
+    return "ended with " + (warnings.size() == 1 ? "a warning" : counted(warnings.size(), "warning")) +
            ", taken for " + (warnings.size() == 1 ? "an error" : "errors");
 }
 

@@ -2,6 +2,7 @@
 #include "host/run/Silence.h"
 
 #include "framework/Quillmere.h"
+#include "host/graph/Counted.h"
 #include "host/graph/HostBlock.h"
 #include "host/graph/MainInput.h"
 
@@ -10,21 +11,17 @@
 namespace Quillmere::Host {
 
 namespace {
-std::string samplesText(std::uint64_t count) {
-    return std::to_string(count) + (count == 1 ? " sample" : " samples");
-}
-
 /// A block that wasn't sent anything is silent because of those before it; one that was is silent by itself.
 std::string reasonOf(const Core::Filter& block, const Core::AbstractOutputPin& output) {
     const std::string name = "'" + block.getName() + "' (" + block.getTypeName() + ")";
     const std::string none =
         block.getOutputPins().size() == 1 ? "none" : "none from '" + output.getName() + "'";
     if (const auto* const source = dynamic_cast<const Source*>(&block))
-        return name + " read " + std::to_string(source->getRows()) + " rows and sent " + none;
+        return name + " read " + counted(source->getRows(), "row") + " and sent " + none;
     Core::AbstractInputPin* const input = mainInputOf(block);
     const std::uint64_t received = input == nullptr ? 0 : input->getCounts().received;
     if (received == 0) return name + " received nothing and sent " + none;
-    return name + " received " + samplesText(received) + " and sent " + none;
+    return name + " received " + counted(received, "sample") + " and sent " + none;
 }
 } // namespace
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/SourceWarnings.h"
 
+#include "host/graph/Counted.h"
 #include "host/plugins/BlockDescription.h"
 #include "host/recording/StandardStream.h"
 
@@ -10,11 +11,6 @@ namespace Quillmere::Host {
 
 namespace {
 using Spot = SourceAccount::Spot;
-
-/// `1 row`, `3 rows`.
-std::string counted(std::uint64_t count, const std::string& thing) {
-    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
-}
 
 /// `3 time stamps go back, the first in line 512 (from 5.12 s to 5.11 s)`; `does` is the verb for one and for several.
 std::string timesText(const SourceAccount::Finding& finding, const char* doesOne, const char* doSeveral) {

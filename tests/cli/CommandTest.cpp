@@ -213,6 +213,41 @@ TEST_F(Command, CheckTellsTheSameAsRunAndTouchesNothing) {
     EXPECT_EQ(call({"run", "g.yaml"}).err, bad.err);
 }
 
+TEST_F(Command, CheckLeavesAPipeToTheRun) {
+    const std::string unread =
+        "the test: 3 blocks, 2 connections, ready to run; what comes through a pipe to "
+        "'in' is left unread\n";
+    const auto inShell = [&](const std::string& line) {
+        return Support::runProgram({"/bin/sh", "-c", line}, folder.path(""));
+    };
+    const Ended piped = inShell("cat in.csv | (" QUILLMERE " check g.yaml --input in=- && cat > left.csv)");
+    EXPECT_EQ(piped.exitCode, 0) << piped.err;
+    EXPECT_EQ(piped.out, unread);
+    EXPECT_EQ(folder.read("left.csv"), folder.read("in.csv"));
+    if (::mkfifo(folder.path("pipe").c_str(), 0600) != 0) FAIL() << "no FIFO can be made";
+    EXPECT_EQ(call({"check", "g.yaml", "--input", "in=pipe"}).out, unread) << "nobody writes it";
+    folder.write("other.csv", "t,y\n0,1\n");
+    const Ended file = inShell(QUILLMERE " check g.yaml --input in=- < other.csv");
+    EXPECT_EQ(file.exitCode, 2) << "a file can be looked at";
+    EXPECT_NE(file.err.find("'x'"), std::string::npos) << file.err;
+}
+
+TEST_F(Command, OneOfSomethingIsToldAsOne) {
+    folder.write("one.yaml", "format: 1\nname: one\nblocks:\n"
+                             "  - {id: in, type: RecordingSource, properties: {file: one.csv, time: t, pins: "
+                             "{x: x}, missing: [NA]}}\n"
+                             "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+                             "connections: [{from: in, to: out.x}]\n");
+    folder.write("one.csv", "t,x\n0,NA\n");
+    EXPECT_EQ(call({"check", "one.yaml"}).out, "one: 2 blocks, 1 connection, ready to run\n");
+    const Ended ended = call({"run", "one.yaml"});
+    EXPECT_TRUE(ended.out.starts_with("one: 1 row (in ")) << ended.out;
+    EXPECT_NE(
+        ended.out.find(" rows/s)\n  in   1 row from one.csv, 1 cell missing\n  out  1 row to out.csv\n"),
+        std::string::npos)
+        << ended.out;
+}
+
 TEST_F(Command, ADesignWithoutDigitsIsAWarningAndStrictlyAnError) {
     std::string graph = kGraph;
     const auto replace = [&](const std::string& what, const std::string& by) {
@@ -244,7 +279,7 @@ TEST_F(Command, ARunThatFailsMidwayKeepsWhatItWrote) {
     EXPECT_EQ(
         ended.err,
         "quillmere: block 'in' (RecordingSource) at 0 s: in.csv:3: column 'x': found \"two\"; expected a "
-        "number\n  incomplete: 1 rows in out.csv.partial\n");
+        "number\n  incomplete: 1 row in out.csv.partial\n");
     EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n-1,-2\n");
     EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,2\n");
     folder.write("in.csv", "t,x\n0,1\n");
@@ -470,6 +505,30 @@ TEST_F(Command, WrongUsageIsNamedAndGuessed) {
          "found the option '--parm'; expected one that 'quillmere check --help' lists; did you mean "
          "--param?"},
         {{"--frobnicate"}, "found the option '--frobnicate'; expected one that 'quillmere --help' lists"},
+        {{"run"}, "found no GRAPH; expected one, as 'quillmere run --help' tells"},
+        {{"ctl"}, "found no PATH; expected one, as 'quillmere ctl --help' tells"},
+        {{"check", "g.yaml", "more.yaml", "x"},
+         "found 'more.yaml' behind what was complete; expected no more than 'quillmere check --help' lists"},
+        {{"run", "g.yaml", "--steps", "3", "--duration", "2"},
+         "found --duration beside --steps; expected one of them"},
+        {{"run", "g.yaml", "--speed", "2"}, "found --speed without --live; expected both, or neither"},
+        {{"run", "g.yaml", "--set"}, "found --set without a value; expected --set BLOCK.PROPERTY=VALUE"},
+        {{"run", "g.yaml", "--steps=1", "--steps=2"}, "found --steps more than once; expected it once"},
+        {{"run", "g.yaml", "--live=x"}, "found --live = x; expected --live alone"},
+        {{"run", "g.yaml", "--steps", "0"}, "--steps: found '0'; expected a whole number above 0"},
+        {{"run", "g.yaml", "--duration", "0"}, "--duration: found '0'; expected a number of seconds above 0"},
+        {{"run", "g.yaml", "--duration", "-1"},
+         "--duration: found '-1'; expected a number of seconds above 0"},
+        {{"run", "g.yaml", "--duration", "nan"},
+         "--duration: found 'nan'; expected a number of seconds above 0"},
+        {{"run", "g.yaml", "--duration", "inf"},
+         "--duration: found 'inf'; expected a number of seconds above 0"},
+        {{"run", "g.yaml", "--live", "--speed", "fast"},
+         "--speed: found 'fast'; expected a factor above 0, or max"},
+        {{"response", "FilterGain", "--points", "1.5"},
+         "--points: found '1.5'; expected a whole number from 1 to 10000"},
+        {{"ctl", "--timeout", "0", "x", "stats"},
+         "--timeout: found '0'; expected a whole number from 1 to 1000000"},
     };
     for (const Row& row : rows) {
         std::string wanted = row.text;
@@ -479,8 +538,6 @@ TEST_F(Command, WrongUsageIsNamedAndGuessed) {
         EXPECT_EQ(ended.exitCode, 2) << row.text;
         EXPECT_EQ(ended.err, "quillmere: " + wanted + "\n");
     }
-    EXPECT_EQ(call({"run", "g.yaml", "--steps", "0"}).err,
-              "--steps: found '0'; expected a whole number above 0\nRun with --help for more information.\n");
 }
 
 TEST_F(Command, HelpIsACommandToo) {

@@ -101,6 +101,22 @@ TEST_F(FullDisk, AFileSizeLimitEndsARunWithASentence) {
     EXPECT_TRUE(folder.read("out.csv").ends_with("19999,0.123456\n")) << "the earlier one stays";
 }
 
+TEST_F(FullDisk, APictureThatHasNoRoomIsAFailureAndLeavesNothing) {
+    const Ended device = call({"response", "FilterGain", "--picture", "/dev/full"});
+    EXPECT_EQ(device.exitCode, 1);
+    EXPECT_EQ(device.err, "quillmere: /dev/full: cannot be written: No space left on device\n");
+    EXPECT_TRUE(device.out.starts_with("relative_frequency,")) << "what was measured is printed";
+    folder.write("old.svg", folder.read("in.csv"));
+    const Ended limited = Support::runProgram(
+        {"/bin/sh", "-c",
+         "ulimit -f 1; exec " QUILLMERE " response FilterGain --overwrite --picture old.svg > /dev/null"},
+        folder.path(""));
+    EXPECT_EQ(limited.exitCode, 1);
+    EXPECT_EQ(limited.err, "quillmere: old.svg.partial: cannot be written: File too large\n");
+    EXPECT_FALSE(folder.has("old.svg.partial"));
+    EXPECT_EQ(folder.read("old.svg"), folder.read("in.csv")) << "what stood there stays";
+}
+
 TEST_F(FullDisk, WhereOneResultHasNoRoomAllStayPartial) {
     folder.write("g.yaml", std::string(kGraph) + "  - {from: gain, to: more.x}\n");
     std::string graph = folder.read("g.yaml");

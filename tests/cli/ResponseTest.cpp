@@ -107,6 +107,9 @@ TEST_F(ResponseCommand, RefusesWhatItCannotMeasure) {
         {{"FilterGain", "--param", "a=1"},
          "quillmere: --param: found a block type; expected a graph file and a BLOCK\n"},
         {{"FilterGain", "--from", "side"}, "found no input 'side'; expected one of input\n"},
+        {{"FilterFFT"},
+         "found that 'FilterFFT' (FilterFFT) sent nothing for a sample of one element; expected a block that "
+         "sends one such sample for each that it gets, as filters do\n"},
     };
     for (const Row& row : rows) {
         const Ended ended = call(row.arguments);

@@ -212,7 +212,7 @@ const RefusalRow kRefusals[] = {
     {.name = "a long row is shortened",
      .text = "t\n" + std::string(100'000, ',') + "\n",
      .complaint = ":2: column 't': found more cells behind it in \"" + std::string(40, ',') +
-                  "...\"; expected 1 cells, as the header has"},
+                  "...\"; expected 1 cell, as the header has"},
     {.name = "short row",
      .text = "t,x,y\n1,2,3\n4,5\n",
      .complaint =

@@ -181,20 +181,23 @@ TEST(FrequencyResponseTest, SaysWhatCannotBeMeasured) {
               "found no input 'input'; expected one of in and aside");
     EXPECT_EQ(refusalOf(plain, {.intervals = 4, .input = "", .output = "result"}),
               "found no output 'result'; expected one of out");
+    const std::string expected = "; expected a block that sends one such sample for each that it gets, as "
+                                 "filters do, or another --from or --to";
     const auto mute = [] {
         auto block = std::make_shared<Recursion>(1.0, 0.0, 0.0);
         block->isMute = true;
         return block;
     };
     EXPECT_EQ(refusalOf(mute, {.intervals = 4, .input = "", .output = ""}),
-              "the block sent nothing for a sample");
+              "found that 'recursion' (Recursion) sent nothing for a sample of one element" + expected);
     const auto wide = [] {
         auto block = std::make_shared<Recursion>(1.0, 0.0, 0.0);
         block->answerSize = 3;
         return block;
     };
     EXPECT_EQ(refusalOf(wide, {.intervals = 4, .input = "", .output = ""}),
-              "the block answered one element with 3");
+              "found that 'recursion' (Recursion) sent a sample of 3 elements for a sample of one element" +
+                  expected);
 }
 
 TEST(FrequencyResponseTest, CsvHasGainsAndPhasesInDegrees) {

@@ -52,7 +52,7 @@ TEST_F(RecordingSinkTest, NamesThatDoNotFitTheSampleEndTheRun) {
 }
 
 TEST_F(RecordingSinkTest, NamesMustFitASampleThatComesStraightFromARecording) {
-    const std::string found = "g.yaml:4:74: found 1 column names for 'first', whose samples have 2 elements; "
+    const std::string found = "g.yaml:4:74: found 1 column name for 'first', whose samples have 2 elements; "
                               "expected as many names as elements\n";
     EXPECT_EQ(complaintsOf(graph("file: out.csv, columns: {first: [ax]}")), found);
     EXPECT_EQ(complaintsOf(graph("file: out.csv, columns: {first: [ax, ay]}")), "");
