@@ -2,6 +2,7 @@
 #include "host/graph/FirstRows.h"
 
 #include "host/graph/Graph.h"
+#include "host/graph/Printable.h"
 #include "host/plugins/BlockDescription.h"
 
 #include <algorithm>
@@ -72,6 +73,16 @@ bool getIsFirstStepOdd(const SourceAccount& account) {
 
 } // namespace
 
+std::string otherUnitText(const SourceAccount& account) {
+    const SourceAccount::OtherUnit& unit = *account.otherUnit;
+    std::string text = "the time stamps of the column '" + printable(unit.column, kLongestName) +
+                       "', whose name says " + unit.unit + ", are taken for seconds";
+    if (!account.medianStep) return text;
+    return text + ", which gives a median rate of " + shortText(1.0 / *account.medianStep) +
+           " rows a second; if the name is right, divide them, or 'rate: " +
+           shortText(1.0 / (*account.medianStep * unit.seconds)) + "' in place of 'time' counts rows instead";
+}
+
 void warnOfFirstRows(const Graph& graph, Complaints& complaints) {
     Receivers receivers;
     for (const GraphDescription::Connection& connection : graph.getDescription().getConnections())
@@ -81,6 +92,9 @@ void warnOfFirstRows(const Graph& graph, Complaints& complaints) {
         const std::optional<SourceAccount> account = node.source->lookAhead(kRowsLookedAt);
         if (!account) continue;
         if (account->otherClock) warnOfRate(*node.source, *account->otherClock, complaints);
+        if (account->otherUnit)
+            complaints.warn(node.source->getPathPlace(),
+                            otherUnitText(*account) + " (" + node.source->getPath() + ")");
         if (!getIsFirstStepOdd(*account) || getIsFramed(*node.description)) continue;
         const Ids reached = reachedFrom(node.description->id, receivers);
         for (const GraphDescription::Block& block : graph.getDescription().getBlocks())

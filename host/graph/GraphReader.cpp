@@ -338,6 +338,10 @@ void GraphReader::applySettings(const GraphChanges& changes) {
         Block* block = requireBlock(change.block, change.option);
         const auto value = readValueText(change.value, change.option, false, complaints);
         if (block == nullptr || !value) continue;
+        if (value->kind == Value::Kind::Null) {
+            takeOut(*block, change);
+            continue;
+        }
         Setting setting;
         setting.name = change.property;
         setting.where.file = change.option;
@@ -385,6 +389,20 @@ void GraphReader::putSetting(Block& block, Setting setting) {
         block.settings.push_back(std::move(setting));
     else
         *known = std::move(setting);
+}
+
+void GraphReader::takeOut(Block& block, const GraphChanges::Setting& change) {
+    const auto isMeant = [&](const Setting& setting) { return setting.name == change.property; };
+    if (std::erase_if(block.settings, isMeant) > 0) return;
+    const auto names = [&] {
+        std::vector<std::string> set;
+        for (const Setting& setting : block.settings)
+            set.push_back(setting.name);
+        return set;
+    };
+    refuseName(complaints, {change.option, 0, 0}, change.property,
+               "no value for " + inQuotes(change.property) + ", which the graph doesn't set",
+               "a value, or one of those that it sets: ", names, "a value");
 }
 
 bool GraphReader::requireKind(const Value& value, Value::Kind kind, const std::string& expected) {

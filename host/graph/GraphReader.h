@@ -49,6 +49,7 @@ private:
     void applyFiles(const std::vector<GraphChanges::File>& files, Setting::Origin origin);
     Block* requireBlock(const std::string& id, const std::string& option);
     static void putSetting(Block& block, Setting setting);
+    void takeOut(Block& block, const GraphChanges::Setting& change);
 
     bool requireKind(const Value& value, Value::Kind kind, const std::string& expected);
     void requireKnownKeys(const Value& map, const std::vector<std::string>& known);

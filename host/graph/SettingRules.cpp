@@ -4,6 +4,7 @@
 #include "framework/Quillmere.h"
 #include "host/graph/ClockWarnings.h"
 #include "host/graph/MainInput.h"
+#include "host/graph/Printable.h"
 #include "host/graph/ShapeWarnings.h"
 #include "host/plugins/BlockDescription.h"
 
@@ -115,6 +116,20 @@ Place placeOf(const GraphDescription::Block& block, const SettingRule& rule) {
     return block.where;
 }
 
+/// A setting's value as the user wrote it, which the block may have moved; its default where nobody did.
+std::string quoted(const GraphDescription::Block& block, const PropertyDescription& setting) {
+    const std::string own = valueText(setting);
+    const auto written =
+        std::find_if(block.settings.begin(), block.settings.end(),
+                     [&](const GraphDescription::Setting& given) { return given.name == setting.name; });
+    Complaints none; // the block has taken it
+    const auto number = written == block.settings.end() ? std::nullopt : toNumber(written->value, none);
+    const bool isMoved = number && number != numberOf(setting);
+    return "'" + setting.name + "' at " +
+           (isMoved ? printable(written->value.text, kLongestName) + " (moved to " + own + " by the block)"
+                    : own);
+}
+
 void apply(const SettingRule& rule, const Graph::Node& node, Complaints& complaints) {
     const Core::Filter& block = *node.block;
     if (rule.isOfBands && !getIsBandMode(block)) return;
@@ -123,8 +138,8 @@ void apply(const SettingRule& rule, const Graph::Node& node, Complaints& complai
     const auto firstNumber = first ? numberOf(*first) : std::nullopt;
     const auto secondNumber = second ? numberOf(*second) : std::nullopt;
     if (!firstNumber || !secondNumber || !rule.isBroken(*firstNumber, *secondNumber)) return;
-    std::string values = "'" + first->name + "' at " + valueText(*first);
-    if (rule.second != nullptr) values += " and '" + second->name + "' at " + valueText(*second);
+    std::string values = quoted(*node.description, *first);
+    if (rule.second != nullptr) values += " and " + quoted(*node.description, *second);
     complaints.warn(placeOf(*node.description, rule),
                     "'" + block.getName() + "' (" + rule.type + ") has " + values + ": " + rule.text);
 }

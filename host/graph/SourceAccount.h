@@ -27,6 +27,13 @@ struct SourceAccount {
         double rate = 0.0; ///< Rows a second, by the unit of time that comes nearest.
     };
 
+    /// The column of times is named for another unit than seconds, for which its numbers are taken all the same.
+    struct OtherUnit {
+        std::string column;
+        std::string unit;     ///< `milliseconds` and the like.
+        double seconds = 1.0; ///< One of that unit.
+    };
+
     std::uint64_t rows = 0;         ///< Taken, mended ones included.
     std::uint64_t skippedRows = 0;  ///< Passed over, since something in them was wrong.
     std::uint64_t mendedRows = 0;   ///< Taken with not-a-number in place of bad cells.
@@ -47,6 +54,7 @@ struct SourceAccount {
     Finding jumps; ///< Forward by more than ten median steps.
 
     std::optional<OtherClock> otherClock;
+    std::optional<OtherUnit> otherUnit;
 
     /// Seconds from the first row taken to the last.
     double getLength() const { return lastTime - firstTime; }

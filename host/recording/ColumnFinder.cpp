@@ -32,7 +32,7 @@ void ColumnFinder::refuse(const std::string& name, const Place& where, Complaint
     const std::string column = "column '" + printable(name, kLongestName) + "'";
     const std::string separator = complaints.getIsFull() ? "" : separatorOf(names, name);
     if (separator.empty())
-        refuseName(complaints, where, name, "the " + column, "one of " + path + ": ", [&] { return names; });
+        refuseName(complaints, where, name, "no " + column, "one of " + path + ": ", [&] { return names; });
     else
         complaints.add(where, "no " + column + " in " + path + ", which looks separated by " + separator,
                        "commas between its cells");

@@ -70,6 +70,17 @@ bool isNumber(const std::string& text) {
     return std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc();
 }
 
+/// What somebody may have meant who wrote a decimal comma.
+std::string suggestionFor(std::string text) {
+    const std::size_t comma = text.find(',');
+    if (comma == std::string::npos) return {};
+    text[comma] = '.';
+    double value = 0.0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = textToNumber(text.data(), end, value);
+    return error == std::errc() && stop == end ? "; did you mean " + text + "?" : "";
+}
+
 std::string quoted(std::string_view text) {
     return std::string("\"").append(printable(text, kQuotedText)) + "\"";
 }
@@ -266,7 +277,7 @@ bool CsvReader::refill() {
 std::string CsvReader::getFault() const {
     switch (fault) {
     case Fault::NoNumber:
-        return getFaultOfCell(faultyColumn, "a number");
+        return getFaultOfCell(faultyColumn, "a number") + suggestionFor(textOfCell(faultyColumn));
     case Fault::TooLarge:
         return getFaultOfCell(faultyColumn, "a number that a 64-bit float can hold");
     case Fault::CellsMissing:
@@ -280,11 +291,14 @@ std::string CsvReader::getFault() const {
 }
 
 std::string CsvReader::getFaultOfCell(std::size_t column, const std::string& expected) const {
+    return placeOf(column) + "found " + quoted(textOfCell(column)) + "; expected " + expected;
+}
+
+std::string CsvReader::textOfCell(std::size_t column) const {
     const char* begin = lineBegin;
     for (std::size_t i = 0; i < column; ++i)
         begin = endOfCell(begin, lineEnd) + 1;
-    return placeOf(column) + "found " + quoted(plainText({begin, endOfCell(begin, lineEnd)})) +
-           "; expected " + expected;
+    return plainText({begin, endOfCell(begin, lineEnd)});
 }
 
 std::string CsvReader::getRowText() const {

@@ -101,6 +101,7 @@ private:
     const char* readOddCell(const char* begin, std::size_t column, double& value);
     double parse(std::string_view text, std::size_t column);
     void noteFault(Fault fault, std::size_t column);
+    std::string textOfCell(std::size_t column) const;
     std::string place() const;
     std::string placeOf(std::size_t column) const;
     std::string lineText() const;

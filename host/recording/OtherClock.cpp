@@ -10,6 +10,7 @@
 #include <cmath>
 #include <limits>
 #include <string_view>
+#include <vector>
 
 namespace Quillmere::Host {
 
@@ -62,7 +63,58 @@ SourceAccount readTimes(const std::string& path, std::size_t column, std::uint64
     return account;
 }
 
+struct Unit {
+    const char* name;
+    double seconds;
+    std::array<std::string_view, 5> words;
+};
+
+constexpr std::array kOtherUnits{
+    Unit{"milliseconds", 1e-3, {"ms", "msec", "millis", "millisecond", "milliseconds"}},
+    Unit{"microseconds", 1e-6, {"us", "usec", "micros", "microsecond", "microseconds"}},
+    Unit{"nanoseconds", 1e-9, {"ns", "nsec", "nanos", "nanosecond", "nanoseconds"}},
+};
+
+bool isLetter(char c) {
+    return std::isalpha(static_cast<unsigned char>(c)) != 0;
+}
+
+/// With a `u` for a micro sign, of which there are two.
+std::string withoutSigns(const std::string& name) {
+    std::string text;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const std::string_view two = std::string_view(name).substr(i, 2);
+        const bool isMicro = two == "\xC2\xB5" || two == "\xCE\xBC";
+        text += isMicro ? 'u' : name[i];
+        if (isMicro) ++i;
+    }
+    return text;
+}
+
+/// The words of a name in small letters: `time (ms)`, `t_ms` and `timeMs` have two.
+std::vector<std::string> wordsOf(const std::string& name) {
+    std::vector<std::string> words;
+    char before = ' ';
+    for (const char c : withoutSigns(name)) {
+        const bool isBegin = !isLetter(before) || (std::islower(static_cast<unsigned char>(before)) != 0 &&
+                                                   std::isupper(static_cast<unsigned char>(c)) != 0);
+        if (isLetter(c) && isBegin) words.emplace_back();
+        if (isLetter(c)) words.back() += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        before = c;
+    }
+    return words;
+}
+
 } // namespace
+
+std::optional<SourceAccount::OtherUnit> findOtherUnit(const std::string& column) {
+    const std::vector<std::string> words = wordsOf(column);
+    for (const Unit& unit : kOtherUnits)
+        if (std::find_first_of(words.begin(), words.end(), unit.words.begin(), unit.words.end()) !=
+            words.end())
+            return SourceAccount::OtherUnit{column, unit.name, unit.seconds};
+    return std::nullopt;
+}
 
 std::optional<SourceAccount::OtherClock> findOtherClock(const std::string& path, double rate,
                                                         std::uint64_t rows) {

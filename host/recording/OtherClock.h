@@ -16,4 +16,8 @@ namespace Quillmere::Host {
 QUILLMERE_API std::optional<SourceAccount::OtherClock> findOtherClock(const std::string& path, double rate,
                                                                       std::uint64_t rows);
 
+/// Whether a column of times says by its name that it holds milli-, micro- or nanoseconds, as `time (ms)`, `t_us` and
+/// `timestampNs` do.
+QUILLMERE_API std::optional<SourceAccount::OtherUnit> findOtherUnit(const std::string& column);
+
 } // namespace Quillmere::Host

@@ -24,7 +24,7 @@ RecordingRows::Row RecordingRows::take() {
     const CsvReader::Row read = reader->takeRow(values.data());
     if (read == CsvReader::Row::End) return Row::End;
     ++number;
-    if (plan.onCutEnd == OnCutEnd::Drop && reader->getIsCut()) return dropCutEnd();
+    if (plan.onCutEnd != OnCutEnd::Keep && reader->getIsCut()) return endAtCut();
     // A row that is skipped takes its time all the same.
     time = plan.timeCell ? values[*plan.timeCell] : static_cast<double>(number - 1) / plan.rate;
     const bool isFaulty = read == CsvReader::Row::Faulty;
@@ -83,7 +83,11 @@ std::string RecordingRows::mendHoles() {
     return fault;
 }
 
-RecordingRows::Row RecordingRows::dropCutEnd() {
+RecordingRows::Row RecordingRows::endAtCut() {
+    if (plan.onCutEnd == OnCutEnd::Error)
+        throw RecordingException(reader->getRowText() +
+                                 ", the last line, without its end; expected a line end behind every row, or "
+                                 "'onCutEnd: keep' to take it, 'onCutEnd: drop' to leave it out");
     account.isCutEndDropped = true;
     account.firstFaults.push_back(reader->getRowText() + ", the last line, without its end");
     return Row::Skipped;

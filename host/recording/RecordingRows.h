@@ -19,9 +19,9 @@ namespace Quillmere::Host {
 /// What becomes of a row in which something is wrong: it ends the run, it is passed over, or it is taken with not-a-number in
 /// place of what is wrong.
 enum class OnBadRow { Error, Skip, Nan };
-/// What becomes of a last line without a line end: it is a row as any other, or it is left out, whatever is in it, since a
-/// number that was cut looks like a whole one.
-enum class OnCutEnd { Error, Drop };
+/// What becomes of a last line without a line end: it is a row as any other, as many programs end their files so; it ends the
+/// run; or it is left out. What is in it doesn't matter to the last two, since a number that was cut looks like a whole one.
+enum class OnCutEnd { Keep, Error, Drop };
 
 /// What is wanted of each row of a recording. Cells are places in the list `chosen`.
 struct RowPlan {
@@ -36,7 +36,7 @@ struct RowPlan {
     std::vector<Pin> pins;
     bool isFramed = false; ///< Rows are gathered, so none may lack a pin's sample.
     OnBadRow onBadRow = OnBadRow::Error;
-    OnCutEnd onCutEnd = OnCutEnd::Error;
+    OnCutEnd onCutEnd = OnCutEnd::Keep;
     std::vector<std::string> missing; ///< Texts of cells that stand for not-a-number.
 };
 
@@ -73,7 +73,7 @@ private:
     bool takeUnsound(bool isFaulty);
     bool getHasTime() const;
     std::string mendHoles();
-    Row dropCutEnd();
+    Row endAtCut();
     void noteFault(std::string text);
     void tellTimesOfRate(SourceAccount& account) const;
 

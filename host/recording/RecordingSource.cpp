@@ -69,8 +69,8 @@ const std::vector<HostBlock::SettingDescription>& RecordingSource::getSettingDes
         {"onBadRow", "error, skip or nan", "error",
          "what a row with a bad cell does: it ends the run, is passed over, or has nan there"},
         {"missing", "list", "none", "texts of cells that stand for nan, as in [NA, \"\"]"},
-        {"onCutEnd", "error or drop", "error",
-         "whether a last line without its end is a row as any other, or is left out"}};
+        {"onCutEnd", "keep, error or drop", "keep",
+         "what a last line without its end does: it is a row as any other, ends the run, or is left out"}};
     return descriptions;
 }
 
@@ -112,7 +112,7 @@ void RecordingSource::takeSetting(const GraphDescription::Setting& setting, cons
     } else if (setting.name == "missing") {
         takeMissing(value, complaints);
     } else if (setting.name == "onCutEnd") {
-        plan.onCutEnd = static_cast<OnCutEnd>(takeChoice(value, {"error", "drop"}, complaints));
+        plan.onCutEnd = static_cast<OnCutEnd>(takeChoice(value, {"keep", "error", "drop"}, complaints));
     } else {
         refuseSetting(setting, complaints);
     }
@@ -163,14 +163,20 @@ void RecordingSource::takeMissing(const Value& value, Complaints& complaints) {
 }
 
 void RecordingSource::requireClock(const GraphDescription::Block& description, Complaints& complaints) const {
-    int clocks = 0;
-    for (const GraphDescription::Setting& setting : description.settings)
-        if (setting.name == "time" || setting.name == "rate") ++clocks;
-    if (clocks == 1) return;
-    complaints.add(description.where,
-                   "the RecordingSource '" + getName() +
-                       (clocks == 0 ? "' without a clock" : "' with two clocks"),
-                   "either 'time:' and a column or 'rate:' and rows a second");
+    std::vector<std::string> clocks;
+    std::string others; // of two, the one that the caller hasn't given
+    for (const GraphDescription::Setting& setting : description.settings) {
+        if (setting.name != "time" && setting.name != "rate") continue;
+        clocks.push_back(setting.name);
+        if (setting.origin == GraphDescription::Setting::Origin::File) others = setting.name;
+    }
+    if (clocks.size() == 1) return;
+    const bool isByOption = clocks.size() == 2 && !others.empty();
+    complaints.add(
+        description.where,
+        "the RecordingSource '" + getName() + (clocks.empty() ? "' without a clock" : "' with two clocks"),
+        "either 'time:' and a column or 'rate:' and rows a second" +
+            (isByOption ? "; '--set " + getName() + "." + others + "=null' takes the graph's away" : ""));
 }
 
 std::vector<std::string> RecordingSource::getColumnNames() const {
@@ -302,6 +308,14 @@ std::string RecordingSource::getColumnName(const Core::AbstractOutputPin& pin, s
     return found == outputs.end() ? "" : found->columns[element % found->columns.size()].name;
 }
 
+SourceAccount RecordingSource::getAccount() const {
+    if (recording == nullptr) return {};
+    SourceAccount account = recording->getAccount();
+    // Of a file it was told before the run.
+    if (getIsPiped() && timeColumn) account.otherUnit = findOtherUnit(timeColumn->name);
+    return account;
+}
+
 std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) const {
     if (recording == nullptr || getIsPiped()) return std::nullopt;
     SourceAccount account;
@@ -318,6 +332,7 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
         }
         account = ahead.getAccount();
         if (rate) account.otherClock = findOtherClock(getPath(), *rate, most);
+        if (timeColumn) account.otherUnit = findOtherUnit(timeColumn->name);
     } catch (const RecordingException&) {
         // The file is gone.
     }

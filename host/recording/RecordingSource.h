@@ -55,9 +55,7 @@ public:
     std::vector<std::string> getColumnNames() const override;
     std::optional<std::size_t> getSampleSize(const Core::AbstractOutputPin& pin) const override;
     std::string getColumnName(const Core::AbstractOutputPin& output, std::size_t element) const override;
-    SourceAccount getAccount() const override {
-        return recording == nullptr ? SourceAccount{} : recording->getAccount();
-    }
+    SourceAccount getAccount() const override;
     std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
 
 private:

@@ -74,6 +74,25 @@ std::string theFile(const std::string& path) {
     return "the file '" + shown(path) + "'";
 }
 
+/// Of what is no regular file; 0 where nobody could tell.
+std::string nameOfKind(mode_t mode) {
+    switch (mode & static_cast<mode_t>(S_IFMT)) {
+    case S_IFLNK:
+        return "the link '";
+    case S_IFDIR:
+        return "the folder '";
+    case S_IFIFO:
+        return "the named pipe '";
+    case S_IFSOCK:
+        return "the socket '";
+    case S_IFCHR:
+    case S_IFBLK:
+        return "the device '";
+    default:
+        return "something that is no file, '";
+    }
+}
+
 Refusal refuse(std::string found, std::string expected) {
     return ResultRefusal{std::move(found), std::move(expected)};
 }
@@ -168,12 +187,7 @@ Refusal ResultPath::findRefusalOfFinal(const ResultOptions& options) const {
 Refusal ResultPath::findRefusalOfPartial(const std::string& path, const ResultOptions& options) {
     struct stat facts {};
     if (::lstat(path.c_str(), &facts) != 0) return {};
-    if (!S_ISREG(facts.st_mode)) {
-        const char* const what = S_ISLNK(facts.st_mode)   ? "the link '"
-                                 : S_ISDIR(facts.st_mode) ? "the folder '"
-                                                          : "no file but something else as '";
-        return refuse(what + path + "'", kNothingElse);
-    }
+    if (!S_ISREG(facts.st_mode)) return refuse(nameOfKind(facts.st_mode) + path + "'", kNothingElse);
     const Opened file(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     if (file.get() < 0)
         return refuse(theFile(path) + ", which can't be read (" + std::strerror(errno) + ")", kNothingElse);
@@ -183,7 +197,7 @@ Refusal ResultPath::findRefusalOfPartial(const std::string& path, const ResultOp
 Refusal ResultPath::findRefusalOfPartial(const std::string& path, int file, const ResultOptions& options) {
     struct stat facts {};
     if (::fstat(file, &facts) != 0 || !S_ISREG(facts.st_mode))
-        return refuse("no file but something else as '" + path + "'", kNothingElse);
+        return refuse(nameOfKind(facts.st_mode) + path + "'", kNothingElse);
     if (facts.st_nlink > 1) return refuse(theFile(path) + ", which has another name too", kNothingElse);
     if (facts.st_uid != ::geteuid()) return refuse(theFile(path) + " of another user", kNothingElse);
     const ResultMark::Maker maker = ResultMark::findMaker(file, options);

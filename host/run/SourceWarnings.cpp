@@ -2,6 +2,7 @@
 #include "host/run/SourceWarnings.h"
 
 #include "host/graph/Counted.h"
+#include "host/graph/FirstRows.h"
 #include "host/plugins/BlockDescription.h"
 #include "host/recording/StandardStream.h"
 
@@ -51,6 +52,7 @@ std::vector<Warning> warningsOf(const std::string& path, const SourceAccount& ac
     if (account.jumps.count > 0)
         warn(timesText(account.jumps, "jumps by more than ten median steps",
                        "jump by more than ten median steps"));
+    if (account.otherUnit) warn(otherUnitText(account));
     if (account.otherClock && getIsStandardStream(path)) // of a file it was told before the run
         warn("the column '" + account.otherClock->column + "' looks like a clock of about " +
              shortestText(account.otherClock->rate) +

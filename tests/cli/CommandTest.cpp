@@ -163,8 +163,22 @@ TEST_F(Command, OptionsChangeTheGraphForOneCall) {
         0);
     EXPECT_EQ(folder.read("o.csv"), "t,x[0]\n7,-1\n");
     EXPECT_FALSE(folder.has("out.csv"));
-    EXPECT_EQ(call({"run", "--set", "gain.Gain=0.5", "--set=in.rate=4", "g.yaml"}).exitCode, 2)
-        << "two clocks";
+    const Ended twoClocks = call({"run", "--set=in.rate=4", "g.yaml"});
+    EXPECT_EQ(twoClocks.exitCode, 2);
+    EXPECT_EQ(
+        twoClocks.err,
+        "g.yaml:5:10: found the RecordingSource 'in' with two clocks; expected either 'time:' and a column "
+        "or 'rate:' and rows a second; '--set in.time=null' takes the graph's away\n");
+    for (const char* const away : {"in.time=null", "in.time=", "in.time=~"}) {
+        EXPECT_EQ(call({"run", "--set=in.rate=4", "--set", away, "g.yaml"}).exitCode, 0) << away;
+        EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,2\n0.25,4\n0.5,6\n") << away;
+    }
+    EXPECT_EQ(call({"run", "--set", "gain.Gain=null", "g.yaml"}).exitCode, 0);
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.5,2\n1,3\n") << "the block's own value";
+    EXPECT_EQ(
+        call({"check", "--set", "in.tiem=null", "g.yaml"}).err,
+        "--set in.tiem=null: found no value for 'tiem', which the graph doesn't set; expected a value, or "
+        "one of those that it sets: file, time and pins; did you mean time?\n");
     EXPECT_EQ(call({"run", "--set", "gain.Gain=0.5", "g.yaml"}).exitCode, 0);
     EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,0.5\n0.5,1\n1,1.5\n");
 }

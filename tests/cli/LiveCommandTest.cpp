@@ -169,6 +169,19 @@ TEST_F(LiveCommand, SpeedIsAFactorOrTheMaximum) {
               std::string::npos);
 }
 
+TEST_F(LiveCommand, ATimeColumnOfAPipeThatIsNamedForAnotherUnitIsToldAtTheEnd) {
+    const Ended ended = Support::runProgram({"/bin/sh", "-c",
+                                             "printf 'time_ms,x\\n0,1\\n10,2\\n' | " QUILLMERE
+                                             " run --quiet g.yaml --input in=- --set in.time=time_ms"},
+                                            folder.path(""));
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_EQ(
+        ended.err,
+        "standard input: warning: the time stamps of the column 'time_ms', whose name says milliseconds, are "
+        "taken for seconds, which gives a median rate of 0.1 rows a second; if the name is right, divide "
+        "them, or 'rate: 100' in place of 'time' counts rows instead\n");
+}
+
 TEST_F(LiveCommand, WhatBelongsToLiveRunsIsRefusedWithoutLive) {
     for (const Strings& options :
          {Strings{"--speed", "2"}, Strings{"--control", "control"}, Strings{"--stats"}}) {
@@ -176,8 +189,8 @@ TEST_F(LiveCommand, WhatBelongsToLiveRunsIsRefusedWithoutLive) {
         arguments.insert(arguments.end(), options.begin(), options.end());
         const Ended ended = call(arguments);
         EXPECT_EQ(ended.exitCode, 2) << options.front();
-        EXPECT_EQ(ended.err, "quillmere: found " + options.front() +
-                                 " without --live; expected both, or neither\n");
+        EXPECT_EQ(ended.err,
+                  "quillmere: found " + options.front() + " without --live; expected both, or neither\n");
         EXPECT_EQ(folder.count(), 2) << options.front();
     }
 }

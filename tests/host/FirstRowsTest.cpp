@@ -67,6 +67,26 @@ TEST_F(FirstRowsTest, NobodyElseIsMisledByIt) {
     EXPECT_EQ(warningsOf("time: t, frame: 10"), "") << "a frame has the time of its last row";
 }
 
+TEST_F(FirstRowsTest, ATimeColumnNamedForAnotherUnitIsTakenForSecondsAndSaysSo) {
+    const auto written = [&](const std::string& name) {
+        folder.write("in.csv", name + ",x\n0,1\n10,1\n20,1\n30,1\n");
+        return warningsOf("time: " + name, "FilterGain");
+    };
+    const std::string begin = "g.yaml:3:56: warning: the time stamps of the column '";
+    const std::string rates =
+        ", are taken for seconds, which gives a median rate of 0.1 rows a second; if the "
+        "name is right, divide them, or 'rate: ";
+    const std::string end = "' in place of 'time' counts rows instead (in.csv)\n";
+    for (const char* const name : {"time (ms)", "t_ms", "timestampMs", "TimeMS", "Milliseconds", "ms"})
+        EXPECT_EQ(written(name), begin + name + "', whose name says milliseconds" + rates + "100" + end);
+    for (const char* const name : {"timestamp_us", "t \xC2\xB5s", "t \xCE\xBCs"})
+        EXPECT_EQ(written(name), begin + name + "', whose name says microseconds" + rates + "100000" + end);
+    EXPECT_EQ(written("time.ns"),
+              begin + "time.ns', whose name says nanoseconds" + rates + "100000000" + end);
+    for (const char* const name : {"t", "time (s)", "seconds", "times", "rms", "status", "columns"})
+        EXPECT_EQ(written(name), "") << name;
+}
+
 TEST_F(FirstRowsTest, AFrameThatIsLongerThanTheFileIsNeverFull) {
     write(0.01); // 201 rows
     EXPECT_EQ(warningsOf("time: t, frame: 202", "FilterGain"),

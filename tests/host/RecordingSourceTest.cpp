@@ -208,8 +208,8 @@ TEST_F(RecordingSourceTest, WrongSettingsAreComplainedOf) {
          "frame, hop, onBadRow, missing and onCutEnd; "
          "did you mean pins?\n"},
         {"file: in.csv, time: time, pins: {p: [x, z]}",
-         "g.yaml:3:70: found the column 'time'; expected one of in.csv: t, x and y\n"
-         "g.yaml:3:90: found the column 'z'; expected one of in.csv: t, x and y\n"},
+         "g.yaml:3:70: found no column 'time'; expected one of in.csv: t, x and y\n"
+         "g.yaml:3:90: found no column 'z'; expected one of in.csv: t, x and y\n"},
         {"file: in.csv, time: t, onBadRow: skp, pins: {p: x}",
          "g.yaml:3:83: found 'skp'; expected one of error, skip and nan; did you mean skip?\n"},
         {"file: in.csv, time: t, onBadRow: .nan, pins: {p: x}",
@@ -217,7 +217,7 @@ TEST_F(RecordingSourceTest, WrongSettingsAreComplainedOf) {
         {"file: in.csv, time: t, onBadRow: [skip], pins: {p: x}",
          "g.yaml:3:83: found a list; expected one of error, skip and nan\n"},
         {"file: in.csv, time: t, onCutEnd: dorp, pins: {p: x}",
-         "g.yaml:3:83: found 'dorp'; expected one of error and drop; did you mean drop?\n"},
+         "g.yaml:3:83: found 'dorp'; expected one of keep, error and drop; did you mean drop?\n"},
         {"file: in.csv, time: t, missing: {}, pins: {p: x}",
          "g.yaml:3:82: found a map; expected a list of texts, as in [NA, \"\"]\n"},
         {"file: in.csv, time: t, missing: [NA, [x]], pins: {p: x}",
@@ -415,7 +415,24 @@ TEST_F(BadRowsTest, ALastLineWithoutItsEndMayBeLeftOut) {
     EXPECT_EQ(result("file: in.csv, " + properties, "p"), "t,p[0]\n0,1\n1,2\n");
     EXPECT_FALSE(accountOf("file: in.csv, " + properties).isCutEndDropped);
     folder.write("in.csv", "t,x\n0,1\n1,2");
-    EXPECT_EQ(result("file: in.csv, time: t, pins: {p: x}", "p"), "t,p[0]\n0,1\n1,2\n") << "the default";
+    for (const char* const keeping : {"", "onCutEnd: keep, "})
+        EXPECT_EQ(result(std::string("file: in.csv, ") + keeping + "time: t, pins: {p: x}", "p"),
+                  "t,p[0]\n0,1\n1,2\n")
+            << "many files end so";
+}
+
+TEST_F(BadRowsTest, ALastLineWithoutItsEndEndsTheRunWhereTheUserSaysSo) {
+    const std::string text =
+        graph("file: in.csv, time: t, onCutEnd: error, onBadRow: skip, pins: {p: x}", "p");
+    for (const char* const last : {"1,25", "1,", "1"}) {
+        folder.write("in.csv", std::string("t,x\n0,1\n") + last);
+        EXPECT_EQ(run(text),
+                  std::string("block 'in' (RecordingSource) at 0 s: in.csv:3: found \"") + last +
+                      "\", the last line, without its end; expected a line end behind every row, or "
+                      "'onCutEnd: keep' to take it, 'onCutEnd: drop' to leave it out");
+    }
+    folder.write("in.csv", "t,x\n0,1\n1,25\n");
+    EXPECT_EQ(run(text), "");
 }
 
 TEST_F(BadRowsTest, TheAccountTellsOfTimes) {

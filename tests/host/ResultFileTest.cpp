@@ -193,12 +193,16 @@ TEST(ResultFile, WhatIsPlantedUnderAPartialNameIsNeitherFollowedNorEmptied) {
     const auto pipe = [](const std::string& path, const std::string&) {
         ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     };
+    const auto socket = [](const std::string& path, const std::string&) {
+        ASSERT_EQ(::mknod(path.c_str(), S_IFSOCK | 0600, 0), 0);
+    };
     const PlantedRow rows[] = {{"the file 'PATH', which no run has written", text},
                                {"the link 'PATH'", link},
                                {"the link 'PATH'", loose},
                                {"the file 'PATH', which has another name too", hard},
                                {"the folder 'PATH'", folderThere},
-                               {"no file but something else as 'PATH'", pipe}};
+                               {"the named pipe 'PATH'", pipe},
+                               {"the socket 'PATH'", socket}};
     for (const char* const ending : {".partial", ".partial.widened"})
         for (const PlantedRow& row : rows) {
             const TemporaryFolder folder;

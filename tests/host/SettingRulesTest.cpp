@@ -76,6 +76,16 @@ TEST_F(SettingRulesTest, ContradictionsAreToldWhereTheyAreWritten) {
     EXPECT_NE(warningsOf("FilterFFT").find("a block that is paused sends nothing"), std::string::npos);
 }
 
+TEST_F(SettingRulesTest, ValuesAreQuotedAsTheUserWroteThem) {
+    EXPECT_EQ(
+        warningsOf("FilterSmartSaturationDetector, properties: {MinThreshold: 5, MaxThreshold: 3.0}"),
+        "g.yaml:4:63: warning: 'f' (FilterSmartSaturationDetector) has 'MinThreshold' at 5 (moved to 3 by "
+        "the block) and 'MaxThreshold' at 3: the low threshold has to lie below the high one, or every "
+        "value may be flagged\n");
+    EXPECT_EQ(warningsOf("FilterSmartSaturationDetector, properties: {MinThreshold: 5, MaxThreshold: 6}"),
+              "");
+}
+
 TEST_F(SettingRulesTest, EdgesCountInBandModesOnlyAndAlsoWhereTheBlockHasMovedOne) {
     EXPECT_EQ(warningsOf("FilterChebyshev, properties: {LowRelativeCutOffFreq: 0.3}"), "");
     EXPECT_NE(warningsOf("FilterChebyshev, properties: {Mode: BandPass, LowRelativeCutOffFreq: 0.3, "
