@@ -163,20 +163,25 @@ void RecordingSource::takeMissing(const Value& value, Complaints& complaints) {
 }
 
 void RecordingSource::requireClock(const GraphDescription::Block& description, Complaints& complaints) const {
-    std::vector<std::string> clocks;
-    std::string others; // of two, the one that the caller hasn't given
+    std::vector<std::string> ofFile;
+    std::size_t ofCaller = 0;
     for (const GraphDescription::Setting& setting : description.settings) {
         if (setting.name != "time" && setting.name != "rate") continue;
-        clocks.push_back(setting.name);
-        if (setting.origin == GraphDescription::Setting::Origin::File) others = setting.name;
+        if (setting.origin == GraphDescription::Setting::Origin::File)
+            ofFile.push_back(setting.name);
+        else
+            ++ofCaller;
     }
-    if (clocks.size() == 1) return;
-    const bool isByOption = clocks.size() == 2 && !others.empty();
-    complaints.add(
-        description.where,
-        "the RecordingSource '" + getName() + (clocks.empty() ? "' without a clock" : "' with two clocks"),
-        "either 'time:' and a column or 'rate:' and rows a second" +
-            (isByOption ? "; '--set " + getName() + "." + others + "=null' takes the graph's away" : ""));
+    const std::size_t clocks = ofFile.size() + ofCaller;
+    if (clocks == 1) return;
+    const std::string wayOut =
+        ofFile.size() == 1 && ofCaller == 1
+            ? "; '--set " + getName() + "." + ofFile.front() + "=null' takes the graph's away"
+            : "";
+    complaints.add(description.where,
+                   "the RecordingSource '" + getName() +
+                       (clocks == 0 ? "' without a clock" : "' with two clocks"),
+                   "either 'time:' and a column or 'rate:' and rows a second" + wayOut);
 }
 
 std::vector<std::string> RecordingSource::getColumnNames() const {
