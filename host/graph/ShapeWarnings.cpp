@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace Quillmere::Host {
 
@@ -23,8 +24,27 @@ std::span<const char* const> getTransforms() {
 }
 
 std::span<const char* const> getShapeKeepers() {
-    static constexpr const char* keepers[]{"FilterGain", "FilterDeadband"};
+    static constexpr const char* keepers[]{
+        "FilterGain",     "FilterDeadband", "FilterButterworth",        "FilterButterworth_v2",
+        "FilterBandPass", "FilterIIR",      "FilterSaturationDetector", "FilterSmartSaturationDetector"};
     return keepers;
+}
+
+const Core::AbstractOutputPin* shapeGiverOf(const Core::AbstractInputPin& input) {
+    std::set<const Core::AbstractOutputPin*> seen;
+    const Core::AbstractOutputPin* output = input.getConnectedOutput();
+    while (output != nullptr && seen.insert(output).second) {
+        const auto* const block = dynamic_cast<const Core::Filter*>(output->getManager());
+        if (block == nullptr || dynamic_cast<const Source*>(block) != nullptr)
+            return block == nullptr ? nullptr : output;
+        const auto keepers = getShapeKeepers();
+        const bool keeps = std::any_of(keepers.begin(), keepers.end(), [&](const char* type) {
+            return std::string_view(type) == block->getTypeName();
+        });
+        const Core::AbstractInputPin* const before = keeps ? mainInputOf(*block) : nullptr;
+        output = before == nullptr ? nullptr : before->getConnectedOutput();
+    }
+    return nullptr;
 }
 
 namespace {
@@ -42,24 +62,16 @@ const Graph::Node* nodeOf(const Nodes& nodes, const Core::PinManager* block) {
     return found == nodes.end() ? nullptr : &*found;
 }
 
-/// A source's output whose samples come to an input as they are, or scaled.
+/// A source that could be set up, and its output whose shape an input gets.
 struct Origin {
     const Graph::Node* source = nullptr;
     const Core::AbstractOutputPin* output = nullptr;
 };
 
 Origin originOf(const Nodes& nodes, const Core::AbstractInputPin& input) {
-    std::set<const Core::AbstractOutputPin*> seen;
-    const Core::AbstractOutputPin* output = input.getConnectedOutput();
-    while (output != nullptr && seen.insert(output).second) {
-        const Graph::Node* const node = nodeOf(nodes, output->getManager());
-        if (node == nullptr || node->isFaulty) return {};
-        if (node->source != nullptr) return {node, output};
-        const Core::AbstractInputPin* const before =
-            getIsOf(getShapeKeepers(), *node) ? mainInputOf(*node->block) : nullptr;
-        output = before == nullptr ? nullptr : before->getConnectedOutput();
-    }
-    return {};
+    const Core::AbstractOutputPin* const output = shapeGiverOf(input);
+    const Graph::Node* const node = output == nullptr ? nullptr : nodeOf(nodes, output->getManager());
+    return node == nullptr || node->isFaulty ? Origin{} : Origin{node, output};
 }
 
 /// How many rows a source puts into one sample.

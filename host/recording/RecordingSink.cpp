@@ -5,6 +5,7 @@
 #include "host/graph/Finite.h"
 #include "host/graph/NearestName.h"
 #include "host/graph/Printable.h"
+#include "host/graph/ShapeWarnings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -196,13 +197,12 @@ void RecordingSink::checkPins(Complaints& complaints) const {
             check(name, named.where);
 }
 
-/// How many elements a sample has is known beforehand where a recording comes straight to the sink.
+/// How many elements a sample has is known beforehand where nothing between a recording and the sink changes its shape.
 void RecordingSink::checkWidth(const NamedColumns& named, const Core::AbstractInputPin& pin,
                                Complaints& complaints) const {
-    const Core::AbstractOutputPin* const sender = pin.getConnectedOutput();
-    const auto* const source =
-        sender == nullptr ? nullptr : dynamic_cast<const Source*>(sender->getManager());
-    const std::optional<std::size_t> size = source == nullptr ? std::nullopt : source->getSampleSize(*sender);
+    const Core::AbstractOutputPin* const giver = shapeGiverOf(pin);
+    const auto* const source = giver == nullptr ? nullptr : dynamic_cast<const Source*>(giver->getManager());
+    const std::optional<std::size_t> size = source == nullptr ? std::nullopt : source->getSampleSize(*giver);
     if (!size || *size == 0 || named.names.empty() || *size == named.names.size()) return;
     complaints.add(named.where,
                    counted(named.names.size(), "column name") + " for '" + named.pin +

@@ -69,16 +69,16 @@ void TableWriter::grow(const std::vector<const MatrixXd*>& samples) {
 void TableWriter::requireNamedWidth(std::size_t group, std::size_t elements) const {
     const std::size_t names = groups[group].columns.size();
     if (elements == names) return;
-    throw RecordingException(file.getPath() + ": group '" + groups[group].name + "': found a sample of " +
-                             counted(elements, "element") + "; expected " + std::to_string(names) +
-                             ", as many as it has column names");
+    throw RecordingException(file.getPath() + ": '" + groups[group].name + "': found a sample of " +
+                             counted(elements, "element") + " for " + counted(names, "column name") +
+                             "; expected as many names as elements");
 }
 
 void TableWriter::requireKnownWidth(std::size_t group, std::size_t elements) const {
     const std::size_t known = widths.back().columns[group];
-    throw RecordingException(file.getPath() + ": group '" + groups[group].name + "': found a sample of " +
+    throw RecordingException(file.getPath() + ": '" + groups[group].name + "': found a sample of " +
                              counted(elements, "element") + " behind a header with " + std::to_string(known) +
-                             "; expected the group's column names, or a file");
+                             "; expected its column names, or a file");
 }
 
 std::vector<std::string> TableWriter::header(const std::vector<std::size_t>& columns) const {

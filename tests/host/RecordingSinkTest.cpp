@@ -44,11 +44,31 @@ TEST_F(RecordingSinkTest, NamesThatDoNotFitTheSampleEndTheRun) {
     EXPECT_EQ(
         run("format: 1\nblocks:\n"
             "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {p: [x, y]}}}\n"
-            "  - {id: gain, type: FilterGain}\n"
+            "  - {id: level, type: FilterButterworthV2}\n"
             "  - {id: out, type: RecordingSink, properties: {file: out.csv, columns: {first: [ax]}}}\n"
-            "connections: [{from: in, to: gain}, {from: gain, to: out.first}]\n"),
-        "block 'out' (RecordingSink) at 0 s: out.csv: group 'first': found a sample of 2 elements; "
-        "expected 1, as many as it has column names");
+            "connections: [{from: in, to: level.in}, {from: level.out, to: out.first}]\n"),
+        "block 'out' (RecordingSink) at 0 s: out.csv: 'first': found a sample of 2 elements for 1 column "
+        "name; expected as many names as elements");
+}
+
+TEST_F(RecordingSinkTest, NamesMustFitWhatComesThroughBlocksThatKeepTheShape) {
+    for (const char* const type : {"FilterGain", "FilterButterworth", "FilterBandPass", "FilterIIR"}) {
+        const auto text = [&](const std::string& names) {
+            return "format: 1\nblocks:\n"
+                   "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {p: [x, "
+                   "y]}}}\n"
+                   "  - {id: g, type: FilterGain}\n  - {id: f, type: " +
+                   std::string(type) +
+                   "}\n  - {id: out, type: RecordingSink, properties: {file: out.csv, columns: {first: [" +
+                   names + "]}}}\nconnections: [{from: in, to: g}, {from: g, to: f." +
+                   (std::string(type) == "FilterGain" ? "input" : "in") + "}, {from: f, to: out.first}]\n";
+        };
+        EXPECT_EQ(complaintsOf(text("ax")),
+                  "g.yaml:6:74: found 1 column name for 'first', whose samples have 2 elements; expected as "
+                  "many names as elements\n")
+            << type;
+        EXPECT_EQ(complaintsOf(text("ax, ay")), "") << type;
+    }
 }
 
 TEST_F(RecordingSinkTest, NamesMustFitASampleThatComesStraightFromARecording) {

@@ -112,8 +112,8 @@ TEST(TableWriter, ASampleThatDoesNotFitItsNamesIsRefused) {
         FAIL();
     } catch (const RecordingException& exception) {
         EXPECT_EQ(exception.what(), folder.path("out.csv") +
-                                        ": group 'a': found a sample of 3 elements; expected 2, as "
-                                        "many as it has column names");
+                                        ": 'a': found a sample of 3 elements for 2 column names; expected "
+                                        "as many names as elements");
     }
 }
 
@@ -195,11 +195,11 @@ TEST_F(PipedTableTest, ASampleThatIsWiderThanItsColumnsIsRefused) {
     TableWriter table(path, "t", Groups{{"a", {}}, {"late", {}}});
     table.writeRow(1, {&kOne, nullptr});
     EXPECT_EQ(refusalOf(table, 2, {&kRow, nullptr}),
-              path + ": group 'a': found a sample of 3 elements behind a header with 1; expected the group's "
+              path + ": 'a': found a sample of 3 elements behind a header with 1; expected its "
                      "column names, or a file");
     EXPECT_EQ(refusalOf(table, 2, {nullptr, &kSquare}),
               path +
-                  ": group 'late': found a sample of 4 elements behind a header with 1; expected the group's "
+                  ": 'late': found a sample of 4 elements behind a header with 1; expected its "
                   "column names, or a file");
     EXPECT_EQ(refusalOf(table, 2, {&kOne, &kOne}), "");
     table.abandon();
