@@ -93,6 +93,9 @@ public:
 
     /// The name of the column of which an element of a row on an output is.
     virtual std::string getColumnName(const Core::AbstractOutputPin& output, std::size_t element) const = 0;
+    /// Whether an element of the sample that an output sent last stands for a missing value, as the graph declares them: no
+    /// surprise to anybody. [run]
+    virtual bool getIsMissing(const Core::AbstractOutputPin& output, std::size_t element) const = 0;
     /// What it has seen of its recording so far. Requires: open. [run, or when nothing runs]
     virtual SourceAccount getAccount() const = 0;
     /// What the first rows of a file look like, at most `rows` of them, up to the first that would end the run; nothing for

@@ -126,7 +126,8 @@ void CsvReader::select(const std::vector<std::size_t>& chosen) {
     for (std::size_t i = 0; i < chosen.size(); ++i)
         targets.at(chosen[i]) = i;
     empty.assign(chosen.size(), 0);
-    emptyCells = 0;
+    isMissing.assign(chosen.size(), 0);
+    emptyCells = missingCells = 0;
 }
 
 void CsvReader::setMissing(std::vector<std::string> texts) {
@@ -142,6 +143,7 @@ bool CsvReader::readRow(double* values) {
 
 CsvReader::Row CsvReader::takeRow(double* values) {
     if (emptyCells > 0) std::fill(empty.begin(), empty.end(), char{0});
+    if (missingCells > 0) std::fill(isMissing.begin(), isMissing.end(), char{0});
     emptyCells = missingCells = 0;
     fault = Fault::None;
     hasAllCells = true;
@@ -183,6 +185,7 @@ const char* CsvReader::readOddCell(const char* begin, std::size_t column, double
     const std::string_view text = unquoted({begin, end});
     if (std::find(missing.begin(), missing.end(), trimmed(text)) != missing.end()) {
         value = std::numeric_limits<double>::quiet_NaN();
+        isMissing[targets[column]] = 1;
         ++missingCells;
     } else if (text.empty()) {
         empty[targets[column]] = 1;

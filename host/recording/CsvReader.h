@@ -68,6 +68,8 @@ public:
     bool getHasEmptyCells() const { return emptyCells > 0; }
     /// How many cells of the last row had a text for missing values.
     std::size_t getMissingCells() const { return missingCells; }
+    /// Whether the cell behind value `index` of the last row was one of them.
+    bool getIsMissing(std::size_t index) const { return missingCells > 0 && isMissing[index] != 0; }
     /// Whether the last row ended with the file and not with a line end, so that there may have been more of it.
     bool getIsCut() const { return isCut; }
 
@@ -122,7 +124,8 @@ private:
     std::vector<std::string> missing;
     bool hasMissingNumbers = false;   ///< Some of those texts are numbers.
     std::vector<std::size_t> targets; ///< For each column the place of its value, or `kPassedOver`.
-    std::vector<char> empty;          ///< For each value, whether its cell was empty.
+    std::vector<char> empty;          ///< For each value, whether its cell was empty,
+    std::vector<char> isMissing;      ///< and whether it had a text for missing values.
     std::size_t emptyCells = 0;
     std::size_t missingCells = 0;
 

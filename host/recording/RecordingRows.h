@@ -59,11 +59,15 @@ public:
     void setStop(const std::atomic<bool>& flag) { reader->setStop(flag); }
     const RowPlan& getPlan() const { return plan; }
 
-    /// Of the row: its time in seconds, the elements of a pin's sample, and whether there is one, which there isn't where all
+    /// Of the row: its time in seconds, the elements of a pin's sample, and whether there is a sample, which there isn't where all
     /// cells of the pin are empty. Requires: the last `take` took it.
     double getTime() const { return time; }
     double getElement(std::size_t pin, std::size_t element) const {
         return values[plan.pins[pin].cells[element]];
+    }
+    /// Whether that element is a missing value, by the plan.
+    bool getIsMissing(std::size_t pin, std::size_t element) const {
+        return reader->getIsMissing(plan.pins[pin].cells[element]);
     }
     bool getHasSample(std::size_t pin) const { return isWhole || hasSample[pin] != 0; }
 

@@ -75,6 +75,8 @@ void RecordingSink::noteNonFinite(std::size_t pin, double time) {
     const Core::MatrixXd& sample = *samples[pin];
     for (Eigen::Index i = 0; i < sample.size(); ++i) {
         if (std::isfinite(sample.data()[i])) continue;
+        if (account.nonFiniteOfPin.size() <= pin) account.nonFiniteOfPin.resize(pin + 1);
+        ++account.nonFiniteOfPin[pin];
         if (account.nonFiniteValues++ > 0) continue;
         account.firstTime = time;
         account.firstRow = table->getRows();

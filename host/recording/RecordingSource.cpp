@@ -194,10 +194,9 @@ std::vector<std::string> RecordingSource::getColumnNames() const {
 }
 
 std::optional<std::size_t> RecordingSource::getSampleSize(const Core::AbstractOutputPin& pin) const {
-    const auto found = std::find_if(outputs.begin(), outputs.end(),
-                                    [&](const Output& output) { return &output.pin == &pin; });
-    if (found == outputs.end()) return std::nullopt;
-    return found->columns.size() * std::max(frameRows, std::size_t{1});
+    const std::size_t found = findOutput(pin);
+    if (found == outputs.size()) return std::nullopt;
+    return outputs[found].columns.size() * std::max(frameRows, std::size_t{1});
 }
 
 void RecordingSource::open(Complaints& complaints) {
@@ -294,23 +293,41 @@ bool RecordingSource::takeRowIntoFrame() {
     }
     if (gathered == frameRows) { // full and sent: what the next frame shares with it moves up
         gathered = frameRows - std::min(hop, frameRows);
-        for (Output& output : outputs)
-            output.frame.erase(output.frame.begin(),
-                               output.frame.end() -
-                                   static_cast<std::ptrdiff_t>(gathered * output.columns.size()));
+        for (Output& output : outputs) {
+            const auto kept = static_cast<std::ptrdiff_t>(gathered * output.columns.size());
+            output.frame.erase(output.frame.begin(), output.frame.end() - kept);
+            output.missing.erase(output.missing.begin(), output.missing.end() - kept);
+        }
     }
     for (std::size_t pin = 0; pin < outputs.size(); ++pin)
-        for (std::size_t i = 0; i < outputs[pin].columns.size(); ++i)
+        for (std::size_t i = 0; i < outputs[pin].columns.size(); ++i) {
             outputs[pin].frame.push_back(recording->getElement(pin, i));
+            outputs[pin].missing.push_back(recording->getIsMissing(pin, i) ? 1 : 0);
+        }
     if (++gathered < frameRows) return false;
     toSkip = hop > frameRows ? hop - frameRows : 0;
     return true;
 }
 
-std::string RecordingSource::getColumnName(const Core::AbstractOutputPin& pin, std::size_t element) const {
+/// Its place, or how many there are when it is another block's.
+std::size_t RecordingSource::findOutput(const Core::AbstractOutputPin& pin) const {
     const auto found = std::find_if(outputs.begin(), outputs.end(),
                                     [&](const Output& output) { return &output.pin == &pin; });
-    return found == outputs.end() ? "" : found->columns[element % found->columns.size()].name;
+    return static_cast<std::size_t>(found - outputs.begin());
+}
+
+std::string RecordingSource::getColumnName(const Core::AbstractOutputPin& pin, std::size_t element) const {
+    const std::size_t found = findOutput(pin);
+    if (found == outputs.size()) return "";
+    const std::vector<Column>& columns = outputs[found].columns;
+    return columns[element % columns.size()].name;
+}
+
+bool RecordingSource::getIsMissing(const Core::AbstractOutputPin& pin, std::size_t element) const {
+    const std::size_t found = findOutput(pin);
+    if (found == outputs.size() || plan.missing.empty()) return false;
+    if (frameRows == 0) return recording->getIsMissing(found, element);
+    return outputs[found].missing.at(element) != 0;
 }
 
 SourceAccount RecordingSource::getAccount() const {

@@ -55,6 +55,7 @@ public:
     std::vector<std::string> getColumnNames() const override;
     std::optional<std::size_t> getSampleSize(const Core::AbstractOutputPin& pin) const override;
     std::string getColumnName(const Core::AbstractOutputPin& output, std::size_t element) const override;
+    bool getIsMissing(const Core::AbstractOutputPin& output, std::size_t element) const override;
     SourceAccount getAccount() const override;
     std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
 
@@ -67,7 +68,8 @@ private:
         Output(const std::string& name, Core::PinManager* manager) : pin(name, manager) {}
         Core::OutputPin<Core::MatrixXd> pin;
         std::vector<Column> columns;
-        std::vector<double> frame; ///< The rows of the frame that is being gathered.
+        std::vector<double> frame; ///< The rows of the frame that is being gathered,
+        std::vector<char> missing; ///< and which of its elements are missing values.
     };
 
     void takeSetting(const GraphDescription::Setting& setting, const std::string& folder,
@@ -83,6 +85,7 @@ private:
     bool readOn();
     bool takeRowIntoFrame();
     void fill(std::size_t pin);
+    std::size_t findOutput(const Core::AbstractOutputPin& pin) const;
 
     std::deque<Output> outputs; ///< Pins can't move.
     std::optional<Column> timeColumn;

@@ -42,7 +42,7 @@ double timeOfInput(const Core::Filter& block, double timeOfOutput) {
 void FiniteWatch::note(Watched& block, const Core::OutputPin<Core::MatrixXd>& pin, double time) {
     const double timeOfSample = std::isnan(time) ? timeOfInput(*block.block, pin.data.timeStamp) : time;
     if (block.source == nullptr) {
-        found.push_back({block.block, &pin, timeOfSample, counter++, 0, 0, {}});
+        found.push_back({block.block, &pin, timeOfSample, counter++, 0, 0, 0.0, 0, {}});
         std::erase_if(block.outputs, [&](const Output& output) { return output.pin == &pin; });
     } else {
         countValues(*block.source, pin, timeOfSample);
@@ -56,13 +56,19 @@ void FiniteWatch::countValues(const Source& source, const Core::OutputPin<Core::
     for (Eigen::Index i = 0; i < sample.size(); ++i) {
         if (std::isfinite(sample.data()[i])) continue;
         if (first == nullptr) {
-            // The last row of a frame is the one that was read last.
-            const auto rowsBehind = static_cast<std::uint64_t>(sample.rows() - 1 - i / sample.cols());
-            found.push_back({&source, &pin, time, counter++, 0, source.getRows() - rowsBehind,
-                             source.getColumnName(pin, static_cast<std::size_t>(i % sample.cols()))});
+            found.push_back({&source, &pin, time, counter++, 0, 0, 0.0, 0, {}});
             first = &found.back();
         }
-        ++first->values;
+        if (source.getIsMissing(pin, static_cast<std::size_t>(i))) {
+            ++first->missing;
+            continue;
+        }
+        if (first->values++ > 0) continue;
+        // The last row of a frame is the one that was read last.
+        const auto rowsBehind = static_cast<std::uint64_t>(sample.rows() - 1 - i / sample.cols());
+        first->otherTime = time;
+        first->row = source.getRows() - rowsBehind;
+        first->column = source.getColumnName(pin, static_cast<std::size_t>(i % sample.cols()));
     }
 }
 
@@ -102,13 +108,24 @@ const FirstNonFinite* makerOf(const std::vector<FirstNonFinite>& found, const Co
     return maker;
 }
 
+namespace {
+/// What is no surprise comes behind everything else.
+bool getIsToldBefore(const FirstNonFinite& one, const FirstNonFinite& other) {
+    const bool isExpected = one.values == 0;
+    const bool isOtherExpected = other.values == 0;
+    return std::tie(isExpected, one.row, one.number) < std::tie(isOtherExpected, other.row, other.number);
+}
+} // namespace
+
 std::optional<FirstNonFinite> sumOf(const Core::Filter& block, const std::vector<FirstNonFinite>& found) {
     std::optional<FirstNonFinite> sum;
     for (const FirstNonFinite& first : found) {
         if (first.block != &block) continue;
         const std::uint64_t values = first.values + (sum ? sum->values : 0);
-        if (!sum || std::tie(first.row, first.number) < std::tie(sum->row, sum->number)) sum = first;
+        const std::uint64_t missing = first.missing + (sum ? sum->missing : 0);
+        if (!sum || getIsToldBefore(first, *sum)) sum = first;
         sum->values = values;
+        sum->missing = missing;
     }
     return sum;
 }

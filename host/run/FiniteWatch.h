@@ -22,9 +22,11 @@ struct FirstNonFinite {
     std::uint64_t number = 0; ///< In the order in which they were seen, over all layouts.
 
     // Of a source only, which is looked at to its end:
-    std::uint64_t values = 0; ///< How many such values it has sent.
-    std::uint64_t row = 0;    ///< The first one's row, 1 being the first that was taken,
-    std::string column;       ///< and its column.
+    std::uint64_t missing = 0; ///< How many such values it has sent that the graph declares to be missing,
+    std::uint64_t values = 0;  ///< and how many others.
+    double otherTime = 0.0;    ///< The first other's time,
+    std::uint64_t row = 0;     ///< its row, 1 being the first that was taken,
+    std::string column;        ///< and its column.
 };
 
 /// Looks behind each step at what the block has sent, for the first of it that isn't finite.

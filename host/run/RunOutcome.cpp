@@ -109,13 +109,43 @@ std::string timeText(double time) {
     return " (" + shortestText(time) + " s)";
 }
 
+/// How many values that the graph declares to be missing were sent by the sources whose samples an input depends on.
+std::uint64_t countMissing(const Core::AbstractInputPin& input,
+                           const std::vector<FirstNonFinite>& nonFinite) {
+    std::uint64_t count = 0;
+    std::unordered_set<const Core::AbstractOutputPin*> seen;
+    std::vector<const Core::AbstractInputPin*> open{&input};
+    while (!open.empty()) {
+        const Core::AbstractOutputPin* const output = open.back()->getConnectedOutput();
+        open.pop_back();
+        if (output == nullptr || !seen.insert(output).second) continue;
+        for (const FirstNonFinite& first : nonFinite)
+            if (first.output == output) count += first.missing;
+        if (const auto* const block = dynamic_cast<const Core::Filter*>(output->getManager()))
+            open.insert(open.end(), block->getInputPins().begin(), block->getInputPins().end());
+    }
+    return count;
+}
+
+/// Whether a result holds more of what isn't finite than was declared to be missing, so that a block has made or kept some.
+bool getIsSurprising(const Graph::Node& node, const std::vector<FirstNonFinite>& nonFinite) {
+    const ResultAccount account = node.sink->getAccount();
+    std::size_t pin = 0;
+    for (const Core::AbstractInputPin* const input : node.sink->getInputPins()) {
+        const std::size_t place = pin++;
+        const bool hasAny = place < account.nonFiniteOfPin.size() && account.nonFiniteOfPin[place] > 0;
+        if (hasAny && account.nonFiniteOfPin[place] > countMissing(*input, nonFinite)) return true;
+    }
+    return false;
+}
+
 void warnOfReadValues(const FirstNonFinite& first, const Source& source, RunOutcome& outcome) {
     for (RunOutcome::Recording& recording : outcome.recordings)
         if (recording.id == source.getName()) recording.nonFiniteValues = first.values;
-    outcome.warnings.push_back({source.getPathPlace(), "'" + source.getName() + "' read " +
-                                                           valuesText(first.values) + ", the first in row " +
-                                                           std::to_string(first.row) + timeText(first.time) +
-                                                           ", column '" + first.column + "'"});
+    outcome.warnings.push_back(
+        {source.getPathPlace(), "'" + source.getName() + "' read " + valuesText(first.values) +
+                                    ", the first in row " + std::to_string(first.row) +
+                                    timeText(first.otherTime) + ", column '" + first.column + "'"});
 }
 
 /// What sources read and the timeline sent, who made the first of it out of finite input, and how much the results hold.
@@ -126,7 +156,8 @@ void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonF
         return description == nullptr ? Place{} : description->where;
     };
     for (const Source* const source : graph.getSources())
-        if (const auto first = sumOf(*source, nonFinite)) warnOfReadValues(*first, *source, outcome);
+        if (const auto first = sumOf(*source, nonFinite); first && first->values > 0)
+            warnOfReadValues(*first, *source, outcome);
     if (const auto first = sender == nullptr ? std::nullopt : sumOf(*sender, nonFinite)) {
         Warning warning;
         warning.where.file = graph.getDescription().getPath();
@@ -143,14 +174,14 @@ void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonF
                                      shortestText(maker->time) +
                                      " s, and none was seen to come to it before"});
     }
-    for (const RunOutcome::Result& result : outcome.results) {
-        const ResultAccount& account = result.account;
-        if (account.nonFiniteValues == 0) continue;
+    for (const Graph::Node& node : graph.getNodes()) {
+        if (node.sink == nullptr || !getIsSurprising(node, nonFinite)) continue;
+        const ResultAccount account = node.sink->getAccount();
         outcome.warnings.push_back(
-            {placeOfBlock(result.id), "'" + result.id + "' holds " + valuesText(account.nonFiniteValues) +
-                                          ", the first in row " + std::to_string(account.firstRow) +
-                                          timeText(account.firstTime) + ", column '" + account.firstColumn +
-                                          "'"});
+            {node.description->where, "'" + node.sink->getName() + "' holds " +
+                                          valuesText(account.nonFiniteValues) + ", the first in row " +
+                                          std::to_string(account.firstRow) + timeText(account.firstTime) +
+                                          ", column '" + account.firstColumn + "'"});
     }
 }
 

@@ -31,7 +31,7 @@ struct RunOutcome {
         std::uint64_t rows = 0;
         std::uint64_t processedRows = 0; ///< Up to the one that was sent last.
         SourceAccount account;
-        std::uint64_t nonFiniteValues = 0; ///< That it sent.
+        std::uint64_t nonFiniteValues = 0; ///< That it sent, beside those that are declared to be missing.
     };
     /// What a sink has written.
     struct Result {

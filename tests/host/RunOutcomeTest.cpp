@@ -171,6 +171,46 @@ TEST_F(RunOutcomeTest, AValueThatWasReadIsToldWithItsRowAndColumnAndIsNobodysMak
               "'out' holds 2 values that aren't finite, the first in row 2 (0.5 s), column 'p[0]'");
 }
 
+/// A recording with missing values, straight and through a block to a result.
+class MissingValues : public RunOutcomeTest {
+protected:
+    std::string runThrough(const std::string& block, const std::string& more = "") {
+        return run(
+            "format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, " +
+            more + "pins: {x: [x, y]}, missing: [NA, \"\", nan]}}\n  - {id: f, type: " + block + "}\n" +
+            kSink + "connections: [{from: in, to: out.p}, {from: in, to: f." +
+            (block == "FilterGain" ? "input" : "in") + "}, {from: f, to: out.q}]\n");
+    }
+};
+
+TEST_F(MissingValues, AreNoSurpriseNorWhatBecomesOfThemOneForOne) {
+    folder.write("in.csv", "t,x,y\n0,1,NA\n0.5,,2\n1,3,nan\n1.5,4,5\n");
+    isStrict = true;
+    for (const char* const frame : {"", "frame: 2, ", "frame: 2, hop: 1, "}) {
+        EXPECT_EQ(runThrough("FilterGain", frame), "") << frame;
+        EXPECT_EQ(warningsOfRun(), "") << frame;
+        EXPECT_FALSE(outcome.firstMaker.has_value()) << frame;
+        EXPECT_EQ(outcome.recordings[0].account.missingCells, 3u) << frame;
+        EXPECT_EQ(outcome.recordings[0].nonFiniteValues, 0u) << frame;
+        EXPECT_GE(outcome.results[0].account.nonFiniteValues, 6u) << frame;
+    }
+}
+
+TEST_F(MissingValues, HideNeitherOthersNorWhatARecursionKeeps) {
+    folder.write("in.csv", "t,x,y\n0,1,NA\n0.5,inf,2\n1,3,4\n");
+    EXPECT_EQ(runThrough("FilterGain"), "");
+    EXPECT_EQ(
+        warningsOfRun(),
+        "g.yaml:3:56: warning: 'in' read 1 value that isn't finite, the first in row 2 (0.5 s), column 'x'\n"
+        "g.yaml:5:10: warning: 'out' holds 4 values that aren't finite, the first in row 1 (0 s), column "
+        "'p[1]'\n");
+    folder.write("in.csv", "t,x,y\n0,1,NA\n0.5,2,2\n1,3,4\n");
+    EXPECT_EQ(runThrough("FilterButterworth"), "");
+    EXPECT_EQ(warningsOfRun(),
+              "g.yaml:5:10: warning: 'out' holds 4 values that aren't finite, the first in row 1 "
+              "(0 s), column 'p[1]'\n");
+}
+
 TEST_F(RunOutcomeTest, TheFirstBlockThatMakesSuchAValueOutOfFiniteOnesIsNamed) {
     folder.write("in.csv", "t,x\n0,1\n0.5,0\n1,1e308\n");
     EXPECT_EQ(
