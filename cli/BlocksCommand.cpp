@@ -2,9 +2,10 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
-#include "cli/JsonText.h"
-#include "host/graph/HostBlock.h"
-#include "host/plugins/BlockDescription.h"
+#include "host/text/Json.h"
+#include "host/text/ShortestText.h"
+#include "host/ends/HostBlock.h"
+#include "host/graph/BlockDescription.h"
 
 #include <CLI/CLI.hpp>
 
@@ -144,7 +145,7 @@ void printNames(const BlockCatalogue& catalogue) {
         std::cout << "  " << name << "\n";
     }
     std::cout << "\nblocks of the host\n";
-    for (const std::string& name : BlockCatalogue::getHostTypeNames())
+    for (const std::string& name : catalogue.getHostTypeNames())
         std::cout << "  " << name << "\n";
 }
 
@@ -154,8 +155,8 @@ Json::Text namesAsJson(const BlockCatalogue& catalogue) {
         blocks.push_back(Json::object({{"type", Json::text(name)},
                                        {"plugin", Json::text(catalogue.getPluginName(name))},
                                        {"version", Json::text(catalogue.getPluginVersion(name))}}));
-    return Json::object({{"blocks", Json::list(blocks)},
-                         {"hostBlocks", Json::listOfTexts(BlockCatalogue::getHostTypeNames())}});
+    return Json::object(
+        {{"blocks", Json::list(blocks)}, {"hostBlocks", Json::listOfTexts(catalogue.getHostTypeNames())}});
 }
 
 } // namespace

@@ -3,11 +3,11 @@
 
 #include "cli/GraphArguments.h"
 #include "host/graph/ClockWarnings.h"
-#include "host/graph/Counted.h"
+#include "host/text/Counted.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
-#include "host/graph/LayoutLinks.h"
-#include "host/graph/NearestName.h"
+#include "host/text/NearestName.h"
+#include "host/graph/BurstWarnings.h"
 #include "host/graph/SettingRules.h"
 #include "host/response/DesignWarnings.h"
 

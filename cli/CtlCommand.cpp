@@ -3,7 +3,7 @@
 
 #include "cli/Usage.h"
 #include "host/live/ControlException.h"
-#include "host/live/ControlSocket.h"
+#include "host/control/ControlSocket.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "cli/GraphArguments.h"
 
-#include "host/graph/NearestName.h"
-#include "host/graph/Printable.h"
+#include "host/text/NearestName.h"
+#include "host/text/Printable.h"
+#include "host/recording/HostCatalogue.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,6 +19,7 @@ using Quillmere::Host::BlockCatalogue;
 using Quillmere::Host::BlockPtr;
 using Quillmere::Host::Complaints;
 using Quillmere::Host::GraphChanges;
+using Quillmere::Host::HostCatalogue;
 using Quillmere::Host::kLongestName;
 using Quillmere::Host::kOwnPluginFile;
 using Quillmere::Host::listOfNames;
@@ -101,7 +103,7 @@ GraphChanges changesOf(const GraphArguments& arguments) {
 }
 
 BlockCatalogue loadCatalogue(const PluginArguments& arguments) {
-    BlockCatalogue catalogue;
+    HostCatalogue catalogue;
     for (const std::string& path : arguments.plugins)
         catalogue.load(path);
     const auto isOurs = [](const std::string& path) {
@@ -121,8 +123,8 @@ BlockPtr createBlock(const BlockCatalogue& catalogue, const std::string& type) {
     BlockPtr block = catalogue.create(type, type);
     if (block != nullptr) return block;
     std::vector<std::string> known = catalogue.getTypeNames();
-    known.insert(known.end(), BlockCatalogue::getHostTypeNames().begin(),
-                 BlockCatalogue::getHostTypeNames().end());
+    for (std::string& name : catalogue.getHostTypeNames())
+        known.push_back(std::move(name));
     const std::string nearest = nearestName(type, known);
     throw UsageError{"found the block type '" + type + "'; expected one of " + listOfNames(known) +
                      (nearest.empty() ? "" : "; did you mean " + nearest + "?")};

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "cli/Commands.h"
-#include "host/graph/Complaint.h"
-#include "host/graph/GraphDescription.h"
+#include "host/text/Complaint.h"
+#include "host/description/GraphDescription.h"
 #include "host/plugins/BlockCatalogue.h"
 
 #include <string>

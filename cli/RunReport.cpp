@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/RunReport.h"
 
-#include "host/graph/Counted.h"
-#include "host/recording/StandardStream.h"
+#include "host/text/Counted.h"
+#include "host/ends/StandardStream.h"
 
 #include <algorithm>
 #include <cstdio>

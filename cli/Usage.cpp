@@ -2,8 +2,8 @@
 #include "cli/Usage.h"
 
 #include "cli/Commands.h"
-#include "host/graph/NearestName.h"
-#include "host/graph/Printable.h"
+#include "host/text/NearestName.h"
+#include "host/text/Printable.h"
 
 #include <CLI/CLI.hpp>
 

@@ -3,7 +3,7 @@
 
 #include "cli/StandardStreams.h"
 #include "cli/Usage.h"
-#include "host/recording/RecordingException.h"
+#include "host/ends/RecordingException.h"
 
 #include <CLI/CLI.hpp>
 

@@ -3,7 +3,7 @@
 #include "framework/Quillmere.h"
 #include "fuzz/Kit.h"
 #include "host/graph/PropertyWriter.h"
-#include "host/plugins/BlockDescription.h"
+#include "host/graph/BlockDescription.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

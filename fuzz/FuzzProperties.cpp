@@ -4,8 +4,8 @@
 #include "framework/Quillmere.h"
 #include "fuzz/Kit.h"
 #include "host/graph/PropertyWriter.h"
-#include "host/graph/ValueReader.h"
-#include "host/plugins/BlockDescription.h"
+#include "host/description/ValueReader.h"
+#include "host/graph/BlockDescription.h"
 
 #include <Poco/Exception.h>
 

@@ -2,8 +2,8 @@
 // Recordings under every setting of a source: a line with the settings as `{time: t, pins: {x: x}}`, and behind it the
 // recording.
 #include "fuzz/Kit.h"
-#include "host/graph/ValueReader.h"
-#include "host/recording/RecordingException.h"
+#include "host/description/ValueReader.h"
+#include "host/ends/RecordingException.h"
 #include "host/recording/RecordingSource.h"
 
 #include <algorithm>

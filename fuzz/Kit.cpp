@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "fuzz/Kit.h"
 
-#include "host/recording/RecordingException.h"
+#include "host/ends/RecordingException.h"
 #include "host/run/OfflineRunner.h"
+#include "host/recording/HostCatalogue.h"
 
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -89,7 +90,7 @@ void ResultFolder::empty() const {
 
 const BlockCatalogue& catalogue() {
     static const BlockCatalogue loaded = [] {
-        BlockCatalogue blocks;
+        HostCatalogue blocks;
         blocks.load(VELMARIND_PLUGIN);
         return blocks;
     }();

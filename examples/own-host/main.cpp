@@ -2,6 +2,7 @@
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/run/OfflineRunner.h"
+#include "host/recording/HostCatalogue.h"
 
 #include <atomic>
 #include <exception>
@@ -15,7 +16,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        BlockCatalogue catalogue;
+        HostCatalogue catalogue;
         for (int i = 2; i < argc; ++i)
             catalogue.load(argv[i]);
 

@@ -2,8 +2,9 @@
 #include "host/graph/FirstRows.h"
 
 #include "host/graph/Graph.h"
-#include "host/graph/Printable.h"
-#include "host/plugins/BlockDescription.h"
+#include "host/text/Printable.h"
+#include "host/graph/BlockDescription.h"
+#include "host/text/ShortestText.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,8 +3,8 @@
 
 #include "framework/core/Api.h"
 #include "framework/core/LayoutManager.h"
-#include "host/graph/GraphDescription.h"
-#include "host/graph/HostBlock.h"
+#include "host/description/GraphDescription.h"
+#include "host/ends/HostBlock.h"
 #include "host/graph/Timeline.h"
 #include "host/plugins/BlockCatalogue.h"
 

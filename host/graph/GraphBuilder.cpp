@@ -2,15 +2,15 @@
 #include "host/graph/GraphBuilder.h"
 
 #include "framework/Quillmere.h"
+#include "host/ends/ColumnName.h"
 #include "host/graph/MainInput.h"
-#include "host/graph/NearestName.h"
-#include "host/graph/Printable.h"
+#include "host/text/NearestName.h"
+#include "host/text/Printable.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/RunFiles.h"
 #include "host/graph/RunOrder.h"
 #include "host/graph/SettingRules.h"
 #include "host/graph/TimelineBuilder.h"
-#include "host/recording/TableForm.h"
 
 #include <algorithm>
 
@@ -77,8 +77,8 @@ void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {
         if (!isUnknown) continue;
         const auto known = [&] {
             std::vector<std::string> names = catalogue.getTypeNames();
-            names.insert(names.end(), BlockCatalogue::getHostTypeNames().begin(),
-                         BlockCatalogue::getHostTypeNames().end());
+            for (std::string& name : catalogue.getHostTypeNames())
+                names.push_back(std::move(name));
             return names;
         };
         refuseName(complaints, block.typeWhere, block.type,

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "host/graph/GraphDescription.h"
+#include "host/description/GraphDescription.h"
 #include "host/plugins/BlockCatalogue.h"
 
 namespace Quillmere::Host {

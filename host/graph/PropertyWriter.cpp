@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/PropertyWriter.h"
 
-#include "host/graph/NearestName.h"
-#include "host/plugins/BlockDescription.h"
-#include "host/plugins/CaughtText.h"
+#include "host/text/NearestName.h"
+#include "host/graph/BlockDescription.h"
+#include "host/text/CaughtText.h"
 
 #include <Poco/Any.h>
 #include <Poco/Exception.h>

@@ -3,8 +3,8 @@
 
 #include "framework/core/AbstractProperty.h"
 #include "framework/core/Api.h"
-#include "host/graph/Complaint.h"
-#include "host/graph/Value.h"
+#include "host/text/Complaint.h"
+#include "host/description/Value.h"
 
 #include <vector>
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/RunFiles.h"
 
-#include "host/graph/Printable.h"
-#include "host/recording/ResultPath.h"
-#include "host/recording/StandardStream.h"
+#include "host/text/Printable.h"
+#include "host/ends/StandardStream.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -75,14 +74,14 @@ void RunFiles::addWriting(Graph::Node& node, Complaints& complaints) {
 }
 
 void RunFiles::checkReading(const Source& source, Complaints& complaints) {
-    const File read =
-        getIsStandardStream(source.getPath()) ? openFile(STDIN_FILENO) : namedFile(source.getPath());
-    Graph::Node* const* const writer = writings.find(read);
-    if (writer == nullptr) return;
-    complaints.add(source.getPathPlace(),
-                   quoted(read.name) + ", which '" + (*writer)->sink->getName() + "' writes",
-                   "a recording that the run doesn't write over");
-    (*writer)->isFaulty = true;
+    for (const File& file : filesOf(source)) {
+        Graph::Node* const* const writer = writings.find(file);
+        if (writer == nullptr) continue;
+        complaints.add(source.getPathPlace(),
+                       quoted(file.name) + ", which '" + (*writer)->sink->getName() + "' writes",
+                       "a recording that the run doesn't write over");
+        (*writer)->isFaulty = true;
+    }
 }
 
 RunFiles::File RunFiles::namedFile(const std::string& path) {
@@ -113,13 +112,11 @@ RunFiles::File RunFiles::openFile(int descriptor) {
     return file;
 }
 
-/// All names that the result takes until it is whole.
-std::vector<RunFiles::File> RunFiles::filesOf(const Sink& sink) {
-    const ResultPath result(sink.getPath());
-    if (result.getKind() == ResultPath::Kind::Descriptor) return {openFile(result.getDescriptor())};
-    if (!result.getIsFile()) return {namedFile(result.getPath())};
-    return {namedFile(result.getPath()), namedFile(result.getPartialPath()),
-            namedFile(result.getWidenedPath())};
+std::vector<RunFiles::File> RunFiles::filesOf(const HostBlock& end) {
+    std::vector<File> files;
+    for (const EndFile& file : end.getFiles())
+        files.push_back(file.descriptor < 0 ? namedFile(file.name) : openFile(file.descriptor));
+    return files;
 }
 
 } // namespace Quillmere::Host

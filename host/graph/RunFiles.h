@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/graph/Complaint.h"
+#include "host/text/Complaint.h"
 #include "host/graph/Graph.h"
 #include "host/plugins/BlockCatalogue.h"
 
@@ -47,7 +47,7 @@ private:
 
     static File namedFile(const std::string& path);
     static File openFile(int descriptor);
-    static std::vector<File> filesOf(const Sink& sink);
+    static std::vector<File> filesOf(const HostBlock& end);
 
     void addWriting(Graph::Node& node, Complaints& complaints);
     void checkReading(const Source& source, Complaints& complaints);

@@ -4,9 +4,9 @@
 #include "framework/Quillmere.h"
 #include "host/graph/ClockWarnings.h"
 #include "host/graph/MainInput.h"
-#include "host/graph/Printable.h"
+#include "host/text/Printable.h"
 #include "host/graph/ShapeWarnings.h"
-#include "host/plugins/BlockDescription.h"
+#include "host/graph/BlockDescription.h"
 
 #include <algorithm>
 #include <cmath>

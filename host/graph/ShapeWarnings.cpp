@@ -2,7 +2,7 @@
 #include "host/graph/ShapeWarnings.h"
 
 #include "framework/core/AbstractOutputPin.h"
-#include "host/graph/Counted.h"
+#include "host/text/Counted.h"
 #include "host/graph/MainInput.h"
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "framework/Quillmere.h"
-#include "host/graph/Complaint.h"
-#include "host/graph/Value.h"
+#include "host/text/Complaint.h"
+#include "host/description/Value.h"
 
 #include <cstddef>
 #include <memory>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/TimelineBuilder.h"
 
-#include "host/graph/NearestName.h"
-#include "host/graph/Printable.h"
+#include "host/text/NearestName.h"
+#include "host/text/Printable.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/TimelineSender.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/graph/Complaint.h"
+#include "host/text/Complaint.h"
 #include "host/graph/Graph.h"
-#include "host/graph/GraphDescription.h"
+#include "host/description/GraphDescription.h"
 #include "host/graph/PinIndex.h"
 
 #include <map>

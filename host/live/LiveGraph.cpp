@@ -2,7 +2,7 @@
 #include "host/live/LiveGraph.h"
 
 #include "framework/Quillmere.h"
-#include "host/graph/NearestName.h"
+#include "host/text/NearestName.h"
 #include "host/graph/RunOrder.h"
 
 #include <Poco/Exception.h>
@@ -312,7 +312,7 @@ void LiveGraph::add(const std::string& id, const std::string& type, const std::s
             throw ControlException("found the id '" + id + "' a second time; expected an id of its own");
     LiveLayout& to = getLayout(layout);
     // The host's own blocks are told what they read and write before a run.
-    BlockPtr block = BlockCatalogue::getIsHostType(type) ? nullptr : catalogue.create(type, id);
+    BlockPtr block = catalogue.getIsHostType(type) ? nullptr : catalogue.create(type, id);
     if (block == nullptr) {
         std::vector<std::string> known = catalogue.getTypeNames();
         refuse("the block type '" + type + "'", type, known);

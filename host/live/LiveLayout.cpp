@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/LiveLayout.h"
 
-#include "host/recording/RecordingException.h"
+#include "host/ends/RecordingException.h"
 
 #include <algorithm>
 #include <limits>

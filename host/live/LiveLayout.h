@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/Quillmere.h"
-#include "host/graph/HostBlock.h"
+#include "host/ends/HostBlock.h"
 #include "host/live/LiveDrive.h"
 #include "host/live/SendRoom.h"
 #include "host/run/FiniteWatch.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "host/graph/GraphDescription.h"
+#include "host/description/GraphDescription.h"
 #include "host/live/LiveSettings.h"
 #include "host/live/LiveStatistics.h"
 #include "host/run/RunEnd.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/Quillmere.h"
-#include "host/graph/LayoutLinks.h"
+#include "host/description/LayoutLinks.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,15 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "host/plugins/BlockCatalogue.h"
 
-#include "host/plugins/CaughtText.h"
-#include "host/recording/RecordingSink.h"
-#include "host/recording/RecordingSource.h"
+#include "host/text/CaughtText.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <utility>
 
 namespace Quillmere::Host {
+
+void BlockCatalogue::add(const std::string& type, Maker maker) {
+    if (getIsHostType(type) || find(type) != nullptr)
+        throw PluginException("found the block type '" + type +
+                              "' a second time; expected another name for a type of the host");
+    hostEntries.push_back({type, std::move(maker)});
+}
 
 void BlockCatalogue::load(const std::string& path) {
     const std::shared_ptr<PluginLibrary> library = PluginLibrary::open(path);
@@ -37,14 +42,15 @@ std::vector<std::string> BlockCatalogue::getTypeNames() const {
     return names;
 }
 
-const std::vector<std::string>& BlockCatalogue::getHostTypeNames() {
-    static const std::vector<std::string> names{RecordingSource::kTypeName, RecordingSink::kTypeName};
+std::vector<std::string> BlockCatalogue::getHostTypeNames() const {
+    std::vector<std::string> names;
+    for (const HostEntry& entry : hostEntries)
+        names.push_back(entry.type);
     return names;
 }
 
-bool BlockCatalogue::getIsHostType(const std::string& type) {
-    const std::vector<std::string>& names = getHostTypeNames();
-    return std::find(names.begin(), names.end(), type) != names.end();
+bool BlockCatalogue::getIsHostType(const std::string& type) const {
+    return findHostEntry(type) != nullptr;
 }
 
 std::string BlockCatalogue::getPluginName(const std::string& type) const {
@@ -66,8 +72,7 @@ std::vector<std::string> BlockCatalogue::getPluginPaths() const {
 }
 
 BlockPtr BlockCatalogue::create(const std::string& type, const std::string& name) const {
-    if (type == RecordingSource::kTypeName) return BlockPtr(new RecordingSource(name));
-    if (type == RecordingSink::kTypeName) return BlockPtr(new RecordingSink(name));
+    if (const HostEntry* const own = findHostEntry(type)) return BlockPtr(own->maker(name));
     const Entry* const entry = find(type);
     if (entry == nullptr) return {};
     const std::string file = entry->library->getPath();
@@ -89,6 +94,12 @@ const BlockCatalogue::Entry* BlockCatalogue::find(const std::string& type) const
     const auto found = std::find_if(entries.begin(), entries.end(),
                                     [&](const Entry& entry) { return type == entry.factory->getTypeName(); });
     return found == entries.end() ? nullptr : &*found;
+}
+
+const BlockCatalogue::HostEntry* BlockCatalogue::findHostEntry(const std::string& type) const {
+    const auto found = std::find_if(hostEntries.begin(), hostEntries.end(),
+                                    [&](const HostEntry& entry) { return type == entry.type; });
+    return found == hostEntries.end() ? nullptr : &*found;
 }
 
 std::string findPluginBeside(const std::string& program) {

@@ -4,6 +4,7 @@
 #include "framework/core/Api.h"
 #include "host/plugins/PluginLibrary.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,9 +12,15 @@
 namespace Quillmere::Host {
 
 /// The block types that graphs may use: those of the plug-ins that were loaded, in the order of loading and then in each
-/// plug-in's own, and those of the host.
+/// plug-in's own, and those of the host, which are registered.
 class QUILLMERE_API BlockCatalogue {
 public:
+    /// Makes a block of the host with that name; gives it to the caller.
+    using Maker = std::function<Core::Filter*(const std::string& name)>;
+
+    /// Registers a type of the host's own. Raises `PluginException` for one that is there already.
+    void add(const std::string& type, Maker maker);
+
     /// Adds the types of the plug-in in the file at `path`; one that is there already adds nothing. Raises what
     /// `PluginLibrary::open` raises, and `PluginException`, with nothing added, for a type that another plug-in or the host
     /// has: nobody's block may stand in for another's unnoticed.
@@ -21,8 +28,8 @@ public:
 
     /// Type names of the plug-ins' blocks, and of the host's own.
     std::vector<std::string> getTypeNames() const;
-    static const std::vector<std::string>& getHostTypeNames();
-    static bool getIsHostType(const std::string& type);
+    std::vector<std::string> getHostTypeNames() const;
+    bool getIsHostType(const std::string& type) const;
 
     /// The plug-in that a type comes from and its version, empty for a type of the host or an unknown one.
     std::string getPluginName(const std::string& type) const;
@@ -40,9 +47,15 @@ private:
         std::shared_ptr<PluginLibrary> library;
         Core::AbstractFilterFactory* factory;
     };
+    struct HostEntry {
+        std::string type;
+        Maker maker;
+    };
     const Entry* find(const std::string& type) const;
+    const HostEntry* findHostEntry(const std::string& type) const;
 
     std::vector<Entry> entries;
+    std::vector<HostEntry> hostEntries;
 };
 
 /// Where the plug-in of this project lies when the program at `program` runs from its build tree or from an installed

@@ -3,7 +3,7 @@
 
 #include "framework/core/FlowManager.h"
 #include "framework/core/Version.h"
-#include "host/plugins/CaughtText.h"
+#include "host/text/CaughtText.h"
 
 #include <dlfcn.h>
 

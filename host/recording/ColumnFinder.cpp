@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/ColumnFinder.h"
 
-#include "host/graph/NearestName.h"
-#include "host/graph/Printable.h"
+#include "host/text/NearestName.h"
+#include "host/text/Printable.h"
 #include "host/recording/Dialect.h"
 
 namespace Quillmere::Host {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/graph/Complaint.h"
+#include "host/text/Complaint.h"
 
 #include <cstddef>
 #include <optional>

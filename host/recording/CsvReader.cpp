@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/CsvReader.h"
 
-#include "host/graph/Counted.h"
-#include "host/graph/Printable.h"
+#include "host/text/Counted.h"
+#include "host/text/Printable.h"
 #include "host/recording/Dialect.h"
 #include "host/recording/NumberText.h"
-#include "host/recording/RecordingException.h"
+#include "host/ends/RecordingException.h"
 
 #include <algorithm>
 #include <charconv>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "host/graph/SourceAccount.h"
+#include "host/ends/SourceAccount.h"
 
 #include <cstdint>
 #include <optional>

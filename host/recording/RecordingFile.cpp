@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingFile.h"
 
-#include "host/graph/Counted.h"
-#include "host/graph/Printable.h"
-#include "host/recording/RecordingException.h"
-#include "host/recording/StandardStream.h"
+#include "host/text/Counted.h"
+#include "host/text/Printable.h"
+#include "host/ends/RecordingException.h"
+#include "host/ends/StandardStream.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingRows.h"
 
-#include "host/recording/RecordingException.h"
+#include "host/ends/RecordingException.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSink.h"
 
-#include "host/graph/Counted.h"
-#include "host/graph/Finite.h"
-#include "host/graph/NearestName.h"
-#include "host/graph/Printable.h"
+#include "host/text/Counted.h"
+#include "host/ends/Finite.h"
+#include "host/text/NearestName.h"
+#include "host/text/Printable.h"
 #include "host/graph/ShapeWarnings.h"
+#include "host/ends/ColumnName.h"
 
 #include <algorithm>
 #include <cmath>
@@ -165,6 +166,14 @@ Core::AbstractInputPin& RecordingSink::requirePin(const std::string& name) {
     Core::InputPin<Core::MatrixXd>*& pin = inputsByName[name];
     if (pin == nullptr) pin = &inputs.emplace_back(name, this);
     return *pin;
+}
+
+std::vector<EndFile> RecordingSink::getFiles() const {
+    if (getPath().empty()) return {};
+    const ResultPath result(getPath());
+    if (result.getKind() == ResultPath::Kind::Descriptor) return {{result.getPath(), result.getDescriptor()}};
+    if (!result.getIsFile()) return {{result.getPath()}};
+    return {{result.getPath()}, {result.getPartialPath()}, {result.getWidenedPath()}};
 }
 
 void RecordingSink::checkPins(Complaints& complaints) const {

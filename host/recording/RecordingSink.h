@@ -3,7 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "framework/transport/InputPin.h"
-#include "host/graph/HostBlock.h"
+#include "host/ends/HostBlock.h"
 #include "host/recording/TableForm.h"
 #include "host/recording/TableWriter.h"
 
@@ -37,6 +37,7 @@ public:
     void checkPins(Complaints& complaints) const override;
     void setOverwrites(bool flag) override { overwrites = flag; }
     void checkFile(const std::vector<std::string>& recorded, Complaints& complaints) override;
+    std::vector<EndFile> getFiles() const override;
     void open() override;
     void setStreamTime(double seconds) override { streamTime = seconds; }
     void setGathersByTime(bool flag) override { gathersByTime = flag; }

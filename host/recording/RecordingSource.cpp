@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSource.h"
 
-#include "host/graph/Counted.h"
-#include "host/graph/NearestName.h"
+#include "host/text/Counted.h"
+#include "host/text/NearestName.h"
 #include "host/recording/ColumnFinder.h"
 #include "host/recording/OtherClock.h"
-#include "host/recording/RecordingException.h"
+#include "host/ends/RecordingException.h"
+#include "host/ends/StandardStream.h"
 
 #include <algorithm>
 #include <cmath>
@@ -359,6 +360,11 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
         // The file is gone.
     }
     return account;
+}
+
+std::vector<EndFile> RecordingSource::getFiles() const {
+    if (getPath().empty()) return {};
+    return {{getPath(), getIsStandardStream(getPath()) ? STDIN_FILENO : -1}};
 }
 
 } // namespace Quillmere::Host

@@ -3,7 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "framework/transport/OutputPin.h"
-#include "host/graph/HostBlock.h"
+#include "host/ends/HostBlock.h"
 #include "host/recording/RecordingRows.h"
 
 #include <atomic>
@@ -57,6 +57,7 @@ public:
     std::string getColumnName(const Core::AbstractOutputPin& output, std::size_t element) const override;
     bool getIsMissing(const Core::AbstractOutputPin& output, std::size_t element) const override;
     SourceAccount getAccount() const override;
+    std::vector<EndFile> getFiles() const override;
     std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
 
 private:

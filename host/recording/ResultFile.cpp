@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/ResultFile.h"
 
-#include "host/recording/RecordingException.h"
+#include "host/ends/RecordingException.h"
 #include "host/recording/ResultMark.h"
 
 #include <fcntl.h>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/ResultPath.h"
 
-#include "host/graph/Counted.h"
+#include "host/text/Counted.h"
 #include "host/recording/ResultMark.h"
-#include "host/recording/StandardStream.h"
+#include "host/ends/StandardStream.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -52,11 +52,6 @@ bool isOwnNumber(std::string_view cell) {
 
 } // namespace
 
-bool getIsColumnName(std::string_view name) {
-    const auto isControl = [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; };
-    return !name.empty() && std::none_of(name.begin(), name.end(), isControl);
-}
-
 bool TableForm::fits(std::string_view head) const {
     const std::size_t headerEnd = head.find('\n');
     if (headerEnd == std::string_view::npos || !fitsHeader(head.substr(0, headerEnd))) return false;

@@ -10,9 +10,6 @@
 
 namespace Quillmere::Host {
 
-/// Whether a name can stand in a table's header, which is one line.
-QUILLMERE_API bool getIsColumnName(std::string_view name);
-
 /// How a table that `TableWriter` writes reads: what tells a result from a recording where nothing else does.
 struct QUILLMERE_API TableForm {
     std::string timeName;

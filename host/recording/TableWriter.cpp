@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/TableWriter.h"
 
-#include "host/graph/Counted.h"
-#include "host/recording/RecordingException.h"
+#include "host/text/Counted.h"
+#include "host/ends/RecordingException.h"
 
 #include <algorithm>
 #include <fstream>

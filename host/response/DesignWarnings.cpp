@@ -2,7 +2,7 @@
 #include "host/response/DesignWarnings.h"
 
 #include "framework/Quillmere.h"
-#include "host/graph/Counted.h"
+#include "host/text/Counted.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/response/FrequencyResponse.h"
 

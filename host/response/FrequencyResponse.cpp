@@ -2,9 +2,9 @@
 #include "host/response/FrequencyResponse.h"
 
 #include "framework/Quillmere.h"
-#include "host/graph/Counted.h"
-#include "host/graph/NearestName.h"
-#include "host/plugins/CaughtText.h"
+#include "host/text/Counted.h"
+#include "host/text/NearestName.h"
+#include "host/text/CaughtText.h"
 #include "host/plugins/PluginLibrary.h"
 
 #include <algorithm>

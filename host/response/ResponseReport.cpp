@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/response/ResponseReport.h"
 
-#include "host/plugins/BlockDescription.h"
+#include "host/text/ShortestText.h"
 
 #include <algorithm>
 #include <cmath>

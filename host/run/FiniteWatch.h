@@ -2,8 +2,8 @@
 #pragma once
 
 #include "framework/Quillmere.h"
-#include "host/graph/Finite.h"
-#include "host/graph/HostBlock.h"
+#include "host/ends/Finite.h"
+#include "host/ends/HostBlock.h"
 
 #include <atomic>
 #include <cstddef>

@@ -2,7 +2,7 @@
 #include "host/run/OfflineRunner.h"
 
 #include "framework/Quillmere.h"
-#include "host/recording/RecordingException.h"
+#include "host/ends/RecordingException.h"
 #include "host/run/GeneratorClock.h"
 #include "host/run/WaitingSamples.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/RunEnd.h"
 
-#include "host/graph/Printable.h"
-#include "host/plugins/BlockDescription.h"
-#include "host/plugins/CaughtText.h"
+#include "host/text/Printable.h"
+#include "host/text/ShortestText.h"
+#include "host/text/CaughtText.h"
 #include "host/plugins/PluginLibrary.h"
 
 #include <Poco/Exception.h>

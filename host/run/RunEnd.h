@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "host/graph/HostBlock.h"
+#include "host/ends/HostBlock.h"
 
 #include <cstdint>
 #include <exception>

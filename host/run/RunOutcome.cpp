@@ -2,8 +2,9 @@
 #include "host/run/RunOutcome.h"
 
 #include "framework/Quillmere.h"
-#include "host/graph/Counted.h"
-#include "host/plugins/BlockDescription.h"
+#include "host/text/Counted.h"
+#include "host/graph/BlockDescription.h"
+#include "host/text/ShortestText.h"
 #include "host/run/Silence.h"
 #include "host/run/SourceWarnings.h"
 

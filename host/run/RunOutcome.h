@@ -3,7 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "framework/core/Filter.h"
-#include "host/graph/Complaint.h"
+#include "host/text/Complaint.h"
 #include "host/graph/Graph.h"
 #include "host/run/FiniteWatch.h"
 #include "host/run/RunEnd.h"

@@ -2,8 +2,8 @@
 #include "host/run/Silence.h"
 
 #include "framework/Quillmere.h"
-#include "host/graph/Counted.h"
-#include "host/graph/HostBlock.h"
+#include "host/text/Counted.h"
+#include "host/ends/HostBlock.h"
 #include "host/graph/MainInput.h"
 
 #include <set>

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/SourceWarnings.h"
 
-#include "host/graph/Counted.h"
+#include "host/text/Counted.h"
 #include "host/graph/FirstRows.h"
-#include "host/plugins/BlockDescription.h"
-#include "host/recording/StandardStream.h"
+#include "host/graph/BlockDescription.h"
+#include "host/ends/StandardStream.h"
+#include "host/text/ShortestText.h"
 
 #include <cstdint>
 

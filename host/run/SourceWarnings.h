@@ -2,8 +2,8 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "host/graph/Complaint.h"
-#include "host/graph/SourceAccount.h"
+#include "host/text/Complaint.h"
+#include "host/ends/SourceAccount.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/cli/Program.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/host/kit/TemporaryFolder.h"
 #include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/cli/Program.h"
-#include "tests/host/Fifo.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/host/kit/Fifo.h"
+#include "tests/host/kit/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the command says of plug-ins that misbehave: it names the file and the block, and ends in order.
 #include "tests/cli/Program.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/host/kit/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // An allocation that fails, wherever it is, ends the command with a message and exit code 1 or 2: never in an abort, a crash or
 // a hang. ShortMemory.cpp, preloaded, lets them fail one after the other.
 #include "tests/cli/Program.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/host/kit/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -14,6 +14,14 @@ struct Room {
 
 constexpr const char* kMatrix = "framework/transport/MatrixXd.h";
 
+/// A room of the host, which may include the framework and these rooms below it.
+Room hostRoom(const std::string& name, const std::vector<std::string>& rooms) {
+    Room room{.folder = "host/" + name + "/", .may = {"framework/"}};
+    for (const std::string& other : rooms)
+        room.may.push_back("host/" + other + "/");
+    return room;
+}
+
 /// In the order of the arrows. Fuzzers, tests, benchmarks and examples may include anything.
 const std::vector<Room> kRooms = {
     {.folder = "framework/util/", .may = {}},
@@ -27,7 +35,17 @@ const std::vector<Room> kRooms = {
     {.folder = "estimation/", .may = {kMatrix, "design/"}},
     {.folder = "blocks/", .may = {"framework/", "design/", "spectral/", "estimation/"}},
     {.folder = "plugin/", .may = {"framework/", "blocks/"}},
-    {.folder = "host/", .may = {"framework/"}},
+    hostRoom("text", {}),
+    hostRoom("plugins", {"text"}),
+    hostRoom("description", {"text"}), // a graph is read without any plug-in
+    hostRoom("ends", {"text", "description"}),
+    hostRoom("graph", {"text", "plugins", "description", "ends"}),
+    hostRoom("recording", {"text", "plugins", "description", "ends"}),
+    hostRoom("response", {"text", "plugins", "description", "ends", "graph"}),
+    hostRoom("run", {"text", "plugins", "description", "ends", "graph", "recording", "response"}),
+    hostRoom("live", {"text", "plugins", "description", "ends", "graph", "run"}),
+    hostRoom("control", {"text", "description", "live"}),
+    {.folder = "host/", .may = {"host/"}}, // the umbrella header
     {.folder = "cli/", .may = {"host/"}},
 };
 

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "host/description/TimelineReader.h"
+
+#include "host/text/NearestName.h"
+#include "host/text/Printable.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quillmere::Host {
+
+namespace {
+const std::vector<std::string> kEntryKeys{"at", "set", "fire", "send"};
+constexpr const char* kExpectedEntry = "an entry as in {at: 2.5, set: {block.Property: value}}";
+} // namespace
+
+TimelineReader::TimelineReader(const GraphDescription& description, Complaints& list)
+    : graph(description), complaints(list) {}
+
+std::vector<GraphDescription::TimelineEntry> TimelineReader::read(const Value& list) {
+    if (list.isMissing()) return {};
+    if (list.kind == Value::Kind::List)
+        for (const Value& item : list.items)
+            readEntry(item);
+    else
+        complaints.add(list.where, list.describe(),
+                       "a list of entries, each as in {at: 2.5, fire: block.Command}");
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const Entry& a, const Entry& b) { return a.at < b.at; });
+    return std::move(entries);
+}
+
+void TimelineReader::readEntry(const Value& value) {
+    if (value.isMissing()) return;
+    if (value.kind != Value::Kind::Map) {
+        complaints.add(value.where, value.describe(), kExpectedEntry);
+        return;
+    }
+    Entry entry;
+    const bool hasTime = readTime(value, entry);
+    bool hasChange = false;
+    for (const Value::Entry& part : value.entries) {
+        if (part.key == "set" || part.key == "send") {
+            readValues(part.value, part.key == "set" ? Change::Kind::Set : Change::Kind::Send, entry);
+        } else if (part.key == "fire") {
+            readCommands(part.value, entry);
+        } else if (part.key != "at") {
+            refuseName(complaints, part.where, part.key,
+                       "the key '" + printable(part.key, kLongestName) + "'", "one of ",
+                       [] { return kEntryKeys; });
+        }
+        hasChange = hasChange || part.key != "at";
+    }
+    if (!hasChange) complaints.add(value.where, "an entry that does nothing", "'set:', 'fire:' or 'send:'");
+    if (hasTime) entries.push_back(std::move(entry));
+}
+
+bool TimelineReader::readTime(const Value& value, Entry& entry) {
+    const Value::Entry* const at = value.find("at");
+    if (at == nullptr) {
+        complaints.add(value.where, "an entry without a time", "'at:' and seconds of stream time");
+        return false;
+    }
+    if (at->value.isMissing()) return false;
+    const auto time = toNumber(at->value, complaints);
+    if (!time) return false;
+    entry.at = *time;
+    if (std::isfinite(*time)) return true;
+    complaints.add(at->value.where, at->value.describe(), "seconds of stream time");
+    return false;
+}
+
+/// `{block.Property: value, ...}`
+void TimelineReader::readValues(const Value& map, Change::Kind kind, Entry& entry) {
+    if (map.isMissing()) return;
+    const bool isSet = kind == Change::Kind::Set;
+    if (map.kind != Value::Kind::Map || map.entries.empty()) {
+        complaints.add(map.where, map.kind == Value::Kind::Map ? "an empty map" : map.describe(),
+                       isSet ? "settings as in {block.Property: value}" : "values as in {block.pin: value}");
+        return;
+    }
+    for (const Value::Entry& part : map.entries) {
+        Change change;
+        change.kind = kind;
+        change.value = part.value;
+        addChange(part.key, part.where, std::move(change), entry);
+    }
+}
+
+/// `block.Command`, or a list of such.
+void TimelineReader::readCommands(const Value& value, Entry& entry) {
+    if (value.isMissing()) return;
+    const bool isList = value.kind == Value::Kind::List && !value.items.empty();
+    const std::vector<Value> commands = isList ? value.items : std::vector<Value>{value};
+    for (const Value& command : commands) {
+        if (command.isMissing()) continue;
+        if (!command.isScalar()) {
+            complaints.add(command.where, command.describe(), "'block.Command' or a list of such");
+            continue;
+        }
+        Change change;
+        change.kind = Change::Kind::Fire;
+        addChange(command.text, command.where, std::move(change), entry);
+    }
+}
+
+void TimelineReader::addChange(const std::string& target, const Place& where, Change change, Entry& entry) {
+    // At the first dot: ids have none, literal names may.
+    const std::size_t dot = target.find('.');
+    change.block = target.substr(0, dot);
+    change.where = where;
+    if (graph.findBlock(change.block) == nullptr) {
+        const auto ids = [&] {
+            std::vector<std::string> known;
+            for (const GraphDescription::Block& block : graph.getBlocks())
+                known.push_back(block.id);
+            return known;
+        };
+        refuseName(complaints, where, change.block,
+                   "the block '" + printable(change.block, kLongestName) + "'", "the id of a block: ", ids);
+        return;
+    }
+    if (dot == std::string::npos) {
+        complaints.add(where, "'" + target + "' alone", "'" + target + ".' and what of it");
+        return;
+    }
+    change.name = target.substr(dot + 1);
+    entry.changes.push_back(std::move(change));
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "framework/transport/MatrixXd.h"
+#include "host/text/Complaint.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// A piece of a graph file: a scalar's text, a list or a map, and where it stands. Scalars keep their text: what it
+/// means is decided by who asks for it, so `010` is never silently eight and `no` never silently false.
+struct QUILLMERE_API Value {
+    enum class Kind { Null, Scalar, List, Map };
+    struct Entry;
+
+    Kind kind = Kind::Null;
+    std::string text;      ///< Of a scalar.
+    bool isQuoted = false; ///< A quoted scalar is a text, never a number.
+    std::vector<Value> items;
+    std::vector<Entry> entries; ///< Of a map, in file order; no key twice.
+    Place where;
+    std::string parameter; ///< The parameter that it came from, if one stood here.
+
+    /// Whether it stands for a parameter that there isn't, which is a complaint already.
+    bool isMissing() const { return kind == Kind::Null && !parameter.empty(); }
+    bool isScalar() const { return kind == Kind::Scalar; }
+    const Entry* find(std::string_view key) const;
+    /// How many values it holds, itself included.
+    std::size_t count() const;
+
+    /// For messages: a scalar's text in quotes, `a list`, `a map` or `nothing`, and the parameter behind it.
+    std::string describe() const;
+};
+
+struct Value::Entry {
+    std::string key;
+    Place where;
+    Value value;
+};
+
+/// A scalar as a number, a whole number, a yes or no, a text, and nested lists as a matrix. What isn't one is a
+/// complaint and gives nothing.
+QUILLMERE_API std::optional<double> toNumber(const Value& value, Complaints& complaints);
+QUILLMERE_API std::optional<std::int64_t> toWhole(const Value& value, Complaints& complaints);
+QUILLMERE_API std::optional<bool> toFlag(const Value& value, Complaints& complaints);
+QUILLMERE_API std::optional<std::string> toText(const Value& value, Complaints& complaints);
+QUILLMERE_API std::optional<Core::MatrixXd> toMatrix(const Value& value, Complaints& complaints);
+
+} // namespace Quillmere::Host

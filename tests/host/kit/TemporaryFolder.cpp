@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "tests/host/kit/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace Support {
+
+namespace fs = std::filesystem;
+
+TemporaryFolder::TemporaryFolder() {
+    std::string name = (fs::temp_directory_path() / "quillmere-test-XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder can be made");
+    folder = name;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code error;
+    fs::remove_all(folder, error);
+}
+
+std::string TemporaryFolder::write(std::string_view name, std::string_view text) const {
+    std::ofstream file(path(name), std::ios::binary);
+    file << text;
+    if (!file.flush()) throw std::runtime_error("cannot write " + path(name));
+    return path(name);
+}
+
+std::string TemporaryFolder::read(std::string_view name) const {
+    std::ifstream file(path(name), std::ios::binary);
+    EXPECT_TRUE(file.is_open()) << path(name);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+bool TemporaryFolder::has(std::string_view name) const {
+    return fs::exists(fs::symlink_status(path(name)));
+}
+
+int TemporaryFolder::count() const {
+    int entries = 0;
+    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder))
+        ++entries;
+    return entries;
+}
+
+} // namespace Support
