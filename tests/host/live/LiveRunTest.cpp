@@ -333,6 +333,25 @@ TEST_F(LiveRunTest, WhatATimelineSentIsNoBlocksMaking) {
               "the timeline sent values that aren't finite, the first at 0.5 s");
 }
 
+TEST_F(LiveRunTest, BlocksStampTheWallClockLiveWhateverClockTheGraphNames) {
+    const std::string text =
+        "format: 1\nclock: stream\nlayouts: [{id: one}, {id: two}]\nblocks:\n"
+        "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"
+        "  - {id: inverse, type: FilterInvGain}\n  - {id: rate, type: FilterGain, layout: two}\n"
+        "  - {id: out, type: RecordingSink, layout: two, properties: {file: out.csv}}\n"
+        "connections: [{from: in, to: inverse}, {from: inverse, to: rate, overflow: wait}, {from: rate, to: "
+        "out.x}]\n";
+    constexpr double kLongAgo = 1.6e9; // seconds since 1970, beyond which every clock is that tells the day
+    const auto timeOfFirstRow = [&] {
+        const std::string table = folder.read("out.csv");
+        return std::stod(table.substr(table.find('\n') + 1));
+    };
+    EXPECT_EQ(runLive(text), "");
+    EXPECT_GT(timeOfFirstRow(), kLongAgo) << "a row across layouts has its sample's stamp";
+    EXPECT_EQ(run(text), "");
+    EXPECT_EQ(timeOfFirstRow(), 0.0);
+}
+
 TEST_F(LagTest, ABufferKeepsAsManyAsItHolds) {
     runHeld(", buffer: 3");
     EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n97,194\n98,196\n99,198\n");

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
@@ -94,6 +95,12 @@ TEST_F(LiveStructureTest, WhatIsInFlightOnAMovedBlocksLinksIsLostAndCounted) {
     EXPECT_EQ(link.lost, 4u);
     send("2,3\n");
     EXPECT_TRUE(waitUntil([&] { return linkStatistics("out.x").taken == 5; })) << "now it takes what comes";
+    liveRun->stop();
+    EXPECT_EQ(end(), "");
+    ASSERT_EQ(liveRun->getOutcome().warnings.size(), 1u) << "the run says so at its end";
+    EXPECT_EQ(withoutFolder(liveRun->getOutcome().warnings[0].getText()),
+              "g.yaml:7:38: warning: 4 of the 9 samples that 'three.out' sent to 'out.x' were lost, since it "
+              "took them too late");
 }
 
 TEST_F(LiveStructureTest, RefusedMoves) {
@@ -367,10 +374,14 @@ TEST_F(LiveStructureTest, LinksMayChangeWhileTheRunEnds) {
               "connections: [{from: in.x, to: out.x}, {from: in.y, to: g, buffer: 9}, {from: g, to: out.y, "
               "buffer: 9}]\n");
         std::atomic<bool> isEnding{false};
+        // Changes that follow each other at once all but starve the run, which makes it long; those with pauses let it come
+        // to its end early, and meet it there at another moment each time.
+        const std::chrono::microseconds pause{i % 5 == 0 ? 0 : 40 * i};
         std::thread changer([&] {
             while (!isEnding) {
                 liveRun->detach("out.y");
                 liveRun->attach({.from = "g.output", .to = "out.y", .buffer = 9});
+                if (pause.count() > 0) std::this_thread::sleep_for(pause);
             }
         });
         EXPECT_EQ(end(), "");
