@@ -3,6 +3,7 @@
 
 #include "host/plugins/BlockCatalogue.h"
 #include "host/response/FrequencyResponse.h"
+#include "host/text/HostException.h"
 
 #include <chrono>
 #include <cstdint>
@@ -36,8 +37,9 @@ enum ExitCode : int {
 };
 
 /// What a command got wrong in its own arguments.
-struct UsageError {
-    std::string text;
+class UsageError final : public Quillmere::Host::HostException {
+public:
+    using HostException::HostException;
 };
 
 /// The plug-ins to load: those that the user named, and the one beside the program.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/GraphArguments.h"
 
+#include "host/text/Address.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 #include "host/recording/HostCatalogue.h"
@@ -15,6 +16,7 @@
 namespace Cli {
 
 namespace {
+using Quillmere::Host::Address;
 using Quillmere::Host::BlockCatalogue;
 using Quillmere::Host::BlockPtr;
 using Quillmere::Host::Complaints;
@@ -90,12 +92,11 @@ GraphChanges changesOf(const GraphArguments& arguments) {
     }
     for (const std::string& text : arguments.settings) {
         const auto [target, value] = splitSetting(text, "--set", "BLOCK.PROPERTY=VALUE");
-        const std::size_t dot = target.find('.'); // ids have none, names of properties may
-        if (dot == std::string::npos)
-            throw UsageError{"--set: found '" + printable(text, kLongestName) +
-                             "'; expected BLOCK.PROPERTY=VALUE"};
+        const Address address(target);
+        if (!address.hasMember)
+            throw UsageError({{"--set"}, "'" + printable(text, kLongestName) + "'", "BLOCK.PROPERTY=VALUE"});
         changes.settings.push_back(
-            {target.substr(0, dot), target.substr(dot + 1), value, "--set " + printable(text, kLongestName)});
+            {address.block, address.member, value, "--set " + printable(text, kLongestName)});
     }
     changes.inputs = filesOf(arguments.inputs, "--input");
     changes.outputs = filesOf(arguments.outputs, "--output");

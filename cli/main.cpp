@@ -71,7 +71,7 @@ int main(int count, char** arguments) {
         program.require_subcommand(1);
         code = Cli::finishStandardOutput(call(program, count, arguments));
     } catch (const Cli::UsageError& error) {
-        std::cerr << "quillmere: " << error.text << "\n";
+        std::cerr << "quillmere: " << error.what() << "\n";
     } catch (const Quillmere::Host::InterruptedException& error) {
         // Before its first round, a run waited for somebody to read a result.
         std::cerr << "quillmere: " << error.what() << "\n";

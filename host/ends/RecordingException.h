@@ -2,16 +2,15 @@
 #pragma once
 
 #include "framework/core/Api.h"
-
-#include <stdexcept>
+#include "host/text/HostException.h"
 
 namespace Quillmere::Host {
 
 /// A recording that cannot be read or a result that cannot be written. The text is for the user: which file, where in
 /// it, what was found and what was expected.
-class QUILLMERE_API RecordingException : public std::runtime_error {
+class QUILLMERE_API RecordingException : public HostException {
 public:
-    using std::runtime_error::runtime_error;
+    using HostException::HostException;
 };
 
 /// Who waited for the other end of a pipe was told to stop. Nothing is wrong with the recording or the result.

@@ -3,9 +3,9 @@
 
 #include "framework/core/Api.h"
 #include "framework/core/Factory.h"
+#include "host/text/HostException.h"
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -16,9 +16,9 @@ inline constexpr const char* kOwnPluginFile = "libVelmarind.so";
 
 /// A plug-in, or a block of one, that can't be used: no shared object, no plug-in, one for another framework, one that raises
 /// where it shouldn't. The text begins with the plug-in's file.
-class QUILLMERE_API PluginException : public std::runtime_error {
+class QUILLMERE_API PluginException : public HostException {
 public:
-    using std::runtime_error::runtime_error;
+    using HostException::HostException;
 };
 
 /// A plug-in in memory: its shared object is open and started. It is stopped with the last reference, and every block keeps

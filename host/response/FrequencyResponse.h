@@ -4,21 +4,21 @@
 #include "framework/core/Api.h"
 #include "framework/core/Filter.h"
 #include "host/response/PublishedDesign.h"
+#include "host/text/HostException.h"
 
 #include <complex>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace Quillmere::Host {
 
 /// A block whose response can't be measured: no such pin, or samples that it doesn't answer one by one.
-class QUILLMERE_API ResponseException : public std::runtime_error {
+class QUILLMERE_API ResponseException : public HostException {
 public:
-    using std::runtime_error::runtime_error;
+    using HostException::HostException;
 };
 
 /// What a filter does at one frequency, as output over input. A part that isn't finite stands for a response that

@@ -1,30 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/RunEnd.h"
 
-#include "host/text/Printable.h"
 #include "host/text/ShortestText.h"
 #include "host/text/CaughtText.h"
 #include "host/plugins/PluginLibrary.h"
 
-#include <Poco/Exception.h>
-
-#include <new>
-
 namespace Quillmere::Host {
 
-namespace {
-std::string reasonOf(const std::exception& exception) {
-    if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) return "out of memory";
-    const auto* const poco = dynamic_cast<const Poco::Exception*>(&exception);
-    if (poco != nullptr) return poco->displayText();
-    const char* const text = exception.what();
-    return text != nullptr && *text != '\0' ? text : "an exception without a text";
-}
-} // namespace
-
 std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception) {
-    std::string text =
-        "at " + shortestText(streamTime) + " s: " + printable(reasonOf(exception), kLongestReason);
+    const std::string text = "at " + shortestText(streamTime) + " s: " + wordsOf(exception);
     if (block == nullptr) return text;
     return "block " + blockText(*block) + " " + text;
 }

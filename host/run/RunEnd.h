@@ -3,20 +3,20 @@
 
 #include "framework/core/Api.h"
 #include "host/ends/HostBlock.h"
+#include "host/text/HostException.h"
 
 #include <cstdint>
 #include <exception>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace Quillmere::Host {
 
 /// A run that ended midway. The text says which block, at what stream time, and why.
-class QUILLMERE_API RunException : public std::runtime_error {
+class QUILLMERE_API RunException : public HostException {
 public:
-    using std::runtime_error::runtime_error;
+    using HostException::HostException;
 };
 
 /// What ends the run of a graph without sources; without either of them it ends at once, and a live one when it is told.

@@ -5,7 +5,6 @@
 
 #include <Poco/Exception.h>
 
-#include <exception>
 #include <new>
 
 namespace Quillmere::Host {
@@ -15,15 +14,24 @@ std::string caughtText() {
         throw;
     } catch (const std::bad_alloc&) {
         throw;
-    } catch (const Poco::Exception& exception) {
-        return printable(exception.displayText(), kLongestReason);
     } catch (const std::exception& exception) {
-        const char* const text = exception.what();
-        if (text == nullptr || *text == '\0') return "an exception without a text";
-        return printable(text, kLongestReason);
+        return wordsOf(exception);
     } catch (...) {
         return "something that is no std::exception";
     }
+}
+
+std::string wordsOf(const std::exception& exception) {
+    if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) return "out of memory";
+    if (const auto* const poco = dynamic_cast<const Poco::Exception*>(&exception))
+        return printable(poco->displayText(), kLongestReason);
+    const char* const text = exception.what();
+    if (text == nullptr || *text == '\0') return "an exception without a text";
+    return printable(text, kLongestReason);
+}
+
+std::string messageOf(const Poco::Exception& exception) {
+    return exception.message().empty() ? exception.name() : exception.message();
 }
 
 } // namespace Quillmere::Host

@@ -4,7 +4,12 @@
 #include "framework/core/Api.h"
 
 #include <cstddef>
+#include <exception>
 #include <string>
+
+namespace Poco {
+class Exception;
+}
 
 namespace Quillmere::Host {
 
@@ -15,5 +20,11 @@ inline constexpr std::size_t kLongestReason = 2000;
 /// some things that are none. A failed allocation isn't the plug-in's word, and is raised again.
 /// Requires: called inside a `catch`. [any]
 QUILLMERE_API std::string caughtText();
+
+/// The same of an exception that is at hand; a failed allocation is `out of memory`. [any]
+QUILLMERE_API std::string wordsOf(const std::exception& exception);
+
+/// What a setting says that refuses a value: the message alone, or the exception's name where there is none, as they are. [any]
+QUILLMERE_API std::string messageOf(const Poco::Exception& exception);
 
 } // namespace Quillmere::Host

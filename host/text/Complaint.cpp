@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "host/text/Complaint.h"
 
+#include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -47,6 +49,14 @@ Things sortedByPlace(Things things) {
 }
 } // namespace
 
+Complaint Complaint::unknown(Place where, std::string found, const std::string& name,
+                             const std::vector<std::string>& known, const std::string& expected,
+                             const std::string& otherwise) {
+    const bool hasNone = known.empty() && !otherwise.empty();
+    return {std::move(where), std::move(found), hasNone ? otherwise : expected + listOfNames(known),
+            nearestName(name, known)};
+}
+
 std::string Complaint::getText() const {
     std::string text = textOf(where) + "found " + printable(found, kLongestPart) + "; expected " +
                        printable(expected, kLongestPart);
@@ -59,15 +69,19 @@ std::string Warning::getText() const {
 }
 
 void Complaints::add(const Place& where, std::string found, std::string expected, std::string suggestion) {
+    add({where, std::move(found), std::move(expected), std::move(suggestion)});
+}
+
+void Complaints::add(Complaint complaint) {
     if (getIsFull())
         ++more;
     else
-        list.push_back({where, std::move(found), std::move(expected), std::move(suggestion)});
+        list.push_back(std::move(complaint));
 }
 
 void Complaints::add(const Complaints& others) {
     for (const Complaint& other : others.list)
-        add(other.where, other.found, other.expected, other.suggestion);
+        add(other);
     for (const Warning& other : others.warnings)
         warn(other.where, other.text);
     more += others.more;
@@ -95,8 +109,8 @@ void Complaints::raise(bool isStrict) const {
     if (isRaised) throw GraphException(getSorted(), {}, more);
 }
 
-GraphException::GraphException(std::vector<Complaint> list, const std::vector<Warning>& warnings,
+GraphException::GraphException(const std::vector<Complaint>& list, const std::vector<Warning>& warnings,
                                std::size_t more)
-    : std::runtime_error(joined(list, warnings, more)), complaints(std::move(list)) {}
+    : HostException(joined(list, warnings, more), list) {}
 
 } // namespace Quillmere::Host

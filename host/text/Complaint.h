@@ -2,9 +2,9 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/text/HostException.h"
 
 #include <cstddef>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -18,13 +18,21 @@ struct Place {
     int column = 0;
 };
 
-/// One thing that is wrong with a graph. Written out it is one line:
+/// One thing that is wrong, with a graph or whatever else. Written out it is one line:
 /// `file:line:column: found ...; expected ...; did you mean ...?`.
+/// Nobody else puts such a sentence together: a refusal or a warning in this form is a complaint's text.
 struct Complaint {
-    Place where;
-    std::string found;
-    std::string expected;
-    std::string suggestion; ///< The nearest thing that is known; empty when nothing is near.
+    Place where = {};
+    std::string found = {};
+    std::string expected = {};
+    std::string suggestion = {}; ///< The nearest thing that is known; empty when nothing is near.
+
+    /// Of a name that isn't among those that there are: `expected` and their list, or `otherwise` when there is none, and the
+    /// nearest of them.
+    static QUILLMERE_API Complaint unknown(Place where, std::string found, const std::string& name,
+                                           const std::vector<std::string>& known,
+                                           const std::string& expected = "one of ",
+                                           const std::string& otherwise = {});
 
     QUILLMERE_API std::string getText() const;
 };
@@ -42,6 +50,7 @@ struct Warning {
 class QUILLMERE_API Complaints {
 public:
     void add(const Place& where, std::string found, std::string expected, std::string suggestion = {});
+    void add(Complaint complaint);
     void add(const Complaints& others);
     /// Whether enough is wrong: what is added is counted, but nobody will read it, so it needs no texts.
     bool getIsFull() const { return list.size() >= kMostKept; }
@@ -70,15 +79,11 @@ private:
 
 /// A graph that can't be built or run. The text is the complaints, a line each, and behind them the warnings that count
 /// as complaints.
-class QUILLMERE_API GraphException : public std::runtime_error {
+class QUILLMERE_API GraphException : public HostException {
 public:
     /// `more` is how many there are beyond `complaints` and `warnings`.
-    explicit GraphException(std::vector<Complaint> complaints, const std::vector<Warning>& warnings = {},
-                            std::size_t more = 0);
-    const std::vector<Complaint>& getComplaints() const { return complaints; }
-
-private:
-    std::vector<Complaint> complaints;
+    explicit GraphException(const std::vector<Complaint>& complaints,
+                            const std::vector<Warning>& warnings = {}, std::size_t more = 0);
 };
 
 } // namespace Quillmere::Host

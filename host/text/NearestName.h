@@ -9,9 +9,9 @@
 
 namespace Quillmere::Host {
 
-/// The one of `known` that somebody who wrote `name` may have meant, or an empty text when none is near: the fewest
-/// letters left out, added, changed or swapped, at most a third of the longer name; else the only one that begins with it. Case, blanks, `_` and `-` count
-/// little. Of two equally near the first is taken.
+/// The one of `known` that somebody who wrote `name` may have meant, or an empty text when none is near: the fewest letters
+/// left out, added, changed or swapped, at most a third of the longer name; else the only one that begins with it. Case,
+/// blanks, `_` and `-` count little. Of two equally near the first is taken.
 QUILLMERE_API std::string nearestName(const std::string& name, const std::vector<std::string>& known);
 
 /// `a, b and c`, for messages that list what there is; `nothing` for an empty list, and no more than a dozen names.
@@ -24,10 +24,7 @@ template <class Names>
 void refuseName(Complaints& complaints, const Place& where, const std::string& name, const std::string& found,
                 const std::string& expected, const Names& known, const std::string& otherwise = {}) {
     if (complaints.getIsFull()) return complaints.add(where, {}, {});
-    const std::vector<std::string> names = known();
-    const bool hasNone = names.empty() && !otherwise.empty();
-    complaints.add(where, found, hasNone ? otherwise : expected + listOfNames(names),
-                   nearestName(name, names));
+    complaints.add(Complaint::unknown(where, found, name, known(), expected, otherwise));
 }
 
 } // namespace Quillmere::Host
