@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -117,10 +118,11 @@ private:
     ExitCode runAndTell(Quillmere::Host::Graph& graph, const Quillmere::Host::BlockCatalogue& catalogue,
                         std::chrono::steady_clock::time_point start) const;
     bool showsProgress() const;
-    Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Graph& graph, ProgressLine& progress) const;
+    Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Graph& graph, ProgressLine& progress,
+                                           const std::stop_token& stop) const;
     Quillmere::Host::RunOutcome runLive(Quillmere::Host::Graph& graph,
                                         const Quillmere::Host::BlockCatalogue& catalogue,
-                                        ProgressLine& progress) const;
+                                        ProgressLine& progress, const std::stop_token& stop) const;
 
     GraphArguments arguments;
     std::optional<std::uint64_t> steps; ///< Rounds.

@@ -3,6 +3,7 @@
 
 #include "cli/GraphArguments.h"
 #include "cli/RunReport.h"
+#include "cli/StopSignals.h"
 #include "host/graph/ClockWarnings.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
@@ -18,7 +19,6 @@
 
 #include <unistd.h>
 
-#include <atomic>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -26,6 +26,7 @@
 #include <iostream>
 #include <limits>
 #include <new>
+#include <stop_token>
 
 namespace Cli {
 
@@ -33,19 +34,8 @@ using namespace Quillmere::Host;
 
 namespace {
 
-std::atomic<bool> isStopped{false};
-constexpr std::chrono::milliseconds kLookForSignals{100};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may set only what needs no lock");
-
-/// Asks the run to end; a second signal ends the program at once.
-void stopOnSignals() {
-    struct sigaction action {};
-    action.sa_handler = [](int) { isStopped.store(true, std::memory_order_relaxed); };
-    action.sa_flags = static_cast<int>(SA_RESETHAND); // a macro without a sign
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(signal, &action, nullptr);
-}
-
+/// Between two looks how far a live run has come.
+constexpr std::chrono::milliseconds kBetweenLooks{100};
 constexpr const char* kAsFastAsItCan = "max";
 
 double speedOf(const std::string& text) {
@@ -142,7 +132,6 @@ ExitCode RunCommand::run() {
     if (!control) warnOfIdleBlocks(graph, complaints);
     if (isLive && complaints.isEmpty()) warnOfBursts(graph, complaints);
     settle(complaints, arguments.isStrict);
-    stopOnSignals();
     try {
         return runAndTell(graph, catalogue, start);
     } catch (const std::bad_alloc&) {
@@ -154,8 +143,11 @@ ExitCode RunCommand::run() {
 ExitCode RunCommand::runAndTell(Graph& graph, const BlockCatalogue& catalogue,
                                 std::chrono::steady_clock::time_point start) const {
     ProgressLine progress(start, graph.getSources().empty());
-    graph.setStop(isStopped);
-    const RunOutcome outcome = isLive ? runLive(graph, catalogue, progress) : runOffline(graph, progress);
+    const StopSignals signals;
+    const std::stop_token stop = signals.getToken();
+    graph.setStop(stop);
+    const RunOutcome outcome =
+        isLive ? runLive(graph, catalogue, progress, stop) : runOffline(graph, progress, stop);
     progress.clear();
     if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start);
     printWarnings(outcome);
@@ -168,21 +160,22 @@ bool RunCommand::showsProgress() const {
     return !isQuiet && ::isatty(STDERR_FILENO) != 0;
 }
 
-RunOutcome RunCommand::runOffline(Graph& graph, ProgressLine& progress) const {
+RunOutcome RunCommand::runOffline(Graph& graph, ProgressLine& progress, const std::stop_token& stop) const {
     graph.openSinks();
     OfflineRunner runner(graph);
     runner.setLimit({steps, duration});
     runner.setIsStrict(arguments.isStrict);
     if (showsProgress()) runner.setProgressHandler([&](const RunProgress& now) { progress.show(now); });
     try {
-        runner.run(isStopped);
+        runner.run(stop);
     } catch (const RunException&) {
         // The outcome says it.
     }
     return runner.getOutcome();
 }
 
-RunOutcome RunCommand::runLive(Graph& graph, const BlockCatalogue& catalogue, ProgressLine& progress) const {
+RunOutcome RunCommand::runLive(Graph& graph, const BlockCatalogue& catalogue, ProgressLine& progress,
+                               const std::stop_token& stop) const {
     LiveRun run(graph, catalogue,
                 {.speed = speedOf(speed), .limit = {steps, duration}, .isStrict = arguments.isStrict});
     std::optional<ControlServer> server;
@@ -191,8 +184,8 @@ RunOutcome RunCommand::runLive(Graph& graph, const BlockCatalogue& catalogue, Pr
     if (server) server->serve(run);
     graph.openSinks();
     run.start();
-    while (!run.waitFor(kLookForSignals)) {
-        if (isStopped) run.interrupt("interrupted");
+    while (!run.waitFor(kBetweenLooks)) {
+        if (stop.stop_requested()) run.interrupt("interrupted");
         if (showsProgress()) progress.show(run.getProgress());
     }
     progress.clear();

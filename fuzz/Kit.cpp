@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 
@@ -42,12 +41,11 @@ GraphChanges withOwnFiles(const GraphDescription& description, const std::string
 }
 
 void run(Graph& graph) {
-    const std::atomic<bool> stop{false};
     try {
         graph.openSinks();
         OfflineRunner runner(graph);
         runner.setLimit({.rounds = kRounds, .seconds = {}});
-        runner.run(stop);
+        runner.run({});
     } catch (const RunException&) {
     } catch (const RecordingException&) {
     }

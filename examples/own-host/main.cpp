@@ -4,7 +4,6 @@
 #include "host/run/OfflineRunner.h"
 #include "host/recording/HostCatalogue.h"
 
-#include <atomic>
 #include <exception>
 #include <iostream>
 
@@ -28,9 +27,8 @@ int main(int argc, char** argv) {
         complaints.raise();
         graph.openSinks();
 
-        const std::atomic<bool> stop{false};
         OfflineRunner runner(graph);
-        runner.run(stop);
+        runner.run({});
         std::cout << runner.getProgress().rows << " rows\n";
     } catch (const std::exception& exception) {
         std::cerr << exception.what() << "\n";

@@ -8,9 +8,9 @@
 #include "host/ends/ResultAccount.h"
 #include "host/ends/SourceAccount.h"
 
-#include <atomic>
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -49,9 +49,9 @@ public:
     /// Every file that it reads, or that it writes under whatever name until the result is whole. [setup]
     virtual std::vector<EndFile> getFiles() const = 0;
 
-    /// From then on who waits for the other end of a pipe raises `InterruptedException` when `stop` is true. `stop` isn't owned
-    /// and outlives the block. Requires: of a source, that it is open. [setup]
-    virtual void setStop(const std::atomic<bool>& stop) = 0;
+    /// From then on who waits for the other end of a pipe raises `InterruptedException` when a stop is requested.
+    /// Requires: of a source, that it is open. [setup]
+    virtual void setStop(const std::stop_token& stop) = 0;
 
 protected:
     /// Takes the setting `file`.

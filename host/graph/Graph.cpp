@@ -56,7 +56,7 @@ void Graph::allowOverwriting() {
         sink->setOverwrites(true);
 }
 
-void Graph::setStop(const std::atomic<bool>& stop) {
+void Graph::setStop(const std::stop_token& stop) {
     for (Source* const source : sources)
         source->setStop(stop);
     for (Sink* const sink : sinks)

@@ -8,8 +8,8 @@
 #include "host/graph/Timeline.h"
 #include "host/plugins/BlockCatalogue.h"
 
-#include <atomic>
 #include <map>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -65,9 +65,9 @@ public:
     /// Opens the recordings and complains of what they lack, and of results that have no place. No result is touched. A
     /// graph whose pipes are left isn't run. [setup]
     void openSources(Complaints& complaints, Pipes pipes = Pipes::Read);
-    /// From then on sources and sinks that wait for the other end of a pipe raise `InterruptedException` when `stop` is true.
-    /// `stop` isn't owned and outlives the graph. Requires: the sources are open. [setup]
-    void setStop(const std::atomic<bool>& stop);
+    /// From then on sources and sinks that wait for the other end of a pipe raise `InterruptedException` when a stop is
+    /// requested. Requires: the sources are open. [setup]
+    void setStop(const std::stop_token& stop);
     /// Starts the results. When one can't be started, those that could are thrown away, and `RecordingException` is
     /// raised. [setup]
     void openSinks();

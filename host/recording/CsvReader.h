@@ -4,9 +4,9 @@
 #include "framework/core/Api.h"
 #include "host/recording/RecordingFile.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,7 +43,7 @@ public:
     /// for empty cells.
     void setMissing(std::vector<std::string> texts);
     /// From then on waiting for a pipe ends with `InterruptedException` when `flag` is true. [setup]
-    void setStop(const std::atomic<bool>& flag) { file.setStop(flag); }
+    void setStop(const std::stop_token& token) { file.setStop(token); }
 
     /// Reads the next row into `values`, one number for each selected column; false at the end of the file. An empty
     /// cell leaves its value as it was and counts in `getIsEmpty`. Raises for a cell that isn't a number and for a row

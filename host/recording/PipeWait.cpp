@@ -19,7 +19,7 @@ bool PipeWait::wait(int descriptor, short events) const {
     pollfd look{descriptor, events, 0};
     const int ready = ::poll(&look, 1, kBetweenLooks);
     if (ready > 0) return true;
-    if (stop != nullptr && stop->load(std::memory_order_relaxed)) throw InterruptedException();
+    if (stop.stop_requested()) throw InterruptedException();
     return ready < 0 && errno != EINTR; // whoever reads or writes next will be told why
 }
 

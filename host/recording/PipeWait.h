@@ -3,16 +3,15 @@
 
 #include "framework/core/Api.h"
 
-#include <atomic>
+#include <stop_token>
 
 namespace Quillmere::Host {
 
 /// Waits for the other end of a pipe, but not past a wish to stop.
 class QUILLMERE_API PipeWait {
 public:
-    /// From then on a wait raises `InterruptedException` as soon as `flag` is true. `flag` isn't owned and outlives the
-    /// waits. [setup]
-    void setStop(const std::atomic<bool>& flag) { stop = &flag; }
+    /// From then on a wait raises `InterruptedException` as soon as a stop is requested. [setup]
+    void setStop(const std::stop_token& token) { stop = token; }
 
     /// Sleeps until `descriptor` can be read (`POLLIN`) or written (`POLLOUT`), or its other end is gone, and looks for the
     /// wish to stop ten times a second. False when it has only looked: nothing has come yet.
@@ -21,7 +20,7 @@ public:
     void pause() const { wait(-1, 0); }
 
 private:
-    const std::atomic<bool>* stop = nullptr;
+    std::stop_token stop;
 };
 
 } // namespace Quillmere::Host

@@ -4,10 +4,10 @@
 #include "framework/core/Api.h"
 #include "host/recording/PipeWait.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <stop_token>
 #include <string>
 
 #include <sys/types.h>
@@ -40,7 +40,7 @@ public:
     int getDescriptor() const { return file; }
 
     /// From then on waiting for a pipe ends with `InterruptedException` when `flag` is true. [setup]
-    void setStop(const std::atomic<bool>& flag) { waiting.setStop(flag); }
+    void setStop(const std::stop_token& token) { waiting.setStop(token); }
     /// Reads at most `count` bytes, as many as are there; 0 at the end.
     std::size_t read(char* to, std::size_t count);
     /// Whether `read` wouldn't wait.

@@ -6,11 +6,11 @@
 #include "host/recording/CsvReader.h"
 #include "host/recording/TimeStampWatch.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -56,7 +56,7 @@ public:
     const CsvReader& getReader() const { return *reader; }
     /// Whether `take` wouldn't wait. [run]
     bool getIsReady() { return reader->getIsRowReady(); }
-    void setStop(const std::atomic<bool>& flag) { reader->setStop(flag); }
+    void setStop(const std::stop_token& token) { reader->setStop(token); }
     const RowPlan& getPlan() const { return plan; }
 
     /// Of the row: its time in seconds, the elements of a pin's sample, and whether there is a sample, which there isn't where all

@@ -9,6 +9,7 @@
 
 #include <deque>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -43,7 +44,7 @@ public:
     void setGathersByTime(bool flag) override { gathersByTime = flag; }
     void setWritesThrough(bool flag) override { writesThrough = flag; }
     void giveUp() override { table->giveUp(); }
-    void setStop(const std::atomic<bool>& flag) override { stop = &flag; }
+    void setStop(const std::stop_token& token) override { stop = token; }
     void finish() override;
     void complete() override;
     void abandon() override;
@@ -81,7 +82,7 @@ private:
     bool overwrites = false;
     std::vector<std::string> recorded; ///< Columns of the graph's recordings.
 
-    const std::atomic<bool>* stop = nullptr;
+    std::stop_token stop;
     std::unique_ptr<TableWriter> table;
     ResultAccount account;
     std::vector<const Core::MatrixXd*>

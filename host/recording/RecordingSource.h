@@ -6,11 +6,11 @@
 #include "host/ends/HostBlock.h"
 #include "host/recording/RecordingRows.h"
 
-#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -51,7 +51,7 @@ public:
     std::uint64_t getSize() const override {
         return recording == nullptr ? 0 : recording->getReader().getSize();
     }
-    void setStop(const std::atomic<bool>& stop) override { recording->setStop(stop); }
+    void setStop(const std::stop_token& stop) override { recording->setStop(stop); }
     std::vector<std::string> getColumnNames() const override;
     std::optional<std::size_t> getSampleSize(const Core::AbstractOutputPin& pin) const override;
     std::string getColumnName(const Core::AbstractOutputPin& output, std::size_t element) const override;

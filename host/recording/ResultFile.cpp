@@ -41,9 +41,9 @@ bool getIsWithoutLocks(int error) {
 
 } // namespace
 
-ResultFile::ResultFile(const std::string& path, ResultOptions resultOptions, const std::atomic<bool>* stop)
+ResultFile::ResultFile(const std::string& path, ResultOptions resultOptions, const std::stop_token& stop)
     : name(path), options(std::move(resultOptions)), current(name.getPartialPath()) {
-    if (stop != nullptr) waiting.setStop(*stop);
+    waiting.setStop(stop);
     if (const auto refusal = name.findRefusal(options)) refuse(*refusal);
     if (getIsDirect()) {
         openDirect();

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <stop_token>
 #include <string>
 
 namespace Quillmere::Host {
@@ -22,9 +23,9 @@ namespace Quillmere::Host {
 class QUILLMERE_API ResultFile {
 public:
     /// Opens `NAME.partial`, empty; of a pipe it waits for the reader. Waiting, also that of `write`, ends with
-    /// `InterruptedException` when `stop` is given and becomes true; it isn't owned and outlives the file.
+    /// `InterruptedException` when a stop is requested.
     explicit ResultFile(const std::string& path, ResultOptions options = {},
-                        const std::atomic<bool>* stop = nullptr);
+                        const std::stop_token& stop = {});
     /// Leaves `NAME.partial` where it is, unless `complete` or `discard` came before.
     ~ResultFile();
     ResultFile(const ResultFile&) = delete;

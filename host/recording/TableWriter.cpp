@@ -25,7 +25,7 @@ std::size_t copyCells(std::string& to, const std::string& row, std::size_t from,
 } // namespace
 
 TableWriter::TableWriter(const std::string& path, std::string name, std::vector<Group> list,
-                         ResultOptions options, const std::atomic<bool>* stop)
+                         ResultOptions options, const std::stop_token& stop)
     : file(path, std::move(options), stop), writer(file), timeName(std::move(name)), groups(std::move(list)) {
     Widths known{.firstRow = 0, .columns = {}};
     for (const Group& group : groups)

@@ -6,8 +6,8 @@
 #include "host/recording/CsvWriter.h"
 #include "host/recording/ResultFile.h"
 
-#include <atomic>
 #include <cstdint>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -32,7 +32,7 @@ public:
     /// Opens the result. Raises `RecordingException` when it can't be written. `stop`: see `ResultFile`. Requires: no
     /// name has a line end.
     TableWriter(const std::string& path, std::string timeName, std::vector<Group> groups,
-                ResultOptions options = {}, const std::atomic<bool>* stop = nullptr);
+                ResultOptions options = {}, const std::stop_token& stop = {});
 
     /// Writes a row: `samples[i]` belongs to group i and may be null. Raises when a group with names of its own gets a
     /// sample with another number of elements, and when the file can't be written.

@@ -22,7 +22,7 @@ OfflineRunner::OfflineRunner(Graph& target)
     finite.watch(watched);
 }
 
-void OfflineRunner::run(const std::atomic<bool>& stop) {
+void OfflineRunner::run(const std::stop_token& stop) {
     graph.setStop(stop);
     RunEnding ending;
     try {
@@ -43,7 +43,7 @@ void OfflineRunner::run(const std::atomic<bool>& stop) {
 }
 
 /// Runs as far as it goes, and gives back why it came no further: an empty text when it came to its end.
-std::string OfflineRunner::runToEnd(const std::atomic<bool>& stop) {
+std::string OfflineRunner::runToEnd(const std::stop_token& stop) {
     try {
         runRounds(stop);
     } catch (const InterruptedException& exception) {
@@ -68,7 +68,7 @@ RunOutcome OfflineRunner::gatherOutcome(const RunEnding& ending) const {
     return outcomeOf(graph, blocks, finite.getFound(), getProgress(), ending);
 }
 
-void OfflineRunner::runRounds(const std::atomic<bool>& stop) {
+void OfflineRunner::runRounds(const std::stop_token& stop) {
     if (graph.getSources().empty())
         runGenerators(stop);
     else
@@ -77,10 +77,10 @@ void OfflineRunner::runRounds(const std::atomic<bool>& stop) {
     if (onProgress) onProgress(getProgress());
 }
 
-void OfflineRunner::runRecordings(const std::atomic<bool>& stop) {
+void OfflineRunner::runRecordings(const std::stop_token& stop) {
     while (Source* const source = earliestSource()) {
         current = nullptr;
-        if (stop.load(std::memory_order_relaxed)) throw RunException("interrupted");
+        if (stop.stop_requested()) throw RunException("interrupted");
         streamTime = source->getNextTimeStamp();
         applyTimeline(streamTime);
         source->release();
@@ -89,11 +89,11 @@ void OfflineRunner::runRecordings(const std::atomic<bool>& stop) {
     }
 }
 
-void OfflineRunner::runGenerators(const std::atomic<bool>& stop) {
+void OfflineRunner::runGenerators(const std::stop_token& stop) {
     GeneratorClock clock(steps);
     std::erase(steps, clock.getBlock());
     while (!clock.getIsReached(limit, rounds)) {
-        if (stop.load(std::memory_order_relaxed)) throw RunException("interrupted");
+        if (stop.stop_requested()) throw RunException("interrupted");
         runClockedRound(clock);
         countRound();
     }
@@ -165,14 +165,14 @@ void OfflineRunner::runRound() {
 
 /// Rounds without sources, as long as they change what waits in the links. What goes round in a loop at a steady pace, or
 /// for longer than anything that was buffered could take, would go round for ever.
-void OfflineRunner::drain(const std::atomic<bool>& stop) {
+void OfflineRunner::drain(const std::stop_token& stop) {
     current = nullptr;
     std::erase_if(steps, [](const Core::Filter* step) { return step->getInputPins().empty(); });
     WaitingSamples waiting;
     waiting.watch(steps);
     const std::uint64_t most = waiting.getMostRounds();
     for (std::uint64_t round = 0; round < most && waiting.getIsAny(); ++round) {
-        if (stop.load(std::memory_order_relaxed)) throw RunException("interrupted");
+        if (stop.stop_requested()) throw RunException("interrupted");
         runRound();
         if (!waiting.count()) return;
     }

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <stop_token>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -45,28 +46,28 @@ public:
         onProgress = std::move(handler);
     }
 
-    /// Runs to the end and completes the results. When a block raises something, or `stop` becomes true, or a result
+    /// Runs to the end and completes the results. When a block raises something, or a stop is requested, or a result
     /// can't be completed, the results stay under their partial names and `RunException` is raised. [run]
-    void run(const std::atomic<bool>& stop);
+    void run(const std::stop_token& stop);
 
     RunProgress getProgress() const;
     /// What the run has done, also when `run` raised. Requires: `run` has been called.
     const RunOutcome& getOutcome() const { return outcome; }
 
 private:
-    std::string runToEnd(const std::atomic<bool>& stop);
+    std::string runToEnd(const std::stop_token& stop);
     RunOutcome gatherOutcome(const RunEnding& ending) const;
     std::string strictFailure() const;
     void applyTimeline(double time);
-    void runRounds(const std::atomic<bool>& stop);
-    void runRecordings(const std::atomic<bool>& stop);
-    void runGenerators(const std::atomic<bool>& stop);
+    void runRounds(const std::stop_token& stop);
+    void runRecordings(const std::stop_token& stop);
+    void runGenerators(const std::stop_token& stop);
     void runClockedRound(GeneratorClock& clock);
     void requireStreamTime(const GeneratorClock& clock) const;
     void countRound();
     Source* earliestSource();
     void runRound();
-    void drain(const std::atomic<bool>& stop);
+    void drain(const std::stop_token& stop);
 
     Graph& graph;
     std::function<void(const RunProgress&)> onProgress;

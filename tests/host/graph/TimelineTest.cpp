@@ -152,7 +152,7 @@ TEST_F(TimelineTest, AGeneratorsTimeIsStreamTimeToo) {
     built.openSinks();
     OfflineRunner runner(built);
     runner.setLimit({.rounds = 6, .seconds = {}});
-    runner.run(stop);
+    runner.run(stop.get_token());
     folder.write("in.csv", folder.read("out.csv"));
     CsvReader reader(folder.path("in.csv"));
     reader.select({0, 1, 2});

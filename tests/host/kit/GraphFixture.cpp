@@ -36,7 +36,7 @@ std::string GraphFixture::run(const std::string& text, const GraphChanges& chang
     runner.setIsStrict(isStrict);
     std::string failure;
     try {
-        runner.run(stop);
+        runner.run(stop.get_token());
     } catch (const RunException& exception) {
         failure = withoutFolder(exception.what());
     }

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <stop_token>
 #include <string>
 
 namespace Support {
@@ -34,7 +34,7 @@ protected:
 
     TemporaryFolder folder;
     Quillmere::Host::HostCatalogue catalogue;
-    std::atomic<bool> stop{false};
+    std::stop_source stop;
     bool isStrict = false;
     Quillmere::Host::RunOutcome outcome; ///< Of the last run.
 };

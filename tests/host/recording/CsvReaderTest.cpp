@@ -11,12 +11,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <limits>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <thread>
 #include <vector>
@@ -586,13 +586,13 @@ TEST(CsvReader, StandardInputThatDoesNotWaitIsWaitedFor) {
 
 TEST_F(PipedCsvTest, AWishToStopEndsTheWaiting) {
     open("t,x\n", {0, 1});
-    std::atomic<bool> stop{false};
-    reader->setStop(stop);
+    std::stop_source stop;
+    reader->setStop(stop.get_token());
     pipe.write("1,2\n");
     EXPECT_EQ(readRow(), 1.0);
     std::thread stopper([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        stop = true;
+        stop.request_stop();
     });
     double row[2];
     EXPECT_THROW(reader->readRow(row), InterruptedException);

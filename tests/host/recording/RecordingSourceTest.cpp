@@ -655,7 +655,7 @@ TEST_F(PipedSourceTest, AWishToStopEndsAnOfflineRunThatWaits) {
     std::thread stopper([this] {
         Support::waitUntil([this] { return folder.has("out.csv.partial"); });
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        stop = true;
+        stop.request_stop();
     });
     const std::string failure = run(graph("file: pipe, time: t, pins: {p: [x, y]}", "p"));
     stopper.join();
@@ -760,7 +760,7 @@ protected:
         built.openSinks();
         Host::OfflineRunner runner(built);
         const Support::AllocationCounter counter;
-        runner.run(stop);
+        runner.run(stop.get_token());
         EXPECT_EQ(built.getSources().at(0)->getRows(), static_cast<std::uint64_t>(3 * rows));
         return counter.count();
     }

@@ -12,13 +12,13 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -393,26 +393,27 @@ TEST(ResultFile, WhoHasGivenUpWaitsForNoReader) {
     EXPECT_EQ(reader.readLine(), "there is room\n");
 }
 
-/// Sets a flag a little later, when another thread waits.
+/// Requests a stop a little later, when another thread waits.
 class LateStop {
 public:
     LateStop()
         : thread([this] {
               std::this_thread::sleep_for(std::chrono::milliseconds(20));
-              flag = true;
+              source.request_stop();
           }) {}
     ~LateStop() { thread.join(); }
-    std::atomic<bool> flag{false};
+    std::stop_token getToken() const { return source.get_token(); }
 
 private:
+    std::stop_source source;
     std::thread thread;
 };
 
 TEST(ResultFile, AWishToStopEndsTheWaitForAReader) {
     const TemporaryFolder folder;
     const Support::Fifo reader(folder.path("pipe"));
-    LateStop stop;
-    ResultFile file(folder.path("pipe"), {}, &stop.flag);
+    const LateStop stop;
+    ResultFile file(folder.path("pipe"), {}, stop.getToken());
     const std::string much(1'000'000, 'x');
     EXPECT_THROW(file.write(much.data(), much.size()), Quillmere::Host::InterruptedException);
 }
@@ -420,9 +421,9 @@ TEST(ResultFile, AWishToStopEndsTheWaitForAReader) {
 TEST(ResultFile, AWishToStopEndsTheWaitForOneWhoOpensThePipe) {
     const TemporaryFolder folder;
     Support::Fifo reader(folder.path("pipe"));
-    LateStop stop;
+    const LateStop stop;
     reader.close(); // the test has no end of it any more
-    EXPECT_THROW(ResultFile(folder.path("pipe"), {}, &stop.flag), Quillmere::Host::InterruptedException);
+    EXPECT_THROW(ResultFile(folder.path("pipe"), {}, stop.getToken()), Quillmere::Host::InterruptedException);
 }
 
 TEST(ResultFile, WaitsForOneWhoOpensThePipeLater) {

@@ -132,7 +132,7 @@ TEST_F(OfflineRunnerTest, AResultThatCantBeCompletedKeepsNoOtherFromBeingEnded) 
     built.openSinks();
     std::filesystem::create_directory(folder.path("first.csv"));
     OfflineRunner runner(built);
-    EXPECT_THROW(runner.run(stop), RunException);
+    EXPECT_THROW(runner.run(stop.get_token()), RunException);
     EXPECT_FALSE(folder.has("out.csv"));
     EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1\n0.5,2\n1,3\n");
 }
@@ -190,7 +190,7 @@ TEST_F(OfflineRunnerTest, ABlockThatRaisesEndsTheRunAndKeepsWhatWasWritten) {
 }
 
 TEST_F(OfflineRunnerTest, AStopEndsTheRunMidway) {
-    stop = true;
+    stop.request_stop();
     EXPECT_EQ(run(graph(source("in", "in.csv", "x: x"), "  - {from: in, to: out.x}\n")),
               "at 0 s: interrupted");
     EXPECT_EQ(folder.read("out.csv.partial"), "t\n");
@@ -208,7 +208,7 @@ TEST_F(OfflineRunnerTest, ProgressIsToldAtTheEnd) {
     OfflineRunner runner(built);
     std::vector<RunProgress> told;
     runner.setProgressHandler([&](const RunProgress& progress) { told.push_back(progress); });
-    runner.run(stop);
+    runner.run(stop.get_token());
     ASSERT_EQ(told.size(), 1u);
     EXPECT_EQ(told[0].rows, 3u);
     EXPECT_EQ(told[0].bytes, told[0].bytesRead);
@@ -292,7 +292,7 @@ TEST_F(GeneratedRunTest, AClockThatStandsStillEndsNoDuration) {
 }
 
 TEST_F(GeneratedRunTest, AStopEndsItMidway) {
-    stop = true;
+    stop.request_stop();
     EXPECT_EQ(run(graph(kRamp, "  - {from: ramp, to: out.x}\n"), {}, {.rounds = 5, .seconds = {}}),
               "at 0 s: interrupted");
     EXPECT_FALSE(folder.has("out.csv"));
@@ -314,7 +314,7 @@ TEST_F(OfflineRunnerTest, AResultThatCannotGetItsNameLeavesThoseBehindItPartialA
     graph.openSinks();
     std::filesystem::create_directory(folder.path("two.csv")); // meanwhile
     OfflineRunner runner(graph);
-    EXPECT_THROW(runner.run(stop), RunException);
+    EXPECT_THROW(runner.run(stop.get_token()), RunException);
     const std::string rows = "t,x[0]\n0,1\n0.5,2\n1,3\n";
     EXPECT_EQ(folder.read("one.csv"), rows);
     EXPECT_EQ(folder.read("two.csv.partial"), rows);
