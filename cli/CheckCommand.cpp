@@ -25,8 +25,8 @@ namespace {
 /// What comes through a pipe comes once, and is the run's.
 std::string whatIsLeft(const Graph& graph) {
     std::vector<std::string> piped;
-    for (const Source* const source : graph.getSources())
-        if (source->getIsPiped()) piped.push_back("'" + source->getName() + "'");
+    for (const Graph::Node& node : graph.getNodes())
+        if (getComesByItself(node.waking)) piped.push_back("'" + node.description->id + "'");
     return piped.empty() ? "" : "; what comes through a pipe to " + listOfNames(piped) + " is left unread";
 }
 } // namespace

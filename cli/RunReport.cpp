@@ -45,13 +45,20 @@ std::string pathText(const std::string& path, const char* standardStream) {
 /// `12000 rows from wrist.csv, 11900 of them processed, 120 s at 100 rows/s`.
 std::string textOf(const RunOutcome::Recording& recording) {
     const SourceAccount& account = recording.account;
-    std::string text = counted(recording.rows, "row") + " from " + pathText(recording.path, "standard input");
+    std::string text = counted(recording.rows, "row");
+    if (!recording.path.empty()) text += " from " + pathText(recording.path, "standard input");
     if (recording.processedRows < recording.rows)
         text += ", " + std::to_string(recording.processedRows) + " of them processed";
     if (recording.rows > 1) text += ", " + formatted("%.6g", account.getLength()) + " s";
     if (account.getMedianRate()) text += " at " + formatted("%.4g", *account.getMedianRate()) + " rows/s";
     if (account.missingCells > 0) text += ", " + counted(account.missingCells, "cell") + " missing";
     return text;
+}
+
+/// Where a result is, whole or not: its file, or the block where it has none.
+std::string placeOf(const RunOutcome::Result& result) {
+    if (result.path.empty()) return "'" + result.id + "'";
+    return result.isComplete ? result.path : result.partialPath;
 }
 
 } // namespace
@@ -77,8 +84,8 @@ void ProgressLine::clear() {
 }
 
 std::ostream& reportStream(const Graph& graph) {
-    for (const Sink* const sink : graph.getSinks())
-        if (getIsStandardStream(sink->getPath())) return std::cerr;
+    for (const Graph::Node& node : graph.getNodes())
+        if (node.result != nullptr && getIsStandardStream(node.result->getPath())) return std::cerr;
     return std::cout;
 }
 
@@ -102,8 +109,9 @@ void printSummary(const RunOutcome& outcome, Clock::time_point start) {
     for (const RunOutcome::Recording& recording : outcome.recordings)
         begin(recording.id) << textOf(recording) << "\n";
     for (const RunOutcome::Result& result : outcome.results) {
-        begin(result.id) << counted(result.rows, "row") << " to " << pathText(result.path, "standard output")
-                         << "\n";
+        begin(result.id) << counted(result.rows, "row");
+        if (!result.path.empty()) out << " to " << pathText(result.path, "standard output");
+        out << "\n";
         for (const std::string& silence : result.silentPins)
             begin("") << "nothing to " << silence << "\n";
     }
@@ -126,7 +134,7 @@ void printFailure(const RunOutcome& outcome) {
                       << recording.processedRows << " processed\n";
     for (const RunOutcome::Result& result : outcome.results)
         std::cerr << (result.isComplete ? "  complete: " : "  incomplete: ") << counted(result.rows, "row")
-                  << " in " << (result.isComplete ? result.path : result.partialPath) << "\n";
+                  << " in " << placeOf(result) << "\n";
 }
 
 } // namespace Cli

@@ -2,25 +2,18 @@
 #include "host/ends/HostBlock.h"
 
 #include "host/text/NearestName.h"
-#include "host/ends/StandardStream.h"
-
-#include <filesystem>
 
 namespace Quillmere::Host {
 
-void HostBlock::takeFile(const GraphDescription::Setting& setting, const std::string& folder,
-                         Complaints& complaints) {
-    const auto text = toText(setting.value, complaints);
-    pathPlace = setting.value.where;
-    if (!text) return;
-    if (text->empty()) {
-        complaints.add(pathPlace, "an empty text", "the name of a file");
-        return;
-    }
-    const bool isFromFile =
-        setting.origin == GraphDescription::Setting::Origin::File && !getIsStandardStream(*text);
-    // A path that is absolute already stays what it is.
-    path = isFromFile ? (std::filesystem::path(folder) / *text).lexically_normal().string() : *text;
+const std::vector<HostBlock::SettingDescription>& HostBlock::getSettingDescriptions() const {
+    static const std::vector<SettingDescription> none;
+    return none;
+}
+
+void HostBlock::configure(const GraphDescription::Block& description, const std::string&,
+                          Complaints& complaints) {
+    for (const GraphDescription::Setting& setting : description.settings)
+        refuseSetting(setting, complaints);
 }
 
 void HostBlock::refuseSetting(const GraphDescription::Setting& setting, Complaints& complaints) const {
@@ -29,14 +22,6 @@ void HostBlock::refuseSetting(const GraphDescription::Setting& setting, Complain
         names.push_back(known.name);
     complaints.add(setting.where, "the property '" + setting.name + "' of " + getTypeName(),
                    "one of " + listOfNames(names), nearestName(setting.name, names));
-}
-
-void HostBlock::requireFile(const GraphDescription::Block& description, Complaints& complaints) const {
-    for (const GraphDescription::Setting& setting : description.settings)
-        if (setting.name == "file") return;
-    complaints.add(description.where,
-                   "the " + std::string(getTypeName()) + " '" + getName() + "' without a file",
-                   "'file:' and the name of a file");
 }
 
 } // namespace Quillmere::Host

@@ -13,7 +13,7 @@ struct SourceAccount {
     /// Two rows that follow each other, of which the second is told of.
     struct Spot {
         std::uint64_t row = 0;  ///< 1 is the first behind the column names; skipped rows count.
-        std::uint64_t line = 0; ///< Of the file, 1 being its first.
+        std::uint64_t line = 0; ///< Of the file, 1 being its first; 0 where there is none.
         double before = 0.0;    ///< Seconds: the time stamp of the row in front,
         double time = 0.0;      ///< and its own.
     };

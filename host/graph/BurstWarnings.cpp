@@ -13,9 +13,10 @@ using Connection = GraphDescription::Connection;
 
 /// What may let several samples come to `block` in quick succession; empty when nothing does.
 std::string reasonForBursts(const Core::PinManager& block, std::set<const Core::PinManager*>& seen) {
-    if (const auto* const source = dynamic_cast<const Source*>(&block);
-        source != nullptr && source->getIsPiped())
-        return "the rows of '" + source->getName() + "' come through a pipe";
+    if (getComesByItself(dynamic_cast<const WakingSource*>(&block)))
+        return "the rows of '" + block.getName() +
+               (dynamic_cast<const FileEnd*>(&block) != nullptr ? "' come through a pipe"
+                                                                : "' come when they come");
     for (const Core::AbstractInputPin* const pin : block.getInputPins()) {
         const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
         if (sender == nullptr || !seen.insert(sender->getManager()).second) continue;

@@ -2,7 +2,7 @@
 #include "host/graph/ClockWarnings.h"
 
 #include "framework/Quillmere.h"
-#include "host/graph/MainInput.h"
+#include "host/ends/MainInput.h"
 
 #include <algorithm>
 #include <set>

@@ -49,19 +49,19 @@ std::string shortText(double number) {
     return shortestText(std::round(number * digits) / digits);
 }
 
-void warnOfRate(const Source& source, const SourceAccount::OtherClock& clock, Complaints& complaints) {
-    complaints.warn(source.getPathPlace(), "the column '" + clock.column + "' of " + source.getPath() +
-                                               " looks like a clock that goes at " + shortText(clock.rate) +
-                                               " rows a second, which is not the 'rate' of '" +
-                                               source.getName() + "'; 'time: " + clock.column +
-                                               "' would read it, if it is in seconds");
+void warnOfRate(const Graph::Node& node, const SourceAccount::OtherClock& clock, Complaints& complaints) {
+    complaints.warn(node.getEndPlace(), "the column '" + clock.column + "' of " + node.getEndName() +
+                                            " looks like a clock that goes at " + shortText(clock.rate) +
+                                            " rows a second, which is not the 'rate' of '" +
+                                            node.description->id + "'; 'time: " + clock.column +
+                                            "' would read it, if it is in seconds");
 }
 
-void warnOfFirstStep(const GraphDescription::Block& block, const Source& source, const SourceAccount& account,
-                     Complaints& complaints) {
+void warnOfFirstStep(const GraphDescription::Block& block, const Graph::Node& node,
+                     const SourceAccount& account, Complaints& complaints) {
     const double first = *account.firstStep;
     complaints.warn(block.where, "'" + block.id + "' takes the rate of rows from the first two of " +
-                                     source.getPath() + ", which are " +
+                                     node.getEndName() + ", which are " +
                                      (first == 0.0 ? "0" : shortText(first)) + " s apart, while " +
                                      shortText(*account.medianStep) +
                                      " s are usual; without the first row it would be right");
@@ -89,18 +89,17 @@ void warnOfFirstRows(const Graph& graph, Complaints& complaints) {
     for (const GraphDescription::Connection& connection : graph.getDescription().getConnections())
         receivers[connection.from.block].push_back(connection.to.block);
     for (const Graph::Node& node : graph.getNodes()) {
-        if (node.source == nullptr || node.isFaulty) continue;
-        const std::optional<SourceAccount> account = node.source->lookAhead(kRowsLookedAt);
+        if (node.recorded == nullptr || node.isFaulty) continue;
+        const std::optional<SourceAccount> account = node.recorded->lookAhead(kRowsLookedAt);
         if (!account) continue;
-        if (account->otherClock) warnOfRate(*node.source, *account->otherClock, complaints);
+        if (account->otherClock) warnOfRate(node, *account->otherClock, complaints);
         if (account->otherUnit)
-            complaints.warn(node.source->getPathPlace(),
-                            otherUnitText(*account) + " (" + node.source->getPath() + ")");
+            complaints.warn(node.getEndPlace(), otherUnitText(*account) + " (" + node.getEndName() + ")");
         if (!getIsFirstStepOdd(*account) || getIsFramed(*node.description)) continue;
         const Ids reached = reachedFrom(node.description->id, receivers);
         for (const GraphDescription::Block& block : graph.getDescription().getBlocks())
             if (block.type == kTrustsFirstStep && reached.count(block.id) > 0)
-                warnOfFirstStep(block, *node.source, *account, complaints);
+                warnOfFirstStep(block, node, *account, complaints);
     }
 }
 

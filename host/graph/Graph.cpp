@@ -19,6 +19,14 @@ Graph::Graph(const GraphDescription& graphDescription, const BlockCatalogue& cat
 
 Graph::~Graph() = default;
 
+std::string Graph::Node::getEndName() const {
+    return file != nullptr ? file->getPath() : "'" + description->id + "'";
+}
+
+const Place& Graph::Node::getEndPlace() const {
+    return file != nullptr ? file->getPathPlace() : description->where;
+}
+
 const GraphDescription::Connection* Graph::findConnection(const Core::AbstractInputPin& input) const {
     const auto found = connections.find(&input);
     return found == connections.end() ? nullptr : found->second;
@@ -40,27 +48,28 @@ void Graph::requireDrive(Complaints& complaints) const {
 void Graph::openSources(Complaints& complaints, Pipes pipes) {
     for (const Node& node : nodes) {
         if (node.source == nullptr || node.isFaulty) continue;
-        if (pipes == Pipes::Read || !node.source->getIsPiped()) node.source->open(complaints);
+        if (pipes == Pipes::Read || !getComesByItself(node.waking)) node.source->open(complaints);
     }
     warnOfFirstRows(*this, complaints);
     std::vector<std::string> recorded;
-    for (const Source* const source : sources)
-        for (std::string& name : source->getColumnNames())
-            recorded.push_back(std::move(name));
     for (const Node& node : nodes)
-        if (node.sink != nullptr && !node.isFaulty) node.sink->checkFile(recorded, complaints);
+        if (node.recorded != nullptr)
+            for (std::string& name : node.recorded->getColumnNames())
+                recorded.push_back(std::move(name));
+    for (const Node& node : nodes)
+        if (node.result != nullptr && !node.isFaulty) node.result->checkFile(recorded, complaints);
 }
 
 void Graph::allowOverwriting() {
-    for (Sink* const sink : sinks)
-        sink->setOverwrites(true);
+    for (const Node& node : nodes)
+        if (node.result != nullptr) node.result->setOverwrites(true);
 }
 
 void Graph::setStop(const std::stop_token& stop) {
-    for (Source* const source : sources)
-        source->setStop(stop);
-    for (Sink* const sink : sinks)
-        sink->setStop(stop);
+    for (const Node& node : nodes) {
+        if (node.waking != nullptr) node.waking->setStop(stop);
+        if (node.result != nullptr) node.result->setStop(stop);
+    }
 }
 
 void Graph::openSinks() {

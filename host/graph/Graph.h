@@ -4,7 +4,11 @@
 #include "framework/core/Api.h"
 #include "framework/core/LayoutManager.h"
 #include "host/description/GraphDescription.h"
-#include "host/ends/HostBlock.h"
+#include "host/ends/RecordedSource.h"
+#include "host/ends/ResultEnd.h"
+#include "host/ends/Sink.h"
+#include "host/ends/Source.h"
+#include "host/ends/WakingSource.h"
 #include "host/graph/Timeline.h"
 #include "host/plugins/BlockCatalogue.h"
 
@@ -28,10 +32,21 @@ public:
 
     struct Node {
         const GraphDescription::Block* description;
-        BlockPtr block;           ///< Null for an unknown type.
-        Source* source = nullptr; ///< The block, if it is one.
-        Sink* sink = nullptr;     ///< The block, if it is one.
-        bool isFaulty = false;    ///< Its settings raised complaints, so more of it would only repeat them.
+        BlockPtr block;        ///< Null for an unknown type.
+        bool isFaulty = false; ///< Its settings raised complaints, so more of it would only repeat them.
+
+        // What the block is besides a block, found once; null for what it isn't.
+        HostBlock* hostBlock = nullptr;
+        Source* source = nullptr;
+        Sink* sink = nullptr;
+        FileEnd* file = nullptr;
+        RecordedSource* recorded = nullptr;
+        WakingSource* waking = nullptr;
+        ResultEnd* result = nullptr;
+
+        /// What messages call an end, and where they place what is wrong with it: its file, or the block where it has none.
+        std::string getEndName() const;
+        const Place& getEndPlace() const;
     };
 
     /// Builds what `description` describes, of blocks from `catalogue`, and complains of everything that can't be built.

@@ -3,7 +3,7 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/ColumnName.h"
-#include "host/graph/MainInput.h"
+#include "host/ends/MainInput.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 #include "host/graph/PropertyWriter.h"
@@ -70,8 +70,7 @@ void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {
                            "one that it makes");
         }
         Node& node = graph.nodes.emplace_back(Node{&block, std::move(made)});
-        node.source = dynamic_cast<Source*>(node.block.get());
-        node.sink = dynamic_cast<Sink*>(node.block.get());
+        findEnds(node);
         if (node.source != nullptr) graph.sources.push_back(node.source);
         if (node.sink != nullptr) graph.sinks.push_back(node.sink);
         if (!isUnknown) continue;
@@ -86,11 +85,22 @@ void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {
     }
 }
 
+void GraphBuilder::findEnds(Node& node) {
+    node.hostBlock = dynamic_cast<HostBlock*>(node.block.get());
+    if (node.hostBlock == nullptr) return;
+    node.source = dynamic_cast<Source*>(node.hostBlock);
+    node.sink = dynamic_cast<Sink*>(node.hostBlock);
+    node.file = dynamic_cast<FileEnd*>(node.hostBlock);
+    node.recorded = dynamic_cast<RecordedSource*>(node.source);
+    node.waking = dynamic_cast<WakingSource*>(node.source);
+    node.result = dynamic_cast<ResultEnd*>(node.sink);
+}
+
 void GraphBuilder::applySettings(Node& node) {
     Complaints own;
     checkOrigins(node, own);
-    if (auto* const hostBlock = dynamic_cast<HostBlock*>(node.block.get()))
-        hostBlock->configure(*node.description, description.getFolder(), own);
+    if (node.hostBlock != nullptr)
+        node.hostBlock->configure(*node.description, description.getFolder(), own);
     else
         writeProperties(node, own);
     node.isFaulty = !own.isEmpty();
@@ -160,17 +170,18 @@ AbstractOutputPin* GraphBuilder::findOutput(const GraphDescription::Endpoint& en
 
 AbstractInputPin* GraphBuilder::findInput(const GraphDescription::Endpoint& end, const Node& node) {
     if (node.block == nullptr) return nullptr;
-    if (node.sink != nullptr && !end.pin.empty()) {
-        if (getIsColumnName(end.pin)) return &node.sink->requirePin(end.pin);
+    const bool isMade = node.sink != nullptr && node.sink->getMakesPins();
+    if (isMade && !end.pin.empty()) {
+        if (getIsColumnName(end.pin)) return node.sink->makePin(end.pin);
         complaints.add(end.where, "the pin name '" + end.pin + "'",
                        "a name in one line, without control characters");
         return nullptr;
     }
     const auto& pins = node.block->getInputPins();
-    if (!end.hasPin && pins.size() == 1 && node.sink == nullptr) return pins.front();
+    if (!end.hasPin && pins.size() == 1 && !isMade) return pins.front();
     AbstractInputPin* const pin = end.hasPin ? inputs.find(*node.block, pins, end.pin) : nullptr;
     if (pin != nullptr) return pin;
-    if (node.sink != nullptr)
+    if (isMade)
         complaints.add(end.where, "no input of " + quoted(*node.description),
                        "'" + end.block + ".' and a name for the columns");
     else

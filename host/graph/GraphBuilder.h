@@ -26,6 +26,7 @@ private:
     using Setting = GraphDescription::Setting;
 
     void createBlocks(const BlockCatalogue& catalogue);
+    static void findEnds(Node& node);
     void applySettings(Node& node);
     static void checkOrigins(const Node& node, Complaints& own);
     void writeProperties(Node& node, Complaints& own);

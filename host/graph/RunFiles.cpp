@@ -38,25 +38,26 @@ RunFiles::RunFiles(const GraphDescription& description, const BlockCatalogue& ca
 
 void RunFiles::check(std::vector<Graph::Node>& nodes, Complaints& complaints) {
     for (Graph::Node& node : nodes)
-        if (node.sink != nullptr && !node.sink->getPath().empty()) addWriting(node, complaints);
+        if (node.sink != nullptr && node.file != nullptr && !node.file->getPath().empty())
+            addWriting(node, complaints);
     const Source* fromStandardInput = nullptr;
     for (const Graph::Node& node : nodes) {
-        const Source* const source = node.source;
-        if (source == nullptr || source->getPath().empty()) continue;
-        if (getIsStandardStream(source->getPath())) {
+        if (node.source == nullptr || node.file == nullptr || node.file->getPath().empty()) continue;
+        const FileEnd& file = *node.file;
+        if (getIsStandardStream(file.getPath())) {
             if (fromStandardInput != nullptr)
-                complaints.add(source->getPathPlace(),
+                complaints.add(file.getPathPlace(),
                                "standard input, which '" + fromStandardInput->getName() + "' reads too",
                                "one source that reads it");
-            fromStandardInput = source;
+            fromStandardInput = node.source;
         }
-        checkReading(*source, complaints);
+        checkReading(file, complaints);
     }
 }
 
 void RunFiles::addWriting(Graph::Node& node, Complaints& complaints) {
-    const Place& place = node.sink->getPathPlace();
-    const std::vector<File> files = filesOf(*node.sink);
+    const Place& place = node.file->getPathPlace();
+    const std::vector<File> files = filesOf(*node.file);
     for (const File& file : files) {
         if (const std::string* const reading = readings.find(file)) {
             complaints.add(place, quoted(file.name) + ", " + *reading, "a file that the run doesn't read");
@@ -73,7 +74,7 @@ void RunFiles::addWriting(Graph::Node& node, Complaints& complaints) {
         writings.add(file, &node);
 }
 
-void RunFiles::checkReading(const Source& source, Complaints& complaints) {
+void RunFiles::checkReading(const FileEnd& source, Complaints& complaints) {
     for (const File& file : filesOf(source)) {
         Graph::Node* const* const writer = writings.find(file);
         if (writer == nullptr) continue;
@@ -112,9 +113,9 @@ RunFiles::File RunFiles::openFile(int descriptor) {
     return file;
 }
 
-std::vector<RunFiles::File> RunFiles::filesOf(const HostBlock& end) {
+std::vector<RunFiles::File> RunFiles::filesOf(const FileEnd& end) {
     std::vector<File> files;
-    for (const EndFile& file : end.getFiles())
+    for (const FileEnd::File& file : end.getFiles())
         files.push_back(file.descriptor < 0 ? namedFile(file.name) : openFile(file.descriptor));
     return files;
 }

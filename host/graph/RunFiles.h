@@ -47,10 +47,10 @@ private:
 
     static File namedFile(const std::string& path);
     static File openFile(int descriptor);
-    static std::vector<File> filesOf(const HostBlock& end);
+    static std::vector<File> filesOf(const FileEnd& end);
 
     void addWriting(Graph::Node& node, Complaints& complaints);
-    void checkReading(const Source& source, Complaints& complaints);
+    void checkReading(const FileEnd& source, Complaints& complaints);
 
     Register<std::string> readings; ///< Besides recordings: what each is.
     Register<Graph::Node*> writings;

@@ -3,7 +3,7 @@
 
 #include "framework/Quillmere.h"
 #include "host/graph/ClockWarnings.h"
-#include "host/graph/MainInput.h"
+#include "host/ends/MainInput.h"
 #include "host/text/Printable.h"
 #include "host/graph/ShapeWarnings.h"
 #include "host/graph/BlockDescription.h"

@@ -3,7 +3,8 @@
 
 #include "framework/core/AbstractOutputPin.h"
 #include "host/text/Counted.h"
-#include "host/graph/MainInput.h"
+#include "host/ends/MainInput.h"
+#include "host/ends/ShapeGiver.h"
 
 #include <algorithm>
 #include <set>
@@ -21,30 +22,6 @@ std::span<const char* const> getWindows() {
 std::span<const char* const> getTransforms() {
     static constexpr const char* transforms[]{"FilterFFT", "FilterFastFourierTransform"};
     return transforms;
-}
-
-std::span<const char* const> getShapeKeepers() {
-    static constexpr const char* keepers[]{
-        "FilterGain",     "FilterDeadband", "FilterButterworth",        "FilterButterworth_v2",
-        "FilterBandPass", "FilterIIR",      "FilterSaturationDetector", "FilterSmartSaturationDetector"};
-    return keepers;
-}
-
-const Core::AbstractOutputPin* shapeGiverOf(const Core::AbstractInputPin& input) {
-    std::set<const Core::AbstractOutputPin*> seen;
-    const Core::AbstractOutputPin* output = input.getConnectedOutput();
-    while (output != nullptr && seen.insert(output).second) {
-        const auto* const block = dynamic_cast<const Core::Filter*>(output->getManager());
-        if (block == nullptr || dynamic_cast<const Source*>(block) != nullptr)
-            return block == nullptr ? nullptr : output;
-        const auto keepers = getShapeKeepers();
-        const bool keeps = std::any_of(keepers.begin(), keepers.end(), [&](const char* type) {
-            return std::string_view(type) == block->getTypeName();
-        });
-        const Core::AbstractInputPin* const before = keeps ? mainInputOf(*block) : nullptr;
-        output = before == nullptr ? nullptr : before->getConnectedOutput();
-    }
-    return nullptr;
 }
 
 namespace {
@@ -74,16 +51,6 @@ Origin originOf(const Nodes& nodes, const Core::AbstractInputPin& input) {
     return node == nullptr || node->isFaulty ? Origin{} : Origin{node, output};
 }
 
-/// How many rows a source puts into one sample.
-std::size_t rowsOf(const Graph::Node& source) {
-    Complaints none; // the source has made them
-    std::size_t rows = 1;
-    for (const GraphDescription::Setting& setting : source.description->settings)
-        if (setting.name == "frame" && !setting.value.isMissing())
-            rows = static_cast<std::size_t>(toWhole(setting.value, none).value_or(1));
-    return rows;
-}
-
 /// What a window makes of single rows and of frames of several columns, and what a transform makes of them.
 std::string consequenceOf(bool isTransform, std::size_t rows, std::size_t columns) {
     if (rows > 1)
@@ -97,11 +64,10 @@ void warnOfShape(const Graph& graph, const Graph::Node& node, const Core::Abstra
                  Complaints& complaints) {
     const Origin origin = originOf(graph.getNodes(), input);
     const GraphDescription::Connection* const connection = graph.findConnection(input);
-    if (origin.source == nullptr || connection == nullptr) return;
-    const auto size = origin.source->source->getSampleSize(*origin.output);
-    const std::size_t rows = rowsOf(*origin.source);
-    if (!size || *size < rows) return;
-    const std::size_t columns = *size / rows;
+    if (origin.source == nullptr || origin.source->recorded == nullptr || connection == nullptr) return;
+    const auto shape = origin.source->recorded->getSampleShape(*origin.output);
+    if (!shape || shape->columns == 0) return;
+    const auto [rows, columns] = *shape;
     if (rows > 1 && columns == 1) return;
     const std::string& source = origin.source->description->id;
     const bool isTransform = getIsOf(getTransforms(), node);

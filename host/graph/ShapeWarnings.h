@@ -8,15 +8,9 @@
 
 namespace Quillmere::Host {
 
-/// The types of blocks that take each sample for one whole signal, and those that pass samples of every shape on in the shape in
-/// which they came. Tests hold both against living blocks.
+/// The types of blocks that take each sample for one whole signal. Tests hold both against living blocks.
 QUILLMERE_API std::span<const char* const> getWindows();
 QUILLMERE_API std::span<const char* const> getTransforms();
-QUILLMERE_API std::span<const char* const> getShapeKeepers();
-
-/// The output of a source whose samples have the shape in which they come to `input`, since they come straight from there or
-/// through blocks that keep it; null where there is none.
-const Core::AbstractOutputPin* shapeGiverOf(const Core::AbstractInputPin& input);
 
 /// Warns of windows and transforms that a source feeds, directly or through blocks that keep the shape, with single rows or
 /// with frames of several columns.

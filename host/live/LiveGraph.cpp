@@ -68,12 +68,12 @@ LiveGraph::LiveGraph(Graph& builtGraph, const BlockCatalogue& blockCatalogue, Li
                      std::optional<Overflow> standardOverflow)
     : graph(builtGraph), catalogue(blockCatalogue), drive(liveDrive),
       overflows(builtGraph, liveDrive.clock.getIsUnpaced(), standardOverflow) {
-    for (Source* const source : graph.getSources()) {
-        sources.push_back({source});
+    for (const Graph::Node& node : graph.getNodes()) {
+        blocks.push_back(node.block.get());
+        if (node.source == nullptr) continue;
+        sources.push_back({node.source, node.waking});
         drive.addDriver();
     }
-    for (const Graph::Node& node : graph.getNodes())
-        blocks.push_back(node.block.get());
     dealOut();
     arrangeAll();
 }
@@ -107,10 +107,10 @@ void LiveGraph::placeTimeline() {
 }
 
 void LiveGraph::start() {
-    const auto isPiped = [](const LiveSource& source) { return source.source->getIsPiped(); };
-    if (std::any_of(sources.begin(), sources.end(), isPiped)) drive.pipes.start();
-    for (Sink* const sink : graph.getSinks())
-        sink->setWritesThrough(true);
+    const auto isWaking = [](const LiveSource& source) { return getComesByItself(source.waking); };
+    if (std::any_of(sources.begin(), sources.end(), isWaking)) drive.pipes.start();
+    for (const Graph::Node& node : graph.getNodes())
+        if (node.result != nullptr) node.result->setWritesThrough(true);
     anchorClock();
     for (LiveLayout& layout : layouts)
         layout.start();
@@ -120,7 +120,7 @@ void LiveGraph::start() {
 void LiveGraph::anchorClock() {
     double first = std::numeric_limits<double>::infinity();
     for (const LiveSource& source : sources) {
-        if (source.source->getIsPiped()) continue;
+        if (getComesByItself(source.waking)) continue;
         try {
             if (source.source->prepare()) first = std::min(first, source.source->getNextTimeStamp());
         } catch (const std::exception& exception) {

@@ -255,9 +255,9 @@ bool LiveLayout::chooseSource() {
         ++i;
         if (!isReady) continue;
         Source& source = *candidate.source;
-        const bool comesByItself = source.getIsPiped();
-        const Clock::time_point dueTime =
-            comesByItself ? Clock::time_point::min() : drive.clock.dueOf(source.getNextTimeStamp());
+        const Clock::time_point dueTime = getComesByItself(candidate.waking)
+                                              ? Clock::time_point::min()
+                                              : drive.clock.dueOf(source.getNextTimeStamp());
         if (dueTime > now)
             due = std::min(due, dueTime);
         else if (next == nullptr || source.getNextTimeStamp() < next->getNextTimeStamp())
@@ -275,8 +275,8 @@ bool LiveLayout::chooseSource() {
 /// Whether the source has a sample; notes its end. One that waits for who writes its pipe will wake the layout.
 bool LiveLayout::getIsReady(LiveSource& source) {
     current = source.source;
-    if (source.source->getIsPiped() && !source.source->getIsPrepared()) {
-        drive.pipes.watch(source.source->getDescriptor(), getGate());
+    if (getComesByItself(source.waking) && !source.source->getIsPrepared()) {
+        drive.pipes.watch(source.waking->getDescriptor(), getGate());
         return false;
     }
     source.hasEnded = !source.source->prepare();

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "framework/Quillmere.h"
-#include "host/ends/HostBlock.h"
+#include "host/ends/Sink.h"
+#include "host/ends/Source.h"
+#include "host/ends/WakingSource.h"
 #include "host/live/LiveDrive.h"
 #include "host/live/SendRoom.h"
 #include "host/run/FiniteWatch.h"
@@ -23,6 +25,7 @@ namespace Quillmere::Host {
 /// A source of a live run, and whether it has ended. Touched under the gate of the layout that holds the block.
 struct LiveSource {
     Source* source;
+    WakingSource* waking; ///< The source, if it is one.
     bool hasEnded = false;
 };
 

@@ -123,8 +123,8 @@ private:
     /// Ends all threads but the caller's, and the results.
     void endRun() {
         if (drive.getIsCut())
-            for (Sink* const sink : graph.getSinks())
-                sink->giveUp();
+            for (const Graph::Node& node : graph.getNodes())
+                if (node.result != nullptr) node.result->giveUp();
         live.stop();
         drive.pipes.stop();
         std::string reason;

@@ -7,10 +7,11 @@ namespace Quillmere::Host {
 
 namespace {
 Overflow standardOf(const Graph& graph, bool isUnpaced) {
-    const auto& sources = graph.getSources();
+    const auto& nodes = graph.getNodes();
     const bool isByRecordings =
-        !sources.empty() && std::none_of(sources.begin(), sources.end(),
-                                         [](const Source* source) { return source->getIsPiped(); });
+        !graph.getSources().empty() && std::none_of(nodes.begin(), nodes.end(), [](const Graph::Node& node) {
+            return getComesByItself(node.waking);
+        });
     return isUnpaced && isByRecordings ? Overflow::Wait : Overflow::Drop;
 }
 

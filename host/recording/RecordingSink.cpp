@@ -3,9 +3,10 @@
 
 #include "host/text/Counted.h"
 #include "host/ends/Finite.h"
+#include "host/ends/RecordedSource.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
-#include "host/graph/ShapeWarnings.h"
+#include "host/ends/ShapeGiver.h"
 #include "host/ends/ColumnName.h"
 
 #include <algorithm>
@@ -126,7 +127,7 @@ void RecordingSink::configure(const GraphDescription::Block& description, const 
             refuseSetting(setting, complaints);
         }
     }
-    requireFile(description, complaints);
+    requireFile(*this, description, complaints);
 }
 
 void RecordingSink::takeTimeName(const Value& value, Complaints& complaints) {
@@ -162,13 +163,13 @@ void RecordingSink::takeColumns(const Value& value, Complaints& complaints) {
     }
 }
 
-Core::AbstractInputPin& RecordingSink::requirePin(const std::string& name) {
+Core::AbstractInputPin* RecordingSink::makePin(const std::string& name) {
     Core::InputPin<Core::MatrixXd>*& pin = inputsByName[name];
     if (pin == nullptr) pin = &inputs.emplace_back(name, this);
-    return *pin;
+    return pin;
 }
 
-std::vector<EndFile> RecordingSink::getFiles() const {
+std::vector<FileEnd::File> RecordingSink::getFiles() const {
     if (getPath().empty()) return {};
     const ResultPath result(getPath());
     if (result.getKind() == ResultPath::Kind::Descriptor) return {{result.getPath(), result.getDescriptor()}};
@@ -212,8 +213,11 @@ void RecordingSink::checkPins(Complaints& complaints) const {
 void RecordingSink::checkWidth(const NamedColumns& named, const Core::AbstractInputPin& pin,
                                Complaints& complaints) const {
     const Core::AbstractOutputPin* const giver = shapeGiverOf(pin);
-    const auto* const source = giver == nullptr ? nullptr : dynamic_cast<const Source*>(giver->getManager());
-    const std::optional<std::size_t> size = source == nullptr ? std::nullopt : source->getSampleSize(*giver);
+    const auto* const source =
+        giver == nullptr ? nullptr : dynamic_cast<const RecordedSource*>(giver->getManager());
+    const auto shape = source == nullptr ? std::nullopt : source->getSampleShape(*giver);
+    const std::optional<std::size_t> size =
+        shape ? std::optional(shape->rows * shape->columns) : std::nullopt;
     if (!size || *size == 0 || named.names.empty() || *size == named.names.size()) return;
     complaints.add(named.where,
                    counted(named.names.size(), "column name") + " for '" + named.pin +

@@ -3,7 +3,8 @@
 
 #include "framework/core/Api.h"
 #include "framework/transport/InputPin.h"
-#include "host/ends/HostBlock.h"
+#include "host/ends/ResultEnd.h"
+#include "host/ends/Sink.h"
 #include "host/recording/TableForm.h"
 #include "host/recording/TableWriter.h"
 
@@ -21,7 +22,7 @@ namespace Quillmere::Host {
 /// Where samples come from other threads, a row is what came with one time stamp; see `setGathersByTime`.
 /// Numbers are in the shortest form that reads back to the same bits. The pins are those that connections name, in the
 /// order of the connections.
-class QUILLMERE_API RecordingSink final : public Sink {
+class QUILLMERE_API RecordingSink final : public Sink, public ResultEnd {
 public:
     static constexpr const char* kTypeName = "RecordingSink";
 
@@ -34,11 +35,12 @@ public:
     const std::vector<SettingDescription>& getSettingDescriptions() const override;
     void configure(const GraphDescription::Block& description, const std::string& folder,
                    Complaints& complaints) override;
-    Core::AbstractInputPin& requirePin(const std::string& name) override;
+    bool getMakesPins() const override { return true; }
+    Core::AbstractInputPin* makePin(const std::string& name) override;
     void checkPins(Complaints& complaints) const override;
     void setOverwrites(bool flag) override { overwrites = flag; }
     void checkFile(const std::vector<std::string>& recorded, Complaints& complaints) override;
-    std::vector<EndFile> getFiles() const override;
+    std::vector<File> getFiles() const override;
     void open() override;
     void setStreamTime(double seconds) override { streamTime = seconds; }
     void setGathersByTime(bool flag) override { gathersByTime = flag; }

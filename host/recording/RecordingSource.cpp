@@ -79,7 +79,7 @@ void RecordingSource::configure(const GraphDescription::Block& description, cons
                                 Complaints& complaints) {
     for (const GraphDescription::Setting& setting : description.settings)
         if (!setting.value.isMissing()) takeSetting(setting, folder, complaints);
-    requireFile(description, complaints);
+    requireFile(*this, description, complaints);
     requireClock(description, complaints);
     const auto isPins = [](const GraphDescription::Setting& setting) { return setting.name == "pins"; };
     if (std::none_of(description.settings.begin(), description.settings.end(), isPins))
@@ -194,10 +194,11 @@ std::vector<std::string> RecordingSource::getColumnNames() const {
     return names;
 }
 
-std::optional<std::size_t> RecordingSource::getSampleSize(const Core::AbstractOutputPin& pin) const {
+std::optional<RecordedSource::Shape>
+RecordingSource::getSampleShape(const Core::AbstractOutputPin& pin) const {
     const std::size_t found = findOutput(pin);
     if (found == outputs.size()) return std::nullopt;
-    return outputs[found].columns.size() * std::max(frameRows, std::size_t{1});
+    return Shape{std::max(frameRows, std::size_t{1}), outputs[found].columns.size()};
 }
 
 void RecordingSource::open(Complaints& complaints) {
@@ -212,10 +213,10 @@ void RecordingSource::open(Complaints& complaints) {
     }
     if (!planCells(*reader, complaints)) return;
     recording = std::make_unique<RecordingRows>(std::move(reader), plan);
-    if (frameRows > 0 && frameRows <= kLongestFrameFilled && !getIsPiped()) warnOfShortFile(complaints);
+    if (frameRows > 0 && frameRows <= kLongestFrameFilled && !getComesByItself()) warnOfShortFile(complaints);
 }
 
-bool RecordingSource::getIsPiped() const {
+bool RecordingSource::getComesByItself() const {
     return recording == nullptr ? getIsPipe(getPath()) : recording->getReader().getIsPiped();
 }
 
@@ -317,11 +318,13 @@ std::size_t RecordingSource::findOutput(const Core::AbstractOutputPin& pin) cons
     return static_cast<std::size_t>(found - outputs.begin());
 }
 
-std::string RecordingSource::getColumnName(const Core::AbstractOutputPin& pin, std::size_t element) const {
+RecordedSource::Cell RecordingSource::getCell(const Core::AbstractOutputPin& pin, std::size_t element) const {
     const std::size_t found = findOutput(pin);
-    if (found == outputs.size()) return "";
+    if (found == outputs.size()) return {};
     const std::vector<Column>& columns = outputs[found].columns;
-    return columns[element % columns.size()].name;
+    // The last row of a frame is the one that was read last.
+    const std::size_t rowsBehind = frameRows == 0 ? 0 : frameRows - 1 - element / columns.size();
+    return {rows.get() - rowsBehind, columns[element % columns.size()].name};
 }
 
 bool RecordingSource::getIsMissing(const Core::AbstractOutputPin& pin, std::size_t element) const {
@@ -335,12 +338,12 @@ SourceAccount RecordingSource::getAccount() const {
     if (recording == nullptr) return {};
     SourceAccount account = recording->getAccount();
     // Of a file it was told before the run.
-    if (getIsPiped() && timeColumn) account.otherUnit = findOtherUnit(timeColumn->name);
+    if (getComesByItself() && timeColumn) account.otherUnit = findOtherUnit(timeColumn->name);
     return account;
 }
 
 std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) const {
-    if (recording == nullptr || getIsPiped()) return std::nullopt;
+    if (recording == nullptr || getComesByItself()) return std::nullopt;
     SourceAccount account;
     try {
         RecordingRows ahead(std::make_unique<CsvReader>(getPath()), recording->getPlan());
@@ -362,7 +365,7 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
     return account;
 }
 
-std::vector<EndFile> RecordingSource::getFiles() const {
+std::vector<FileEnd::File> RecordingSource::getFiles() const {
     if (getPath().empty()) return {};
     return {{getPath(), getIsStandardStream(getPath()) ? STDIN_FILENO : -1}};
 }

@@ -3,7 +3,10 @@
 
 #include "framework/core/Api.h"
 #include "framework/transport/OutputPin.h"
-#include "host/ends/HostBlock.h"
+#include "host/ends/FileEnd.h"
+#include "host/ends/RecordedSource.h"
+#include "host/ends/Source.h"
+#include "host/ends/WakingSource.h"
 #include "host/recording/RecordingRows.h"
 
 #include <cstdint>
@@ -24,7 +27,10 @@ namespace Quillmere::Host {
 /// A row in which all cells of a pin are empty gives no sample on that pin, as a result has it where nothing came; a
 /// pin with some cells empty, and an empty cell in a frame, are bad rows. What becomes of bad rows: see `RowPlan`. A frame is
 /// made of the rows that are taken, as if the recording had no others.
-class QUILLMERE_API RecordingSource final : public Source {
+class QUILLMERE_API RecordingSource final : public Source,
+                                            public FileEnd,
+                                            public RecordedSource,
+                                            public WakingSource {
 public:
     static constexpr const char* kTypeName = "RecordingSource";
 
@@ -40,7 +46,7 @@ public:
     void open(Complaints& complaints) override;
     bool prepare() override;
     bool getIsPrepared() override;
-    bool getIsPiped() const override;
+    bool getComesByItself() const override;
     int getDescriptor() const override { return recording->getReader().getDescriptor(); }
     double getNextTimeStamp() const override { return recording->getTime(); }
     void release() override { isReleased = true; }
@@ -53,11 +59,11 @@ public:
     }
     void setStop(const std::stop_token& stop) override { recording->setStop(stop); }
     std::vector<std::string> getColumnNames() const override;
-    std::optional<std::size_t> getSampleSize(const Core::AbstractOutputPin& pin) const override;
-    std::string getColumnName(const Core::AbstractOutputPin& output, std::size_t element) const override;
+    std::optional<Shape> getSampleShape(const Core::AbstractOutputPin& pin) const override;
+    Cell getCell(const Core::AbstractOutputPin& pin, std::size_t element) const override;
     bool getIsMissing(const Core::AbstractOutputPin& output, std::size_t element) const override;
     SourceAccount getAccount() const override;
-    std::vector<EndFile> getFiles() const override;
+    std::vector<File> getFiles() const override;
     std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
 
 private:

@@ -2,11 +2,12 @@
 #include "host/run/FiniteWatch.h"
 
 #include "framework/Quillmere.h"
-#include "host/graph/MainInput.h"
+#include "host/ends/MainInput.h"
 
 #include <algorithm>
 #include <cmath>
 #include <tuple>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -50,7 +51,15 @@ void FiniteWatch::note(Watched& block, const Core::OutputPin<Core::MatrixXd>& pi
     look(block, time); // its other outputs
 }
 
+namespace {
+/// Of what a source sent that reads no recording.
+RecordedSource::Cell cellOf(const Core::AbstractOutputPin& output, std::size_t element) {
+    return {output.getSentUnderGate(), output.getName() + "[" + std::to_string(element) + "]"};
+}
+} // namespace
+
 void FiniteWatch::countValues(const Source& source, const Core::OutputPin<Core::MatrixXd>& pin, double time) {
+    const auto* const recorded = dynamic_cast<const RecordedSource*>(&source);
     const Core::MatrixXd& sample = pin.data.value;
     FirstNonFinite* first = getFirst(pin);
     for (Eigen::Index i = 0; i < sample.size(); ++i) {
@@ -59,16 +68,17 @@ void FiniteWatch::countValues(const Source& source, const Core::OutputPin<Core::
             found.push_back({&source, &pin, time, counter++, 0, 0, 0.0, 0, {}});
             first = &found.back();
         }
-        if (source.getIsMissing(pin, static_cast<std::size_t>(i))) {
+        const auto element = static_cast<std::size_t>(i);
+        if (recorded != nullptr && recorded->getIsMissing(pin, element)) {
             ++first->missing;
             continue;
         }
         if (first->values++ > 0) continue;
-        // The last row of a frame is the one that was read last.
-        const auto rowsBehind = static_cast<std::uint64_t>(sample.rows() - 1 - i / sample.cols());
+        RecordedSource::Cell cell =
+            recorded != nullptr ? recorded->getCell(pin, element) : cellOf(pin, element);
         first->otherTime = time;
-        first->row = source.getRows() - rowsBehind;
-        first->column = source.getColumnName(pin, static_cast<std::size_t>(i % sample.cols()));
+        first->row = cell.row;
+        first->column = std::move(cell.column);
     }
 }
 

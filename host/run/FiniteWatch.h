@@ -3,7 +3,8 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/Finite.h"
-#include "host/ends/HostBlock.h"
+#include "host/ends/RecordedSource.h"
+#include "host/ends/Source.h"
 
 #include <atomic>
 #include <cstddef>
@@ -26,7 +27,8 @@ struct FirstNonFinite {
     std::uint64_t values = 0;  ///< and how many others.
     double otherTime = 0.0;    ///< The first other's time,
     std::uint64_t row = 0;     ///< its row, 1 being the first that was taken,
-    std::string column;        ///< and its column.
+    std::string
+        column; ///< and its column; of what is no recording the sample, and the element as `accel[2]`.
 };
 
 /// Looks behind each step at what the block has sent, for the first of it that isn't finite.

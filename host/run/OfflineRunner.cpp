@@ -182,10 +182,11 @@ RunProgress OfflineRunner::getProgress() const {
     RunProgress progress;
     progress.rounds = rounds;
     progress.streamTime = streamTime;
-    for (const Source* const source : graph.getSources()) {
-        progress.rows += source->getRows();
-        progress.bytesRead += source->getBytesRead();
-        progress.bytes += source->getSize();
+    for (const Graph::Node& node : graph.getNodes()) {
+        if (node.source != nullptr) progress.rows += node.source->getRows();
+        if (node.recorded == nullptr) continue;
+        progress.bytesRead += node.recorded->getBytesRead();
+        progress.bytes += node.recorded->getSize();
     }
     return progress;
 }

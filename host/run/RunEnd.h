@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "host/ends/HostBlock.h"
+#include "host/ends/Sink.h"
 #include "host/text/HostException.h"
 
 #include <cstdint>

@@ -53,11 +53,20 @@ void addLinks(const Core::Filter& block, const Links& known, std::vector<RunOutc
     }
 }
 
-void addRecording(const Source& source, RunOutcome& outcome) {
-    RunOutcome::Recording recording{source.getName(), source.getPath(),    0,
-                                    source.getRows(), source.getAccount(), 0};
+void addRecording(const Graph::Node& node, RunOutcome& outcome) {
+    RunOutcome::Recording recording;
+    recording.id = node.source->getName();
+    if (node.file != nullptr) recording.path = node.file->getPath();
+    recording.processedRows = node.source->getRows();
+    if (node.recorded != nullptr)
+        recording.account = node.recorded->getAccount();
+    else
+        recording.account.rows = recording.processedRows;
     recording.rows = recording.account.rows;
-    const std::vector<Warning> warnings = warningsOf(recording.path, recording.account);
+    std::vector<Warning> warnings = warningsOf(recording.path, recording.account);
+    for (Warning& warning : warnings)
+        if (node.file == nullptr)
+            warning = {node.description->where, "'" + recording.id + "': " + warning.text};
     outcome.warnings.insert(outcome.warnings.end(), warnings.begin(), warnings.end());
     outcome.recordings.push_back(std::move(recording));
 }
@@ -70,13 +79,13 @@ bool getIsSilent(Core::AbstractInputPin& input) {
 /// A pin that nothing came to is usual: there may have been no event. A sink to which nothing came at all hardly is.
 void addResult(const Graph::Node& node, bool isCutShort, RunOutcome& outcome) {
     const Sink& sink = *node.sink;
-    RunOutcome::Result result{sink.getName(),
-                              sink.getPath(),
-                              sink.getPartialPath(),
-                              sink.getRows(),
-                              sink.getIsComplete(),
-                              sink.getAccount(),
-                              {}};
+    RunOutcome::Result result;
+    result.id = sink.getName();
+    if (node.file != nullptr) result.path = node.file->getPath();
+    if (node.result != nullptr) result.partialPath = node.result->getPartialPath();
+    result.rows = sink.getRows();
+    result.isComplete = sink.getIsComplete();
+    result.account = sink.getAccount();
     for (Core::AbstractInputPin* const pin : sink.getInputPins())
         if (!isCutShort && getIsSilent(*pin)) // what failed midway hasn't come to everything
             result.silentPins.push_back(pin->getName() + ": " + reasonOfSilence(*pin));
@@ -140,13 +149,14 @@ bool getIsSurprising(const Graph::Node& node, const std::vector<FirstNonFinite>&
     return false;
 }
 
-void warnOfReadValues(const FirstNonFinite& first, const Source& source, RunOutcome& outcome) {
+void warnOfReadValues(const FirstNonFinite& first, const Graph::Node& source, RunOutcome& outcome) {
+    const std::string& id = source.description->id;
     for (RunOutcome::Recording& recording : outcome.recordings)
-        if (recording.id == source.getName()) recording.nonFiniteValues = first.values;
-    outcome.warnings.push_back(
-        {source.getPathPlace(), "'" + source.getName() + "' read " + valuesText(first.values) +
-                                    ", the first in row " + std::to_string(first.row) +
-                                    timeText(first.otherTime) + ", column '" + first.column + "'"});
+        if (recording.id == id) recording.nonFiniteValues = first.values;
+    outcome.warnings.push_back({source.getEndPlace(), "'" + id + "' read " + valuesText(first.values) +
+                                                          ", the first in row " + std::to_string(first.row) +
+                                                          timeText(first.otherTime) + ", column '" +
+                                                          first.column + "'"});
 }
 
 /// What sources read and the timeline sent, who made the first of it out of finite input, and how much the results hold.
@@ -156,9 +166,11 @@ void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonF
         const auto* const description = graph.getDescription().findBlock(id);
         return description == nullptr ? Place{} : description->where;
     };
-    for (const Source* const source : graph.getSources())
-        if (const auto first = sumOf(*source, nonFinite); first && first->values > 0)
-            warnOfReadValues(*first, *source, outcome);
+    for (const Graph::Node& node : graph.getNodes()) {
+        if (node.source == nullptr) continue;
+        if (const auto first = sumOf(*node.source, nonFinite); first && first->values > 0)
+            warnOfReadValues(*first, node, outcome);
+    }
     if (const auto first = sender == nullptr ? std::nullopt : sumOf(*sender, nonFinite)) {
         Warning warning;
         warning.where.file = graph.getDescription().getPath();
@@ -199,8 +211,8 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
     outcome.failure = ending.failure;
     outcome.graph = graph.getName();
     outcome.progress = progress;
-    for (const Source* const source : graph.getSources())
-        addRecording(*source, outcome);
+    for (const Graph::Node& node : graph.getNodes())
+        if (node.source != nullptr) addRecording(node, outcome);
     for (const Graph::Node& node : graph.getNodes())
         if (node.sink != nullptr) addResult(node, ending.isCutShort, outcome);
     const Links known(graph.getDescription(), blocks);

@@ -27,7 +27,7 @@ struct RunOutcome {
     /// What a source has read.
     struct Recording {
         std::string id;
-        std::string path; ///< `-` for standard input.
+        std::string path; ///< `-` for standard input; empty for a source that reads no file.
         std::uint64_t rows = 0;
         std::uint64_t processedRows = 0; ///< Up to the one that was sent last.
         SourceAccount account;
@@ -36,7 +36,7 @@ struct RunOutcome {
     /// What a sink has written.
     struct Result {
         std::string id;
-        std::string path;        ///< `-` for standard output.
+        std::string path; ///< `-` for standard output; empty, as the other, for a sink that writes no file.
         std::string partialPath; ///< Where it is as long as it isn't whole.
         std::uint64_t rows = 0;
         bool isComplete = false; ///< It has its final name.

@@ -3,8 +3,8 @@
 
 #include "framework/Quillmere.h"
 #include "host/text/Counted.h"
-#include "host/ends/HostBlock.h"
-#include "host/graph/MainInput.h"
+#include "host/ends/Source.h"
+#include "host/ends/MainInput.h"
 
 #include <set>
 

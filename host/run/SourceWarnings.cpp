@@ -19,8 +19,9 @@ std::string timesText(const SourceAccount::Finding& finding, const char* doesOne
     const Spot& spot = finding.first;
     const bool isOne = finding.count == 1;
     return counted(finding.count, "time stamp") + " " + (isOne ? doesOne : doSeveral) + ", " +
-           (isOne ? "" : "the first ") + "in line " + std::to_string(spot.line) + " (from " +
-           shortestText(spot.before) + " s to " + shortestText(spot.time) + " s)";
+           (isOne ? "" : "the first ") +
+           (spot.line == 0 ? "in row " + std::to_string(spot.row) : "in line " + std::to_string(spot.line)) +
+           " (from " + shortestText(spot.before) + " s to " + shortestText(spot.time) + " s)";
 }
 
 /// What is wrong with rows, with the first places of it.

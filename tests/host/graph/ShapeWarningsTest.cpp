@@ -2,7 +2,8 @@
 #include "host/graph/ShapeWarnings.h"
 
 #include "framework/Quillmere.h"
-#include "host/graph/MainInput.h"
+#include "host/ends/MainInput.h"
+#include "host/ends/ShapeGiver.h"
 #include "tests/host/kit/GraphFixture.h"
 
 #include <string>

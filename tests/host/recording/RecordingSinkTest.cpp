@@ -210,7 +210,7 @@ struct Gatherer {
         for (const char* const name : {"a", "b", "c"}) {
             Core::OutputPin<Core::MatrixXd>& sender = senders.emplace_back(name, nullptr);
             Core::resizeSample(sender.data.value, 1, 1);
-            sender.attach(sink.requirePin(name), false);
+            sender.attach(*sink.makePin(name), false);
         }
         sink.open();
         sink.setWritesThrough(true);

@@ -290,7 +290,7 @@ protected:
         Quillmere::Host::Graph built(description, catalogue, complaints);
         built.openSources(complaints);
         complaints.raise();
-        Quillmere::Host::Source& source = *built.getSources().at(0);
+        auto& source = dynamic_cast<Quillmere::Host::RecordingSource&>(*built.getSources().at(0));
         while (source.prepare()) {
             source.release();
             source.process();
@@ -473,7 +473,7 @@ protected:
         built = std::make_unique<Host::Graph>(*description, catalogue, complaints);
         built->openSources(complaints);
         complaints.raise();
-        source = built->getSources().at(0);
+        source = dynamic_cast<Host::RecordingSource*>(built->getSources().at(0));
         output = dynamic_cast<Core::OutputPin<Core::MatrixXd>*>(source->getOutputPins().at(0));
     }
     /// Sends what is ready. Requires: something is.
@@ -487,13 +487,13 @@ protected:
     Support::Fifo pipe{folder.path("pipe")};
     std::unique_ptr<Host::GraphDescription> description;
     std::unique_ptr<Host::Graph> built;
-    Host::Source* source = nullptr;
+    Host::RecordingSource* source = nullptr;
     Core::OutputPin<Core::MatrixXd>* output = nullptr;
 };
 
 TEST_F(PipedSourceTest, IsPreparedWhenARowHasCome) {
     build("pins: {p: [x, y]}");
-    EXPECT_TRUE(source->getIsPiped());
+    EXPECT_TRUE(source->getComesByItself());
     EXPECT_GE(source->getDescriptor(), 0);
     EXPECT_FALSE(source->getIsPrepared());
     pipe.write("0.5,1,");
@@ -674,7 +674,7 @@ protected:
         Host::Graph built(description, catalogue, complaints);
         built.openSources(complaints);
         complaints.raise();
-        Host::Source& source = *built.getSources().at(0);
+        auto& source = dynamic_cast<Host::RecordingSource&>(*built.getSources().at(0));
         const auto account = source.lookAhead(rows);
         EXPECT_EQ(source.getRows(), 0u);
         EXPECT_EQ(source.getAccount().rows, 0u) << "the run finds everything where it was";
