@@ -100,7 +100,7 @@ public:
 void layoutHandOff(benchmark::State& state) {
     Timeline timeline;
     LiveDrive drive(LiveClock::kMaximum, {}, true, timeline);
-    std::deque<LiveSource> noSources;
+    std::deque<RunSource> noSources;
     Relay first("first");
     Relay second("second");
     LayoutManager here("here");
@@ -148,7 +148,7 @@ void runChain(benchmark::State& state, bool countsSteps) {
     for (auto _ : state) {
         Timeline timeline;
         LiveDrive drive(LiveClock::kMaximum, {.rounds = kRounds, .seconds = {}}, countsSteps, timeline);
-        std::deque<LiveSource> noSources;
+        std::deque<RunSource> noSources;
         Ticker ticker;
         std::deque<Block> blocks;
         LayoutManager manager("chain");

@@ -107,7 +107,7 @@ void LiveGraph::placeTimeline() {
 }
 
 void LiveGraph::start() {
-    const auto isWaking = [](const LiveSource& source) { return getComesByItself(source.waking); };
+    const auto isWaking = [](const RunSource& source) { return getComesByItself(source.waking); };
     if (std::any_of(sources.begin(), sources.end(), isWaking)) drive.pipes.start();
     for (const Graph::Node& node : graph.getNodes())
         if (node.result != nullptr) node.result->setWritesThrough(true);
@@ -119,7 +119,7 @@ void LiveGraph::start() {
 /// The earliest sample of all recordings is due now.
 void LiveGraph::anchorClock() {
     double first = std::numeric_limits<double>::infinity();
-    for (const LiveSource& source : sources) {
+    for (const RunSource& source : sources) {
         if (getComesByItself(source.waking)) continue;
         try {
             if (source.source->prepare()) first = std::min(first, source.source->getNextTimeStamp());

@@ -100,7 +100,7 @@ private:
     Graph& graph;
     const BlockCatalogue& catalogue;
     LiveDrive& drive;
-    std::deque<LiveSource> sources;
+    std::deque<RunSource> sources;
     std::deque<Core::LayoutManager> managers;
     std::deque<LiveLayout> layouts; ///< One for each manager.
     mutable std::mutex

@@ -3,7 +3,6 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/RecordingException.h"
-#include "host/run/GeneratorClock.h"
 #include "host/run/WaitingSamples.h"
 
 namespace Quillmere::Host {
@@ -13,7 +12,7 @@ constexpr std::uint64_t kRoundsBetweenReports = 4096;
 } // namespace
 
 OfflineRunner::OfflineRunner(Graph& target)
-    : graph(target), running(target.getSources()),
+    : graph(target),
       stamps(target.getDescription().getClock() == GraphDescription::Clock::Stream ? &streamTime : nullptr) {
     for (const Graph::Node* const node : graph.getRunOrder())
         steps.push_back(node->block.get());
@@ -49,9 +48,10 @@ std::string OfflineRunner::runToEnd(const std::stop_token& stop) {
     } catch (const InterruptedException& exception) {
         return failureText(nullptr, streamTime, exception); // no block's fault
     } catch (const std::exception& exception) {
-        return failureText(current, streamTime, exception);
+        return failureText(getBlockAtWork(), streamTime, exception);
     } catch (...) {
-        return failureText(current, streamTime, std::runtime_error("something that is no std::exception"));
+        return failureText(getBlockAtWork(), streamTime,
+                           std::runtime_error("something that is no std::exception"));
     }
     return {};
 }
@@ -69,48 +69,49 @@ RunOutcome OfflineRunner::gatherOutcome(const RunEnding& ending) const {
 }
 
 void OfflineRunner::runRounds(const std::stop_token& stop) {
-    if (graph.getSources().empty())
-        runGenerators(stop);
-    else
-        runRecordings(stop);
+    takeUpRounds();
+    // Nothing is paced: that no round is due yet doesn't happen.
+    while (rounds.choose(RoundChooser::Clock::time_point::min()).answer == RoundChooser::Answer::Round) {
+        requireGoesOn(stop);
+        beginRound();
+        applyTimeline(rounds.getElapsed());
+        rounds.release();
+        runRound();
+        countRound();
+    }
     drain(stop);
     if (onProgress) onProgress(getProgress());
 }
 
-void OfflineRunner::runRecordings(const std::stop_token& stop) {
-    while (Source* const source = earliestSource()) {
-        current = nullptr;
-        if (stop.stop_requested()) throw RunException("interrupted");
-        streamTime = source->getNextTimeStamp();
-        applyTimeline(streamTime);
-        source->release();
-        runRound();
-        countRound();
-    }
+/// Sources or, where there are none, the clock, which steps by itself before the others.
+void OfflineRunner::takeUpRounds() {
+    std::vector<RunSource*> taken;
+    for (Source* const source : graph.getSources())
+        taken.push_back(&sources.emplace_back(RunSource{source}));
+    rounds.setSources(std::move(taken));
+    if (!sources.empty()) return;
+    rounds.setClock(GeneratorClock(steps), limit);
+    std::erase(steps, rounds.getClock());
 }
 
-void OfflineRunner::runGenerators(const std::stop_token& stop) {
-    GeneratorClock clock(steps);
-    std::erase(steps, clock.getBlock());
-    while (!clock.getIsReached(limit, rounds)) {
-        if (stop.stop_requested()) throw RunException("interrupted");
-        runClockedRound(clock);
-        countRound();
+void OfflineRunner::beginRound() {
+    Core::Filter* const clock = rounds.getClock();
+    if (clock == nullptr) {
+        rounds.begin();
+        streamTime = rounds.getStreamTime();
+        return;
     }
+    const Core::Synchronizer::StepLocker gate(graph.getLayout().getSynchronizer());
+    rounds.begin();
+    current = clock;
+    requireStreamTime();
+    streamTime = rounds.getStreamTime();
+    finite.look(*clock, streamTime);
+    current = nullptr;
 }
 
-void OfflineRunner::runClockedRound(GeneratorClock& clock) {
-    {
-        const Core::Synchronizer::StepLocker gate(graph.getLayout().getSynchronizer());
-        current = clock.getBlock();
-        clock.step();
-        requireStreamTime(clock);
-        streamTime = clock.getTime();
-        finite.look(*current, streamTime);
-        current = nullptr;
-    }
-    applyTimeline(clock.getElapsed());
-    runRound();
+void OfflineRunner::requireGoesOn(const std::stop_token& stop) {
+    if (stop.stop_requested()) throw RunException("interrupted");
 }
 
 /// `time` is what the timeline counts, which in a graph without sources isn't the stream's.
@@ -122,31 +123,15 @@ void OfflineRunner::applyTimeline(double time) {
     if (const Core::Filter* const sender = timeline.getSender()) finite.look(*sender, streamTime);
 }
 
-void OfflineRunner::requireStreamTime(const GeneratorClock& clock) const {
-    if (stamps == nullptr || !clock.getIsWallClock()) return;
+void OfflineRunner::requireStreamTime() const {
+    if (stamps == nullptr || !rounds.getIsWallClock()) return;
     throw RunException(
         "found a wall clock's time where the block tells that of the run; expected a generator with a time "
         "of its own in front of it, or 'clock: wall'");
 }
 
 void OfflineRunner::countRound() {
-    if (++rounds % kRoundsBetweenReports == 0 && onProgress) onProgress(getProgress());
-}
-
-/// The source with the earliest sample, of equals the first; null when all have ended.
-Source* OfflineRunner::earliestSource() {
-    Source* earliest = nullptr;
-    for (auto source = running.begin(); source != running.end();) {
-        current = *source;
-        if (!(*source)->prepare()) {
-            source = running.erase(source);
-            continue;
-        }
-        if (earliest == nullptr || (*source)->getNextTimeStamp() < earliest->getNextTimeStamp())
-            earliest = *source;
-        ++source;
-    }
-    return earliest;
+    if (++roundCount % kRoundsBetweenReports == 0 && onProgress) onProgress(getProgress());
 }
 
 void OfflineRunner::runRound() {
@@ -163,24 +148,24 @@ void OfflineRunner::runRound() {
     current = nullptr;
 }
 
-/// Rounds without sources, as long as they change what waits in the links. What goes round in a loop at a steady pace, or
-/// for longer than anything that was buffered could take, would go round for ever.
+/// Rounds without sources, as long as they change what waits in the links. What goes round in a loop at a
+/// steady pace, or for longer than anything that was buffered could take, would go round for ever.
 void OfflineRunner::drain(const std::stop_token& stop) {
     current = nullptr;
     std::erase_if(steps, [](const Core::Filter* step) { return step->getInputPins().empty(); });
     WaitingSamples waiting;
     waiting.watch(steps);
-    const std::uint64_t most = waiting.getMostRounds();
-    for (std::uint64_t round = 0; round < most && waiting.getIsAny(); ++round) {
-        if (stop.stop_requested()) throw RunException("interrupted");
+    bool hasPoint = waiting.getIsAny();
+    for (std::uint64_t left = waiting.getMostRounds(); hasPoint && left > 0; --left) {
+        requireGoesOn(stop);
         runRound();
-        if (!waiting.count()) return;
+        hasPoint = waiting.countPass();
     }
 }
 
 RunProgress OfflineRunner::getProgress() const {
     RunProgress progress;
-    progress.rounds = rounds;
+    progress.rounds = roundCount;
     progress.streamTime = streamTime;
     for (const Graph::Node& node : graph.getNodes()) {
         if (node.source != nullptr) progress.rows += node.source->getRows();

@@ -4,38 +4,41 @@
 #include "framework/core/Api.h"
 #include "host/graph/Graph.h"
 #include "host/run/FiniteWatch.h"
+#include "host/run/RoundChooser.h"
 #include "host/run/RunEnd.h"
 #include "host/run/RunOutcome.h"
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <stop_token>
 #include <vector>
 
 namespace Quillmere::Host {
 
-class GeneratorClock;
-
 /// Runs a graph over its recordings: one thread, as fast as it can, and the same bytes every time.
 ///
-/// The source whose next sample is the earliest lets it go (of equals the first in the file), and one round follows:
-/// each block's step once, in the graph's order. When all sources have ended, rounds go on until no link holds a sample
-/// that moves; blocks without inputs rest then, since they would never end.
+/// The source whose next sample is the earliest lets it go (of equals the first in the file), and one round
+/// follows: each block's step once, in the graph's order. When all sources have ended, rounds go on until no
+/// link holds a sample that moves; blocks without inputs rest then, since they would never end.
 ///
-/// A graph without sources is driven by its generators, the blocks without inputs, until its limit: the first of them in
-/// the graph's order is the clock, which steps first in each round and whose time stamp is the round's time.
+/// A graph without sources is driven by its generators, the blocks without inputs, until its limit: the first
+/// of them in the graph's order is the clock, which steps first in each round and whose time stamp is the
+/// round's time.
 ///
-/// Where the graph says `clock: stream`, blocks stamp the round's time that stamp the wall clock by their rules.
+/// Where the graph says `clock: stream`, blocks stamp the round's time that stamp the wall clock by their
+/// rules.
 ///
-/// What the graph's timeline has for a time is done before the first round of that time or a later one; in a graph without
-/// sources behind the clock's step, which tells the time.
+/// What the graph's timeline has for a time is done before the first round of that time or a later one; in a
+/// graph without sources behind the clock's step, which tells the time.
 class QUILLMERE_API OfflineRunner {
 public:
     /// Requires: the graph has no complaints, its sources and sinks are open, and it outlives the runner.
     explicit OfflineRunner(Graph& graph);
 
-    /// For a graph without sources. Requires: `run` has not been called; rounds above 0, seconds above 0 and finite.
+    /// For a graph without sources. Requires: `run` has not been called; rounds above 0, seconds above 0 and
+    /// finite.
     void setLimit(const RunLimit& newLimit) { limit = newLimit; }
 
     /// With true, a run that ends with warnings is a failure. Requires: `run` has not been called.
@@ -46,8 +49,9 @@ public:
         onProgress = std::move(handler);
     }
 
-    /// Runs to the end and completes the results. When a block raises something, or a stop is requested, or a result
-    /// can't be completed, the results stay under their partial names and `RunException` is raised. [run]
+    /// Runs to the end and completes the results. When a block raises something, or a stop is requested, or a
+    /// result can't be completed, the results stay under their partial names and `RunException` is raised.
+    /// [run]
     void run(const std::stop_token& stop);
 
     RunProgress getProgress() const;
@@ -55,31 +59,33 @@ public:
     const RunOutcome& getOutcome() const { return outcome; }
 
 private:
+    /// For messages; null between two steps.
+    const Core::Filter* getBlockAtWork() const { return current != nullptr ? current : rounds.getAsked(); }
     std::string runToEnd(const std::stop_token& stop);
     RunOutcome gatherOutcome(const RunEnding& ending) const;
     std::string strictFailure() const;
     void applyTimeline(double time);
     void runRounds(const std::stop_token& stop);
-    void runRecordings(const std::stop_token& stop);
-    void runGenerators(const std::stop_token& stop);
-    void runClockedRound(GeneratorClock& clock);
-    void requireStreamTime(const GeneratorClock& clock) const;
+    void takeUpRounds();
+    void beginRound();
+    static void requireGoesOn(const std::stop_token& stop);
+    void requireStreamTime() const;
     void countRound();
-    Source* earliestSource();
     void runRound();
     void drain(const std::stop_token& stop);
 
     Graph& graph;
     std::function<void(const RunProgress&)> onProgress;
-    std::vector<Source*> running;     ///< Sources that have not ended.
+    std::deque<RunSource> sources;
+    RoundChooser rounds;
     std::vector<Core::Filter*> steps; ///< What a round steps, in order.
     std::atomic<std::uint64_t> nonFiniteSeen{0};
     FiniteWatch finite{nonFiniteSeen};
     RunLimit limit;
     bool isStrict = false;
     RunOutcome outcome;
-    const Core::Filter* current = nullptr; ///< The block that is being stepped or read, for messages.
-    std::uint64_t rounds = 0;
+    const Core::Filter* current = nullptr; ///< The block that is being stepped, for messages.
+    std::uint64_t roundCount = 0;
     double streamTime = 0.0;
     const double* const stamps; ///< What blocks stamp that stamp the wall clock else; null where they do.
 };

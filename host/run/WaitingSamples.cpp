@@ -15,6 +15,7 @@ bool comesFromElsewhere(const Core::AbstractInputPin& input) {
 void WaitingSamples::watch(const std::vector<Core::Filter*>& blocks) {
     links.clear();
     mostRounds = 0;
+    hasWakingLinks = false;
     for (const Core::Filter* const block : blocks) {
         if (!block->getInputPins().empty()) ++mostRounds;
         for (Core::AbstractInputPin* const pin : block->getInputPins()) {
@@ -22,6 +23,7 @@ void WaitingSamples::watch(const std::vector<Core::Filter*>& blocks) {
             if (input == nullptr) continue;
             links.push_back({.input = input, .isFromElsewhere = comesFromElsewhere(*input)});
             mostRounds += input->getBufferCapacity();
+            hasWakingLinks = hasWakingLinks || input->getIsWaking();
         }
     }
     count();
@@ -40,11 +42,6 @@ bool WaitingSamples::count() {
         isAnyWaking = isAnyWaking || (waiting > 0 && link.input->getIsWaking());
     }
     return hasMoved;
-}
-
-bool WaitingSamples::getHasWakingLinks() const {
-    return std::any_of(links.begin(), links.end(),
-                       [](const Link& link) { return link.input->getIsWaking(); });
 }
 
 std::uint64_t WaitingSamples::getLinksFromElsewhere() const {

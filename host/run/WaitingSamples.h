@@ -8,27 +8,36 @@
 
 namespace Quillmere::Host {
 
-/// How many samples wait in the links that lead to some blocks: what a runner asks to know whether anything can still move.
-/// Requires of every operation: the blocks' gate is held, or they don't run.
+/// How many samples wait in the links that lead to some blocks: what a runner asks to know whether anything
+/// can still move. Requires of every operation: the blocks' gate is held, or they don't run.
 class QUILLMERE_API WaitingSamples {
 public:
-    /// Takes up the links of `blocks`, which are not owned. Requires: links and layouts don't change meanwhile.
+    /// Takes up the links of `blocks`, which are not owned. Requires: links and layouts don't change
+    /// meanwhile.
     void watch(const std::vector<Core::Filter*>& blocks);
 
-    /// Counts anew, and tells whether the blocks have moved anything since the last count: whether a link within their
-    /// layout has more or fewer samples, or one was used up that another layout sent. As many as before in all links
-    /// within is a loop at a steady pace, or a block that sends without being asked.
+    /// Counts anew, and tells whether the blocks have moved anything since the last count: whether a link
+    /// within their layout has more or fewer samples, or one was used up that another layout sent. As many as
+    /// before in all links within is a loop at a steady pace, or a block that sends without being asked.
     bool count();
-    /// Whether any sample waited at the last count, and whether one did in a link that wakes the blocks' layout.
+    /// Counts behind a pass, and tells whether another one has a point: whether this one has moved anything,
+    /// and samples wait for more, be it anywhere or in links that wake the blocks' layout.
+    enum class Where { Anywhere, WakingLinks };
+    bool countPass(Where where = Where::Anywhere) {
+        const bool hasMoved = count();
+        return hasMoved && (where == Where::Anywhere ? isAny : isAnyWaking);
+    }
+    /// Whether any sample waited at the last count, and whether one did in a link that wakes the blocks'
+    /// layout.
     bool getIsAny() const { return isAny; }
     bool getIsAnyWaking() const { return isAnyWaking; }
-    /// Whether there is a link that wakes the blocks' layout.
-    bool getHasWakingLinks() const;
+    /// Whether there was a link that wakes the blocks' layout when the links were taken up.
+    bool getHasWakingLinks() const { return hasWakingLinks; }
     /// How many links come from other layouts.
     std::uint64_t getLinksFromElsewhere() const;
 
-    /// More rounds than the links' samples can need to leave blocks without loops, one step a round. Blocks without inputs
-    /// take no part.
+    /// More rounds than the links' samples can need to leave blocks without loops, one step a round. Blocks
+    /// without inputs take no part.
     std::uint64_t getMostRounds() const { return mostRounds; }
 
 private:
@@ -40,6 +49,7 @@ private:
     };
     std::vector<Link> links;
     std::uint64_t mostRounds = 0;
+    bool hasWakingLinks = false;
     bool isAny = false;
     bool isAnyWaking = false;
 };

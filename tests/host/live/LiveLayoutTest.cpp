@@ -89,7 +89,7 @@ protected:
 
     Timeline timeline;
     LiveDrive drive{LiveClock::kMaximum, {}, true, timeline};
-    std::deque<LiveSource> noSources;
+    std::deque<RunSource> noSources;
     LayoutManager first{"first"};
     LayoutManager second{"second"};
     Ticker ticker;
