@@ -27,7 +27,8 @@ class LiveRun::Implementation {
 public:
     Implementation(Graph& runGraph, const BlockCatalogue& catalogue, const LiveOptions& options)
         : graph(runGraph), drive(options.speed, options.limit, options.countsSteps, runGraph.getTimeline()),
-          live(runGraph, catalogue, drive, options.overflow), settings(live), isStrict(options.isStrict) {}
+          live(runGraph, drive, options.overflow), settings(live), structure(live, catalogue),
+          isStrict(options.isStrict) {}
     ~Implementation() {
         drive.cut("given up"); // nobody hears it
         if (supervisor.joinable()) supervisor.join();
@@ -62,6 +63,7 @@ public:
     LiveDrive drive;
     LiveGraph live;
     LiveSettings settings;
+    LiveStructure structure;
     const bool isStrict;
     std::atomic<State> state{State::Ready};
     std::mutex ending;
@@ -226,19 +228,19 @@ LiveStatistics LiveRun::getStatistics() {
 }
 
 void LiveRun::move(const std::string& block, const std::string& layout) {
-    implementation->live.move(block, layout);
+    implementation->structure.move(block, layout);
 }
 
 void LiveRun::attach(const LinkRequest& request) {
-    implementation->live.attach(request);
+    implementation->structure.attach(request);
 }
 
 void LiveRun::detach(const std::string& input) {
-    implementation->live.detach(input);
+    implementation->structure.detach(input);
 }
 
 void LiveRun::add(const std::string& id, const std::string& type, const std::string& layout) {
-    implementation->live.add(id, type, layout);
+    implementation->structure.add(id, type, layout);
 }
 
 } // namespace Quillmere::Host

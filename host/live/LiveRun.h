@@ -5,6 +5,7 @@
 #include "host/description/GraphDescription.h"
 #include "host/live/LiveSettings.h"
 #include "host/live/LiveStatistics.h"
+#include "host/live/LiveStructure.h"
 #include "host/run/RunEnd.h"
 #include "host/run/RunOutcome.h"
 

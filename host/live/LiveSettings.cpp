@@ -3,6 +3,7 @@
 
 #include "framework/core/CommandProperty.h"
 #include "host/graph/PropertyWriter.h"
+#include "host/live/ControlException.h"
 #include "host/description/ValueReader.h"
 #include "host/graph/BlockDescription.h"
 
@@ -16,10 +17,16 @@ namespace Quillmere::Host {
 
 namespace {
 SettingState stateOf(const Core::AbstractProperty& property, const std::string& name) {
-    const PropertyDescription description = describe(property);
+    PropertyDescription description = describe(property);
     const bool isCommand = description.kind == PropertyDescription::Kind::Command;
-    return {name, valueText(description), isCommand ? "" : expectedText(description), isCommand,
-            description.isWritable};
+    SettingState state{.name = name,
+                       .value = valueText(description),
+                       .expected = isCommand ? "" : expectedText(description),
+                       .isCommand = isCommand,
+                       .isWritable = description.isWritable,
+                       .held = {}};
+    state.held = std::move(description.value);
+    return state;
 }
 
 /// Names may hold brackets, which a pattern reads as a set of letters.
@@ -47,9 +54,9 @@ void withRefusalsTold(Action action) {
 
 void raise(const Complaints& complaints) {
     if (complaints.isEmpty()) return;
-    const Complaint first = complaints.getSorted().front();
-    throw ControlException("found " + first.found + "; expected " + first.expected +
-                           (first.suggestion.empty() ? "" : "; did you mean " + first.suggestion + "?"));
+    Complaint first = complaints.getSorted().front();
+    first.where = {}; // a request has no place
+    throw ControlException(first);
 }
 } // namespace
 
@@ -73,7 +80,7 @@ void SettingWatch::tell(const Core::AbstractProperty& property) const {
 
 std::vector<SettingState> LiveSettings::list(const std::string& pattern) const {
     std::vector<SettingState> states;
-    for (const Core::Filter* const block : graph.getBlocks())
+    for (const Core::Filter* const block : graph.getBlocks().getAll())
         for (const Core::AbstractProperty* const property : block->getPropertyBag()) {
             const std::string name = block->getName() + "." + property->getName();
             if (matches(pattern, name)) states.push_back(stateOf(*property, name));
@@ -82,32 +89,33 @@ std::vector<SettingState> LiveSettings::list(const std::string& pattern) const {
 }
 
 SettingState LiveSettings::read(const std::string& name) const {
-    return stateOf(graph.getProperty(name), name);
+    return stateOf(graph.getBlocks().getSetting(name).property, name);
 }
 
 void LiveSettings::write(const std::string& name, const std::string& text) {
-    Core::AbstractProperty& property = graph.getProperty(name);
+    const LiveBlocks::Setting setting = graph.getBlocks().getSetting(name);
     Complaints complaints;
     const auto value = readValueText(text, name, false, complaints);
-    if (value) withRefusalsTold([&] { writePropertyOrRaise(property, *value, complaints); });
+    if (value) withRefusalsTold([&] { writePropertyOrRaise(setting.property, *value, complaints); });
     raise(complaints);
-    graph.lookAgain(graph.getBlock(name.substr(0, name.find('.'))));
+    graph.lookAgain(setting.block);
 }
 
 void LiveSettings::fire(const std::string& name) {
-    auto* const command = dynamic_cast<Core::CommandProperty*>(&graph.getProperty(name));
+    const LiveBlocks::Setting setting = graph.getBlocks().getSetting(name);
+    auto* const command = dynamic_cast<Core::CommandProperty*>(&setting.property);
     if (command == nullptr)
         throw ControlException("found the setting '" + name +
                                "'; expected a command, which is fired, not set");
     withRefusalsTold([&] { command->fire(); });
-    graph.lookAgain(graph.getBlock(name.substr(0, name.find('.'))));
+    graph.lookAgain(setting.block);
 }
 
 std::unique_ptr<SettingWatch> LiveSettings::observe(const std::string& pattern,
                                                     SettingWatch::Handler handler) const {
     std::vector<Core::AbstractProperty*> properties;
     std::vector<std::string> names;
-    for (Core::Filter* const block : graph.getBlocks())
+    for (Core::Filter* const block : graph.getBlocks().getAll())
         for (Core::AbstractProperty* const property : block->getPropertyBag()) {
             std::string name = block->getName() + "." + property->getName();
             if (!matches(pattern, name)) continue;

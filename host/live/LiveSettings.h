@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/AbstractProperty.h"
+#include "host/graph/BlockDescription.h"
 #include "host/live/LiveGraph.h"
 
 #include <functional>
@@ -18,12 +19,14 @@ struct SettingState {
     std::string expected; ///< What may be written: `a whole number from 0 to 10`.
     bool isCommand = false;
     bool isWritable = false;
+    PropertyDescription::Held held{}; ///< The value itself, for programs.
 };
 
 /// Hears of changes of some settings until it is gone. Requires: it goes before the run that it watches.
 class QUILLMERE_API SettingWatch final : private Core::PropertyObserver {
 public:
-    /// Called in the writer's thread, under its guard: it must be quick, and read or change nothing but what it is told of.
+    /// Called in the writer's thread, under its guard: it must be quick, and read or change nothing but what
+    /// it is told of.
     using Handler = std::function<void(const SettingState&)>;
 
     SettingWatch(std::vector<Core::AbstractProperty*> watched, std::vector<std::string> names,
@@ -42,8 +45,8 @@ private:
     const Handler onChange;
 };
 
-/// Settings and commands of a live run, by name. Every operation may be called by any thread; what is refused is a
-/// `ControlException`.
+/// Settings and commands of a live run, by name. Every operation may be called by any thread; what is refused
+/// is a `ControlException`.
 class LiveSettings {
 public:
     /// The graph is not owned.

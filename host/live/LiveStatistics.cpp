@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/LiveStatistics.h"
 
+#include "framework/Quillmere.h"
+#include "host/text/Json.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -9,7 +12,8 @@ namespace Quillmere::Host {
 namespace {
 using Row = std::vector<std::string>;
 
-/// The rows with cells below each other, the first `leftAligned` of them by their begin and the others by their end.
+/// The rows with cells below each other, the first `leftAligned` of them by their begin and the others by
+/// their end.
 void appendTable(const std::vector<Row>& rows, std::size_t leftAligned, std::vector<std::string>& lines) {
     std::vector<std::size_t> widths(rows.front().size(), 0);
     for (const Row& row : rows)
@@ -31,7 +35,43 @@ std::string fixed(double number) {
     std::snprintf(text, sizeof text, "%.3f", number);
     return text;
 }
+
+LiveStatistics::Block statisticsOf(const Core::Filter& block) {
+    LiveStatistics::Block entry;
+    entry.id = block.getName();
+    entry.type = block.getTypeName();
+    if (const Core::LayoutManager* const layout = block.getManager()) entry.layout = layout->getName();
+    entry.steps = block.stepTally.steps.get();
+    for (const Core::AbstractOutputPin* const pin : block.getOutputPins())
+        entry.samplesOut += pin->getSentCount();
+    const std::uint64_t measured = block.stepTally.measuredSteps.get();
+    if (measured > 0)
+        entry.seconds = 1e-9 * static_cast<double>(block.stepTally.nanoseconds.get()) *
+                        static_cast<double>(entry.steps) / static_cast<double>(measured);
+    return entry;
+}
 } // namespace
+
+LiveStatistics LiveStatistics::of(const std::vector<Core::Filter*>& blocks) {
+    LiveStatistics statistics;
+    for (const Core::Filter* const block : blocks) {
+        LiveStatistics::Block entry = statisticsOf(*block);
+        for (Core::AbstractInputPin* const pin : block->getInputPins()) {
+            const Core::LinkCounts counts = pin->getCounts();
+            entry.samplesIn += counts.taken;
+            entry.lost += counts.getLost();
+            const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
+            if (sender == nullptr && counts.received == 0) continue;
+            // Values of a timeline come from nobody's block.
+            const std::string from =
+                sender == nullptr ? "" : sender->getManager()->getName() + "." + sender->getName();
+            statistics.links.push_back({from, block->getName() + "." + pin->getName(), counts.received,
+                                        counts.taken, counts.getLost(), counts.waiting});
+        }
+        statistics.blocks.push_back(std::move(entry));
+    }
+    return statistics;
+}
 
 std::vector<std::string> LiveStatistics::getText() const {
     std::vector<std::string> lines;
@@ -50,6 +90,28 @@ std::vector<std::string> LiveStatistics::getText() const {
                         std::to_string(link.waiting), std::to_string(link.lost)});
     appendTable(rows, 2, lines);
     return lines;
+}
+
+std::string LiveStatistics::getJson() const {
+    std::vector<Json::Text> ofBlocks;
+    for (const Block& block : blocks)
+        ofBlocks.push_back(Json::object({{"id", Json::text(block.id)},
+                                         {"type", Json::text(block.type)},
+                                         {"layout", Json::text(block.layout)},
+                                         {"steps", std::to_string(block.steps)},
+                                         {"samplesIn", std::to_string(block.samplesIn)},
+                                         {"samplesOut", std::to_string(block.samplesOut)},
+                                         {"lost", std::to_string(block.lost)},
+                                         {"seconds", Json::number(block.seconds)}}));
+    std::vector<Json::Text> ofLinks;
+    for (const Link& link : links)
+        ofLinks.push_back(Json::object({{"from", link.from.empty() ? Json::null() : Json::text(link.from)},
+                                        {"to", Json::text(link.to)},
+                                        {"received", std::to_string(link.received)},
+                                        {"taken", std::to_string(link.taken)},
+                                        {"waiting", std::to_string(link.waiting)},
+                                        {"lost", std::to_string(link.lost)}}));
+    return Json::object({{"blocks", Json::list(ofBlocks)}, {"links", Json::list(ofLinks)}});
 }
 
 } // namespace Quillmere::Host

@@ -7,6 +7,10 @@
 #include <string>
 #include <vector>
 
+namespace Quillmere::Core {
+class Filter;
+}
+
 namespace Quillmere::Host {
 
 /// What a live run's blocks and links have done so far.
@@ -33,8 +37,13 @@ struct LiveStatistics {
     std::vector<Block> blocks; ///< In the order of the file, then in that in which they were added.
     std::vector<Link> links;
 
+    /// Reads what these blocks have counted. Requires: links and layouts don't change meanwhile. [any]
+    static LiveStatistics of(const std::vector<Core::Filter*>& blocks);
+
     /// Two tables for people, a line each entry.
     QUILLMERE_API std::vector<std::string> getText() const;
+    /// The same for programs, in JSON.
+    QUILLMERE_API std::string getJson() const;
 };
 
 } // namespace Quillmere::Host

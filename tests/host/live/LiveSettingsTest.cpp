@@ -8,6 +8,8 @@
 #include <atomic>
 #include <string>
 #include <thread>
+#include <utility>
+#include <variant>
 #include <vector>
 
 namespace {
@@ -59,6 +61,23 @@ TEST_F(LiveSettingsTest, AListHasEverythingInTheOrderOfTheFile) {
                          "odd.matrix = [[0.5, 0.5]] (a matrix)", "odd.locked = 0 (a number) locked",
                          "odd.unlock = false (true or false)", "odd.Reset =  () command locked",
                          "g.Gain = 1 (a number)"}));
+}
+
+TEST_F(LiveSettingsTest, AStateHasTheValueItselfBesideItsText) {
+    using Held = PropertyDescription::Held;
+    liveRun->write("odd.matrix", "[[1, 2], [3, 4]]");
+    const Quillmere::Core::MatrixXd matrix{{1, 2}, {3, 4}};
+    const std::pair<const char*, Held> rows[] = {{"odd.flag", false},        {"odd.whole", std::int64_t{0}},
+                                                 {"odd.ranged.number", 0.5}, {"odd.choice", std::int64_t{0}},
+                                                 {"odd.matrix", matrix},     {"odd.Reset", std::monostate{}}};
+    for (const auto& [name, held] : rows)
+        EXPECT_TRUE(liveRun->read(name).held == held) << name;
+    std::vector<Held> seen;
+    const auto watch =
+        liveRun->observe("odd.number", [&](const SettingState& setting) { seen.push_back(setting.held); });
+    liveRun->write("odd.number", "2.5");
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_EQ(std::get<double>(seen.front()), 2.5);
 }
 
 TEST_F(LiveSettingsTest, PatternsChoose) {

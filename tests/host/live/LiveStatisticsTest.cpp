@@ -53,4 +53,51 @@ TEST(LiveStatistics, WithoutLinksThereIsOneTable) {
     EXPECT_EQ(LiveStatistics().getText(), (Lines{"block  type  layout  steps  in  out  lost  ms"}));
 }
 
+TEST(LiveStatistics, ForProgramsTheyAreJson) {
+    LiveStatistics statistics;
+    statistics.blocks = {{.id = "in",
+                          .type = "RecordingSource",
+                          .layout = "a \"b\"",
+                          .steps = 12000,
+                          .samplesIn = 1,
+                          .samplesOut = 24000,
+                          .lost = 2,
+                          .seconds = 0.25}};
+    statistics.links = {{.from = "in.x", .to = "b.x", .received = 5, .taken = 4, .lost = 1, .waiting = 3},
+                        {.from = "", .to = "b.y", .received = 1, .taken = 1}};
+    EXPECT_EQ(statistics.getJson(), R"({
+  "blocks": [
+    {
+      "id": "in",
+      "type": "RecordingSource",
+      "layout": "a \"b\"",
+      "steps": 12000,
+      "samplesIn": 1,
+      "samplesOut": 24000,
+      "lost": 2,
+      "seconds": 0.25
+    }
+  ],
+  "links": [
+    {
+      "from": "in.x",
+      "to": "b.x",
+      "received": 5,
+      "taken": 4,
+      "waiting": 3,
+      "lost": 1
+    },
+    {
+      "from": null,
+      "to": "b.y",
+      "received": 1,
+      "taken": 1,
+      "waiting": 0,
+      "lost": 0
+    }
+  ]
+})");
+    EXPECT_EQ(LiveStatistics().getJson(), "{\n  \"blocks\": [],\n  \"links\": []\n}");
+}
+
 } // namespace

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include "host/live/LiveStructure.h"
+
+#include "host/live/ControlException.h"
+#include "host/text/Complaint.h"
+
+#include <Poco/Exception.h>
+
+#include <utility>
+
+namespace Quillmere::Host {
+
+namespace {
+/// Gives an input without a link its buffer back. Where there is no memory for it the input keeps what it
+/// has: its next link brings its own.
+void restoreBuffer(Core::AbstractInputPin& input, std::uint32_t capacity, bool isLifo) noexcept {
+    try {
+        input.setIsLifo(isLifo);
+        input.setBufferCapacity(capacity);
+    } catch (const std::exception&) {
+    }
+}
+
+void attachOrRefuse(const LinkRequest& request, Core::AbstractOutputPin& from, Core::AbstractInputPin& to) {
+    try {
+        from.attach(to, false);
+    } catch (const Poco::Exception& exception) {
+        throw ControlException("'" + request.from + "' and '" + request.to + "' can't be linked (" +
+                               exception.displayText() + ")");
+    }
+}
+} // namespace
+
+void LiveStructure::move(const std::string& block, const std::string& layout) {
+    const LiveGraph::Standstill still(graph);
+    Core::Filter& moved = graph.getBlocks().getBlock(block);
+    LiveLayout& to = graph.getLayout(layout);
+    LiveLayout* const from = graph.layoutOf(moved);
+    if (from == &to) return;
+    if (from != nullptr && from->getClock() == &moved)
+        throw ControlException("found the block '" + block + "', which is the clock of '" + from->getId() +
+                               "'; expected a block that another one drives");
+    try {
+        to.getBlocks().add(moved);
+    } catch (...) {
+        if (graph.layoutOf(moved) != from) graph.rearrange(); // without some of its links
+        throw;
+    }
+    graph.rearrange();
+}
+
+void LiveStructure::attach(const LinkRequest& request) {
+    const LiveGraph::Standstill still(graph);
+    Core::AbstractOutputPin& from = graph.getBlocks().getOutput(request.from);
+    Core::AbstractInputPin& to = graph.getBlocks().getInput(request.to);
+    if (to.getConnectedOutput() != nullptr)
+        throw ControlException("found the input '" + request.to +
+                               "', which has a link; expected one without");
+    if (request.overflow == Overflow::Wait) requireNoLoop(request, from, to);
+    if (request.buffer == 0) throw ControlException("found a buffer of 0; expected 1 sample at least");
+    const std::uint32_t formerBuffer = to.getBufferCapacity();
+    const bool wasNewestFirst = to.getIsLifo();
+    try {
+        graph.setOverflow(to, request.overflow);
+        to.setBufferCapacity(request.buffer);
+        to.setIsLifo(request.isNewestFirst);
+        attachOrRefuse(request, from, to);
+    } catch (...) {
+        graph.setOverflow(to, {});
+        restoreBuffer(to, formerBuffer, wasNewestFirst);
+        throw;
+    }
+    graph.rearrange();
+}
+
+/// Layouts that feed each other can't wait for each other.
+void LiveStructure::requireNoLoop(const LinkRequest& request, const Core::AbstractOutputPin& from,
+                                  const Core::AbstractInputPin& to) {
+    const LiveLayout& sender = graph.getLayout(Core::layoutOf(from)->getName());
+    const LiveLayout& reader = graph.getLayout(Core::layoutOf(to)->getName());
+    if (&sender != &reader && graph.getIsLeading(reader, sender))
+        throw ControlException("found 'overflow: wait' from '" + request.from + "' to '" + request.to +
+                               "', whose layouts feed each other in a loop; expected 'overflow: drop'");
+}
+
+void LiveStructure::detach(const std::string& input) {
+    const LiveGraph::Standstill still(graph);
+    Core::AbstractInputPin& to = graph.getBlocks().getInput(input);
+    if (to.getConnectedOutput() == nullptr)
+        throw ControlException("found the input '" + input + "', which has no link; expected one that has");
+    to.detachAll();
+    graph.setOverflow(to, {});
+    graph.rearrange();
+}
+
+void LiveStructure::add(const std::string& id, const std::string& type, const std::string& layout) {
+    const LiveGraph::Standstill still(graph);
+    if (!GraphDescription::getIsId(id))
+        throw ControlException("found the id '" + id + "'; expected " + GraphDescription::kIdLetters);
+    if (graph.getBlocks().getIsKnown(id))
+        throw ControlException("found the id '" + id + "' a second time; expected an id of its own");
+    LiveLayout& to = graph.getLayout(layout);
+    // The host's own blocks are told what they read and write before a run.
+    BlockPtr block = catalogue.getIsHostType(type) ? nullptr : catalogue.create(type, id);
+    if (block == nullptr)
+        throw ControlException(
+            Complaint::unknown({}, "the block type '" + type + "'", type, catalogue.getTypeNames()));
+    graph.add(std::move(block), to);
+}
+
+} // namespace Quillmere::Host
