@@ -3,6 +3,7 @@
 
 #include "cli/Usage.h"
 #include "host/live/ControlException.h"
+#include "host/control/ControlConsole.h"
 #include "host/control/ControlSocket.h"
 
 #include <CLI/CLI.hpp>
@@ -11,6 +12,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <iostream>
@@ -92,6 +94,13 @@ private:
     std::string received;
 };
 
+/// Whether lines may follow the answer to a request of that word.
+bool getGoesOn(const std::string& word) {
+    const auto& requests = ControlConsole::getRequests();
+    return std::any_of(requests.begin(), requests.end(),
+                       [&](const ControlRequest& request) { return request.word == word && request.goesOn; });
+}
+
 } // namespace
 
 CtlCommand::CtlCommand(CLI::App& command) : application(command) {
@@ -103,9 +112,10 @@ CtlCommand::CtlCommand(CLI::App& command) : application(command) {
     // The request is taken as it stands: an option would take brackets for a list of words, and a value such as -2 for
     // an option.
     command.prefix_command();
-    command.footer(
-        "Behind PATH stands the request: set NAME VALUE, get NAME, fire NAME, list [PATTERN], watch PATTERN, "
-        "stats, state, stop, help.");
+    std::string requests = "Behind PATH stands the request:";
+    for (const std::string& line : ControlConsole::getHelp())
+        requests += "\n  " + line;
+    command.footer(requests);
 }
 
 /// The words in a line; the second is a name or a pattern, which may have blanks.
@@ -125,7 +135,7 @@ ExitCode CtlCommand::run() {
     if (words.empty())
         throw UsageError{"found no request behind '" + path +
                          "'; expected one, such as 'help', which lists them"};
-    const bool watches = words.front() == "watch";
+    const bool watches = getGoesOn(words.front());
     Line line(path, std::chrono::seconds(timeout));
     line.send(requestOf(words));
     bool isAnswered = false;

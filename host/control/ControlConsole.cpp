@@ -6,13 +6,11 @@
 #include "host/live/ControlException.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace Quillmere::Host {
 
 namespace {
-const std::vector<std::string> kRequests{"set",   "get",   "fire", "list", "watch",
-                                         "stats", "state", "stop", "help"};
-
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t\r");
     if (first == std::string_view::npos) return {};
@@ -30,16 +28,40 @@ std::string takeWord(std::string_view& text) {
     return word;
 }
 
-std::string requireWord(std::string_view& text, const std::string& form) {
-    std::string word = takeWord(text);
-    if (word.empty()) throw ControlException("found nothing behind it; expected '" + form + "'");
-    return word;
-}
+/// What stands behind the word of a request.
+class Words {
+public:
+    Words(std::string_view behindWord, const char* requestForm) : text(behindWord), form(requestForm) {}
 
-void requireEnd(std::string_view text, const std::string& form) {
-    if (!text.empty())
-        throw ControlException("found '" + std::string(text) + "' behind it; expected '" + form + "'");
-}
+    /// The next word; empty where there is none.
+    std::string take() { return takeWord(text); }
+    std::string require() {
+        std::string word = take();
+        if (word.empty())
+            throw ControlException("found nothing behind it; expected '" + std::string(form) + "'");
+        return word;
+    }
+    /// All that is left.
+    std::string requireRest(const std::string& name) const {
+        if (text.empty())
+            throw ControlException("found no value for '" + name + "'; expected '" + form + "'");
+        return std::string(text);
+    }
+    void requireEnd() const {
+        if (!text.empty())
+            throw ControlException("found '" + std::string(text) + "' behind it; expected '" + form + "'");
+    }
+    bool getIs(std::string_view word) const { return text == word; }
+    std::string requireLast() {
+        std::string word = require();
+        requireEnd();
+        return word;
+    }
+
+private:
+    std::string_view text;
+    const char* const form;
+};
 
 std::string nameOf(LiveRun::State state) {
     switch (state) {
@@ -62,6 +84,14 @@ std::string lineOf(const SettingState& setting) {
     return setting.isCommand ? setting.name : setting.name + " = " + setting.value;
 }
 
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
 /// An answer is lines, so nothing within one may end it; nor turn a terminal's colours.
 std::string asOneLine(std::string text) {
     for (char& c : text)
@@ -69,16 +99,108 @@ std::string asOneLine(std::string text) {
     return text;
 }
 
-const std::vector<std::string> kHelp{
-    "set BLOCK.SETTING VALUE  write a setting; values are written as in a graph file",
-    "get BLOCK.SETTING        its value",
-    "fire BLOCK.COMMAND       fire a command",
-    "list [PATTERN]           settings and commands, as in: list smooth.*",
-    "watch PATTERN            values now, and again whenever one changes",
-    "stats                    what blocks and links have done so far",
-    "state                    whether the run runs, and how far it is",
-    "stop                     end the run; its results are whole"};
 } // namespace
+
+/// What a request does with the words behind it; gives back the lines of its answer.
+struct ControlConsole::Handlers {
+    using Handler = Lines (*)(ControlConsole&, Words&);
+    struct Row {
+        ControlRequest request;
+        Handler handler;
+    };
+    static const std::vector<Row>& getTable();
+
+    static Lines set(ControlConsole& self, Words& words) {
+        const std::string name = words.require();
+        self.run.write(name, words.requireRest(name));
+        return {};
+    }
+    static Lines get(ControlConsole& self, Words& words) {
+        return {self.run.read(words.requireLast()).value};
+    }
+    static Lines fire(ControlConsole& self, Words& words) {
+        self.run.fire(words.requireLast());
+        return {};
+    }
+    static Lines list(ControlConsole& self, Words& words) {
+        const std::string pattern = words.take();
+        words.requireEnd();
+        Lines lines;
+        for (const SettingState& setting : self.run.list(pattern.empty() ? "*" : pattern)) {
+            const std::string kind = setting.isCommand ? "command" : setting.expected;
+            lines.push_back(lineOf(setting) + "  (" + kind +
+                            (setting.isCommand || setting.isWritable ? ")" : ", not writable)"));
+        }
+        return lines;
+    }
+    static Lines watch(ControlConsole& self, Words& words) {
+        const std::string pattern = words.requireLast();
+        self.watches.push_back(self.run.observe(
+            pattern, [&self](const SettingState& setting) { self.tell(asOneLine(lineOf(setting))); }));
+        Lines lines;
+        for (const SettingState& setting : self.run.list(pattern))
+            lines.push_back(lineOf(setting));
+        return lines;
+    }
+    static Lines stats(ControlConsole& self, Words& words) {
+        if (words.getIs("--json")) return linesOf(self.run.getStatistics().getJson());
+        words.requireEnd();
+        return self.run.getStatistics().getText();
+    }
+    static Lines state(ControlConsole& self, Words& words) {
+        words.requireEnd();
+        const RunProgress progress = self.run.getProgress();
+        return {nameOf(self.run.getState()) + ", " + counted(progress.rows, "row") + ", " +
+                counted(progress.rounds, "round")};
+    }
+    static Lines stop(ControlConsole& self, Words& words) {
+        words.requireEnd();
+        self.run.stop();
+        return {};
+    }
+    static Lines help(ControlConsole&, Words& words) {
+        words.requireEnd();
+        return getHelp();
+    }
+};
+
+/// The one place that knows them all. docs/live.md lists them too, and a test compares.
+const std::vector<ControlConsole::Handlers::Row>& ControlConsole::Handlers::getTable() {
+    static const std::vector<Row> table{
+        {{"set", "set BLOCK.SETTING VALUE", "write a setting; values are written as in a graph file"}, set},
+        {{"get", "get BLOCK.SETTING", "its value"}, get},
+        {{"fire", "fire BLOCK.COMMAND", "fire a command"}, fire},
+        {{"list", "list [PATTERN]", "settings and commands, as in: list smooth.*"}, list},
+        {{"watch", "watch PATTERN", "values now, and again whenever one changes", true}, watch},
+        {{"stats", "stats [--json]", "what blocks and links have done so far"}, stats},
+        {{"state", "state", "whether the run runs, and how far it is"}, state},
+        {{"stop", "stop", "end the run; its results are whole"}, stop},
+        {{"help", "help", "these"}, help},
+    };
+    return table;
+}
+
+const std::vector<ControlRequest>& ControlConsole::getRequests() {
+    static const std::vector<ControlRequest> requests = [] {
+        std::vector<ControlRequest> all;
+        for (const Handlers::Row& row : Handlers::getTable())
+            all.push_back(row.request);
+        return all;
+    }();
+    return requests;
+}
+
+ControlConsole::Lines ControlConsole::getHelp() {
+    std::size_t width = 0;
+    for (const ControlRequest& request : getRequests())
+        width = std::max(width, std::string_view(request.form).size());
+    Lines lines;
+    for (const ControlRequest& request : getRequests()) {
+        const std::string form = request.form;
+        lines.push_back(form + std::string(width - form.size() + 2, ' ') + request.help);
+    }
+    return lines;
+}
 
 ControlConsole::ControlConsole(LiveRun& liveRun, Teller teller) : run(liveRun), tell(std::move(teller)) {}
 
@@ -97,59 +219,17 @@ std::string ControlConsole::answer(std::string_view request) {
 
 ControlConsole::Lines ControlConsole::execute(std::string_view request) {
     const std::string word = takeWord(request);
-    if (word == "set") {
-        const std::string name = requireWord(request, "set BLOCK.SETTING VALUE");
-        if (request.empty())
-            throw ControlException("found no value for '" + name + "'; expected 'set BLOCK.SETTING VALUE'");
-        run.write(name, std::string(request));
-        return {};
+    std::vector<std::string> known;
+    for (const Handlers::Row& row : Handlers::getTable()) {
+        if (word == row.request.word) {
+            Words words(request, row.request.form);
+            return row.handler(*this, words);
+        }
+        known.emplace_back(row.request.word);
     }
-    if (word == "get" || word == "fire") {
-        const std::string form = word == "get" ? "get BLOCK.SETTING" : "fire BLOCK.COMMAND";
-        const std::string name = requireWord(request, form);
-        requireEnd(request, form);
-        if (word == "get") return {run.read(name).value};
-        run.fire(name);
-        return {};
-    }
-    if (word == "list") return list(request);
-    if (word == "watch") return watch(request);
-    if (!word.empty()) requireEnd(request, word);
-    if (word == "stats") return run.getStatistics().getText();
-    if (word == "state")
-        return {nameOf(run.getState()) + ", " + counted(run.getProgress().rows, "row") + ", " +
-                counted(run.getProgress().rounds, "round")};
-    if (word == "help") return kHelp;
-    if (word == "stop") {
-        run.stop();
-        return {};
-    }
-    const std::string nearest = nearestName(word, kRequests);
-    throw ControlException("found '" + word + "'; expected one of " + listOfNames(kRequests) +
+    const std::string nearest = nearestName(word, known);
+    throw ControlException("found '" + word + "'; expected one of " + listOfNames(known) +
                            (nearest.empty() ? "" : "; did you mean " + nearest + "?"));
-}
-
-ControlConsole::Lines ControlConsole::list(std::string_view pattern) const {
-    const std::string wanted = takeWord(pattern);
-    requireEnd(pattern, "list PATTERN");
-    Lines lines;
-    for (const SettingState& setting : run.list(wanted.empty() ? "*" : wanted)) {
-        const std::string kind = setting.isCommand ? "command" : setting.expected;
-        lines.push_back(lineOf(setting) + "  (" + kind +
-                        (setting.isCommand || setting.isWritable ? ")" : ", not writable)"));
-    }
-    return lines;
-}
-
-ControlConsole::Lines ControlConsole::watch(std::string_view pattern) {
-    const std::string wanted = requireWord(pattern, "watch PATTERN");
-    requireEnd(pattern, "watch PATTERN");
-    watches.push_back(
-        run.observe(wanted, [this](const SettingState& setting) { tell(asOneLine(lineOf(setting))); }));
-    Lines lines;
-    for (const SettingState& setting : run.list(wanted))
-        lines.push_back(lineOf(setting));
-    return lines;
 }
 
 } // namespace Quillmere::Host

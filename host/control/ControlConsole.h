@@ -12,14 +12,25 @@
 
 namespace Quillmere::Host {
 
-/// The language in which a run is controlled: lines in, lines out, for a person at a console and for programs alike.
+/// A request that a console answers, as people are told of it.
+struct ControlRequest {
+    const char* word;
+    const char* form; ///< The word and what it needs, as `watch PATTERN`; in brackets what may be left out.
+    const char* help; ///< What it does.
+    bool goesOn = false; ///< Whether lines may follow the answer, as long as who asked stays.
+};
+
+/// The language in which a run is controlled: lines in, lines out, for a person at a console and for programs
+/// alike.
 ///
-/// A request is a line: a word and what it needs, names with blanks in double quotes. The answer is any number of lines
-/// that begin with a blank, and then `ok`, or `error: ` and why. `docs/live.md` lists the requests.
+/// A request is a line: a word and what it needs, names with blanks in double quotes. The answer is any
+/// number of lines that begin with a blank, and then `ok`, or `error: ` and why. `docs/live.md` lists the
+/// requests.
 class QUILLMERE_API ControlConsole {
 public:
-    /// Takes a line about a setting that is watched, without its line end. Called by any thread, under a guard: it must be
-    /// quick.
+    using Lines = std::vector<std::string>;
+    /// Takes a line about a setting that is watched, without its line end. Called by any thread, under a
+    /// guard: it must be quick.
     using Teller = std::function<void(const std::string& line)>;
 
     /// `run` is not owned and outlives the console.
@@ -28,17 +39,20 @@ public:
     ControlConsole(const ControlConsole&) = delete;
     ControlConsole& operator=(const ControlConsole&) = delete;
 
+    /// All requests that there are, in the order in which people are told of them.
+    static const std::vector<ControlRequest>& getRequests();
+    /// What they do: a line for each, its form first.
+    static Lines getHelp();
+
     /// The answer to a request, line ends included.
     std::string answer(std::string_view request);
     /// Whether it has asked to be told of changes, so that who is silent waits for something. [any]
     bool getIsWatching() const { return !watches.empty(); }
 
 private:
-    using Lines = std::vector<std::string>;
+    struct Handlers;
 
     Lines execute(std::string_view request);
-    Lines list(std::string_view pattern) const;
-    Lines watch(std::string_view pattern);
 
     LiveRun& run;
     const Teller tell;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -75,7 +76,7 @@ TEST_F(ControlConsoleTest, AListShowsValuesAndWhatMayBeWritten) {
         {{"list odd.[lR]*", " odd.locked = 0  (a number, not writable)\n odd.Reset  (command)\nok\n"},
          {"list odd.fl*", " odd.flag = false  (true or false)\nok\n"},
          {"list nothing", "ok\n"},
-         {"list odd.* x", "error: found 'x' behind it; expected 'list PATTERN'\n"}});
+         {"list odd.* x", "error: found 'x' behind it; expected 'list [PATTERN]'\n"}});
     const std::string all = console->answer("list");
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 13) << all;
     EXPECT_EQ(console->answer("list *"), all);
@@ -99,7 +100,7 @@ TEST_F(ControlConsoleTest, RefusalsAnswerInOneLine) {
         {"watch", "error: found nothing behind it; expected 'watch PATTERN'\n"},
         {"watch even.*", "error: found no setting that 'even.*' matches; expected one at least\n"},
         {"watch odd.* x", "error: found 'x' behind it; expected 'watch PATTERN'\n"},
-        {"stats now", "error: found 'now' behind it; expected 'stats'\n"},
+        {"stats now", "error: found 'now' behind it; expected 'stats [--json]'\n"},
         {"state x", "error: found 'x' behind it; expected 'state'\n"},
         {"stop please", "error: found 'please' behind it; expected 'stop'\n"},
         {"stpo", "error: found 'stpo'; expected one of set, get, fire, list, watch, stats, state, stop and "
@@ -112,7 +113,7 @@ TEST_F(ControlConsoleTest, RefusalsAnswerInOneLine) {
 TEST_F(ControlConsoleTest, WordsOfMoreThanALineAreAnsweredInOne) {
     expectAnswers({{"set \"three.rise [units]\" -1e301", "error: found a fall; expected a rise\n"},
                    {"get \"three.ri\nse\"",
-                    "error: found the setting 'ri se' of 'three'; expected one of rise [units]\n"}});
+                    "error: found the setting 'ri\\nse' of 'three'; expected one of rise [units]\n"}});
 }
 
 TEST_F(ControlConsoleTest, AWatchTellsValuesNowAndEachChange) {
@@ -154,11 +155,37 @@ TEST_F(ControlConsoleTest, StatisticsAreTheirText) {
     EXPECT_EQ(console->answer("stats"), wanted + "ok\n");
 }
 
-TEST_F(ControlConsoleTest, HelpNamesEveryRequest) {
-    const std::string help = "\n" + console->answer("help");
-    EXPECT_TRUE(help.ends_with("\nok\n"));
-    for (const char* const request : {"set", "get", "fire", "list", "watch", "stats", "state", "stop"})
-        EXPECT_NE(help.find("\n " + std::string(request) + " "), std::string::npos) << request;
+TEST_F(ControlConsoleTest, StatisticsForProgramsAreTheirJson) {
+    std::istringstream json(liveRun->getStatistics().getJson());
+    std::string wanted;
+    for (std::string line; std::getline(json, line);)
+        wanted += " " + line + "\n";
+    EXPECT_EQ(console->answer("stats --json"), wanted + "ok\n");
+    expectAnswers({{"stats --jso", "error: found '--jso' behind it; expected 'stats [--json]'\n"},
+                   {"stats --json x", "error: found '--json x' behind it; expected 'stats [--json]'\n"}});
+}
+
+TEST_F(ControlConsoleTest, TheHelpIsTheTableOfRequests) {
+    EXPECT_EQ(console->answer("help"),
+              " set BLOCK.SETTING VALUE  write a setting; values are written as in a graph file\n"
+              " get BLOCK.SETTING        its value\n"
+              " fire BLOCK.COMMAND       fire a command\n"
+              " list [PATTERN]           settings and commands, as in: list smooth.*\n"
+              " watch PATTERN            values now, and again whenever one changes\n"
+              " stats [--json]           what blocks and links have done so far\n"
+              " state                    whether the run runs, and how far it is\n"
+              " stop                     end the run; its results are whole\n"
+              " help                     these\n"
+              "ok\n");
+}
+
+TEST_F(ControlConsoleTest, EveryRequestOfTheTableIsAnswered) {
+    for (const ControlRequest& request : ControlConsole::getRequests()) {
+        const std::string word = request.word;
+        EXPECT_TRUE((std::string(request.form) + " ").starts_with(word + " "));
+        EXPECT_EQ(console->answer(word + " a b c").find("expected one of set"), std::string::npos) << word;
+        EXPECT_EQ(request.goesOn, word == "watch");
+    }
 }
 
 } // namespace
