@@ -5,6 +5,7 @@
 #include "host/live/ControlException.h"
 #include "host/control/ControlConsole.h"
 #include "host/control/ControlSocket.h"
+#include "host/text/Complaint.h"
 
 #include <CLI/CLI.hpp>
 
@@ -54,8 +55,9 @@ public:
         for (std::size_t seen = 0; (end = received.find('\n', seen)) == std::string::npos;) {
             seen = received.size();
             if (seen > kLongestLine)
-                throw ControlException(path + ": found a line of more than " + std::to_string(kLongestLine) +
-                                       " bytes; expected the --control of a run");
+                throw ControlException({{path},
+                                        "a line of more than " + std::to_string(kLongestLine) + " bytes",
+                                        "the --control of a run"});
             waitFor(POLLIN);
             char piece[4096];
             const ssize_t count = ::recv(descriptor, piece, sizeof piece, 0);
@@ -82,8 +84,9 @@ private:
             const int count = ::poll(&entry, 1, left.count() < most ? static_cast<int>(left.count()) : most);
             if (count > 0 || (count < 0 && errno != EINTR)) return;
         }
-        throw ControlException(path + ": found no answer within " + std::to_string(patience.count()) +
-                               " s; expected one sooner, or a longer --timeout");
+        throw ControlException({{path},
+                                "no answer within " + std::to_string(patience.count()) + " s",
+                                "one sooner, or a longer --timeout"});
     }
 
     const std::string path;
@@ -123,7 +126,7 @@ std::string CtlCommand::requestOf(const std::vector<std::string>& words) {
     std::string line;
     for (std::size_t i = 0; i < words.size(); ++i) {
         if (words[i].find('\n') != std::string::npos)
-            throw UsageError{"found a line end in the request; expected one line"};
+            throw UsageError({{}, "a line end in the request", "one line"});
         const bool isName = i == 1 && words[i].find(' ') != std::string::npos;
         line += (i == 0 ? "" : " ") + (isName ? "\"" + words[i] + "\"" : words[i]);
     }
@@ -133,8 +136,7 @@ std::string CtlCommand::requestOf(const std::vector<std::string>& words) {
 ExitCode CtlCommand::run() {
     const std::vector<std::string> words = application.remaining();
     if (words.empty())
-        throw UsageError{"found no request behind '" + path +
-                         "'; expected one, such as 'help', which lists them"};
+        throw UsageError({{}, "no request behind '" + path + "'", "one, such as 'help', which lists them"});
     const bool watches = getGoesOn(words.front());
     Line line(path, std::chrono::seconds(timeout));
     line.send(requestOf(words));

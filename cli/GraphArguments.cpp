@@ -2,7 +2,6 @@
 #include "cli/GraphArguments.h"
 
 #include "host/text/Address.h"
-#include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 #include "host/recording/HostCatalogue.h"
 
@@ -19,13 +18,12 @@ namespace {
 using Quillmere::Host::Address;
 using Quillmere::Host::BlockCatalogue;
 using Quillmere::Host::BlockPtr;
+using Quillmere::Host::Complaint;
 using Quillmere::Host::Complaints;
 using Quillmere::Host::GraphChanges;
 using Quillmere::Host::HostCatalogue;
 using Quillmere::Host::kLongestName;
 using Quillmere::Host::kOwnPluginFile;
-using Quillmere::Host::listOfNames;
-using Quillmere::Host::nearestName;
 using Quillmere::Host::printable;
 using Quillmere::Host::Warning;
 
@@ -55,7 +53,7 @@ std::pair<std::string, std::string> splitSetting(const std::string& text, const 
                                                  const std::string& form) {
     const std::size_t sign = text.find('=');
     if (sign == std::string::npos || sign == 0)
-        throw UsageError{option + ": found '" + printable(text, kLongestName) + "'; expected " + form};
+        throw UsageError({{option}, "'" + printable(text, kLongestName) + "'", form});
     return {text.substr(0, sign), text.substr(sign + 1)};
 }
 
@@ -115,8 +113,7 @@ BlockCatalogue loadCatalogue(const PluginArguments& arguments) {
     if (!beside.empty())
         catalogue.load(beside);
     else if (arguments.plugins.empty())
-        throw UsageError{std::string("found no ") + kOwnPluginFile +
-                         " beside this program; expected --plugin FILE"};
+        throw UsageError({{}, std::string("no ") + kOwnPluginFile + " beside this program", "--plugin FILE"});
     return catalogue;
 }
 
@@ -126,9 +123,7 @@ BlockPtr createBlock(const BlockCatalogue& catalogue, const std::string& type) {
     std::vector<std::string> known = catalogue.getTypeNames();
     for (std::string& name : catalogue.getHostTypeNames())
         known.push_back(std::move(name));
-    const std::string nearest = nearestName(type, known);
-    throw UsageError{"found the block type '" + type + "'; expected one of " + listOfNames(known) +
-                     (nearest.empty() ? "" : "; did you mean " + nearest + "?")};
+    throw UsageError(Complaint::unknown({}, "the block type '" + type + "'", type, known));
 }
 
 } // namespace Cli

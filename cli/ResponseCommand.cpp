@@ -44,11 +44,7 @@ struct CutGraph {
             ids.push_back(node.description->id);
             if (node.description->id == id) block = node.block.get();
         }
-        if (block == nullptr) {
-            const std::string nearest = nearestName(id, ids);
-            throw UsageError{"found the block '" + id + "'; expected one of " + listOfNames(ids) +
-                             (nearest.empty() ? "" : "; did you mean " + nearest + "?")};
-        }
+        if (block == nullptr) throw UsageError(Complaint::unknown({}, "the block '" + id + "'", id, ids));
         graph.cutLoose(*block);
     }
 
@@ -89,15 +85,15 @@ ResultOptions pictureOptions(bool overwrites) {
 /// Before the measurement, which may take long.
 void checkPicture(const std::string& path, bool overwrites) {
     const auto refusal = ResultPath(path).findRefusal(pictureOptions(overwrites));
-    if (refusal) throw UsageError{"--picture: found " + refusal->found + "; expected " + refusal->expected};
+    if (refusal) throw UsageError({{"--picture"}, refusal->found, refusal->expected});
 }
 
 /// What the command reads is never replaced, whatever the user allows.
 void keepFromPicture(const std::string& picture, const std::string& file, const std::string& what) {
     std::error_code error; // of what isn't there, which can't be the same
     if (std::filesystem::equivalent(picture, file, error))
-        throw UsageError{"--picture: found " + what + " '" + printable(file, kLongestName) +
-                         "'; expected a file that isn't read"};
+        throw UsageError(
+            {{"--picture"}, what + " '" + printable(file, kLongestName) + "'", "a file that isn't read"});
 }
 
 /// False, with a message, where it can't be written; half a picture is of no use to anybody.
@@ -162,8 +158,7 @@ ExitCode ResponseCommand::run() {
 }
 
 FrequencyResponse ResponseCommand::measureType(const BlockCatalogue& catalogue) const {
-    if (!parameters.empty())
-        throw UsageError{"--param: found a block type; expected a graph file and a BLOCK"};
+    if (!parameters.empty()) throw UsageError({{"--param"}, "a block type", "a graph file and a BLOCK"});
     const BlockMaker make = [&] {
         return std::shared_ptr<Filter>(configuredBlock(catalogue, target, settings));
     };

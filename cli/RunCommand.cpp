@@ -14,6 +14,7 @@
 #include "host/live/LiveRun.h"
 #include "host/response/DesignWarnings.h"
 #include "host/run/OfflineRunner.h"
+#include "host/text/Complaint.h"
 
 #include <CLI/CLI.hpp>
 
@@ -46,15 +47,15 @@ double speedOf(const std::string& text) {
     return isNumber && std::isfinite(speed) ? speed : 0.0;
 }
 
-std::string found(const std::string& text) {
-    return "found '" + printable(text, kLongestName) + "'; expected ";
+std::string refusal(const std::string& text, const std::string& expected) {
+    return Complaint{{}, "'" + printable(text, kLongestName) + "'", expected}.getText();
 }
 
 std::string checkSteps(const std::string& text) {
     std::uint64_t steps = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), steps);
     if (error == std::errc() && end == text.data() + text.size() && steps > 0) return {};
-    return found(text) + "a whole number above 0";
+    return refusal(text, "a whole number above 0");
 }
 
 std::string checkDuration(const std::string& text) {
@@ -62,12 +63,12 @@ std::string checkDuration(const std::string& text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
     if (isNumber && std::isfinite(seconds) && seconds > 0.0) return {};
-    return found(text) + "a number of seconds above 0";
+    return refusal(text, "a number of seconds above 0");
 }
 
 std::string checkSpeed(const std::string& text) {
     if (speedOf(text) > 0.0) return {};
-    return found(text) + "a factor above 0, or max";
+    return refusal(text, "a factor above 0, or max");
 }
 
 } // namespace

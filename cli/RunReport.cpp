@@ -3,6 +3,7 @@
 
 #include "host/text/Counted.h"
 #include "host/ends/StandardStream.h"
+#include "host/text/Table.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -95,26 +96,20 @@ void printSummary(const RunOutcome& outcome, Clock::time_point start) {
                     [](const RunOutcome::Result& result) { return getIsStandardStream(result.path); });
     std::ostream& out = isDataOnOutput ? std::cerr : std::cout;
     const double seconds = secondsSince(start);
-    std::size_t width = 0;
-    for (const RunOutcome::Recording& recording : outcome.recordings)
-        width = std::max(width, recording.id.size());
-    for (const RunOutcome::Result& result : outcome.results)
-        width = std::max(width, result.id.size());
-    const auto begin = [&](const std::string& id) -> std::ostream& {
-        return out << "  " << id << std::string(width - std::min(width, id.size()) + 2, ' ');
-    };
     const Work work(outcome.progress, outcome.recordings.empty());
     out << outcome.graph << ": " << work.getText() << " (in " << formatted("%.2f", seconds) << " s, "
         << work.getSpeed(seconds) << ")\n";
+    Table ends(2);
     for (const RunOutcome::Recording& recording : outcome.recordings)
-        begin(recording.id) << textOf(recording) << "\n";
+        ends.add({recording.id, textOf(recording)});
     for (const RunOutcome::Result& result : outcome.results) {
-        begin(result.id) << counted(result.rows, "row");
-        if (!result.path.empty()) out << " to " << pathText(result.path, "standard output");
-        out << "\n";
+        const std::string where =
+            result.path.empty() ? "" : " to " + pathText(result.path, "standard output");
+        ends.add({result.id, counted(result.rows, "row") + where});
         for (const std::string& silence : result.silentPins)
-            begin("") << "nothing to " << silence << "\n";
+            ends.add({"", "nothing to " + silence});
     }
+    out << ends.getText();
 }
 
 void printWarnings(const RunOutcome& outcome) {

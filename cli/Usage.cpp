@@ -15,6 +15,7 @@
 namespace Cli {
 
 namespace {
+using Quillmere::Host::Complaint;
 using Quillmere::Host::kLongestName;
 using Quillmere::Host::listOfNames;
 using Quillmere::Host::nearestName;
@@ -27,11 +28,6 @@ bool looksLikeAGraph(const std::string& word) {
            std::filesystem::exists(word, error);
 }
 
-std::string guess(const std::string& name, const std::vector<std::string>& known) {
-    const std::string nearest = nearestName(name, known);
-    return nearest.empty() ? "" : "; did you mean " + nearest + "?";
-}
-
 /// Null when there is none of that name.
 const CLI::App* findCommand(const CLI::App& program, const std::string& name) {
     const auto named =
@@ -41,11 +37,10 @@ const CLI::App* findCommand(const CLI::App& program, const std::string& name) {
 
 [[noreturn]] void refuseCommand(const CLI::App& program, const std::string& word) {
     const std::vector<std::string> names = commandNames(program);
-    const std::string text = "found the command '" + word + "'; expected one of " + listOfNames(names);
-    const std::string nearest = guess(word, names);
-    throw UsageError{text + (nearest.empty() && looksLikeAGraph(word)
-                                 ? "; did you mean 'quillmere run " + word + "'?"
-                                 : nearest)};
+    Complaint complaint = Complaint::unknown({}, "the command '" + word + "'", word, names);
+    if (complaint.suggestion.empty() && looksLikeAGraph(word))
+        complaint.suggestion = "'quillmere run " + word + "'";
+    throw UsageError(complaint);
 }
 } // namespace
 
@@ -68,38 +63,40 @@ std::vector<std::string> longOptions(const CLI::App& command) {
 void requireCommand(const CLI::App& program, const std::vector<std::string>& words) {
     const auto isWord = [](const std::string& word) { return !word.starts_with("-"); };
     if (words.empty())
-        throw UsageError{"found no command; expected one of " + listOfNames(commandNames(program)) +
-                         " ('quillmere help' tells what they do)"};
+        throw UsageError(
+            {{},
+             "no command",
+             "one of " + listOfNames(commandNames(program)) + " ('quillmere help' tells what they do)"});
     const auto first = std::find_if(words.begin(), words.end(), isWord);
     if (first != words.end() && findCommand(program, *first) == nullptr) refuseCommand(program, *first);
 }
 
 namespace {
 /// What was wrong with the words of a command. `whole` is how the command is called.
-std::string textOf(const CLI::ParseError& error, const CLI::App& command, const std::string& whole) {
+UsageError refusalOf(const CLI::ParseError& error, const CLI::App& command, const std::string& whole) {
     const std::string text = error.what();
     const std::string first = text.substr(0, text.find_first_of(" :"));
     const std::string last = text.substr(text.rfind(' ') + 1);
     switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
     case CLI::ExitCodes::RequiredError:
-        return "found no " + first + "; expected one, as '" + whole + " --help' tells";
+        return UsageError({{}, "no " + first, "one, as '" + whole + " --help' tells"});
     case CLI::ExitCodes::ExcludesError:
-        return "found " + last + " beside " + first + "; expected one of them";
+        return UsageError({{}, last + " beside " + first, "one of them"});
     case CLI::ExitCodes::RequiresError:
-        return "found " + first + " without " + last + "; expected both, or neither";
+        return UsageError({{}, first + " without " + last, "both, or neither"});
     case CLI::ExitCodes::ArgumentMismatch: {
-        if (!text.ends_with(" missing")) return "found " + first + " more than once; expected it once";
+        if (!text.ends_with(" missing")) return UsageError({{}, first + " more than once", "it once"});
         const CLI::Option* const option = command.get_option_no_throw(first);
-        return "found " + first + " without a value; expected " + first +
-               (option == nullptr ? "" : " " + option->get_type_name());
+        return UsageError({{},
+                           first + " without a value",
+                           first + (option == nullptr ? "" : " " + option->get_type_name())});
     }
     case CLI::ExitCodes::ConversionError: { // values are checked before: it is a flag's
         const std::string flag = text.substr(std::min(text.find(": ") + 2, text.size()));
-        return "found " + printable(flag, kLongestName) + "; expected " + flag.substr(0, flag.find(' ')) +
-               " alone";
+        return UsageError({{}, printable(flag, kLongestName), flag.substr(0, flag.find(' ')) + " alone"});
     }
     default:
-        return text; // our own checks have the house's form
+        return UsageError(text); // our own checks have the house's form
     }
 }
 } // namespace
@@ -113,13 +110,16 @@ void refuseCall(const CLI::App& program, const CLI::ParseError& error) {
         std::find_if(left.begin(), left.end(), [](const std::string& word) { return word.starts_with("-"); });
     if (option != left.end()) {
         const std::string name = option->substr(0, option->find('='));
-        throw UsageError{"found the option '" + printable(name, kLongestName) + "'; expected one that '" +
-                         whole + " --help' lists" + guess(name, longOptions(command))};
+        throw UsageError({{},
+                          "the option '" + printable(name, kLongestName) + "'",
+                          "one that '" + whole + " --help' lists",
+                          nearestName(name, longOptions(command))});
     }
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError) && !left.empty())
-        throw UsageError{"found '" + printable(left.front(), kLongestName) +
-                         "' behind what was complete; expected no more than '" + whole + " --help' lists"};
-    throw UsageError{textOf(error, command, whole)};
+        throw UsageError({{},
+                          "'" + printable(left.front(), kLongestName) + "' behind what was complete",
+                          "no more than '" + whole + " --help' lists"});
+    throw refusalOf(error, command, whole);
 }
 
 std::function<std::string(const std::string&)> wholeNumber(std::int64_t from, std::int64_t to) {
@@ -128,8 +128,10 @@ std::function<std::string(const std::string&)> wholeNumber(std::int64_t from, st
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
         const bool isWhole = error == std::errc() && end == text.data() + text.size();
         if (isWhole && number >= from && number <= to) return {};
-        return "found '" + printable(text, kLongestName) + "'; expected a whole number from " +
-               std::to_string(from) + " to " + std::to_string(to);
+        return Complaint{{},
+                         "'" + printable(text, kLongestName) + "'",
+                         "a whole number from " + std::to_string(from) + " to " + std::to_string(to)}
+            .getText();
     };
 }
 

@@ -25,15 +25,33 @@ CLI::App& addCommand(CLI::App& program, const char* name, const char* meaning) {
     return command;
 }
 
+template <class Command>
+std::unique_ptr<Cli::Command> make(CLI::App& command) {
+    return std::make_unique<Command>(command);
+}
+
+struct CommandEntry {
+    const char* name;
+    const char* meaning;
+    std::unique_ptr<Cli::Command> (*make)(CLI::App& command);
+};
+
+/// In the order in which they are listed.
+const CommandEntry kCommands[] = {
+    {"run", "Run a graph over its recordings and write the results.", make<Cli::RunCommand>},
+    {"check", "Tell whether a graph could run, and everything that is wrong.", make<Cli::CheckCommand>},
+    {"blocks", "List the block types, or show one.", make<Cli::BlocksCommand>},
+    {"response", "Measure what a block does to each frequency: CSV, and a picture.",
+     make<Cli::ResponseCommand>},
+    {"ctl", "Read and change the settings of a run with --live and --control.", make<Cli::CtlCommand>},
+};
+
 Cli::ExitCode call(CLI::App& program, int count, char** arguments) {
-    Cli::RunCommand run(addCommand(program, "run", "Run a graph over its recordings and write the results."));
-    Cli::CheckCommand check(
-        addCommand(program, "check", "Tell whether a graph could run, and everything that is wrong."));
-    Cli::BlocksCommand blocks(addCommand(program, "blocks", "List the block types, or show one."));
-    Cli::ResponseCommand response(
-        addCommand(program, "response", "Measure what a block does to each frequency: CSV, and a picture."));
-    Cli::CtlCommand ctl(
-        addCommand(program, "ctl", "Read and change the settings of a run with --live and --control."));
+    std::vector<std::pair<const CLI::App*, std::unique_ptr<Cli::Command>>> commands;
+    for (const CommandEntry& entry : kCommands) {
+        CLI::App& command = addCommand(program, entry.name, entry.meaning);
+        commands.emplace_back(&command, entry.make(command));
+    }
     CLI::App& help = addCommand(program, "help", "Tell what a command is for and what it takes.");
     std::string topic;
     help.add_option("COMMAND", topic, "One of the commands; without it, all are listed.");
@@ -49,10 +67,8 @@ Cli::ExitCode call(CLI::App& program, int count, char** arguments) {
         program.exit(error); // help, or the version
         return Cli::kDone;
     }
-    const std::pair<const char*, Cli::Command&> commands[] = {
-        {"run", run}, {"check", check}, {"blocks", blocks}, {"response", response}, {"ctl", ctl}};
-    for (const auto& [name, command] : commands)
-        if (program.got_subcommand(name)) return command.run();
+    for (const auto& [application, command] : commands)
+        if (application->parsed()) return command->run();
     if (completion.parsed())
         Cli::printCompletion(program);
     else

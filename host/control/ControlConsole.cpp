@@ -4,6 +4,7 @@
 #include "host/text/Counted.h"
 #include "host/text/NearestName.h"
 #include "host/live/ControlException.h"
+#include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <sstream>
@@ -37,19 +38,17 @@ public:
     std::string take() { return takeWord(text); }
     std::string require() {
         std::string word = take();
-        if (word.empty())
-            throw ControlException("found nothing behind it; expected '" + std::string(form) + "'");
+        if (word.empty()) throw ControlException({{}, "nothing behind it", quotedForm()});
         return word;
     }
     /// All that is left.
     std::string requireRest(const std::string& name) const {
-        if (text.empty())
-            throw ControlException("found no value for '" + name + "'; expected '" + form + "'");
+        if (text.empty()) throw ControlException({{}, "no value for '" + name + "'", quotedForm()});
         return std::string(text);
     }
     void requireEnd() const {
         if (!text.empty())
-            throw ControlException("found '" + std::string(text) + "' behind it; expected '" + form + "'");
+            throw ControlException({{}, "'" + std::string(text) + "' behind it", quotedForm()});
     }
     bool getIs(std::string_view word) const { return text == word; }
     std::string requireLast() {
@@ -59,6 +58,8 @@ public:
     }
 
 private:
+    std::string quotedForm() const { return "'" + std::string(form) + "'"; }
+
     std::string_view text;
     const char* const form;
 };
@@ -227,9 +228,7 @@ ControlConsole::Lines ControlConsole::execute(std::string_view request) {
         }
         known.emplace_back(row.request.word);
     }
-    const std::string nearest = nearestName(word, known);
-    throw ControlException("found '" + word + "'; expected one of " + listOfNames(known) +
-                           (nearest.empty() ? "" : "; did you mean " + nearest + "?"));
+    throw ControlException(Complaint::unknown({}, "'" + word + "'", word, known));
 }
 
 } // namespace Quillmere::Host

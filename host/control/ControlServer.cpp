@@ -3,6 +3,7 @@
 
 #include "host/control/ControlConsole.h"
 #include "host/live/ControlException.h"
+#include "host/text/Complaint.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -27,8 +28,11 @@ constexpr std::size_t kMostUnread = std::size_t{1} << 22;
 constexpr int kPause = 200;
 constexpr int kForEver = -1;
 
-const std::string kFull = "error: found " + std::to_string(kMostConnections) +
-                          " others who watch or ask; expected fewer, try again later\n";
+const std::string kFull =
+    "error: " +
+    Complaint{{}, std::to_string(kMostConnections) + " others who watch or ask", "fewer, try again later"}
+        .getText() +
+    "\n";
 const std::string kMadeRoom = "error: found others who ask; who is silent longest is hung up on\n";
 
 void raiseEvent(int event) {

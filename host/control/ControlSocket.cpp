@@ -2,6 +2,7 @@
 #include "host/control/ControlSocket.h"
 
 #include "host/live/ControlException.h"
+#include "host/text/Complaint.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -28,9 +29,9 @@ sockaddr_un addressOf(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.empty() || path.size() >= sizeof address.sun_path)
-        throw ControlException("'" + path + "': found a name of " + std::to_string(path.size()) +
-                               " bytes for a socket; expected 1 to " +
-                               std::to_string(sizeof address.sun_path - 1));
+        throw ControlException({{"'" + path + "'"},
+                                "a name of " + std::to_string(path.size()) + " bytes for a socket",
+                                "1 to " + std::to_string(sizeof address.sun_path - 1)});
     path.copy(address.sun_path, path.size());
     return address;
 }
@@ -80,9 +81,8 @@ void ControlSocket::requireOwnLock() const {
     const bool isOwn = S_ISREG(facts.st_mode) && facts.st_size == 0 && facts.st_uid == ::geteuid() &&
                        facts.st_nlink <= 1 && (facts.st_mode & 07777U & ~kOwnersOnly) == 0;
     if (!isOwn)
-        throw ControlException(lockPath +
-                               ": found a file that is no run's lock; expected a --control PATH whose "
-                               "PATH.lock is free");
+        throw ControlException(
+            {{lockPath}, "a file that is no run's lock", "a --control PATH whose PATH.lock is free"});
 }
 
 void ControlSocket::listen() {
@@ -106,14 +106,13 @@ void ControlSocket::replaceLeftBehind() const {
     struct stat facts {};
     if (::lstat(path.c_str(), &facts) != 0) return; // free, or `bind` tells why not
     if (!S_ISSOCK(facts.st_mode))
-        throw ControlException(path + ": found something that is no socket; expected a name that is free");
+        throw ControlException({{path}, "something that is no socket", "a name that is free"});
     const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (probe < 0) fail(path, "cannot be listened at");
     const sockaddr_un address = addressOf(path);
     const bool isRefused = ::connect(probe, asGeneral(address), sizeof address) != 0 && errno == ECONNREFUSED;
     ::close(probe);
-    if (!isRefused)
-        throw ControlException(path + ": found another program's socket; expected a name that is free");
+    if (!isRefused) throw ControlException({{path}, "another program's socket", "a name that is free"});
     if (getIs(path, {facts.st_dev, facts.st_ino})) ::unlink(path.c_str());
 }
 
@@ -148,10 +147,11 @@ int ControlSocket::connectTo(const std::string& path, std::chrono::seconds patie
     ::close(descriptor);
     errno = reason;
     if (reason == ENOENT || reason == ECONNREFUSED)
-        throw ControlException(path + ": found no run there; expected the --control of one that runs");
+        throw ControlException({{path}, "no run there", "the --control of one that runs"});
     if (reason == EAGAIN)
-        throw ControlException(path + ": found no answer within " + std::to_string(patience.count()) +
-                               " s; expected the --control of a run");
+        throw ControlException({{path},
+                                "no answer within " + std::to_string(patience.count()) + " s",
+                                "the --control of a run"});
     fail(path, "cannot be reached");
 }
 

@@ -22,7 +22,7 @@ public:
     struct SettingDescription {
         std::string name;
         std::string kind;
-        std::string standard; ///< What holds when it isn't given; empty when it must be.
+        std::string defaultText; ///< What holds when it isn't given; empty when it must be.
         std::string meaning;
     };
 

@@ -23,57 +23,70 @@ template <class T>
 using Visits = Util::System::Visitor<T, void, void, 1>;
 
 /// Hears of a setting with its type, whichever of the types it has.
-class Describer final : public Util::System::AbstractVisitor,
-                        public Visits<AbstractProperty>,
-                        public Visits<CommandProperty>,
-                        public Visits<ValueProperty<bool>>,
-                        public Visits<ValueProperty<int>>,
-                        public Visits<ValueProperty<unsigned>>,
-                        public Visits<ValueProperty<double>>,
-                        public Visits<ValueProperty<MatrixXd>>,
-                        public Visits<RangeProperty<int>>,
-                        public Visits<RangeProperty<double>>,
-                        public Visits<EnumProperty<std::string>> {
+class SettingVisitor : public Util::System::AbstractVisitor,
+                       public Visits<AbstractProperty>,
+                       public Visits<CommandProperty>,
+                       public Visits<ValueProperty<bool>>,
+                       public Visits<ValueProperty<int>>,
+                       public Visits<ValueProperty<unsigned>>,
+                       public Visits<ValueProperty<double>>,
+                       public Visits<ValueProperty<MatrixXd>>,
+                       public Visits<RangeProperty<int>>,
+                       public Visits<RangeProperty<double>>,
+                       public Visits<EnumProperty<std::string>> {};
+
+/// Reads nothing of the setting but its type.
+class KindTeller final : public SettingVisitor {
 public:
-    void visit(const AbstractProperty&) override { told.kind = Kind::Unknown; }
-    void visit(const CommandProperty&) override { told.kind = Kind::Command; }
-    void visit(const ValueProperty<bool>& property) override { tell(Kind::Flag, property.getValue()); }
-    void visit(const ValueProperty<int>& property) override {
-        tell(Kind::Whole, std::int64_t{property.getValue()});
-    }
-    void visit(const ValueProperty<unsigned>& property) override {
-        tell(Kind::Count, std::int64_t{property.getValue()});
-    }
-    void visit(const ValueProperty<double>& property) override { tell(Kind::Number, property.getValue()); }
-    void visit(const ValueProperty<MatrixXd>& property) override { tell(Kind::Matrix, property.getValue()); }
+    void visit(const AbstractProperty&) override { kind = Kind::Unknown; }
+    void visit(const CommandProperty&) override { kind = Kind::Command; }
+    void visit(const ValueProperty<bool>&) override { kind = Kind::Flag; }
+    void visit(const ValueProperty<int>&) override { kind = Kind::Whole; }
+    void visit(const ValueProperty<unsigned>&) override { kind = Kind::Count; }
+    void visit(const ValueProperty<double>&) override { kind = Kind::Number; }
+    void visit(const ValueProperty<MatrixXd>&) override { kind = Kind::Matrix; }
+    void visit(const RangeProperty<int>&) override { kind = Kind::Whole; }
+    void visit(const RangeProperty<double>&) override { kind = Kind::Number; }
+    void visit(const EnumProperty<std::string>&) override { kind = Kind::Choice; }
+
+    Kind kind = Kind::Unknown;
+};
+
+/// Copies what the setting holds, its limits and its labels.
+class Describer final : public SettingVisitor {
+public:
+    void visit(const AbstractProperty&) override {}
+    void visit(const CommandProperty&) override {}
+    void visit(const ValueProperty<bool>& property) override { description.value = property.getValue(); }
+    void visit(const ValueProperty<int>& property) override { copyWhole(property.getValue()); }
+    void visit(const ValueProperty<unsigned>& property) override { copyWhole(property.getValue()); }
+    void visit(const ValueProperty<double>& property) override { description.value = property.getValue(); }
+    void visit(const ValueProperty<MatrixXd>& property) override { description.value = property.getValue(); }
     void visit(const RangeProperty<int>& property) override {
-        tell(Kind::Whole, std::int64_t{property.getValue()});
-        tellLimits(property);
+        copyWhole(property.getValue());
+        copyLimits(property);
     }
     void visit(const RangeProperty<double>& property) override {
-        tell(Kind::Number, property.getValue());
-        tellLimits(property);
+        description.value = property.getValue();
+        copyLimits(property);
     }
     void visit(const EnumProperty<std::string>& property) override {
-        tell(Kind::Choice, std::int64_t{property.getValue()});
-        told.labels = property.getLabels();
+        copyWhole(property.getValue());
+        description.labels = property.getLabels();
     }
 
-    PropertyDescription told;
+    PropertyDescription description;
 
 private:
-    void tell(Kind kind, PropertyDescription::Held value) {
-        told.kind = kind;
-        told.value = std::move(value);
-    }
+    void copyWhole(std::int64_t value) { description.value = value; }
 
     template <class T>
-    void tellLimits(const RangeProperty<T>& property) {
+    void copyLimits(const RangeProperty<T>& property) {
         const Core::PropertyLocker guard(property);
-        told.hasLimits = true;
-        told.minimum = property.minValue;
-        told.maximum = property.maxValue;
-        told.step = property.stepValue;
+        description.hasLimits = true;
+        description.minimum = property.minValue;
+        description.maximum = property.maxValue;
+        description.step = property.stepValue;
     }
 };
 
@@ -103,10 +116,17 @@ std::string limitsText(const PropertyDescription& property, const std::string& w
 
 } // namespace
 
+Kind kindOf(const AbstractProperty& property) {
+    KindTeller teller;
+    property.accept(teller);
+    return teller.kind;
+}
+
 PropertyDescription describe(const AbstractProperty& property) {
     Describer describer;
     property.accept(describer);
-    PropertyDescription description = std::move(describer.told);
+    PropertyDescription description = std::move(describer.description);
+    description.kind = kindOf(property);
     description.name = property.getName();
     description.isReadable = property.getIsReadable();
     description.isWritable = property.getIsWritable();

@@ -44,6 +44,9 @@ struct BlockDescription {
     std::vector<PropertyDescription> properties;
 };
 
+/// What kind of setting it is; nothing that it holds is read or copied.
+QUILLMERE_API PropertyDescription::Kind kindOf(const Core::AbstractProperty& property);
+
 /// Visits a setting.
 QUILLMERE_API PropertyDescription describe(const Core::AbstractProperty& property);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/PropertyWriter.h"
 
+#include "framework/properties/EnumProperty.h"
 #include "host/text/NearestName.h"
 #include "host/graph/BlockDescription.h"
 #include "host/text/CaughtText.h"
@@ -23,6 +24,11 @@ std::string foundText(const Value& value, const AbstractProperty& property) {
     return value.describe() + " for '" + property.getName() + "'";
 }
 
+void refuse(const Value& value, const AbstractProperty& property, const std::string& expected,
+            Complaints& complaints, const std::string& suggestion = {}) {
+    complaints.add(value.where, foundText(value, property), expected, suggestion);
+}
+
 /// Writes through the setting's own road.
 template <class T>
 void write(AbstractProperty& property, const T& number) {
@@ -30,65 +36,58 @@ void write(AbstractProperty& property, const T& number) {
 }
 
 template <class T>
-void writeWhole(AbstractProperty& property, const PropertyDescription& description, const Value& value,
-                Complaints& complaints) {
-    const std::string expected = expectedText(description);
+void writeWhole(AbstractProperty& property, const Value& value, Complaints& complaints) {
     const auto number = toWhole(value, complaints);
     if (!number) return;
-    if (*number < std::numeric_limits<T>::min() || *number > std::numeric_limits<T>::max())
-        complaints.add(value.where, foundText(value, property),
-                       description.hasLimits || std::is_unsigned_v<T> ? expected
-                                                                      : expected + " that fits in 32 bits");
-    else
-        write(property, static_cast<T>(*number));
+    if (*number >= std::numeric_limits<T>::min() && *number <= std::numeric_limits<T>::max())
+        return write(property, static_cast<T>(*number));
+    const PropertyDescription description = describe(property);
+    const bool saysBounds = description.hasLimits || std::is_unsigned_v<T>;
+    refuse(value, property, expectedText(description) + (saysBounds ? "" : " that fits in 32 bits"),
+           complaints);
 }
 
-void writeChoice(AbstractProperty& property, const PropertyDescription& description, const Value& value,
-                 Complaints& complaints) {
-    const std::string expected = expectedText(description);
-    const auto label = std::find(description.labels.begin(), description.labels.end(), value.text);
-    if (value.isScalar() && label != description.labels.end()) {
-        write(property, static_cast<unsigned>(label - description.labels.begin()));
-        return;
-    }
+void writeChoice(AbstractProperty& property, const Value& value, Complaints& complaints) {
+    const auto& labels = dynamic_cast<const Core::EnumProperty<std::string>&>(property).getLabels();
+    const auto label = std::find(labels.begin(), labels.end(), value.text);
+    if (value.isScalar() && label != labels.end())
+        return write(property, static_cast<unsigned>(label - labels.begin()));
     const bool isIndex = value.isScalar() && !value.isQuoted && !value.text.empty() &&
                          value.text.find_first_not_of("+-0123456789.") == std::string::npos;
     if (isIndex)
-        writeWhole<unsigned>(property, description, value, complaints);
+        writeWhole<unsigned>(property, value, complaints);
     else
-        complaints.add(value.where, foundText(value, property), expected,
-                       value.isScalar() ? nearestName(value.text, description.labels) : "");
+        refuse(value, property, expectedText(describe(property)), complaints,
+               value.isScalar() ? nearestName(value.text, labels) : "");
 }
 
 } // namespace
 
 void writeProperty(AbstractProperty& property, const Value& value, Complaints& complaints) {
-    const auto refuse = [&](const std::string& reason) {
-        complaints.add(value.where, foundText(value, property), expectedText(describe(property)) + reason);
+    const auto refuseFor = [&](const std::string& reason) {
+        refuse(value, property, expectedText(describe(property)) + reason, complaints);
     };
     try {
         writePropertyOrRaise(property, value, complaints);
     } catch (const Poco::RangeException&) {
-        refuse("");
+        refuseFor("");
     } catch (const Poco::Exception& exception) {
-        refuse(" that the block takes (" +
-               (exception.message().empty() ? exception.name() : exception.message()) + ")");
+        refuseFor(" that the block takes (" + messageOf(exception) + ")");
     } catch (...) { // a plug-in's handler may raise anything
-        refuse(" that the block takes (" + caughtText() + ")");
+        refuseFor(" that the block takes (" + caughtText() + ")");
     }
 }
 
 void writePropertyOrRaise(AbstractProperty& property, const Value& value, Complaints& complaints) {
-    const PropertyDescription description = describe(property);
-    switch (description.kind) {
+    switch (kindOf(property)) {
     case Kind::Flag:
         if (const auto flag = toFlag(value, complaints)) write(property, *flag);
         return;
     case Kind::Whole:
-        writeWhole<int>(property, description, value, complaints);
+        writeWhole<int>(property, value, complaints);
         return;
     case Kind::Count:
-        writeWhole<unsigned>(property, description, value, complaints);
+        writeWhole<unsigned>(property, value, complaints);
         return;
     case Kind::Number:
         if (const auto number = toNumber(value, complaints)) write(property, *number);
@@ -97,11 +96,11 @@ void writePropertyOrRaise(AbstractProperty& property, const Value& value, Compla
         if (const auto matrix = toMatrix(value, complaints)) write(property, *matrix);
         return;
     case Kind::Choice:
-        writeChoice(property, description, value, complaints);
+        writeChoice(property, value, complaints);
         return;
     case Kind::Command:
     case Kind::Unknown:
-        complaints.add(value.where, foundText(value, property), expectedText(description));
+        refuse(value, property, expectedText(describe(property)), complaints);
         return;
     }
 }

@@ -78,10 +78,11 @@ void warnOfShape(const Graph& graph, const Graph::Node& node, const Core::Abstra
     const std::string expected = rows > 1       ? "one column: give '" + source + "' " + axes
                                  : columns == 1 ? frame
                                                 : frame + ", and " + axes;
-    complaints.warn(connection->where, "found " + found + " from '" + source + "." +
-                                           origin.output->getName() + "' for '" + node.description->id +
-                                           "' (" + node.description->type + "); expected " + expected + "; " +
-                                           consequenceOf(isTransform, rows, columns));
+    const Complaint complaint{{},
+                              found + " from '" + source + "." + origin.output->getName() + "' for '" +
+                                  node.description->id + "' (" + node.description->type + ")",
+                              expected + "; " + consequenceOf(isTransform, rows, columns)};
+    complaints.warn(connection->where, complaint.getText());
 }
 } // namespace
 

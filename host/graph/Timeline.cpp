@@ -3,6 +3,7 @@
 
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/TimelineSender.h"
+#include "host/text/CaughtText.h"
 
 #include <Poco/Exception.h>
 
@@ -44,7 +45,7 @@ void Timeline::fire(Core::CommandProperty& command, const Place& where, Complain
     try {
         command.fire();
     } catch (const Poco::Exception& exception) {
-        refuse(exception.message().empty() ? exception.name() : exception.message());
+        refuse(messageOf(exception));
     } catch (const std::exception& exception) {
         refuse(exception.what());
     }

@@ -35,7 +35,7 @@ auto& require(const Things& things, const Address& address, const char* what) {
 
 Address addressOf(const std::string& name, const char* member) {
     Address address(name);
-    if (!address.hasMember) throw ControlException("found '" + name + "'; expected BLOCK." + member);
+    if (!address.hasMember) throw ControlException({{}, "'" + name + "'", std::string("BLOCK.") + member});
     return address;
 }
 } // namespace

@@ -6,6 +6,8 @@
 #include "host/live/ControlException.h"
 #include "host/description/ValueReader.h"
 #include "host/graph/BlockDescription.h"
+#include "host/text/CaughtText.h"
+#include "host/text/Complaint.h"
 
 #include <Poco/Exception.h>
 
@@ -34,17 +36,12 @@ bool matches(const std::string& pattern, const std::string& name) {
     return pattern == name || ::fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
 }
 
-/// The setting's own words.
-std::string wordsOf(const Poco::Exception& exception) {
-    return exception.message().empty() ? exception.name() : exception.message();
-}
-
 template <class Action>
 void withRefusalsTold(Action action) {
     try {
         action();
     } catch (const Poco::Exception& exception) {
-        throw ControlException(wordsOf(exception));
+        throw ControlException(messageOf(exception)); // the setting's own words
     } catch (const ControlException&) {
         throw;
     } catch (const std::exception& exception) {
@@ -105,8 +102,7 @@ void LiveSettings::fire(const std::string& name) {
     const LiveBlocks::Setting setting = graph.getBlocks().getSetting(name);
     auto* const command = dynamic_cast<Core::CommandProperty*>(&setting.property);
     if (command == nullptr)
-        throw ControlException("found the setting '" + name +
-                               "'; expected a command, which is fired, not set");
+        throw ControlException({{}, "the setting '" + name + "'", "a command, which is fired, not set"});
     withRefusalsTold([&] { command->fire(); });
     graph.lookAgain(setting.block);
 }
@@ -123,7 +119,7 @@ std::unique_ptr<SettingWatch> LiveSettings::observe(const std::string& pattern,
             names.push_back(std::move(name));
         }
     if (properties.empty())
-        throw ControlException("found no setting that '" + pattern + "' matches; expected one at least");
+        throw ControlException({{}, "no setting that '" + pattern + "' matches", "one at least"});
     return std::make_unique<SettingWatch>(std::move(properties), std::move(names), std::move(handler));
 }
 

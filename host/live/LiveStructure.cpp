@@ -3,6 +3,7 @@
 
 #include "host/live/ControlException.h"
 #include "host/text/Complaint.h"
+#include "host/text/CaughtText.h"
 
 #include <Poco/Exception.h>
 
@@ -26,7 +27,7 @@ void attachOrRefuse(const LinkRequest& request, Core::AbstractOutputPin& from, C
         from.attach(to, false);
     } catch (const Poco::Exception& exception) {
         throw ControlException("'" + request.from + "' and '" + request.to + "' can't be linked (" +
-                               exception.displayText() + ")");
+                               wordsOf(exception) + ")");
     }
 }
 } // namespace
@@ -38,8 +39,9 @@ void LiveStructure::move(const std::string& block, const std::string& layout) {
     LiveLayout* const from = graph.layoutOf(moved);
     if (from == &to) return;
     if (from != nullptr && from->getClock() == &moved)
-        throw ControlException("found the block '" + block + "', which is the clock of '" + from->getId() +
-                               "'; expected a block that another one drives");
+        throw ControlException({{},
+                                "the block '" + block + "', which is the clock of '" + from->getId() + "'",
+                                "a block that another one drives"});
     try {
         to.getBlocks().add(moved);
     } catch (...) {
@@ -54,10 +56,9 @@ void LiveStructure::attach(const LinkRequest& request) {
     Core::AbstractOutputPin& from = graph.getBlocks().getOutput(request.from);
     Core::AbstractInputPin& to = graph.getBlocks().getInput(request.to);
     if (to.getConnectedOutput() != nullptr)
-        throw ControlException("found the input '" + request.to +
-                               "', which has a link; expected one without");
+        throw ControlException({{}, "the input '" + request.to + "', which has a link", "one without"});
     if (request.overflow == Overflow::Wait) requireNoLoop(request, from, to);
-    if (request.buffer == 0) throw ControlException("found a buffer of 0; expected 1 sample at least");
+    if (request.buffer == 0) throw ControlException({{}, "a buffer of 0", "1 sample at least"});
     const std::uint32_t formerBuffer = to.getBufferCapacity();
     const bool wasNewestFirst = to.getIsLifo();
     try {
@@ -79,15 +80,17 @@ void LiveStructure::requireNoLoop(const LinkRequest& request, const Core::Abstra
     const LiveLayout& sender = graph.getLayout(Core::layoutOf(from)->getName());
     const LiveLayout& reader = graph.getLayout(Core::layoutOf(to)->getName());
     if (&sender != &reader && graph.getIsLeading(reader, sender))
-        throw ControlException("found 'overflow: wait' from '" + request.from + "' to '" + request.to +
-                               "', whose layouts feed each other in a loop; expected 'overflow: drop'");
+        throw ControlException({{},
+                                "'overflow: wait' from '" + request.from + "' to '" + request.to +
+                                    "', whose layouts feed each other in a loop",
+                                "'overflow: drop'"});
 }
 
 void LiveStructure::detach(const std::string& input) {
     const LiveGraph::Standstill still(graph);
     Core::AbstractInputPin& to = graph.getBlocks().getInput(input);
     if (to.getConnectedOutput() == nullptr)
-        throw ControlException("found the input '" + input + "', which has no link; expected one that has");
+        throw ControlException({{}, "the input '" + input + "', which has no link", "one that has"});
     to.detachAll();
     graph.setOverflow(to, {});
     graph.rearrange();
@@ -96,9 +99,9 @@ void LiveStructure::detach(const std::string& input) {
 void LiveStructure::add(const std::string& id, const std::string& type, const std::string& layout) {
     const LiveGraph::Standstill still(graph);
     if (!GraphDescription::getIsId(id))
-        throw ControlException("found the id '" + id + "'; expected " + GraphDescription::kIdLetters);
+        throw ControlException({{}, "the id '" + id + "'", GraphDescription::kIdLetters});
     if (graph.getBlocks().getIsKnown(id))
-        throw ControlException("found the id '" + id + "' a second time; expected an id of its own");
+        throw ControlException({{}, "the id '" + id + "' a second time", "an id of its own"});
     LiveLayout& to = graph.getLayout(layout);
     // The host's own blocks are told what they read and write before a run.
     BlockPtr block = catalogue.getIsHostType(type) ? nullptr : catalogue.create(type, id);

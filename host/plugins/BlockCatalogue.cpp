@@ -2,6 +2,7 @@
 #include "host/plugins/BlockCatalogue.h"
 
 #include "host/text/CaughtText.h"
+#include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -11,8 +12,8 @@ namespace Quillmere::Host {
 
 void BlockCatalogue::add(const std::string& type, Maker maker) {
     if (getIsHostType(type) || find(type) != nullptr)
-        throw PluginException("found the block type '" + type +
-                              "' a second time; expected another name for a type of the host");
+        throw PluginException(
+            {{}, "the block type '" + type + "' a second time", "another name for a type of the host"});
     hostEntries.push_back({type, std::move(maker)});
 }
 
@@ -24,12 +25,14 @@ void BlockCatalogue::load(const std::string& path) {
     for (Core::AbstractFilterFactory* const factory : library->getFactories()) {
         const std::string type = factory->getTypeName();
         if (getIsHostType(type))
-            throw PluginException(library->getPath() + ": found the block type '" + type +
-                                  "', which is the host's own; expected another name");
+            throw PluginException({{library->getPath()},
+                                   "the block type '" + type + "', which is the host's own",
+                                   "another name"});
         if (const Entry* const known = find(type))
-            throw PluginException("found the block type '" + type + "' twice, in " +
-                                  known->library->getPath() + " and in " + library->getPath() +
-                                  "; expected each type in one plug-in");
+            throw PluginException({{},
+                                   "the block type '" + type + "' twice, in " + known->library->getPath() +
+                                       " and in " + library->getPath(),
+                                   "each type in one plug-in"});
         all.push_back({library, factory});
     }
     entries = std::move(all);
@@ -80,13 +83,15 @@ BlockPtr BlockCatalogue::create(const std::string& type, const std::string& name
     try {
         block = entry->factory->create(name);
     } catch (...) {
-        throw PluginException(file + ": found a block '" + name + "' (" + type +
-                              ") that raised when it was made (" + caughtText() +
-                              "); expected one that can be");
+        throw PluginException(
+            {{file},
+             "a block '" + name + "' (" + type + ") that raised when it was made (" + caughtText() + ")",
+             "one that can be"});
     }
     if (block == nullptr)
-        throw PluginException(file + ": found no block where '" + name + "' (" + type +
-                              ") was to be made; expected one, or an exception that says why not");
+        throw PluginException({{file},
+                               "no block where '" + name + "' (" + type + ") was to be made",
+                               "one, or an exception that says why not"});
     return BlockPtr(block, BlockDeleter{entry->library, entry->factory});
 }
 

@@ -4,6 +4,7 @@
 #include "framework/core/FlowManager.h"
 #include "framework/core/Version.h"
 #include "host/text/CaughtText.h"
+#include "host/text/Complaint.h"
 
 #include <dlfcn.h>
 
@@ -52,8 +53,7 @@ std::string linkerMessage(const std::string& path) {
 std::shared_ptr<PluginLibrary> PluginLibrary::open(const std::string& path) {
     std::error_code error;
     const std::filesystem::path resolved = std::filesystem::canonical(path, error);
-    if (error)
-        throw PluginException(path + ": found no such file; expected a plug-in (" + error.message() + ")");
+    if (error) throw PluginException({{path}, "no such file", "a plug-in (" + error.message() + ")"});
     {
         const std::lock_guard lock(libraryMutex());
         if (std::shared_ptr<PluginLibrary> library = openLibraries()[resolved.string()].lock())
@@ -69,8 +69,8 @@ std::shared_ptr<PluginLibrary> PluginLibrary::open(const std::string& path) {
 PluginLibrary::PluginLibrary(const std::string& filePath)
     : path(filePath), handle(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE)) {
     if (handle == nullptr)
-        throw PluginException(path + ": found no shared object that can be opened (" + linkerMessage(path) +
-                              "); expected a plug-in");
+        throw PluginException(
+            {{path}, "no shared object that can be opened (" + linkerMessage(path) + ")", "a plug-in"});
 }
 
 PluginLibrary::~PluginLibrary() {
@@ -97,16 +97,17 @@ void PluginLibrary::start() {
     const auto end = reinterpret_cast<EntryPoint>(requireSymbol("dllStopPlugin"));
     const char* const found = version();
     if (found == nullptr || std::string_view(found) != Core::kFrameworkVersion)
-        throw PluginException(path + ": found a plug-in for framework version " +
-                              (found == nullptr ? "none" : found) + "; expected " +
-                              std::string(Core::kFrameworkVersion));
+        throw PluginException(
+            {{path},
+             std::string("a plug-in for framework version ") + (found == nullptr ? "none" : found),
+             std::string(Core::kFrameworkVersion)});
     const std::size_t before = installedFactories().size();
     stop = end; // also after a start that fails midway: the plug-in has its own record of how far it came
     try {
         begin();
     } catch (...) {
-        throw PluginException(path + ": found a plug-in that raised when it was started (" + caughtText() +
-                              "); expected one that starts");
+        throw PluginException(
+            {{path}, "a plug-in that raised when it was started (" + caughtText() + ")", "one that starts"});
     }
     factories.assign(installedFactories().begin() + static_cast<std::ptrdiff_t>(before),
                      installedFactories().end());
@@ -118,19 +119,20 @@ void PluginLibrary::checkTypes() const {
     for (std::size_t i = 0; i < factories.size(); ++i) {
         const char* const name = factories[i]->getTypeName();
         if (name == nullptr || *name == '\0')
-            throw PluginException(path + ": found a block type without a name (factory " +
-                                  std::to_string(i + 1) + " of " + std::to_string(factories.size()) +
-                                  "); expected a name for each");
+            throw PluginException({{path},
+                                   "a block type without a name (factory " + std::to_string(i + 1) + " of " +
+                                       std::to_string(factories.size()) + ")",
+                                   "a name for each"});
         if (!names.insert(name).second)
-            throw PluginException(path + ": found two block types '" + name +
-                                  "'; expected a name of its own for each");
+            throw PluginException(
+                {{path}, std::string("two block types '") + name + "'", "a name of its own for each"});
     }
 }
 
 void* PluginLibrary::requireSymbol(const char* name) const {
     void* const symbol = ::dlsym(handle, name);
     if (symbol == nullptr)
-        throw PluginException(path + ": found a shared object without '" + name + "'; expected a plug-in");
+        throw PluginException({{path}, std::string("a shared object without '") + name + "'", "a plug-in"});
     return symbol;
 }
 

@@ -6,6 +6,7 @@
 #include "host/recording/Dialect.h"
 #include "host/recording/NumberText.h"
 #include "host/ends/RecordingException.h"
+#include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <charconv>
@@ -78,7 +79,7 @@ std::string suggestionFor(std::string text) {
     double value = 0.0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = textToNumber(text.data(), end, value);
-    return error == std::errc() && stop == end ? "; did you mean " + text + "?" : "";
+    return error == std::errc() && stop == end ? text : "";
 }
 
 std::string quoted(std::string_view text) {
@@ -101,12 +102,13 @@ void CsvReader::readHeader() {
         lineBegin += kByteOrderMark.size();
     while (found && (lineBegin == lineEnd || *lineBegin == '#'))
         found = nextLine();
-    if (!found) throw RecordingException(getPath() + ": found no header row; expected a row of column names");
+    if (!found) throw RecordingException({{getPath()}, "no header row", "a row of column names"});
     for (const char* begin = lineBegin;; ++begin) {
         const char* end = endOfCell(begin, lineEnd);
         if (columns.size() == kMostColumns)
-            throw RecordingException(getPath() + ":" + std::to_string(line) +
-                                     ": found more than a million columns; expected a table of numbers");
+            throw RecordingException({{getPath() + ":" + std::to_string(line)},
+                                      "more than a million columns",
+                                      "a table of numbers"});
         columns.push_back(plainText({begin, end}));
         if (end == lineEnd) break;
         begin = end;
@@ -118,7 +120,7 @@ void CsvReader::readHeader() {
 void CsvReader::refuseDialect() const {
     const Dialect dialect = dialectOf({piece.data(), filled});
     if (dialect.found.empty()) return;
-    throw RecordingException(getPath() + ": found " + dialect.found + "; expected " + dialect.expected);
+    throw RecordingException({{getPath()}, dialect.found, dialect.expected});
 }
 
 void CsvReader::select(const std::vector<std::size_t>& chosen) {
@@ -265,8 +267,9 @@ bool CsvReader::refill() {
     std::memmove(piece.data(), cursor, left);
     if (left == piece.size()) {
         if (left >= kLongestRow)
-            throw RecordingException(getPath() + ":" + std::to_string(line + 1) +
-                                     ": found a row of more than 64 MiB; expected a table of numbers");
+            throw RecordingException({{getPath() + ":" + std::to_string(line + 1)},
+                                      "a row of more than 64 MiB",
+                                      "a table of numbers"});
         piece.resize(piece.size() * 2);
     }
     cursor = piece.data();
@@ -280,21 +283,22 @@ bool CsvReader::refill() {
 std::string CsvReader::getFault() const {
     switch (fault) {
     case Fault::NoNumber:
-        return getFaultOfCell(faultyColumn, "a number") + suggestionFor(textOfCell(faultyColumn));
+        return getFaultOfCell(faultyColumn, "a number", suggestionFor(textOfCell(faultyColumn)));
     case Fault::TooLarge:
         return getFaultOfCell(faultyColumn, "a number that a 64-bit float can hold");
     case Fault::CellsMissing:
-        return placeOf(faultyColumn) + "found a row that ends before it, " + lineText();
+        return getFaultOfRow("a row that ends before it, ");
     case Fault::CellsTooMany:
-        return placeOf(faultyColumn) + "found more cells behind it in " + lineText();
+        return getFaultOfRow("more cells behind it in ");
     case Fault::None:
         break;
     }
     return {};
 }
 
-std::string CsvReader::getFaultOfCell(std::size_t column, const std::string& expected) const {
-    return placeOf(column) + "found " + quoted(textOfCell(column)) + "; expected " + expected;
+std::string CsvReader::getFaultOfCell(std::size_t column, const std::string& expected,
+                                      const std::string& suggestion) const {
+    return Complaint{{placeOf(column)}, quoted(textOfCell(column)), expected, suggestion}.getText();
 }
 
 std::string CsvReader::textOfCell(std::size_t column) const {
@@ -305,21 +309,23 @@ std::string CsvReader::textOfCell(std::size_t column) const {
 }
 
 std::string CsvReader::getRowText() const {
-    return place() + "found " + quoted({lineBegin, lineEnd});
+    return quoted({lineBegin, lineEnd});
 }
 
-std::string CsvReader::place() const {
-    return getPath() + ":" + std::to_string(line) + ": ";
+std::string CsvReader::getPlace() const {
+    return getPath() + ":" + std::to_string(line);
 }
 
 std::string CsvReader::placeOf(std::size_t column) const {
-    return place() + "column '" + printable(columns[column], kLongestName) + "': ";
+    return getPlace() + ": column '" + printable(columns[column], kLongestName) + "'";
 }
 
-/// The line and how many cells it should have.
-std::string CsvReader::lineText() const {
-    return quoted({lineBegin, lineEnd}) + "; expected " + counted(columns.size(), "cell") +
-           ", as the header has";
+/// Of a line with too few or too many cells.
+std::string CsvReader::getFaultOfRow(const std::string& found) const {
+    return Complaint{{placeOf(faultyColumn)},
+                     found + quoted({lineBegin, lineEnd}),
+                     counted(columns.size(), "cell") + ", as the header has"}
+        .getText();
 }
 
 } // namespace Quillmere::Host

@@ -89,8 +89,10 @@ public:
     /// Whether the last row has as many cells as the header, so that one knows which is which.
     bool getHasAllCells() const { return hasAllCells; }
     /// The same about a cell of the last row that is wrong for a reason of the caller's.
-    std::string getFaultOfCell(std::size_t column, const std::string& expected) const;
-    /// The last row itself: `FILE:LINE: found "TEXT"`.
+    std::string getFaultOfCell(std::size_t column, const std::string& expected,
+                               const std::string& suggestion = {}) const;
+    /// Where the last row stands, `FILE:LINE`, and the row itself in quotes.
+    std::string getPlace() const;
     std::string getRowText() const;
 
 private:
@@ -104,9 +106,8 @@ private:
     double parse(std::string_view text, std::size_t column);
     void noteFault(Fault fault, std::size_t column);
     std::string textOfCell(std::size_t column) const;
-    std::string place() const;
     std::string placeOf(std::size_t column) const;
-    std::string lineText() const;
+    std::string getFaultOfRow(const std::string& found) const;
 
     RecordingFile file;
     std::uint64_t bytesBefore = 0; ///< Bytes of the file in front of `piece`.

@@ -5,6 +5,7 @@
 #include "host/text/Printable.h"
 #include "host/ends/RecordingException.h"
 #include "host/ends/StandardStream.h"
+#include "host/text/Complaint.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -43,7 +44,7 @@ RecordingFile::RecordingFile(const std::string& path)
     if (::fstat(file, &facts) != 0) return;
     if (S_ISDIR(facts.st_mode)) {
         ::close(file);
-        throw RecordingException(name + ": found a folder; expected a file");
+        throw RecordingException({{name}, "a folder", "a file"});
     }
     if (!S_ISREG(facts.st_mode)) return;
     isPiped = false;
@@ -84,10 +85,10 @@ bool RecordingFile::getIsReadable() const {
 void RecordingFile::checkEnd() {
     if (isPiped) return;
     if (bytesRead < size)
-        throw RecordingException(name + ": found its end behind " + std::to_string(bytesRead) + " of " +
-                                 counted(size, "byte") +
-                                 ": it got shorter while it was read; expected a recording that stays "
-                                 "as it is");
+        throw RecordingException({{name},
+                                  "its end behind " + std::to_string(bytesRead) + " of " +
+                                      counted(size, "byte") + ": it got shorter while it was read",
+                                  "a recording that stays as it is"});
     struct stat facts {};
     if (::fstat(file, &facts) != 0) return;
     isChanged = bytesRead != size || facts.st_mtim.tv_sec != written.tv_sec ||

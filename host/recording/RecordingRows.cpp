@@ -2,6 +2,7 @@
 #include "host/recording/RecordingRows.h"
 
 #include "host/ends/RecordingException.h"
+#include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +12,7 @@ namespace Quillmere::Host {
 
 namespace {
 constexpr std::size_t kFaultsTold = 5;
+constexpr const char* kWithoutEnd = ", the last line, without its end";
 } // namespace
 
 RecordingRows::RecordingRows(std::unique_ptr<CsvReader> csvReader, RowPlan rowPlan)
@@ -85,11 +87,12 @@ std::string RecordingRows::mendHoles() {
 
 RecordingRows::Row RecordingRows::endAtCut() {
     if (plan.onCutEnd == OnCutEnd::Error)
-        throw RecordingException(reader->getRowText() +
-                                 ", the last line, without its end; expected a line end behind every row, or "
-                                 "'onCutEnd: keep' to take it, 'onCutEnd: drop' to leave it out");
+        throw RecordingException({{reader->getPlace()},
+                                  reader->getRowText() + kWithoutEnd,
+                                  "a line end behind every row, or 'onCutEnd: keep' to take it, "
+                                  "'onCutEnd: drop' to leave it out"});
     account.isCutEndDropped = true;
-    account.firstFaults.push_back(reader->getRowText() + ", the last line, without its end");
+    account.firstFaults.push_back(reader->getPlace() + ": found " + reader->getRowText() + kWithoutEnd);
     return Row::Skipped;
 }
 

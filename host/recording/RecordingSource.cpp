@@ -229,10 +229,11 @@ void RecordingSource::warnOfShortFile(Complaints& complaints) const {
             const RecordingRows::Row row = ahead.take();
             if (row == RecordingRows::Row::Taken) ++found;
             if (row != RecordingRows::Row::End) continue;
-            complaints.warn(frameWhere, "found " + counted(found, "row") + " in " + getPath() +
-                                            " for a frame of " + std::to_string(frameRows) +
-                                            "; expected as many at least, or '" + getName() +
-                                            "' sends nothing");
+            const Complaint complaint{{},
+                                      counted(found, "row") + " in " + getPath() + " for a frame of " +
+                                          std::to_string(frameRows),
+                                      "as many at least, or '" + getName() + "' sends nothing"};
+            complaints.warn(frameWhere, complaint.getText());
             return;
         }
     } catch (const RecordingException&) {

@@ -3,6 +3,7 @@
 
 #include "host/ends/RecordingException.h"
 #include "host/recording/ResultMark.h"
+#include "host/text/Complaint.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -36,7 +37,7 @@ bool getIsWithoutLocks(int error) {
 }
 
 [[noreturn]] void refuse(const ResultRefusal& refusal) {
-    throw RecordingException("found " + refusal.found + "; expected " + refusal.expected);
+    throw RecordingException({{}, refusal.found, refusal.expected});
 }
 
 } // namespace

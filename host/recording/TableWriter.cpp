@@ -3,6 +3,7 @@
 
 #include "host/text/Counted.h"
 #include "host/ends/RecordingException.h"
+#include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <fstream>
@@ -69,16 +70,18 @@ void TableWriter::grow(const std::vector<const MatrixXd*>& samples) {
 void TableWriter::requireNamedWidth(std::size_t group, std::size_t elements) const {
     const std::size_t names = groups[group].columns.size();
     if (elements == names) return;
-    throw RecordingException(file.getPath() + ": '" + groups[group].name + "': found a sample of " +
-                             counted(elements, "element") + " for " + counted(names, "column name") +
-                             "; expected as many names as elements");
+    throw RecordingException(
+        {{file.getPath() + ": '" + groups[group].name + "'"},
+         "a sample of " + counted(elements, "element") + " for " + counted(names, "column name"),
+         "as many names as elements"});
 }
 
 void TableWriter::requireKnownWidth(std::size_t group, std::size_t elements) const {
     const std::size_t known = widths.back().columns[group];
-    throw RecordingException(file.getPath() + ": '" + groups[group].name + "': found a sample of " +
-                             counted(elements, "element") + " behind a header with " + std::to_string(known) +
-                             "; expected its column names, or a file");
+    throw RecordingException(
+        {{file.getPath() + ": '" + groups[group].name + "'"},
+         "a sample of " + counted(elements, "element") + " behind a header with " + std::to_string(known),
+         "its column names, or a file"});
 }
 
 std::vector<std::string> TableWriter::header(const std::vector<std::size_t>& columns) const {

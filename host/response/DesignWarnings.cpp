@@ -5,6 +5,7 @@
 #include "host/text/Counted.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/response/FrequencyResponse.h"
+#include "host/text/Complaint.h"
 
 #include <cmath>
 
@@ -27,9 +28,11 @@ BlockPtr twinOf(const GraphDescription::Block& description, const BlockCatalogue
 }
 
 void warnOfNoDesign(const GraphDescription::Block& block, Complaints& complaints) {
-    complaints.warn(block.where, "found no design of '" + block.id + "' (" + block.type +
-                                     "), since its gain or coefficients aren't finite; expected edges above "
-                                     "0, below 1 and apart from each other, and an order that they bear");
+    const Complaint complaint{
+        {},
+        "no design of '" + block.id + "' (" + block.type + "), since its gain or coefficients aren't finite",
+        "edges above 0, below 1 and apart from each other, and an order that they bear"};
+    complaints.warn(block.where, complaint.getText());
 }
 
 /// Raises what the block raises.
@@ -43,13 +46,14 @@ void warnOfDigits(const GraphDescription::Block& block, const BlockCatalogue& ca
     if (error <= std::pow(10.0, -kFewestDigits)) return;
     const int digits =
         error < 1.0 ? static_cast<int>(std::floor(-std::log10(error))) : 0; // it may be infinite
-    complaints.warn(
-        block.where,
-        "found the design of '" + block.id + "' (" + block.type + ") with " +
-            (digits == 0 ? "no digit" : counted(static_cast<std::uint64_t>(digits), "digit")) +
-            " left of 16, since its coefficients all but cancel; expected " + std::to_string(kFewestDigits) +
-            " or more: take a lower order, edges farther from 0, from 1 and from each other, or a "
-            "cascade of sections");
+    const std::string left = digits == 0 ? "no digit" : counted(static_cast<std::uint64_t>(digits), "digit");
+    const Complaint complaint{{},
+                              "the design of '" + block.id + "' (" + block.type + ") with " + left +
+                                  " left of 16, since its coefficients all but cancel",
+                              std::to_string(kFewestDigits) +
+                                  " or more: take a lower order, edges farther from 0, from 1 and from each "
+                                  "other, or a cascade of sections"};
+    complaints.warn(block.where, complaint.getText());
 }
 } // namespace
 

@@ -6,6 +6,7 @@
 #include "host/text/NearestName.h"
 #include "host/text/CaughtText.h"
 #include "host/plugins/PluginLibrary.h"
+#include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,8 +35,8 @@ std::string choosePin(const Pins& pins, const std::string& wanted, const std::st
         names.push_back(pin->getName());
     const std::string& name = !wanted.empty() ? wanted : names.size() == 1 ? names.front() : usual;
     if (std::find(names.begin(), names.end(), name) == names.end())
-        throw ResponseException("found no " + std::string(side) + " '" + name + "'; expected one of " +
-                                listOfNames(names));
+        throw ResponseException(
+            {{}, "no " + std::string(side) + " '" + name + "'", "one of " + listOfNames(names)});
     return name;
 }
 
@@ -71,10 +72,11 @@ public:
 private:
     [[noreturn]] void refuse(const std::string& answer) const {
         const bool hasChoice = block->getInputPins().size() > 1 || block->getOutputPins().size() > 1;
-        throw ResponseException("found that " + blockText(*block) + " sent " + answer +
-                                " for a sample of one element; expected a block that sends one such sample "
-                                "for each that it gets, as filters do" +
-                                (hasChoice ? ", or another --from or --to" : ""));
+        throw ResponseException(
+            {{},
+             "that " + blockText(*block) + " sent " + answer + " for a sample of one element",
+             std::string("a block that sends one such sample for each that it gets, as filters do") +
+                 (hasChoice ? ", or another --from or --to" : "")});
     }
 
     std::shared_ptr<Core::Filter> block;
@@ -145,10 +147,10 @@ Complex transform(const std::vector<double>& answer, const std::vector<Complex>&
 std::optional<PublishedDesign> takeDesign(Bench& bench) {
     Core::Filter& block = bench.getBlock();
     if (!getPublishesDesign(block)) return std::nullopt;
-    Core::InputPin<MatrixXd> gainReceiver("gain", nullptr);
-    Core::InputPin<MatrixXd> coeffsReceiver("coeffs", nullptr);
-    block.getOutputPin("gain").attach(gainReceiver, false);
-    block.getOutputPin("coeffs").attach(coeffsReceiver, false);
+    Core::InputPin<MatrixXd> gainReceiver(PublishedDesign::kGainPin, nullptr);
+    Core::InputPin<MatrixXd> coeffsReceiver(PublishedDesign::kCoefficientsPin, nullptr);
+    block.getOutputPin(PublishedDesign::kGainPin).attach(gainReceiver, false);
+    block.getOutputPin(PublishedDesign::kCoefficientsPin).attach(coeffsReceiver, false);
     bench.step(0.0);
     if (!gainReceiver.hasData() || !coeffsReceiver.hasData()) return std::nullopt;
     const MatrixXd gain = gainReceiver.take();
@@ -190,7 +192,7 @@ bool getPublishesDesign(const Core::Filter& block) {
     const auto has = [&](const char* name) {
         return std::any_of(pins.begin(), pins.end(), [&](const auto* pin) { return pin->getName() == name; });
     };
-    return has("gain") && has("coeffs");
+    return has(PublishedDesign::kGainPin) && has(PublishedDesign::kCoefficientsPin);
 }
 
 std::optional<PublishedDesign> measureDesign(const BlockMaker& makeBlock) {

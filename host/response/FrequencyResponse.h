@@ -56,7 +56,7 @@ using BlockMaker = std::function<std::shared_ptr<Core::Filter>()>;
 QUILLMERE_API FrequencyResponse measureResponse(const BlockMaker& makeBlock,
                                                 const ResponseSettings& settings);
 
-/// Whether a block has the pins "gain" and "coeffs" of those that publish their design with the first sample.
+/// Whether a block has both pins of those that publish their design with the first sample.
 QUILLMERE_API bool getPublishesDesign(const Core::Filter& block);
 
 /// The design that a block publishes when it is given a 0; none when it publishes none. Raises what `measureResponse`

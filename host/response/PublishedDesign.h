@@ -8,11 +8,14 @@
 
 namespace Quillmere::Host {
 
-/// A recursive filter as a block publishes it on pins "gain" and "coeffs": row 0 feed-forward, row 1 feedback with its
-/// leading term -1. When -1 stands in front, coefficients are those of falling powers of z and the gain is in them; else
-/// of rising powers, and the gain divides.
+/// A recursive filter as a block publishes it, by convention, on two outputs of these names: one sample with the gain, and
+/// one of two rows, row 0 feed-forward, row 1 feedback with its leading term -1. When -1 stands in front, coefficients are
+/// those of falling powers of z and the gain is in them; else of rising powers, and the gain divides.
 class QUILLMERE_API PublishedDesign {
 public:
+    static constexpr const char* kGainPin = "gain";
+    static constexpr const char* kCoefficientsPin = "coeffs";
+
     /// Requires: two rows, one column at least.
     PublishedDesign(double publishedGain, const Core::MatrixXd& rows);
 

@@ -4,6 +4,7 @@
 #include "framework/Quillmere.h"
 #include "host/ends/RecordingException.h"
 #include "host/run/WaitingSamples.h"
+#include "host/text/Complaint.h"
 
 namespace Quillmere::Host {
 
@@ -125,9 +126,9 @@ void OfflineRunner::applyTimeline(double time) {
 
 void OfflineRunner::requireStreamTime() const {
     if (stamps == nullptr || !rounds.getIsWallClock()) return;
-    throw RunException(
-        "found a wall clock's time where the block tells that of the run; expected a generator with a time "
-        "of its own in front of it, or 'clock: wall'");
+    throw RunException({{},
+                        "a wall clock's time where the block tells that of the run",
+                        "a generator with a time of its own in front of it, or 'clock: wall'"});
 }
 
 void OfflineRunner::countRound() {

@@ -35,8 +35,8 @@ std::string joined(const std::vector<Complaint>& complaints, const std::vector<W
 /// `file:line:column: `, as far as that is known.
 std::string textOf(const Place& place) {
     std::string text = printable(place.file, kLongestPlace);
-    if (place.line > 0)
-        text.append(":").append(std::to_string(place.line)).append(":").append(std::to_string(place.column));
+    if (place.line > 0) text.append(":").append(std::to_string(place.line));
+    if (place.column > 0) text.append(":").append(std::to_string(place.column));
     return text.empty() ? text : text + ": ";
 }
 

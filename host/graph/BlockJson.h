@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/ends/HostBlock.h"
+#include "host/graph/BlockDescription.h"
+#include "host/plugins/BlockCatalogue.h"
+#include "host/text/Json.h"
+
+#include <string>
+
+/// What there is to use, for programs: what `quillmere blocks --json` prints.
+namespace Quillmere::Host::Json {
+
+/// What a setting holds; null for a command. A choice is the index of its label, a matrix a list of its rows.
+QUILLMERE_API Text heldValue(const PropertyDescription::Held& held);
+
+/// A setting with kind, value as its default, limits and labels.
+QUILLMERE_API Text setting(const PropertyDescription& property);
+
+/// A block of a plug-in with pins and settings.
+QUILLMERE_API Text block(const BlockDescription& description, const std::string& plugin);
+
+/// A block of the host: its settings aren't properties, and its pins are those that a graph gives it.
+QUILLMERE_API Text hostBlock(const HostBlock& described);
+
+/// The names of all types, with the plug-ins that they come from.
+QUILLMERE_API Text blockTypes(const BlockCatalogue& catalogue);
+
+} // namespace Quillmere::Host::Json
