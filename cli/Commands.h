@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cli/GraphArguments.h"
 #include "host/plugins/BlockCatalogue.h"
 #include "host/response/FrequencyResponse.h"
-#include "host/text/HostException.h"
 
 #include <chrono>
 #include <cstdint>
@@ -37,18 +37,6 @@ enum ExitCode : int {
     kNothingRun = 2,   ///< Wrong usage, graph or input; no result was touched.
 };
 
-/// What a command got wrong in its own arguments.
-class UsageError final : public Quillmere::Host::HostException {
-public:
-    using HostException::HostException;
-};
-
-/// The plug-ins to load: those that the user named, and the one beside the program.
-struct PluginArguments {
-    std::vector<std::string> plugins;
-    void enter(CLI::App& command);
-};
-
 class Command {
 public:
     virtual ~Command() = default;
@@ -64,19 +52,6 @@ private:
     PluginArguments plugins;
     std::string type;
     bool asJson = false;
-};
-
-/// The graph of a command and what is changed in it for this call.
-struct GraphArguments {
-    std::string graph;
-    std::vector<std::string> settings;
-    std::vector<std::string> parameters;
-    std::vector<std::string> inputs;
-    std::vector<std::string> outputs;
-    PluginArguments plugins;
-    bool isStrict = false;
-    bool overwrites = false;
-    void enter(CLI::App& command);
 };
 
 class CheckCommand final : public Command {

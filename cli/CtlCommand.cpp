@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 
 #include "cli/Usage.h"
+#include "cli/UsageError.h"
 #include "host/live/ControlException.h"
 #include "host/control/ControlConsole.h"
 #include "host/control/ControlSocket.h"

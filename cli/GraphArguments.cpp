@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/GraphArguments.h"
 
+#include "cli/UsageError.h"
 #include "host/text/Address.h"
 #include "host/text/Printable.h"
 #include "host/recording/HostCatalogue.h"

@@ -1,15 +1,38 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "cli/Commands.h"
 #include "host/text/Complaint.h"
 #include "host/description/GraphDescription.h"
 #include "host/plugins/BlockCatalogue.h"
 
 #include <string>
 #include <utility>
+#include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace Cli {
+
+/// The plug-ins to load: those that the user named, and the one beside the program.
+struct PluginArguments {
+    std::vector<std::string> plugins;
+    void enter(CLI::App& command);
+};
+
+/// The graph of a command and what is changed in it for this call.
+struct GraphArguments {
+    std::string graph;
+    std::vector<std::string> settings;
+    std::vector<std::string> parameters;
+    std::vector<std::string> inputs;
+    std::vector<std::string> outputs;
+    PluginArguments plugins;
+    bool isStrict = false;
+    bool overwrites = false;
+    void enter(CLI::App& command);
+};
 
 /// The options as changes to a graph. Raises `UsageError` for one that isn't `name=value`.
 Quillmere::Host::GraphChanges changesOf(const GraphArguments& arguments);

@@ -3,6 +3,7 @@
 
 #include "cli/GraphArguments.h"
 #include "cli/Usage.h"
+#include "cli/UsageError.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/text/NearestName.h"

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Usage.h"
 
-#include "cli/Commands.h"
+#include "cli/UsageError.h"
+#include "host/text/Complaint.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 

@@ -3,6 +3,7 @@
 
 #include "cli/StandardStreams.h"
 #include "cli/Usage.h"
+#include "cli/UsageError.h"
 #include "host/ends/RecordingException.h"
 
 #include <CLI/CLI.hpp>
