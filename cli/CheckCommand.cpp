@@ -51,7 +51,7 @@ ExitCode CheckCommand::run() {
     if (complaints.isEmpty()) warnOfBursts(graph, complaints);
     settle(complaints, arguments.isStrict);
     std::cout << graph.getName() << ": " << counted(graph.getNodes().size(), "block") << ", "
-              << counted(description.getConnections().size(), "connection") << ", ready to run"
+              << counted(description.connections.size(), "connection") << ", ready to run"
               << whatIsLeft(graph) << "\n";
     return kDone;
 }

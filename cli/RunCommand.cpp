@@ -99,7 +99,7 @@ RunCommand::RunCommand(CLI::App& command) {
 
 /// A recording ends a run; a graph without one needs to be told when to end.
 void RunCommand::checkLimit(const Graph& graph, Complaints& complaints) const {
-    if (!graph.getDescription().getIsUsable()) return;
+    if (!graph.getDescription().isUsable) return;
     const bool isLimited = steps || duration;
     const Place place{arguments.graph, 1, 1};
     // Somebody ends a live run, sooner or later.

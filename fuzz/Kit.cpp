@@ -32,7 +32,7 @@ constexpr std::uint64_t kRounds = 40; ///< Of a graph without a source.
 GraphChanges withOwnFiles(const GraphDescription& description, const std::string& recording,
                           const ResultFolder& results) {
     GraphChanges changes;
-    for (const GraphDescription::Block& block : description.getBlocks()) {
+    for (const GraphDescription::Block& block : description.blocks) {
         if (block.type == "RecordingSource") changes.inputs.push_back({block.id, recording, "--input"});
         if (block.type == "RecordingSink")
             changes.outputs.push_back({block.id, results.path(block.id.substr(0, 100)), "--output"});

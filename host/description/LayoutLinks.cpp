@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/description/LayoutLinks.h"
 
-#include <algorithm>
+#include "host/description/IdIndex.h"
+
 #include <string>
 
 namespace Quillmere::Host {
@@ -25,34 +26,45 @@ bool LayoutLinks::getIsLeading(std::size_t from, std::size_t to) const {
 namespace {
 using Connection = GraphDescription::Connection;
 
-/// The number of the layout that holds a block; that of none for an end that names no block.
-std::size_t layoutOf(const GraphDescription& description, const GraphDescription::Endpoint& end) {
-    const auto& layouts = description.getLayouts();
-    const GraphDescription::Block* const block = description.findBlock(end.block);
-    if (block == nullptr) return layouts.size();
-    const auto found = std::find_if(layouts.begin(), layouts.end(),
-                                    [&](const auto& layout) { return layout.id == block->layout; });
-    return static_cast<std::size_t>(found - layouts.begin());
-}
+/// The numbers of the layouts that hold the blocks.
+class LayoutNumbers {
+public:
+    explicit LayoutNumbers(const GraphDescription& graph)
+        : description(graph), layouts(graph.layouts), blocks(graph.blocks) {}
+
+    /// That of none for an end that names no block.
+    std::size_t of(const GraphDescription::Endpoint& end) const {
+        const std::size_t* const block = blocks.find(end.block);
+        const std::size_t* const layout =
+            block == nullptr ? nullptr : layouts.find(description.blocks[*block].layout);
+        return layout == nullptr ? description.layouts.size() : *layout;
+    }
+
+private:
+    const GraphDescription& description;
+    const IdIndex layouts;
+    const IdIndex blocks;
+};
 
 } // namespace
 
 void checkOverflows(const GraphDescription& description, Complaints& complaints) {
-    const auto& layouts = description.getLayouts();
+    const auto& layouts = description.layouts;
+    const LayoutNumbers numbers(description);
     LayoutLinks links(layouts.size());
     for (const bool isComplaining : {false, true}) // all links first
-        for (const Connection& connection : description.getConnections()) {
-            const std::size_t from = layoutOf(description, connection.from);
-            const std::size_t to = layoutOf(description, connection.to);
+        for (const Connection& connection : description.connections) {
+            const std::size_t from = numbers.of(connection.from);
+            const std::size_t to = numbers.of(connection.to);
             if (from == layouts.size() || to == layouts.size()) continue;
             if (!isComplaining && from != to) links.add(from, to);
-            if (!isComplaining || !connection.overflow) continue;
+            if (!isComplaining || !connection.overflow.value) continue;
             if (from == to)
-                complaints.warn(connection.overflowWhere, "'overflow' says nothing within the layout '" +
-                                                              layouts[from].id +
-                                                              "', since no thread waits for another there");
-            else if (connection.overflow == Overflow::Wait && links.getIsLeading(to, from))
-                complaints.add(connection.overflowWhere,
+                complaints.warn(connection.overflow.where, "'overflow' says nothing within the layout '" +
+                                                               layouts[from].id +
+                                                               "', since no thread waits for another there");
+            else if (*connection.overflow.value == Overflow::Wait && links.getIsLeading(to, from))
+                complaints.add(connection.overflow.where,
                                "'overflow: wait' from the layout '" + layouts[from].id + "' to '" +
                                    layouts[to].id + "', which feeds it in turn",
                                "'overflow: drop', or layouts that don't feed each other in a loop");

@@ -27,7 +27,7 @@ private:
 };
 
 /// Complains of connections that would have layouts wait for each other, and warns of those that say something of no
-/// meaning.
+/// meaning. Requires: `description` is resolved.
 void checkOverflows(const GraphDescription& description, Complaints& complaints);
 
 } // namespace Quillmere::Host

@@ -3,9 +3,10 @@
 
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
+#include "host/description/GivenValues.h"
+#include "host/description/ParameterValues.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Quillmere::Host {
 
@@ -14,19 +15,33 @@ const std::vector<std::string> kEntryKeys{"at", "set", "fire", "send"};
 constexpr const char* kExpectedEntry = "an entry as in {at: 2.5, set: {block.Property: value}}";
 } // namespace
 
-TimelineReader::TimelineReader(const GraphDescription& description, Complaints& list)
-    : graph(description), complaints(list) {}
+TimelineReader::TimelineReader(DescriptionCheck& descriptionCheck, Complaints& list)
+    : check(descriptionCheck), complaints(list) {}
 
-std::vector<GraphDescription::TimelineEntry> TimelineReader::read(const Value& list) {
+bool TimelineReader::getIsReadable(const Value& list) {
+    if (list.kind != Value::Kind::List) return !getHoldsParameter(list);
+    const auto isReadable = [](const Value::Entry& part) {
+        if (part.key == "at") return true;
+        const bool hasValues =
+            (part.key == "set" || part.key == "send") && part.value.kind == Value::Kind::Map;
+        return hasValues || !getHoldsParameter(part.value);
+    };
+    return std::all_of(list.items.begin(), list.items.end(), [&](const Value& item) {
+        return item.kind == Value::Kind::Map
+                   ? std::all_of(item.entries.begin(), item.entries.end(), isReadable)
+                   : !getHoldsParameter(item);
+    });
+}
+
+std::vector<GraphDescription::TimelineEntry> TimelineReader::read(const Value& list, bool isFilledIn) {
     if (list.isMissing()) return {};
+    isWithoutParameters = isFilledIn;
     if (list.kind == Value::Kind::List)
         for (const Value& item : list.items)
             readEntry(item);
     else
         complaints.add(list.where, list.describe(),
                        "a list of entries, each as in {at: 2.5, fire: block.Command}");
-    std::stable_sort(entries.begin(), entries.end(),
-                     [](const Entry& a, const Entry& b) { return a.at < b.at; });
     return std::move(entries);
 }
 
@@ -37,7 +52,8 @@ void TimelineReader::readEntry(const Value& value) {
         return;
     }
     Entry entry;
-    const bool hasTime = readTime(value, entry);
+    entry.where = value.where;
+    entry.isRefused = !readTime(value, entry);
     bool hasChange = false;
     for (const Value::Entry& part : value.entries) {
         if (part.key == "set" || part.key == "send") {
@@ -52,7 +68,7 @@ void TimelineReader::readEntry(const Value& value) {
         hasChange = hasChange || part.key != "at";
     }
     if (!hasChange) complaints.add(value.where, "an entry that does nothing", "'set:', 'fire:' or 'send:'");
-    if (hasTime) entries.push_back(std::move(entry));
+    entries.push_back(std::move(entry));
 }
 
 bool TimelineReader::readTime(const Value& value, Entry& entry) {
@@ -61,13 +77,13 @@ bool TimelineReader::readTime(const Value& value, Entry& entry) {
         complaints.add(value.where, "an entry without a time", "'at:' and seconds of stream time");
         return false;
     }
-    if (at->value.isMissing()) return false;
-    const auto time = toNumber(at->value, complaints);
-    if (!time) return false;
-    entry.at = *time;
-    if (std::isfinite(*time)) return true;
-    complaints.add(at->value.where, at->value.describe(), "seconds of stream time");
-    return false;
+    entry.at.where = at->value.where;
+    if (!isWithoutParameters && getHoldsParameter(at->value)) {
+        entry.at.written = at->value;
+        return true;
+    }
+    entry.at.value = toStreamTime(at->value, complaints);
+    return entry.at.value.has_value();
 }
 
 /// `{block.Property: value, ...}`
@@ -109,22 +125,12 @@ void TimelineReader::addChange(const std::string& target, const Place& where, Ch
     const std::size_t dot = target.find('.');
     change.block = target.substr(0, dot);
     change.where = where;
-    if (graph.findBlock(change.block) == nullptr) {
-        const auto ids = [&] {
-            std::vector<std::string> known;
-            for (const GraphDescription::Block& block : graph.getBlocks())
-                known.push_back(block.id);
-            return known;
-        };
-        refuseName(complaints, where, change.block,
-                   "the block '" + printable(change.block, kLongestName) + "'", "the id of a block: ", ids);
-        return;
-    }
-    if (dot == std::string::npos) {
+    if (dot != std::string::npos) change.name = target.substr(dot + 1);
+    change.isRefused = !check.checkTarget(change);
+    if (!change.isRefused && dot == std::string::npos) {
         complaints.add(where, "'" + target + "' alone", "'" + target + ".' and what of it");
-        return;
+        change.isRefused = true;
     }
-    change.name = target.substr(dot + 1);
     entry.changes.push_back(std::move(change));
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/text/Complaint.h"
+#include "host/description/DescriptionCheck.h"
 #include "host/description/GraphDescription.h"
 #include "host/description/Value.h"
 
@@ -10,14 +11,17 @@
 
 namespace Quillmere::Host {
 
-/// The reading of a graph file's timeline: `[{at: 2.5, set: {hold.LowThreshold: 0.2}}, {at: 3, fire: counter.Reset}]`.
+/// The reading of a graph's timeline: `[{at: 2.5, set: {hold.LowThreshold: 0.2}}, {at: 3, fire: counter.Reset}]`.
 class TimelineReader {
 public:
-    /// `graph` has its blocks already.
-    TimelineReader(const GraphDescription& graph, Complaints& complaints);
+    /// `check` knows the blocks already.
+    TimelineReader(DescriptionCheck& check, Complaints& complaints);
 
-    /// The entries by time, those of one time in file order. `list` has its parameters filled in.
-    std::vector<GraphDescription::TimelineEntry> read(const Value& list);
+    /// Whether parameters give no more of a timeline than times and values, so that it can be read before they are filled in.
+    static bool getIsReadable(const Value& list);
+
+    /// The entries as they are written. With `isFilledIn` nothing in it stands for a parameter.
+    std::vector<GraphDescription::TimelineEntry> read(const Value& list, bool isFilledIn);
 
 private:
     using Change = GraphDescription::TimelineChange;
@@ -29,8 +33,9 @@ private:
     void readCommands(const Value& value, Entry& entry);
     void addChange(const std::string& target, const Place& where, Change change, Entry& entry);
 
-    const GraphDescription& graph;
+    DescriptionCheck& check;
     Complaints& complaints;
+    bool isWithoutParameters = false;
     std::vector<Entry> entries;
 };
 

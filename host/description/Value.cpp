@@ -2,9 +2,11 @@
 #include "host/description/Value.h"
 
 #include "host/text/Printable.h"
+#include "host/text/ShortestText.h"
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 namespace Quillmere::Host {
@@ -74,6 +76,13 @@ bool isNumeric(const Value& value, const std::string& expected, Complaints& comp
     return true;
 }
 
+Value plain(std::string text) {
+    Value value;
+    value.kind = Value::Kind::Scalar;
+    value.text = std::move(text);
+    return value;
+}
+
 std::string lowered(std::string text) {
     for (char& c : text)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -97,6 +106,12 @@ std::size_t Value::count() const {
     return values;
 }
 
+bool Value::operator==(const Value& other) const {
+    if (kind != other.kind) return false;
+    if (isScalar()) return text == other.text && isQuoted == other.isQuoted;
+    return items == other.items && entries == other.entries;
+}
+
 std::string Value::describe() const {
     const std::string origin =
         parameter.empty() ? "" : " (the parameter '" + printable(parameter, kLongestName) + "')";
@@ -111,6 +126,46 @@ std::string Value::describe() const {
         return "a map" + origin;
     }
     return {};
+}
+
+Value valueOf(double number) {
+    if (std::isnan(number)) return plain(".nan");
+    if (std::isinf(number)) return plain(number < 0.0 ? "-.inf" : ".inf");
+    return plain(shortestText(number));
+}
+
+Value valueOf(std::int64_t number) {
+    return plain(std::to_string(number));
+}
+
+Value valueOf(bool flag) {
+    return plain(flag ? "true" : "false");
+}
+
+Value valueOf(const std::string& text) {
+    Value value = plain(text);
+    value.isQuoted = true;
+    return value;
+}
+
+Value valueOf(const std::vector<std::string>& texts) {
+    Value list;
+    list.kind = Value::Kind::List;
+    for (const std::string& text : texts)
+        list.items.push_back(valueOf(text));
+    return list;
+}
+
+Value valueOf(const MatrixXd& matrix) {
+    Value list;
+    list.kind = Value::Kind::List;
+    for (Eigen::Index row = 0; row < matrix.rows(); ++row) {
+        Value& items = list.items.emplace_back();
+        items.kind = Value::Kind::List;
+        for (Eigen::Index column = 0; column < matrix.cols(); ++column)
+            items.items.push_back(valueOf(matrix(row, column)));
+    }
+    return list;
 }
 
 std::optional<double> toNumber(const Value& value, Complaints& complaints) {

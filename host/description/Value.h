@@ -37,13 +37,32 @@ struct QUILLMERE_API Value {
 
     /// For messages: a scalar's text in quotes, `a list`, `a map` or `nothing`, and the parameter behind it.
     std::string describe() const;
+
+    /// Whether both are written alike, wherever they stand and whatever brought them.
+    bool operator==(const Value& other) const;
 };
 
 struct Value::Entry {
     std::string key;
     Place where;
     Value value;
+
+    bool operator==(const Entry& other) const { return key == other.key && value == other.value; }
 };
+
+/// The other way: what reads back to the same number, flag or text. Numbers are in their shortest form.
+QUILLMERE_API Value valueOf(double number);
+QUILLMERE_API Value valueOf(std::int64_t number);
+inline Value valueOf(int number) {
+    return valueOf(std::int64_t{number});
+}
+QUILLMERE_API Value valueOf(bool flag);
+QUILLMERE_API Value valueOf(const std::string& text);
+inline Value valueOf(const char* text) {
+    return valueOf(std::string(text));
+}
+QUILLMERE_API Value valueOf(const std::vector<std::string>& texts);
+QUILLMERE_API Value valueOf(const Core::MatrixXd& matrix);
 
 /// A scalar as a number, a whole number, a yes or no, a text, and nested lists as a matrix. What isn't one is a
 /// complaint and gives nothing.

@@ -33,12 +33,13 @@ void warnOfBursts(const Graph& graph, Complaints& complaints) {
         for (const Core::AbstractInputPin* const pin : node.block->getInputPins()) {
             const Connection* const connection = graph.findConnection(*pin);
             // Of what comes to a control input the newest counts.
-            if (connection == nullptr || !pin->getIsBlocking() || connection->buffer || connection->overflow)
+            if (connection == nullptr || !pin->getIsBlocking() || connection->buffer.value ||
+                connection->overflow.value)
                 continue;
-            const GraphDescription::Block* const from =
-                graph.getDescription().findBlock(connection->from.block);
+            const Graph::Node* const from = graph.find(connection->from.block);
             const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
-            if (from == nullptr || sender == nullptr || from->layout == node.description->layout) continue;
+            if (from == nullptr || sender == nullptr || from->description->layout == node.description->layout)
+                continue;
             std::set<const Core::PinManager*> seen{sender->getManager()};
             std::string reason = reasonForBursts(*sender->getManager(), seen);
             if (!reason.empty())

@@ -34,7 +34,7 @@ std::span<const char* const> getTimeReaders() {
 
 namespace {
 bool getAsksForStream(const Graph& graph) {
-    return graph.getDescription().getClock() == GraphDescription::Clock::Stream;
+    return graph.getDescription().clock == GraphDescription::Clock::Stream;
 }
 
 /// Where stamps of the wall clock get to from one output.
@@ -70,7 +70,7 @@ private:
     /// A row has the time of its round, or that of its samples where they come from another layout.
     bool getMakesRows() const {
         const bool isClock = graph.getSources().empty() && first.getManager()->getInputPins().empty();
-        return isClock || graph.getDescription().getLayouts().size() > 1;
+        return isClock || graph.getDescription().layouts.size() > 1;
     }
 
     void warn(const Graph::Node& node, const std::string& what) {
@@ -119,7 +119,7 @@ void requireStreamClock(const Graph& graph, Complaints& complaints) {
     const std::string& output = clock->block->getOutputPins().front()->getName();
     for (const WallClockOutput& stamped : getWallClockOutputs())
         if (clock->description->type == stamped.type && output == stamped.output)
-            complaints.add(graph.getDescription().getClockPlace(),
+            complaints.add(graph.getDescription().clockPlace,
                            "'" + clock->description->id + "' (" + stamped.type +
                                "), which stamps the wall clock, as the block that tells the time",
                            "a generator with a time of its own in front of it, or 'clock: wall'");

@@ -86,7 +86,7 @@ std::string otherUnitText(const SourceAccount& account) {
 
 void warnOfFirstRows(const Graph& graph, Complaints& complaints) {
     Receivers receivers;
-    for (const GraphDescription::Connection& connection : graph.getDescription().getConnections())
+    for (const GraphDescription::Connection& connection : graph.getDescription().connections)
         receivers[connection.from.block].push_back(connection.to.block);
     for (const Graph::Node& node : graph.getNodes()) {
         if (node.recorded == nullptr || node.isFaulty) continue;
@@ -97,7 +97,7 @@ void warnOfFirstRows(const Graph& graph, Complaints& complaints) {
             complaints.warn(node.getEndPlace(), otherUnitText(*account) + " (" + node.getEndName() + ")");
         if (!getIsFirstStepOdd(*account) || getIsFramed(*node.description)) continue;
         const Ids reached = reachedFrom(node.description->id, receivers);
-        for (const GraphDescription::Block& block : graph.getDescription().getBlocks())
+        for (const GraphDescription::Block& block : graph.getDescription().blocks)
             if (block.type == kTrustsFirstStep && reached.count(block.id) > 0)
                 warnOfFirstStep(block, node, *account, complaints);
     }

@@ -13,7 +13,8 @@ namespace Quillmere::Host {
 
 Graph::Graph(const GraphDescription& graphDescription, const BlockCatalogue& catalogue,
              Complaints& complaints)
-    : description(graphDescription), layout(graphDescription.getName()) {
+    : description(graphDescription.resolved(complaints)), index(description.blocks),
+      layout(description.getName()) {
     GraphBuilder(*this, complaints).build(catalogue);
 }
 
@@ -36,12 +37,12 @@ void Graph::requireDrive(Complaints& complaints) const {
     const auto isDriving = [](const Node& node) {
         return node.block == nullptr || (node.sink == nullptr && node.block->getInputPins().empty());
     };
-    if (description.getIsUsable() && std::none_of(nodes.begin(), nodes.end(), isDriving))
-        complaints.add({description.getPath(), 1, 1}, "a graph that nothing drives",
+    if (description.isUsable && std::none_of(nodes.begin(), nodes.end(), isDriving))
+        complaints.add({description.path, 1, 1}, "a graph that nothing drives",
                        "a block that reads a recording, such as RecordingSource, or one without inputs");
-    if (description.getIsUsable() && sinks.empty())
+    if (description.isUsable && sinks.empty())
         complaints.warn(
-            {description.getPath(), 1, 1},
+            {description.path, 1, 1},
             "the graph has no sink, so nothing is kept of what it does; a RecordingSink writes a result");
 }
 
@@ -84,9 +85,13 @@ void Graph::openSinks() {
 }
 
 Graph::Node* Graph::find(const std::string& id) {
-    const GraphDescription::Block* const block = description.findBlock(id);
-    return block == nullptr ? nullptr
-                            : &nodes[static_cast<std::size_t>(block - description.getBlocks().data())];
+    const std::size_t* const place = index.find(id);
+    return place == nullptr ? nullptr : &nodes[*place];
+}
+
+const Graph::Node* Graph::find(const std::string& id) const {
+    const std::size_t* const place = index.find(id);
+    return place == nullptr ? nullptr : &nodes[*place];
 }
 
 void Graph::cutLoose(Core::Filter& block) {

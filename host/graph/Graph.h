@@ -4,6 +4,7 @@
 #include "framework/core/Api.h"
 #include "framework/core/LayoutManager.h"
 #include "host/description/GraphDescription.h"
+#include "host/description/IdIndex.h"
 #include "host/ends/RecordedSource.h"
 #include "host/ends/ResultEnd.h"
 #include "host/ends/Sink.h"
@@ -50,7 +51,7 @@ public:
     };
 
     /// Builds what `description` describes, of blocks from `catalogue`, and complains of everything that can't be built.
-    /// Requires: `description` outlives the graph; a graph with complaints isn't run. [setup]
+    /// Requires: a graph with complaints isn't run. [setup]
     Graph(const GraphDescription& description, const BlockCatalogue& catalogue, Complaints& complaints);
     ~Graph();
     Graph(const Graph&) = delete;
@@ -66,8 +67,11 @@ public:
     /// Lets every sink replace what stands under its result's name, whoever made it. [setup]
     void allowOverwriting();
     Core::LayoutManager& getLayout() { return layout; }
-    const std::string& getName() const { return description.getName(); }
+    const std::string& getName() const { return layout.getName(); }
+    /// What it was built from: the description with its parameters filled in.
     const GraphDescription& getDescription() const { return description; }
+    /// The block of that id; null for one that the description doesn't have.
+    const Node* find(const std::string& id) const;
     /// The connection in the file that gave an input its link; null for an input that has none from there.
     const GraphDescription::Connection* findConnection(const Core::AbstractInputPin& input) const;
     /// What the runner has done to the blocks when stream time comes to it.
@@ -95,10 +99,10 @@ private:
     friend class GraphBuilder;
     friend class TimelineBuilder;
 
-    /// The block of that id as it is built; null for one that the description doesn't have. [setup]
     Node* find(const std::string& id);
 
-    const GraphDescription& description;
+    const GraphDescription description; ///< Resolved.
+    const IdIndex index;                ///< Of its blocks.
     Core::LayoutManager layout;
     std::vector<Node> nodes; ///< As the description has them.
     std::vector<const Node*> runOrder;

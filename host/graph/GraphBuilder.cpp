@@ -2,6 +2,7 @@
 #include "host/graph/GraphBuilder.h"
 
 #include "framework/Quillmere.h"
+#include "host/description/LayoutLinks.h"
 #include "host/ends/ColumnName.h"
 #include "host/ends/MainInput.h"
 #include "host/text/NearestName.h"
@@ -40,10 +41,11 @@ GraphBuilder::GraphBuilder(Graph& target, Complaints& list)
     : graph(target), description(target.description), complaints(list) {}
 
 void GraphBuilder::build(const BlockCatalogue& catalogue) {
+    checkOverflows(description, complaints);
     createBlocks(catalogue);
     for (Node& node : graph.nodes)
         if (node.block != nullptr) applySettings(node);
-    for (const Connection& connection : description.getConnections())
+    for (const Connection& connection : description.connections)
         connect(connection);
     TimelineBuilder timeline(graph, description, complaints);
     timeline.resolve(catalogue, connected);
@@ -57,8 +59,8 @@ void GraphBuilder::build(const BlockCatalogue& catalogue) {
 }
 
 void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {
-    graph.nodes.reserve(description.getBlocks().size());
-    for (const GraphDescription::Block& block : description.getBlocks()) {
+    graph.nodes.reserve(description.blocks.size());
+    for (const GraphDescription::Block& block : description.blocks) {
         BlockPtr made;
         bool isUnknown = false;
         try {
@@ -152,8 +154,8 @@ void GraphBuilder::connect(const Connection& connection) {
                            ")");
         return;
     }
-    input->setBufferCapacity(connection.buffer.value_or(1));
-    input->setIsLifo(connection.isNewestFirst.value_or(false));
+    input->setBufferCapacity(connection.buffer.value.value_or(1));
+    input->setIsLifo(connection.isNewestFirst.value.value_or(false));
     output->attach(*input, false);
     graph.connections[input] = &connection;
 }

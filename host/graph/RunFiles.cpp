@@ -31,7 +31,7 @@ const User* RunFiles::Register<User>::find(const File& file) const {
 }
 
 RunFiles::RunFiles(const GraphDescription& description, const BlockCatalogue& catalogue) {
-    readings.add(namedFile(description.getPath()), "which is the graph that runs");
+    if (!description.path.empty()) readings.add(namedFile(description.path), "which is the graph that runs");
     for (const std::string& path : catalogue.getPluginPaths())
         readings.add(namedFile(path), "which is a plug-in of the run");
 }

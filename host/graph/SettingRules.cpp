@@ -158,7 +158,7 @@ constexpr const char* kIdleCommand = "Reset";
 
 bool getIsFired(const Graph& graph, const std::string& id) {
     using Change = GraphDescription::TimelineChange;
-    const auto& entries = graph.getDescription().getTimeline();
+    const auto& entries = graph.getDescription().timeline;
     return std::any_of(entries.begin(), entries.end(), [&](const auto& entry) {
         return std::any_of(entry.changes.begin(), entry.changes.end(), [&](const Change& change) {
             return change.kind == Change::Kind::Fire && change.block == id && change.name == kIdleCommand;

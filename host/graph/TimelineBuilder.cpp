@@ -38,13 +38,13 @@ TimelineBuilder::TimelineBuilder(Graph& target, const GraphDescription& graphDes
 void TimelineBuilder::resolve(const BlockCatalogue& types, Connected& linked) {
     catalogue = &types;
     connected = &linked;
-    for (const GraphDescription::TimelineEntry& entry : description.getTimeline()) {
+    for (const GraphDescription::TimelineEntry& entry : description.timeline) {
         for (const Change& change : entry.changes) {
             const Graph::Node* const node = graph.find(change.block);
             // An unknown type or a setting that is refused is a complaint already.
             if (node == nullptr || node->block == nullptr || node->isFaulty) continue;
             if (change.value.isMissing()) continue;
-            resolve(entry.at, change, *node);
+            resolve(*entry.at.value, change, *node);
         }
     }
 }

@@ -38,7 +38,7 @@ LiveGraph::LiveGraph(Graph& builtGraph, LiveDrive& liveDrive, std::optional<Over
 LiveGraph::~LiveGraph() = default;
 
 void LiveGraph::dealOut() {
-    for (const GraphDescription::Layout& layout : graph.getDescription().getLayouts()) {
+    for (const GraphDescription::Layout& layout : graph.getDescription().layouts) {
         Core::LayoutManager& manager = managers.emplace_back(layout.id);
         layouts.emplace_back(layout.id, manager, drive);
     }

@@ -27,7 +27,7 @@ OverflowRules::OverflowRules(Graph& runGraph, bool isUnpaced, std::optional<Over
     for (const Graph::Node& node : graph.getNodes())
         for (const Core::AbstractInputPin* const input : node.block->getInputPins())
             if (const auto* const connection = graph.findConnection(*input))
-                set(*input, connection->overflow);
+                set(*input, connection->overflow.value);
 }
 
 void OverflowRules::set(const Core::AbstractInputPin& input, std::optional<Overflow> overflow) {

@@ -14,7 +14,7 @@ constexpr std::uint64_t kRoundsBetweenReports = 4096;
 
 OfflineRunner::OfflineRunner(Graph& target)
     : graph(target),
-      stamps(target.getDescription().getClock() == GraphDescription::Clock::Stream ? &streamTime : nullptr) {
+      stamps(target.getDescription().clock == GraphDescription::Clock::Stream ? &streamTime : nullptr) {
     for (const Graph::Node* const node : graph.getRunOrder())
         steps.push_back(node->block.get());
     std::vector<Core::Filter*> watched = steps;

@@ -19,7 +19,7 @@ class Links {
 public:
     Links(const GraphDescription& description, const std::vector<Core::Filter*>& list)
         : blocks(list.begin(), list.end()) {
-        for (const GraphDescription::Connection& connection : description.getConnections())
+        for (const GraphDescription::Connection& connection : description.connections)
             places.try_emplace(connection.to.getText(), connection.where);
     }
 
@@ -173,7 +173,7 @@ void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonF
     }
     if (const auto first = sender == nullptr ? std::nullopt : sumOf(*sender, nonFinite)) {
         Warning warning;
-        warning.where.file = graph.getDescription().getPath();
+        warning.where.file = graph.getDescription().path;
         warning.text =
             "the timeline sent values that aren't finite, the first at " + shortestText(first->time) + " s";
         outcome.warnings.push_back(std::move(warning));

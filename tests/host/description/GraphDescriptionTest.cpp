@@ -35,8 +35,11 @@ layouts: [{id: slow}, {id: fast, view: {y: 1}}]
 
 class GraphDescriptionTest : public testing::Test {
 protected:
+    /// What `text` says, in a file, with `changes` and its parameters filled in.
     GraphDescription read(const std::string& text, const GraphChanges& changes = {}) {
-        return GraphDescription::read(folder.write("g.yaml", text), changes, complaints);
+        return GraphDescription::fromFile(folder.write("g.yaml", text), complaints)
+            .with(changes, complaints)
+            .resolved(complaints);
     }
 
     /// What is wrong with `text`, the file named `g.yaml`, a line each.
@@ -62,32 +65,32 @@ protected:
 TEST_F(GraphDescriptionTest, HoldsWhatTheFileSays) {
     const GraphDescription graph = read(kCalm);
     EXPECT_EQ(getText(), "");
-    EXPECT_TRUE(graph.getIsUsable());
+    EXPECT_TRUE(graph.isUsable);
     EXPECT_EQ(graph.getName(), "calm wrist");
     EXPECT_EQ(graph.getFolder() + "/g.yaml", folder.path("g.yaml"));
-    ASSERT_EQ(graph.getBlocks().size(), 3u);
+    ASSERT_EQ(graph.blocks.size(), 3u);
     const GraphDescription::Block& smooth = *graph.findBlock("smooth");
     EXPECT_EQ(smooth.type, "FilterButterworth");
     EXPECT_EQ(smooth.layout, "fast");
     EXPECT_EQ(graph.findBlock("wrist")->layout, "slow") << "the first layout is the default";
-    ASSERT_EQ(graph.getLayouts().size(), 2u);
-    EXPECT_EQ(graph.getLayouts()[1].id, "fast");
-    EXPECT_EQ(graph.getLayouts()[1].where.line, 13);
+    ASSERT_EQ(graph.layouts.size(), 2u);
+    EXPECT_EQ(graph.layouts[1].id, "fast");
+    EXPECT_EQ(graph.layouts[1].where.line, 13);
     ASSERT_EQ(smooth.settings.size(), 2u);
     EXPECT_EQ(smooth.settings[1].name, "RelativeCutOffFreq");
     EXPECT_EQ(smooth.settings[1].value.text, "0.08");
     EXPECT_EQ(smooth.settings[1].value.parameter, "cutoff");
     EXPECT_EQ(smooth.settings[1].value.where.line, 6);
-    ASSERT_EQ(graph.getConnections().size(), 2u);
-    const GraphDescription::Connection& first = graph.getConnections()[0];
+    ASSERT_EQ(graph.connections.size(), 2u);
+    const GraphDescription::Connection& first = graph.connections[0];
     EXPECT_EQ(first.from.block, "wrist");
     EXPECT_EQ(first.from.pin, "accel");
-    EXPECT_EQ(first.buffer, 4u);
-    EXPECT_EQ(first.isNewestFirst, false);
-    const GraphDescription::Connection& second = graph.getConnections()[1];
+    EXPECT_EQ(first.buffer.value, 4u);
+    EXPECT_EQ(first.isNewestFirst.value, false);
+    const GraphDescription::Connection& second = graph.connections[1];
     EXPECT_FALSE(second.from.hasPin);
     EXPECT_EQ(second.to.pin, "Low Cutoff Freq. (relative)") << "split at the first dot";
-    EXPECT_FALSE(second.buffer.has_value());
+    EXPECT_FALSE(second.buffer.value.has_value());
 }
 
 TEST_F(GraphDescriptionTest, AFileWithoutANameIsNamedAfterItself) {
@@ -98,8 +101,8 @@ TEST_F(GraphDescriptionTest, AFileWithoutANameIsNamedAfterItself) {
 TEST_F(GraphDescriptionTest, AGraphWithoutLayoutsHasOne) {
     const GraphDescription graph = read("format: 1\nblocks: [{id: a, type: T}]\n");
     EXPECT_EQ(getText(), "");
-    ASSERT_EQ(graph.getLayouts().size(), 1u);
-    EXPECT_EQ(graph.getLayouts()[0].id, "main");
+    ASSERT_EQ(graph.layouts.size(), 1u);
+    EXPECT_EQ(graph.layouts[0].id, "main");
     EXPECT_EQ(graph.findBlock("a")->layout, "main");
 }
 
@@ -120,7 +123,7 @@ TEST_F(GraphDescriptionTest, JsonIsTheSame) {
     const GraphDescription graph = read(R"({"format": 1, "parameters": {"g": 2.5},
  "blocks": [{"id": "a", "type": "T", "properties": {"Gain": "${g}", "List": [["${g}", 1]]}}], "connections": []})");
     EXPECT_EQ(getText(), "");
-    const auto& settings = graph.getBlocks().at(0).settings;
+    const auto& settings = graph.blocks.at(0).settings;
     EXPECT_EQ(settings.at(0).value.text, "2.5");
     EXPECT_FALSE(settings.at(0).value.isQuoted);
     EXPECT_EQ(settings.at(1).value.items.at(0).items.at(0).text, "2.5");
@@ -253,12 +256,12 @@ TEST_F(GraphDescriptionTest, FilesThatAreNoGraphs) {
     EXPECT_EQ(complaintsOf("format: 1\nblocks: []\n"),
               "g.yaml:2:9: found an empty list of blocks; expected one block at least\n");
     complaints = {};
-    GraphDescription::read(folder.path("none.yaml"), {}, complaints);
+    GraphDescription::fromFile(folder.path("none.yaml"), complaints);
     EXPECT_EQ(getText(),
               folder.path("none.yaml") +
                   ": found no file that can be read (No such file or directory); expected a graph file\n");
     complaints = {};
-    GraphDescription::read(folder.path("."), {}, complaints);
+    GraphDescription::fromFile(folder.path("."), complaints);
     EXPECT_EQ(getText(), folder.path(".") +
                              ": found no file that can be read (Is a directory); expected a graph file\n");
 }
