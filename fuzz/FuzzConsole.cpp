@@ -54,7 +54,7 @@ private:
         static const Fuzz::MemoryFile file;
         file.write(kGraph);
         Complaints complaints;
-        GraphDescription description = GraphDescription::read(file.getPath(), {}, complaints);
+        GraphDescription description = GraphDescription::fromFile(file.getPath(), complaints);
         complaints.raise();
         return description;
     }

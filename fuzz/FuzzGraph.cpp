@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Graph files: read, built of living blocks, and run for some rounds.
+// Graph files: read, written down and read back, built of living blocks, and run for some rounds.
 #include "fuzz/Kit.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

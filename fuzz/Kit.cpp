@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fuzz/Kit.h"
 
+#include "host/description/ValueReader.h"
 #include "host/ends/RecordingException.h"
 #include "host/run/OfflineRunner.h"
 #include "host/recording/HostCatalogue.h"
@@ -38,6 +39,15 @@ GraphChanges withOwnFiles(const GraphDescription& description, const std::string
             changes.outputs.push_back({block.id, results.path(block.id.substr(0, 100)), "--output"});
     }
     return changes;
+}
+
+/// What is written down reads back equal, as long as a file may be so long.
+void requireReadsBack(const GraphDescription& graph) {
+    const std::string text = graph.toText();
+    if (text.size() > kLargestValueFile) return;
+    Complaints complaints;
+    require(GraphDescription::fromText(text, graph.path, complaints) == graph);
+    require(complaints.isEmpty());
 }
 
 void run(Graph& graph) {
@@ -106,11 +116,11 @@ void runGraph(const std::string& text) {
     static const ResultFolder results;
     file.write(text);
     recording.write(kRecording);
-    Complaints heardTwice;
-    const GraphDescription named = GraphDescription::read(file.getPath(), {}, heardTwice);
     Complaints complaints;
+    const GraphDescription named = GraphDescription::fromFile(file.getPath(), complaints);
+    if (complaints.isEmpty()) requireReadsBack(named);
     const GraphDescription description =
-        GraphDescription::read(file.getPath(), withOwnFiles(named, recording.getPath(), results), complaints);
+        named.with(withOwnFiles(named, recording.getPath(), results), complaints);
     {
         Graph graph(description, catalogue(), complaints);
         graph.requireDrive(complaints);

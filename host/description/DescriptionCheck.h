@@ -10,9 +10,9 @@
 
 namespace Quillmere::Host {
 
-/// What a graph must fulfil that needs no block: ids, types, and whom they refer to. It goes through a graph from layouts to
-/// blocks and to what is between them; who reads a file does so part by part, as the parts come. Every operation complains of
-/// what is wrong and says whether nothing is.
+/// What a graph must fulfil that needs no block: ids, types, and whom they refer to. It goes through a graph
+/// from layouts to blocks and to what is between them; who reads a file does so part by part, as the parts
+/// come. Every operation complains of what is wrong and says whether nothing is.
 class DescriptionCheck {
 public:
     explicit DescriptionCheck(Complaints& complaintList) : complaints(complaintList) {}

@@ -10,8 +10,8 @@
 
 namespace Quillmere::Host {
 
-// What a connection and an entry of the timeline may say, of values without parameters. What isn't such is a complaint
-// and gives nothing.
+// What a connection and an entry of the timeline may say, of values without parameters. What isn't such is a
+// complaint and gives nothing.
 std::optional<std::uint32_t> toBuffer(const Value& value, Complaints& complaints);
 std::optional<bool> toIsNewestFirst(const Value& value, Complaints& complaints);
 std::optional<Overflow> toOverflow(const Value& value, Complaints& complaints);

@@ -6,7 +6,8 @@
 
 namespace Quillmere::Host {
 
-/// What a caller changes in a graph for one run. `option` is what complaints name, such as `--param cutoff=2`.
+/// What a caller changes in a graph for one run. `option` is what complaints name, such as `--param
+/// cutoff=2`.
 struct GraphChanges {
     struct Parameter {
         std::string name;
@@ -24,10 +25,10 @@ struct GraphChanges {
         std::string path; ///< Relative to where the program runs.
         std::string option;
     };
-    std::vector<Parameter> parameters;
-    std::vector<Setting> settings;
-    std::vector<File> inputs;
-    std::vector<File> outputs;
+    std::vector<Parameter> parameters = {};
+    std::vector<Setting> settings = {};
+    std::vector<File> inputs = {};
+    std::vector<File> outputs = {};
 };
 
 } // namespace Quillmere::Host

@@ -4,6 +4,9 @@
 #include "host/description/GraphChanger.h"
 #include "host/description/GraphReader.h"
 #include "host/description/GraphResolver.h"
+#include "host/description/GraphWriter.h"
+#include "host/description/ValueText.h"
+#include "host/text/Address.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -60,6 +63,10 @@ GraphDescription GraphDescription::resolved(Complaints& complaints) const {
     return GraphResolver(*this, complaints).resolve();
 }
 
+std::string GraphDescription::toText() const {
+    return yamlText(mapOf(*this));
+}
+
 std::string GraphDescription::getName() const {
     return name.empty() ? std::filesystem::path(path).stem().string() : name;
 }
@@ -114,12 +121,11 @@ bool GraphDescription::Block::operator==(const Block& other) const {
 }
 
 GraphDescription::Endpoint GraphDescription::Endpoint::of(std::string_view text) {
-    // At the first dot: ids have none, literal pin names may.
-    const std::size_t dot = text.find('.');
+    Address address(text);
     Endpoint end;
-    end.block = text.substr(0, dot);
-    end.hasPin = dot != std::string_view::npos;
-    if (end.hasPin) end.pin = text.substr(dot + 1);
+    end.block = std::move(address.block);
+    end.pin = std::move(address.member);
+    end.hasPin = address.hasMember;
     return end;
 }
 

@@ -25,8 +25,8 @@ public:
     /// Requires: `parameters` stay as they are.
     ParameterValues(const std::vector<GraphDescription::Parameter>& parameters, Complaints& complaints);
 
-    /// Replaces every `${name}` by its parameter. The place stays where the value is used. What a parameter has brought
-    /// stays as it is.
+    /// Replaces every `${name}` by its parameter. The place stays where the value is used. What a parameter
+    /// has brought stays as it is.
     void fillIn(Value& value);
 
 private:

@@ -11,13 +11,15 @@
 
 namespace Quillmere::Host {
 
-/// The reading of a graph's timeline: `[{at: 2.5, set: {hold.LowThreshold: 0.2}}, {at: 3, fire: counter.Reset}]`.
+/// The reading of a graph's timeline: `[{at: 2.5, set: {hold.LowThreshold: 0.2}}, {at: 3, fire:
+/// counter.Reset}]`.
 class TimelineReader {
 public:
     /// `check` knows the blocks already.
     TimelineReader(DescriptionCheck& check, Complaints& complaints);
 
-    /// Whether parameters give no more of a timeline than times and values, so that it can be read before they are filled in.
+    /// Whether parameters give no more of a timeline than times and values, so that it can be read before
+    /// they are filled in.
     static bool getIsReadable(const Value& list);
 
     /// The entries as they are written. With `isFilledIn` nothing in it stands for a parameter.
