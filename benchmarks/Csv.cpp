@@ -5,7 +5,7 @@
 
 #include "host/recording/CsvReader.h"
 #include "host/recording/CsvWriter.h"
-#include "host/recording/TimeStampWatch.h"
+#include "host/ends/TimeStampWatch.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -45,9 +45,17 @@ void printBlock(const BlockDescription& block, const std::string& origin) {
     std::cout << properties.getText();
 }
 
-void printHostBlock(const HostBlock& block) {
-    std::cout << block.getTypeName()
-              << " (host)\n\nits pins are those that the graph gives it\n\nproperties\n";
+/// A source or a sink, of the host or of a plug-in.
+void printHostBlock(const HostBlock& block, const std::string& origin) {
+    const BlockDescription description = describe(block);
+    std::cout << description.type << " (" << origin << ")\n\n";
+    if (description.inputs.empty() && description.outputs.empty())
+        std::cout << "its pins are those that the graph gives it\n";
+    for (const BlockDescription::Pin& pin : description.inputs)
+        std::cout << "input " << pin.name << "\n";
+    for (const BlockDescription::Pin& pin : description.outputs)
+        std::cout << "output " << pin.name << "\n";
+    std::cout << "\nproperties\n";
     Table settings(kIndent);
     for (const HostBlock::SettingDescription& setting : block.getSettingDescriptions())
         settings.add({setting.name, setting.kind,
@@ -88,14 +96,15 @@ ExitCode BlocksCommand::run() {
     }
     const BlockPtr block = createBlock(catalogue, type);
     const auto* const hostBlock = dynamic_cast<const HostBlock*>(block.get());
+    const std::string origin = catalogue.getPluginName(type) + " " + catalogue.getPluginVersion(type);
     if (asJson) {
         std::cout << (hostBlock != nullptr ? Json::hostBlock(*hostBlock)
                                            : Json::block(describe(*block), catalogue.getPluginName(type)))
                   << "\n";
     } else if (hostBlock != nullptr) {
-        printHostBlock(*hostBlock);
+        printHostBlock(*hostBlock, catalogue.getIsHostType(type) ? "host" : origin);
     } else {
-        printBlock(describe(*block), catalogue.getPluginName(type) + " " + catalogue.getPluginVersion(type));
+        printBlock(describe(*block), origin);
     }
     return kDone;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/ends/HostBlock.h"
 
-#include "host/text/NearestName.h"
+#include "host/text/Complaint.h"
 
 namespace Quillmere::Host {
 
@@ -20,8 +20,9 @@ void HostBlock::refuseSetting(const GraphDescription::Setting& setting, Complain
     std::vector<std::string> names;
     for (const SettingDescription& known : getSettingDescriptions())
         names.push_back(known.name);
-    complaints.add(setting.where, "the property '" + setting.name + "' of " + getTypeName(),
-                   "one of " + listOfNames(names), nearestName(setting.name, names));
+    complaints.add(Complaint::unknown(setting.where,
+                                      "the property '" + setting.name + "' of " + getTypeName(), setting.name,
+                                      names, "one of ", "no properties, since it has none"));
 }
 
 } // namespace Quillmere::Host

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/LiveStructure.h"
 
+#include "host/ends/HostBlock.h"
 #include "host/live/ControlException.h"
 #include "host/text/Complaint.h"
 #include "host/text/CaughtText.h"
@@ -108,6 +109,10 @@ void LiveStructure::add(const std::string& id, const std::string& type, const st
     if (block == nullptr)
         throw ControlException(
             Complaint::unknown({}, "the block type '" + type + "'", type, catalogue.getTypeNames()));
+    if (dynamic_cast<const HostBlock*>(block.get()) != nullptr)
+        throw ControlException(
+            Complaint{.found = "the block type '" + type + "', which is a source or a sink",
+                      .expected = "another, since they are told what they read and write before a run"});
     graph.add(std::move(block), to);
 }
 

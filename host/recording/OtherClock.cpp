@@ -2,7 +2,7 @@
 #include "host/recording/OtherClock.h"
 
 #include "host/recording/CsvReader.h"
-#include "host/recording/TimeStampWatch.h"
+#include "host/ends/TimeStampWatch.h"
 
 #include <algorithm>
 #include <array>

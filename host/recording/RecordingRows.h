@@ -4,7 +4,7 @@
 #include "framework/core/Api.h"
 #include "host/ends/SourceAccount.h"
 #include "host/recording/CsvReader.h"
-#include "host/recording/TimeStampWatch.h"
+#include "host/ends/TimeStampWatch.h"
 
 #include <cstddef>
 #include <cstdint>

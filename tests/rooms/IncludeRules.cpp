@@ -38,7 +38,7 @@ const std::vector<Room> kRooms = {
     hostRoom("text", {}),
     hostRoom("plugins", {"text"}),
     hostRoom("description", {"text"}), // a graph is read without any plug-in
-    hostRoom("ends", {"text", "description"}),
+    hostRoom("ends", {"text", "plugins", "description"}),
     hostRoom("graph", {"text", "plugins", "description", "ends"}),
     hostRoom("recording", {"text", "plugins", "description", "ends"}),
     hostRoom("response", {"text", "plugins", "description", "ends", "graph"}),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "host/recording/TimeStampWatch.h"
+#include "host/ends/TimeStampWatch.h"
 
 #include <gtest/gtest.h>
 
