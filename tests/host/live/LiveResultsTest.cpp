@@ -123,9 +123,9 @@ const GraphRow kFailing[] = {
      .text = graph(sourceLine("in", "worse.csv", "x: x") + kOut, "  - {from: in, to: out.x}\n")},
     {.name = "a sample that the result has no columns for",
      .text =
-         graph(kIn + "  - {id: g, type: FilterButterworth}\n"
+         graph(kIn + "  - {id: g, type: OddSettings}\n"
                      "  - {id: out, type: RecordingSink, properties: {file: out.csv, columns: {p: [a]}}}\n",
-               "  - {from: in.p, to: g.in}\n  - {from: g, to: out.p}\n")},
+               "  - {from: in.p, to: g.main in.put}\n  - {from: g.a, to: out.p}\n")},
     {.name = "a setting that the timeline may write no more",
      .text = graph(kIn + "  - {id: odd, type: OddSettings, properties: {unlock: true}}\n" + kOut,
                    "  - {from: in.x, to: odd.main in.put}\n  - {from: odd.a, to: out.x}\n",
