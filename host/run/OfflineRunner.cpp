@@ -71,10 +71,15 @@ RunOutcome OfflineRunner::gatherOutcome(const RunEnding& ending) const {
 
 void OfflineRunner::runRounds(const std::stop_token& stop) {
     takeUpRounds();
+    const bool hasClock = rounds.getClock() != nullptr;
     // Nothing is paced: that no round is due yet doesn't happen.
     while (rounds.choose(RoundChooser::Clock::time_point::min()).answer == RoundChooser::Answer::Round) {
         requireGoesOn(stop);
-        beginRound();
+        if (hasClock)
+            beginClockedRound();
+        else
+            rounds.begin();
+        streamTime = rounds.getStreamTime();
         applyTimeline(rounds.getElapsed());
         rounds.release();
         runRound();
@@ -95,19 +100,12 @@ void OfflineRunner::takeUpRounds() {
     std::erase(steps, rounds.getClock());
 }
 
-void OfflineRunner::beginRound() {
-    Core::Filter* const clock = rounds.getClock();
-    if (clock == nullptr) {
-        rounds.begin();
-        streamTime = rounds.getStreamTime();
-        return;
-    }
+void OfflineRunner::beginClockedRound() {
     const Core::Synchronizer::StepLocker gate(graph.getLayout().getSynchronizer());
     rounds.begin();
-    current = clock;
+    current = rounds.getClock();
     requireStreamTime();
-    streamTime = rounds.getStreamTime();
-    finite.look(*clock, streamTime);
+    finite.look(*current, rounds.getStreamTime());
     current = nullptr;
 }
 

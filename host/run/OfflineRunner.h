@@ -67,7 +67,7 @@ private:
     void applyTimeline(double time);
     void runRounds(const std::stop_token& stop);
     void takeUpRounds();
-    void beginRound();
+    void beginClockedRound();
     static void requireGoesOn(const std::stop_token& stop);
     void requireStreamTime() const;
     void countRound();

@@ -22,11 +22,6 @@ void RoundChooser::setClock(const GeneratorClock& newClock, const std::optional<
     limit = newLimit;
 }
 
-RoundChooser::Choice RoundChooser::choose(Clock::time_point now) {
-    chosenAt = now;
-    return clock ? chooseClock(now) : chooseSource(now);
-}
-
 RoundChooser::Choice RoundChooser::chooseSource(Clock::time_point now) {
     const bool isPaced = getIsPaced();
     Clock::time_point due = Clock::time_point::max();
@@ -70,6 +65,7 @@ RoundChooser::Clock::time_point RoundChooser::dueOf(const RunSource& candidate) 
 }
 
 RoundChooser::Choice RoundChooser::chooseClock(Clock::time_point now) {
+    chosenAt = now;
     if (isClockDone) return {Answer::End};
     if (hasClockStepped) return {Answer::Round};
     if (limit && clock->getIsReached(*limit, rounds)) {
@@ -81,11 +77,7 @@ RoundChooser::Choice RoundChooser::chooseClock(Clock::time_point now) {
     return {Answer::Round};
 }
 
-void RoundChooser::begin() {
-    if (!clock) {
-        streamTime = elapsed = next->getNextTimeStamp();
-        return;
-    }
+void RoundChooser::stepClock() {
     if (hasClockStepped) return;
     const double before = clock->getTime();
     asked = clock->getBlock();
@@ -97,14 +89,6 @@ void RoundChooser::begin() {
     if (!getIsPaced()) return;
     const bool tellsTime = !clock->getIsWallClock() && streamTime > before;
     clockDue = tellsTime ? pace->dueOf(elapsed) : chosenAt + kPaceOfTimelessClock;
-}
-
-void RoundChooser::release() {
-    if (clock)
-        hasClockStepped = false;
-    else
-        next->release();
-    ++rounds;
 }
 
 } // namespace Quillmere::Host

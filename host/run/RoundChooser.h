@@ -57,13 +57,20 @@ public:
 
     /// Whether there is a round at `now`, which doesn't matter where nothing is paced. Raises what sources
     /// raise. [run]
-    Choice choose(Clock::time_point now);
+    Choice choose(Clock::time_point now) { return clock ? chooseClock(now) : chooseSource(now); }
     /// Requires: `choose` gave a round. The clock steps, unless it has done so already and its round is still
     /// to come: then `getHasBegun` is true before. [run]
-    void begin();
+    void begin() {
+        if (clock) return stepClock();
+        streamTime = elapsed = next->getNextTimeStamp();
+    }
     bool getHasBegun() const { return hasClockStepped; }
     /// Lets the source's sample go, or the clock's time pass. Requires: `begin`. [run]
-    void release();
+    void release() {
+        ++rounds;
+        hasClockStepped = false;
+        if (!clock) next->release();
+    }
 
     /// Seconds, of the round that has begun: what is stamped, and what the graph's timeline counts, which a
     /// clock that tells the time of day counts from its start on.
@@ -80,6 +87,7 @@ public:
 private:
     Choice chooseSource(Clock::time_point now);
     Choice chooseClock(Clock::time_point now);
+    void stepClock();
     bool getIsPaced() const { return pace != nullptr && !pace->getIsUnpaced(); }
     bool getIsWaitedFor(const RunSource& candidate) const;
     Clock::time_point dueOf(const RunSource& candidate) const;
