@@ -2,14 +2,9 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
-#include "host/graph/ClockWarnings.h"
 #include "host/text/Counted.h"
-#include "host/graph/Graph.h"
-#include "host/graph/GraphPlugins.h"
 #include "host/text/NearestName.h"
-#include "host/graph/BurstWarnings.h"
-#include "host/graph/SettingRules.h"
-#include "host/response/DesignWarnings.h"
+#include "host/run/Job.h"
 
 #include <CLI/CLI.hpp>
 
@@ -36,22 +31,12 @@ CheckCommand::CheckCommand(CLI::App& command) {
 }
 
 ExitCode CheckCommand::run() {
-    const GraphChanges changes = changesOf(arguments);
-    BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
-    Complaints complaints;
-    const GraphDescription description = GraphDescription::read(arguments.graph, changes, complaints);
-    loadPlugins(description, catalogue, complaints);
-    Graph graph(description, catalogue, complaints);
-    graph.requireDrive(complaints);
-    if (arguments.overwrites) graph.allowOverwriting();
-    graph.openSources(complaints, Graph::Pipes::Leave);
-    warnOfLostDigits(graph, catalogue, complaints);
-    requireStreamClock(graph, complaints);
-    warnOfIdleBlocks(graph, complaints);
-    if (complaints.isEmpty()) warnOfBursts(graph, complaints);
-    settle(complaints, arguments.isStrict);
+    JobOptions options{.changes = changesOf(arguments), .overwrites = arguments.overwrites};
+    Job job = Job::fromFile(arguments.graph, loadCatalogue(arguments.plugins), std::move(options));
+    settle(job.check(RunMode::Unsaid), arguments.isStrict);
+    const Graph& graph = job.getGraph();
     std::cout << graph.getName() << ": " << counted(graph.getNodes().size(), "block") << ", "
-              << counted(description.connections.size(), "connection") << ", ready to run"
+              << counted(job.getDescription().connections.size(), "connection") << ", ready to run"
               << whatIsLeft(graph) << "\n";
     return kDone;
 }

@@ -17,8 +17,8 @@ class App;
 }
 
 namespace Quillmere::Host {
-class Complaints;
-class Graph;
+class Job;
+struct JobOptions;
 struct RunOutcome;
 } // namespace Quillmere::Host
 
@@ -89,15 +89,13 @@ public:
     ExitCode run() override;
 
 private:
-    void checkLimit(const Quillmere::Host::Graph& graph, Quillmere::Host::Complaints& complaints) const;
-    ExitCode runAndTell(Quillmere::Host::Graph& graph, const Quillmere::Host::BlockCatalogue& catalogue,
-                        std::chrono::steady_clock::time_point start) const;
+    Quillmere::Host::JobOptions jobOptions() const;
+    ExitCode runAndTell(Quillmere::Host::Job job, std::chrono::steady_clock::time_point start) const;
     bool showsProgress() const;
-    Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Graph& graph, ProgressLine& progress,
+    Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Job& job, ProgressLine& progress,
                                            const std::stop_token& stop) const;
-    Quillmere::Host::RunOutcome runLive(Quillmere::Host::Graph& graph,
-                                        const Quillmere::Host::BlockCatalogue& catalogue,
-                                        ProgressLine& progress, const std::stop_token& stop) const;
+    Quillmere::Host::RunOutcome runLive(Quillmere::Host::Job job, ProgressLine& progress,
+                                        const std::stop_token& stop) const;
 
     GraphArguments arguments;
     std::optional<std::uint64_t> steps; ///< Rounds.

@@ -4,17 +4,10 @@
 #include "cli/GraphArguments.h"
 #include "cli/RunReport.h"
 #include "cli/StopSignals.h"
-#include "host/graph/ClockWarnings.h"
-#include "host/graph/Graph.h"
-#include "host/graph/GraphPlugins.h"
 #include "host/text/Printable.h"
-#include "host/graph/BurstWarnings.h"
-#include "host/graph/SettingRules.h"
 #include "host/control/ControlServer.h"
 #include "host/live/LiveRun.h"
-#include "host/response/DesignWarnings.h"
-#include "host/run/OfflineRunner.h"
-#include "host/text/Complaint.h"
+#include "host/run/Job.h"
 
 #include <CLI/CLI.hpp>
 
@@ -28,6 +21,7 @@
 #include <limits>
 #include <new>
 #include <stop_token>
+#include <utility>
 
 namespace Cli {
 
@@ -97,58 +91,38 @@ RunCommand::RunCommand(CLI::App& command) {
         ->needs(live);
 }
 
-/// A recording ends a run; a graph without one needs to be told when to end.
-void RunCommand::checkLimit(const Graph& graph, Complaints& complaints) const {
-    if (!graph.getDescription().isUsable) return;
-    const bool isLimited = steps || duration;
-    const Place place{arguments.graph, 1, 1};
-    // Somebody ends a live run, sooner or later.
-    if (graph.getSources().empty() && !isLimited && !isLive)
-        complaints.add(place, "a graph without a source", "--duration SECONDS or --steps N to end its run");
-    if (!graph.getSources().empty() && isLimited)
-        complaints.add(place,
-                       steps ? "--steps and a graph with a source" : "--duration and a graph with a source",
-                       "neither, since the run ends with the recording");
+JobOptions RunCommand::jobOptions() const {
+    return {.changes = changesOf(arguments),
+            .limit = {steps, duration},
+            .isStrict = arguments.isStrict,
+            .overwrites = arguments.overwrites,
+            .isControlled = control.has_value(),
+            .roundsName = {.name = "--steps", .value = "N"},
+            .secondsName = {.name = "--duration", .value = "SECONDS"}};
 }
 
 ExitCode RunCommand::run() {
     const ProgressLine::Clock::time_point start = ProgressLine::Clock::now();
-    const GraphChanges changes = changesOf(arguments);
+    JobOptions options = jobOptions();
     BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
     // A reader that goes away is a failure to write, which ends the run in order.
     std::signal(SIGPIPE, SIG_IGN);
-    Complaints complaints;
-    const GraphDescription description = GraphDescription::read(arguments.graph, changes, complaints);
-    loadPlugins(description, catalogue, complaints);
-    Graph graph(description, catalogue, complaints);
-    graph.requireDrive(complaints);
-    checkLimit(graph, complaints);
-    if (arguments.overwrites) graph.allowOverwriting();
-    graph.openSources(complaints);
-    warnOfLostDigits(graph, catalogue, complaints);
-    if (isLive)
-        warnOfLiveWallClock(graph, complaints);
-    else
-        requireStreamClock(graph, complaints);
-    if (!control) warnOfIdleBlocks(graph, complaints);
-    if (isLive && complaints.isEmpty()) warnOfBursts(graph, complaints);
-    settle(complaints, arguments.isStrict);
+    Job job = Job::fromFile(arguments.graph, std::move(catalogue), std::move(options));
+    settle(job.check(isLive ? RunMode::Live : RunMode::Offline), arguments.isStrict);
     try {
-        return runAndTell(graph, catalogue, start);
+        return runAndTell(std::move(job), start);
     } catch (const std::bad_alloc&) {
         std::cerr << kOutOfMemory; // results may have been touched
         return kFailedMidway;
     }
 }
 
-ExitCode RunCommand::runAndTell(Graph& graph, const BlockCatalogue& catalogue,
-                                std::chrono::steady_clock::time_point start) const {
-    ProgressLine progress(start, graph.getSources().empty());
+ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point start) const {
+    ProgressLine progress(start, job.getGraph().getSources().empty());
     const StopSignals signals;
     const std::stop_token stop = signals.getToken();
-    graph.setStop(stop);
     const RunOutcome outcome =
-        isLive ? runLive(graph, catalogue, progress, stop) : runOffline(graph, progress, stop);
+        isLive ? runLive(std::move(job), progress, stop) : runOffline(job, progress, stop);
     progress.clear();
     if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start);
     printWarnings(outcome);
@@ -161,38 +135,24 @@ bool RunCommand::showsProgress() const {
     return !isQuiet && ::isatty(STDERR_FILENO) != 0;
 }
 
-RunOutcome RunCommand::runOffline(Graph& graph, ProgressLine& progress, const std::stop_token& stop) const {
-    graph.openSinks();
-    OfflineRunner runner(graph);
-    runner.setLimit({steps, duration});
-    runner.setIsStrict(arguments.isStrict);
-    if (showsProgress()) runner.setProgressHandler([&](const RunProgress& now) { progress.show(now); });
-    try {
-        runner.run(stop);
-    } catch (const RunException&) {
-        // The outcome says it.
-    }
-    return runner.getOutcome();
+RunOutcome RunCommand::runOffline(Job& job, ProgressLine& progress, const std::stop_token& stop) const {
+    if (!showsProgress()) return job.run(stop);
+    return job.run(stop, [&](const RunProgress& now) { progress.show(now); });
 }
 
-RunOutcome RunCommand::runLive(Graph& graph, const BlockCatalogue& catalogue, ProgressLine& progress,
-                               const std::stop_token& stop) const {
-    LiveRun run(graph, catalogue,
-                {.speed = speedOf(speed), .limit = {steps, duration}, .isStrict = arguments.isStrict});
+RunOutcome RunCommand::runLive(Job job, ProgressLine& progress, const std::stop_token& stop) const {
+    LiveRun run(std::move(job), {.speed = speedOf(speed)});
     std::optional<ControlServer> server;
     if (control) server.emplace(*control);
     // What a console needs is there before a result is begun.
     if (server) server->serve(run);
-    graph.openSinks();
-    run.start();
-    while (!run.waitFor(kBetweenLooks)) {
-        if (stop.stop_requested()) run.interrupt("interrupted");
+    run.start(stop);
+    while (!run.waitFor(kBetweenLooks))
         if (showsProgress()) progress.show(run.getProgress());
-    }
     progress.clear();
     if (printsStatistics)
         for (const std::string& line : run.getStatistics().getText())
-            reportStream(graph) << line << "\n";
+            reportStream(run.getJob().getGraph()) << line << "\n";
     return run.getOutcome();
 }
 

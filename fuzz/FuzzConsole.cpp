@@ -23,7 +23,7 @@ connections:
 /// A run and the settings that it has at first.
 class Target {
 public:
-    Target() : run(graph, Fuzz::catalogue()), settings(run.list()) {}
+    Target() : run(job()), settings(run.list()) {}
 
     void answer(std::string_view requests) {
         ControlConsole console(run, [](const std::string&) {});
@@ -50,18 +50,12 @@ private:
         if (!isWhole || !(last == "ok\n" || last.starts_with("error: "))) std::abort();
     }
 
-    static GraphDescription read() {
+    static Job job() {
         static const Fuzz::MemoryFile file;
         file.write(kGraph);
-        Complaints complaints;
-        GraphDescription description = GraphDescription::fromFile(file.getPath(), complaints);
-        complaints.raise();
-        return description;
+        return Job::fromFile(file.getPath(), Fuzz::catalogue());
     }
 
-    Complaints complaints;
-    const GraphDescription description = read();
-    Graph graph{description, Fuzz::catalogue(), complaints};
     LiveRun run;
     const std::vector<SettingState> settings;
 };

@@ -3,13 +3,14 @@
 
 #include "host/description/ValueReader.h"
 #include "host/ends/RecordingException.h"
-#include "host/run/OfflineRunner.h"
+#include "host/run/Job.h"
 #include "host/recording/HostCatalogue.h"
 
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -50,13 +51,9 @@ void requireReadsBack(const GraphDescription& graph) {
     require(complaints.isEmpty());
 }
 
-void run(Graph& graph) {
+void run(Job& job) {
     try {
-        graph.openSinks();
-        OfflineRunner runner(graph);
-        runner.setLimit({.rounds = kRounds, .seconds = {}});
-        runner.run({});
-    } catch (const RunException&) {
+        static_cast<void>(job.run());
     } catch (const RecordingException&) {
     }
 }
@@ -116,18 +113,20 @@ void runGraph(const std::string& text) {
     static const ResultFolder results;
     file.write(text);
     recording.write(kRecording);
-    Complaints complaints;
-    const GraphDescription named = GraphDescription::fromFile(file.getPath(), complaints);
-    if (complaints.isEmpty()) requireReadsBack(named);
-    const GraphDescription description =
-        named.with(withOwnFiles(named, recording.getPath(), results), complaints);
+    Complaints heard;
+    const GraphDescription named = GraphDescription::fromFile(file.getPath(), heard);
+    if (heard.isEmpty()) requireReadsBack(named);
+    const bool hasSource =
+        std::any_of(named.blocks.begin(), named.blocks.end(),
+                    [](const GraphDescription::Block& block) { return block.type == "RecordingSource"; });
+    JobOptions options{.changes = withOwnFiles(named, recording.getPath(), results)};
+    if (!hasSource) options.limit.rounds = kRounds;
     {
-        Graph graph(description, catalogue(), complaints);
-        graph.requireDrive(complaints);
-        graph.openSources(complaints);
+        Job job = Job::fromFile(file.getPath(), catalogue(), options);
+        const Complaints& complaints = job.check();
         for (const Complaint& complaint : complaints.getSorted())
             static_cast<void>(complaint.getText());
-        if (complaints.isEmpty()) run(graph);
+        if (complaints.isEmpty()) run(job);
     }
     results.empty();
 }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "host/graph/Graph.h"
-#include "host/graph/GraphPlugins.h"
-#include "host/run/OfflineRunner.h"
 #include "host/recording/HostCatalogue.h"
+#include "host/run/Job.h"
 
 #include <exception>
 #include <iostream>
@@ -19,20 +17,18 @@ int main(int argc, char** argv) {
         for (int i = 2; i < argc; ++i)
             catalogue.load(argv[i]);
 
-        Complaints complaints; // everything that is wrong with the graph, gathered
-        const GraphDescription description = GraphDescription::read(argv[1], {}, complaints);
-        loadPlugins(description, catalogue, complaints); // those that the graph names
-        Graph graph(description, catalogue, complaints);
-        graph.openSources(complaints);
-        complaints.raise();
-        graph.openSinks();
-
-        OfflineRunner runner(graph);
-        runner.run({});
-        std::cout << runner.getProgress().rows << " rows\n";
+        Job job = Job::fromFile(argv[1], catalogue);
+        for (const Warning& doubt : job.check().getSortedWarnings())
+            std::cerr << doubt.getText() << "\n";
+        const RunOutcome outcome = job.run(); // raises everything that is wrong with the graph
+        for (const Warning& warning : outcome.warnings)
+            std::cerr << warning.getText() << "\n";
+        std::cout << outcome.progress.rows << " rows\n";
+        if (outcome.getIsWhole()) return 0;
+        std::cerr << outcome.failure << "\n";
+        return 1;
     } catch (const std::exception& exception) {
         std::cerr << exception.what() << "\n";
         return 1;
     }
-    return 0;
 }

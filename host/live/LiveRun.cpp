@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <latch>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <system_error>
 #include <thread>
 
@@ -25,17 +27,20 @@ constexpr const char* kNoMemory = "out of memory";
 
 class LiveRun::Implementation {
 public:
-    Implementation(Graph& runGraph, const BlockCatalogue& catalogue, const LiveOptions& options)
-        : graph(runGraph), drive(options.speed, options.limit, options.countsSteps, runGraph.getTimeline()),
-          live(runGraph, drive, options.overflow), settings(live), structure(live, catalogue),
-          isStrict(options.isStrict) {}
+    Implementation(Job runJob, const LiveOptions& options)
+        : job(std::move(runJob)), graph(checkedGraph(job)),
+          drive(options.speed, job.getOptions().limit, options.countsSteps, graph.getTimeline()),
+          live(graph, drive, options.overflow), settings(live), structure(live, job.getCatalogue()) {}
     ~Implementation() {
+        interrupter.reset();   // waits for one that is under way
         drive.cut("given up"); // nobody hears it
         if (supervisor.joinable()) supervisor.join();
     }
 
-    void start() {
+    void start(const std::stop_token& stop) {
+        job.begin(RunMode::Live, stop);
         state = State::Running;
+        interrupter.emplace(stop, [this] { drive.cut("interrupted"); });
         // First who sees the run to its end: a layout that runs without it would run for ever.
         try {
             startSupervisor();
@@ -59,12 +64,12 @@ public:
         return progress;
     }
 
+    Job job;
     Graph& graph;
     LiveDrive drive;
     LiveGraph live;
     LiveSettings settings;
     LiveStructure structure;
-    const bool isStrict;
     std::atomic<State> state{State::Ready};
     std::mutex ending;
     std::condition_variable hasEnded;
@@ -72,6 +77,11 @@ public:
     RunOutcome outcome;  ///< Written once, before the state says that the run has ended.
 
 private:
+    static Graph& checkedGraph(Job& job) {
+        job.check(RunMode::Live).raise(job.getOptions().isStrict);
+        return job.getGraph();
+    }
+
     /// Counts down however the start ends: the supervisor waits for it.
     struct StartEnd {
         ~StartEnd() { latch.count_down(); }
@@ -145,7 +155,7 @@ private:
     std::string endResults() {
         RunEnding result{.failure = drive.getFailure()};
         result.isCutShort = !result.failure.empty();
-        if (!result.isCutShort && isStrict) {
+        if (!result.isCutShort && job.getOptions().isStrict) {
             const std::vector<Warning> warnings = live.getOutcome(getProgress(), {}).warnings;
             if (!warnings.empty()) result.failure = strictFailureText(warnings);
         }
@@ -154,21 +164,30 @@ private:
         } catch (const RunException& exception) {
             result.failure = exception.what();
         }
-        outcome = live.getOutcome(getProgress(), result);
+        outcome = job.completed(live.getOutcome(getProgress(), result));
         return result.failure;
     }
 
     std::latch hasStarted{1};
     std::thread supervisor;
+    std::optional<std::stop_callback<std::function<void()>>> interrupter;
 };
 
-LiveRun::LiveRun(Graph& graph, const BlockCatalogue& catalogue, const LiveOptions& options)
-    : implementation(std::make_unique<Implementation>(graph, catalogue, options)) {}
+LiveRun::LiveRun(Job job, const LiveOptions& options)
+    : implementation(std::make_unique<Implementation>(std::move(job), options)) {}
 
 LiveRun::~LiveRun() = default;
 
-void LiveRun::start() {
-    implementation->start();
+void LiveRun::start(const std::stop_token& stop) {
+    implementation->start(stop);
+}
+
+const Job& LiveRun::getJob() const {
+    return implementation->job;
+}
+
+Job& LiveRun::getJob() {
+    return implementation->job;
 }
 
 void LiveRun::stop() {

@@ -2,16 +2,15 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "host/description/GraphDescription.h"
 #include "host/live/LiveSettings.h"
 #include "host/live/LiveStatistics.h"
 #include "host/live/LiveStructure.h"
-#include "host/run/RunEnd.h"
-#include "host/run/RunOutcome.h"
+#include "host/run/Job.h"
 
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -21,10 +20,8 @@ struct LiveOptions {
     /// Stream time by real time: above 0, and infinite for as fast as it can. Pipes are never waited for longer than they
     /// take.
     double speed = 1.0;
-    RunLimit limit{};        ///< For a graph without sources. None: it runs until it is told to stop.
     bool countsSteps = true; ///< Whether the statistics have steps and times; samples are counted always.
     std::optional<Overflow> overflow{}; ///< Of links between layouts that say nothing; see `OverflowRules`.
-    bool isStrict = false;              ///< Whether a run that ends with warnings is a failure.
 };
 
 /// Runs a graph live: a thread for each of its layouts, recordings paced by their time stamps, pipes read as they come, and
@@ -36,15 +33,19 @@ class QUILLMERE_API LiveRun {
 public:
     enum class State { Ready, Running, Ending, Ended, Failed };
 
-    /// Requires: the graph has no complaints, its sources and sinks are open; it and the catalogue outlive the run.
-    LiveRun(Graph& graph, const BlockCatalogue& catalogue, const LiveOptions& options = {});
+    /// Without a limit the run of a graph without sources lasts until it is told to stop. Raises `GraphException` for a job
+    /// that can't be run live.
+    explicit LiveRun(Job job, const LiveOptions& options = {});
     /// Cuts a run that has not ended.
     ~LiveRun();
     LiveRun(const LiveRun&) = delete;
     LiveRun& operator=(const LiveRun&) = delete;
 
-    /// Requires: not called before.
-    void start();
+    /// Begins the results and then the run. When a stop is requested, it is interrupted. Raises `RecordingException` when
+    /// a result can't be begun: nothing has run then. Requires: not called before.
+    void start(const std::stop_token& stop = {});
+    const Job& getJob() const;
+    Job& getJob();
     /// Ends the run: sources give no more, what is in the links comes out, and the results are whole.
     void stop();
     /// Ends it at once, as a failure with this reason: the results stay under their partial names.

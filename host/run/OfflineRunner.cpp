@@ -12,8 +12,8 @@ namespace {
 constexpr std::uint64_t kRoundsBetweenReports = 4096;
 } // namespace
 
-OfflineRunner::OfflineRunner(Graph& target)
-    : graph(target),
+OfflineRunner::OfflineRunner(Graph& target, const RunLimit& runLimit, bool takesWarningsForErrors)
+    : graph(target), limit(runLimit), isStrict(takesWarningsForErrors),
       stamps(target.getDescription().clock == GraphDescription::Clock::Stream ? &streamTime : nullptr) {
     for (const Graph::Node* const node : graph.getRunOrder())
         steps.push_back(node->block.get());
@@ -22,13 +22,14 @@ OfflineRunner::OfflineRunner(Graph& target)
     finite.watch(watched);
 }
 
-void OfflineRunner::run(const std::stop_token& stop) {
+RunOutcome OfflineRunner::run(const std::stop_token& stop,
+                              std::function<void(const RunProgress&)> progressHandler) {
     graph.setStop(stop);
+    onProgress = std::move(progressHandler);
     RunEnding ending;
     try {
-        ending.failure = runToEnd(stop);
-        ending.isCutShort = !ending.failure.empty();
-        if (isStrict && !ending.isCutShort) ending.failure = strictFailure();
+        ending = runToEnd(stop);
+        if (isStrict && ending.failure.empty()) ending.failure = strictFailure();
     } catch (...) { // no memory to say why
         endSinks(graph.getSinks(), false);
         throw;
@@ -38,23 +39,27 @@ void OfflineRunner::run(const std::stop_token& stop) {
     } catch (const RunException& exception) {
         ending.failure = exception.what();
     }
-    outcome = gatherOutcome(ending);
-    if (!ending.failure.empty()) throw RunException(ending.failure);
+    return gatherOutcome(ending);
 }
 
-/// Runs as far as it goes, and gives back why it came no further: an empty text when it came to its end.
-std::string OfflineRunner::runToEnd(const std::stop_token& stop) {
+/// Runs as far as it goes, and gives back why it came no further: nothing when it came to its end.
+RunEnding OfflineRunner::runToEnd(const std::stop_token& stop) {
     try {
         runRounds(stop);
     } catch (const InterruptedException& exception) {
-        return failureText(nullptr, streamTime, exception); // no block's fault
+        return endingOf(nullptr, exception); // no block's fault
     } catch (const std::exception& exception) {
-        return failureText(getBlockAtWork(), streamTime, exception);
+        return endingOf(getBlockAtWork(), exception);
     } catch (...) {
-        return failureText(getBlockAtWork(), streamTime,
-                           std::runtime_error("something that is no std::exception"));
+        return endingOf(getBlockAtWork(), std::runtime_error("something that is no std::exception"));
     }
     return {};
+}
+
+RunEnding OfflineRunner::endingOf(const Core::Filter* block, const std::exception& exception) const {
+    RunEnding ending{.failure = failureText(block, streamTime, exception), .isCutShort = true, .block = {}};
+    if (block != nullptr) ending.block = RunOutcome::Spot{block->getName(), block->getTypeName(), streamTime};
+    return ending;
 }
 
 std::string OfflineRunner::strictFailure() const {

@@ -34,34 +34,23 @@ namespace Quillmere::Host {
 /// graph without sources behind the clock's step, which tells the time.
 class QUILLMERE_API OfflineRunner {
 public:
-    /// Requires: the graph has no complaints, its sources and sinks are open, and it outlives the runner.
-    explicit OfflineRunner(Graph& graph);
+    /// `limit` is for a graph without sources: rounds above 0, seconds above 0 and finite. Of a strict run that ends with
+    /// warnings these are a failure. Requires: the graph has no complaints, its sources and sinks are open, and it
+    /// outlives the runner.
+    explicit OfflineRunner(Graph& graph, const RunLimit& limit = {}, bool isStrict = false);
 
-    /// For a graph without sources. Requires: `run` has not been called; rounds above 0, seconds above 0 and
-    /// finite.
-    void setLimit(const RunLimit& newLimit) { limit = newLimit; }
-
-    /// With true, a run that ends with warnings is a failure. Requires: `run` has not been called.
-    void setIsStrict(bool flag) { isStrict = flag; }
-
-    /// Called now and then with how far the run has come.
-    void setProgressHandler(std::function<void(const RunProgress&)> handler) {
-        onProgress = std::move(handler);
-    }
-
-    /// Runs to the end and completes the results. When a block raises something, or a stop is requested, or a
-    /// result can't be completed, the results stay under their partial names and `RunException` is raised.
-    /// [run]
-    void run(const std::stop_token& stop);
+    /// Runs to the end and completes the results. When a block raises something, or a stop is requested, or a result
+    /// can't be completed, the results stay under their partial names, and the outcome says why. `progressHandler` is
+    /// called now and then with how far the run has come. Requires: not called before. [run]
+    RunOutcome run(const std::stop_token& stop, std::function<void(const RunProgress&)> progressHandler = {});
 
     RunProgress getProgress() const;
-    /// What the run has done, also when `run` raised. Requires: `run` has been called.
-    const RunOutcome& getOutcome() const { return outcome; }
 
 private:
     /// For messages; null between two steps.
     const Core::Filter* getBlockAtWork() const { return current != nullptr ? current : rounds.getAsked(); }
-    std::string runToEnd(const std::stop_token& stop);
+    RunEnding runToEnd(const std::stop_token& stop);
+    RunEnding endingOf(const Core::Filter* block, const std::exception& exception) const;
     RunOutcome gatherOutcome(const RunEnding& ending) const;
     std::string strictFailure() const;
     void applyTimeline(double time);
@@ -81,9 +70,8 @@ private:
     std::vector<Core::Filter*> steps; ///< What a round steps, in order.
     std::atomic<std::uint64_t> nonFiniteSeen{0};
     FiniteWatch finite{nonFiniteSeen};
-    RunLimit limit;
-    bool isStrict = false;
-    RunOutcome outcome;
+    const RunLimit limit;
+    const bool isStrict;
     const Core::Filter* current = nullptr; ///< The block that is being stepped, for messages.
     std::uint64_t roundCount = 0;
     double streamTime = 0.0;

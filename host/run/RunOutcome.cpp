@@ -180,7 +180,7 @@ void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonF
     }
     if (const FirstNonFinite* const maker = makerOf(nonFinite, sender)) {
         const std::string name = maker->block->getName();
-        outcome.firstMaker = RunOutcome::Maker{name, maker->block->getTypeName(), maker->time};
+        outcome.firstMaker = RunOutcome::Spot{name, maker->block->getTypeName(), maker->time};
         outcome.warnings.push_back(
             {placeOfBlock(name), "'" + name + "' (" + maker->block->getTypeName() +
                                      ") made values that aren't finite, the first at " +
@@ -209,6 +209,7 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
                      const RunEnding& ending) {
     RunOutcome outcome;
     outcome.failure = ending.failure;
+    outcome.failedBlock = ending.block;
     outcome.graph = graph.getName();
     outcome.progress = progress;
     for (const Graph::Node& node : graph.getNodes())

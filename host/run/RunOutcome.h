@@ -15,13 +15,6 @@
 
 namespace Quillmere::Host {
 
-/// How a run ended.
-struct RunEnding {
-    std::string failure; ///< Why it failed; empty when the results are whole.
-    bool isCutShort =
-        false; ///< Whether it failed midway; else it failed by its results or by its warnings only.
-};
-
 /// What a run has done, whole or failed midway: a value, which outlives the run and its graph.
 struct RunOutcome {
     /// What a source has read.
@@ -54,23 +47,35 @@ struct RunOutcome {
         Place where; ///< Of the connection in the graph file; nowhere when somebody made it later.
     };
 
-    /// A block that made an infinity or not-a-number out of finite input.
-    struct Maker {
+    /// A block to which something happened.
+    struct Spot {
         std::string block;
         std::string type;
-        double time = 0.0; ///< Seconds; when it did so first.
+        double time = 0.0; ///< Seconds of stream time.
     };
 
-    std::string graph;   ///< Its name.
-    std::string failure; ///< Why it failed; empty when the results are whole.
+    std::string graph;               ///< Its name.
+    std::string failure;             ///< Why it failed; empty when the results are whole.
+    std::optional<Spot> failedBlock; ///< What raised the failure; nothing when it was no block.
     RunProgress progress;
+    double seconds = 0.0;              ///< That the run took, of a clock on the wall.
     std::vector<Recording> recordings; ///< In file order, as the others.
     std::vector<Result> results;
     std::vector<Link> links;
-    std::optional<Maker> firstMaker; ///< The first of them.
-    std::vector<Warning> warnings;   ///< What went well in form and may well not be what the user meant.
+    /// What first made an infinity or not-a-number out of finite input.
+    std::optional<Spot> firstMaker;
+    std::vector<Warning> doubts;   ///< What was doubtful before it ran.
+    std::vector<Warning> warnings; ///< What went well in form and may well not be what the user meant.
 
     bool getIsWhole() const { return failure.empty(); }
+};
+
+/// How a run ended.
+struct RunEnding {
+    std::string failure; ///< Why it failed; empty when the results are whole.
+    /// Whether it failed midway; else it failed by its results or by its warnings only.
+    bool isCutShort = false;
+    std::optional<RunOutcome::Spot> block = {}; ///< Whose step failed.
 };
 
 /// What a run of `graph` has done so far, and how it ended. `blocks` are those that take part, the graph's own

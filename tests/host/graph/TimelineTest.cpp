@@ -145,14 +145,7 @@ TEST_F(TimelineTest, AGeneratorsTimeIsStreamTimeToo) {
         "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
         "connections: [{from: source, to: g}, {from: g, to: out.g}, {from: source, to: out.s}]\n"
         "timeline: [{at: 35, set: {g.Gain: 1}}]\n";
-    Complaints complaints;
-    const GraphDescription description = GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
-    Graph built(description, catalogue, complaints);
-    complaints.raise();
-    built.openSinks();
-    OfflineRunner runner(built);
-    runner.setLimit({.rounds = 6, .seconds = {}});
-    runner.run(stop.get_token());
+    ASSERT_EQ(run(text, {}, {.rounds = 6, .seconds = {}}), "");
     folder.write("in.csv", folder.read("out.csv"));
     CsvReader reader(folder.path("in.csv"));
     reader.select({0, 1, 2});

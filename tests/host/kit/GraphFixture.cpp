@@ -23,25 +23,14 @@ std::string GraphFixture::complaintsOf(const std::string& text, const GraphChang
     return lines;
 }
 
+Job GraphFixture::jobOf(const std::string& text, const GraphChanges& changes, const RunLimit& limit) {
+    return Job::fromFile(folder.write("g.yaml", text), catalogue,
+                         {.changes = changes, .limit = limit, .isStrict = isStrict});
+}
+
 std::string GraphFixture::run(const std::string& text, const GraphChanges& changes, const RunLimit& limit) {
-    Complaints complaints;
-    const GraphDescription description =
-        GraphDescription::read(folder.write("g.yaml", text), changes, complaints);
-    Graph graph(description, catalogue, complaints);
-    graph.openSources(complaints);
-    complaints.raise();
-    graph.openSinks();
-    OfflineRunner runner(graph);
-    runner.setLimit(limit);
-    runner.setIsStrict(isStrict);
-    std::string failure;
-    try {
-        runner.run(stop.get_token());
-    } catch (const RunException& exception) {
-        failure = withoutFolder(exception.what());
-    }
-    outcome = runner.getOutcome();
-    return failure;
+    outcome = jobOf(text, changes, limit).run(stop.get_token());
+    return withoutFolder(outcome.failure);
 }
 
 std::string GraphFixture::warningsOfRun() const {

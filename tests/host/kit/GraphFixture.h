@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/graph/Graph.h"
-#include "host/run/OfflineRunner.h"
+#include "host/run/Job.h"
 #include "host/recording/HostCatalogue.h"
 #include "tests/host/kit/TemporaryFolder.h"
 
@@ -21,6 +21,10 @@ protected:
     /// What is wrong with a graph, a line each, the file's own name being `g.yaml` and the folder's left out. The
     /// recordings are opened as for a run.
     std::string complaintsOf(const std::string& text, const Quillmere::Host::GraphChanges& changes = {});
+
+    /// The job of a graph file `g.yaml` with that text.
+    Quillmere::Host::Job jobOf(const std::string& text, const Quillmere::Host::GraphChanges& changes = {},
+                               const Quillmere::Host::RunLimit& limit = {});
 
     /// Runs a graph. Gives back an empty text, or why it failed; `outcome` is what it did.
     std::string run(const std::string& text, const Quillmere::Host::GraphChanges& changes = {},

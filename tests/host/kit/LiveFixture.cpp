@@ -23,23 +23,14 @@ void Hold::release() {
     watch.reset();
 }
 
-LiveRun& LiveFixture::prepare(const std::string& text, const LiveOptions& options) {
+LiveRun& LiveFixture::prepare(const std::string& text, const LiveOptions& options, const RunLimit& limit) {
     liveRun.reset();
-    built.reset();
-    Complaints complaints;
-    description = std::make_unique<GraphDescription>(
-        GraphDescription::read(folder.write("g.yaml", text), {}, complaints));
-    built = std::make_unique<Graph>(*description, catalogue, complaints);
-    built->requireDrive(complaints);
-    built->openSources(complaints);
-    complaints.raise();
-    built->openSinks();
-    liveRun = std::make_unique<LiveRun>(*built, catalogue, options);
+    liveRun = std::make_unique<LiveRun>(jobOf(text, {}, limit), options);
     return *liveRun;
 }
 
-LiveRun& LiveFixture::start(const std::string& text, const LiveOptions& options) {
-    prepare(text, options).start();
+LiveRun& LiveFixture::start(const std::string& text, const LiveOptions& options, const RunLimit& limit) {
+    prepare(text, options, limit).start();
     return *liveRun;
 }
 
@@ -56,8 +47,8 @@ std::string LiveFixture::end() {
     return "";
 }
 
-std::string LiveFixture::runLive(const std::string& text, const LiveOptions& options) {
-    start(text, options);
+std::string LiveFixture::runLive(const std::string& text, const LiveOptions& options, const RunLimit& limit) {
+    start(text, options, limit);
     return end();
 }
 

@@ -37,22 +37,27 @@ class LiveFixture : public GraphFixture {
 protected:
     using LiveOptions = Quillmere::Host::LiveOptions;
     using LiveRun = Quillmere::Host::LiveRun;
+    using RunLimit = Quillmere::Host::RunLimit;
 
-    /// Builds the graph and its run, which `liveRun` is from then on; results are open, nothing has started.
-    LiveRun& prepare(const std::string& text, const LiveOptions& options = {.speed = kUnpaced});
+    /// Builds the graph and its run, which `liveRun` is from then on; nothing has started.
+    LiveRun& prepare(const std::string& text, const LiveOptions& options = {.speed = kUnpaced},
+                     const RunLimit& limit = {});
     /// The same, and starts it.
-    LiveRun& start(const std::string& text, const LiveOptions& options = {.speed = kUnpaced});
+    LiveRun& start(const std::string& text, const LiveOptions& options = {.speed = kUnpaced},
+                   const RunLimit& limit = {});
     /// Waits for the end. Gives back an empty text, or why the run failed; one that doesn't end fails the test.
     std::string end();
     /// Runs a graph to its end; what `end` gives back.
-    std::string runLive(const std::string& text, const LiveOptions& options = {.speed = kUnpaced});
+    std::string runLive(const std::string& text, const LiveOptions& options = {.speed = kUnpaced},
+                        const RunLimit& limit = {});
 
     /// What the statistics say of a block, or of the link to an input (`block.pin`).
     Quillmere::Host::LiveStatistics::Block blockStatistics(const std::string& id);
     Quillmere::Host::LiveStatistics::Link linkStatistics(const std::string& to);
 
-    std::unique_ptr<Quillmere::Host::GraphDescription> description;
-    std::unique_ptr<Quillmere::Host::Graph> built;
+    /// The graph of `liveRun`.
+    Quillmere::Host::Graph& graphOfRun() { return liveRun->getJob().getGraph(); }
+
     std::unique_ptr<LiveRun> liveRun;
 };
 

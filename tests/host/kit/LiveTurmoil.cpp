@@ -115,14 +115,8 @@ LiveTurmoil::Result LiveTurmoil::run() {
         for (auto [pipe, name] : {std::pair{&src, "src.csv"}, {&slow, "slow.csv"}})
             pipe->emplace(folder.path(name)).write(kColumns, [] { return true; });
     }
-    Complaints complaints;
-    const GraphDescription description =
-        GraphDescription::read(folder.write("turmoil.yaml", kGraph), {}, complaints);
-    Graph graph(description, catalogue, complaints);
-    graph.openSources(complaints);
-    complaints.raise();
-    graph.openSinks();
-    LiveRun run(graph, catalogue, {.speed = LiveClock::kMaximum, .limit = {}, .overflow = options.overflow});
+    LiveRun run(Job::fromFile(folder.write("turmoil.yaml", kGraph), catalogue),
+                {.speed = LiveClock::kMaximum, .overflow = options.overflow});
     const auto begin = std::chrono::steady_clock::now();
     run.start();
     std::thread feeder;

@@ -28,13 +28,7 @@ class LiveChangesTest : public Support::GraphFixture {
 protected:
     /// Builds the graph and starts it.
     void start(const std::string& text) {
-        Complaints complaints;
-        description.emplace(GraphDescription::read(folder.write("g.yaml", text), {}, complaints));
-        graph.emplace(*description, catalogue, complaints);
-        graph->openSources(complaints);
-        complaints.raise();
-        graph->openSinks();
-        live.emplace(*graph, catalogue, LiveOptions{.speed = LiveClock::kMaximum, .limit = {}});
+        live.emplace(jobOf(text), LiveOptions{.speed = LiveClock::kMaximum});
         live->start();
     }
     /// A row for each number, the number being its time and its value.
@@ -64,14 +58,12 @@ protected:
         return lines;
     }
     Synchronizer& gateOf(const std::string& id) {
-        for (const Graph::Node& node : graph->getNodes())
+        for (const Graph::Node& node : live->getJob().getGraph().getNodes())
             if (node.description->id == id) return *node.block->getSynchronizer();
         throw std::out_of_range(id);
     }
 
     Support::FedPipe pipe{folder.path("pipe")};
-    std::optional<GraphDescription> description;
-    std::optional<Graph> graph;
     std::optional<LiveRun> live;
 };
 

@@ -169,7 +169,7 @@ protected:
     void expectTheSame(const GraphRow& row) {
         const std::string wanted = takeOutcome(run(row.text, {}, row.limit));
         EXPECT_NE(wanted.find("out.csv"), std::string::npos) << row.name;
-        EXPECT_EQ(takeOutcome(runLive(row.text, {.speed = Support::kUnpaced, .limit = row.limit})), wanted)
+        EXPECT_EQ(takeOutcome(runLive(row.text, {.speed = Support::kUnpaced}, row.limit)), wanted)
             << row.name;
     }
 };

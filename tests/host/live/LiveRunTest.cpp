@@ -24,9 +24,10 @@ using Clock = std::chrono::steady_clock;
 class LiveRunTest : public Support::LiveFixture {
 protected:
     /// The time of each row behind the start of the run, seconds, taken when the row had come out.
-    std::vector<double> arrivals(const std::string& text, const LiveOptions& options, std::size_t rows) {
+    std::vector<double> arrivals(const std::string& text, const LiveOptions& options, std::size_t rows,
+                                 const RunLimit& limit = {}) {
         const Fifo result(folder.path("result"));
-        prepare(text, options);
+        prepare(text, options, limit);
         std::vector<double> times;
         const Clock::time_point begin = Clock::now();
         liveRun->start();
@@ -94,8 +95,7 @@ TEST_F(LiveRunTest, AGeneratorRunsByItsOwnTimeUntilItsLimit) {
                              "  - {id: ramp, type: FilterFunctionGenerator, properties: {Mode: triangular, "
                              "SignalPeriod: 4, SignalAmplitude: 1, SampleRate: 1}}\n" +
                              sinkLine("out", "result") + "connections: [{from: ramp, to: out.x}]\n";
-    const std::vector<double> byRounds =
-        arrivals(text, {.speed = 20.0, .limit = {.rounds = 4, .seconds = {}}}, 4);
+    const std::vector<double> byRounds = arrivals(text, {.speed = 20.0}, 4, {.rounds = 4, .seconds = {}});
     ASSERT_EQ(byRounds.size(), 4u);
     // A step is stamped with the second in which it ends, and the one behind it is due then.
     for (std::size_t i = 1; i < byRounds.size(); ++i)
@@ -107,8 +107,7 @@ TEST_F(LiveRunTest, AGeneratorWithoutATimeOfItsOwnDoesNotSpin) {
     const std::string text =
         "format: 1\nblocks:\n  - {id: noise, type: FilterGaussianWhiteNoiseGenerator}\n" +
         sinkLine("out", "result") + "connections: [{from: noise, to: out.x}]\n";
-    const std::vector<double> times =
-        arrivals(text, {.speed = 1.0, .limit = {.rounds = 4, .seconds = {}}}, 4);
+    const std::vector<double> times = arrivals(text, {.speed = 1.0}, 4, {.rounds = 4, .seconds = {}});
     ASSERT_EQ(times.size(), 4u);
     for (std::size_t i = 1; i < times.size(); ++i)
         EXPECT_GE(times[i], 0.01 * static_cast<double>(i)) << "a hundred rounds a second";
@@ -130,7 +129,7 @@ TEST_F(LiveRunTest, ARunOfGeneratorsEndsWhenAllLayoutsHaveReachedTheLimit) {
                       "  - {id: a, type: OddGenerator}\n  - {id: b, type: OddGenerator, layout: two}\n" +
                           sinkLine("x", "x.csv") + sinkLine("y", "y.csv", "two") +
                           "connections: [{from: a, to: x.n}, {from: b, to: y.n}]\n",
-                      {.speed = Support::kUnpaced, .limit = {.rounds = 300, .seconds = {}}}),
+                      {.speed = Support::kUnpaced}, {.rounds = 300, .seconds = {}}),
               "");
     EXPECT_TRUE(folder.read("x.csv").ends_with("\n0,300\n"));
     EXPECT_TRUE(folder.read("y.csv").ends_with("\n0,300\n"));
@@ -233,7 +232,7 @@ protected:
         prepare("format: 1\nlayouts: [{id: one}, {id: two}]\nblocks:\n" + sourceLine("in", "in.csv", "x: x") +
                     "  - {id: slow, type: FilterGain, layout: two}\n" + sinkLine("out", "out.csv", "two") +
                     "connections: [{from: in, to: slow" + keys + "}, {from: slow, to: out.x}]\n",
-                {.speed = Support::kUnpaced, .overflow = Overflow::Drop, .isStrict = isStrict});
+                {.speed = Support::kUnpaced, .overflow = Overflow::Drop});
         Hold hold(*liveRun, "slow.Gain", "2");
         liveRun->start();
         ASSERT_TRUE(waitUntil([&] { return liveRun->getProgress().rounds == 100; }));
@@ -283,10 +282,11 @@ TEST_F(LagTest, StrictTakesALossForAFailure) {
 
 TEST_F(LiveRunTest, StrictTellsOfTheResultThatReceivedNothingOnWhichItFails) {
     folder.write("in.csv", "t,x\n0,1\n1,2\n");
+    isStrict = true;
     EXPECT_EQ(runLive("format: 1\nblocks:\n" + sourceLine("in", "in.csv", "x: x") +
                           "  - {id: rate, type: FilterFrequency}\n" + sinkLine("out", "out.csv") +
                           "connections: [{from: in, to: rate}, {from: rate, to: out.x}]\n",
-                      {.speed = Support::kUnpaced, .isStrict = true}),
+                      {.speed = Support::kUnpaced}),
               "ended with a warning, taken for an error");
     ASSERT_EQ(liveRun->getOutcome().warnings.size(), 1u);
     EXPECT_EQ(liveRun->getOutcome().warnings[0].text,

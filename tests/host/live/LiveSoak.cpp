@@ -71,8 +71,7 @@ bool idles(const BlockCatalogue& catalogue) {
     const Support::TemporaryFolder folder;
     Support::FedPipe pipe(folder.path("in.csv"));
     pipe.write("t,x\n0,1\n", [] { return true; });
-    Complaints complaints;
-    const GraphDescription description = GraphDescription::read(
+    Job job = Job::fromFile(
         folder.write(
             "idle.yaml",
             "format: 1\nlayouts: [{id: a}, {id: b}]\nblocks:\n"
@@ -80,14 +79,10 @@ bool idles(const BlockCatalogue& catalogue) {
             "  - {id: gain, type: FilterGain, layout: b}\n"
             "  - {id: out, type: RecordingSink, layout: b, properties: {file: out.csv}}\n"
             "connections:\n  - {from: in, to: gain}\n  - {from: gain, to: out.x}\n"),
-        {}, complaints);
-    Graph graph(description, catalogue, complaints);
-    graph.openSources(complaints);
-    complaints.raise();
-    graph.openSinks();
-    LiveRun run(graph, catalogue);
+        catalogue);
+    LiveRun run(std::move(job));
     run.start();
-    while (graph.getSources().front()->getRows() == 0)
+    while (run.getJob().getGraph().getSources().front()->getRows() == 0)
         std::this_thread::yield();
     std::this_thread::sleep_for(kBetweenLooks);
     const double before = processorSeconds();

@@ -131,7 +131,7 @@ TEST_F(LiveStructureTest, AGeneratorThatIsAddedIsOneMoreThatTheRunWaitsFor) {
     const std::string ramp = "{Mode: triangular, SignalPeriod: 4, SignalAmplitude: 1, SampleRate: 1}";
     start(kLayouts + "  - {id: gen, type: FilterFunctionGenerator, properties: " + ramp + "}\n" +
               sinkLine("out", "out.csv") + "connections: [{from: gen, to: out.x}]\n",
-          {.speed = 100.0, .limit = {.rounds = {}, .seconds = 1000.0}});
+          {.speed = 100.0}, {.rounds = {}, .seconds = 1000.0});
     liveRun->add("late", "FilterFunctionGenerator", "two");
     liveRun->write("late.SampleRate", "1000"); // its next step is its last
     std::uint64_t steps = 0;
@@ -253,7 +253,7 @@ TEST_F(LiveStructureTest, AResultWhoseOtherSenderIsGoneWaitsForItNoMore) {
           "out.y, buffer: 2}]\n");
     liveRun->detach("never.input");
     send("0,1\n");
-    EXPECT_EQ(built->getSinks().at(0)->getRows(), 0u) << "the row waits for the second pin";
+    EXPECT_EQ(graphOfRun().getSinks().at(0)->getRows(), 0u) << "the row waits for the second pin";
     liveRun->detach("out.y");
     EXPECT_TRUE(waitUntil([&] { return blockStatistics("out").steps >= 2; }));
     liveRun->stop();
@@ -298,8 +298,8 @@ protected:
         EXPECT_GT(failures, 5u);
         return found;
     }
-    const Quillmere::Core::AbstractInputPin& inputOf(std::size_t node) const {
-        return *built->getNodes()[node].block->getInputPins().at(0);
+    const Quillmere::Core::AbstractInputPin& inputOf(std::size_t node) {
+        return *graphOfRun().getNodes()[node].block->getInputPins().at(0);
     }
 };
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSource.h"
+#include "host/run/OfflineRunner.h"
 
 #include "framework/Quillmere.h"
 #include "tests/host/kit/Fifo.h"
@@ -751,17 +752,12 @@ protected:
             text += std::to_string(1e-4 * i) + ",\"0.12345678901234567890\",+0.1234567890123456789\n" +
                     std::to_string(1e-4 * i) + ",,\n" + std::to_string(1e-4 * i) + ",1,\"not to be had\"\n";
         folder.write("in.csv", text);
-        Host::Complaints complaints;
-        const auto description = Host::GraphDescription::read(
-            folder.write("g.yaml", graph("file: in.csv, " + properties, "p")), {}, complaints);
-        Host::Graph built(description, catalogue, complaints);
-        built.openSources(complaints);
-        complaints.raise();
-        built.openSinks();
-        Host::OfflineRunner runner(built);
+        Host::Job job = jobOf(graph("file: in.csv, " + properties, "p"));
+        job.begin(Host::RunMode::Offline, {});
+        Host::OfflineRunner runner(job.getGraph());
         const Support::AllocationCounter counter;
-        runner.run(stop.get_token());
-        EXPECT_EQ(built.getSources().at(0)->getRows(), static_cast<std::uint64_t>(3 * rows));
+        runner.run({});
+        EXPECT_EQ(job.getGraph().getSources().at(0)->getRows(), static_cast<std::uint64_t>(3 * rows));
         return counter.count();
     }
 };

@@ -90,7 +90,10 @@ TEST_F(OfflineRunnerTest, AClockThatStampsTheWallClockHasNoStreamTimeToGive) {
         graph("  - {id: noise, type: FilterGaussianWhiteNoiseGenerator}\n", "  - {from: noise, to: out.x}\n");
     RunLimit limit;
     limit.rounds = 3;
-    const std::string failure = run(text, {}, limit);
+    Job job = jobOf(text, {}, limit);
+    EXPECT_THROW(job.run(), GraphException) << "before it runs, where the generator's type is known";
+    job.getGraph().openSinks();
+    const std::string failure = OfflineRunner(job.getGraph(), limit).run({}).failure;
     EXPECT_NE(
         failure.find(
             "found a wall clock's time where the block tells that of the run; expected a generator with a "
@@ -119,20 +122,12 @@ TEST_F(OfflineRunnerTest, ValuesOfATimelineHaveTheTimeOfTheirRound) {
 }
 
 TEST_F(OfflineRunnerTest, AResultThatCantBeCompletedKeepsNoOtherFromBeingEnded) {
-    Complaints complaints;
-    const GraphDescription description = GraphDescription::read(
-        folder.write("g.yaml",
-                     graph(source("in", "in.csv", "x: x") +
-                               "  - {id: first, type: RecordingSink, properties: {file: first.csv}}\n",
-                           "  - {from: in.x, to: first.x}\n  - {from: in.x, to: out.x}\n")),
-        {}, complaints);
-    Graph built(description, catalogue, complaints);
-    built.openSources(complaints);
-    complaints.raise();
-    built.openSinks();
-    std::filesystem::create_directory(folder.path("first.csv"));
-    OfflineRunner runner(built);
-    EXPECT_THROW(runner.run(stop.get_token()), RunException);
+    Job job = jobOf(graph(source("in", "in.csv", "x: x") +
+                              "  - {id: first, type: RecordingSink, properties: {file: first.csv}}\n",
+                          "  - {from: in.x, to: first.x}\n  - {from: in.x, to: out.x}\n"));
+    const RunOutcome ended =
+        job.run({}, [&](const RunProgress&) { std::filesystem::create_directory(folder.path("first.csv")); });
+    EXPECT_FALSE(ended.getIsWhole());
     EXPECT_FALSE(folder.has("out.csv"));
     EXPECT_EQ(folder.read("out.csv.partial"), "t,x[0]\n0,1\n0.5,2\n1,3\n");
 }
@@ -199,21 +194,14 @@ TEST_F(OfflineRunnerTest, AStopEndsTheRunMidway) {
 
 TEST_F(OfflineRunnerTest, ProgressIsToldAtTheEnd) {
     const std::string text = graph(source("in", "in.csv", "x: x"), "  - {from: in, to: out.x}\n");
-    Complaints complaints;
-    const GraphDescription description = GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
-    Graph built(description, catalogue, complaints);
-    built.openSources(complaints);
-    complaints.raise();
-    built.openSinks();
-    OfflineRunner runner(built);
     std::vector<RunProgress> told;
-    runner.setProgressHandler([&](const RunProgress& progress) { told.push_back(progress); });
-    runner.run(stop.get_token());
+    const RunOutcome ended =
+        jobOf(text).run({}, [&](const RunProgress& progress) { told.push_back(progress); });
     ASSERT_EQ(told.size(), 1u);
     EXPECT_EQ(told[0].rows, 3u);
     EXPECT_EQ(told[0].bytes, told[0].bytesRead);
     EXPECT_EQ(told[0].streamTime, 1.0);
-    EXPECT_EQ(built.getSinks().at(0)->getRows(), 3u);
+    EXPECT_EQ(ended.results.at(0).rows, 3u);
 }
 
 /// A graph without a source, driven by generators.
@@ -250,8 +238,17 @@ TEST_F(GeneratedRunTest, RunsForItsDurationOfTheClocksTime) {
             << row.seconds << " s";
 }
 
-TEST_F(GeneratedRunTest, WithoutALimitItEndsAtOnce) {
-    EXPECT_EQ(resultOf({}, kRamp, "  - {from: ramp, to: out.x}\n"), "t\n");
+TEST_F(GeneratedRunTest, WithoutALimitItIsRefusedAndNothingIsWritten) {
+    try {
+        run(graph(kRamp, "  - {from: ramp, to: out.x}\n"));
+        ADD_FAILURE() << "it has run";
+    } catch (const GraphException& exception) {
+        EXPECT_EQ(withoutFolder(exception.what()),
+                  "g.yaml:1:1: found a graph without a source; expected limit.seconds or limit.rounds to end "
+                  "its run");
+    }
+    EXPECT_FALSE(folder.has("out.csv"));
+    EXPECT_FALSE(folder.has("out.csv.partial"));
 }
 
 TEST_F(GeneratedRunTest, TheFirstGeneratorIsTheClockWhereverItStands) {
@@ -302,25 +299,18 @@ TEST_F(OfflineRunnerTest, AResultThatCannotGetItsNameLeavesThoseBehindItPartialA
     const auto sink = [](const std::string& id) {
         return "  - {id: " + id + ", type: RecordingSink, properties: {file: " + id + ".csv}}\n";
     };
-    Complaints complaints;
     const std::string text = "format: 1\nblocks:\n" + source("in", "in.csv", "x: x") + sink("one") +
                              sink("two") + sink("three") +
                              "connections:\n  - {from: in, to: one.x}\n  - {from: in, to: two.x}\n"
                              "  - {from: in, to: three.x}\n";
-    const GraphDescription description = GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
-    Graph graph(description, catalogue, complaints);
-    graph.openSources(complaints);
-    complaints.raise();
-    graph.openSinks();
-    std::filesystem::create_directory(folder.path("two.csv")); // meanwhile
-    OfflineRunner runner(graph);
-    EXPECT_THROW(runner.run(stop.get_token()), RunException);
+    const RunOutcome ended = jobOf(text).run(
+        {}, [&](const RunProgress&) { std::filesystem::create_directory(folder.path("two.csv")); });
+    EXPECT_FALSE(ended.getIsWhole());
     const std::string rows = "t,x[0]\n0,1\n0.5,2\n1,3\n";
     EXPECT_EQ(folder.read("one.csv"), rows);
     EXPECT_EQ(folder.read("two.csv.partial"), rows);
     EXPECT_EQ(folder.read("three.csv.partial"), rows);
     EXPECT_FALSE(folder.has("three.csv"));
-    const RunOutcome& ended = runner.getOutcome();
     ASSERT_EQ(ended.results.size(), 3u);
     EXPECT_TRUE(ended.results[0].isComplete);
     EXPECT_FALSE(ended.results[1].isComplete);

@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: MIT
+#include "host/run/Job.h"
+
+#include "host/graph/BurstWarnings.h"
+#include "host/graph/ClockWarnings.h"
+#include "host/graph/GraphPlugins.h"
+#include "host/graph/SettingRules.h"
+#include "host/response/DesignWarnings.h"
+#include "host/run/OfflineRunner.h"
+
+#include <chrono>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+namespace Quillmere::Host {
+
+namespace {
+using Clock = std::chrono::steady_clock;
+
+BlockCatalogue withPlugins(BlockCatalogue catalogue, const GraphDescription& description,
+                           Complaints& complaints) {
+    loadPlugins(description, catalogue, complaints);
+    return catalogue;
+}
+
+void checkNumbers(const JobOptions& options, const Place& place, Complaints& complaints) {
+    const RunLimit& limit = options.limit;
+    if (limit.rounds == 0u)
+        complaints.add(place, options.roundsName.name + " of 0 rounds", "a whole number above 0");
+    if (limit.seconds && !(std::isfinite(*limit.seconds) && *limit.seconds > 0.0))
+        complaints.add(place, options.secondsName.name + " that is no time", "finite seconds above 0");
+}
+
+/// Recordings end a run; a graph without one needs to be told when to end.
+void checkLimit(const Graph& graph, const JobOptions& options, RunMode mode, Complaints& complaints) {
+    if (!graph.getDescription().isUsable) return;
+    const Place place{graph.getDescription().path, 1, 1};
+    const bool isLimited = options.limit.getIsAny();
+    const auto formOf = [](const JobOptions::LimitName& limit) {
+        return limit.value.empty() ? limit.name : limit.name + " " + limit.value;
+    };
+    // Somebody ends a live run, sooner or later.
+    if (graph.getSources().empty() && !isLimited && mode == RunMode::Offline)
+        complaints.add(place, "a graph without a source",
+                       formOf(options.secondsName) + " or " + formOf(options.roundsName) + " to end its run");
+    if (!graph.getSources().empty() && isLimited)
+        complaints.add(place,
+                       (options.limit.rounds ? options.roundsName : options.secondsName).name +
+                           " and a graph with a source",
+                       "neither, since the run ends with the recording");
+    checkNumbers(options, place, complaints);
+}
+} // namespace
+
+class Job::Implementation {
+public:
+    Implementation(GraphDescription read, BlockCatalogue given, JobOptions jobOptions, Complaints heard)
+        : options(std::move(jobOptions)), description(std::move(read)), reading(std::move(heard)),
+          building(reading), catalogue(withPlugins(std::move(given), description, building)),
+          graph(description, catalogue, building) {
+        graph.requireDrive(building);
+        if (options.overwrites) graph.allowOverwriting();
+    }
+
+    const Complaints& check(RunMode mode);
+    /// What the last check gathered. Nothing is checked again for the same mode: a live run has dealt the blocks out by then.
+    const Complaints& checkOnce(RunMode mode) { return checked == mode ? all : check(mode); }
+    bool getHasLeftPipes() const { return hasLeftPipes; }
+    void begin(const std::stop_token& stop);
+    RunOutcome completed(RunOutcome outcome) const;
+
+    const JobOptions options;
+    const GraphDescription description;
+    const Complaints reading; ///< What was complained of when the description was read.
+    Complaints building;      ///< That and what building complained of.
+    BlockCatalogue catalogue;
+    Graph graph;
+
+private:
+    const Complaints& open(RunMode mode);
+
+    std::optional<Complaints> opening; ///< What opening the recordings complained of; nothing before.
+    Complaints all;                    ///< What the last check gathered, and for what.
+    std::optional<RunMode> checked;
+    bool hasLeftPipes = false; ///< When the recordings were opened.
+    bool hasBegun = false;
+    Clock::time_point start{};
+};
+
+/// Recordings are opened once.
+const Complaints& Job::Implementation::open(RunMode mode) {
+    if (opening) return *opening;
+    opening.emplace();
+    graph.openSources(*opening, mode == RunMode::Unsaid ? Graph::Pipes::Leave : Graph::Pipes::Read);
+    hasLeftPipes = mode == RunMode::Unsaid;
+    warnOfLostDigits(graph, catalogue, *opening);
+    return *opening;
+}
+
+const Complaints& Job::Implementation::check(RunMode mode) {
+    checked = mode;
+    all = building;
+    checkLimit(graph, options, mode, all);
+    all.add(open(mode));
+    if (mode == RunMode::Live)
+        warnOfLiveWallClock(graph, all);
+    else
+        requireStreamClock(graph, all);
+    if (!options.isControlled) warnOfIdleBlocks(graph, all);
+    if (mode != RunMode::Offline && all.isEmpty()) warnOfBursts(graph, all);
+    return all;
+}
+
+void Job::Implementation::begin(const std::stop_token& stop) {
+    if (hasBegun) throw RunException("found a job that has run; expected a new one for each run");
+    hasBegun = true;
+    start = Clock::now();
+    graph.setStop(stop);
+    graph.openSinks();
+}
+
+RunOutcome Job::Implementation::completed(RunOutcome outcome) const {
+    outcome.doubts = all.getSortedWarnings();
+    outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    return outcome;
+}
+
+Job::Job(const GraphDescription& description, BlockCatalogue catalogue, JobOptions options,
+         Complaints reading) {
+    GraphDescription changed = description.with(options.changes, reading);
+    implementation = std::make_unique<Implementation>(std::move(changed), std::move(catalogue),
+                                                      std::move(options), std::move(reading));
+}
+
+Job::Job(Job&& other) noexcept = default;
+Job& Job::operator=(Job&& other) noexcept = default;
+Job::~Job() = default;
+
+Job Job::fromFile(const std::string& path, BlockCatalogue catalogue, JobOptions options) {
+    Complaints complaints;
+    const GraphDescription description = GraphDescription::fromFile(path, complaints);
+    return Job(description, std::move(catalogue), std::move(options), std::move(complaints));
+}
+
+const Complaints& Job::check(RunMode mode) {
+    // Recordings can be opened once, so a graph whose pipes were left is built anew.
+    if (mode != RunMode::Unsaid && implementation->getHasLeftPipes())
+        implementation =
+            std::make_unique<Implementation>(implementation->description, implementation->catalogue,
+                                             implementation->options, implementation->reading);
+    return implementation->checkOnce(mode);
+}
+
+RunOutcome Job::run(const std::stop_token& stop, const ProgressHandler& onProgress) {
+    begin(RunMode::Offline, stop);
+    const JobOptions& options = implementation->options;
+    OfflineRunner runner(implementation->graph, options.limit, options.isStrict);
+    return implementation->completed(runner.run(stop, onProgress));
+}
+
+void Job::begin(RunMode mode, const std::stop_token& stop) {
+    check(mode).raise(getOptions().isStrict);
+    implementation->begin(stop);
+}
+
+RunOutcome Job::completed(RunOutcome outcome) const {
+    return implementation->completed(std::move(outcome));
+}
+
+const GraphDescription& Job::getDescription() const {
+    return implementation->graph.getDescription();
+}
+
+const BlockCatalogue& Job::getCatalogue() const {
+    return implementation->catalogue;
+}
+
+const JobOptions& Job::getOptions() const {
+    return implementation->options;
+}
+
+Graph& Job::getGraph() {
+    return implementation->graph;
+}
+
+const Graph& Job::getGraph() const {
+    return implementation->graph;
+}
+
+} // namespace Quillmere::Host
