@@ -113,7 +113,7 @@ const Complaints& Job::Implementation::check(RunMode mode) {
 }
 
 void Job::Implementation::begin(const std::stop_token& stop) {
-    if (hasBegun) throw RunException("found a job that has run; expected a new one for each run");
+    if (hasBegun) throw RunException(Complaint{{}, "a job that has run", "a new one for each run", {}});
     hasBegun = true;
     start = Clock::now();
     graph.setStop(stop);
