@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Recordings in and out against a bare `from_chars` loop and a bare `to_chars` loop over the same bytes, all of them
-// through files in the page cache. An iteration is the whole table.
+// Recordings in and out against a bare `from_chars` loop and a bare `to_chars` loop over the same bytes, all
+// of them through files in the page cache. An iteration is the whole table.
 #include "benchmarks/support/Pair.h"
 
 #include "host/recording/CsvReader.h"

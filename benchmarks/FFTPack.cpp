@@ -11,10 +11,11 @@
 #include <string>
 #include <vector>
 
-// A transform against FFTW with its estimated plan. Against FFTW's real-to-half-complex transform both sides do the same
-// thing: they copy one input and transform the copy in place. Its real-to-complex transform is a different contract (out
-// of place, another layout, vector code of its own) and has a goal for a prime length only, 1009, where ours costs the length's square. That goal is one of a processor with
-// AVX2; VELMARIND_KERNELS=plain shows the plain kernels.
+// A transform against FFTW with its estimated plan. Against FFTW's real-to-half-complex transform both sides
+// do the same thing: they copy one input and transform the copy in place. Its real-to-complex transform is a
+// different contract (out of place, another layout, vector code of its own) and has a goal for a prime length
+// only, 1009, where ours costs the length's square. That goal is one of a processor with AVX2;
+// VELMARIND_KERNELS=plain shows the plain kernels.
 
 namespace {
 

@@ -24,14 +24,14 @@
 #include <string>
 #include <vector>
 
-// The level, event and shaping blocks, from one sample sent to one sample received, against a loop that does the same
-// arithmetic on the same storage.
+// The level, event and shaping blocks, from one sample sent to one sample received, against a loop that does
+// the same arithmetic on the same storage.
 //
-// Blocks that look at every element have a goal at 64 by 64. The others look at one element or at none, so at any size
-// the bare side is a comparison or two, and the ratio only tells what a link and a few settings cost: no goal. What that
-// means where samples of 64 by 64 really arrive is told by the rows "arriving": there both sides first write the sample,
-// as its sender has to, and the goal counts again. FilterHysteresis takes 1 by 1 samples only, FilterRemoveStill samples
-// of three columns only; theirs stand in the names.
+// Blocks that look at every element have a goal at 64 by 64. The others look at one element or at none, so at
+// any size the bare side is a comparison or two, and the ratio only tells what a link and a few settings
+// cost: no goal. What that means where samples of 64 by 64 really arrive is told by the rows "arriving":
+// there both sides first write the sample, as its sender has to, and the goal counts again. FilterHysteresis
+// takes 1 by 1 samples only, FilterRemoveStill samples of three columns only; theirs stand in the names.
 
 namespace {
 
@@ -228,7 +228,8 @@ void enterRemoveStill() {
     });
 }
 
-/// A copy of the block without `margin` rows and columns at the top and the left, where the sample has so many.
+/// A copy of the block without `margin` rows and columns at the top and the left, where the sample has so
+/// many.
 auto makeCrop(const Shape& shape, Eigen::Index margin) {
     const Eigen::Index top = shape.rows > margin ? margin : 0;
     const Eigen::Index left = shape.cols > margin ? margin : 0;

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-// A spectrum block, from one sample sent to one sample received, against a copy of the sample and its transform. What the
-// block adds is amplitudes, a root and a division each, and the road of a sample.
+// A spectrum block, from one sample sent to one sample received, against a copy of the sample and its
+// transform. What the block adds is amplitudes, a root and a division each, and the road of a sample.
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-// A window block, from one sample sent to one sample received, against a loop that computes the same cosines for half the
-// window and multiplies both halves by them. A window of 16 is noted without a goal: sending a sample and taking it costs as
-// much as its nine cosines.
+// A window block, from one sample sent to one sample received, against a loop that computes the same cosines
+// for half the window and multiplies both halves by them. A window of 16 is noted without a goal: sending a
+// sample and taking it costs as much as its nine cosines.
 
 namespace {
 

@@ -17,8 +17,8 @@ using Quillmere::Core::RangeProperty;
 using Quillmere::Core::resizeSample;
 using Quillmere::Core::ValueProperty;
 
-/// Whether a control sample asks for what its pin stands for: any first value but 0.0, not-a-number included; an empty
-/// sample never asks. [any]
+/// Whether a control sample asks for what its pin stands for: any first value but 0.0, not-a-number included;
+/// an empty sample never asks. [any]
 inline bool isSet(const MatrixXd& control) {
     return control.size() > 0 && control(0) != 0.0;
 }

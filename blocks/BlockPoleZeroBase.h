@@ -7,18 +7,19 @@
 #include <cstdint>
 #include <vector>
 
-/// What the blocks have in common that design a recursive filter in one of four band shapes and publish the design:
-/// `FilterBessel`, `FilterButterworthV2`, `FilterChebyshev`, `FilterEllipticV1`.
+/// What the blocks have in common that design a recursive filter in one of four band shapes and publish the
+/// design: `FilterBessel`, `FilterButterworthV2`, `FilterChebyshev`, `FilterEllipticV1`.
 ///
-/// Every element of a sample on "in" is filtered alike by the block's designer, and leaves on "out" with its time
-/// stamp. Cut-offs are fractions of the Nyquist frequency; low-pass and high-pass use the low one alone. A changed
-/// setting, and the first sample, designs anew at the next sample and starts from zeros, so a constant input shows a
-/// transient; then "gain" (1 by 1) and "coeffs" (row 0 feed-forward, row 1 feedback, zeros behind the shorter one)
-/// are sent, before "out" and stamped with the wall clock. A new shape designs and starts anew, but publishes nothing.
-/// "Reset", and any first value but 0.0 on "reset", zeroes the state and keeps the design. An empty sample is dropped.
+/// Every element of a sample on "in" is filtered alike by the block's designer, and leaves on "out" with its
+/// time stamp. Cut-offs are fractions of the Nyquist frequency; low-pass and high-pass use the low one alone.
+/// A changed setting, and the first sample, designs anew at the next sample and starts from zeros, so a
+/// constant input shows a transient; then "gain" (1 by 1) and "coeffs" (row 0 feed-forward, row 1 feedback,
+/// zeros behind the shorter one) are sent, before "out" and stamped with the wall clock. A new shape designs
+/// and starts anew, but publishes nothing. "Reset", and any first value but 0.0 on "reset", zeroes the state
+/// and keeps the design. An empty sample is dropped.
 ///
-/// The edges of a band are kept in order. Kept as is: the low edge, moved above the high one, takes it along only in
-/// the band modes; the high edge, moved below the low one, takes it along in any mode.
+/// The edges of a band are kept in order. Kept as is: the low edge, moved above the high one, takes it along
+/// only in the band modes; the high edge, moved below the low one, takes it along in any mode.
 class BlockPoleZeroBase : public Filter {
 public:
     ~BlockPoleZeroBase() override;

@@ -4,8 +4,8 @@
 #include "blocks/BlockPoleZeroBase.h"
 #include "design/PoleZeroDesigner.h"
 
-/// A `BlockPoleZeroBase` whose family of filters has nothing to set but the mapping to the z-plane: matched-z or, with
-/// "MatchedZ-Transform" false, bilinear. The blocks differ in their designer alone.
+/// A `BlockPoleZeroBase` whose family of filters has nothing to set but the mapping to the z-plane: matched-z
+/// or, with "MatchedZ-Transform" false, bilinear. The blocks differ in their designer alone.
 class BlockPrototypeBase : public BlockPoleZeroBase {
 public:
     ~BlockPrototypeBase() override;

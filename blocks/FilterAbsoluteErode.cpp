@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterAbsoluteErode.h"
 
+#include "blocks/CropSample.h"
+
 #include <algorithm>
 
 namespace {
@@ -9,11 +11,6 @@ struct Crop {
     Eigen::Index front;
     Eigen::Index back;
     Eigen::Index least;
-};
-
-struct Span {
-    Eigen::Index first;
-    Eigen::Index length;
 };
 
 bool leavesNothing(const Crop& crop, Eigen::Index lines) {
@@ -71,11 +68,6 @@ void FilterAbsoluteErode::process() {
     if (isEmpty && !sendsEmpty) return;
     const Span rowSpan = isEmpty ? Span{} : spanOf(rows, sample.rows());
     const Span columnSpan = isEmpty ? Span{} : spanOf(columns, sample.cols());
-    MatrixXd& cropped = output.data.value;
-    resizeSample(cropped, rowSpan.length, columnSpan.length);
-    for (Eigen::Index row = 0; row < rowSpan.length; ++row) {
-        const double* const from = sample.data() + (rowSpan.first + row) * sample.cols() + columnSpan.first;
-        std::copy_n(from, columnSpan.length, cropped.data() + row * columnSpan.length);
-    }
+    cropSample(sample, rowSpan, columnSpan, output.data.value);
     output.send(input.getTimeStamp());
 }

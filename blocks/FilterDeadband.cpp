@@ -4,8 +4,8 @@
 #include <cmath>
 
 namespace {
-/// Multiplies each element by 1.0 where `passes` holds and by 0.0 elsewhere. Two loops that become vector code are
-/// faster than one that the compiler fills with jumps.
+/// Multiplies each element by 1.0 where `passes` holds and by 0.0 elsewhere. Two loops that become vector
+/// code are faster than one that the compiler fills with jumps.
 template <class Passes>
 void applyMask(const MatrixXd& sample, MatrixXd& result, Passes passes) {
     const double* const from = sample.data();

@@ -5,7 +5,7 @@
 #include <cmath>
 
 namespace {
-using Vector3 = std::array<double, 3>;
+using Vector3 = FilterFlagStatic::Vector3;
 
 constexpr double kSettlingSeconds = 0.5;
 constexpr double kSettlingSlack = -0.001; // so that a sample that comes a little early still counts

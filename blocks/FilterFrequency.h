@@ -7,9 +7,10 @@
 ///
 ///     out = SampleNbr / (t(last) - t(first)),  -1 where the two time stamps are equal
 ///
-/// Only time stamps count; the values of a sample, and whether it has any, don't. The rate is in samples per unit of the
-/// time stamps (hertz for seconds), and negative where time runs backwards. One output for every SampleNbr inputs: the
-/// sample that ends an interval begins the next one. "reset" and a new "SampleNbr" begin anew with the next sample.
+/// Only time stamps count; the values of a sample, and whether it has any, don't. The rate is in samples per
+/// unit of the time stamps (hertz for seconds), and negative where time runs backwards. One output for every
+/// SampleNbr inputs: the sample that ends an interval begins the next one. "reset" and a new "SampleNbr"
+/// begin anew with the next sample.
 class FilterFrequency final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterFrequency";

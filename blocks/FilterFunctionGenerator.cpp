@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterFunctionGenerator.h"
 
+#include "design/Constants.h"
+
 #include <cmath>
 
 namespace {
 /// Computed, not written as a literal, as everywhere where a phase is turned into an angle.
-const double kTwoPi = 2.0 * (4.0 * std::atan(1.0));
+using Design::kTwoPi;
 
 /// The labels' indices.
 enum Mode : unsigned { kSinusoid, kTriangular, kRectangular, kContinuous };

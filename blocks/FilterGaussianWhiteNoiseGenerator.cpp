@@ -10,7 +10,8 @@ namespace {
 constexpr unsigned kDraws = 32768;
 constexpr double kOneDraw = 3.0517578125e-05; // 1 / 32768
 
-// The runtime's range differs between platforms; folded to 15 bits it stays uniform when it is a whole number of them.
+// The runtime's range differs between platforms; folded to 15 bits it stays uniform when it is a whole number
+// of them.
 static_assert((static_cast<unsigned>(RAND_MAX) + 1U) % kDraws == 0);
 
 /// 0 to 32767, each as likely, from the process-wide generator.

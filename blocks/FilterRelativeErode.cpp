@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterRelativeErode.h"
 
+#include "blocks/CropSample.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace {
-struct Span {
-    Eigen::Index first;
-    Eigen::Index length;
-};
-
 /// The lines that are left of `lines` without `front` and `back` percent; a length below 1 where none is.
 Span spanOf(Eigen::Index lines, double front, double back) {
     const auto all = static_cast<double>(lines);
@@ -51,11 +48,6 @@ void FilterRelativeErode::process() {
     const bool isEmpty = sample.size() == 0 || rows.length < 1 || columns.length < 1;
     if (isEmpty && !sendsEmpty) return;
     if (isEmpty) rows = columns = Span{};
-    MatrixXd& cropped = output.data.value;
-    resizeSample(cropped, rows.length, columns.length);
-    for (Eigen::Index row = 0; row < rows.length; ++row) {
-        const double* const from = sample.data() + (rows.first + row) * sample.cols() + columns.first;
-        std::copy_n(from, columns.length, cropped.data() + row * columns.length);
-    }
+    cropSample(sample, rows, columns, output.data.value);
     output.send(input.getTimeStamp());
 }

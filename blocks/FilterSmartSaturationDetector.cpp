@@ -11,8 +11,8 @@ struct Rules {
     double steadySamples;
 };
 
-/// One sample over all elements. The counts are doubles, so that every lane of a vector holds one element; they are exact,
-/// and the selections leave no branch to guess.
+/// One sample over all elements. The counts are doubles, so that every lane of a vector holds one element;
+/// they are exact, and the selections leave no branch to guess.
 template <bool kWholeOnly>
 void flagElements(const Rules& rules, const double* x, double* anchor, double* count, double* out,
                   Eigen::Index size) {

@@ -3,16 +3,18 @@
 
 #include "blocks/Block.h"
 
-/// Maps a scalar signal to discrete levels: the row of "Thresholds" that holds the signal picks the row of "Levels".
+/// Maps a scalar signal to discrete levels: the row of "Thresholds" that holds the signal picks the row of
+/// "Levels".
 ///
 ///     Level = Levels(i),  min(i) <= In <= max(i),  one interval [min; max] a row of Thresholds
 ///
-/// Element 0 of a sample of any shape counts, in the unit of the thresholds; the output is 1 by 1. Where no interval
-/// holds it, where its row has no level and where the sample is empty nothing is sent. Two rows may share a bound, and
-/// "OnIntersectionUse" decides: the row of which the signal is the upper bound, that of which it is the lower, or none.
-/// Where neither says, the row that comes first. Nothing is remembered from sample to sample.
-/// Kept as is: an interval may lie inside an earlier one, but not inside a later one; a not-a-number bound is accepted
-/// and holds nothing. "None" sends nothing wherever two rows match, nested ones included.
+/// Element 0 of a sample of any shape counts, in the unit of the thresholds; the output is 1 by 1. Where no
+/// interval holds it, where its row has no level and where the sample is empty nothing is sent. Two rows may
+/// share a bound, and "OnIntersectionUse" decides: the row of which the signal is the upper bound, that of
+/// which it is the lower, or none. Where neither says, the row that comes first. Nothing is remembered from
+/// sample to sample. Kept as is: an interval may lie inside an earlier one, but not inside a later one; a
+/// not-a-number bound is accepted and holds nothing. "None" sends nothing wherever two rows match, nested
+/// ones included.
 class FilterThresholdLeveler final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterThresholdLeveler";

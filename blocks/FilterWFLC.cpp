@@ -15,7 +15,7 @@ FilterWFLC::FilterWFLC(const std::string& instanceName)
       order("Order", &getPropertyBag()), mu("Mu", &getPropertyBag()), mu0("Mu0", &getPropertyBag()),
       muB("MuB", &getPropertyBag()), wf0("Wf0", &getPropertyBag()), w1("W1", &getPropertyBag()),
       wm1("Wm1", &getPropertyBag()), offset("Offset", &getPropertyBag()), reset("Reset", &getPropertyBag()),
-      estimator(1, kMu, kMu0, kMuB, kStartFrequency, 0.0, 0.0, 0.0) {
+      startFrequency(kStartFrequency), estimator(1, kMu, kMu0, kMuB, kStartFrequency, 0.0, 0.0, 0.0) {
     order.setRange(1, WFLCEstimator::kLargestOrder, 1);
     order.setChangeHandler(this, &FilterWFLC::requestRebuild);
     order.setValue(1);

@@ -22,7 +22,8 @@ struct JobOptions;
 struct RunOutcome;
 } // namespace Quillmere::Host
 
-/// The commands of `quillmere`: each enters its options and gives back what main calls when the command is named.
+/// The commands of `quillmere`: each enters its options and gives back what main calls when the command is
+/// named.
 namespace Cli {
 
 class ProgressLine;

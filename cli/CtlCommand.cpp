@@ -113,8 +113,8 @@ CtlCommand::CtlCommand(CLI::App& command) : application(command) {
         ->type_name("SECONDS")
         ->capture_default_str()
         ->check(wholeNumber(1, kLongestTimeout));
-    // The request is taken as it stands: an option would take brackets for a list of words, and a value such as -2 for
-    // an option.
+    // The request is taken as it stands: an option would take brackets for a list of words, and a value such
+    // as -2 for an option.
     command.prefix_command();
     std::string requests = "Behind PATH stands the request:";
     for (const std::string& line : ControlConsole::getHelp())

@@ -37,10 +37,12 @@ struct GraphArguments {
 /// The options as changes to a graph. Raises `UsageError` for one that isn't `name=value`.
 Quillmere::Host::GraphChanges changesOf(const GraphArguments& arguments);
 
-/// Raises what is wrong with a graph, as `GraphException`, and prints what is doubtful; when strict, raises that too.
+/// Raises what is wrong with a graph, as `GraphException`, and prints what is doubtful; when strict, raises
+/// that too.
 void settle(const Quillmere::Host::Complaints& complaints, bool isStrict);
 
-/// The block types of the plug-ins. Raises `PluginException`, and `UsageError` when there is no plug-in at all.
+/// The block types of the plug-ins. Raises `PluginException`, and `UsageError` when there is no plug-in at
+/// all.
 Quillmere::Host::BlockCatalogue loadCatalogue(const PluginArguments& arguments);
 
 /// A block of that type, named after it. Raises `UsageError`, which names what there is.

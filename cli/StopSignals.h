@@ -6,10 +6,12 @@
 
 namespace Cli {
 
-/// Turns the signals that end a program into the wish to stop a run. A second one ends the program at once. One at a time.
+/// Turns the signals that end a program into the wish to stop a run. A second one ends the program at once.
+/// One at a time.
 class StopSignals {
 public:
-    /// From now on the signals are caught. Raises `std::system_error` when the system has no thread or descriptor left.
+    /// From now on the signals are caught. Raises `std::system_error` when the system has no thread or
+    /// descriptor left.
     StopSignals();
     /// From then on a first signal does nothing: what is left is to tell how the run went.
     ~StopSignals();

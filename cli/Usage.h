@@ -18,7 +18,8 @@ namespace Cli {
 std::vector<std::string> commandNames(const CLI::App& program);
 std::vector<std::string> longOptions(const CLI::App& command);
 
-/// Raises `UsageError` for a call whose first word is no command, which it may guess. Options may stand before it.
+/// Raises `UsageError` for a call whose first word is no command, which it may guess. Options may stand
+/// before it.
 void requireCommand(const CLI::App& program, const std::vector<std::string>& words);
 
 /// Raises `UsageError` for a call that the parser has refused: what it says, in our own words.

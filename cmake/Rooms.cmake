@@ -17,7 +17,7 @@ if("${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_RELWITHDEBINFO}" MATCHES "-fsanitize")
   set(VELMARIND_HOT_OPTIONS "")
 endif()
 
-# velmarind_engines(NAME sources...): an object library of plain objects over matrices.
+# velmarind_engines(NAME sources...): an object library that the plug-in and the tests link, of engines or of blocks.
 function(velmarind_engines name)
   add_library(velmarind_${name} OBJECT ${ARGN})
   add_library(Velmarind::${name} ALIAS velmarind_${name})

@@ -4,8 +4,8 @@
 namespace {
 using Design::Complex;
 
-/// The poles by order, each order's at index floor(order^2 / 4); of a pair the one with positive imaginary part, and
-/// for an odd order the real one first. Published to twelve digits.
+/// The poles by order, each order's at index floor(order^2 / 4); of a pair the one with positive imaginary
+/// part, and for an odd order the real one first. Published to twelve digits.
 constexpr std::array<Complex, 30> kPrototypePoles{{
     // order 1
     {-1.0, 0.0},

@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+using Quillmere::Core::MatrixXd;
+
 using namespace Design;
 using Quillmere::Core::copySample;
 

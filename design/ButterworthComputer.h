@@ -6,23 +6,25 @@
 
 #include <vector>
 
-using Quillmere::Core::MatrixXd;
-
 /// Smooths a time series of matrices, each element on its own, with a Butterworth low-pass of any order.
 ///
-/// The filter is a cascade of second-order sections (`Design::designButterworthSections`) in direct form II, the gain
-/// behind the numerator of each section; s1 and s2 are a section's delayed values:
+/// The filter is a cascade of second-order sections (`Design::designButterworthSections`) in direct form II,
+/// the gain behind the numerator of each section; s1 and s2 are a section's delayed values:
 ///
 ///     w = u + a1 s1 + a2 s2,   y = (b1 s1 + w + b2 s2) g,   s2 = s1,   s1 = w
 ///
-/// and y is the next section's u. The output has the shape of the input. The first step, and the first one after a
-/// request, new parameters or a change of shape, designs the cascade and starts it in the steady state of the present
-/// input, as if that had stood for ever: a constant passes from the first output on. Nothing else is forgotten.
+/// and y is the next section's u. The output has the shape of the input. The first step, and the first one
+/// after a request, new parameters or a change of shape, designs the cascade and starts it in the steady
+/// state of the present input, as if that had stood for ever: a constant passes from the first output on.
+/// Nothing else is forgotten.
 ///
-/// Kept as is: the high-pass is no design of its own but input minus low-pass; order 0 is a bypass in both modes; and a
-/// cut-off of 0 divides by zero at the start, so that everything is non-finite until the next start.
+/// Kept as is: the high-pass is no design of its own but input minus low-pass; order 0 is a bypass in both
+/// modes; and a cut-off of 0 divides by zero at the start, so that everything is non-finite until the next
+/// start.
 class ButterworthComputer {
 public:
+    using MatrixXd = Quillmere::Core::MatrixXd;
+
     virtual ~ButterworthComputer() = default;
 
     /// Takes a cut-off, as a fraction of the Nyquist frequency, and an order; the next step starts anew.
@@ -51,8 +53,9 @@ private:
     int order = 1; ///< 0 means bypass.
     double cutOff = 0.05;
     MatrixXd filtered;
-    /// By octet of elements, then by section, s1 and behind it s2: element e's values of section k are lane e % 8 of
-    /// states[2 (e / 8 numSections + k)] and of the one after. Lanes without an element are never read.
+    /// By octet of elements, then by section, s1 and behind it s2: element e's values of section k are lane e
+    /// % 8 of states[2 (e / 8 numSections + k)] and of the one after. Lanes without an element are never
+    /// read.
     std::vector<Design::Octet> states;
     MatrixXd coefficients; ///< By section, with the rows of `Design::SectionRow`.
     bool needsInit = true;

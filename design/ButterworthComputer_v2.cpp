@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
+using Quillmere::Core::MatrixXd;
+
 using namespace Design;
 using Quillmere::Core::copySample;
 
@@ -70,8 +72,9 @@ inline void ButterworthComputer_v2::runSection(int section, Heard heard, const d
            filtered.data(), filtered.size());
 }
 
-/// Whether states and output fit the input's shape and the sections in force. They don't after a change of shape, seen or
-/// slept through in a bypass, nor where an order or a cached cut-off brought another number of sections without a start.
+/// Whether states and output fit the input's shape and the sections in force. They don't after a change of
+/// shape, seen or slept through in a bypass, nor where an order or a cached cut-off brought another number of
+/// sections without a start.
 bool ButterworthComputer_v2::isRunning(const MatrixXd& input) const {
     return filtered.rows() == input.rows() && filtered.cols() == input.cols() &&
            statesShape.rows == input.rows() && statesShape.cols == input.cols() &&

@@ -9,25 +9,26 @@
 #include <map>
 #include <vector>
 
-using Quillmere::Core::MatrixXd;
-
-/// Smooths a time series of matrices, each element on its own, with a first-order Butterworth low-pass whose cut-off may
-/// move at every sample while the filter runs on.
+/// Smooths a time series of matrices, each element on its own, with a first-order Butterworth low-pass whose
+/// cut-off may move at every sample while the filter runs on.
 ///
 /// With u an element of the input, x1 the element before and y1 the result before:
 ///
 ///     y1 = a1 y1 + g (x1 + u),   x1 = u
 ///
-/// with a1 and g of `Design::designButterworthSections`; the output, of the input's shape, is y1, or u - y1 as a
-/// high-pass. A start sets x1 and y1 to the present input, so a constant passes from the first output on. The first step
-/// starts, and so does one after a request, a parameter change that asks for it, or a change of shape. With `memorize`
-/// the coefficients of every cut-off met are kept, by its exact value, and looked up when it comes back.
+/// with a1 and g of `Design::designButterworthSections`; the output, of the input's shape, is y1, or u - y1
+/// as a high-pass. A start sets x1 and y1 to the present input, so a constant passes from the first output
+/// on. The first step starts, and so does one after a request, a parameter change that asks for it, or a
+/// change of shape. With `memorize` the coefficients of every cut-off met are kept, by its exact value, and
+/// looked up when it comes back.
 ///
-/// Kept as is: at a higher order the sections don't form a cascade. Each receives the input itself and obeys the
-/// recursion above, and the last one is the output, so order 4 sounds like order 1. Order 0 is a bypass in both modes. An
-/// order that changes without a start leaves the coefficients in force as they are.
+/// Kept as is: at a higher order the sections don't form a cascade. Each receives the input itself and obeys
+/// the recursion above, and the last one is the output, so order 4 sounds like order 1. Order 0 is a bypass
+/// in both modes. An order that changes without a start leaves the coefficients in force as they are.
 class ButterworthComputer_v2 {
 public:
+    using MatrixXd = Quillmere::Core::MatrixXd;
+
     ButterworthComputer_v2() = default;
     ButterworthComputer_v2(const ButterworthComputer_v2&) = delete;
     ButterworthComputer_v2& operator=(const ButterworthComputer_v2&) = delete;
@@ -37,11 +38,12 @@ public:
     /// Requires: `newOrder` at least 0.
     void setParameters(double newCutOff, int newOrder);
 
-    /// The same with all choices: without `reinit` even a start that was due is called off, and nothing is redesigned.
+    /// The same with all choices: without `reinit` even a start that was due is called off, and nothing is
+    /// redesigned.
     void setParameters(double newCutOff, int newOrder, bool reinit, bool newMemorize);
 
-    /// Moves the cut-off. One equal to the present does nothing at all. Unless a start is due or asked for, the running
-    /// states meet the new coefficients at the next sample.
+    /// Moves the cut-off. One equal to the present does nothing at all. Unless a start is due or asked for,
+    /// the running states meet the new coefficients at the next sample.
     void setCutOff(double newCutOff, bool reinit, bool newMemorize);
 
     double getCutOff() const { return cutOff; }
@@ -80,8 +82,9 @@ private:
     int order = 1; ///< 0 means bypass.
     double cutOff = 0.05;
     MatrixXd filtered;
-    /// By section x1 of all elements and behind it y1, both streaming: element e's values of section k are lane e % 8 of
-    /// states[2 k octets + e / 8], where octets is the number of elements over 8, rounded up, and of the one `octets` on.
+    /// By section x1 of all elements and behind it y1, both streaming: element e's values of section k are
+    /// lane e % 8 of states[2 k octets + e / 8], where octets is the number of elements over 8, rounded up,
+    /// and of the one `octets` on.
     std::vector<Design::Octet> states;
     Shape statesShape;                           ///< What they were started for.
     std::map<double, MatrixXd> coefficientCache; ///< By exact cut-off; emptied by a start without `memorize`.
@@ -99,7 +102,7 @@ private:
         const MatrixXd* entry = nullptr;
     };
     static constexpr int kSlotBits = 8;
-    /// Entries of the cache by a few bits of their cut-off, since a walk through the map takes longer than a step over
-    /// many elements; emptied with it. So many slots that dozens of cut-offs seldom share one.
+    /// Entries of the cache by a few bits of their cut-off, since a walk through the map takes longer than a
+    /// step over many elements; emptied with it. So many slots that dozens of cut-offs seldom share one.
     std::array<Recent, std::size_t{1} << kSlotBits> recent;
 };

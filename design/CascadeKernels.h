@@ -3,8 +3,8 @@
 
 #include <cstddef>
 
-/// The inner loops of the Butterworth computers: one element a lane, so the order of operations of each element stays as
-/// its formula has it, whatever the number of lanes.
+/// The inner loops of the Butterworth computers: one element a lane, so the order of operations of each
+/// element stays as its formula has it, whatever the number of lanes.
 namespace Design {
 
 /// Eight neighbouring elements' values of one delayed quantity, on a cache line of their own.
@@ -19,16 +19,17 @@ struct CascadeShape {
     bool isComplement; ///< The result is the element less the cascade's output.
 };
 
-/// Runs the cascade of `ButterworthComputer` over `count` elements once. `coefficients` are five rows (`SectionRow`) with a
-/// column a section; `states` are laid out as `ButterworthComputer::states` tells. The input may be the output itself.
+/// Runs the cascade of `ButterworthComputer` over `count` elements once. `coefficients` are five rows
+/// (`SectionRow`) with a column a section; `states` are laid out as `ButterworthComputer::states` tells. The
+/// input may be the output itself.
 using StepCascade = void (*)(const double* coefficients, Octet* states, CascadeShape shape, const double* in,
                              double* out, std::ptrdiff_t count);
 
 /// What of a section of `ButterworthComputer_v2` is written: nothing, y1, or u - y1.
 enum class Heard { Not, Result, Complement };
 
-/// Runs a section of `ButterworthComputer_v2` over `count` elements once: y1 = a1 y1 + gain (x1 + u), x1 = u. The input may
-/// be the output itself.
+/// Runs a section of `ButterworthComputer_v2` over `count` elements once: y1 = a1 y1 + gain (x1 + u), x1 = u.
+/// The input may be the output itself.
 using StepMoving = void (*)(double a1, double gain, Octet* x1, Octet* y1, const double* in, double* out,
                             std::ptrdiff_t count);
 
@@ -47,7 +48,8 @@ namespace Avx2 {
 extern const CascadeKernels kCascadeKernels;
 }
 
-/// Those of the kernels in force for samples of so many elements; fewer than eight don't fill a wide register. [any]
+/// Those of the kernels in force for samples of so many elements; fewer than eight don't fill a wide
+/// register. [any]
 const CascadeKernels& cascadeKernels(std::ptrdiff_t elements);
 
 } // namespace Design

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+using Quillmere::Core::MatrixXd;
+
 DirectFormDesigner::DirectFormDesigner(std::int32_t designMode, std::int32_t prototypeOrder, double low,
                                        double high)
     : order(prototypeOrder), mode(designMode), lowCutOff(low), highCutOff(high) {}
@@ -43,7 +45,8 @@ std::size_t DirectFormDesigner::countYEntries() const {
     return (getIsBand() ? 2 * poles : poles) + 1;
 }
 
-/// A gain that is not-a-number means that the design has no solution; coefficients that look sound would hide it.
+/// A gain that is not-a-number means that the design has no solution; coefficients that look sound would hide
+/// it.
 void DirectFormDesigner::spreadNaNGain() {
     if (!std::isnan(gain)) return;
     std::fill(xCoeffs.begin(), xCoeffs.end(), gain);

@@ -8,8 +8,6 @@
 #include <cstdint>
 #include <vector>
 
-using Quillmere::Core::MatrixXd;
-
 namespace Design {
 /// The band shapes as designs know them.
 inline constexpr std::int32_t kLowPass = 1;
@@ -18,28 +16,32 @@ inline constexpr std::int32_t kBandPass = 4;
 inline constexpr std::int32_t kBandStop = 8;
 } // namespace Design
 
-/// What filters have in common that are designed on demand and then run sample by sample: the coefficients, the
-/// histories, and when to design. Frequencies are fractions of the Nyquist frequency.
+/// What filters have in common that are designed on demand and then run sample by sample: the coefficients,
+/// the histories, and when to design. Frequencies are fractions of the Nyquist frequency.
 ///
-/// A design is made by the first `step` after its parameters or the sample's shape have changed, and always starts
-/// from histories of zeros; there is no way to change a design and keep the state. `resetHistory` alone clears the
-/// state and keeps the design.
+/// A design is made by the first `step` after its parameters or the sample's shape have changed, and always
+/// starts from histories of zeros; there is no way to change a design and keep the state. `resetHistory`
+/// alone clears the state and keeps the design.
 ///
-/// Kept as is: the recursion looks back one sample only, whatever the order (see `Design::runDirectForm`). From order
-/// 2 on a constant input still settles as the design says, but the dynamics are those of a first-order filter, which
-/// is why order 4 sounds like order 1; and the recursion diverges where its summed feedback exceeds 1 in size, even
-/// though all poles lie inside the unit circle. Nothing detects that.
+/// Kept as is: the recursion looks back one sample only, whatever the order (see `Design::runDirectForm`).
+/// From order 2 on a constant input still settles as the design says, but the dynamics are those of a
+/// first-order filter, which is why order 4 sounds like order 1; and the recursion diverges where its summed
+/// feedback exceeds 1 in size, even though all poles lie inside the unit circle. Nothing detects that.
 ///
-/// A design whose gain is not-a-number has only such coefficients, and its output stays so until the next design.
+/// A design whose gain is not-a-number has only such coefficients, and its output stays so until the next
+/// design.
 class DirectFormDesigner {
 public:
+    using MatrixXd = Quillmere::Core::MatrixXd;
+
     virtual ~DirectFormDesigner();
 
-    /// Clears the histories and gives them the shape `rows` by `cols`; a value below 1 for either means the shape
-    /// that they have now. The design is not touched.
+    /// Clears the histories and gives them the shape `rows` by `cols`; a value below 1 for either means the
+    /// shape that they have now. The design is not touched.
     void resetHistory(Eigen::Index rows, Eigen::Index cols);
 
-    /// Designs when due, then runs one sample. Requires: `input` is not empty. Raises what `resizeSample` raises.
+    /// Designs when due, then runs one sample. Requires: `input` is not empty. Raises what `resizeSample`
+    /// raises.
     void step(const MatrixXd& input);
 
     /// The last output; valid until the next call.

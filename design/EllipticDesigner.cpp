@@ -38,7 +38,8 @@ double evaluateAtEnd(const std::vector<double>& coefficients, double sign) {
     return sum;
 }
 
-/// A symmetric polynomial in z^-1 at the angle `angle`, up to a phase: the terms beside the middle one, pair by pair.
+/// A symmetric polynomial in z^-1 at the angle `angle`, up to a phase: the terms beside the middle one, pair
+/// by pair.
 double evaluateAtAngle(const std::vector<double>& coefficients, double angle) {
     const std::size_t degree = coefficients.size() - 1;
     const std::size_t middle = degree / 2;

@@ -8,22 +8,24 @@
 #include <cstdint>
 #include <vector>
 
-/// Designs an elliptic (Cauer) filter and runs it (see `DirectFormDesigner`): a pass band that ripples by `passRipple`
-/// decibels (above 0), a stop band below `stopRipple` decibels (below 0), and the steepest edge between them.
+/// Designs an elliptic (Cauer) filter and runs it (see `DirectFormDesigner`): a pass band that ripples by
+/// `passRipple` decibels (above 0), a stop band below `stopRipple` decibels (below 0), and the steepest edge
+/// between them.
 ///
-/// Four stages: `computeParameters` finds the selectivity from order and ripples, `computeRoots` the s-plane roots by
-/// Jacobian elliptic functions, `mapRoots` takes them to the z-plane bilinearly, `expandAndScale` multiplies them out.
-/// Coefficient i belongs to z^-i, and `gain` is in the feed-forward coefficients already; inputs are not scaled.
+/// Four stages: `computeParameters` finds the selectivity from order and ripples, `computeRoots` the s-plane
+/// roots by Jacobian elliptic functions, `mapRoots` takes them to the z-plane bilinearly, `expandAndScale`
+/// multiplies them out. Coefficient i belongs to z^-i, and `gain` is in the feed-forward coefficients
+/// already; inputs are not scaled.
 ///
 /// Kept as is, all of it audible:
-/// - The run step pairs coefficients with history entries from the far end, though they are indexed from the near end,
-///   so a low-pass uses `xCoeffs[0]` alone and at order 1 is y(n) = xCoeffs[0] u(n) - y(n-1).
-/// - `numSZeros` counts numbers, not roots, and is used as a count of roots: surplus roots (0, 0) become zeros at z = 1.
-///   From order 3 on an odd low-pass or band-pass has its reference point on such zeros, so its gain is a number over
-///   rounding noise: of either sign, huge as a rule, infinite at times, and of any size where a high order meets low
-///   edges. Its coefficients and outputs follow.
-/// - The quadratic that maps a root into a band has a real divisor: the imaginary part is dropped, which moves the
-///   roots, at higher orders even out of the unit circle.
+/// - The run step pairs coefficients with history entries from the far end, though they are indexed from the
+///   near end, so a low-pass uses `xCoeffs[0]` alone and at order 1 is y(n) = xCoeffs[0] u(n) - y(n-1).
+/// - `numSZeros` counts numbers, not roots, and is used as a count of roots: surplus roots (0, 0) become
+///   zeros at z = 1. From order 3 on an odd low-pass or band-pass has its reference point on such zeros, so
+///   its gain is a number over rounding noise: of either sign, huge as a rule, infinite at times, and of any
+///   size where a high order meets low edges. Its coefficients and outputs follow.
+/// - The quadratic that maps a root into a band has a real divisor: the imaginary part is dropped, which
+///   moves the roots, at higher orders even out of the unit circle.
 /// - Equal edges of a band give a gain and coefficients that are not-a-number.
 ///
 /// The elliptic integrals and functions are those of `EllipticFunctions.h`. For orders 1 to 10.

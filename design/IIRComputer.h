@@ -6,21 +6,22 @@
 
 #include <vector>
 
-using Quillmere::Core::MatrixXd;
-
-/// Runs a recursive filter whose coefficients the user gives, every element of a sample alike. With u the input times
-/// the reciprocal of the gain, nx coefficients x and any number of coefficients y:
+/// Runs a recursive filter whose coefficients the user gives, every element of a sample alike. With u the
+/// input times the reciprocal of the gain, nx coefficients x and any number of coefficients y:
 ///
 ///     y(n) = x[nx-1] u(n) + (x[0] + ... + x[nx-2]) u(n-1) + (sum of all y) y(n-1)
 ///
-/// Coefficients run oldest first, feedback is added, and nothing is divided by a leading term. Kept as is: the history
-/// never reaches back further than one sample, however many coefficients there are (see `Design::runDirectForm`).
+/// Coefficients run oldest first, feedback is added, and nothing is divided by a leading term. Kept as is:
+/// the history never reaches back further than one sample, however many coefficients there are (see
+/// `Design::runDirectForm`).
 ///
-/// The first sample after a change of the gain or of coefficients, after `requestInit` and after a change of shape
-/// initialises: in first-value mode as after a long run of that sample, the outputs unscaled; otherwise with the init
-/// value. Before any coefficients are set the output is zero.
+/// The first sample after a change of the gain or of coefficients, after `requestInit` and after a change of
+/// shape initialises: in first-value mode as after a long run of that sample, the outputs unscaled; otherwise
+/// with the init value. Before any coefficients are set the output is zero.
 class IIRComputer {
 public:
+    using MatrixXd = Quillmere::Core::MatrixXd;
+
     void setGain(double gain);
     /// Takes row 0. Requires: at least one row.
     void setXCoefficients(const MatrixXd& matrix);
@@ -52,6 +53,6 @@ private:
     std::vector<double> yCoeffs{0.0, 0.0};
     bool needsInit = true;
     Design::RisingHistory xHistory{1};
-    Design::RisingHistory yHistory{
-        1}; ///< one entry more than coefficients: entry 0 is the output being formed
+    /// one entry more than coefficients: entry 0 is the output being formed
+    Design::RisingHistory yHistory{1};
 };

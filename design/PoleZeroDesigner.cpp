@@ -95,8 +95,9 @@ void PoleZeroDesigner::normalizePoles() {
     }
 }
 
-/// A band has two poles for each of the prototype's: those of s^2 - 2 halfBand s + centre^2. All with the plus sign
-/// come first. An empty band divides by zero here, and the root must not turn that into a number again.
+/// A band has two poles for each of the prototype's: those of s^2 - 2 halfBand s + centre^2. All with the
+/// plus sign come first. An empty band divides by zero here, and the root must not turn that into a number
+/// again.
 void PoleZeroDesigner::splitPole(std::size_t index, Complex halfBand, double centre) {
     const Complex ratio = Complex{centre, 0.0} / halfBand;
     const Complex one{1.0, 0.0};
@@ -126,8 +127,8 @@ void PoleZeroDesigner::mapBilinear() {
         zZeros[static_cast<std::size_t>(numZZeros)] = {-1.0, 0.0};
 }
 
-/// A pole at `z` makes the denominator vanish there, and the value not-a-number; multiplied out with other poles it leaves
-/// rounding noise instead of the 0 (a band-stop from 0 has half its poles at 1).
+/// A pole at `z` makes the denominator vanish there, and the value not-a-number; multiplied out with other
+/// poles it leaves rounding noise instead of the 0 (a band-stop from 0 has half its poles at 1).
 Complex PoleZeroDesigner::evaluateTransfer(const Polynomial& top, const Polynomial& bottom, Complex z) const {
     const auto isAtPoint = [z](Complex pole) { return pole.re == z.re && pole.im == z.im; };
     const Complex zero{};
@@ -135,16 +136,17 @@ Complex PoleZeroDesigner::evaluateTransfer(const Polynomial& top, const Polynomi
     return Design::evaluateRatio(top, numZZeros, bottom, numZPoles, z);
 }
 
-/// The reference value is taken from the multiplied-out polynomials, as they are published. Near a cluster of roots they
-/// are small differences of large terms, and a product of factors would keep digits that they have lost; but the run step
-/// sums these very coefficients, and only a value of their own lets a constant settle at 1.
+/// The reference value is taken from the multiplied-out polynomials, as they are published. Near a cluster of
+/// roots they are small differences of large terms, and a product of factors would keep digits that they have
+/// lost; but the run step sums these very coefficients, and only a value of their own lets a constant settle
+/// at 1.
 void PoleZeroDesigner::expandAndScale() {
     Polynomial top{};
     Polynomial bottom{};
     Design::expandRoots(zZeros, numZZeros, top);
     Design::expandRoots(zPoles, numZPoles, bottom);
-    // Roots come in pairs but for rounding. What is left of the imaginary parts isn't published, and where the value is
-    // small it would be as large as the value.
+    // Roots come in pairs but for rounding. What is left of the imaginary parts isn't published, and where
+    // the value is small it would be as large as the value.
     for (Polynomial* const polynomial : {&top, &bottom})
         for (Complex& coefficient : *polynomial)
             coefficient.im = 0.0;

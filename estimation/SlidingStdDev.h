@@ -6,23 +6,25 @@
 #include <cmath>
 #include <cstdint>
 
-/// The standard deviation of the last `capacity` numbers pushed, at a cost that does not depend on `capacity`.
+/// The standard deviation of the last `capacity` numbers pushed, at a cost that does not depend on
+/// `capacity`.
 ///
 ///     stdDev = sqrt(Q / n - S * S / (n * n))
 ///
-/// with n the numbers in the window, S their running sum and Q the running sum of their squares: the population form.
-/// While the window is not full, n counts the pushes, so the figure covers what was seen so far.
+/// with n the numbers in the window, S their running sum and Q the running sum of their squares: the
+/// population form. While the window is not full, n counts the pushes, so the figure covers what was seen so
+/// far.
 ///
-/// Kept as is: the running sums are never formed anew from the window, so rounding drift stays until `reset`; nothing is
-/// clamped, so a variance that rounds below zero gives not-a-number, and a not-a-number once pushed stays in the sums
-/// after it has left the window.
+/// Kept as is: the running sums are never formed anew from the window, so rounding drift stays until `reset`;
+/// nothing is clamped, so a variance that rounds below zero gives not-a-number, and a not-a-number once
+/// pushed stays in the sums after it has left the window.
 class SlidingStdDev {
 public:
     /// A window of one number.
     SlidingStdDev();
 
-    /// An empty window for the last `newCapacity` numbers. Requires: newCapacity >= 0; a window of 0 takes every push and
-    /// keeps none. Raises what `resizeSample` raises.
+    /// An empty window for the last `newCapacity` numbers. Requires: newCapacity >= 0; a window of 0 takes
+    /// every push and keeps none. Raises what `resizeSample` raises.
     void reset(std::int32_t newCapacity);
 
     void push(double x);

@@ -54,8 +54,8 @@ double usableNorm(double norm) {
     return norm > kSmallestNorm ? norm : kSmallestNorm;
 }
 
-/// `f` to one significant digit. What has no digits (0, infinities, not-a-number) stays as it is, and so does what is so
-/// small that its power of ten is no double.
+/// `f` to one significant digit. What has no digits (0, infinities, not-a-number) stays as it is, and so does
+/// what is so small that its power of ten is no double.
 double roundedToOneDigit(double f) {
     if (f == 0.0 || !std::isfinite(f)) return f;
     const int e = static_cast<int>(std::floor(std::log10(std::fabs(f))));

@@ -39,7 +39,8 @@ void WFLCEstimator::reset() {
 }
 
 void WFLCEstimator::step(double sample) {
-    // Most signals are tracked with few harmonics, and loops of a known length leave nothing but their arithmetic.
+    // Most signals are tracked with few harmonics, and loops of a known length leave nothing but their
+    // arithmetic.
     switch (order) {
     case 1:
         return stepHarmonics(sample, std::integral_constant<std::size_t, 1>());
@@ -62,8 +63,8 @@ void WFLCEstimator::stepHarmonics(double sample, Count harmonics) {
     // Order matters, from here to the end.
     phase = phase + w[0];
     for (std::size_t k = 1; k <= n; ++k)
-        ::sincos(static_cast<double>(k) * phase, &x[k],
-                 &x[n + k]); // the bits of sin and cos, for the price of one
+        // the bits of sin and cos, for the price of one
+        ::sincos(static_cast<double>(k) * phase, &x[k], &x[n + k]);
 
     double sum = 0.0;
     for (std::size_t i = 1; i <= 2 * n; ++i)

@@ -6,12 +6,12 @@
 #include <array>
 #include <cstdint>
 
-/// A weighted-frequency Fourier linear combiner: it follows the frequency and the Fourier amplitudes of a signal that
-/// nearly repeats, one number at a time.
+/// A weighted-frequency Fourier linear combiner: it follows the frequency and the Fourier amplitudes of a
+/// signal that nearly repeats, one number at a time.
 ///
-/// The model is a sum of N harmonics of an integrated phase, and the phase rate is itself an adapted weight. With v the
-/// number less `offset`, w[0] the frequency weight in radians per sample, w[k] the sine and w[N+k] the cosine weight of
-/// harmonic k, one step is
+/// The model is a sum of N harmonics of an integrated phase, and the phase rate is itself an adapted weight.
+/// With v the number less `offset`, w[0] the frequency weight in radians per sample, w[k] the sine and w[N+k]
+/// the cosine weight of harmonic k, one step is
 ///
 ///     phase    = phase + w[0]
 ///     x[k]     = sin(k * phase),  x[N+k] = cos(k * phase)              k = 1 .. N
@@ -21,16 +21,17 @@
 ///     w[0]     = w[0] + 2 * mu0 * error * sum of k * (x[N+k] * w[k] - x[k] * w[N+k])
 ///     w[i]     = w[i] + 2 * mu * error * x[i]
 ///
-/// in this order: the phase moves by the frequency weight of the step before, and the frequency weight adapts before the
-/// amplitude weights do. Nothing here knows a sample rate: a frequency f at a rate r is 2 * pi * f / r.
+/// in this order: the phase moves by the frequency weight of the step before, and the frequency weight adapts
+/// before the amplitude weights do. Nothing here knows a sample rate: a frequency f at a rate r is 2 * pi * f
+/// / r.
 ///
 /// `reset` forgets phase, bias, error and every weight; `estimate` keeps its last value until the next step.
 ///
-/// Kept as is: the frequency weight is not clamped and may turn negative or grow without bound; the phase is never reduced
-/// by whole turns; the arrays are counted from 1, as the equations are.
+/// Kept as is: the frequency weight is not clamped and may turn negative or grow without bound; the phase is
+/// never reduced by whole turns; the arrays are counted from 1, as the equations are.
 ///
-/// After Riviere, Rader and Thakor, "Adaptive canceling of physiological tremor for improved precision in microsurgery",
-/// IEEE Transactions on Biomedical Engineering 45 (1998), with a bias weight added.
+/// After Riviere, Rader and Thakor, "Adaptive canceling of physiological tremor for improved precision in
+/// microsurgery", IEEE Transactions on Biomedical Engineering 45 (1998), with a bias weight added.
 class WFLCEstimator {
 public:
     static constexpr std::int32_t kLargestOrder = 10;
@@ -39,9 +40,9 @@ public:
     WFLCEstimator(std::int32_t newOrder, double newMu, double newMu0, double newMuB, double newWf0,
                   double newW1, double newWm1, double newOffset);
 
-    /// Takes eight new parameters and starts anew: number of harmonics; adaptation gains of the amplitude weights, the
-    /// frequency weight and the bias; starting values of the frequency weight, the first sine and the first cosine
-    /// weight; the level taken off every number.
+    /// Takes eight new parameters and starts anew: number of harmonics; adaptation gains of the amplitude
+    /// weights, the frequency weight and the bias; starting values of the frequency weight, the first sine
+    /// and the first cosine weight; the level taken off every number.
     void configure(std::int32_t newOrder, double newMu, double newMu0, double newMuB, double newWf0,
                    double newW1, double newWm1, double newOffset);
 

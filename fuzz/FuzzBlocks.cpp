@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Blocks under random settings, shapes and values: bytes choose a block and what happens to it, one thing after the other.
+// Blocks under random settings, shapes and values: bytes choose a block and what happens to it, one thing
+// after the other.
 #include "framework/Quillmere.h"
 #include "fuzz/Kit.h"
 #include "host/graph/PropertyWriter.h"

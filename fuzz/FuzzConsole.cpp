@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Requests at the console of a live run, a line each. The run has not started, so an input does the same every time.
+// Requests at the console of a live run, a line each. The run has not started, so an input does the same
+// every time.
 #include "fuzz/Kit.h"
 #include "host/control/ControlConsole.h"
 

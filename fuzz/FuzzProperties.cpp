@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Texts for the settings of all blocks: a letter for the block, one for its setting, and the text. It goes both roads, that of
-// the settings' own text form and that of graph files.
+// Texts for the settings of all blocks: a letter for the block, one for its setting, and the text. It goes
+// both roads, that of the settings' own text form and that of graph files.
 #include "framework/Quillmere.h"
 #include "fuzz/Kit.h"
 #include "host/graph/PropertyWriter.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Recordings under every setting of a source: a line with the settings as `{time: t, pins: {x: x}}`, and behind it the
-// recording.
+// Recordings under every setting of a source: a line with the settings as `{time: t, pins: {x: x}}`, and
+// behind it the recording.
 #include "fuzz/Kit.h"
 #include "host/description/ValueReader.h"
 #include "host/ends/RecordingException.h"

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-/// What the fuzzers share. Nothing that an input asks for is read or written but what stands here: inputs name files at
-/// will, and a fuzzer has a user's rights.
+/// What the fuzzers share. Nothing that an input asks for is read or written but what stands here: inputs
+/// name files at will, and a fuzzer has a user's rights.
 namespace Fuzz {
 
 std::string_view textOf(const std::uint8_t* data, std::size_t size);
@@ -55,8 +55,9 @@ const Quillmere::Host::BlockCatalogue& catalogue();
 /// A new block of the catalogue's type number `index`, whatever the number.
 Quillmere::Host::BlockPtr blockOf(std::uint64_t index);
 
-/// Reads and builds the graph in `text`, with every source reading a small recording and every sink writing to a folder of
-/// the fuzzer's own, and runs it for some rounds when nothing is wrong with it. A block that raises ends the run, as it may.
+/// Reads and builds the graph in `text`, with every source reading a small recording and every sink writing
+/// to a folder of the fuzzer's own, and runs it for some rounds when nothing is wrong with it. A block that
+/// raises ends the run, as it may.
 void runGraph(const std::string& text);
 
 } // namespace Fuzz

@@ -49,8 +49,8 @@ private:
 
 } // namespace Quillmere
 
-/// Makes a shared object the plug-in of class `PluginClass`, which can be made without arguments: once, in one source,
-/// outside of all namespaces.
+/// Makes a shared object the plug-in of class `PluginClass`, which can be made without arguments: once, in
+/// one source, outside of all namespaces.
 #define QUILLMERE_PLUGIN_CLASS(PluginClass)                                                                  \
     void dllStartPlugin() {                                                                                  \
         Quillmere::PluginEntry<PluginClass>::start();                                                        \
@@ -62,8 +62,8 @@ private:
         return Quillmere::Core::kFrameworkVersion;                                                           \
     }
 
-/// Makes a shared object a plug-in with a name, a version and block classes, in the order in which they are listed: once,
-/// in one source, outside of all namespaces.
+/// Makes a shared object a plug-in with a name, a version and block classes, in the order in which they are
+/// listed: once, in one source, outside of all namespaces.
 ///
 ///     QUILLMERE_PLUGIN("OwnBlock", "1.0.0", FilterAbsolute, FilterRunningMean)
 #define QUILLMERE_PLUGIN(name, version, ...)                                                                 \

@@ -42,18 +42,17 @@
 
 namespace {
 constexpr const char* kName = "Velmarind";
-constexpr const char* kVersion = "1.3.3";
 } // namespace
 
-VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, kVersion) {
-    metaData.pluginVersion = kVersion;
+VelmarindPlugin::VelmarindPlugin() : DefaultPlugin(kName, BuildInfo::kVersion) {
+    metaData.pluginVersion = BuildInfo::kVersion;
     metaData.hostVersion = Quillmere::Core::kFrameworkVersion;
     metaData.pluginName = kName;
     metaData.description = "This is the plugin that wraps Velmarind elements.";
     metaData.platform = BuildInfo::kPlatform;
     metaData.buildDate = BuildInfo::kBuildDate;
 
-    // The order is interface: alphabetical, a lower-case letter or `_` before the capitals where names part.
+    // The order is interface: the alphabet's, capitals among the small letters, `_` before all of them.
     registerBlock<FilterAbsoluteErode>();
     registerBlock<FilterBandPass>();
     registerBlock<FilterBessel>();

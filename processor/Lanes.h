@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-// What the files in `kernels/` are written with. Everything here has internal linkage and is inlined by force, since
-// those files are compiled for more than one processor (processor/Kernels.h).
+// What the files in `kernels/` are written with. Everything here has internal linkage and is inlined by
+// force, since those files are compiled for more than one processor (processor/Kernels.h).
 
 /// The namespace of a kernel's names: one for each way in which its file is compiled.
 #ifdef VELMARIND_KERNELS_AVX2

@@ -11,17 +11,19 @@
 #include <new>
 #include <utility>
 
-// This file exceeds the usual length: a pass is only understood beside the other passes, which share one layout.
+// This file exceeds the usual length: a pass is only understood beside the other passes, which share one
+// layout.
 //
 // Every pass reads the sequence as factor x groups rows of `width` doubles and writes groups x factor rows:
 //
 //     element i of row (k, j):   in[i + width * (k + groups * j)]   ->   out[i + width * (j + factor * k)]
 //
-// j counts the factor's branches, k the groups, and i runs fast. A row is one partial spectrum in half-complex order:
-// its real sum at i = 0, then pairs (real at odd i, imaginary at the even i after it) and, for an even width, the real
-// term at half the rate at i = width - 1. A pass joins the `factor` rows of a group into one spectrum of factor * width
-// doubles; a result of negative frequency goes, conjugated, to the mirrored place in the row before its own.
-// Branch j's twiddles are cos and sin of the pair's angle, at twiddles[i - 1] and twiddles[i] of its own block of `width`.
+// j counts the factor's branches, k the groups, and i runs fast. A row is one partial spectrum in
+// half-complex order: its real sum at i = 0, then pairs (real at odd i, imaginary at the even i after it)
+// and, for an even width, the real term at half the rate at i = width - 1. A pass joins the `factor` rows of
+// a group into one spectrum of factor * width doubles; a result of negative frequency goes, conjugated, to
+// the mirrored place in the row before its own. Branch j's twiddles are cos and sin of the pair's angle, at
+// twiddles[i - 1] and twiddles[i] of its own block of `width`.
 
 namespace {
 
@@ -54,7 +56,8 @@ inline Pair turned(const double* from, const double* twiddle) {
     return Pair{twiddle[0], twiddle[0]} * pair + Pair{twiddle[1], -twiddle[1]} * swapped;
 }
 
-/// The conjugate of a - b. Like its neighbour it takes both differences and picks, which spares a change of sign.
+/// The conjugate of a - b. Like its neighbour it takes both differences and picks, which spares a change of
+/// sign.
 inline Pair conjugateDifference(Pair a, Pair b) {
     return __builtin_shufflevector(a - b, b - a, 0, 3);
 }
@@ -64,7 +67,8 @@ inline Pair turnedDifference(Pair a, Pair b) {
     return __builtin_shufflevector(a - b, b - a, 1, 2);
 }
 
-/// Divides `n` into factors and gives their number. A 2 that isn't the first moves to the front, as published.
+/// Divides `n` into factors and gives their number. A 2 that isn't the first moves to the front, as
+/// published.
 std::int32_t factorise(std::int32_t n, std::int32_t* factors) {
     std::int32_t count = 0;
     std::int32_t trial = kFirstTrials[0];
@@ -185,8 +189,8 @@ void radix4(Index width, Index groups, const double* __restrict in, double* __re
     }
 }
 
-/// The first half of a general pass on rows wider than one, in place: turns the branches, then replaces each two of
-/// them, j and factor - j, by their sum and by their difference a quarter turn on.
+/// The first half of a general pass on rows wider than one, in place: turns the branches, then replaces each
+/// two of them, j and factor - j, by their sum and by their difference a quarter turn on.
 void foldBranches(Index width, Index groups, Index factor, double* data, const double* twiddles) {
     const Index branch = width * groups;
     for (Index j = 1; 2 * j < factor; ++j) {
@@ -236,9 +240,9 @@ struct Rotor {
     }
 };
 
-/// The turns by whole harmonics of a general pass. As published, each harmonic is the one before it, turned by
-/// 2*pi/factor; but every fourth is taken afresh, since the terms of a harmonic repeat its error, and turned all the way
-/// a large factor would lose its square in roundings.
+/// The turns by whole harmonics of a general pass. As published, each harmonic is the one before it, turned
+/// by 2*pi/factor; but every fourth is taken afresh, since the terms of a harmonic repeat its error, and
+/// turned all the way a large factor would lose its square in roundings.
 class Harmonics {
 public:
     explicit Harmonics(Index ofFactor) : factor(ofFactor), turning{cosine(1), sine(1)} {}
@@ -264,8 +268,8 @@ private:
     Rotor turning;
 };
 
-/// `transformBranches` for a factor of 2 * kTerms + 1: the same sums in the same order, so few that they stay in
-/// registers.
+/// `transformBranches` for a factor of 2 * kTerms + 1: the same sums in the same order, so few that they stay
+/// in registers.
 template <Index kTerms>
 void transformFewBranches(Index branch, const double* __restrict folded, double* __restrict out) {
     constexpr Index kFactor = 2 * kTerms + 1;
@@ -298,8 +302,8 @@ void transformFewBranches(Index branch, const double* __restrict folded, double*
     }
 }
 
-/// The core of a general pass: the real transform of length `factor` across the folded branches, eight harmonics abreast.
-/// Order matters: each sum grows by rising j.
+/// The core of a general pass: the real transform of length `factor` across the folded branches, eight
+/// harmonics abreast. Order matters: each sum grows by rising j.
 void transformBranches(Index branch, Index factor, const double* __restrict folded, double* __restrict out) {
     if (factor == 3) return transformFewBranches<1>(branch, folded, out);
     if (factor == 5) return transformFewBranches<2>(branch, folded, out);
@@ -360,8 +364,8 @@ void unfoldNarrow(Index groups, Index factor, const double* __restrict in, doubl
     }
 }
 
-/// Joins rows by any other factor. Rows of one double are folded into the other array, so their result ends there; wider
-/// rows are folded in place, so theirs comes back to where the pass began.
+/// Joins rows by any other factor. Rows of one double are folded into the other array, so their result ends
+/// there; wider rows are folded in place, so theirs comes back to where the pass began.
 void radixAny(Index width, Index groups, Index factor, double* in, double* other, const double* twiddles) {
     if (width == 1) {
         foldNarrow(groups, factor, in, other);

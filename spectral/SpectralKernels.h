@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The inner loops of transform and spectrum: one harmonic a lane, so the order of operations of each harmonic stays as
-/// its formula has it, whatever the number of lanes.
+/// The inner loops of transform and spectrum: one harmonic a lane, so the order of operations of each
+/// harmonic stays as its formula has it, whatever the number of lanes.
 namespace Spectral {
 
 inline constexpr std::ptrdiff_t kHarmonicsAbreast = 8;
@@ -16,7 +16,8 @@ struct alignas(64) Turns {
     double sin[kHarmonicsAbreast];
 };
 
-/// Where the core of a general pass works: `folded` and `out` are `factor` rows of `branch` doubles, apart from each other.
+/// Where the core of a general pass works: `folded` and `out` are `factor` rows of `branch` doubles, apart
+/// from each other.
 struct GeneralPass {
     std::ptrdiff_t branch;
     std::ptrdiff_t factor;
@@ -24,10 +25,11 @@ struct GeneralPass {
     double* out;
 };
 
-/// Transforms harmonics `first` to `first + count - 1`, up to eight of them, for every element of the rows: of harmonic l
-/// the real part goes to row l, the imaginary one to row factor - l. With t the harmonic's turn and x[j] a folded row,
-/// re = x[0] + cos t x[1] + cos 2t x[2] + ..., im = sin t x[factor-1] + sin 2t x[factor-2] + ..., where the cosine and sine of
-/// term j come from those of term j - 1 by a turn. Turns beyond `count` are any numbers. Requires: factor at least 3.
+/// Transforms harmonics `first` to `first + count - 1`, up to eight of them, for every element of the rows:
+/// of harmonic l the real part goes to row l, the imaginary one to row factor - l. With t the harmonic's turn
+/// and x[j] a folded row, re = x[0] + cos t x[1] + cos 2t x[2] + ..., im = sin t x[factor-1] + sin 2t
+/// x[factor-2] + ..., where the cosine and sine of term j come from those of term j - 1 by a turn. Turns
+/// beyond `count` are any numbers. Requires: factor at least 3.
 using TransformHarmonics = void (*)(const GeneralPass& pass, const Turns& turns, std::ptrdiff_t first,
                                     std::ptrdiff_t count);
 

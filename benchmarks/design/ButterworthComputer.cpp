@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A step of the computer beside the best loop we know over the same sections in plain code, its state packed as the
-// machine likes it. The goals are those of a processor with AVX2; VELMARIND_KERNELS=plain shows the plain kernels.
+// A step of the computer beside the best loop we know over the same sections in plain code, its state packed
+// as the machine likes it. The goals are those of a processor with AVX2; VELMARIND_KERNELS=plain shows the
+// plain kernels.
 #include "benchmarks/support/Pair.h"
 #include "design/ButterworthComputer.h"
 #include "design/ButterworthSections.h"
@@ -8,6 +9,8 @@
 #include <algorithm>
 #include <string>
 #include <vector>
+
+using Quillmere::Core::MatrixXd;
 
 using namespace Design;
 
@@ -27,8 +30,8 @@ MatrixXd wave(Eigen::Index elements) {
     return values;
 }
 
-/// The cascade at rest, packed: a block of neighbouring elements, then a section, then its two delayed values, a register
-/// or more wide each. Everything that can be is known to the compiler.
+/// The cascade at rest, packed: a block of neighbouring elements, then a section, then its two delayed
+/// values, a register or more wide each. Everything that can be is known to the compiler.
 template <int lanes, int order>
 class PackedCascade {
 public:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The filter whose cut-off may move: its step beside the same recursion over packed states, and its step with a cut-off
-// that moves at every sample, all of them met before, beside its own steady step.
+// The filter whose cut-off may move: its step beside the same recursion over packed states, and its step with
+// a cut-off that moves at every sample, all of them met before, beside its own steady step.
 #include "benchmarks/support/Pair.h"
 #include "design/ButterworthComputer_v2.h"
 #include "design/ButterworthSections.h"
@@ -10,6 +10,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+using Quillmere::Core::MatrixXd;
 
 using namespace Design;
 

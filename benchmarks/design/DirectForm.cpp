@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The run step of the recursive filters with one history entry in use: the designer, the computer and a whole block
-// beside two bare loops. "sums" adds the same terms in the same order; "one line" has the coefficients summed up
-// beforehand, which rounds differently and is what the filter amounts to.
+// The run step of the recursive filters with one history entry in use: the designer, the computer and a whole
+// block beside two bare loops. "sums" adds the same terms in the same order; "one line" has the coefficients
+// summed up beforehand, which rounds differently and is what the filter amounts to.
 #include "benchmarks/support/Pair.h"
 #include "blocks/FilterButterworthV2.h"
 #include "design/ButterworthDesigner.h"
@@ -26,7 +26,8 @@ MatrixXd wave(Eigen::Index elements) {
     return values;
 }
 
-/// A bilinear low-pass: as many feed-forward coefficients as feedback ones, and a steady state that is no denormal.
+/// A bilinear low-pass: as many feed-forward coefficients as feedback ones, and a steady state that is no
+/// denormal.
 template <int order>
 ButterworthDesigner lowPass() {
     return ButterworthDesigner(Design::kLowPass, order, false, kCutOff, 0.0);

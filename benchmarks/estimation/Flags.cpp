@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the stillness flag costs with a long window beside a short one, and the saturation flags beside the same comparisons
-// on plain arrays.
+// What the stillness flag costs with a long window beside a short one, and the saturation flags beside the
+// same comparisons on plain arrays.
 #include "benchmarks/estimation/Links.h"
 #include "benchmarks/support/Pair.h"
 #include "blocks/FilterFlagStatic.h"

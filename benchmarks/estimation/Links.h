@@ -12,7 +12,8 @@ namespace Bench {
 
 using Quillmere::Core::Sample;
 
-/// Output pins with a reader each, as a block's own are in a graph: a send leaves the sample's address with the reader.
+/// Output pins with a reader each, as a block's own are in a graph: a send leaves the sample's address with
+/// the reader.
 class Outputs {
 public:
     explicit Outputs(std::size_t count) {

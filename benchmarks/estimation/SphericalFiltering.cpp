@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the filter of vectors costs beside the same rules on arrays whose sizes the compiler knows, designs in a map of their
-// own: the engine, and the whole block with its three inputs and nine outputs.
+// What the filter of vectors costs beside the same rules on arrays whose sizes the compiler knows, designs in
+// a map of their own: the engine, and the whole block with its three inputs and nine outputs.
 #include "benchmarks/estimation/Links.h"
 #include "benchmarks/support/Pair.h"
 #include "blocks/FilterSphericalFiltering.h"

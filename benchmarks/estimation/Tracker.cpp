@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the frequency tracker costs beside the same arithmetic on plain arrays, its order known to the compiler; and its
-// block beside that and the five samples that go out.
+// What the frequency tracker costs beside the same arithmetic on plain arrays, its order known to the
+// compiler; and its block beside that and the five samples that go out.
 #include "benchmarks/estimation/Links.h"
 #include "benchmarks/support/Pair.h"
 #include "blocks/FilterWFLC.h"

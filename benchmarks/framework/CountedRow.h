@@ -5,7 +5,8 @@
 
 #include <cstdint>
 
-/// Everything here is built twice: as it is, and as `QuillmereUncounted`, over a framework that counts nothing.
+/// Everything here is built twice: as it is, and as `QuillmereUncounted`, over a framework that counts
+/// nothing.
 namespace Quillmere::Bench {
 
 /// Ten blocks of a kind in a row in one layout, fed with a 1-by-3 sample a pass.

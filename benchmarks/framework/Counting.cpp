@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// What it costs to count: the same rows of blocks, stepped by the same loop, over the framework as it is and over one
-// that is built from the same sources with tallies that do nothing (benchmarks/framework/uncounted). A step is counted by
-// its loop, and a sample where it is sent and where it is taken: three additions, which even in a row of gains, whose steps
-// are sixty instructions each, are all that is left to save; so that row is told without a goal.
+// What it costs to count: the same rows of blocks, stepped by the same loop, over the framework as it is and
+// over one that is built from the same sources with tallies that do nothing (benchmarks/framework/uncounted).
+// A step is counted by its loop, and a sample where it is sent and where it is taken: three additions, which
+// even in a row of gains, whose steps are sixty instructions each, are all that is left to save; so that row
+// is told without a goal.
 #include "benchmarks/framework/CountedRow.h"
 #include "benchmarks/support/Pair.h"
 

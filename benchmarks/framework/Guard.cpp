@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What a guard costs: one taken by the step's own thread, as for each setting that a step reads, and one taken from
-// outside while no step runs, as for a setting that somebody writes; beside locking and unlocking a mutex that nobody
-// else wants. A second thread is alive all the time, since a C library may spare a lonely one the locked instruction.
+// What a guard costs: one taken by the step's own thread, as for each setting that a step reads, and one
+// taken from outside while no step runs, as for a setting that somebody writes; beside locking and unlocking
+// a mutex that nobody else wants. A second thread is alive all the time, since a C library may spare a lonely
+// one the locked instruction.
 #include "benchmarks/support/Pair.h"
 #include "framework/core/Synchronizer.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What it costs to hand a 1-by-3 sample from one thread to another that sleeps, and one back: through a locked link alone,
-// and through two layouts with a block in each; beside a mutex and an event that hand over the same bytes. One thread a
-// core, and both sides of each pair do the same in the same order.
+// What it costs to hand a 1-by-3 sample from one thread to another that sleeps, and one back: through a
+// locked link alone, and through two layouts with a block in each; beside a mutex and an event that hand over
+// the same bytes. One thread a core, and both sides of each pair do the same in the same order.
 #include "benchmarks/support/Pair.h"
 #include "framework/Quillmere.h"
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What a block's step costs beside its arithmetic: ten gain blocks in one layout, linked in a row by plain links, each
-// polling, passing the gate for one setting, taking, multiplying and sending; beside ten virtual calls that multiply the
-// same doubles. A block's share in instructions: benchmarks/framework/count_instructions.
+// What a block's step costs beside its arithmetic: ten gain blocks in one layout, linked in a row by plain
+// links, each polling, passing the gate for one setting, taking, multiplying and sending; beside ten virtual
+// calls that multiply the same doubles. A block's share in instructions:
+// benchmarks/framework/count_instructions.
 #include "benchmarks/support/Pair.h"
 #include "blocks/FilterGain.h"
 

@@ -3,7 +3,8 @@
 
 #include "blocks/Block.h"
 
-/// Takes the absolute value of every element of a sample: any shape, the unit of the input, nothing remembered.
+/// Takes the absolute value of every element of a sample: any shape, the unit of the input, nothing
+/// remembered.
 class FilterAbsolute final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterAbsolute";

@@ -7,8 +7,8 @@
 ///
 ///     y(n) = y(n-1) + (x(n) - y(n-1)) / Window,  element by element
 ///
-/// The first sample is its own mean. "Reset", a first value other than 0.0 on "reset", another shape and another window
-/// start anew.
+/// The first sample is its own mean. "Reset", a first value other than 0.0 on "reset", another shape and
+/// another window start anew.
 class FilterRunningMean final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterRunningMean";

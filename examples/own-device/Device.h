@@ -15,8 +15,8 @@ struct Reading {
     std::array<double, 3> acceleration;
 };
 
-/// Stands for a driver: a thread of its own that puts a reading into a queue four hundred times a second. Put what your
-/// device's library does in the place of `drive`.
+/// Stands for a driver: a thread of its own that puts a reading into a queue four hundred times a second. Put
+/// what your device's library does in the place of `drive`.
 class Device {
 public:
     Device();

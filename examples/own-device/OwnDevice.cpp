@@ -6,8 +6,8 @@
 
 namespace {
 
-/// Makes samples of a device: 1-by-3 accelerations, with the device's own time stamps, one a step. Where the device has
-/// none, the step waits, but no longer than somebody who turns a setting may wait for the step.
+/// Makes samples of a device: 1-by-3 accelerations, with the device's own time stamps, one a step. Where the
+/// device has none, the step waits, but no longer than somebody who turns a setting may wait for the step.
 class OwnDevice final : public Filter {
 public:
     static constexpr const char* kTypeName = "OwnDevice";

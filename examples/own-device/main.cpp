@@ -8,8 +8,8 @@
 #include <iostream>
 #include <vector>
 
-/// own-device PLUGIN: smooths what a device gives for half a second, with a block of the plug-in, and has the results in
-/// memory.
+/// own-device PLUGIN: smooths what a device gives for half a second, with a block of the plug-in, and has the
+/// results in memory.
 int main(int argc, char** argv) {
     using namespace Quillmere;
     using Core::MatrixXd;

@@ -73,8 +73,8 @@ void AbstractInputPin::withBothEndsHeld(Action action) {
         Synchronizer* sendersGate = nullptr;
         const AbstractOutputPin* sender = nullptr;
         {
-            const Synchronizer::SubjectLocker<Pin> guard(
-                *this); // a link doesn't change under the gate of one end
+            // a link doesn't change under the gate of one end
+            const Synchronizer::SubjectLocker<Pin> guard(*this);
             ownGate = getSynchronizer();
             sender = getConnectedOutput();
             sendersGate = gateOf(sender);

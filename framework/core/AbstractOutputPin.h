@@ -28,23 +28,24 @@ public:
     ~AbstractOutputPin() override;
 
     /// Links `input` to this pin. Raises `Poco::DataFormatException` if the two carry different data,
-    /// `Poco::ExistsException` if `input` has a link, and `std::bad_alloc`; then both are as before. With `silent` the host
-    /// isn't told. [any, guarded]
+    /// `Poco::ExistsException` if `input` has a link, and `std::bad_alloc`; then both are as before. With
+    /// `silent` the host isn't told. [any, guarded]
     virtual void attach(AbstractInputPin& input, bool silent) = 0;
-    /// Takes the link down; nothing happens if there is none, or if it isn't synchronous and `synchronousOnly` is
-    /// set. Needs no memory. [any, guarded]
+    /// Takes the link down; nothing happens if there is none, or if it isn't synchronous and
+    /// `synchronousOnly` is set. Needs no memory. [any, guarded]
     virtual void detach(AbstractInputPin& input, bool synchronousOnly) = 0;
     /// A copy, taken without a guard. [any]
     virtual std::set<AbstractInputPin*> getAttachedInputs() const = 0;
     /// The attached inputs whose blocks are in a layout. [any, guarded]
     virtual std::vector<ConnectionName> getConnections() const = 0;
-    /// Lets every attached input choose its buffer strategy anew, after a block has changed its layout; samples in
-    /// flight are lost. A link whose new strategy can't be made is taken down, since the old one doesn't fit any more; the
-    /// first such reason is raised behind the last link. Requires: this pin's gate is held, or its block doesn't run. [any, guarded]
+    /// Lets every attached input choose its buffer strategy anew, after a block has changed its layout;
+    /// samples in flight are lost. A link whose new strategy can't be made is taken down, since the old one
+    /// doesn't fit any more; the first such reason is raised behind the last link. Requires: this pin's gate
+    /// is held, or its block doesn't run. [any, guarded]
     virtual void refreshInputs() = 0;
 
-    /// What is attached, in the order of the addresses. Requires: this pin's gate is held, or nobody changes its links.
-    /// [any, guarded]
+    /// What is attached, in the order of the addresses. Requires: this pin's gate is held, or nobody changes
+    /// its links. [any, guarded]
     const std::vector<AbstractInputPin*>& getInputs() const { return inputs; }
     /// Samples sent so far, whoever was attached. [any, guarded]
     std::uint64_t getSentCount() const;
@@ -53,8 +54,8 @@ public:
 
 protected:
     GatedTally sent;
-    /// An ordered set, by address; a vector, since every sample walks it and it seldom changes. Not owned; changed with
-    /// the gates of both ends held.
+    /// An ordered set, by address; a vector, since every sample walks it and it seldom changes. Not owned;
+    /// changed with the gates of both ends held.
     std::vector<AbstractInputPin*> inputs;
 
     /// Asks the host about a new link: `isSynchronous` comes in true and goes out as the host decides.

@@ -49,13 +49,14 @@ public:
     /// Flags, read without a guard. [any]
     virtual bool getIsWritable() const = 0;
     virtual bool getIsReadable() const = 0;
-    /// Writes the value's text form to `out`. Raises `Poco::DataFormatException` if it has none. [any, guarded]
+    /// Writes the value's text form to `out`. Raises `Poco::DataFormatException` if it has none. [any,
+    /// guarded]
     virtual void getValueAsString(std::string& out) const = 0;
-    /// Writes the value that `text` gives. Raises `Poco::DataFormatException` for a text that gives none, and what a
-    /// write of a value raises. [any, guarded]
+    /// Writes the value that `text` gives. Raises `Poco::DataFormatException` for a text that gives none, and
+    /// what a write of a value raises. [any, guarded]
     virtual void setValueFromString(const std::string& text) = 0;
-    /// Writes the value behind the `const T*` that `value` holds. Raises `Poco::BadCastException` if it holds anything
-    /// else, and what a write of a value raises. [any, guarded]
+    /// Writes the value behind the `const T*` that `value` holds. Raises `Poco::BadCastException` if it holds
+    /// anything else, and what a write of a value raises. [any, guarded]
     virtual void setValueFromAny(const Poco::Any& value) = 0;
     /// A `const T*` to the live value: later changes show, and it must not outlive the setting. [any]
     virtual Poco::Any getValueAsAny() const = 0;
@@ -63,8 +64,8 @@ public:
     /// The gate of the block that owns the bag, may be null. [any]
     Synchronizer* getSynchronizer() const { return bag != nullptr ? bag->getSynchronizer() : nullptr; }
 
-    /// Binds what is called after a real change, or when a command fires; replaces what was bound. `object` is not
-    /// owned and must outlive the setting. [any, guarded]
+    /// Binds what is called after a real change, or when a command fires; replaces what was bound. `object`
+    /// is not owned and must outlive the setting. [any, guarded]
     template <class Object, class MemberFunction>
     void setChangeHandler(Object* object, MemberFunction memberFunction) {
         using Handler = Util::System::MemFunHandler<Util::System::Functor<void, Util::System::NullType>,
@@ -92,8 +93,8 @@ private:
     std::vector<PropertyObserver*> observers; ///< changed under the guard
 };
 
-/// Stands around the store of a new value: tells of the change when it ends, unless the store failed. What a handler
-/// raises leaves its destructor and goes to the writer.
+/// Stands around the store of a new value: tells of the change when it ends, unless the store failed. What a
+/// handler raises leaves its destructor and goes to the writer.
 class QUILLMERE_API AbstractProperty::ScopedChangeValueNotifier {
 public:
     ScopedChangeValueNotifier(const AbstractProperty* changedProperty, bool notify);

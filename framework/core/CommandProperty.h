@@ -11,8 +11,8 @@ public:
     CommandProperty(const std::string& name, PropertyBag* propertyBag);
     ~CommandProperty() override;
 
-    /// Calls the change handler in this thread, inside a guard; does nothing if none is bound. What the handler raises
-    /// goes to the caller. [any, guarded]
+    /// Calls the change handler in this thread, inside a guard; does nothing if none is bound. What the
+    /// handler raises goes to the caller. [any, guarded]
     void fire();
 
     void accept(Util::System::AbstractVisitor& visitor) const override;

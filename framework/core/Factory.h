@@ -23,8 +23,8 @@ public:
     virtual void destroy(Product* product) = 0;
     /// The product's type name, a static text. [any]
     virtual const char* getTypeName() const = 0;
-    /// A new product, owned by the caller, who gives it back through `destroy`; null if there is no memory. The
-    /// factory keeps no record of names. [setup]
+    /// A new product, owned by the caller, who gives it back through `destroy`; null if there is no memory.
+    /// The factory keeps no record of names. [setup]
     virtual Product* create(const std::string& instanceName) = 0;
 
     const std::string& getPluginName() const { return name; }

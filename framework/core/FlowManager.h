@@ -14,12 +14,12 @@ class AbstractOutputPin;
 class QUILLMERE_API LinkListener {
 public:
     virtual ~LinkListener() = default;
-    /// Before `input` learns of the link. `isSynchronous` comes in true; clear it for a link that changes threads (it
-    /// counts for two blocks that are in no layout). What this raises goes to who attached, and no link is made.
-    /// Called with the gates of both ends held. [any, guarded]
+    /// Before `input` learns of the link. `isSynchronous` comes in true; clear it for a link that changes
+    /// threads (it counts for two blocks that are in no layout). What this raises goes to who attached, and
+    /// no link is made. Called with the gates of both ends held. [any, guarded]
     virtual void linkAttached(AbstractOutputPin& output, AbstractInputPin& input, bool& isSynchronous) = 0;
-    /// A synchronous link is about to be taken down, or couldn't be made after all since memory failed. Must not raise:
-    /// pins take their links down in their destructors, too. [any, guarded]
+    /// A synchronous link is about to be taken down, or couldn't be made after all since memory failed. Must
+    /// not raise: pins take their links down in their destructors, too. [any, guarded]
     virtual void linkDetached(AbstractOutputPin& output, AbstractInputPin& input) = 0;
 };
 

@@ -29,9 +29,10 @@ bool getIsBehind(const Synchronizer* gate, const Synchronizer* last) {
     return std::less<>()(last, gate);
 }
 
-/// Runs `action` with all gates around a block held, taken from the one behind `last` on in the order of their addresses, as
-/// every guard takes them. Each has its guard in a call of its own, so that it needs no memory: destructors come here.
-/// False, with nothing done, when block or links have changed meanwhile: then the gates weren't the right ones.
+/// Runs `action` with all gates around a block held, taken from the one behind `last` on in the order of
+/// their addresses, as every guard takes them. Each has its guard in a call of its own, so that it needs no
+/// memory: destructors come here. False, with nothing done, when block or links have changed meanwhile: then
+/// the gates weren't the right ones.
 template <class Action>
 bool withGatesBehind(Synchronizer* last, Filter& filter, Synchronizer* also, const Action& action) {
     Synchronizer* next = nullptr;

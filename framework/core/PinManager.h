@@ -13,8 +13,8 @@ class AbstractOutputPin;
 class LayoutManager;
 class Synchronizer;
 
-/// Knows a block's pins by name, and the layout that holds the block. Pins enter and leave by themselves; they are
-/// members of the block, not owned here.
+/// Knows a block's pins by name, and the layout that holds the block. Pins enter and leave by themselves;
+/// they are members of the block, not owned here.
 class QUILLMERE_API PinManager : public NamedObject {
 public:
     explicit PinManager(const std::string& name);
@@ -46,8 +46,8 @@ private:
     std::vector<AbstractOutputPin*> outputs;
     // Published with release and read with acquire: who finds a layout here finds a whole one.
     std::atomic<LayoutManager*> manager{nullptr};
-    std::atomic<Synchronizer*> synchronizer{
-        nullptr}; ///< that of `manager`, kept so that a guard finds it in one load
+    /// that of `manager`, kept so that a guard finds it in one load
+    std::atomic<Synchronizer*> synchronizer{nullptr};
 };
 
 } // namespace Quillmere::Core

@@ -12,7 +12,8 @@ namespace Quillmere::Core {
 /// Used from one thread at a time. [setup]
 class QUILLMERE_API PluginManager {
 public:
-    /// Registers `plugin`, then calls its `install`. Raises `Poco::ExistsException` for one that is registered.
+    /// Registers `plugin`, then calls its `install`. Raises `Poco::ExistsException` for one that is
+    /// registered.
     void installPlugin(Plugin& plugin);
     /// The reverse; a plug-in that isn't registered is passed over. Afterwards the caller may delete it.
     void uninstallPlugin(Plugin& plugin);

@@ -10,7 +10,8 @@ namespace Quillmere::Core {
 
 class AbstractProperty;
 
-/// A block's settings by name. Settings enter and leave by themselves; they are members of the block, not owned here.
+/// A block's settings by name. Settings enter and leave by themselves; they are members of the block, not
+/// owned here.
 class QUILLMERE_API PropertyBag {
 public:
     /// `blockOfBag` names the block in messages and gives the gate; not owned, may be null.

@@ -44,7 +44,8 @@ void Synchronizer::strike(const Sleeper& sleeper) {
 
 void Synchronizer::signal(Poco::Event& event) {
     if (sleepsBetweenPasses.load(std::memory_order_relaxed)) giveSignal();
-    // A sleeper on this event has registered under the mutex that the caller holds, so a zero here is no race.
+    // A sleeper on this event has registered under the mutex that the caller holds, so a zero here is no
+    // race.
     if (sleeperCount.load(std::memory_order_relaxed) == 0) return;
     const std::lock_guard lock(state);
     for (const Sleeper* sleeper = sleepers; sleeper != nullptr; sleeper = sleeper->next)
@@ -82,7 +83,8 @@ void Synchronizer::giveReason(Reason reason) {
 
 void Synchronizer::announceGuard() {
     const std::lock_guard lock(state);
-    // In this order: a step that sees that the gate is wanted can't take it back before it has opened it to the guard.
+    // In this order: a step that sees that the gate is wanted can't take it back before it has opened it to
+    // the guard.
     bits |= kQueued;
     ++guards;
     for (const Sleeper* sleeper = sleepers; sleeper != nullptr; sleeper = sleeper->next)

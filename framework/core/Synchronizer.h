@@ -21,15 +21,15 @@ extern QUILLMERE_API constinit thread_local char threadMark __attribute__((tls_m
 
 /// The gate between a layout's run thread and all other threads.
 ///
-/// Two kinds of holders take turns. The run loop holds the gate over one pass of its layout (`StepLocker`) and gives
-/// way between two blocks. Everybody else who touches a block's settings or links holds it as a guard
-/// (`DisablerLocker`): guards that are announced go before a step that comes, and guards that come after a waiting
-/// step let it do one block first, so neither side starves.
+/// Two kinds of holders take turns. The run loop holds the gate over one pass of its layout (`StepLocker`)
+/// and gives way between two blocks. Everybody else who touches a block's settings or links holds it as a
+/// guard (`DisablerLocker`): guards that are announced go before a step that comes, and guards that come
+/// after a waiting step let it do one block first, so neither side starves.
 ///
-/// A thread that holds the gate passes it again at the cost of a compare and at most a count, whichever way it took it;
-/// a step that is alone takes and opens the gate by one exchange each.
-/// Requires: a thread that has a gate, by a step or a guard, takes no other behind it, since somebody who has that one might
-/// want this one; several are taken by one guard, or in the order of their addresses.
+/// A thread that holds the gate passes it again at the cost of a compare and at most a count, whichever way
+/// it took it; a step that is alone takes and opens the gate by one exchange each. Requires: a thread that
+/// has a gate, by a step or a guard, takes no other behind it, since somebody who has that one might want
+/// this one; several are taken by one guard, or in the order of their addresses.
 class QUILLMERE_API Synchronizer {
 public:
     class DisablerLocker;
@@ -43,18 +43,19 @@ public:
     Synchronizer(const Synchronizer&) = delete;
     Synchronizer& operator=(const Synchronizer&) = delete;
 
-    /// Sleeps until `event` is signalled; `mutex` is released meanwhile. Returns at once when a guard holds or wants
-    /// the gate or the gate is shut down, and is woken by either. Always returns with `mutex` locked, and may return
-    /// with nothing new: the caller tests again. A step that sleeps keeps the gate: who wants it wakes the step, and
-    /// gets the gate when the step has ended.
-    /// Requires: `mutex` is locked by this thread. [run]
+    /// Sleeps until `event` is signalled; `mutex` is released meanwhile. Returns at once when a guard holds
+    /// or wants the gate or the gate is shut down, and is woken by either. Always returns with `mutex`
+    /// locked, and may return with nothing new: the caller tests again. A step that sleeps keeps the gate:
+    /// who wants it wakes the step, and gets the gate when the step has ended. Requires: `mutex` is locked by
+    /// this thread. [run]
     void wait(Poco::FastMutex& mutex, Poco::Event& event);
 
     /// Wakes who sleeps on `event`; nothing is kept for those who come later.
     /// Requires: the mutex that goes with `event` is locked by this thread. [any]
     void signal(Poco::Event& event);
 
-    /// Wakes all sleepers, for good: from now on `wait` and `sleep` return at once. Steps and guards work as before. [any]
+    /// Wakes all sleepers, for good: from now on `wait` and `sleep` return at once. Steps and guards work as
+    /// before. [any]
     void shutDown();
 
     /// [any]
@@ -73,17 +74,17 @@ public:
     };
     using Clock = std::chrono::steady_clock;
 
-    /// With true, no reader sleeps in `wait` any more, which returns at once: the loop sleeps itself, in `sleep`, when a
-    /// pass found nothing to do. This is for a layout that several things may wake: asleep in one block's input, it
-    /// would miss the others. Requires: nobody sleeps in `wait`. [setup]
+    /// With true, no reader sleeps in `wait` any more, which returns at once: the loop sleeps itself, in
+    /// `sleep`, when a pass found nothing to do. This is for a layout that several things may wake: asleep in
+    /// one block's input, it would miss the others. Requires: nobody sleeps in `wait`. [setup]
     void setSleepsBetweenPasses(bool flag) { sleepsBetweenPasses.store(flag, std::memory_order_relaxed); }
 
-    /// Wakes the loop that sleeps between passes, or keeps it from falling asleep: its next look finds what the caller did
-    /// before, whether under a lock or not. [any]
+    /// Wakes the loop that sleeps between passes, or keeps it from falling asleep: its next look finds what
+    /// the caller did before, whether under a lock or not. [any]
     void stir() { giveReason(kStir); }
 
-    /// What has come since the last call, as `Reason`s. The loop asks before each look at its blocks: what comes behind
-    /// that look is kept for `sleep`. [run]
+    /// What has come since the last call, as `Reason`s. The loop asks before each look at its blocks: what
+    /// comes behind that look is kept for `sleep`. [run]
     unsigned takeReasons() {
         if (reasons.load(std::memory_order_relaxed) == 0) return 0;
         return reasons.exchange(0);
@@ -92,12 +93,14 @@ public:
     /// Whether something has come that the loop has not asked for yet, and that keeps it from sleeping. [any]
     bool getHasReasons() const { return reasons.load() != 0; }
 
-    /// Sleeps until there is a reason, until `due`, or until the gate is shut down; returns at once if there is a reason
-    /// already. Guards don't wake the sleeper, since it doesn't hold the gate. Requires: not inside a step. [run]
+    /// Sleeps until there is a reason, until `due`, or until the gate is shut down; returns at once if there
+    /// is a reason already. Guards don't wake the sleeper, since it doesn't hold the gate. Requires: not
+    /// inside a step. [run]
     void sleep(Clock::time_point due);
 
-    /// Whether the loop is in `sleep` without a reason to wake; `getSleeps` counts how often it fell asleep. Two looks at
-    /// several gates that all find the same sleep prove that all slept at one time in between. [any]
+    /// Whether the loop is in `sleep` without a reason to wake; `getSleeps` counts how often it fell asleep.
+    /// Two looks at several gates that all find the same sleep prove that all slept at one time in between.
+    /// [any]
     bool getIsAsleep() const { return isAsleep.load() && reasons.load() == 0; }
     std::uint64_t getSleeps() const { return sleeps.load(); }
 
@@ -113,8 +116,9 @@ private:
         if (--depth == 0) open();
     }
     void giveSignal() {
-        // A reason that is there already was put there behind the loop's last look, or the look is still to come: the
-        // caller and the look hold the link's mutex one after the other. This spares a busy link a locked instruction.
+        // A reason that is there already was put there behind the loop's last look, or the look is still to
+        // come: the caller and the look hold the link's mutex one after the other. This spares a busy link a
+        // locked instruction.
         if ((reasons.load(std::memory_order_relaxed) & kSignal) == 0) giveReason(kSignal);
     }
     void giveReason(Reason reason);
@@ -127,7 +131,8 @@ private:
     void openToOthers();
     void giveWay();
 
-    /// Stands in the call of `wait` and in the list of all that sleep there; a list through them needs no memory.
+    /// Stands in the call of `wait` and in the list of all that sleep there; a list through them needs no
+    /// memory.
     struct Sleeper {
         Poco::Event& event;
         Sleeper* before = nullptr;
@@ -136,8 +141,9 @@ private:
     void enlist(Sleeper& sleeper);
     void strike(const Sleeper& sleeper);
 
-    // What `bits` holds. While `kQueued` is set, they change under `state` only; so a step that is alone takes and
-    // opens the gate by one exchange each, and whoever queues sees either before it happened or after.
+    // What `bits` holds. While `kQueued` is set, they change under `state` only; so a step that is alone
+    // takes and opens the gate by one exchange each, and whoever queues sees either before it happened or
+    // after.
     static constexpr unsigned kFree = 0;
     static constexpr unsigned kHeld = 1;
     static constexpr unsigned kQueued = 2; ///< guards hold or want the gate, or steps wait for it
@@ -164,8 +170,9 @@ private:
     Sleeper* sleepers = nullptr;   ///< the one that came last
 };
 
-/// Holds one gate or two as a guard for its lifetime: no step of their layouts is under way, and a reader that slept
-/// in `wait` has been woken and has ended its step. Null gates are passed over. Guards of one thread nest. [any]
+/// Holds one gate or two as a guard for its lifetime: no step of their layouts is under way, and a reader
+/// that slept in `wait` has been woken and has ended its step. Null gates are passed over. Guards of one
+/// thread nest. [any]
 class QUILLMERE_API Synchronizer::DisablerLocker {
 public:
     /// Announces itself on both gates, then takes them in the order of their addresses.
@@ -206,15 +213,15 @@ private:
     Synchronizer& gate;
 };
 
-/// A `DisablerLocker` over the gate of a subject (a setting, a pin) that another thread may move to another layout
-/// meanwhile: the gate that is held in the end is the one that the subject has. [any]
+/// A `DisablerLocker` over the gate of a subject (a setting, a pin) that another thread may move to another
+/// layout meanwhile: the gate that is held in the end is the one that the subject has. [any]
 template <class Subject>
 class Synchronizer::SubjectLocker {
 public:
     explicit SubjectLocker(Subject& subject) : gate(subject.getSynchronizer()) {
         if (gate == nullptr) return;
-        // A thread that has the gate keeps it for longer than this lasts, and the subject can't move away, since
-        // moving it takes the gate: there is nothing to count, to hold or to give back.
+        // A thread that has the gate keeps it for longer than this lasts, and the subject can't move away,
+        // since moving it takes the gate: there is nothing to count, to hold or to give back.
         if (gate->getIsOwn())
             gate = nullptr;
         else

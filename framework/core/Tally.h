@@ -6,8 +6,8 @@
 
 namespace Quillmere::Core {
 
-/// A count that one thread at a time raises and everybody reads: a plain addition, no locked one. Who raises it may change
-/// under a guard.
+/// A count that one thread at a time raises and everybody reads: a plain addition, no locked one. Who raises
+/// it may change under a guard.
 class Tally {
 public:
     void add(std::uint64_t amount) {
@@ -20,8 +20,8 @@ private:
     std::atomic<std::uint64_t> count{0};
 };
 
-/// A count whose lock is the gate: raised in a block's steps, read under a guard. What a sample's road counts is of this kind,
-/// since it costs one addition in memory.
+/// A count whose lock is the gate: raised in a block's steps, read under a guard. What a sample's road counts
+/// is of this kind, since it costs one addition in memory.
 class GatedTally {
 public:
     void add(std::uint64_t amount) { count += amount; }

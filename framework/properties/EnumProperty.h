@@ -22,8 +22,8 @@ public:
         if (!acceptTyped(*this, visitor)) DefaultPropertyCatchAll::onUnknownVisitor(*this, visitor);
     }
 
-    /// Raises `Poco::RangeException` for an index without a label, any index being good while there are no labels;
-    /// then as `ValueProperty`. The order differs from `RangeProperty` on purpose.
+    /// Raises `Poco::RangeException` for an index without a label, any index being good while there are no
+    /// labels; then as `ValueProperty`. The order differs from `RangeProperty` on purpose.
     void checkNewValue(const unsigned& newValue) override {
         checkIndex(newValue);
         ValueProperty<unsigned>::checkNewValue(newValue);

@@ -10,8 +10,8 @@
 
 namespace Quillmere::Core {
 
-/// A number that must lie between two limits, both inclusive. The step is for those who show the setting; nothing
-/// enforces it.
+/// A number that must lie between two limits, both inclusive. The step is for those who show the setting;
+/// nothing enforces it.
 template <class T>
 class QUILLMERE_API RangeProperty : public ValueProperty<T> {
 public:
@@ -21,7 +21,8 @@ public:
         if (!this->acceptTyped(*this, visitor)) DefaultPropertyCatchAll::onUnknownVisitor(*this, visitor);
     }
 
-    /// As `ValueProperty`, then raises `Poco::RangeException` for a value outside the limits, a not-a-number included.
+    /// As `ValueProperty`, then raises `Poco::RangeException` for a value outside the limits, a not-a-number
+    /// included.
     void checkNewValue(const T& newValue) override {
         ValueProperty<T>::checkNewValue(newValue);
         if (isWithinLimits(newValue)) return;
@@ -41,8 +42,8 @@ public:
         if (!isWithinLimits(this->value)) this->setValue(minValue);
     }
 
-    // Open to visitors, and to a block that changes one limit inside a guard. Kept as is: the lowest int is minus the
-    // highest, not the type's lowest.
+    // Open to visitors, and to a block that changes one limit inside a guard. Kept as is: the lowest int is
+    // minus the highest, not the type's lowest.
     T minValue = -std::numeric_limits<T>::max();
     T maxValue = std::numeric_limits<T>::max();
     T stepValue = T{};

@@ -10,7 +10,8 @@
 
 #include <Poco/Exception.h>
 
-/// The text forms of values: what a stream with default settings prints and reads, whatever the program's locale.
+/// The text forms of values: what a stream with default settings prints and reads, whatever the program's
+/// locale.
 namespace Quillmere::Core::Private {
 
 template <class T>
@@ -24,8 +25,8 @@ template <class T>
 void parseValue(std::istream& in, T& value) {
     in >> value;
 }
-/// Reads what is printed. Two sizes below 1 leave the matrix empty; a list of elements that ends early leaves the rest
-/// at zero; what follows the last element isn't read. Raises what `resizeSample` raises.
+/// Reads what is printed. Two sizes below 1 leave the matrix empty; a list of elements that ends early leaves
+/// the rest at zero; what follows the last element isn't read. Raises what `resizeSample` raises.
 QUILLMERE_API void parseValue(std::istream& in, MatrixXd& value);
 
 template <class T>

@@ -30,7 +30,8 @@ inline void store(MatrixXd& to, const MatrixXd& from) {
 }
 } // namespace Private
 
-/// A setting that holds a value of type `T`. Every write takes one road, `setValue`, and every access is guarded.
+/// A setting that holds a value of type `T`. Every write takes one road, `setValue`, and every access is
+/// guarded.
 template <class T>
 class QUILLMERE_API ValueProperty : public AbstractProperty {
 public:
@@ -63,16 +64,16 @@ public:
     }
     Poco::Any getValueAsAny() const override { return static_cast<const T*>(&value); }
 
-    /// Whether `newValue` may be stored. Raises `Poco::NoPermissionException` for a setting that isn't writable, and
-    /// what the validator raises. [any, guarded]
+    /// Whether `newValue` may be stored. Raises `Poco::NoPermissionException` for a setting that isn't
+    /// writable, and what the validator raises. [any, guarded]
     virtual void checkNewValue(const T& newValue) {
         checkIsWritable();
         if (validator != nullptr) (*validator)(newValue);
     }
 
-    /// Checks and stores `newValue`; a real change is told to the change handler and the observers, in this thread.
-    /// What they raise goes to the caller, with the value stored; what the checks raise leaves the old value.
-    /// [any, guarded]
+    /// Checks and stores `newValue`; a real change is told to the change handler and the observers, in this
+    /// thread. What they raise goes to the caller, with the value stored; what the checks raise leaves the
+    /// old value. [any, guarded]
     void setValue(const T& newValue) {
         const PropertyLocker guard(*this);
         checkNewValue(newValue);
@@ -96,8 +97,8 @@ public:
         notifyAttributeChanged();
     }
 
-    /// Binds what gets each new value before it is stored and may refuse it by raising; replaces what was bound.
-    /// `object` is not owned and must outlive the setting. [any, guarded]
+    /// Binds what gets each new value before it is stored and may refuse it by raising; replaces what was
+    /// bound. `object` is not owned and must outlive the setting. [any, guarded]
     template <class Object, class MemberFunction>
     void setValidator(Object* object, MemberFunction memberFunction) {
         using Shape = Util::System::Functor<void, Util::System::Seq<const T&>>;
@@ -111,8 +112,8 @@ protected:
         if (!isWritable) throw Poco::NoPermissionException("Property '" + getName() + "' is not writable");
     }
 
-    /// Null for anything else. Out of line: seen together with a caller's `Any` of another type, GCC warns of the bytes
-    /// that it would read had the test of the type not failed.
+    /// Null for anything else. Out of line: seen together with a caller's `Any` of another type, GCC warns of
+    /// the bytes that it would read had the test of the type not failed.
     [[gnu::noinline]] static const T* pointerIn(const Poco::Any& any) {
         const T* const* const held = Poco::AnyCast<const T*>(&any);
         return held != nullptr ? *held : nullptr;

@@ -14,17 +14,17 @@
 
 namespace Quillmere::Core {
 
-/// What stands between an output pin and an input pin, and belongs to the input pin: how many samples wait, which one
-/// is handed out, and whether the reader sleeps when none waits. A writer never sleeps and never fails; the oldest
-/// samples are lost when the reader lags.
+/// What stands between an output pin and an input pin, and belongs to the input pin: how many samples wait,
+/// which one is handed out, and whether the reader sleeps when none waits. A writer never sleeps and never
+/// fails; the oldest samples are lost when the reader lags.
 template <class S>
 class QUILLMERE_API AbstractBufferStrategy {
 public:
     virtual ~AbstractBufferStrategy() = default;
     /// The sender's side. [run of the sender]
     virtual void write(const S& sample) = 0;
-    /// Sets `out` to a sample that stays valid until the next `read` and returns true; false, with `out` untouched,
-    /// when there is none. Requires: the reader doesn't write to it. [run of the reader]
+    /// Sets `out` to a sample that stays valid until the next `read` and returns true; false, with `out`
+    /// untouched, when there is none. Requires: the reader doesn't write to it. [run of the reader]
     virtual bool read(S*& out) = 0;
     /// Forgets what waits. [any, guarded]
     virtual void clear() = 0;

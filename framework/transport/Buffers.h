@@ -37,7 +37,8 @@ private:
     S* value = nullptr; ///< not owned
 };
 
-/// One sample, copied; the newest wins. What is handed out stays valid until the next `read`, whatever is written.
+/// One sample, copied; the newest wins. What is handed out stays valid until the next `read`, whatever is
+/// written.
 template <class S>
 class SingleValueBuffer {
 public:
@@ -64,9 +65,9 @@ private:
     S values[2]; ///< [0] is written, [1] is handed out
 };
 
-/// A double-ended queue of samples that drops the oldest when full; with a capacity of 0 it is never full. It is a ring
-/// whose slots keep their matrix storage and that grows only up to the largest number of samples that have waited, so a
-/// steady stream allocates nothing.
+/// A double-ended queue of samples that drops the oldest when full; with a capacity of 0 it is never full. It
+/// is a ring whose slots keep their matrix storage and that grows only up to the largest number of samples
+/// that have waited, so a steady stream allocates nothing.
 template <class S>
 class SampleQueue {
 public:
@@ -77,7 +78,8 @@ public:
     bool isEmpty() const { return count == 0; }
     void clear() { count = 0; }
 
-    /// Appends a copy at the back, dropping the front of a full queue. Without memory the queue stays as it was.
+    /// Appends a copy at the back, dropping the front of a full queue. Without memory the queue stays as it
+    /// was.
     void push(const S& sample) {
         if (count == limit && count > 0) { // the ring is full, and its oldest slot becomes the newest
             copySample(slots[first], sample);

@@ -51,13 +51,13 @@ public:
 protected:
     /// Not owned; changed with the gates of both ends held, and read without a guard by who detaches.
     std::atomic<AbstractOutputPin*> connectedOutput{nullptr};
-    /// The buffer inside the strategy of a plain link; null for every other kind. Most links are plain, and their
-    /// samples small, so a virtual call to either side would show.
+    /// The buffer inside the strategy of a plain link; null for every other kind. Most links are plain, and
+    /// their samples small, so a virtual call to either side would show.
     SingleValuePtrBuffer<TimeStampedData<T>>* plainLink = nullptr;
 };
 
-/// The receiving end of a link. Owns the buffer strategy, chooses its kind by how the link crosses threads, and hands
-/// out samples in three steps: `hasData`, `take`, `getTimeStamp`.
+/// The receiving end of a link. Owns the buffer strategy, chooses its kind by how the link crosses threads,
+/// and hands out samples in three steps: `hasData`, `take`, `getTimeStamp`.
 template <class T>
 class QUILLMERE_API InputPin final : public InputPinBase<T> {
 public:
@@ -71,16 +71,16 @@ public:
     }
     ~InputPin() override { InputPinBase<T>::detachAll(); }
 
-    /// Whether a sample waits; fetches one if none does. A blocking pin whose sender is in another layout sleeps here
-    /// until a sample comes or somebody wants the gate. When false, the step ends: nothing is sent, no state changes.
-    /// [run]
+    /// Whether a sample waits; fetches one if none does. A blocking pin whose sender is in another layout
+    /// sleeps here until a sample comes or somebody wants the gate. When false, the step ends: nothing is
+    /// sent, no state changes. [run]
     bool hasData() {
         if (pendingSample != nullptr) return true;
         if (this->plainLink != nullptr) return this->plainLink->read(pendingSample);
         return strategy->read(pendingSample);
     }
-    /// Uses the waiting sample up. What is returned is read in place and stays valid until the next `hasData`.
-    /// Requires: `hasData()` has just been true. [run]
+    /// Uses the waiting sample up. What is returned is read in place and stays valid until the next
+    /// `hasData`. Requires: `hasData()` has just been true. [run]
     const T& take() {
         assert(pendingSample != nullptr);
         const TimeStampedData<T>* const sample = pendingSample;
@@ -99,8 +99,8 @@ public:
     void setConnectedOutput(AbstractOutputPin* output, bool synchronous) override;
     void receive(const TimeStampedData<T>& sample) override { strategy->write(sample); }
 
-    /// How many samples the link could take by now without losing one. Takes no gate, so that a sender may ask within its
-    /// pass. Requires: the gate of one of its ends is held. [any, guarded]
+    /// How many samples the link could take by now without losing one. Takes no gate, so that a sender may
+    /// ask within its pass. Requires: the gate of one of its ends is held. [any, guarded]
     std::uint32_t getRoom() const {
         const std::uint32_t waiting = strategy->size(); // without what was fetched and not yet taken
         return waiting < this->bufferCapacity ? this->bufferCapacity - waiting : 0;
@@ -122,11 +122,11 @@ private:
     std::uint32_t getWaitingCount() const { return strategy->size() + (pendingSample != nullptr ? 1 : 0); }
 
     std::unique_ptr<Strategy> strategy;
-    /// The strategy of the pin without its link, kept beside while there is one: links are taken down in destructors,
-    /// too, where nothing may fail. Null while unconnected.
+    /// The strategy of the pin without its link, kept beside while there is one: links are taken down in
+    /// destructors, too, where nothing may fail. Null while unconnected.
     std::unique_ptr<Strategy> unlinked;
-    TimeStampedData<T>* pendingSample =
-        nullptr;                ///< fetched and not yet taken; the strategy's or the sender's
+    /// fetched and not yet taken; the strategy's or the sender's
+    TimeStampedData<T>* pendingSample = nullptr;
     double lastTimeStamp = 0.0; ///< seconds; of the sample taken last
 };
 

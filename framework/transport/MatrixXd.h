@@ -10,7 +10,8 @@
 
 namespace Quillmere::Core {
 
-/// The payload of every sample: dense, double, stored by rows, so element (r, c) has linear index r * cols + c.
+/// The payload of every sample: dense, double, stored by rows, so element (r, c) has linear index r * cols +
+/// c.
 using MatrixXd = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
 /// What sizing a sample raises: the size is out of bounds, or there is no memory for it.
@@ -30,7 +31,8 @@ namespace Private {
         throw MatrixAllocationException();
     try {
         if (rows * cols == matrix.size()) return matrix.resize(rows, cols);
-        // Eigen's own resize frees the old storage first, and would have nothing to keep if the new one cannot be had.
+        // Eigen's own resize frees the old storage first, and would have nothing to keep if the new one
+        // cannot be had.
         MatrixXd fresh(rows, cols);
         matrix.swap(fresh);
     } catch (const std::bad_alloc&) {
@@ -39,18 +41,19 @@ namespace Private {
 }
 } // namespace Private
 
-/// Gives `matrix` the shape `rows` by `cols`; the only way in which a sample is sized. The storage, and with it every
-/// element's value in linear order, stays while the number of elements stays; else the elements are indeterminate.
-/// Raises `MatrixAllocationException` for a negative size, for rows times columns beyond a signed 32-bit number, for
-/// 2^29 elements or more, and when there is no memory; the matrix is then as it was. [any]
+/// Gives `matrix` the shape `rows` by `cols`; the only way in which a sample is sized. The storage, and with
+/// it every element's value in linear order, stays while the number of elements stays; else the elements are
+/// indeterminate. Raises `MatrixAllocationException` for a negative size, for rows times columns beyond a
+/// signed 32-bit number, for 2^29 elements or more, and when there is no memory; the matrix is then as it
+/// was. [any]
 inline void resizeSample(MatrixXd& matrix, Eigen::Index rows, Eigen::Index cols) {
     // Compare first: a resize divides to test for overflow, and the shape seldom changes.
     if (matrix.rows() == rows && matrix.cols() == cols) return;
     Private::changeShape(matrix, rows, cols);
 }
 
-/// Makes `to` a copy of `from`, shape and bits, reusing storage as `resizeSample` does and raising what it raises, with
-/// `to` as it was. [any]
+/// Makes `to` a copy of `from`, shape and bits, reusing storage as `resizeSample` does and raising what it
+/// raises, with `to` as it was. [any]
 inline void copySample(MatrixXd& to, const MatrixXd& from) {
     resizeSample(to, from.rows(), from.cols());
     if (from.size() > 0 && to.data() != from.data())

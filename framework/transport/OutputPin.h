@@ -51,8 +51,8 @@ public:
         : Pin(name, manager), OutputPinBase<T>(name, manager) {}
     ~OutputPin() override { this->detachAll(); }
 
-    /// What goes out: the block writes the payload, `send` the time stamp. Inputs of the same thread read it in place,
-    /// so it is written before it is sent, and again only in the next step. [run]
+    /// What goes out: the block writes the payload, `send` the time stamp. Inputs of the same thread read it
+    /// in place, so it is written before it is sent, and again only in the next step. [run]
     TimeStampedData<T> data;
 
     /// Stamps `data` with `timeStamp` (seconds) and hands it to each attached input. [run]
@@ -62,8 +62,8 @@ public:
         for (AbstractInputPin* const input : this->inputs)
             static_cast<InputPinBase<T>*>(input)->accept(data); // `attach` has compared the data types
     }
-    /// Stamps `data` with the wall clock: seconds since 15 October 1582, midnight UTC; or with what the host has lent the
-    /// thread in its place. [run]
+    /// Stamps `data` with the wall clock: seconds since 15 October 1582, midnight UTC; or with what the host
+    /// has lent the thread in its place. [run]
     void send() { send(StampClock::now()); }
 
 protected:

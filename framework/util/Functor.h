@@ -49,8 +49,8 @@ struct Functor {
     using Impl = FunctorImpl<R, TList>;
 };
 
-/// Calls a member function on an object; what the function returns is dropped. The object is not owned and must
-/// outlive the handler.
+/// Calls a member function on an object; what the function returns is dropped. The object is not owned and
+/// must outlive the handler.
 template <class FunctorType, class ObjectPointer, class MemberFunction>
 class MemFunHandler;
 

@@ -9,8 +9,8 @@ public:
     virtual ~AbstractVisitor() = default;
 };
 
-/// The typed interface of a visitor: `R visit(const T&)`. `P` would be a further parameter (void: none), `Tag` tells
-/// families of visitors apart.
+/// The typed interface of a visitor: `R visit(const T&)`. `P` would be a further parameter (void: none),
+/// `Tag` tells families of visitors apart.
 template <class T, class R, class P, int Tag>
 class Visitor;
 
@@ -21,7 +21,8 @@ public:
     virtual R visit(const T& subject) = 0;
 };
 
-/// What can be visited. `CatchAll::onUnknownVisitor` gets the visitors that have no interface for the subject's type.
+/// What can be visited. `CatchAll::onUnknownVisitor` gets the visitors that have no interface for the
+/// subject's type.
 template <class R, class P, class CatchAll, int Tag>
 class AbstractVisitable;
 

@@ -68,8 +68,8 @@ public:
         return static_cast<short>((asksNoMore ? 0 : POLLIN) | (unsent.empty() ? 0 : POLLOUT));
     }
 
-    /// Reads what has come and answers each whole line; false when the other end is gone or asks too much. One that only
-    /// asks no more gets the answers that are left.
+    /// Reads what has come and answers each whole line; false when the other end is gone or asks too much.
+    /// One that only asks no more gets the answers that are left.
     bool read() {
         char piece[4096];
         const ssize_t count = ::recv(descriptor, piece, sizeof piece, 0);
@@ -82,7 +82,8 @@ public:
         }
         return received.size() <= kLongestRequest;
     }
-    /// Sends what there is, as far as the other end takes it; false when it is gone, has everything or reads too little.
+    /// Sends what there is, as far as the other end takes it; false when it is gone, has everything or reads
+    /// too little.
     bool send() {
         {
             const std::lock_guard lock(telling);

@@ -16,9 +16,10 @@ namespace Quillmere::Host {
 
 class LiveRun;
 
-/// Answers those who control a run over a Unix socket: one thread for all of them, asleep until somebody asks or a setting
-/// that somebody watches has changed. Who doesn't read what he asked for is cut off, so that he holds nobody up; where too
-/// many are connected, the one that has been silent longest makes room for who comes, and is told so.
+/// Answers those who control a run over a Unix socket: one thread for all of them, asleep until somebody asks
+/// or a setting that somebody watches has changed. Who doesn't read what he asked for is cut off, so that he
+/// holds nobody up; where too many are connected, the one that has been silent longest makes room for who
+/// comes, and is told so.
 class QUILLMERE_API ControlServer {
 public:
     /// Listens at `path`; raises what `ControlSocket` raises.
@@ -28,8 +29,8 @@ public:
     ControlServer(const ControlServer&) = delete;
     ControlServer& operator=(const ControlServer&) = delete;
 
-    /// Starts to answer. `run` is not owned and outlives the server. Raises `ControlException` when no thread can be made.
-    /// Requires: not called before.
+    /// Starts to answer. `run` is not owned and outlives the server. Raises `ControlException` when no thread
+    /// can be made. Requires: not called before.
     void serve(LiveRun& run);
 
 private:

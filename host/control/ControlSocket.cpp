@@ -100,8 +100,8 @@ void ControlSocket::listen() {
         fail(path, "cannot be listened at");
 }
 
-/// Makes way for the socket: a name at which nobody listens is what a killed run left. The lock says that no other run
-/// listens, and says nothing of other programs.
+/// Makes way for the socket: a name at which nobody listens is what a killed run left. The lock says that no
+/// other run listens, and says nothing of other programs.
 void ControlSocket::replaceLeftBehind() const {
     struct stat facts {};
     if (::lstat(path.c_str(), &facts) != 0) return; // free, or `bind` tells why not

@@ -10,13 +10,14 @@
 
 namespace Quillmere::Host {
 
-/// A Unix socket by which others control a run: a name in the file system that only its owner may use, taken by one run at
-/// a time, and gone with it. A name that a run left behind when it was killed is taken over; what another program made,
-/// a socket, a lock or a file, is neither taken nor removed.
+/// A Unix socket by which others control a run: a name in the file system that only its owner may use, taken
+/// by one run at a time, and gone with it. A name that a run left behind when it was killed is taken over;
+/// what another program made, a socket, a lock or a file, is neither taken nor removed.
 class QUILLMERE_API ControlSocket {
 public:
-    /// Listens at `path`. Raises `ControlException` when somebody listens there already, when something that is no socket
-    /// has that name or something that is no run's lock the name of the lock, and when it can't be had at all.
+    /// Listens at `path`. Raises `ControlException` when somebody listens there already, when something that
+    /// is no socket has that name or something that is no run's lock the name of the lock, and when it can't
+    /// be had at all.
     explicit ControlSocket(const std::string& path);
     /// Removes the name, if it still is this socket's.
     ~ControlSocket();
@@ -26,8 +27,9 @@ public:
     const std::string& getPath() const { return path; }
     int getDescriptor() const { return listener; }
 
-    /// The other end: connects to the run that listens at `path` and returns the descriptor, which is the caller's. Waits
-    /// no longer than `patience` (0: for ever) for a run that doesn't look. Raises `ControlException`.
+    /// The other end: connects to the run that listens at `path` and returns the descriptor, which is the
+    /// caller's. Waits no longer than `patience` (0: for ever) for a run that doesn't look. Raises
+    /// `ControlException`.
     static int connectTo(const std::string& path, std::chrono::seconds patience = {});
 
 private:

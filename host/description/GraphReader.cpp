@@ -145,7 +145,8 @@ void GraphReader::readBlock(const Value& value) {
     graph.blocks.push_back(std::move(block));
 }
 
-/// The id of a block or a layout, with its place; empty when there is none. False, with a complaint, when it is no text.
+/// The id of a block or a layout, with its place; empty when there is none. False, with a complaint, when it
+/// is no text.
 bool GraphReader::readId(const Value& value, std::string& id, Place& where) {
     const Value::Entry* const entry = value.find("id");
     if (entry == nullptr) return true;

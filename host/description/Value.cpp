@@ -209,7 +209,8 @@ std::optional<MatrixXd> toMatrix(const Value& value, Complaints& complaints) {
         return std::nullopt;
     }
     const std::size_t columns = value.items.empty() ? 0 : value.items.front().items.size();
-    // Looked at before anything is sized: a long first row and many short ones would make a matrix of gigabytes.
+    // Looked at before anything is sized: a long first row and many short ones would make a matrix of
+    // gigabytes.
     for (const Value& row : value.items) {
         if (row.items.size() == columns) continue;
         complaints.add(row.where, "a row of " + std::to_string(row.items.size()),

@@ -14,8 +14,9 @@
 
 namespace Quillmere::Host {
 
-/// A piece of a graph file: a scalar's text, a list or a map, and where it stands. Scalars keep their text: what it
-/// means is decided by who asks for it, so `010` is never silently eight and `no` never silently false.
+/// A piece of a graph file: a scalar's text, a list or a map, and where it stands. Scalars keep their text:
+/// what it means is decided by who asks for it, so `010` is never silently eight and `no` never silently
+/// false.
 struct QUILLMERE_API Value {
     enum class Kind { Null, Scalar, List, Map };
     struct Entry;
@@ -64,8 +65,8 @@ inline Value valueOf(const char* text) {
 QUILLMERE_API Value valueOf(const std::vector<std::string>& texts);
 QUILLMERE_API Value valueOf(const Core::MatrixXd& matrix);
 
-/// A scalar as a number, a whole number, a yes or no, a text, and nested lists as a matrix. What isn't one is a
-/// complaint and gives nothing.
+/// A scalar as a number, a whole number, a yes or no, a text, and nested lists as a matrix. What isn't one is
+/// a complaint and gives nothing.
 QUILLMERE_API std::optional<double> toNumber(const Value& value, Complaints& complaints);
 QUILLMERE_API std::optional<std::int64_t> toWhole(const Value& value, Complaints& complaints);
 QUILLMERE_API std::optional<bool> toFlag(const Value& value, Complaints& complaints);

@@ -16,8 +16,8 @@ namespace Quillmere::Host {
 namespace {
 constexpr const char* kSmaller = "a smaller graph";
 
-/// The reader holds every list, map and mark of a flow in memory before it tells of the first; a text of nothing else
-/// would take gigabytes.
+/// The reader holds every list, map and mark of a flow in memory before it tells of the first; a text of
+/// nothing else would take gigabytes.
 constexpr std::ptrdiff_t kMostMarks = 2 * static_cast<std::ptrdiff_t>(kMostValues);
 
 bool isMark(char c) {
@@ -95,8 +95,8 @@ private:
     std::vector<std::size_t> anchors; ///< For each anchor the event of what it names.
 };
 
-/// Hears of a document behind the first. That alone is told: such a document may take no text, and then there would be
-/// another one behind it, without end.
+/// Hears of a document behind the first. That alone is told: such a document may take no text, and then there
+/// would be another one behind it, without end.
 class SecondDocument final : public YAML::EventHandler {
 public:
     SecondDocument(const std::string& whole, const std::string& single) : text(whole), one(single) {}

@@ -8,8 +8,8 @@
 
 namespace Quillmere::Host {
 
-/// What the YAML reader tells of a document, one thing after the other, as it comes. References stay references, so this is
-/// never longer than the text.
+/// What the YAML reader tells of a document, one thing after the other, as it comes. References stay
+/// references, so this is never longer than the text.
 struct ValueEvent {
     enum class Kind { Null, Scalar, List, Map, End, Reference };
 
@@ -33,9 +33,10 @@ public:
     std::string expected;
 };
 
-/// The events of the one document in `text`; none for an empty text. Raises `ValueRefusal` for a text that is no YAML, goes
-/// on behind its first document, holds too much or nests too deep, and for a value that contains itself. `aGraph` is
-/// what was expected, as in `a graph file in YAML or JSON`, and `one` what there may be one of.
+/// The events of the one document in `text`; none for an empty text. Raises `ValueRefusal` for a text that is
+/// no YAML, goes on behind its first document, holds too much or nests too deep, and for a value that
+/// contains itself. `aGraph` is what was expected, as in `a graph file in YAML or JSON`, and `one` what there
+/// may be one of.
 std::vector<ValueEvent> valueEvents(const std::string& text, const std::string& aGraph,
                                     const std::string& one);
 

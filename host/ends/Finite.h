@@ -9,8 +9,8 @@
 
 namespace Quillmere::Host {
 
-/// Whether no element is an infinity or not-a-number. A carry out of an exponent of ones reaches the sign: no branch an
-/// element, and a cycle or so each.
+/// Whether no element is an infinity or not-a-number. A carry out of an exponent of ones reaches the sign: no
+/// branch an element, and a cycle or so each.
 inline bool getIsFinite(const Core::MatrixXd& sample) {
     constexpr std::uint64_t kExponent = 0x7ff0000000000000;
     constexpr std::uint64_t kLowestOfExponent = 0x0010000000000000;

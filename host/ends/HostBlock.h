@@ -11,9 +11,9 @@
 
 namespace Quillmere::Host {
 
-/// A block that the host knows more of than of others: where samples enter a graph and where they leave it. It has pins like
-/// every block; what it is told it is told once, before the run, by settings of a kind that blocks don't have (texts and
-/// lists of columns).
+/// A block that the host knows more of than of others: where samples enter a graph and where they leave it.
+/// It has pins like every block; what it is told it is told once, before the run, by settings of a kind that
+/// blocks don't have (texts and lists of columns).
 ///
 /// It may come from the host, from the program that runs graphs, or from a plug-in that links the host.
 class QUILLMERE_API HostBlock : public Core::Filter {
@@ -31,8 +31,8 @@ public:
     /// None, if nobody says otherwise. [setup]
     virtual const std::vector<SettingDescription>& getSettingDescriptions() const;
 
-    /// Takes the settings; what is wrong with them is complained of. `folder` is what the graph's paths are relative to. Who
-    /// has no settings needs no operation of his own: this one refuses all. [setup]
+    /// Takes the settings; what is wrong with them is complained of. `folder` is what the graph's paths are
+    /// relative to. Who has no settings needs no operation of his own: this one refuses all. [setup]
     virtual void configure(const GraphDescription::Block& description, const std::string& folder,
                            Complaints& complaints);
 

@@ -30,7 +30,8 @@ public:
 
     std::vector<std::string> getPins() const;
     bool getIsComplete() const;
-    /// From that sample of the pin on. Raises `HostException` for a pin that isn't there; `sink` is whose it would be.
+    /// From that sample of the pin on. Raises `HostException` for a pin that isn't there; `sink` is whose it
+    /// would be.
     TimedSamples read(const std::string& sink, const std::string& pin, std::size_t first) const;
 
 private:

@@ -15,8 +15,9 @@
 
 namespace Quillmere::Host {
 
-/// Keeps what comes to its pins in memory, each sample with its time: that of the round, as in a `RecordingSink`'s row, or,
-/// where samples come from other threads, its time stamp. The pins are those that connections name; it has no settings.
+/// Keeps what comes to its pins in memory, each sample with its time: that of the round, as in a
+/// `RecordingSink`'s row, or, where samples come from other threads, its time stamp. The pins are those that
+/// connections name; it has no settings.
 class QUILLMERE_API MemorySink final : public Sink {
 public:
     static constexpr const char* kTypeName = "MemorySink";

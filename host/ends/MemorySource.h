@@ -16,8 +16,8 @@
 
 namespace Quillmere::Host {
 
-/// Sends samples that the program has in memory, each at its time: what `RecordingSource` does with a file. It has the pins of
-/// what `MemoryEnds` has for a source of its name, and no settings.
+/// Sends samples that the program has in memory, each at its time: what `RecordingSource` does with a file.
+/// It has the pins of what `MemoryEnds` has for a source of its name, and no settings.
 class QUILLMERE_API MemorySource final : public Source, public RecordedSource {
 public:
     static constexpr const char* kTypeName = "MemorySource";

@@ -13,8 +13,8 @@
 
 namespace Quillmere::Host {
 
-/// What a `Source` has beside it that reads a recording: rows with columns, of which something can be told before and
-/// behind the run. What it can't tell it leaves as it is.
+/// What a `Source` has beside it that reads a recording: rows with columns, of which something can be told
+/// before and behind the run. What it can't tell it leaves as it is.
 class QUILLMERE_API RecordedSource {
 public:
     struct Shape {
@@ -39,14 +39,14 @@ public:
     /// Where an element stands in the recording of the sample that an output has sent last. [run]
     virtual Cell getCell(const Core::AbstractOutputPin& output, std::size_t element) const = 0;
 
-    /// Whether an element of the sample that an output sent last stands for a missing value, as the graph declares them: no
-    /// surprise to anybody. [run]
+    /// Whether an element of the sample that an output sent last stands for a missing value, as the graph
+    /// declares them: no surprise to anybody. [run]
     virtual bool getIsMissing(const Core::AbstractOutputPin&, std::size_t) const { return false; }
 
     /// What it has seen of its recording so far. [run, or when nothing runs]
     virtual SourceAccount getAccount() const = 0;
-    /// What the first rows look like, at most `rows` of them, up to the first that would end the run; nothing for what can't
-    /// be read twice, as a pipe. Takes nothing away from the run. Requires: open. [setup]
+    /// What the first rows look like, at most `rows` of them, up to the first that would end the run; nothing
+    /// for what can't be read twice, as a pipe. Takes nothing away from the run. Requires: open. [setup]
     virtual std::optional<SourceAccount> lookAhead(std::uint64_t rows) const;
 };
 

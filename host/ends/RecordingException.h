@@ -6,14 +6,15 @@
 
 namespace Quillmere::Host {
 
-/// A recording that cannot be read or a result that cannot be written. The text is for the user: which file, where in
-/// it, what was found and what was expected.
+/// A recording that cannot be read or a result that cannot be written. The text is for the user: which file,
+/// where in it, what was found and what was expected.
 class QUILLMERE_API RecordingException : public HostException {
 public:
     using HostException::HostException;
 };
 
-/// Who waited for the other end of a pipe was told to stop. Nothing is wrong with the recording or the result.
+/// Who waited for the other end of a pipe was told to stop. Nothing is wrong with the recording or the
+/// result.
 class QUILLMERE_API InterruptedException : public RecordingException {
 public:
     InterruptedException() : RecordingException("interrupted") {}

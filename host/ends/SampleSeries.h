@@ -10,7 +10,8 @@
 
 namespace Quillmere::Host {
 
-/// Samples one behind the other, in one piece of memory: a value. Each may have a shape of its own, an empty one too.
+/// Samples one behind the other, in one piece of memory: a value. Each may have a shape of its own, an empty
+/// one too.
 class QUILLMERE_API SampleSeries {
 public:
     struct Shape {
@@ -33,7 +34,8 @@ public:
     Core::MatrixXd getSample(std::size_t index) const;
     /// The same, into a matrix that is there already.
     void copySample(std::size_t index, Core::MatrixXd& to) const;
-    /// A row for each sample, with its elements row by row. Raises `HostException` for samples of several sizes.
+    /// A row for each sample, with its elements row by row. Raises `HostException` for samples of several
+    /// sizes.
     Core::MatrixXd getRows() const;
     /// All samples from that one on.
     SampleSeries getTail(std::size_t first) const;

@@ -16,7 +16,8 @@ class QUILLMERE_API Sink : public HostBlock {
 public:
     using HostBlock::HostBlock;
 
-    /// Whether it makes the pins that connections name; else it has pins of its own, like every block. [setup]
+    /// Whether it makes the pins that connections name; else it has pins of its own, like every block.
+    /// [setup]
     virtual bool getMakesPins() const { return false; }
     /// The input pin of that name, made if it isn't there yet. Requires: it makes pins; not open. [setup]
     virtual Core::AbstractInputPin* makePin(const std::string&) { return nullptr; }
@@ -27,12 +28,12 @@ public:
     virtual void open() = 0;
     /// The time of the round that comes, in seconds. [run]
     virtual void setStreamTime(double) {}
-    /// With true, a row is not what came in one round but what came with one time stamp: for a sink whose samples other
-    /// threads send. A row is written when every connected pin has given to it, or when a sample of another time comes.
-    /// [any, guarded]
+    /// With true, a row is not what came in one round but what came with one time stamp: for a sink whose
+    /// samples other threads send. A row is written when every connected pin has given to it, or when a
+    /// sample of another time comes. [any, guarded]
     virtual void setGathersByTime(bool) {}
-    /// Ends the result, which is whole, as far as that may fail: a result file is brought to the disk, still under its partial
-    /// name. [setup]
+    /// Ends the result, which is whole, as far as that may fail: a result file is brought to the disk, still
+    /// under its partial name. [setup]
     virtual void finish() {}
     /// Ends the result: whole and as its user knows it, not whole but kept, or thrown away. [setup]
     virtual void complete() = 0;

@@ -8,7 +8,8 @@
 
 namespace Quillmere::Host {
 
-/// What a source has seen of its recording, up to now or to its end: what can be told of it when a run is over.
+/// What a source has seen of its recording, up to now or to its end: what can be told of it when a run is
+/// over.
 struct SourceAccount {
     /// Two rows that follow each other, of which the second is told of.
     struct Spot {
@@ -27,7 +28,8 @@ struct SourceAccount {
         double rate = 0.0; ///< Rows a second, by the unit of time that comes nearest.
     };
 
-    /// The column of times is named for another unit than seconds, for which its numbers are taken all the same.
+    /// The column of times is named for another unit than seconds, for which its numbers are taken all the
+    /// same.
     struct OtherUnit {
         std::string column;
         std::string unit;     ///< `milliseconds` and the like.

@@ -13,13 +13,15 @@
 
 namespace Quillmere::Host {
 
-/// Looks at the time stamps of a recording as they come, in a few nanoseconds each and in memory that doesn't grow.
+/// Looks at the time stamps of a recording as they come, in a few nanoseconds each and in memory that doesn't
+/// grow.
 ///
-/// What is a gap is known only when the median step is, at the end: a recording may begin with a gap, and the rate that its
-/// beginning has may be another than that of the rest. So nothing is judged meanwhile. Steps are sorted into bins by their
-/// size, sixteen to the octave (6 % wide or narrower), each with its count, its sum and its first spot. The median step is
-/// the mean of the bin that holds the middle step; a bin is one of jumps when its mean is more than ten median steps. Both
-/// are off by no more than a bin's width, and exact where all steps of a bin are equal, as they are in a steady recording.
+/// What is a gap is known only when the median step is, at the end: a recording may begin with a gap, and the
+/// rate that its beginning has may be another than that of the rest. So nothing is judged meanwhile. Steps
+/// are sorted into bins by their size, sixteen to the octave (6 % wide or narrower), each with its count, its
+/// sum and its first spot. The median step is the mean of the bin that holds the middle step; a bin is one of
+/// jumps when its mean is more than ten median steps. Both are off by no more than a bin's width, and exact
+/// where all steps of a bin are equal, as they are in a steady recording.
 class QUILLMERE_API TimeStampWatch {
 public:
     TimeStampWatch();
@@ -56,7 +58,8 @@ private:
     static constexpr std::uint64_t kFirstBin = std::uint64_t{kBias + kSmallestPower} << kFractionBits;
     static constexpr std::uint64_t kLastBin = (std::uint64_t{kBias + kLargestPower} << kFractionBits) - 1;
 
-    /// What is smaller than the smallest or larger than the largest is in the outermost bin. Requires: above 0.
+    /// What is smaller than the smallest or larger than the largest is in the outermost bin. Requires: above
+    /// 0.
     static std::size_t binOf(double step) {
         constexpr int kBitsBelow = std::numeric_limits<double>::digits - 1 - kFractionBits;
         const std::uint64_t size = std::bit_cast<std::uint64_t>(step) >> kBitsBelow;

@@ -7,18 +7,19 @@
 
 namespace Quillmere::Host {
 
-/// What a `Source` has beside it whose samples come when they come, as those of a pipe or of a device: a live run doesn't
-/// pace them, and its layout sleeps until the source's descriptor wakes it.
+/// What a `Source` has beside it whose samples come when they come, as those of a pipe or of a device: a live
+/// run doesn't pace them, and its layout sleeps until the source's descriptor wakes it.
 class QUILLMERE_API WakingSource {
 public:
     virtual ~WakingSource() = default;
 
     /// Whether its samples do come by themselves: what reads files may read pipes too. [any]
     virtual bool getComesByItself() const = 0;
-    /// What has something to read as soon as `getIsPrepared` may be true: a pipe, a socket, a device or an event. It is
-    /// watched only. Requires: open. [any]
+    /// What has something to read as soon as `getIsPrepared` may be true: a pipe, a socket, a device or an
+    /// event. It is watched only. Requires: open. [any]
     virtual int getDescriptor() const = 0;
-    /// From then on a `prepare` that waits raises `InterruptedException` when a stop is requested. Requires: open. [setup]
+    /// From then on a `prepare` that waits raises `InterruptedException` when a stop is requested. Requires:
+    /// open. [setup]
     virtual void setStop(const std::stop_token& stop) = 0;
 };
 

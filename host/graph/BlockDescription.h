@@ -59,7 +59,8 @@ QUILLMERE_API std::string nameOf(PropertyDescription::Kind kind);
 /// What may be written: `a whole number from 0 to 10`, `one of LowPass and HiPass`, `a number`.
 QUILLMERE_API std::string expectedText(const PropertyDescription& property);
 
-/// A held value as a graph file would give it: `0.5`, `true`, `LowPass`, `[[1, 2], [3, 4]]`; empty for a command.
+/// A held value as a graph file would give it: `0.5`, `true`, `LowPass`, `[[1, 2], [3, 4]]`; empty for a
+/// command.
 QUILLMERE_API std::string valueText(const PropertyDescription& property);
 
 } // namespace Quillmere::Host

@@ -20,15 +20,15 @@
 
 namespace Quillmere::Host {
 
-/// A graph that is built: living blocks, set and connected, in one layout and in the order in which they run. A live run
-/// deals them out to the layouts of the file.
+/// A graph that is built: living blocks, set and connected, in one layout and in the order in which they run.
+/// A live run deals them out to the layouts of the file.
 ///
-/// Building is also the check: types, pins, settings and their limits are what living blocks say they are. Nothing has
-/// run and no recording or result has been touched when building ends.
+/// Building is also the check: types, pins, settings and their limits are what living blocks say they are.
+/// Nothing has run and no recording or result has been touched when building ends.
 class QUILLMERE_API Graph {
 public:
-    /// Whether what comes to a source through a pipe may be read: what a look takes is gone for the run, and it waits for who
-    /// writes.
+    /// Whether what comes to a source through a pipe may be read: what a look takes is gone for the run, and
+    /// it waits for who writes.
     enum class Pipes { Read, Leave };
 
     struct Node {
@@ -45,13 +45,14 @@ public:
         WakingSource* waking = nullptr;
         ResultEnd* result = nullptr;
 
-        /// What messages call an end, and where they place what is wrong with it: its file, or the block where it has none.
+        /// What messages call an end, and where they place what is wrong with it: its file, or the block
+        /// where it has none.
         std::string getEndName() const;
         const Place& getEndPlace() const;
     };
 
-    /// Builds what `description` describes, of blocks from `catalogue`, and complains of everything that can't be built.
-    /// Requires: a graph with complaints isn't run. [setup]
+    /// Builds what `description` describes, of blocks from `catalogue`, and complains of everything that
+    /// can't be built. Requires: a graph with complaints isn't run. [setup]
     Graph(const GraphDescription& description, const BlockCatalogue& catalogue, Complaints& complaints);
     ~Graph();
     Graph(const Graph&) = delete;
@@ -59,8 +60,8 @@ public:
 
     /// In file order.
     const std::vector<Node>& getNodes() const { return nodes; }
-    /// In the order in which they run: senders before receivers; where that says nothing, or the graph has a loop, as in
-    /// the file.
+    /// In the order in which they run: senders before receivers; where that says nothing, or the graph has a
+    /// loop, as in the file.
     const std::vector<const Node*>& getRunOrder() const { return runOrder; }
     const std::vector<Source*>& getSources() const { return sources; }
     const std::vector<Sink*>& getSinks() const { return sinks; }
@@ -78,21 +79,21 @@ public:
     Timeline& getTimeline() { return timeline; }
     const Timeline& getTimeline() const { return timeline; }
 
-    /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples; and warns of one that
-    /// keeps nothing, since it has no sink. [setup]
+    /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples; and
+    /// warns of one that keeps nothing, since it has no sink. [setup]
     void requireDrive(Complaints& complaints) const;
-    /// Opens the recordings and complains of what they lack, and of results that have no place. No result is touched. A
-    /// graph whose pipes are left isn't run. [setup]
+    /// Opens the recordings and complains of what they lack, and of results that have no place. No result is
+    /// touched. A graph whose pipes are left isn't run. [setup]
     void openSources(Complaints& complaints, Pipes pipes = Pipes::Read);
-    /// From then on sources and sinks that wait for the other end of a pipe raise `InterruptedException` when a stop is
-    /// requested. Requires: the sources are open. [setup]
+    /// From then on sources and sinks that wait for the other end of a pipe raise `InterruptedException` when
+    /// a stop is requested. Requires: the sources are open. [setup]
     void setStop(const std::stop_token& stop);
-    /// Starts the results. When one can't be started, those that could are thrown away, and `RecordingException` is
-    /// raised. [setup]
+    /// Starts the results. When one can't be started, those that could are thrown away, and
+    /// `RecordingException` is raised. [setup]
     void openSinks();
 
-    /// Takes `block` out of the graph's layout and takes down all its links, so that it can be run by itself; it stays
-    /// the graph's. [setup]
+    /// Takes `block` out of the graph's layout and takes down all its links, so that it can be run by itself;
+    /// it stays the graph's. [setup]
     void cutLoose(Core::Filter& block);
 
 private:

@@ -109,7 +109,8 @@ void GraphBuilder::applySettings(Node& node) {
     complaints.add(own);
 }
 
-/// An input that is given for one run belongs to a source, an output to a sink: a slip would write over a recording.
+/// An input that is given for one run belongs to a source, an output to a sink: a slip would write over a
+/// recording.
 void GraphBuilder::checkOrigins(const Node& node, Complaints& own) {
     for (const Setting& setting : node.description->settings) {
         if (setting.origin == Setting::Origin::CallersInput && node.source == nullptr)

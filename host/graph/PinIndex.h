@@ -10,8 +10,9 @@
 
 namespace Quillmere::Host {
 
-/// Finds pins of blocks by name while a graph is linked: a recording may have a hundred thousand columns, each a pin with a
-/// connection of its own. Requires: the blocks that have been asked for get no more such pins.
+/// Finds pins of blocks by name while a graph is linked: a recording may have a hundred thousand columns,
+/// each a pin with a connection of its own. Requires: the blocks that have been asked for get no more such
+/// pins.
 template <class SomePin>
 class PinIndex {
 public:

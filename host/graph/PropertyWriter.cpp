@@ -112,8 +112,8 @@ void writeProperties(std::vector<PropertyWrite> writes, Complaints& complaints) 
             const std::string before = valueText(describe(*write.property));
             Complaints refusals;
             writeProperty(*write.property, *write.value, refusals);
-            // What the checks refuse leaves the old value. A value that is there all the same was told to the block,
-            // which raised: written again it would be no change, and nobody would hear of it.
+            // What the checks refuse leaves the old value. A value that is there all the same was told to the
+            // block, which raised: written again it would be no change, and nobody would hear of it.
             const bool isStored = !refusals.isEmpty() && valueText(describe(*write.property)) != before;
             if (isStored) complaints.add(refusals);
             hasMoved = hasMoved || isStored || refusals.isEmpty();

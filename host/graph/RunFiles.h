@@ -14,8 +14,8 @@
 
 namespace Quillmere::Host {
 
-/// The files that a run reads and those that it writes: none may be both, and none written twice. What exists is compared by
-/// what it is, so that links and other names for it don't hide it.
+/// The files that a run reads and those that it writes: none may be both, and none written twice. What exists
+/// is compared by what it is, so that links and other names for it don't hide it.
 class RunFiles {
 public:
     RunFiles(const GraphDescription& description, const BlockCatalogue& catalogue);

@@ -12,8 +12,8 @@ namespace Quillmere::Host {
 QUILLMERE_API std::span<const char* const> getWindows();
 QUILLMERE_API std::span<const char* const> getTransforms();
 
-/// Warns of windows and transforms that a source feeds, directly or through blocks that keep the shape, with single rows or
-/// with frames of several columns.
+/// Warns of windows and transforms that a source feeds, directly or through blocks that keep the shape, with
+/// single rows or with frames of several columns.
 void warnOfShapes(const Graph& graph, Complaints& complaints);
 
 } // namespace Quillmere::Host

@@ -11,8 +11,9 @@
 
 namespace Quillmere::Host {
 
-/// What happens to a graph's blocks while it runs: settings written, commands fired and values sent to inputs, each when
-/// stream time has come to it. Everything goes its ordinary road, as if somebody had done it from outside.
+/// What happens to a graph's blocks while it runs: settings written, commands fired and values sent to
+/// inputs, each when stream time has come to it. Everything goes its ordinary road, as if somebody had done
+/// it from outside.
 class QUILLMERE_API Timeline {
 public:
     Timeline();
@@ -20,14 +21,16 @@ public:
     Timeline(const Timeline&) = delete;
     Timeline& operator=(const Timeline&) = delete;
 
-    /// Does what is due at `time` (seconds) and hasn't been done, by time. A runner calls it before the first round of
-    /// that time. Raises `GraphException`, which names the entry, when a block refuses. [run, between two rounds]
+    /// Does what is due at `time` (seconds) and hasn't been done, by time. A runner calls it before the first
+    /// round of that time. Raises `GraphException`, which names the entry, when a block refuses. [run,
+    /// between two rounds]
     void apply(double time) {
         if (getIsDue(time)) applyDue(time);
     }
     /// Whether there is something to do. [run, between two rounds]
     bool getIsDue(double time) const { return next < actions.size() && time >= actions[next].at; }
-    /// The block that sends its values, null where none is sent; whoever runs the graph keeps it in a layout of its. [setup]
+    /// The block that sends its values, null where none is sent; whoever runs the graph keeps it in a layout
+    /// of its. [setup]
     Core::Filter* getSender();
     const Core::Filter* getSender() const;
 

@@ -11,16 +11,17 @@
 
 namespace Quillmere::Host {
 
-/// Fills a graph's `Timeline` and complains of what its blocks don't have or wouldn't take. The changes are rehearsed, by
-/// time, on blocks of their own that are set as those of the graph: the graph's own blocks are left as they begin.
+/// Fills a graph's `Timeline` and complains of what its blocks don't have or wouldn't take. The changes are
+/// rehearsed, by time, on blocks of their own that are set as those of the graph: the graph's own blocks are
+/// left as they begin.
 class TimelineBuilder {
 public:
     using Connected = std::map<const Core::AbstractInputPin*, Place>;
 
     TimelineBuilder(Graph& target, const GraphDescription& description, Complaints& complaints);
 
-    /// Finds and rehearses everything. Inputs that get values are entered in `connected`, which holds those that
-    /// connections lead to.
+    /// Finds and rehearses everything. Inputs that get values are entered in `connected`, which holds those
+    /// that connections lead to.
     void resolve(const BlockCatalogue& catalogue, Connected& connected);
     /// Links the inputs that get values. Requires: the graph's blocks stand in their layout.
     void link();

@@ -8,8 +8,8 @@
 
 namespace Quillmere::Host {
 
-/// The block whose outputs a timeline sends values from. It stands in the layout of the blocks that get them, so the links
-/// are plain ones; its step does nothing.
+/// The block whose outputs a timeline sends values from. It stands in the layout of the blocks that get them,
+/// so the links are plain ones; its step does nothing.
 class Timeline::Sender final : public Core::Filter {
 public:
     Sender() : Core::Filter("timeline", true) {}

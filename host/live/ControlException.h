@@ -6,8 +6,9 @@
 
 namespace Quillmere::Host {
 
-/// What a live run refuses to do, or a setting to take. The text says what was found and what was expected, or is the
-/// setting's own. Nothing has changed, unless the block's handler raised it, which runs behind the change.
+/// What a live run refuses to do, or a setting to take. The text says what was found and what was expected,
+/// or is the setting's own. Nothing has changed, unless the block's handler raised it, which runs behind the
+/// change.
 class QUILLMERE_API ControlException : public HostException {
 public:
     using HostException::HostException;

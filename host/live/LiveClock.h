@@ -7,8 +7,8 @@
 
 namespace Quillmere::Host {
 
-/// When what a recording holds is due: as many seconds behind the start as its time stamp is behind the first, or fewer
-/// by a factor.
+/// When what a recording holds is due: as many seconds behind the start as its time stamp is behind the
+/// first, or fewer by a factor.
 class LiveClock {
 public:
     using Clock = Core::Synchronizer::Clock;
@@ -34,8 +34,8 @@ public:
     }
 
 private:
-    static constexpr double kLongest =
-        3e9; ///< Seconds, a century: what lies beyond doesn't come, and would overflow.
+    /// Seconds, a century: what lies beyond doesn't come, and would overflow.
+    static constexpr double kLongest = 3e9;
 
     const double speed;
     double beginOfStream = 0.0;

@@ -17,8 +17,9 @@ namespace Quillmere::Host {
 
 /// What the layouts of a live run share: how time passes, what still drives the run, and how it ends.
 ///
-/// A run is over when nothing new comes: its sources have ended, or its generators have reached their limit, or somebody
-/// has said so. Layouts then let out what is in their links. A run that is cut leaves everything where it is.
+/// A run is over when nothing new comes: its sources have ended, or its generators have reached their limit,
+/// or somebody has said so. Layouts then let out what is in their links. A run that is cut leaves everything
+/// where it is.
 class QUILLMERE_API LiveDrive {
 public:
     LiveDrive(double speed, const RunLimit& runLimit, bool counts, Timeline& graphsTimeline)
@@ -31,7 +32,8 @@ public:
     RoomBoard room;
     Timeline& timeline;
     std::mutex timelineMutex; ///< Held by who applies the timeline or says who shall; taken before any gate.
-    /// For a layout, when the run is over: what goes round in a loop is left alone then. Changed with all gates held.
+    /// For a layout, when the run is over: what goes round in a loop is left alone then. Changed with all
+    /// gates held.
     std::uint64_t mostDrainRounds = 0;
     std::atomic<std::uint64_t> nonFiniteSeen{0}; ///< Over all layouts' `FiniteWatch`.
 

@@ -17,32 +17,32 @@
 namespace Quillmere::Host {
 
 struct LiveOptions {
-    /// Stream time by real time: above 0, and infinite for as fast as it can. Pipes are never waited for longer than they
-    /// take.
+    /// Stream time by real time: above 0, and infinite for as fast as it can. Pipes are never waited for
+    /// longer than they take.
     double speed = 1.0;
     bool countsSteps = true; ///< Whether the statistics have steps and times; samples are counted always.
     std::optional<Overflow> overflow{}; ///< Of links between layouts that say nothing; see `OverflowRules`.
 };
 
-/// Runs a graph live: a thread for each of its layouts, recordings paced by their time stamps, pipes read as they come, and
-/// everything that a graph has of settings, links and layouts open to change while it runs.
+/// Runs a graph live: a thread for each of its layouts, recordings paced by their time stamps, pipes read as
+/// they come, and everything that a graph has of settings, links and layouts open to change while it runs.
 ///
-/// Every operation may be called by any thread, but not from a step, a handler or an observer; those that change links or
-/// layouts wait for steps that are under way. What is refused is a `ControlException`.
+/// Every operation may be called by any thread, but not from a step, a handler or an observer; those that
+/// change links or layouts wait for steps that are under way. What is refused is a `ControlException`.
 class QUILLMERE_API LiveRun {
 public:
     enum class State { Ready, Running, Ending, Ended, Failed };
 
-    /// Without a limit the run of a graph without sources lasts until it is told to stop. Raises `GraphException` for a job
-    /// that can't be run live.
+    /// Without a limit the run of a graph without sources lasts until it is told to stop. Raises
+    /// `GraphException` for a job that can't be run live.
     explicit LiveRun(Job job, const LiveOptions& options = {});
     /// Cuts a run that has not ended.
     ~LiveRun();
     LiveRun(const LiveRun&) = delete;
     LiveRun& operator=(const LiveRun&) = delete;
 
-    /// Begins the results and then the run. When a stop is requested, it is interrupted. Raises `RecordingException` when
-    /// a result can't be begun: nothing has run then. Requires: not called before.
+    /// Begins the results and then the run. When a stop is requested, it is interrupted. Raises
+    /// `RecordingException` when a result can't be begun: nothing has run then. Requires: not called before.
     void start(const std::stop_token& stop = {});
     const Job& getJob() const;
     Job& getJob();
@@ -60,7 +60,8 @@ public:
     /// What the run has done, also when it failed. Requires: it has ended.
     const RunOutcome& getOutcome() const;
 
-    /// Settings and commands as `block.Setting`; values are written as in a graph file. Patterns have `*` and `?`.
+    /// Settings and commands as `block.Setting`; values are written as in a graph file. Patterns have `*` and
+    /// `?`.
     std::vector<SettingState> list(const std::string& pattern = "*") const;
     SettingState read(const std::string& name) const;
     void write(const std::string& name, const std::string& value);
@@ -68,7 +69,8 @@ public:
     std::unique_ptr<SettingWatch> observe(const std::string& pattern, SettingWatch::Handler handler) const;
     LiveStatistics getStatistics();
 
-    /// Moves a block to another layout: its links choose their kind anew, and what is in flight on them is lost.
+    /// Moves a block to another layout: its links choose their kind anew, and what is in flight on them is
+    /// lost.
     void move(const std::string& block, const std::string& layout);
     /// Makes a link, takes down the one of an input.
     void attach(const LinkRequest& request);

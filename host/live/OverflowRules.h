@@ -11,15 +11,16 @@
 
 namespace Quillmere::Host {
 
-/// What links between layouts do when their buffers are full, as the graph's file has it, and those who make links later.
+/// What links between layouts do when their buffers are full, as the graph's file has it, and those who make
+/// links later.
 ///
-/// Where nobody has said anything, samples are waited for where recordings alone drive the run as fast as it can: nothing
-/// else would slow the sender down to what the reader can take. Layouts that feed each other in a loop never wait for each
-/// other.
-/// Requires of every operation: all layouts stand still, or no thread runs.
+/// Where nobody has said anything, samples are waited for where recordings alone drive the run as fast as it
+/// can: nothing else would slow the sender down to what the reader can take. Layouts that feed each other in
+/// a loop never wait for each other. Requires of every operation: all layouts stand still, or no thread runs.
 class OverflowRules {
 public:
-    /// `standard` is for links of which nobody has said anything, whatever drives the run. The graph is not owned.
+    /// `standard` is for links of which nobody has said anything, whatever drives the run. The graph is not
+    /// owned.
     OverflowRules(Graph& graph, bool isUnpaced, std::optional<Overflow> standard);
 
     /// What somebody wants of the link that an input has, or is about to have.

@@ -15,11 +15,11 @@ namespace Quillmere::Host {
 
 /// Where layouts that wait for room in a link and those that make it find each other.
 ///
-/// A layout whose link has no room begins no round: it says so here, looks once more, and sleeps. It is woken when the reader
-/// has made room and when links or layouts have changed; and when waiting has lost its point, because the reader is
-/// at rest and nothing moves that could give it a step. Then it goes on for one round, and what the link loses is counted as
-/// ever. So a reader that doesn't take, whatever its reasons, holds nobody for ever.
-/// Requires: the layouts that wait for each other make no loop.
+/// A layout whose link has no room begins no round: it says so here, looks once more, and sleeps. It is woken
+/// when the reader has made room and when links or layouts have changed; and when waiting has lost its point,
+/// because the reader is at rest and nothing moves that could give it a step. Then it goes on for one round,
+/// and what the link loses is counted as ever. So a reader that doesn't take, whatever its reasons, holds
+/// nobody for ever. Requires: the layouts that wait for each other make no loop.
 class QUILLMERE_API RoomBoard {
 public:
     using Input = Core::InputPin<Core::MatrixXd>;
@@ -34,25 +34,25 @@ public:
 
     /// Enters a layout by its gate, which is not owned, and gives back its number. [setup]
     std::size_t enter(Core::Synchronizer& gate);
-    /// Who feeds whom by now, and whether anybody is to wait at all; wakes all who wait. Requires: all gates are held, or no
-    /// thread runs. [any, guarded]
+    /// Who feeds whom by now, and whether anybody is to wait at all; wakes all who wait. Requires: all gates
+    /// are held, or no thread runs. [any, guarded]
     void arrange(const LayoutLinks& links, bool isAnyWaiting);
     /// [any]
     bool getIsActive() const { return isActive.load(std::memory_order_relaxed); }
     /// Changes with each `arrange`. Requires: a gate is held. [any, guarded]
     std::uint64_t getGeneration() const { return generation; }
 
-    /// The layout waits from now on, until `wake`: the caller looks at the link once more behind this, and what the reader
-    /// takes behind that look is told. Requires: the layout's gate is held. [run]
+    /// The layout waits from now on, until `wake`: the caller looks at the link once more behind this, and
+    /// what the reader takes behind that look is told. Requires: the layout's gate is held. [run]
     void announce(std::size_t layout, const Wait& wait);
-    /// The layout is about to sleep, and if it doesn't wait, `isExpecting` tells whether it wakes by itself. False when it
-    /// has no reason to sleep, since waiting has no point or all has changed since `seen`, its last look at the generation.
-    /// Requires: it holds no gate. [run]
+    /// The layout is about to sleep, and if it doesn't wait, `isExpecting` tells whether it wakes by itself.
+    /// False when it has no reason to sleep, since waiting has no point or all has changed since `seen`, its
+    /// last look at the generation. Requires: it holds no gate. [run]
     bool settle(std::size_t layout, bool isExpecting, std::uint64_t seen);
     /// The layout is awake, or waits no more; true when it is to go on without room. [run]
     bool wake(std::size_t layout);
-    /// Wakes those who wait for a link to `reader` that has by now what they want or, with `isLast`, what they need.
-    /// Requires: the reader's gate is held. [run]
+    /// Wakes those who wait for a link to `reader` that has by now what they want or, with `isLast`, what
+    /// they need. Requires: the reader's gate is held. [run]
     void tellRoom(std::size_t reader, bool isLast) {
         if (waiters.load() != 0) tellWaiters(reader, isLast);
     }

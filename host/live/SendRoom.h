@@ -9,11 +9,12 @@
 
 namespace Quillmere::Host {
 
-/// The links over which a layout sends and that are to lose nothing: whether they have room for another round of it.
+/// The links over which a layout sends and that are to lose nothing: whether they have room for another round
+/// of it.
 ///
-/// A round needs as much room as the most that it has ever sent over the link: one at first. What a round sends beyond that,
-/// or beyond the whole buffer, is lost, and counted where all is.
-/// Requires of every operation: the layout's gate is held, or no thread runs.
+/// A round needs as much room as the most that it has ever sent over the link: one at first. What a round
+/// sends beyond that, or beyond the whole buffer, is lost, and counted where all is. Requires of every
+/// operation: the layout's gate is held, or no thread runs.
 class QUILLMERE_API SendRoom {
 public:
     struct Link {

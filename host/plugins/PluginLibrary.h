@@ -14,21 +14,21 @@ namespace Quillmere::Host {
 /// The file name of this project's own plug-in.
 inline constexpr const char* kOwnPluginFile = "libVelmarind.so";
 
-/// A plug-in, or a block of one, that can't be used: no shared object, no plug-in, one for another framework, one that raises
-/// where it shouldn't. The text begins with the plug-in's file.
+/// A plug-in, or a block of one, that can't be used: no shared object, no plug-in, one for another framework,
+/// one that raises where it shouldn't. The text begins with the plug-in's file.
 class QUILLMERE_API PluginException : public HostException {
 public:
     using HostException::HostException;
 };
 
-/// A plug-in in memory: its shared object is open and started. It is stopped with the last reference, and every block keeps
-/// one. Its code stays in memory, since an exception that the plug-in raised may still be on its way.
-/// Used from one thread at a time. [setup]
+/// A plug-in in memory: its shared object is open and started. It is stopped with the last reference, and
+/// every block keeps one. Its code stays in memory, since an exception that the plug-in raised may still be
+/// on its way. Used from one thread at a time. [setup]
 class QUILLMERE_API PluginLibrary {
 public:
-    /// Opens and starts the plug-in in the file at `path`; one that is open already is shared, not started again.
-    /// Raises `PluginException`, which says what is wrong with the file: what the plug-in's start raises is in its text, and
-    /// types without a name or with one and the same are refused.
+    /// Opens and starts the plug-in in the file at `path`; one that is open already is shared, not started
+    /// again. Raises `PluginException`, which says what is wrong with the file: what the plug-in's start
+    /// raises is in its text, and types without a name or with one and the same are refused.
     static std::shared_ptr<PluginLibrary> open(const std::string& path);
 
     ~PluginLibrary();
@@ -39,7 +39,8 @@ public:
     /// The factories that the plug-in brought, in its own order.
     const std::vector<Core::AbstractFilterFactory*>& getFactories() const { return factories; }
 
-    /// Warnings of plug-ins that raised when they were stopped, which happens where nobody can be told; each is given once.
+    /// Warnings of plug-ins that raised when they were stopped, which happens where nobody can be told; each
+    /// is given once.
     static std::vector<std::string> takeStopFailures();
 
 private:
@@ -57,7 +58,8 @@ private:
     std::vector<Core::AbstractFilterFactory*> factories;
 };
 
-/// The file of the open plug-in whose code a block runs; empty for blocks of this project's own and of the host. [any]
+/// The file of the open plug-in whose code a block runs; empty for blocks of this project's own and of the
+/// host. [any]
 QUILLMERE_API std::string pluginFileOf(const Core::Filter& block);
 
 /// `'smooth' (OwnFilter of /where/libOwn.so)`: a block in a message, with what `pluginFileOf` gives. [any]

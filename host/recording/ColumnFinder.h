@@ -18,7 +18,8 @@ public:
     /// `path` is for complaints. Requires: `columnNames` outlives the finder.
     ColumnFinder(std::string path, const std::vector<std::string>& columnNames);
 
-    /// The place of the column; nothing, with a complaint, when none has that name. A name that several have is a complaint.
+    /// The place of the column; nothing, with a complaint, when none has that name. A name that several have
+    /// is a complaint.
     std::optional<std::size_t> find(const std::string& name, const Place& where,
                                     Complaints& complaints) const;
 

@@ -36,7 +36,8 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-/// The end of the cell that begins at `begin`: the comma behind it, or the end of the line. Commas in quotes are text.
+/// The end of the cell that begins at `begin`: the comma behind it, or the end of the line. Commas in quotes
+/// are text.
 const char* endOfCell(const char* begin, const char* lineEnd) {
     const char* first = std::find_if_not(begin, lineEnd, isBlank);
     if (first == lineEnd || *first != '"') return std::find(begin, lineEnd, ',');
@@ -53,8 +54,8 @@ std::string_view unquoted(std::string_view cell) {
     return isQuoted ? cell.substr(1, cell.size() - 2) : cell;
 }
 
-/// A cell's text without blanks and quotes; a doubled quote inside quotes is one. A number or a text for missing values has
-/// none, so only names and messages need this.
+/// A cell's text without blanks and quotes; a doubled quote inside quotes is one. A number or a text for
+/// missing values has none, so only names and messages need this.
 std::string plainText(std::string_view cell) {
     const std::string_view inner = unquoted(cell);
     if (inner.size() == trimmed(cell).size()) return std::string(inner);

@@ -15,20 +15,21 @@ namespace Quillmere::Host {
 
 /// Reads a recording of numbers row by row: comma-separated, a header row of column names, a number a cell.
 ///
-/// Before the header, lines that begin with `#` are comments. Names and cells may be quoted, blanks around them don't
-/// count, lines end with LF or CRLF, a byte order mark at the start is passed over, and so are blank lines (but not in
-/// a file of one column, where a blank line is a row with an empty cell). Numbers are what `std::from_chars` takes,
-/// and a leading `+`; the sign and the bits of what `CsvWriter` wrote come back.
+/// Before the header, lines that begin with `#` are comments. Names and cells may be quoted, blanks around
+/// them don't count, lines end with LF or CRLF, a byte order mark at the start is passed over, and so are
+/// blank lines (but not in a file of one column, where a blank line is a row with an empty cell). Numbers are
+/// what `std::from_chars` takes, and a leading `+`; the sign and the bits of what `CsvWriter` wrote come
+/// back.
 ///
-/// Memory holds one piece of the file and no more, however long the recording is; only a row longer than that piece
-/// makes it larger. A row allocates nothing. Every complaint is a `RecordingException` with file, line, column name and the
-/// text found.
+/// Memory holds one piece of the file and no more, however long the recording is; only a row longer than that
+/// piece makes it larger. A row allocates nothing. Every complaint is a `RecordingException` with file, line,
+/// column name and the text found.
 class QUILLMERE_API CsvReader {
 public:
     enum class Row { Sound, Faulty, End };
 
-    /// Opens the file, or standard input for `-`, and reads the header; of a pipe it waits for one. Raises when it can't be
-    /// opened, has no header or is none of our tables.
+    /// Opens the file, or standard input for `-`, and reads the header; of a pipe it waits for one. Raises
+    /// when it can't be opened, has no header or is none of our tables.
     explicit CsvReader(const std::string& path);
     CsvReader(const CsvReader&) = delete;
     CsvReader& operator=(const CsvReader&) = delete;
@@ -36,25 +37,26 @@ public:
     const std::string& getPath() const { return file.getName(); }
     const std::vector<std::string>& getColumns() const { return columns; }
 
-    /// Chooses what `readRow` gives: its value i is column `chosen[i]`. The other columns are passed over unread, so
-    /// they may hold any text. Requires: indices into `getColumns()`, each at most once.
+    /// Chooses what `readRow` gives: its value i is column `chosen[i]`. The other columns are passed over
+    /// unread, so they may hold any text. Requires: indices into `getColumns()`, each at most once.
     void select(const std::vector<std::size_t>& chosen);
-    /// Takes cells of one of these texts for missing values: they become not-a-number, and are counted. An empty text stands
-    /// for empty cells.
+    /// Takes cells of one of these texts for missing values: they become not-a-number, and are counted. An
+    /// empty text stands for empty cells.
     void setMissing(std::vector<std::string> texts);
     /// From then on waiting for a pipe ends with `InterruptedException` when `flag` is true. [setup]
     void setStop(const std::stop_token& token) { file.setStop(token); }
 
-    /// Reads the next row into `values`, one number for each selected column; false at the end of the file. An empty
-    /// cell leaves its value as it was and counts in `getIsEmpty`. Raises for a cell that isn't a number and for a row
-    /// with more or fewer cells than the header.
+    /// Reads the next row into `values`, one number for each selected column; false at the end of the file.
+    /// An empty cell leaves its value as it was and counts in `getIsEmpty`. Raises for a cell that isn't a
+    /// number and for a row with more or fewer cells than the header.
     bool readRow(double* values);
-    /// The same, but what is wrong with the row's own text is kept for `getFault` instead of being raised. Cells that aren't
-    /// numbers become not-a-number; in a row with too few or too many cells no value counts.
+    /// The same, but what is wrong with the row's own text is kept for `getFault` instead of being raised.
+    /// Cells that aren't numbers become not-a-number; in a row with too few or too many cells no value
+    /// counts.
     Row takeRow(double* values);
 
-    /// Whether `readRow` would give a row or the end of the file without waiting for whoever writes a pipe. Reads what
-    /// has come.
+    /// Whether `readRow` would give a row or the end of the file without waiting for whoever writes a pipe.
+    /// Reads what has come.
     bool getIsRowReady();
     /// Whether rows may have to be waited for: no file on a disk, but a pipe, a terminal, a device.
     bool getIsPiped() const { return file.getIsPiped(); }
@@ -70,13 +72,15 @@ public:
     std::size_t getMissingCells() const { return missingCells; }
     /// Whether the cell behind value `index` of the last row was one of them.
     bool getIsMissing(std::size_t index) const { return missingCells > 0 && isMissing[index] != 0; }
-    /// Whether the last row ended with the file and not with a line end, so that there may have been more of it.
+    /// Whether the last row ended with the file and not with a line end, so that there may have been more of
+    /// it.
     bool getIsCut() const { return isCut; }
 
     /// The line of the last row read, 1 being the file's first.
     std::uint64_t getLine() const { return line; }
 
-    /// How far the reader is in the file and how long that is, for a progress display. The size is 0 for a pipe.
+    /// How far the reader is in the file and how long that is, for a progress display. The size is 0 for a
+    /// pipe.
     std::uint64_t getBytesRead() const {
         return bytesBefore + static_cast<std::uint64_t>(cursor - piece.data());
     }
@@ -84,7 +88,8 @@ public:
     /// Whether the file was written to while it was read. Requires: its end has been reached.
     bool getIsChanged() const { return file.getIsChanged(); }
 
-    /// What was wrong with the last row: `FILE:LINE: column 'NAME': found "TEXT"; expected ...`. Requires: it was faulty.
+    /// What was wrong with the last row: `FILE:LINE: column 'NAME': found "TEXT"; expected ...`. Requires: it
+    /// was faulty.
     std::string getFault() const;
     /// Whether the last row has as many cells as the header, so that one knows which is which.
     bool getHasAllCells() const { return hasAllCells; }

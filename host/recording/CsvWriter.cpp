@@ -69,8 +69,8 @@ void CsvWriter::handOver(std::size_t count) {
     }
 }
 
-/// Keeps where the last whole row ends in the file, and how many there are, when `count` bytes of the buffer are in it
-/// behind `before` others.
+/// Keeps where the last whole row ends in the file, and how many there are, when `count` bytes of the buffer
+/// are in it behind `before` others.
 void CsvWriter::noteWholeRows(std::uint64_t before, std::size_t count) {
     const std::string_view taken(buffer.data(), count);
     const std::size_t end = taken.rfind('\n');

@@ -12,15 +12,15 @@
 
 namespace Quillmere::Host {
 
-/// Writes a table of numbers: a header row, then cells, each the shortest text that reads back to the same bits.
-/// Lines end with LF. What is written passes through one buffer of fixed size.
+/// Writes a table of numbers: a header row, then cells, each the shortest text that reads back to the same
+/// bits. Lines end with LF. What is written passes through one buffer of fixed size.
 class QUILLMERE_API CsvWriter {
 public:
     /// Requires: `target` outlives the writer.
     explicit CsvWriter(ResultFile& target);
 
-    /// A row of names; a name with a comma, a quote or a blank at its ends is quoted. Requires: it is the first row, and no
-    /// name has a line end.
+    /// A row of names; a name with a comma, a quote or a blank at its ends is quoted. Requires: it is the
+    /// first row, and no name has a line end.
     void writeHeader(const std::vector<std::string>& names);
 
     /// A name as it stands in a header.
@@ -55,7 +55,8 @@ private:
     static constexpr std::size_t kBufferSize = std::size_t{1} << 18;
     static constexpr std::size_t kLongestCell = kNumberRoom + 1; ///< And a comma.
 
-    /// Makes room for one cell. The last character stays in the buffer: `endRow` turns it into the line's end.
+    /// Makes room for one cell. The last character stays in the buffer: `endRow` turns it into the line's
+    /// end.
     void reserve() {
         if (bufferEnd - cursor < static_cast<std::ptrdiff_t>(kLongestCell)) drain();
     }

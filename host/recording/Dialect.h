@@ -18,8 +18,8 @@ struct Dialect {
 /// What the first bytes of a file say.
 QUILLMERE_API Dialect dialectOf(std::string_view head);
 
-/// What the header row says when a column isn't in it: how it would have to be separated to have it, as in `';'`, or
-/// nothing. `columns` are what commas make of it.
+/// What the header row says when a column isn't in it: how it would have to be separated to have it, as in
+/// `';'`, or nothing. `columns` are what commas make of it.
 QUILLMERE_API std::string separatorOf(const std::vector<std::string>& columns, const std::string& wanted);
 
 } // namespace Quillmere::Host

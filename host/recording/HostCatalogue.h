@@ -6,8 +6,8 @@
 
 namespace Quillmere::Host {
 
-/// A catalogue that has the blocks for recordings and results, `RecordingSource` and `RecordingSink`; those of plug-ins are
-/// loaded.
+/// A catalogue that has the blocks for recordings and results, `RecordingSource` and `RecordingSink`; those
+/// of plug-ins are loaded.
 class QUILLMERE_API HostCatalogue : public BlockCatalogue {
 public:
     HostCatalogue();

@@ -23,8 +23,8 @@ constexpr int kExactWholeDigits = 15;
 /// No text as short as this is a number too small for a double: 1e-324 is longer.
 constexpr std::ptrdiff_t kSafeZero = 5;
 
-/// Eight characters in a register, the first one in the lowest byte: the number's digits, zeros first. All of them at once:
-/// halves of four digits, of those halves of two, of those tens and ones.
+/// Eight characters in a register, the first one in the lowest byte: the number's digits, zeros first. All of
+/// them at once: halves of four digits, of those halves of two, of those tens and ones.
 std::uint64_t eightDigits(std::uint64_t number) {
     const std::uint64_t fours = number / 10000 + (number % 10000 << 32);
     // 10486 / 2^20 is 1/100 and 103 / 2^10 is 1/10, closely enough for numbers so small.
@@ -95,8 +95,9 @@ char* writeExponent(char* to, int exponent) {
     return to;
 }
 
-/// Numbers from 0.001 to 10^8 with six decimals at most, as most recordings have them, or returns null. They are found by
-/// trying: where a number over 10^6 rounds to the value, no other text of up to 15 digits reads back as it.
+/// Numbers from 0.001 to 10^8 with six decimals at most, as most recordings have them, or returns null. They
+/// are found by trying: where a number over 10^6 rounds to the value, no other text of up to 15 digits reads
+/// back as it.
 char* writeShort(char* to, double value) {
     constexpr double kUnits = 1e6;
     const double magnitude = std::abs(value);
@@ -133,14 +134,16 @@ char* writeShortest(char* to, double value) {
     for (; number < kSmallestOf17; number *= 10)
         --before;
     const Digits digits(number);
-    // `before` digits stand before the point in plain notation, which is taken where it isn't longer than the other. A
-    // single digit has no point in the other, which is why it is the shorter one by a character there.
+    // `before` digits stand before the point in plain notation, which is taken where it isn't longer than the
+    // other. A single digit has no point in the other, which is why it is the shorter one by a character
+    // there.
     const int count = digits.count();
     const int single = count == 1 ? 1 : 0;
     const bool isPlain = before >= single - 3 && before - count <= 5 - single;
     if (isPlain && before > kExactWholeDigits && before >= count) return nullptr;
 
-    // Signs and sizes come in no order that a processor could learn, so what follows for usual numbers has no branches.
+    // Signs and sizes come in no order that a processor could learn, so what follows for usual numbers has no
+    // branches.
     *to = '-';
     to += std::signbit(value) ? 1 : 0;
     if (!isPlain) {
@@ -151,7 +154,8 @@ char* writeShortest(char* to, double value) {
         digits.write(to);
         return to + before;
     }
-    // Below 1 the digits follow on "0." and zeros, the last of which stands where the point would be otherwise.
+    // Below 1 the digits follow on "0." and zeros, the last of which stands where the point would be
+    // otherwise.
     const int isBelowOne = before <= 0 ? 1 : 0;
     const int offset = isBelowOne * (1 - before);
     std::memcpy(to, kBelowOne.data(), kBelowOne.size());

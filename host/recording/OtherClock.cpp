@@ -31,8 +31,8 @@ bool isNameOfTime(const std::string& name) {
     return name == "t" || std::find(kWords.begin(), kWords.end(), word) != kWords.end();
 }
 
-/// Rows a second by one column: of the possible units the one that comes nearest to `rate`, and nothing when they agree
-/// or the column tells no time.
+/// Rows a second by one column: of the possible units the one that comes nearest to `rate`, and nothing when
+/// they agree or the column tells no time.
 std::optional<double> otherRate(const SourceAccount& account, double rate) {
     const bool goesOn = account.backward.count == 0 && account.equal.count == 0;
     if (account.rows < kFewest || !goesOn || !account.medianStep) return std::nullopt;

@@ -10,8 +10,8 @@
 namespace Quillmere::Host {
 
 namespace {
-/// Milliseconds. A signal ends the sleep at once when it comes to the thread that waits; another thread's, or one that came
-/// just before, is seen at the next look.
+/// Milliseconds. A signal ends the sleep at once when it comes to the thread that waits; another thread's, or
+/// one that came just before, is seen at the next look.
 constexpr int kBetweenLooks = 100;
 } // namespace
 

@@ -14,17 +14,18 @@
 
 namespace Quillmere::Host {
 
-/// Whether a recording of that path would come through a pipe, a terminal or a device, so that what is read of it is gone
-/// for whoever reads it next. Opens nothing, which could wait for who writes.
+/// Whether a recording of that path would come through a pipe, a terminal or a device, so that what is read
+/// of it is gone for whoever reads it next. Opens nothing, which could wait for who writes.
 bool getIsPipe(const std::string& path);
 
 /// The bytes of a recording: of a file, or of whoever writes a pipe. Failures are `RecordingException`s.
 ///
-/// A file is taken as long as it is when its end is reached: what was appended meanwhile belongs to it. One that got shorter
-/// since it was opened is refused, since what is missing was a part of it.
+/// A file is taken as long as it is when its end is reached: what was appended meanwhile belongs to it. One
+/// that got shorter since it was opened is refused, since what is missing was a part of it.
 class QUILLMERE_API RecordingFile {
 public:
-    /// Opens the file, or standard input for `-`. Raises when there is none that can be read, and for a folder.
+    /// Opens the file, or standard input for `-`. Raises when there is none that can be read, and for a
+    /// folder.
     explicit RecordingFile(const std::string& path);
     ~RecordingFile();
     RecordingFile(const RecordingFile&) = delete;

@@ -63,8 +63,8 @@ bool RecordingRows::getHasTime() const {
     return !plan.timeCell || (std::isfinite(time) && !reader->getIsEmpty(*plan.timeCell));
 }
 
-/// Finds the pins that have no sample in this row, and empty cells that may not be, which become not-a-number. Gives back
-/// what is wrong with the first of these, or nothing.
+/// Finds the pins that have no sample in this row, and empty cells that may not be, which become
+/// not-a-number. Gives back what is wrong with the first of these, or nothing.
 std::string RecordingRows::mendHoles() {
     std::string fault;
     const auto isEmpty = [&](std::size_t cell) { return reader->getIsEmpty(cell); };

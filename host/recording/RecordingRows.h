@@ -16,11 +16,12 @@
 
 namespace Quillmere::Host {
 
-/// What becomes of a row in which something is wrong: it ends the run, it is passed over, or it is taken with not-a-number in
-/// place of what is wrong.
+/// What becomes of a row in which something is wrong: it ends the run, it is passed over, or it is taken with
+/// not-a-number in place of what is wrong.
 enum class OnBadRow { Error, Skip, Nan };
-/// What becomes of a last line without a line end: it is a row as any other, as many programs end their files so; it ends the
-/// run; or it is left out. What is in it doesn't matter to the last two, since a number that was cut looks like a whole one.
+/// What becomes of a last line without a line end: it is a row as any other, as many programs end their files
+/// so; it ends the run; or it is left out. What is in it doesn't matter to the last two, since a number that
+/// was cut looks like a whole one.
 enum class OnCutEnd { Keep, Error, Drop };
 
 /// What is wanted of each row of a recording. Cells are places in the list `chosen`.
@@ -42,9 +43,9 @@ struct RowPlan {
 
 /// Takes the rows of a recording one by one, by a plan, and keeps account of them.
 ///
-/// A row is bad when a cell that is wanted isn't a number, when it has too few or too many cells, when its time isn't finite,
-/// and when some cells of a pin are empty while others aren't. Only bad cells can be mended, and not that of the time: a
-/// row that can't be is skipped where it should be mended.
+/// A row is bad when a cell that is wanted isn't a number, when it has too few or too many cells, when its
+/// time isn't finite, and when some cells of a pin are empty while others aren't. Only bad cells can be
+/// mended, and not that of the time: a row that can't be is skipped where it should be mended.
 class QUILLMERE_API RecordingRows {
 public:
     enum class Row { Taken, Skipped, End };
@@ -59,8 +60,8 @@ public:
     void setStop(const std::stop_token& token) { reader->setStop(token); }
     const RowPlan& getPlan() const { return plan; }
 
-    /// Of the row: its time in seconds, the elements of a pin's sample, and whether there is a sample, which there isn't where all
-    /// cells of the pin are empty. Requires: the last `take` took it.
+    /// Of the row: its time in seconds, the elements of a pin's sample, and whether there is a sample, which
+    /// there isn't where all cells of the pin are empty. Requires: the last `take` took it.
     double getTime() const { return time; }
     double getElement(std::size_t pin, std::size_t element) const {
         return values[plan.pins[pin].cells[element]];

@@ -20,7 +20,8 @@ namespace Quillmere::Host {
 namespace {
 constexpr const char* kExpectedName = "a name in one line, without control characters";
 
-/// The pin that would have a column of this name, counted as in `accel[0]`; empty when the name doesn't count.
+/// The pin that would have a column of this name, counted as in `accel[0]`; empty when the name doesn't
+/// count.
 std::string countedPin(const std::string& name) {
     const std::size_t bracket = name.rfind('[');
     if (bracket == std::string::npos || name.size() < bracket + 3 || name.back() != ']') return {};
@@ -209,7 +210,8 @@ void RecordingSink::checkPins(Complaints& complaints) const {
             check(name, named.where);
 }
 
-/// How many elements a sample has is known beforehand where nothing between a recording and the sink changes its shape.
+/// How many elements a sample has is known beforehand where nothing between a recording and the sink changes
+/// its shape.
 void RecordingSink::checkWidth(const NamedColumns& named, const Core::AbstractInputPin& pin,
                                Complaints& complaints) const {
     const Core::AbstractOutputPin* const giver = shapeGiverOf(pin);

@@ -17,11 +17,11 @@
 
 namespace Quillmere::Host {
 
-/// Writes what comes to its pins as a CSV table: a row for each round in which any pin received, first the time of the
-/// round, then the elements of each pin's sample, row by row; the cells of a pin that received nothing are empty.
-/// Where samples come from other threads, a row is what came with one time stamp; see `setGathersByTime`.
-/// Numbers are in the shortest form that reads back to the same bits. The pins are those that connections name, in the
-/// order of the connections.
+/// Writes what comes to its pins as a CSV table: a row for each round in which any pin received, first the
+/// time of the round, then the elements of each pin's sample, row by row; the cells of a pin that received
+/// nothing are empty. Where samples come from other threads, a row is what came with one time stamp; see
+/// `setGathersByTime`. Numbers are in the shortest form that reads back to the same bits. The pins are those
+/// that connections name, in the order of the connections.
 class QUILLMERE_API RecordingSink final : public Sink, public ResultEnd {
 public:
     static constexpr const char* kTypeName = "RecordingSink";

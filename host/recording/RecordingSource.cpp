@@ -20,7 +20,8 @@ constexpr std::int64_t kLargestCount = std::numeric_limits<std::int32_t>::max();
 /// Whether a longer frame is ever full is left to the run, since reading so far ahead takes time.
 constexpr std::size_t kLongestFrameFilled = 100000;
 
-/// The place of a word among `words`, which a message lists; 0 when it isn't one of them, which is a complaint.
+/// The place of a word among `words`, which a message lists; 0 when it isn't one of them, which is a
+/// complaint.
 std::size_t takeChoice(const Value& value, const std::vector<std::string>& words, Complaints& complaints) {
     const auto found = value.isScalar() ? std::find(words.begin(), words.end(), value.text) : words.end();
     if (found != words.end()) return static_cast<std::size_t>(found - words.begin());

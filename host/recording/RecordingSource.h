@@ -21,12 +21,13 @@ namespace Quillmere::Host {
 
 /// Reads a CSV recording: each row becomes one sample on each pin, or N rows one sample of N rows.
 ///
-/// A pin is a list of columns; its sample is 1 by n, one element a column, or N by n with `frame: N`, row by row. The
-/// time stamp is the row's time column in seconds, or the row's number divided by `rate`; a frame has that of its last
-/// row, and the next frame begins `hop` rows after it began. Rows at the end that fill no frame are not sent.
-/// A row in which all cells of a pin are empty gives no sample on that pin, as a result has it where nothing came; a
-/// pin with some cells empty, and an empty cell in a frame, are bad rows. What becomes of bad rows: see `RowPlan`. A frame is
-/// made of the rows that are taken, as if the recording had no others.
+/// A pin is a list of columns; its sample is 1 by n, one element a column, or N by n with `frame: N`, row by
+/// row. The time stamp is the row's time column in seconds, or the row's number divided by `rate`; a frame
+/// has that of its last row, and the next frame begins `hop` rows after it began. Rows at the end that fill
+/// no frame are not sent. A row in which all cells of a pin are empty gives no sample on that pin, as a
+/// result has it where nothing came; a pin with some cells empty, and an empty cell in a frame, are bad rows.
+/// What becomes of bad rows: see `RowPlan`. A frame is made of the rows that are taken, as if the recording
+/// had no others.
 class QUILLMERE_API RecordingSource final : public Source,
                                             public FileEnd,
                                             public RecordedSource,

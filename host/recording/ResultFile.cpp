@@ -93,8 +93,8 @@ void ResultFile::openOwn() {
     throw RecordingException(current + ": cannot be written: other runs make and remove it all the time");
 }
 
-/// The lock is taken before anything is thrown away: the file may be another run's, which may complete it between our
-/// opening and our lock. Then it is a whole result with a name of its own, and we begin anew.
+/// The lock is taken before anything is thrown away: the file may be another run's, which may complete it
+/// between our opening and our lock. Then it is a whole result with a name of its own, and we begin anew.
 bool ResultFile::tryToOpen() {
     close();
     file = ::open(current.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
@@ -173,8 +173,8 @@ void ResultFile::cutTo(std::uint64_t bytes) {
     written = bytes;
 }
 
-/// Errors that a write has left for later come with the sync or the closing. The lock must outlast the closing: up to its
-/// rename the file is ours alone.
+/// Errors that a write has left for later come with the sync or the closing. The lock must outlast the
+/// closing: up to its rename the file is ours alone.
 void ResultFile::finish() {
     if (isFinished || file < 0) return;
     isFinished = true;

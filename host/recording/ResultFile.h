@@ -14,16 +14,17 @@
 
 namespace Quillmere::Host {
 
-/// A result on its way: written as `NAME.partial` beside its final name, and given that name by `complete` alone, so
-/// a file under the final name is always a whole one and what stood there before stays until then. It gets the name when
-/// all of it is on the disk, and the mode of what it replaces. What it may replace: see `ResultPath`.
+/// A result on its way: written as `NAME.partial` beside its final name, and given that name by `complete`
+/// alone, so a file under the final name is always a whole one and what stood there before stays until then.
+/// It gets the name when all of it is on the disk, and the mode of what it replaces. What it may replace: see
+/// `ResultPath`.
 ///
-/// Two runs can't write one result at a time: the second is refused. Where the file system has no locks, nobody
-/// looks after that. Failures are `RecordingException`s.
+/// Two runs can't write one result at a time: the second is refused. Where the file system has no locks,
+/// nobody looks after that. Failures are `RecordingException`s.
 class QUILLMERE_API ResultFile {
 public:
-    /// Opens `NAME.partial`, empty; of a pipe it waits for the reader. Waiting, also that of `write`, ends with
-    /// `InterruptedException` when a stop is requested.
+    /// Opens `NAME.partial`, empty; of a pipe it waits for the reader. Waiting, also that of `write`, ends
+    /// with `InterruptedException` when a stop is requested.
     explicit ResultFile(const std::string& path, ResultOptions options = {},
                         const std::stop_token& stop = {});
     /// Leaves `NAME.partial` where it is, unless `complete` or `discard` came before.
@@ -41,7 +42,8 @@ public:
     /// From now on a write to a pipe that isn't read fails, also one that is under way. [any]
     void giveUp() { isGivenUp = true; }
 
-    /// Nothing more is written: brings everything to the disk, still under the partial name. A second call does nothing.
+    /// Nothing more is written: brings everything to the disk, still under the partial name. A second call
+    /// does nothing.
     void finish();
 
     /// Finishes and gives the file its final name.
@@ -57,7 +59,8 @@ public:
     /// Where the bytes are as long as the file isn't complete.
     const std::string& getPartialPath() const { return name.getPartialPath(); }
 
-    /// Another file for the same result, empty, to copy what was written into. Requires: a file that can be renamed.
+    /// Another file for the same result, empty, to copy what was written into. Requires: a file that can be
+    /// renamed.
     std::unique_ptr<ResultFile> beginCopy() const;
     /// Puts a copy in the place of what was written. Requires: nothing is written any more.
     void adopt(ResultFile& copy);

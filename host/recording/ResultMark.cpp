@@ -17,8 +17,8 @@ namespace {
 
 constexpr const char* kAttribute = "user.quillmere.result";
 constexpr std::string_view kOpen = "open";
-constexpr std::int64_t kSameSecond =
-    2; ///< File systems keep times more or less finely, and copies with them.
+/// File systems keep times more or less finely, and copies with them.
+constexpr std::int64_t kSameSecond = 2;
 constexpr std::size_t kHead = std::size_t{1} << 16;
 
 void set(int file, std::string_view text) {

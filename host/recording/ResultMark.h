@@ -5,10 +5,11 @@
 
 namespace Quillmere::Host {
 
-/// The mark by which runs know their own files again: an extended attribute, `user.quillmere.result`. While a run writes, it
-/// holds `open`; when the run is done with the file, its size and the second of its last change, so that a file which
-/// somebody has worked on since is no run's any more. Not all file systems have such attributes, and few ways to copy a file
-/// take them along, so a file without one is known by what stands in it.
+/// The mark by which runs know their own files again: an extended attribute, `user.quillmere.result`. While a
+/// run writes, it holds `open`; when the run is done with the file, its size and the second of its last
+/// change, so that a file which somebody has worked on since is no run's any more. Not all file systems have
+/// such attributes, and few ways to copy a file take them along, so a file without one is known by what
+/// stands in it.
 namespace ResultMark {
 
 enum class Maker { Run, ChangedSince, Unknown };

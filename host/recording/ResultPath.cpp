@@ -42,8 +42,9 @@ private:
     int file;
 };
 
-/// The descriptor of this process that a name such as `/dev/stdout` or `/dev/fd/3` leads to, -1 for another name. Opening
-/// such a name would open a file anew, at its begin; to go on where the descriptor is, it has to be known.
+/// The descriptor of this process that a name such as `/dev/stdout` or `/dev/fd/3` leads to, -1 for another
+/// name. Opening such a name would open a file anew, at its begin; to go on where the descriptor is, it has
+/// to be known.
 int findDescriptor(fs::path path) {
     const fs::path own = "/proc/" + std::to_string(::getpid()) + "/fd";
     std::error_code error;
@@ -183,7 +184,8 @@ Refusal ResultPath::findRefusalOfFinal(const ResultOptions& options) const {
     return refuse(theFile(path) + makerRefused(maker), kExpectedName);
 }
 
-/// What isn't a lone regular file may be a trap that somebody has set in a folder for all: its target would be emptied.
+/// What isn't a lone regular file may be a trap that somebody has set in a folder for all: its target would
+/// be emptied.
 Refusal ResultPath::findRefusalOfPartial(const std::string& path, const ResultOptions& options) {
     struct stat facts {};
     if (::lstat(path.c_str(), &facts) != 0) return {};

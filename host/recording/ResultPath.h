@@ -16,8 +16,8 @@ namespace Quillmere::Host {
 struct ResultOptions {
     /// Also a file that no run has made.
     bool overwrites = false;
-    /// Whether a file that begins so is a result of the caller's kind: asked where a file has lost its mark, as copies
-    /// have. Empty: never.
+    /// Whether a file that begins so is a result of the caller's kind: asked where a file has lost its mark,
+    /// as copies have. Empty: never.
     std::function<bool(std::string_view)> looksOwn;
 };
 
@@ -29,13 +29,15 @@ struct ResultRefusal {
 
 /// Where the name of a result leads, and which other names the result takes until it is whole.
 ///
-/// A file gets its name when it is whole, and stands beside it as `NAME.partial` until then, as `NAME.partial.widened`
-/// while it is copied into a wider form. A device, a pipe, standard output (`-`) and an open descriptor (`/dev/stdout`,
-/// `/dev/fd/3`) are written straight, since they can't be renamed; links may lead to these.
+/// A file gets its name when it is whole, and stands beside it as `NAME.partial` until then, as
+/// `NAME.partial.widened` while it is copied into a wider form. A device, a pipe, standard output (`-`) and
+/// an open descriptor (`/dev/stdout`, `/dev/fd/3`) are written straight, since they can't be renamed; links
+/// may lead to these.
 ///
-/// A file of another's is never lost. What stands under the final name is replaced only if a run has made it: it carries the
-/// mark of `ResultMark`, is empty, or looks like it; or if the caller says that anything may go. What stands under the other
-/// two names has to be such, a regular file with one name, and this user's. A link to a file is refused.
+/// A file of another's is never lost. What stands under the final name is replaced only if a run has made it:
+/// it carries the mark of `ResultMark`, is empty, or looks like it; or if the caller says that anything may
+/// go. What stands under the other two names has to be such, a regular file with one name, and this user's. A
+/// link to a file is refused.
 class QUILLMERE_API ResultPath {
 public:
     enum class Kind { File, Device, Descriptor };

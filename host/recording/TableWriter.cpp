@@ -131,7 +131,8 @@ void TableWriter::end() {
     widenEarlyRows();
 }
 
-/// Copies the table under the final header, with the cells added that a row's groups had not yet when it was written.
+/// Copies the table under the final header, with the cells added that a row's groups had not yet when it was
+/// written.
 void TableWriter::widenEarlyRows() {
     const std::unique_ptr<ResultFile> to = file.beginCopy();
     try {

@@ -13,15 +13,16 @@
 
 namespace Quillmere::Host {
 
-/// Writes samples of several groups as one CSV table: a time column, then for each group one column an element, named
-/// `group[0]`, `group[1]` and so on, or by names of its own. A group that has no sample in a row leaves its cells empty.
+/// Writes samples of several groups as one CSV table: a time column, then for each group one column an
+/// element, named `group[0]`, `group[1]` and so on, or by names of its own. A group that has no sample in a
+/// row leaves its cells empty.
 ///
 /// How wide a group is, is known when its first sample comes, which may be long after the first row. Rows are
-/// written at once all the same, in the widths known so far; when widths have grown in between, closing the table copies
-/// it once and fills in the cells that the early rows lack. Memory never holds more than a row.
+/// written at once all the same, in the widths known so far; when widths have grown in between, closing the
+/// table copies it once and fills in the cells that the early rows lack. Memory never holds more than a row.
 ///
-/// A pipe can't be copied: there, a group without names that has no sample yet when the first row is written gets one
-/// column, and a sample that is wider than its columns is refused.
+/// A pipe can't be copied: there, a group without names that has no sample yet when the first row is written
+/// gets one column, and a sample that is wider than its columns is refused.
 class QUILLMERE_API TableWriter {
 public:
     struct Group {
@@ -29,13 +30,13 @@ public:
         std::vector<std::string> columns; ///< Names of its own, or empty.
     };
 
-    /// Opens the result. Raises `RecordingException` when it can't be written. `stop`: see `ResultFile`. Requires: no
-    /// name has a line end.
+    /// Opens the result. Raises `RecordingException` when it can't be written. `stop`: see `ResultFile`.
+    /// Requires: no name has a line end.
     TableWriter(const std::string& path, std::string timeName, std::vector<Group> groups,
                 ResultOptions options = {}, const std::stop_token& stop = {});
 
-    /// Writes a row: `samples[i]` belongs to group i and may be null. Raises when a group with names of its own gets a
-    /// sample with another number of elements, and when the file can't be written.
+    /// Writes a row: `samples[i]` belongs to group i and may be null. Raises when a group with names of its
+    /// own gets a sample with another number of elements, and when the file can't be written.
     void writeRow(double time, const std::vector<const Core::MatrixXd*>& samples);
 
     /// Hands the rows so far over to the file, so that who reads along sees them.
@@ -48,8 +49,8 @@ public:
     void finish();
     /// Gives a table that is whole its final name.
     void complete();
-    /// Ends a table that isn't whole: it stays under its partial name. After a failed write it ends with the last whole row
-    /// that the file could take.
+    /// Ends a table that isn't whole: it stays under its partial name. After a failed write it ends with the
+    /// last whole row that the file could take.
     void abandon();
     /// Closes a table that nobody wants: nothing stays.
     void discard();

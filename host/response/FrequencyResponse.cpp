@@ -98,8 +98,8 @@ std::vector<Complex> circle(std::size_t intervals) {
 
 Complex measureSine(Bench& bench, const std::vector<Complex>& turns, std::size_t index) {
     const std::size_t window = turns.size();
-    const bool isReal =
-        index == 0 || 2 * index == window; // a constant, or one that alternates: no phase to find
+    // a constant, or one that alternates: no phase to find
+    const bool isReal = index == 0 || 2 * index == window;
     const double scale = (isReal ? 1.0 : 2.0) / static_cast<double>(window);
     Complex former = kUnmeasured;
     for (std::size_t count = 0; count < kMostWindows; ++count) {

@@ -21,8 +21,9 @@ public:
     using HostException::HostException;
 };
 
-/// What a filter does at one frequency, as output over input. A part that isn't finite stands for a response that
-/// could not be measured: the block grows without bound, doesn't settle, or sends numbers that aren't finite.
+/// What a filter does at one frequency, as output over input. A part that isn't finite stands for a response
+/// that could not be measured: the block grows without bound, doesn't settle, or sends numbers that aren't
+/// finite.
 struct ResponsePoint {
     double frequency; ///< As a fraction of the Nyquist frequency.
     std::complex<double> sine;
@@ -47,9 +48,9 @@ struct ResponseSettings {
 /// A new block, set as it shall be measured, its pins without links; what keeps it alive comes along.
 using BlockMaker = std::function<std::shared_ptr<Core::Filter>()>;
 
-/// Measures what a block really does, by running new ones on 1-by-1 samples: on a cosine of each frequency until two
-/// windows agree, and on a single 1 after zeros, whose answer is transformed. A block that is linear and the same at all
-/// times gives the same both ways.
+/// Measures what a block really does, by running new ones on 1-by-1 samples: on a cosine of each frequency
+/// until two windows agree, and on a single 1 after zeros, whose answer is transformed. A block that is
+/// linear and the same at all times gives the same both ways.
 ///
 /// A block that publishes a design also gives the response that its design promises.
 /// Raises `ResponseException`, and what the block raises.
@@ -59,8 +60,8 @@ QUILLMERE_API FrequencyResponse measureResponse(const BlockMaker& makeBlock,
 /// Whether a block has both pins of those that publish their design with the first sample.
 QUILLMERE_API bool getPublishesDesign(const Core::Filter& block);
 
-/// The design that a block publishes when it is given a 0; none when it publishes none. Raises what `measureResponse`
-/// raises.
+/// The design that a block publishes when it is given a 0; none when it publishes none. Raises what
+/// `measureResponse` raises.
 QUILLMERE_API std::optional<PublishedDesign> measureDesign(const BlockMaker& makeBlock);
 
 } // namespace Quillmere::Host

@@ -9,9 +9,9 @@
 
 namespace Quillmere::Host {
 
-/// A response as CSV with a header row: the frequency as a fraction of the Nyquist frequency, then gain (1 passes
-/// unchanged) and phase (degrees, -180 to 180) by sines, by the impulse and, if there is one, by the design. What
-/// could not be measured is an empty cell.
+/// A response as CSV with a header row: the frequency as a fraction of the Nyquist frequency, then gain (1
+/// passes unchanged) and phase (degrees, -180 to 180) by sines, by the impulse and, if there is one, by the
+/// design. What could not be measured is an empty cell.
 QUILLMERE_API std::string responseAsCsv(const FrequencyResponse& response);
 
 /// A response as an SVG picture: gain in decibels above, phase in degrees below, over the relative frequency.

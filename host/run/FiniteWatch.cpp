@@ -89,8 +89,8 @@ FirstNonFinite* FiniteWatch::getFirst(const Core::AbstractOutputPin& output) {
 }
 
 namespace {
-/// Whether `sender` had sent one before `block` did. Across layouts the numbers don't tell, since a sample may have been used
-/// before the step that sent it was over; times do.
+/// Whether `sender` had sent one before `block` did. Across layouts the numbers don't tell, since a sample
+/// may have been used before the step that sent it was over; times do.
 bool getIsBefore(const FirstNonFinite& sender, const FirstNonFinite& block) {
     if (sender.number < block.number) return true;
     return sender.block->getManager() != block.block->getManager() && sender.time <= block.time;

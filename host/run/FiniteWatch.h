@@ -33,18 +33,20 @@ struct FirstNonFinite {
 
 /// Looks behind each step at what the block has sent, for the first of it that isn't finite.
 ///
-/// Every output is looked at from the begin: when a result first shows that something is wrong, the step it began with is
-/// long over, since recursions keep it. It costs a load and a compare a pin, a cycle or so an element, and nothing more once
-/// an output has been found, unless it is a source's. Of several samples that one step sends the last is looked at.
+/// Every output is looked at from the begin: when a result first shows that something is wrong, the step it
+/// began with is long over, since recursions keep it. It costs a load and a compare a pin, a cycle or so an
+/// element, and nothing more once an output has been found, unless it is a source's. Of several samples that
+/// one step sends the last is looked at.
 class QUILLMERE_API FiniteWatch {
 public:
     /// `numbers` counts over all watches of a run, and isn't owned.
     explicit FiniteWatch(std::atomic<std::uint64_t>& numbers) : counter(numbers) {}
 
-    /// Takes up blocks, in the order in which they are stepped; none is owned. Requires: their gate is held. [any]
+    /// Takes up blocks, in the order in which they are stepped; none is owned. Requires: their gate is held.
+    /// [any]
     void watch(const std::vector<Core::Filter*>& blocks);
-    /// Requires: the block has just been stepped at that time, which is not-a-number where nobody tells it, and its gate is
-    /// held. [run]
+    /// Requires: the block has just been stepped at that time, which is not-a-number where nobody tells it,
+    /// and its gate is held. [run]
     void look(const Core::Filter& block, double time) {
         if (Watched* const entry = find(block)) look(*entry, time);
     }
@@ -90,13 +92,14 @@ private:
     std::vector<FirstNonFinite> found;
 };
 
-/// The first block that made such a value out of finite ones, of all that watches have found: none of those that send to it
-/// had been seen to send one before over a link to it. Null when there is none but sources, which have read it, and the
-/// timeline, whose sender is told if there is one. Requires: no step is under way.
+/// The first block that made such a value out of finite ones, of all that watches have found: none of those
+/// that send to it had been seen to send one before over a link to it. Null when there is none but sources,
+/// which have read it, and the timeline, whose sender is told if there is one. Requires: no step is under
+/// way.
 const FirstNonFinite* makerOf(const std::vector<FirstNonFinite>& found, const Core::Filter* timelineSender);
 
-/// What one block has sent, over all its outputs and wherever it stood: the first of it, and all values. Nothing when all
-/// of it was finite.
+/// What one block has sent, over all its outputs and wherever it stood: the first of it, and all values.
+/// Nothing when all of it was finite.
 std::optional<FirstNonFinite> sumOf(const Core::Filter& block, const std::vector<FirstNonFinite>& found);
 
 } // namespace Quillmere::Host

@@ -9,8 +9,8 @@
 
 namespace Quillmere::Host {
 
-/// The generator that tells the time where there are no sources: the first of some blocks that has an output and no input.
-/// It steps before the others, and its time stamp is the round's time.
+/// The generator that tells the time where there are no sources: the first of some blocks that has an output
+/// and no input. It steps before the others, and its time stamp is the round's time.
 class QUILLMERE_API GeneratorClock {
 public:
     /// `blocks` in the order in which they run; none of them is owned. There may be no generator among them.
@@ -23,12 +23,13 @@ public:
 
     /// Seconds, of the last step.
     double getTime() const { return time; }
-    /// Whether the time is that of the wall clock, which began with the run, and not one of the generator's own, from 0.
+    /// Whether the time is that of the wall clock, which began with the run, and not one of the generator's
+    /// own, from 0.
     bool getIsWallClock() const { return time >= startOfRun; }
     /// Seconds since the begin of its time.
     double getElapsed() const { return getIsWallClock() ? time - startOfRun : time; }
-    /// Whether so many rounds have come to the limit. A limit without anything in it is reached at once. Raises
-    /// `RunException` when only a time ends the run and the clock's stands still.
+    /// Whether so many rounds have come to the limit. A limit without anything in it is reached at once.
+    /// Raises `RunException` when only a time ends the run and the clock's stands still.
     bool getIsReached(const RunLimit& limit, std::uint64_t rounds) const;
 
 private:

@@ -64,7 +64,8 @@ public:
     }
 
     const Complaints& check(RunMode mode);
-    /// What the last check gathered. Nothing is checked again for the same mode: a live run has dealt the blocks out by then.
+    /// What the last check gathered. Nothing is checked again for the same mode: a live run has dealt the
+    /// blocks out by then.
     const Complaints& checkOnce(RunMode mode) { return checked == mode ? all : check(mode); }
     bool getHasLeftPipes() const { return hasLeftPipes; }
     void begin(const std::stop_token& stop);

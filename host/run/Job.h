@@ -16,8 +16,8 @@
 
 namespace Quillmere::Host {
 
-/// How a graph is to be run, which some of what is wrong or doubtful depends on: offline by `Job::run`, live by `LiveRun`,
-/// or nobody has said so yet, and what comes through pipes, once, is left to the run.
+/// How a graph is to be run, which some of what is wrong or doubtful depends on: offline by `Job::run`, live
+/// by `LiveRun`, or nobody has said so yet, and what comes through pipes, once, is left to the run.
 enum class RunMode { Offline, Live, Unsaid };
 
 struct JobOptions {
@@ -36,8 +36,8 @@ struct JobOptions {
     LimitName secondsName{.name = "limit.seconds"};
 };
 
-/// One run of a graph, from its description to what came of it. A job owns all that the run needs, so it can be moved,
-/// and nothing has to outlive it; it runs once.
+/// One run of a graph, from its description to what came of it. A job owns all that the run needs, so it can
+/// be moved, and nothing has to outlive it; it runs once.
 ///
 ///     Job job = Job::fromFile("calm.yaml", catalogue, {.changes = {.inputs = {{"wrist", "mine.csv"}}}});
 ///     const RunOutcome outcome = job.run();
@@ -46,8 +46,9 @@ public:
     /// Called now and then with how far a run has come. [run]
     using ProgressHandler = std::function<void(const RunProgress&)>;
 
-    /// Builds the graph, with the changes, of blocks from `catalogue`, to which the plug-ins that the graph names are added
-    /// for this job alone. What is wrong is kept for `check`; `reading` is what was complained of already. [setup]
+    /// Builds the graph, with the changes, of blocks from `catalogue`, to which the plug-ins that the graph
+    /// names are added for this job alone. What is wrong is kept for `check`; `reading` is what was
+    /// complained of already. [setup]
     Job(const GraphDescription& description, BlockCatalogue catalogue, JobOptions options = {},
         Complaints reading = {});
     /// The same for a graph file. [setup]
@@ -57,14 +58,15 @@ public:
     Job& operator=(Job&& other) noexcept;
     ~Job();
 
-    /// Everything that is wrong, limits included, and everything that is doubtful, all at once. Recordings are opened;
-    /// nothing is touched that is written. The reference is good until the next call, and so is the graph. [setup]
+    /// Everything that is wrong, limits included, and everything that is doubtful, all at once. Recordings
+    /// are opened; nothing is touched that is written. The reference is good until the next call, and so is
+    /// the graph. [setup]
     const Complaints& check(RunMode mode = RunMode::Offline);
 
-    /// Runs the graph offline to its end, and gives back what it did, also when it failed midway. Raises `GraphException`
-    /// if there is anything that `check` complains of, and `RecordingException` when a result can't be begun: nothing
-    /// has run then. So nobody has to `check` first, but who wants to tell of warnings before the run.
-    /// Ends midway when a stop is requested. Requires: not called before. [run]
+    /// Runs the graph offline to its end, and gives back what it did, also when it failed midway. Raises
+    /// `GraphException` if there is anything that `check` complains of, and `RecordingException` when a
+    /// result can't be begun: nothing has run then. So nobody has to `check` first, but who wants to tell of
+    /// warnings before the run. Ends midway when a stop is requested. Requires: not called before. [run]
     RunOutcome run(const std::stop_token& stop = {}, const ProgressHandler& onProgress = {});
 
     const GraphDescription& getDescription() const;
@@ -73,8 +75,8 @@ public:
     Graph& getGraph();
     const Graph& getGraph() const;
 
-    /// What `run` does before its first round, for who runs the graph otherwise: raises what it would, and begins the
-    /// results. [setup]
+    /// What `run` does before its first round, for who runs the graph otherwise: raises what it would, and
+    /// begins the results. [setup]
     void begin(RunMode mode, const std::stop_token& stop);
     /// An outcome of the run, completed by what the job knows of it. Requires: it has begun. [any]
     RunOutcome completed(RunOutcome outcome) const;

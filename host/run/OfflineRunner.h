@@ -34,14 +34,15 @@ namespace Quillmere::Host {
 /// graph without sources behind the clock's step, which tells the time.
 class QUILLMERE_API OfflineRunner {
 public:
-    /// `limit` is for a graph without sources: rounds above 0, seconds above 0 and finite. Of a strict run that ends with
-    /// warnings these are a failure. Requires: the graph has no complaints, its sources and sinks are open, and it
-    /// outlives the runner.
+    /// `limit` is for a graph without sources: rounds above 0, seconds above 0 and finite. Of a strict run
+    /// that ends with warnings these are a failure. Requires: the graph has no complaints, its sources and
+    /// sinks are open, and it outlives the runner.
     explicit OfflineRunner(Graph& graph, const RunLimit& limit = {}, bool isStrict = false);
 
-    /// Runs to the end and completes the results. When a block raises something, or a stop is requested, or a result
-    /// can't be completed, the results stay under their partial names, and the outcome says why. `progressHandler` is
-    /// called now and then with how far the run has come. Requires: not called before. [run]
+    /// Runs to the end and completes the results. When a block raises something, or a stop is requested, or a
+    /// result can't be completed, the results stay under their partial names, and the outcome says why.
+    /// `progressHandler` is called now and then with how far the run has come. Requires: not called before.
+    /// [run]
     RunOutcome run(const std::stop_token& stop, std::function<void(const RunProgress&)> progressHandler = {});
 
     RunProgress getProgress() const;

@@ -19,11 +19,12 @@ public:
     using HostException::HostException;
 };
 
-/// What ends the run of a graph without sources; without either of them it ends at once, and a live one when it is told.
+/// What ends the run of a graph without sources; without either of them it ends at once, and a live one when
+/// it is told.
 struct RunLimit {
     std::optional<std::uint64_t> rounds;
-    /// Of stream time, from its begin: 0, where a generator has a time of its own, or the start of the run, where it
-    /// stamps the wall clock. The round that reaches it is the last.
+    /// Of stream time, from its begin: 0, where a generator has a time of its own, or the start of the run,
+    /// where it stamps the wall clock. The round that reaches it is the last.
     std::optional<double> seconds;
 
     bool getIsAny() const { return rounds || seconds; }
@@ -41,8 +42,8 @@ struct RunProgress {
 /// `block 'smooth' (FilterButterworth) at 12.5 s: reason`, or without the block (null) between two steps.
 std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception);
 
-/// Ends every result: whole, or kept under its partial name. A failure of one must not keep the others from being ended,
-/// and makes none of those behind it look whole; then it is raised as a `RunException`.
+/// Ends every result: whole, or kept under its partial name. A failure of one must not keep the others from
+/// being ended, and makes none of those behind it look whole; then it is raised as a `RunException`.
 void endSinks(const std::vector<Sink*>& sinks, bool isWhole);
 
 } // namespace Quillmere::Host

@@ -14,7 +14,8 @@
 namespace Quillmere::Host {
 
 namespace {
-/// The blocks that take part, and where the graph file connects what; there may be a hundred thousand connections.
+/// The blocks that take part, and where the graph file connects what; there may be a hundred thousand
+/// connections.
 class Links {
 public:
     Links(const GraphDescription& description, const std::vector<Core::Filter*>& list)
@@ -36,7 +37,8 @@ private:
     std::unordered_map<std::string, Place> places;
 };
 
-/// The links to a block's inputs. Values of a timeline aren't among them: they come from no block of the graph.
+/// The links to a block's inputs. Values of a timeline aren't among them: they come from no block of the
+/// graph.
 void addLinks(const Core::Filter& block, const Links& known, std::vector<RunOutcome::Link>& links) {
     for (Core::AbstractInputPin* const pin : block.getInputPins()) {
         const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
@@ -76,7 +78,8 @@ bool getIsSilent(Core::AbstractInputPin& input) {
     return input.getConnectedOutput() != nullptr && input.getCounts().received == 0;
 }
 
-/// A pin that nothing came to is usual: there may have been no event. A sink to which nothing came at all hardly is.
+/// A pin that nothing came to is usual: there may have been no event. A sink to which nothing came at all
+/// hardly is.
 void addResult(const Graph::Node& node, bool isCutShort, RunOutcome& outcome) {
     const Sink& sink = *node.sink;
     RunOutcome::Result result;
@@ -119,7 +122,8 @@ std::string timeText(double time) {
     return " (" + shortestText(time) + " s)";
 }
 
-/// How many values that the graph declares to be missing were sent by the sources whose samples an input depends on.
+/// How many values that the graph declares to be missing were sent by the sources whose samples an input
+/// depends on.
 std::uint64_t countMissing(const Core::AbstractInputPin& input,
                            const std::vector<FirstNonFinite>& nonFinite) {
     std::uint64_t count = 0;
@@ -137,7 +141,8 @@ std::uint64_t countMissing(const Core::AbstractInputPin& input,
     return count;
 }
 
-/// Whether a result holds more of what isn't finite than was declared to be missing, so that a block has made or kept some.
+/// Whether a result holds more of what isn't finite than was declared to be missing, so that a block has made
+/// or kept some.
 bool getIsSurprising(const Graph::Node& node, const std::vector<FirstNonFinite>& nonFinite) {
     const ResultAccount account = node.sink->getAccount();
     std::size_t pin = 0;
@@ -159,7 +164,8 @@ void warnOfReadValues(const FirstNonFinite& first, const Graph::Node& source, Ru
                                                           first.column + "'"});
 }
 
-/// What sources read and the timeline sent, who made the first of it out of finite input, and how much the results hold.
+/// What sources read and the timeline sent, who made the first of it out of finite input, and how much the
+/// results hold.
 void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonFinite, RunOutcome& outcome) {
     const Core::Filter* const sender = graph.getTimeline().getSender();
     const auto placeOfBlock = [&](const std::string& id) {

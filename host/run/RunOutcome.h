@@ -78,8 +78,8 @@ struct RunEnding {
     std::optional<RunOutcome::Spot> block = {}; ///< Whose step failed.
 };
 
-/// What a run of `graph` has done so far, and how it ended. `blocks` are those that take part, the graph's own
-/// and later ones, `nonFinite` what was found of them. Requires: none of them is in a step. [any]
+/// What a run of `graph` has done so far, and how it ended. `blocks` are those that take part, the graph's
+/// own and later ones, `nonFinite` what was found of them. Requires: none of them is in a step. [any]
 QUILLMERE_API RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
                                    const std::vector<FirstNonFinite>& nonFinite, const RunProgress& progress,
                                    const RunEnding& ending);

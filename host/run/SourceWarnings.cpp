@@ -14,7 +14,8 @@ namespace Quillmere::Host {
 namespace {
 using Spot = SourceAccount::Spot;
 
-/// `3 time stamps go back, the first in line 512 (from 5.12 s to 5.11 s)`; `does` is the verb for one and for several.
+/// `3 time stamps go back, the first in line 512 (from 5.12 s to 5.11 s)`; `does` is the verb for one and for
+/// several.
 std::string timesText(const SourceAccount::Finding& finding, const char* doesOne, const char* doSeveral) {
     const Spot& spot = finding.first;
     const bool isOne = finding.count == 1;

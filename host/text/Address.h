@@ -8,8 +8,8 @@
 
 namespace Quillmere::Host {
 
-/// `block.member`: a pin, a setting or a command of a block. It is split at the first dot: ids have none, the literal names
-/// of members may.
+/// `block.member`: a pin, a setting or a command of a block. It is split at the first dot: ids have none, the
+/// literal names of members may.
 struct Address {
     /// A text without a dot is a block's id.
     explicit QUILLMERE_API Address(std::string_view text);

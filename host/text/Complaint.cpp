@@ -11,7 +11,8 @@
 namespace Quillmere::Host {
 
 namespace {
-// Who complains shortens what others wrote to `kLongestName`; these bounds keep every message readable all the same.
+// Who complains shortens what others wrote to `kLongestName`; these bounds keep every message readable all
+// the same.
 constexpr std::size_t kLongestPlace = 1000; // of a path, or an option with its value
 constexpr std::size_t kLongestPart = 2000;  // of a sentence, which may list a dozen names
 

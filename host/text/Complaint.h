@@ -10,8 +10,8 @@
 
 namespace Quillmere::Host {
 
-/// Where something stands: in a file at a line and a column, both from 1, or in an option of the command line, which
-/// has neither (0).
+/// Where something stands: in a file at a line and a column, both from 1, or in an option of the command
+/// line, which has neither (0).
 struct Place {
     std::string file;
     int line = 0;
@@ -27,8 +27,8 @@ struct Complaint {
     std::string expected = {};
     std::string suggestion = {}; ///< The nearest thing that is known; empty when nothing is near.
 
-    /// Of a name that isn't among those that there are: `expected` and their list, or `otherwise` when there is none, and the
-    /// nearest of them.
+    /// Of a name that isn't among those that there are: `expected` and their list, or `otherwise` when there
+    /// is none, and the nearest of them.
     static QUILLMERE_API Complaint unknown(Place where, std::string found, const std::string& name,
                                            const std::vector<std::string>& known,
                                            const std::string& expected = "one of ",
@@ -68,7 +68,8 @@ public:
     void raise(bool isStrict = false) const;
 
 private:
-    /// Of complaints and of warnings, the first that are found. Whoever has so many mends those and looks again.
+    /// Of complaints and of warnings, the first that are found. Whoever has so many mends those and looks
+    /// again.
     static constexpr std::size_t kMostKept = 50;
 
     std::vector<Complaint> list;
@@ -77,8 +78,8 @@ private:
     std::size_t moreWarnings = 0;
 };
 
-/// A graph that can't be built or run. The text is the complaints, a line each, and behind them the warnings that count
-/// as complaints.
+/// A graph that can't be built or run. The text is the complaints, a line each, and behind them the warnings
+/// that count as complaints.
 class QUILLMERE_API GraphException : public HostException {
 public:
     /// `more` is how many there are beyond `complaints` and `warnings`.

@@ -12,8 +12,9 @@ namespace Quillmere::Host {
 
 struct Complaint;
 
-/// Whatever the host raises of its own accord: graphs, plug-ins, recordings, results, requests and runs that it refuses. The
-/// text is for the user. What a plug-in or the system raises comes through as it is, where nothing else is said.
+/// Whatever the host raises of its own accord: graphs, plug-ins, recordings, results, requests and runs that
+/// it refuses. The text is for the user. What a plug-in or the system raises comes through as it is, where
+/// nothing else is said.
 class QUILLMERE_API HostException : public std::runtime_error {
 public:
     explicit HostException(const std::string& text);

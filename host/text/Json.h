@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-/// JSON as text, put together from the inside out: each value is its own text. A tree of values would need memory when it ends,
-/// too, which is where there must be no failure.
+/// JSON as text, put together from the inside out: each value is its own text. A tree of values would need
+/// memory when it ends, too, which is where there must be no failure.
 namespace Quillmere::Host::Json {
 
 using Text = std::string;

@@ -9,17 +9,18 @@
 
 namespace Quillmere::Host {
 
-/// The one of `known` that somebody who wrote `name` may have meant, or an empty text when none is near: the fewest letters
-/// left out, added, changed or swapped, at most a third of the longer name; else the only one that begins with it. Case,
-/// blanks, `_` and `-` count little. Of two equally near the first is taken.
+/// The one of `known` that somebody who wrote `name` may have meant, or an empty text when none is near: the
+/// fewest letters left out, added, changed or swapped, at most a third of the longer name; else the only one
+/// that begins with it. Case, blanks, `_` and `-` count little. Of two equally near the first is taken.
 QUILLMERE_API std::string nearestName(const std::string& name, const std::vector<std::string>& known);
 
-/// `a, b and c`, for messages that list what there is; `nothing` for an empty list, and no more than a dozen names.
+/// `a, b and c`, for messages that list what there is; `nothing` for an empty list, and no more than a dozen
+/// names.
 QUILLMERE_API std::string listOfNames(const std::vector<std::string>& names);
 
-/// Complains of a name that isn't among those that there are: `expected` and their list, or `otherwise` when there is none,
-/// and the nearest of them. `known` gives them, and is called only when somebody will read it: there may be a hundred
-/// thousand such names, and as many that are known.
+/// Complains of a name that isn't among those that there are: `expected` and their list, or `otherwise` when
+/// there is none, and the nearest of them. `known` gives them, and is called only when somebody will read it:
+/// there may be a hundred thousand such names, and as many that are known.
 template <class Names>
 void refuseName(Complaints& complaints, const Place& where, const std::string& name, const std::string& found,
                 const std::string& expected, const Names& known, const std::string& otherwise = {}) {

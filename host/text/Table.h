@@ -9,14 +9,15 @@
 
 namespace Quillmere::Host {
 
-/// Cells below each other, for people: each column is as wide as its widest cell, two blanks stand between columns, and none
-/// at the end of a line. Rows may have fewer cells than others.
+/// Cells below each other, for people: each column is as wide as its widest cell, two blanks stand between
+/// columns, and none at the end of a line. Rows may have fewer cells than others.
 class QUILLMERE_API Table {
 public:
     using Row = std::vector<std::string>;
     static constexpr std::size_t kAll = static_cast<std::size_t>(-1);
 
-    /// So many blanks before each row; so many columns, the first ones, by the begin of their cells, the others by the end.
+    /// So many blanks before each row; so many columns, the first ones, by the begin of their cells, the
+    /// others by the end.
     explicit Table(std::size_t indentWidth = 0, std::size_t leftAlignedColumns = kAll)
         : indent(indentWidth), leftAligned(leftAlignedColumns) {}
 

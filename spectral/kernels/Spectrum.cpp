@@ -13,7 +13,8 @@ namespace {
 
 using Index = std::ptrdiff_t;
 
-/// As many harmonics as fill `registers`, over `elements` neighbouring elements of the rows. Alone, each harmonic would wait for its turn.
+/// As many harmonics as fill `registers`, over `elements` neighbouring elements of the rows. Alone, each
+/// harmonic would wait for its turn.
 template <int registers, int elements>
 [[gnu::always_inline]] inline void transformElements(const GeneralPass& pass, const Turns& turns,
                                                      Index element, Index first, Index count) {

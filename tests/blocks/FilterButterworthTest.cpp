@@ -48,7 +48,8 @@ TEST(FilterButterworthTest, Catalogue) {
 }
 
 TEST(FilterButterworthTest, WorkedSample) {
-    // At half the band t is tan(pi/4), one unit below 1: a1 is a rounding error, so y is the mean of two inputs.
+    // At half the band t is tan(pi/4), one unit below 1: a1 is a rounding error, so y is the mean of two
+    // inputs.
     FilterButterworth block("smooth");
     Feed feed(block);
     feed.set("RelativeCutOffFreq", 0.5);

@@ -45,7 +45,8 @@ struct Scalar {
     void cutOff(double value) { feed.give("RelativeCutOffFreq", matrix({{value}})); }
 };
 
-/// A block between bare links, which allocate nothing, so that what the block allocates can be counted. Restarts are off.
+/// A block between bare links, which allocate nothing, so that what the block allocates can be counted.
+/// Restarts are off.
 class Counted {
 public:
     Counted() {
@@ -112,7 +113,8 @@ TEST(FilterButterworth_v2Test, Catalogue) {
 }
 
 TEST(FilterButterworth_v2Test, WorkedSample) {
-    // At half the band t is tan(pi/4), one unit below 1: a1 is a rounding error, so y is the mean of two inputs.
+    // At half the band t is tan(pi/4), one unit below 1: a1 is a rounding error, so y is the mean of two
+    // inputs.
     Scalar smooth;
     smooth.feed.set("RelativeCutOffFreq", 0.5);
     const double inputs[] = {4.0, 2.0, -1.0, 7.0};
@@ -148,8 +150,9 @@ TEST(FilterButterworth_v2Test, OrderZeroGivesTheInputInBothModes) {
 }
 
 TEST(FilterButterworth_v2Test, ACutOffTakenInABypassLeavesNothingToRunOn) {
-    // Without restarts a filter sleeps through a bypass and goes on. A cut-off that comes meanwhile is designed at once,
-    // for order 0, which has no coefficients; so the way back is a start, at the cut-off that the setting shows.
+    // Without restarts a filter sleeps through a bypass and goes on. A cut-off that comes meanwhile is
+    // designed at once, for order 0, which has no coefficients; so the way back is a start, at the cut-off
+    // that the setting shows.
     for (const bool moves : {false, true}) {
         Scalar smooth;
         smooth.feed.set("ReinitOnCutOffFreqUpdate", false);

@@ -109,8 +109,8 @@ TEST_F(RunningFFT, WorkedSamples) {
     };
     for (const auto& row : rows) {
         EXPECT_TRUE(agree(feed.run("in", row.sample), row.spectrum, same)) << row.name;
-        feed.run("in", MatrixXd::Ones(
-                           40, 1)); // keeps the cases apart: a half of a former length is a case of its own
+        // keeps the cases apart: a half of a former length is a case of its own
+        feed.run("in", MatrixXd::Ones(40, 1));
     }
 }
 
@@ -130,7 +130,8 @@ TEST_F(RunningFFT, ASinusoidAtAnExactBinReadsItsAmplitude) {
         for (Eigen::Index k = 1; 2 * k < n; k += 1 + n / 10) {
             const MatrixXd spectrum = feed.run("in", tone(n, 7.25, static_cast<double>(k), 0.3));
             ASSERT_EQ(spectrum.rows(), n / 2);
-            // The angle of the last sample is off by up to its rounding, 2*pi*k * 2^-52; the transform adds less.
+            // The angle of the last sample is off by up to its rounding, 2*pi*k * 2^-52; the transform adds
+            // less.
             const Tolerance nearly = law(7.25 * 1e-15 * static_cast<double>(n));
             for (Eigen::Index row = 0; row < n / 2; ++row)
                 EXPECT_TRUE(agree(spectrum(row), row == k ? 7.25 : 0.0, nearly))

@@ -43,7 +43,8 @@ MatrixXd level(double value) {
     return matrix({{value, value, value}});
 }
 
-/// The i-th sample of a signal that jumps by `spread` to both sides: its deviation is `spread` over an even window.
+/// The i-th sample of a signal that jumps by `spread` to both sides: its deviation is `spread` over an even
+/// window.
 MatrixXd jumping(int i, double spread) {
     return level(i % 2 == 0 ? spread : -spread);
 }
@@ -232,7 +233,8 @@ TEST(FilterFlagStaticTest, ToleranceGrowsByTheRateOfTheFirstTwoSamples) {
         factor += 0.0001;
         ASSERT_TRUE(agree(f.estimate(), level(1), same)) << i;
     }
-    // 100 samples later the factor is 1.01: a window 1.005 times as loud passes, one 1.015 times as loud does not.
+    // 100 samples later the factor is 1.01: a window 1.005 times as loud passes, one 1.015 times as loud does
+    // not.
     f.step(level(1.015), 1.5);
     f.step(level(-1.015), 1.51);
     EXPECT_TRUE(agree(f.estimate(), level(1), same));
@@ -250,8 +252,8 @@ TEST(FilterFlagStaticTest, EqualFirstTimeStampsStopTheRamp) {
     f.feed.set("MaxStdDev", 5.0);
     f.feed.set("StepStdDevThreshold", 0.001);
     f.feed.set("StdDevIni", 10.0);
-    f.step(level(20),
-           7.0); // the first two steps still use 200: the factor is at most 1 + 2 * 4 / 0.2 by then
+    // the first two steps still use 200: the factor is at most 1 + 2 * 4 / 0.2 by then
+    f.step(level(20), 7.0);
     f.step(level(-20), 7.0);
     f.step(level(1), 8.0);
     f.step(level(-1), 8.1);
@@ -400,7 +402,8 @@ TEST(FilterFlagStaticTest, AStartKeepsTheRateAndForgetsTheRest) {
     f.feed.set("StdDevIni", 30.0);
     EXPECT_TRUE(f.step(level(5), 10.2)) << "the same value is no change";
 
-    // At a rate of 1 the first sample after a start adds (2 - 1) / (1 * 0.5) = 2 to the factor, at 200 only 0.01.
+    // At a rate of 1 the first sample after a start adds (2 - 1) / (1 * 0.5) = 2 to the factor, at 200 only
+    // 0.01.
     Fixture slow;
     slow.feed.set("StepStdDevThreshold", 0.5);
     slow.step(level(0), 0.0);

@@ -99,7 +99,8 @@ TEST_F(FilterGaussianWhiteNoiseGeneratorTest, ReachesItsLimitsAndNothingElse) {
             highest = std::max(highest, value);
             if (feed.sent().size() > 4096) feed.forget();
         }
-        // One step between two values is 6 * c2 / (c1 * 32768), at most 2e-4; the figure for 15 has five decimals.
+        // One step between two values is 6 * c2 / (c1 * 32768), at most 2e-4; the figure for 15 has five
+        // decimals.
         EXPECT_TRUE(agree(lowest, row.lowest, law(1e-9))) << "precision " << row.bits;
         EXPECT_TRUE(agree(highest, row.highest, law(row.bits >= 15 ? 7e-5 : 1e-9)))
             << "precision " << row.bits;
@@ -125,7 +126,8 @@ TEST_F(FilterGaussianWhiteNoiseGeneratorTest, EachPrecisionHasItsSetOfValues) {
 }
 
 TEST_F(FilterGaussianWhiteNoiseGeneratorTest, WorkedSamples) {
-    // With 1 the value is 6 * r / 32768; with 31 it is (6 * r * 715827883 / 32768 - 3 * 715827882) / 2147483647.
+    // With 1 the value is 6 * r / 32768; with 31 it is (6 * r * 715827883 / 32768 - 3 * 715827882) /
+    // 2147483647.
     const std::vector<int> draws = drawsAfter(3, 2);
     feed.set("Precision", 1);
     std::srand(3);
@@ -153,7 +155,8 @@ TEST_F(FilterGaussianWhiteNoiseGeneratorTest, IsUniformAndNotBellShaped) {
         const double expected = static_cast<double>(kSteps) / kBins;
         chiSquare += (count - expected) * (count - expected) / expected;
     }
-    // The quantiles of 0.001 and 0.999 for 63 degrees of freedom; a bell of three draws would give over 100000.
+    // The quantiles of 0.001 and 0.999 for 63 degrees of freedom; a bell of three draws would give over
+    // 100000.
     EXPECT_GT(chiSquare, 34.0);
     EXPECT_LT(chiSquare, 103.5);
 }

@@ -32,8 +32,8 @@ TEST_F(FilterHanningWindowTest, IsExactlySymmetricAndRisesToItsMiddle) {
     expectExactSymmetryAndARiseToTheMiddle();
 }
 
-// The next two have figures of F. J. Harris, "On the Use of Windows for Harmonic Analysis with the Discrete Fourier
-// Transform", Proc. IEEE 66 (1978), and of the closed form of the loss, |W(1/2)| / W(0).
+// The next two have figures of F. J. Harris, "On the Use of Windows for Harmonic Analysis with the Discrete
+// Fourier Transform", Proc. IEEE 66 (1978), and of the closed form of the loss, |W(1/2)| / W(0).
 
 TEST_F(FilterHanningWindowTest, ATonesPeakIsLoweredByTheCoherentGain) {
     expectCoherentGain(0.5);

@@ -440,7 +440,8 @@ TEST(FilterSphericalFilteringTest, ASteadyStepAllocatesNothing) {
         g.send(time);
         block.process();
     };
-    // Long enough that every cut-off this rate brings about has been met: a new one is kept, and that allocates.
+    // Long enough that every cut-off this rate brings about has been met: a new one is kept, and that
+    // allocates.
     for (int i = 0; i < 2000; ++i)
         step();
     const AllocationCounter counter;

@@ -9,8 +9,9 @@
 #include <optional>
 #include <vector>
 
-/// The stillness flag told again in plain loops, one rule a line: what `FilterFlagStatic` is compared with. The settings
-/// are written from outside, and whoever does what raises the block's reset flag sets `resetFlag`.
+/// The stillness flag told again in plain loops, one rule a line: what `FilterFlagStatic` is compared with.
+/// The settings are written from outside, and whoever does what raises the block's reset flag sets
+/// `resetFlag`.
 struct LiteralFlagStatic {
     using M = Quillmere::Core::MatrixXd;
 

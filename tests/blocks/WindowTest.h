@@ -43,7 +43,8 @@ protected:
 
     /// A tone's peak in the amplitude spectrum is lowered by the mean of the window.
     void expectCoherentGain(double gain) {
-        // The window's ends are both of one period, so its sum is short of that of N points by at most one of them.
+        // The window's ends are both of one period, so its sum is short of that of N points by at most one of
+        // them.
         EXPECT_TRUE(agree(peak(tone(4096, 10.0, 200.0, 0.4)), 10.0 * gain, law(10.0 / 4096)));
     }
 

@@ -64,7 +64,8 @@ TEST_F(Examples, TheSpectrumShowsATremorAtFiveHertz) {
     ASSERT_EQ(rows.size(), 7u) << "frames begin at rows 0, 100, ... 600";
     ASSERT_EQ(rows[0].size(), 101u) << "the time and 100 amplitudes";
     EXPECT_TRUE(Support::agree(rows[0][0], 1.99, Support::same)) << "a frame has the time of its last row";
-    // The window's mean is short of 0.5 by less than 1/400 of itself; gravity and the tremor's other rows leak less.
+    // The window's mean is short of 0.5 by less than 1/400 of itself; gravity and the tremor's other rows
+    // leak less.
     EXPECT_TRUE(Support::agree(rows[6][1 + 10], 0.05, Support::law(0.05 * 0.01)));
     EXPECT_TRUE(Support::agree(rows[0][1 + 10], 0.0, Support::law(0.0005)));
     for (std::size_t k = 3; k < 100; ++k)
@@ -81,7 +82,8 @@ TEST_F(Examples, TheStepResponseNeedsNoRecording) {
     EXPECT_TRUE(table.starts_with("t,wave,smooth\n1,1,")) << table.substr(0, 60);
     const auto rows = numbersOf(table);
     ASSERT_EQ(rows.size(), 400u);
-    // Up for the phases 0 to 100, both included, then down; a low-pass of cut-off 0.1 has settled 90 rounds later.
+    // Up for the phases 0 to 100, both included, then down; a low-pass of cut-off 0.1 has settled 90 rounds
+    // later.
     EXPECT_TRUE(Support::agree(rows[100][1], 1.0, Support::same));
     EXPECT_TRUE(Support::agree(rows[101][1], -1.0, Support::same));
     EXPECT_TRUE(Support::agree(rows[199][2], -1.0, Support::law(1e-3)));
@@ -114,7 +116,8 @@ TEST_F(Examples, EventsOfATremorBurst) {
         const std::size_t comma = line.find(',');
         times.push_back(std::stod(line));
         events.push_back(line.substr(comma));
-        // Beats are whole rows apart and 5 Hz is 20 rows: the rate is exact but where the band-pass still swings in.
+        // Beats are whole rows apart and 5 Hz is 20 rows: the rate is exact but where the band-pass still
+        // swings in.
         if (events.back().starts_with(",,,,")) {
             const double hertz = std::stod(events.back().substr(4));
             EXPECT_TRUE(Support::agree(hertz, 5.0, Support::law(0.06))) << line;
@@ -219,8 +222,8 @@ TEST_F(Examples, TheGuideToBlocksShowsCodeThatIsCompiled) {
     EXPECT_NE(guide.find(line), std::string::npos) << line;
 }
 
-/// The calls of the command in the `sh` passages of a document. Those that take their time, and what needs another program
-/// beside them or a plug-in that the reader builds, are left out.
+/// The calls of the command in the `sh` passages of a document. Those that take their time, and what needs
+/// another program beside them or a plug-in that the reader builds, are left out.
 std::vector<std::string> callsIn(const std::string& document) {
     std::vector<std::string> calls;
     std::istringstream lines(contentOf(document));

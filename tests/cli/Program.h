@@ -15,15 +15,15 @@ struct Ended {
     std::string err;
 };
 
-/// What a program has for standard input and standard output, by the names of files or pipes in its folder. Where there is
-/// none it reads what the test reads, and writes to a file of its own.
+/// What a program has for standard input and standard output, by the names of files or pipes in its folder.
+/// Where there is none it reads what the test reads, and writes to a file of its own.
 struct Streams {
     std::string in;
     std::string out;
 };
 
-/// A program that runs beside the test. Its output goes to files, so that it never waits for the test to read, unless the
-/// test wants it so.
+/// A program that runs beside the test. Its output goes to files, so that it never waits for the test to
+/// read, unless the test wants it so.
 class Program {
 public:
     /// Starts `arguments[0]` in `folder`.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// An allocation that fails, wherever it is, ends the command with a message and exit code 1 or 2: never in an abort, a crash or
-// a hang. ShortMemory.cpp, preloaded, lets them fail one after the other.
+// An allocation that fails, wherever it is, ends the command with a message and exit code 1 or 2: never in an
+// abort, a crash or a hang. ShortMemory.cpp, preloaded, lets them fail one after the other.
 #include "tests/cli/Program.h"
 #include "tests/host/kit/TemporaryFolder.h"
 
@@ -35,7 +35,8 @@ class ShortMemory : public testing::Test {
 protected:
     ShortMemory() {
         folder.write("in.csv", "t,x,y\n0,1,2\n0.5,2,3\n1,3,5\n");
-        // Two layouts, so that live runs have threads and locked links; a loop's worth of what graphs can say.
+        // Two layouts, so that live runs have threads and locked links; a loop's worth of what graphs can
+        // say.
         folder.write("g.yaml",
                      "format: 1\nname: short\nparameters: {factor: 2}\n"
                      "layouts: [{id: one}, {id: two}]\nblocks:\n"
@@ -49,7 +50,8 @@ protected:
                      "timeline: [{at: 0.5, set: {gain.Gain: 3}}]\n");
     }
 
-    /// How the allocations of a call fail: each `every`th by itself in a child that is forked there, or all behind it, too.
+    /// How the allocations of a call fail: each `every`th by itself in a child that is forked there, or all
+    /// behind it, too.
     struct Way {
         Strings arguments;
         unsigned every = 1;

@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+using Quillmere::Core::MatrixXd;
+
 using namespace Design;
 using namespace Support;
 
@@ -105,8 +107,8 @@ TEST(ButterworthSectionsTest, OrderOneIsTheBilinearFirstOrderSection) {
 TEST(ButterworthSectionsTest, HalfTheBandTakesA1OfPairsToZero) {
     for (const int order : {2, 3, 10}) {
         const MatrixXd c = designed(0.5, order);
-        // tan(pi / 4) is one unit in the last place below 1 in double arithmetic, so t2 - 1 is 2.2e-16; the division
-        // by at least 2 and the factor 2 leave no more of it.
+        // tan(pi / 4) is one unit in the last place below 1 in double arithmetic, so t2 - 1 is 2.2e-16; the
+        // division by at least 2 and the factor 2 leave no more of it.
         for (int k = 0; k < order / 2; ++k)
             EXPECT_TRUE(agree(c(kA1, k), 0.0, law(2.3e-16))) << "order " << order << ", section " << k;
     }
@@ -284,7 +286,8 @@ TEST(ButterworthComputerTest, ASteadyStepAllocatesNothing) {
     }
 }
 
-/// Orders for which the compiler unrolls and orders beyond; samples that fill registers, groups of eight and neither.
+/// Orders for which the compiler unrolls and orders beyond; samples that fill registers, groups of eight and
+/// neither.
 TEST(ButterworthComputerTest, LongTracesAgreeWithThePlainCascadeToTheBit) {
     std::mt19937_64 random(11);
     std::uniform_real_distribution<double> number(-10.0, 10.0);

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+using Quillmere::Core::MatrixXd;
+
 using namespace Design;
 using namespace Support;
 

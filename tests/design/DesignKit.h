@@ -42,8 +42,8 @@ struct OpenRoots : Open<Designer> {
     using Designer::zZeros;
 };
 
-/// The direct form word for word: whole histories of matrices, copied by rising index, one scaled accumulate a
-/// coefficient. The yardstick for the engines' own loop.
+/// The direct form word for word: whole histories of matrices, copied by rising index, one scaled accumulate
+/// a coefficient. The yardstick for the engines' own loop.
 struct LiteralDirectForm {
     std::vector<double> xCoeffs;
     std::vector<double> yCoeffs; ///< added
@@ -81,7 +81,8 @@ inline std::vector<MatrixXd> randomTrace(std::uint64_t seed, int steps, Eigen::I
     return trace;
 }
 
-/// Shapes that meet every road of a loop over elements: fewer than a vector's worth, exact multiples, remainders.
+/// Shapes that meet every road of a loop over elements: fewer than a vector's worth, exact multiples,
+/// remainders.
 struct Shape {
     Eigen::Index rows;
     Eigen::Index cols;

@@ -13,6 +13,8 @@
 #include <limits>
 #include <random>
 
+using Quillmere::Core::MatrixXd;
+
 namespace {
 using Design::Complex;
 using Kit::MatrixXd;
@@ -85,9 +87,9 @@ TEST(EllipticDesigner, OddLowPassDividesByAZeroAtItsReference) {
     EXPECT_TRUE(agree(designer.zRoots[3].re, 0.611, printed(3)));
     EXPECT_TRUE(agree(std::fabs(designer.zRoots[3].im), 0.792, printed(3)));
     EXPECT_TRUE(agree(designer.zRoots[5].re, 1.0, same)) << "in the place of the usual -1";
-    // The numerator at z = 1, a sum of four terms of up to 2.3, should be 0. What rounding leaves of it is 0 or a few
-    // units of 2^-53, up to the last bit of a sine, and the gain is the denominator's 0.016 over that: infinite, or at
-    // least 1e13 in size, of either sign, but never not-a-number.
+    // The numerator at z = 1, a sum of four terms of up to 2.3, should be 0. What rounding leaves of it is 0
+    // or a few units of 2^-53, up to the last bit of a sine, and the gain is the denominator's 0.016 over
+    // that: infinite, or at least 1e13 in size, of either sign, but never not-a-number.
     EXPECT_GT(std::fabs(designer.getGain()), 1e13);
     EXPECT_GT(std::fabs(designer.output()(0)), 1e13);
 }
@@ -112,8 +114,8 @@ TEST(EllipticDesigner, LowPassUsesItsFirstCoefficientOnly) {
 }
 
 TEST(EllipticDesigner, ABandDropsTheImaginaryPartOfTheDivisor) {
-    // The pole r = re + i im gives w = wc r, and of (S + B) / D and (B - S) / D, with S the root of (2 cgam)^2 -
-    // 4 (1 - w^2), B = 2 cgam, the exact D would be 2 (1 - w); here it is 2 (1 - re w).
+    // The pole r = re + i im gives w = wc r, and of (S + B) / D and (B - S) / D, with S the root of (2
+    // cgam)^2 - 4 (1 - w^2), B = 2 cgam, the exact D would be 2 (1 - w); here it is 2 (1 - re w).
     const Elliptic designer = designed(Design::kBandPass, 2, 0.2, 0.5, -40.0, 0.4);
     ASSERT_EQ(designer.zOrder, 4);
     const std::complex<double> w = designer.wc * std::complex<double>(designer.sRoots[0], designer.sRoots[1]);
@@ -201,9 +203,9 @@ TEST(EllipticDesigner, OddBandPassDividesByAZeroAtItsReference) {
         std::int32_t order;
         double leastGain; ///< 0 where rounding may leave anything
     };
-    // The numerator at the centre is nothing but rounding, and that grows with the order, while the denominator there
-    // shrinks. Gains are about 2e11, 3e9, 5e5 and 1e2 for the first band, 1e10, 2e6, 2e2 and 0.2 for the second; the
-    // bounds leave room for another mathematical library.
+    // The numerator at the centre is nothing but rounding, and that grows with the order, while the
+    // denominator there shrinks. Gains are about 2e11, 3e9, 5e5 and 1e2 for the first band, 1e10, 2e6, 2e2
+    // and 0.2 for the second; the bounds leave room for another mathematical library.
     const Row rows[] = {{0.2, 0.4, 3, 1e9}, {0.2, 0.4, 5, 1e7}, {0.2, 0.4, 7, 1e3}, {0.2, 0.4, 9, 0.0},
                         {0.1, 0.2, 3, 1e8}, {0.1, 0.2, 5, 1e4}, {0.1, 0.2, 7, 0.0}, {0.1, 0.2, 9, 0.0}};
     for (const Row& row : rows) {
@@ -286,7 +288,8 @@ TEST(EllipticDesigner, GainIsOneAtTheReferencePoint) {
         }
         // An even order starts at the bottom of its ripple.
         const double wanted = row.order % 2 == 0 ? std::pow(10.0, -row.pass / 20.0) : 1.0;
-        // Each coefficient and each sum rounds a few times a degree, by half an ulp of at most their summed sizes.
+        // Each coefficient and each sum rounds a few times a degree, by half an ulp of at most their summed
+        // sizes.
         const double bound = 1e-13 + 1e-15 * static_cast<double>(designer.xCoeffs.size()) *
                                          (xSize / std::fabs(x) + ySize / std::fabs(y));
         if (!(bound < 1e-3)) continue;

@@ -10,9 +10,10 @@
 #include <cmath>
 #include <limits>
 
-// Figures of the middle range: mpmath 1.2.1 with 40 digits (ellipk(m), ellipf(phi, m), ellipfun(name, u, m), the
-// amplitude as the root of ellipf(phi, m) = u, and (jtheta(2, 0, q) / jtheta(3, 0, q))^2). Where Abramowitz and Stegun,
-// Handbook of Mathematical Functions, print them too (tables 17.1 and 17.5), they agree.
+// Figures of the middle range: mpmath 1.2.1 with 40 digits (ellipk(m), ellipf(phi, m), ellipfun(name, u, m),
+// the amplitude as the root of ellipf(phi, m) = u, and (jtheta(2, 0, q) / jtheta(3, 0, q))^2). Where
+// Abramowitz and Stegun, Handbook of Mathematical Functions, print them too (tables 17.1 and 17.5), they
+// agree.
 namespace {
 using Design::cay;
 using Design::ellik;
@@ -125,7 +126,8 @@ TEST(EllipticFunctions, JacobiNextToOneHasTheInverseHyperbolicSine) {
     const double a = 0.25 * (1.0 - m);
     const double twon = std::cosh(u) * std::asinh(u);
     const JacobiElliptic got = ellpj(u, m);
-    // 1 - m is 6e-11: what the changed term does to the results lies at 1e-11, so the comparison must be finer.
+    // 1 - m is 6e-11: what the changed term does to the results lies at 1e-11, so the comparison must be
+    // finer.
     EXPECT_TRUE(
         agree(got.sn, std::tanh(u) + a * (twon - u) / (std::cosh(u) * std::cosh(u)), withinRel(1e-15)));
     EXPECT_TRUE(

@@ -9,6 +9,8 @@
 #include <limits>
 #include <new>
 
+using Quillmere::Core::MatrixXd;
+
 namespace {
 using Kit::MatrixXd;
 using Support::agree;

@@ -15,6 +15,8 @@
 #include <limits>
 #include <random>
 
+using Quillmere::Core::MatrixXd;
+
 namespace {
 using Design::Complex;
 using Kit::MatrixXd;
@@ -447,7 +449,8 @@ TYPED_TEST(PoleZeroLaws, RootsMapBackToThePrototype) {
             const std::complex<double> s = exact(designer.sPoles[i]);
             const std::complex<double> z = row.matchedZ ? std::exp(s) : (2.0 + s) / (2.0 - s);
             EXPECT_LT(std::abs(exact(designer.zPoles[i]) - z), 1e-14) << row.name; // a few ulp of 1
-            // The way back through a narrow band is a difference, which costs up to three of the sixteen digits.
+            // The way back through a narrow band is a difference, which costs up to three of the sixteen
+            // digits.
             for (std::size_t k = 0; k < hits.size(); ++k)
                 if (std::abs(toPrototype(s) - exact(prototype.sPoles[k])) < 1e-12) ++hits[k];
         }
@@ -484,8 +487,8 @@ TYPED_TEST(PoleZeroLaws, RootsComeInConjugatePairs) {
                 double nearest = 1.0;
                 for (std::int32_t k = 0; k < count; ++k)
                     nearest = std::min(nearest, magnitude(roots[static_cast<std::size_t>(k)] - wanted));
-                // Every stage treats a pair alike but for rounding; the square root of a band can lose half the digits
-                // where its radicand vanishes, and no design of the grid comes near that.
+                // Every stage treats a pair alike but for rounding; the square root of a band can lose half
+                // the digits where its radicand vanishes, and no design of the grid comes near that.
                 EXPECT_LT(nearest, 1e-12) << row.name << ", root " << i;
             }
         };
@@ -531,8 +534,8 @@ TYPED_TEST(PoleZeroLaws, GainIsThatOfThePublishedCoefficients) {
             ratio *= magnitude(valueAt(designer.getXCoefficients(), z)) /
                      magnitude(valueAt(designer.getYCoefficients(), z));
         if (points.size() == 2) ratio = std::sqrt(ratio);
-        // Horner's rule gives the same bits here and there. Behind it come a quotient of complex numbers with three
-        // roundings a part, a magnitude, and for a band-stop twice that, a product and a root.
+        // Horner's rule gives the same bits here and there. Behind it come a quotient of complex numbers with
+        // three roundings a part, a magnitude, and for a band-stop twice that, a product and a root.
         EXPECT_TRUE(agree(designer.getGain(), ratio, withinRel(8.0 * kEps, 0.0))) << row.name;
         if (std::isfinite(ratio)) ++numbers;
     }
@@ -569,8 +572,8 @@ struct Rest {
             size += std::fabs(static_cast<long double>(y[j]));
         }
         value = static_cast<double>(forward / gain / backward);
-        // Horner's rule at 1 rounds once a coefficient, each time by half an ulp of at most `size`. All zeros of a
-        // low-pass are at -1, so its forward sum has no cancelling.
+        // Horner's rule at 1 rounds once a coefficient, each time by half an ulp of at most `size`. All zeros
+        // of a low-pass are at -1, so its forward sum has no cancelling.
         bound = static_cast<double>(static_cast<long double>(y.size()) * kEps * size / std::fabs(backward));
     }
     double value;
@@ -592,7 +595,8 @@ TYPED_TEST(PoleZeroLaws, AConstantPassesALowPassUnchanged) {
 }
 
 TEST(PoleZeroDesigner, AConstantPassesALowPassOfOrderEightAtAHundredth) {
-    // Its denominator, of coefficients up to 70, is 1e-12 at z = 1. A gain from the roots would let it rest at 0.982.
+    // Its denominator, of coefficients up to 70, is 1e-12 at z = 1. A gain from the roots would let it rest
+    // at 0.982.
     Butterworth designer(Design::kLowPass, 8, true, 0.01, 0.1);
     designer.step(matrix({{1.0}}));
     const Rest rest(designer.xCoeffs, designer.yCoeffs, designer.gain);
@@ -661,7 +665,8 @@ TYPED_TEST(PoleZeroLaws, IsAFirstOrderRecursionWhateverTheOrder) {
             }
             const MatrixXd u = sample / designer.gain;
             const MatrixXd wanted = x.back() * u + formerX * u1 + formerY * y1;
-            // A sum of n terms rounds at most n times, each time by half an ulp of at most the sum of their sizes.
+            // A sum of n terms rounds at most n times, each time by half an ulp of at most the sum of their
+            // sizes.
             const double largest =
                 std::max({u.cwiseAbs().maxCoeff(), u1.cwiseAbs().maxCoeff(), y1.cwiseAbs().maxCoeff()});
             const double bound = static_cast<double>(x.size() + y.size()) * kEps * size * largest;

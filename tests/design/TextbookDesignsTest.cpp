@@ -12,8 +12,9 @@
 #include <numbers>
 #include <string>
 
-// Every design against the textbook's, and elliptic bands, which are not the textbook's, against what their class says of
-// them: all computed elsewhere in many digits. The scripts beside this file made the figures and say how.
+// Every design against the textbook's, and elliptic bands, which are not the textbook's, against what their
+// class says of them: all computed elsewhere in many digits. The scripts beside this file made the figures
+// and say how.
 namespace {
 using Design::Complex;
 using Support::agree;
@@ -78,7 +79,8 @@ void expectCoefficients(const std::vector<double>& got, const std::vector<double
         EXPECT_TRUE(agree(got[i], wanted[i], withinRel(bound, size))) << side << i;
 }
 
-/// How much larger a polynomial is than its value at a point of the unit circle: what its rounding is multiplied by.
+/// How much larger a polynomial is than its value at a point of the unit circle: what its rounding is
+/// multiplied by.
 double lossAt(const std::vector<double>& coefficients, Complex z) {
     std::vector<Complex> terms;
     for (const double c : coefficients)
@@ -87,10 +89,11 @@ double lossAt(const std::vector<double>& coefficients, Complex z) {
            magnitude(Design::evaluatePolynomial(terms, static_cast<int>(terms.size()) - 1, z));
 }
 
-/// How far the gain may be from the textbook's, when every root of a pair of polynomials is off by `distance`. With a root
-/// r off by d, a coefficient is off by at most d times the size of the polynomial without r, which is about the size of
-/// the whole; multiplying a root out and adding a term at z round by some half ulps of it each. So a degree costs
-/// d and 8 units of rounding, both relative to the size, and the quotient at z has them times `lossAt`.
+/// How far the gain may be from the textbook's, when every root of a pair of polynomials is off by
+/// `distance`. With a root r off by d, a coefficient is off by at most d times the size of the polynomial
+/// without r, which is about the size of the whole; multiplying a root out and adding a term at z round by
+/// some half ulps of it each. So a degree costs d and 8 units of rounding, both relative to the size, and the
+/// quotient at z has them times `lossAt`.
 double gainBound(const PoleZeroRow& row, double distance) {
     const double middle = (0.2 + 0.35) * 0.5 * std::numbers::pi;
     std::vector<Complex> points{{row.mode == 2 ? -1.0 : 1.0, 0.0}};
@@ -118,7 +121,8 @@ void expectDesign(Designer& designer, const PoleZeroRow& row, double distance) {
 
 // Roots go through a dozen roundings, and through a square root that can triple them.
 constexpr double kRootError = 32.0 * 0x1p-53;
-/// The table of Bessel prototypes has twelve digits, of which all orders but the last keep eleven, the last ten.
+/// The table of Bessel prototypes has twelve digits, of which all orders but the last keep eleven, the last
+/// ten.
 double tableError(std::int32_t order) {
     return order < 10 ? 5e-12 : 5e-11;
 }

@@ -9,9 +9,9 @@
 #include <optional>
 #include <vector>
 
-/// The orientation-aided filter told again on triples of numbers, one rule a line: what `SphericalFilteringCore` and
-/// `FilterSphericalFiltering` are compared with. A field of two rows is two triples, the current one first; an empty
-/// field has none.
+/// The orientation-aided filter told again on triples of numbers, one rule a line: what
+/// `SphericalFilteringCore` and `FilterSphericalFiltering` are compared with. A field of two rows is two
+/// triples, the current one first; an empty field has none.
 struct LiteralSpherical {
     using M = Quillmere::Core::MatrixXd;
     using Triple = std::array<double, 3>;

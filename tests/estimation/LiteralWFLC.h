@@ -6,8 +6,9 @@
 #include <cstddef>
 #include <vector>
 
-/// The frequency tracker told again in plain loops, one rule a line: what `WFLCEstimator` and `FilterWFLC` are compared
-/// with. Arrays are counted from 1, sines in 1 to n and cosines in n + 1 to 2n; weight 0 is the frequency weight.
+/// The frequency tracker told again in plain loops, one rule a line: what `WFLCEstimator` and `FilterWFLC`
+/// are compared with. Arrays are counted from 1, sines in 1 to n and cosines in n + 1 to 2n; weight 0 is the
+/// frequency weight.
 struct LiteralWFLC {
     int n = 1;
     double mu = 0.15;

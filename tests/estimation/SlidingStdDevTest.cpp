@@ -64,7 +64,8 @@ TEST(SlidingStdDev, startsWithAWindowOfOne) {
     EXPECT_TRUE(agree(window.stdDev(), 0.0, same));
 }
 
-// 0.7 has no end in binary: after five of them the squares sum to a little less than they should, and nothing is clamped.
+// 0.7 has no end in binary: after five of them the squares sum to a little less than they should, and nothing
+// is clamped.
 TEST(SlidingStdDev, varianceThatRoundsBelowZeroIsNotANumber) {
     SlidingStdDev window;
     window.reset(10);
@@ -147,10 +148,10 @@ TEST(SlidingStdDev, driftsFromTwoPassesNoFurtherThanItsRunningSumsAllow) {
             const double got = window.stdDev() * window.stdDev();
             const auto wanted =
                 static_cast<double>(twoPassVariance(numbers, end, static_cast<std::size_t>(row.capacity)));
-            // Let M bound |x| and u = 2^-53. A push rounds the difference (at most 2M) and the sum (at most nM): S is off by
-            // at most pushes * u * (n + 2) M, Q by at most pushes * u * (n + 3) M^2. Then Q / n moves the variance by
-            // that over n, and S^2 / n^2 by 2 M / n times S's error: together at most 3 (n + 3) / n * pushes * u * M^2,
-            // with a few roundings of M^2 for the formula itself.
+            // Let M bound |x| and u = 2^-53. A push rounds the difference (at most 2M) and the sum (at most
+            // nM): S is off by at most pushes * u * (n + 2) M, Q by at most pushes * u * (n + 3) M^2. Then Q
+            // / n moves the variance by that over n, and S^2 / n^2 by 2 M / n times S's error: together at
+            // most 3 (n + 3) / n * pushes * u * M^2, with a few roundings of M^2 for the formula itself.
             const double n = std::min(static_cast<double>(end), static_cast<double>(row.capacity));
             const double largest = std::fabs(row.level) + row.spread;
             const double roundings = 3.0 * (n + 3.0) / n * static_cast<double>(end) + 8.0;

@@ -106,8 +106,8 @@ TEST(SphericalFilteringCore, rotationOfAQuarterTurnIsReadOffItsFormula) {
     EXPECT_TRUE(agree(run.core.getRotationMatrix(), matrix({{0, -1, 0}, {1, 0, 0}, {0, 0, 1}}), law(4e-16)));
     const MatrixXd x = matrix({{1, 0, 0}});
     run.step({.gyroscope = kRest, .accelerometer = &x, .deltaTime = 1.0});
-    EXPECT_TRUE(agree(run.aTerre(), matrix({{0, 1, 0}}),
-                      law(4e-16))); // the sensor's x now points along the Earth's y
+    // the sensor's x now points along the Earth's y
+    EXPECT_TRUE(agree(run.aTerre(), matrix({{0, 1, 0}}), law(4e-16)));
 }
 
 TEST(SphericalFilteringCore, columnsAreTakenAsRows) {
@@ -363,9 +363,10 @@ TEST(SphericalFilteringCore, outputsMayBeTheNextInputs) {
     }
 }
 
-// A constant rate turns by rate times time about its own axis. Each step rounds its half angle h and the sines to a few
-// times 2^-53 of themselves, always the same way, which adds up to a few times 2^-53 of the whole angle; the products round
-// each step anew, which adds up to the square root of their number. For some hundred radians that is below 1e-12.
+// A constant rate turns by rate times time about its own axis. Each step rounds its half angle h and the
+// sines to a few times 2^-53 of themselves, always the same way, which adds up to a few times 2^-53 of the
+// whole angle; the products round each step anew, which adds up to the square root of their number. For some
+// hundred radians that is below 1e-12.
 TEST(SphericalFilteringCore, constantRatesFollowTheClosedForm) {
     constexpr int kSteps = 100000;
     constexpr double kTime = 0x1p-8; // 390 s in all
@@ -385,8 +386,9 @@ TEST(SphericalFilteringCore, constantRatesFollowTheClosedForm) {
     }
 }
 
-// A quaternion that was just divided by its norm is off 1 by a few roundings, and so are the rows' lengths and right angles:
-// each element of R R' is three products of elements of four products each, below 32 roundings of 2^-53 together.
+// A quaternion that was just divided by its norm is off 1 by a few roundings, and so are the rows' lengths
+// and right angles: each element of R R' is three products of elements of four products each, below 32
+// roundings of 2^-53 together.
 TEST(SphericalFilteringCore, rotationStaysOrthogonal) {
     std::mt19937 random(5);
     std::normal_distribution<double> deviate(0.0, 8.0);
@@ -403,8 +405,9 @@ TEST(SphericalFilteringCore, rotationStaysOrthogonal) {
     }
 }
 
-// The Earth's vectors stand still while the sensor turns. The first sample of each is wrong by `kWrong` along one axis; in
-// the Earth frame that error leaves by a1 a sample, whatever the sensor does: e(1) = a1 e(0) + g e(0), e(n) = a1 e(n-1).
+// The Earth's vectors stand still while the sensor turns. The first sample of each is wrong by `kWrong` along
+// one axis; in the Earth frame that error leaves by a1 a sample, whatever the sensor does: e(1) = a1 e(0) + g
+// e(0), e(n) = a1 e(n-1).
 TEST(SphericalFilteringCore, filteredVectorsConvergeToTheTrueOnesWhileTheSensorTurns) {
     constexpr double kWrong = 0.3;
     constexpr double kCutoff = 0.01;

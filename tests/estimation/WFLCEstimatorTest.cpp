@@ -61,7 +61,8 @@ TEST(WFLCEstimator, firstStepLearnsOnlyAmplitudes) {
     }
 }
 
-// Every number is a small fraction of powers of two and the phase stays 0, so each of the updates can be read off.
+// Every number is a small fraction of powers of two and the phase stays 0, so each of the updates can be read
+// off.
 TEST(WFLCEstimator, updatesInOrder) {
     WFLCEstimator estimator(1, 0.5, 0.25, 0.125, 0.0, 3.0, 2.0, 1.0);
     estimator.step(9.0);
@@ -179,7 +180,8 @@ TEST(WFLCEstimator, frequencyWeightMayTurnNegative) {
     EXPECT_LT(estimator.getFrequencyWeight(), 0.0);
 }
 
-// With nothing to adapt, the estimate is the sine of the running sum of the frequency weight, however large that grows.
+// With nothing to adapt, the estimate is the sine of the running sum of the frequency weight, however large
+// that grows.
 TEST(WFLCEstimator, phaseIsNeverReduced) {
     WFLCEstimator estimator(1, 0.0, 0.0, 0.0, 1234567.89, 1.0, 0.0, 0.0);
     double phase = 0.0;
@@ -199,9 +201,10 @@ struct Gains {
     double finalHertz;  ///< how far off it may be after 20 s
 };
 
-// Near the lock the amplitude weights turn after the phase at the rate mu, which leaves an error that moves the frequency by
-// mu0 / mu * A * A of its own error per sample: a time constant of mu / mu0 samples at amplitude 1, so 2.3 of those from
-// 1 Hz to 0.1 Hz and 13.3 in 20 s; twice as long is allowed for the way in, when the error is not small.
+// Near the lock the amplitude weights turn after the phase at the rate mu, which leaves an error that moves
+// the frequency by mu0 / mu * A * A of its own error per sample: a time constant of mu / mu0 samples at
+// amplitude 1, so 2.3 of those from 1 Hz to 0.1 Hz and 13.3 in 20 s; twice as long is allowed for the way in,
+// when the error is not small.
 TEST(WFLCEstimator, locksOntoTremorFrequenciesFromOneHertzOff) {
     const std::vector<Gains> rows{
         {.name = "defaults", .mu = 0.15, .mu0 = 0.001, .lockSeconds = 5.0, .finalHertz = 1e-5},

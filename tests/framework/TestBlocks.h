@@ -28,7 +28,8 @@ public:
     std::function<void()> action;
 };
 
-/// Sends 1-by-1 samples that count up from 1, each stamped with its number, one a step, until `count` are sent.
+/// Sends 1-by-1 samples that count up from 1, each stamped with its number, one a step, until `count` are
+/// sent.
 class Counting final : public Plain {
 public:
     explicit Counting(const std::string& name, int count = 1 << 30) : Plain(name), left(count) {
@@ -64,7 +65,8 @@ public:
     std::atomic<int> stepsEnded{0};
 };
 
-/// Whether the link hands out the sender's own sample, that is: whether it is the plain link. Sends one sample.
+/// Whether the link hands out the sender's own sample, that is: whether it is the plain link. Sends one
+/// sample.
 inline bool isPlainLink(OutputPin<MatrixXd>& output, InputPin<MatrixXd>& input) {
     output.send(1.0);
     return input.hasData() && &input.take() == &output.data.value;

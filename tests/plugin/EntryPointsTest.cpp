@@ -70,7 +70,8 @@ TEST_F(EntryPointsTest, AStartAfterAStopBuildsAFreshPlugin) {
     factory->destroy(block);
 }
 
-/// Under a sanitizer the heap tells nothing here, but a second deletion or a forgotten one ends the program there.
+/// Under a sanitizer the heap tells nothing here, but a second deletion or a forgotten one ends the program
+/// there.
 TEST_F(EntryPointsTest, StopDeletesThePluginAndAllThatItOwns) {
     const auto inUse = [] { return ::mallinfo2().uordblks; };
     dllStartPlugin(); // the registry's own lists grow once

@@ -6,7 +6,8 @@
 #include <sstream>
 
 namespace {
-/// A room and what its files may include besides their own room: folders, which end in a slash, or single headers.
+/// A room and what its files may include besides their own room: folders, which end in a slash, or single
+/// headers.
 struct Room {
     std::string folder;
     std::vector<std::string> may;

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-// "found ...; expected ...; did you mean ...?" is put together by `Complaint` and nobody else: so every refusal has the same
-// form, fits into a line, and can be taken apart by who catches it.
+// "found ...; expected ...; did you mean ...?" is put together by `Complaint` and nobody else: so every
+// refusal has the same form, fits into a line, and can be taken apart by who catches it.
 
 namespace {
 struct Exception {

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <regex>
+#include <sstream>
 
 namespace {
 /// Whether the CMake list of a folder on the way up to the root names a file, by the path from there.
@@ -18,6 +20,12 @@ bool isBuilt(const std::string& path) {
         if (fileExists(list) && std::regex_search(textOf(list), word)) return true;
         if (folder.empty()) return false;
     }
+}
+
+/// Letters, not bytes.
+std::size_t columnsOf(const std::string& line) {
+    const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; };
+    return static_cast<std::size_t>(std::count_if(line.begin(), line.end(), isFirstByte));
 }
 } // namespace
 
@@ -39,6 +47,18 @@ TEST(SourceTreeTest, EverySourceIsInAList) {
 TEST(SourceTreeTest, EveryFileStartsWithItsLicence) {
     for (const std::string& path : sourceFiles())
         EXPECT_TRUE(textOf(path).starts_with("// SPDX-License-Identifier: MIT\n")) << path;
+}
+
+/// Code is kept to its columns by the formatter, which leaves comments alone.
+TEST(SourceTreeTest, CommentsKeepToTheColumnsOfCode) {
+    constexpr std::size_t kColumns = 110;
+    for (const std::string& path : sourceFiles()) {
+        std::istringstream lines(textOf(path));
+        std::string line;
+        for (int number = 1; std::getline(lines, line); ++number)
+            if (line.find("//") != std::string::npos)
+                EXPECT_LE(columnsOf(line), kColumns) << path << ":" << number;
+    }
 }
 
 TEST(SourceTreeTest, EveryHeaderIsReadOnce) {

@@ -19,7 +19,8 @@ using namespace Support;
 
 namespace {
 
-/// Uniform in [-1, 1), the same on every machine: the engine's bits are told by the standard, its distributions' are not.
+/// Uniform in [-1, 1), the same on every machine: the engine's bits are told by the standard, its
+/// distributions' are not.
 std::vector<double> noise(std::size_t n, std::uint64_t seed) {
     std::mt19937_64 engine(seed);
     std::vector<double> x(n);
@@ -57,8 +58,8 @@ long double relativeError(const std::vector<double>& got, const std::vector<Real
     return norm(difference) / norm(wanted);
 }
 
-/// What rounding may cost a transform of length n, relative in the 2-norm: a little for each doubling, and for each odd
-/// factor its size, since the general pass finds its cosines by that many turns.
+/// What rounding may cost a transform of length n, relative in the 2-norm: a little for each doubling, and
+/// for each odd factor its size, since the general pass finds its cosines by that many turns.
 long double bound(std::int32_t n) {
     FFTPack pack;
     pack.setSize(n);
@@ -69,8 +70,8 @@ long double bound(std::int32_t n) {
     return 1e-15L * std::log2(static_cast<long double>(n)) + 4e-16L * oddFactors;
 }
 
-/// The general pass written down as plainly as it is published: one harmonic after the other, the turns by which every
-/// fourth harmonic begins taken afresh. A transform of prime length is this and nothing else.
+/// The general pass written down as plainly as it is published: one harmonic after the other, the turns by
+/// which every fourth harmonic begins taken afresh. A transform of prime length is this and nothing else.
 std::vector<double> plainPrimeTransform(const std::vector<double>& x) {
     const std::size_t n = x.size();
     std::vector<double> result(n);
@@ -191,8 +192,8 @@ TEST(FFTPackTest, FactorsOfEveryLengthMultiplyBackAndFitTheTable) {
 }
 
 TEST(FFTPackTest, LaysTheTwiddlesOutBranchByBranch) {
-    // n = 24 has the factors 2, 4, 3. The 2 has one branch of width 12 at angles of 1/24 turn; the 4 has three of width 3
-    // at 2/24, 4/24 and 6/24; the 3 is the last and has none.
+    // n = 24 has the factors 2, 4, 3. The 2 has one branch of width 12 at angles of 1/24 turn; the 4 has
+    // three of width 3 at 2/24, 4/24 and 6/24; the 3 is the last and has none.
     const struct {
         std::size_t place;
         double twentyFourths;

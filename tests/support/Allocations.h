@@ -6,8 +6,8 @@
 
 namespace Support {
 
-/// Counts the heap allocations that this thread makes while the object lives, by whatever road: `malloc` itself is
-/// counted. Under a sanitizer the sanitizer's own hook counts.
+/// Counts the heap allocations that this thread makes while the object lives, by whatever road: `malloc`
+/// itself is counted. Under a sanitizer the sanitizer's own hook counts.
 class AllocationCounter {
 public:
     AllocationCounter();
@@ -17,8 +17,8 @@ private:
     std::uint64_t before;
 };
 
-/// Refuses this thread's heap allocations while the object lives, from the first behind those that are granted on, as a
-/// machine without memory does. A sanitizer's allocator can't be made to.
+/// Refuses this thread's heap allocations while the object lives, from the first behind those that are
+/// granted on, as a machine without memory does. A sanitizer's allocator can't be made to.
 class MemoryShortage {
 public:
     explicit MemoryShortage(std::uint64_t grantedAllocations);
@@ -29,8 +29,8 @@ public:
     static bool getIsPossible();
 };
 
-/// Calls `action`, which gets the number of allocations that it may grant, with 0, 1, 2 and so on until it says by true that
-/// they were enough. Returns how often they were not.
+/// Calls `action`, which gets the number of allocations that it may grant, with 0, 1, 2 and so on until it
+/// says by true that they were enough. Returns how often they were not.
 template <class Action>
 std::uint64_t withEveryShortage(Action action) {
     std::uint64_t granted = 0;

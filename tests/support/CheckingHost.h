@@ -11,8 +11,8 @@
 
 namespace Support {
 
-/// A layout with a thread of its own that complains when the contract between threads is broken: a step that is
-/// entered twice, a step while a guard of another thread is held, a handler outside a guard.
+/// A layout with a thread of its own that complains when the contract between threads is broken: a step that
+/// is entered twice, a step while a guard of another thread is held, a handler outside a guard.
 class CheckingHost final : public Quillmere::Core::PropertyObserver {
 public:
     explicit CheckingHost(const std::string& name) : layout(name) {}
@@ -51,8 +51,8 @@ private:
     std::thread runner;
 };
 
-/// A block for hammering: a gain with every kind of setting, whose handlers touch plain state of the block, so that a
-/// thread sanitizer sees any hole in the gate.
+/// A block for hammering: a gain with every kind of setting, whose handlers touch plain state of the block,
+/// so that a thread sanitizer sees any hole in the gate.
 class ProbeBlock final : public Quillmere::Core::Filter {
 public:
     enum class Mode { Plain, Inverted };

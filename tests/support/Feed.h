@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-/// A small language for tests of blocks: `Feed` gives samples to a block's pins, steps it, and records what it sends.
+/// A small language for tests of blocks: `Feed` gives samples to a block's pins, steps it, and records what
+/// it sends.
 namespace Support {
 
 using Quillmere::Core::MatrixXd;
@@ -49,8 +50,8 @@ public:
     void give(const std::string& pin, const MatrixXd& value, double timeStamp = 0.0);
     /// One call of `process()`.
     void step() { block.process(); }
-    /// `give`, `step`, and the payload of what the step sent on the only, or the named, output; fails the test and
-    /// returns an empty matrix if that isn't exactly one sample.
+    /// `give`, `step`, and the payload of what the step sent on the only, or the named, output; fails the
+    /// test and returns an empty matrix if that isn't exactly one sample.
     MatrixXd run(const std::string& pin, const MatrixXd& value, double timeStamp = 0.0,
                  const std::string& output = "");
 
@@ -98,8 +99,8 @@ private:
 ///     enum "Mode" 0 of LowPass, HiPass
 std::string catalogue(Quillmere::Core::Filter& block);
 
-/// Runs `action` and gives the text of the exception of exactly type `Exception` that it raises ("no exception", or
-/// the name of another type, if it doesn't). For Poco's exceptions the text is `message()`.
+/// Runs `action` and gives the text of the exception of exactly type `Exception` that it raises ("no
+/// exception", or the name of another type, if it doesn't). For Poco's exceptions the text is `message()`.
 template <class Exception, class Action>
 std::string refusal(Action action) {
     try {

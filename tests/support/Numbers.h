@@ -18,14 +18,15 @@ struct Tolerance {
     double floor;
 };
 
-/// The same bits, any NaN being equal to any NaN. The only one for shapes, time stamps, comparisons and arithmetic
-/// whose order is fixed.
+/// The same bits, any NaN being equal to any NaN. The only one for shapes, time stamps, comparisons and
+/// arithmetic whose order is fixed.
 inline constexpr Tolerance same{Tolerance::Kind::Same, 0.0, 0.0};
 
 /// At most `n` (1 to 4) representable numbers apart: for one library function between the two.
 Tolerance withinUlp(int n);
 
-/// |got - wanted| at most `bound` times the larger of |wanted| and `floor`: for recursions, designs and transforms.
+/// |got - wanted| at most `bound` times the larger of |wanted| and `floor`: for recursions, designs and
+/// transforms.
 Tolerance withinRel(double bound, double floor = 1.0);
 
 /// Equal when rounded to `digits` significant digits: for figures from a paper or another tool.
@@ -37,7 +38,8 @@ Tolerance law(double bound);
 /// Whether two numbers agree. Non-finite numbers agree only with their like, under every tolerance.
 bool agrees(double got, double wanted, Tolerance tolerance);
 
-/// `agrees` as an assertion: `EXPECT_TRUE(agree(got, wanted, same)) << row.name;`. A failure prints 17 digits.
+/// `agrees` as an assertion: `EXPECT_TRUE(agree(got, wanted, same)) << row.name;`. A failure prints 17
+/// digits.
 testing::AssertionResult agree(double got, double wanted, Tolerance tolerance);
 
 /// The same for matrices: shape first, then every element; a failure names the first element that differs.

@@ -19,7 +19,8 @@ inline Quillmere::Core::MatrixXd column(std::initializer_list<double> values) {
     return result;
 }
 
-/// `rows` samples of amplitude * cos(2*pi*cycles*row/rows + phase): `cycles` whole periods lie at that exact bin.
+/// `rows` samples of amplitude * cos(2*pi*cycles*row/rows + phase): `cycles` whole periods lie at that exact
+/// bin.
 inline Quillmere::Core::MatrixXd tone(Eigen::Index rows, double amplitude, double cycles,
                                       double phase = 0.0) {
     Quillmere::Core::MatrixXd result(rows, 1);

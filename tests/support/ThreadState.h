@@ -10,8 +10,8 @@
 
 namespace Support {
 
-/// Lets one thread wait until another one stands where nothing but somebody else's doing gets it on: the other calls `enter`
-/// right before it goes there.
+/// Lets one thread wait until another one stands where nothing but somebody else's doing gets it on: the
+/// other calls `enter` right before it goes there.
 class Standstill {
 public:
     /// In the thread that will stand still.
@@ -28,8 +28,8 @@ private:
         std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
         std::string text;
         std::getline(file, text);
-        const std::size_t end =
-            text.rfind(')'); // of the name, which may hold anything; the state is behind it
+        // of the name, which may hold anything; the state is behind it
+        const std::size_t end = text.rfind(')');
         return end != std::string::npos && text.compare(end, 3, ") S") == 0;
     }
 

@@ -91,8 +91,8 @@ ThreeLayouts threeLayouts() {
 }
 } // namespace
 
-/// While a new capacity waits at the sender's gate, the pin gets another sender: the strategy is rebuilt with that one's gate
-/// held, whose step writes to it.
+/// While a new capacity waits at the sender's gate, the pin gets another sender: the strategy is rebuilt with
+/// that one's gate held, whose step writes to it.
 TEST(AbstractInputPinThreadsTest, TheGatesThatAreHeldAreThoseOfTheEndsOfThen) {
     for (const bool changesOrder : {false, true}) {
         ThreeLayouts layouts = threeLayouts();
@@ -101,8 +101,8 @@ TEST(AbstractInputPinThreadsTest, TheGatesThatAreHeldAreThoseOfTheEndsOfThen) {
         Plain reader("reader");
         layouts[0].add(former);
         layouts[1].add(next);
-        layouts[2].add(
-            reader); // behind the others, so that it isn't held yet while the sender's gate is waited for
+        // behind the others, so that it isn't held yet while the sender's gate is waited for
+        layouts[2].add(reader);
         Noting input(&reader, layouts[1].getSynchronizer());
         former.output.attach(input, true);
         Standstill atTheGate;

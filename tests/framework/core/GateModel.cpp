@@ -28,12 +28,12 @@ using Clock = Synchronizer::Clock;
 /// A round takes milliseconds; one that takes this long hangs.
 constexpr std::chrono::seconds kPatience{20};
 
-// The referee's own state is read and written in relaxed order only. It must not order anything between two threads:
-// what the gate fails to order is for the thread sanitizer to see, on the plain members.
+// The referee's own state is read and written in relaxed order only. It must not order anything between two
+// threads: what the gate fails to order is for the thread sanitizer to see, on the plain members.
 constexpr auto kRelaxed = std::memory_order_relaxed;
 
-/// Something that threads do in a span of time, counted at both ends. A span may have been open between two looks if
-/// more had begun at the second than were over at the first.
+/// Something that threads do in a span of time, counted at both ends. A span may have been open between two
+/// looks if more had begun at the second than were over at the first.
 struct Spans {
     std::atomic<long> begun{0};
     std::atomic<long> over{0};
@@ -61,8 +61,8 @@ struct Box {
     long posts = 0;
 };
 
-/// Something that a loop is to see, though no lock says that it is there. Each number has one writer, whose plain store
-/// orders nothing.
+/// Something that a loop is to see, though no lock says that it is there. Each number has one writer, whose
+/// plain store orders nothing.
 struct Call {
     std::atomic<int> made{0};
     std::atomic<int> seen{0};
@@ -233,8 +233,8 @@ void Actor::giveWay(Step& step, unsigned index) {
         check(gate.visits > visits, "a guard that wanted the gate got no turn at the safe point");
 }
 
-/// The first half of a strategy's `read`: whether a letter is there, after a `wait` if there was none. Requires: the
-/// box's mutex is locked.
+/// The first half of a strategy's `read`: whether a letter is there, after a `wait` if there was none.
+/// Requires: the box's mutex is locked.
 bool Actor::waitIfEmpty(unsigned index, Box& box) {
     if (box.letters > 0) return true;
     ModelGate& gate = gateAt(index);
@@ -591,8 +591,9 @@ void Writer::step(unsigned index) {
     dwell(index);
 }
 
-/// Two looks that find the same sleep prove that the loop slept all the time between them. The second look is repeated
-/// until the loop is in another sleep, since its way there is the moment at which a look could be misled.
+/// Two looks that find the same sleep prove that the loop slept all the time between them. The second look is
+/// repeated until the loop is in another sleep, since its way there is the moment at which a look could be
+/// misled.
 void Writer::look(unsigned index) {
     say("look at a loop");
     ModelGate& gate = gateAt(index);

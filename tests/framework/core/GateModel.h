@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-/// Random play against the gate: up to four threads, each with a list of deeds that its seed decides, and a referee in
-/// every thread that knows what the gate promises. A promise that something ends is refereed by a round that doesn't.
+/// Random play against the gate: up to four threads, each with a list of deeds that its seed decides, and a
+/// referee in every thread that knows what the gate promises. A promise that something ends is refereed by a
+/// round that doesn't.
 namespace GateModel {
 
 // At most:
@@ -54,8 +55,8 @@ struct Family {
     bool hasSleepingLoops = false;
     bool hasWanderer = false;
     bool hasShutDown = false;
-    bool isDuel =
-        false; ///< one loop that sleeps between passes, and writers who mean to meet it as it falls asleep
+    /// one loop that sleeps between passes, and writers who mean to meet it as it falls asleep
+    bool isDuel = false;
 };
 
 struct Plan {
@@ -67,8 +68,8 @@ struct Plan {
 
 Plan makePlan(const Family& family, unsigned seed);
 
-/// Plays the plan to its end and returns the first promise that was broken, or nothing. A round that doesn't end within
-/// its time ends the program, with a word on where each thread stands.
+/// Plays the plan to its end and returns the first promise that was broken, or nothing. A round that doesn't
+/// end within its time ends the program, with a word on where each thread stands.
 std::string play(const Plan& plan);
 
 } // namespace GateModel

@@ -92,7 +92,8 @@ TEST(LayoutHammerTest, EverySampleCrossesTwoLayoutsWhileSettingsAreTurned) {
         writers.emplace_back([&, seed] { turnKnobs({&source, &sink}, seed, 500); });
     for (std::thread& writer : writers)
         writer.join();
-    // The buffer never overflows, so nothing may be lost, and the sleeping reader must be woken for the last one.
+    // The buffer never overflows, so nothing may be lost, and the sleeping reader must be woken for the last
+    // one.
     while (sink.getTaken() < kSamples)
         std::this_thread::yield();
     left.stop();

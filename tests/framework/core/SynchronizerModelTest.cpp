@@ -8,8 +8,8 @@
 using namespace GateModel;
 
 namespace {
-/// A seed decides who does what in which order, though not how the threads interleave; a failure may need its seed a few
-/// times over to show again.
+/// A seed decides who does what in which order, though not how the threads interleave; a failure may need its
+/// seed a few times over to show again.
 void playAll(const Family& family, unsigned firstSeed, unsigned rounds = 1200) {
     std::cout << "seeds " << firstSeed << " to " << firstSeed + rounds - 1 << '\n';
     for (unsigned seed = firstSeed; seed < firstSeed + rounds; ++seed)

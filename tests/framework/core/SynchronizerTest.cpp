@@ -14,8 +14,8 @@
 using namespace Quillmere::Core;
 using namespace Support;
 
-// Every test here ends only if the gate keeps its promises; a broken one shows as a time-out, a count that doesn't add
-// up, or a report of the thread sanitizer.
+// Every test here ends only if the gate keeps its promises; a broken one shows as a time-out, a count that
+// doesn't add up, or a report of the thread sanitizer.
 
 namespace {
 using Guard = Synchronizer::DisablerLocker;
@@ -251,7 +251,8 @@ TEST(SynchronizerTest, GuardsNeverStopABusyLoopAndTheLoopNeverStopsThem) {
         }
     };
     runTogether(writer, writer, writer, [&] {
-        // Four threads want the gate without a pause: each side gets its two thousand turns, and all end only then.
+        // Four threads want the gate without a pause: each side gets its two thousand turns, and all end only
+        // then.
         for (int i = 0; i < 2000 || written < 2000; ++i) {
             Step step(gate);
             step.giveWayIfWanted();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// A stand-in for a member function that counts how many copies of itself there are, so that a test can see when the
-/// handlers that hold it are made and deleted. It goes wherever `&Block::handler` goes.
+/// A stand-in for a member function that counts how many copies of itself there are, so that a test can see
+/// when the handlers that hold it are made and deleted. It goes wherever `&Block::handler` goes.
 template <class Object>
 struct CountedFunction {
     explicit CountedFunction(int& liveCopies) : live(&liveCopies) { ++*live; }

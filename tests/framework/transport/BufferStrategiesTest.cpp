@@ -21,8 +21,8 @@ Sample number(double value, double timeStamp = 0.0) {
     return {.value = matrix({{value}}), .timeStamp = timeStamp};
 }
 
-/// Every strategy that exists, at a capacity of 3 where it has a choice. A synchronized reader of these tests never sleeps: its
-/// gate is shut down.
+/// Every strategy that exists, at a capacity of 3 where it has a choice. A synchronized reader of these tests
+/// never sleeps: its gate is shut down.
 struct Kind {
     const char* name;
     std::function<std::unique_ptr<Strategy>(Synchronizer&)> make;

@@ -22,7 +22,8 @@ Sample number(double value) {
     return {.value = matrix({{value}}), .timeStamp = value};
 }
 
-/// A single value whose reader can be watched, and whose writer can be held up, both while the strategy's lock is held.
+/// A single value whose reader can be watched, and whose writer can be held up, both while the strategy's
+/// lock is held.
 template <class S>
 class WatchedBuffer {
 public:
@@ -63,8 +64,8 @@ public:
         if (thread.joinable()) thread.join();
     }
 
-    /// Returns when the reader has found nothing and sleeps. It looks at the buffer under the strategy's lock and gives
-    /// that up only in its sleep, so a lock taken after the look is taken from a sleeper.
+    /// Returns when the reader has found nothing and sleeps. It looks at the buffer under the strategy's lock
+    /// and gives that up only in its sleep, so a lock taken after the look is taken from a sleeper.
     void waitUntilAsleep() const {
         while (WatchedBuffer<Sample>::looks == looksBefore)
             std::this_thread::yield();
@@ -221,7 +222,8 @@ TEST(BufferStrategiesThreadsTest, CapacityOfAThreadSafeStrategyIsToldWithoutItsL
     EXPECT_EQ(capacity.get(), 1u);
 }
 
-/// Every locked strategy: what is read is whole, each sample comes at most once, and in the order that the buffer tells.
+/// Every locked strategy: what is read is whole, each sample comes at most once, and in the order that the
+/// buffer tells.
 namespace {
 struct Kind {
     const char* name;

@@ -289,7 +289,8 @@ TEST(InputPinTest, ABufferForWhichThereIsNoMemoryLeavesTheOldOne) {
 }
 
 TEST(InputPinTest, ItsFiveVirtualOperationsFollowEachOther) {
-    // A pointer to a virtual member function begins with one more than the operation's place in the table, in bytes.
+    // A pointer to a virtual member function begins with one more than the operation's place in the table, in
+    // bytes.
     const auto place = [](auto operation) {
         std::ptrdiff_t first = 0;
         static_assert(sizeof operation >= sizeof first);

@@ -50,7 +50,8 @@ protected:
         EXPECT_EQ(::bind(file, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
         return file;
     }
-    /// What a run that was killed leaves: a socket's name that nobody listens at, and a lock that nobody holds.
+    /// What a run that was killed leaves: a socket's name that nobody listens at, and a lock that nobody
+    /// holds.
     void leaveNames() const {
         ::close(bindSocket());
         folder.write("control.lock", "");

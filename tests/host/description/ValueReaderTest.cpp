@@ -116,8 +116,8 @@ TEST(ValueReader, AnOptionHasNoLinesToName) {
               "g.yaml: found the key 'a' a second time; expected each key once\n");
 }
 
-/// Looked up one by one, these keys would take a minute; so they take a fraction of a second of the processor's time,
-/// whatever else it does.
+/// Looked up one by one, these keys would take a minute; so they take a fraction of a second of the
+/// processor's time, whatever else it does.
 TEST(ValueReader, ManyKeysAreReadAtOnce) {
     constexpr int kKeys = 300'000;
     std::string text = "view:\n";

@@ -39,7 +39,8 @@ protected:
         EXPECT_EQ(run(text), "");
         return ends.read("out", "x").samples.getRows();
     }
-    /// Holds what a graph makes of `file` against what it makes of the same in memory, each into a file and into memory.
+    /// Holds what a graph makes of `file` against what it makes of the same in memory, each into a file and
+    /// into memory.
     void compare(const std::string& fileSource, const std::string& sinkPin, const std::string& columns,
                  const std::string& between) {
         const std::string toFile = "RecordingSink, properties: {file: ";
@@ -59,7 +60,8 @@ protected:
     Host::MemoryEnds ends;
 };
 
-/// Six seconds of a tremor at 100 rows a second, as text of so many digits that it reads back to the same bits.
+/// Six seconds of a tremor at 100 rows a second, as text of so many digits that it reads back to the same
+/// bits.
 struct Tremor {
     Tremor() : rows(600, 1), times(600) {
         text = "t,g\n";

@@ -75,7 +75,8 @@ const Refused kRefused[] = {
     {"Mode", "[a]", "found a list for 'Mode'; expected one of LowPass and HiPass, or an index from 0 to 1"},
     {"Go", "1", "found '1' for 'Go'; expected a setting: a command has no value"},
     {"Text", "a", "found 'a' for 'Text'; expected a setting that this program can write"},
-    {"Locked", "1", "found '1' for 'Locked'; expected a number that the block takes (Property 'Locked' is not writable)"},
+    {"Locked", "1",
+     "found '1' for 'Locked'; expected a number that the block takes (Property 'Locked' is not writable)"},
     {"Shy", "1", "found '1' for 'Shy'; expected a whole number that the block takes (not\\nnow)"},
 };
 

@@ -6,7 +6,8 @@
 
 namespace Support {
 
-/// A named pipe that a test writes to. Rows wait in it before anybody reads them, and nobody who is gone breaks it.
+/// A named pipe that a test writes to. Rows wait in it before anybody reads them, and nobody who is gone
+/// breaks it.
 class FedPipe {
 public:
     /// Makes the pipe.

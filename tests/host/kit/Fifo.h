@@ -14,8 +14,8 @@ inline constexpr std::chrono::seconds kPatience{30};
 /// Looks again and again until `isDone` says so; false when patience is at its end.
 bool waitUntil(const std::function<bool()>& isDone);
 
-/// A named pipe whose one end is the test. The test has it open for both ways, so that nobody waits for the other end to
-/// come, and who reads it meets the end when the test closes it.
+/// A named pipe whose one end is the test. The test has it open for both ways, so that nobody waits for the
+/// other end to come, and who reads it meets the end when the test closes it.
 class Fifo {
 public:
     explicit Fifo(std::string path);

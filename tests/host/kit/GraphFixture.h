@@ -18,8 +18,8 @@ class GraphFixture : public testing::Test {
 protected:
     GraphFixture();
 
-    /// What is wrong with a graph, a line each, the file's own name being `g.yaml` and the folder's left out. The
-    /// recordings are opened as for a run.
+    /// What is wrong with a graph, a line each, the file's own name being `g.yaml` and the folder's left out.
+    /// The recordings are opened as for a run.
     std::string complaintsOf(const std::string& text, const Quillmere::Host::GraphChanges& changes = {});
 
     /// The job of a graph file `g.yaml` with that text.

@@ -10,7 +10,8 @@
 
 namespace Support {
 
-/// Somebody who moves blocks of a live run, links them, takes links down and adds blocks, all at random. For one thread.
+/// Somebody who moves blocks of a live run, links them, takes links down and adds blocks, all at random. For
+/// one thread.
 class LinkChanger {
 public:
     /// What may be changed; the rest of the graph is left alone.

@@ -14,7 +14,8 @@
 namespace Support {
 
 inline constexpr double kUnpaced = std::numeric_limits<double>::infinity();
-/// Holds a layout still: a writer of one of its settings is kept inside its guard, until `release` or the end.
+/// Holds a layout still: a writer of one of its settings is kept inside its guard, until `release` or the
+/// end.
 class Hold {
 public:
     /// `value` is another one than the setting has.
@@ -45,7 +46,8 @@ protected:
     /// The same, and starts it.
     LiveRun& start(const std::string& text, const LiveOptions& options = {.speed = kUnpaced},
                    const RunLimit& limit = {});
-    /// Waits for the end. Gives back an empty text, or why the run failed; one that doesn't end fails the test.
+    /// Waits for the end. Gives back an empty text, or why the run failed; one that doesn't end fails the
+    /// test.
     std::string end();
     /// Runs a graph to its end; what `end` gives back.
     std::string runLive(const std::string& text, const LiveOptions& options = {.speed = kUnpaced},
@@ -61,7 +63,8 @@ protected:
     std::unique_ptr<LiveRun> liveRun;
 };
 
-/// The lines of a graph file: a RecordingSource with the time column `t`, a RecordingSink; `layout` is one for both.
+/// The lines of a graph file: a RecordingSource with the time column `t`, a RecordingSink; `layout` is one
+/// for both.
 std::string sourceLine(const std::string& id, const std::string& file, const std::string& pins,
                        const std::string& layout = "");
 std::string sinkLine(const std::string& id, const std::string& file, const std::string& layout = "");

@@ -15,7 +15,8 @@ using namespace Quillmere::Host;
 
 namespace {
 constexpr unsigned kKnobTurners = 4;
-/// The longest time that who changes links leaves them alone, in microseconds: all layouts stand still for a change.
+/// The longest time that who changes links leaves them alone, in microseconds: all layouts stand still for a
+/// change.
 constexpr std::size_t kLongestPause = 1000;
 /// Rows of the source that may be moved for one row of the other.
 constexpr std::uint64_t kRowsForOne = 4;
@@ -23,8 +24,9 @@ constexpr std::uint64_t kRowsForOne = 4;
 constexpr std::uint64_t kParts = 1000;
 const std::string kColumns = "t,n,x,y\n";
 
-// The kinds of links, as far as nobody changes them: near.in plain, near.side plain with a queue, band.in plain and newest
-// first; last.side, far.side and odd.aux the same with a lock; log.a, far.in and iir.in the same with a reader that sleeps.
+// The kinds of links, as far as nobody changes them: near.in plain, near.side plain with a queue, band.in
+// plain and newest first; last.side, far.side and odd.aux the same with a lock; log.a, far.in and iir.in the
+// same with a reader that sleeps.
 constexpr const char* kGraph = R"(
 format: 1
 layouts: [{id: a}, {id: b}, {id: c}]

@@ -16,15 +16,15 @@
 
 namespace Support {
 
-/// A live run in three layouts with links of every kind, and people who turn its knobs and change its links and layouts at
-/// random from begin to end.
+/// A live run in three layouts with links of every kind, and people who turn its knobs and change its links
+/// and layouts at random from begin to end.
 ///
-/// Five of its twelve blocks and the links between these are left alone: samples there must come in order and whole, and
-/// what the statistics count must be what the blocks have seen.
+/// Five of its twelve blocks and the links between these are left alone: samples there must come in order and
+/// whole, and what the statistics count must be what the blocks have seen.
 class LiveTurmoil {
 public:
-    /// Where the samples come from: recordings, as fast as they can be read, or pipes into which somebody writes so slowly
-    /// that each part of a run sees its part of the turmoil.
+    /// Where the samples come from: recordings, as fast as they can be read, or pipes into which somebody
+    /// writes so slowly that each part of a run sees its part of the turmoil.
     enum class Feed { Recordings, Pipes };
     struct Options {
         std::uint64_t samples = 0; ///< Of the source whose links are left alone.

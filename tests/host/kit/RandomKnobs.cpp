@@ -64,7 +64,8 @@ std::string drawMatrix(Dice& dice) {
     return text + "]";
 }
 
-/// Many settings take no more than their kind tells, so a value of it is refused only while nothing may be written.
+/// Many settings take no more than their kind tells, so a value of it is refused only while nothing may be
+/// written.
 bool mayRefuseAny(const SettingState& setting) {
     return setting.expected == "a matrix";
 }

@@ -17,7 +17,8 @@ TurmoilCheck::TurmoilCheck(LiveRun& liveRun, std::uint64_t samplesOfSource, bool
     checkReader("near", sent, sent);
     checkReader("far", sent, sent);
     checkReader("last", sentBy("far"), sentBy("near"));
-    // In the source's own layout a block takes each sample in the round that brings it, whatever else is changed.
+    // In the source's own layout a block takes each sample in the round that brings it, whatever else is
+    // changed.
     expect("lost by near", linkTo("near.in").lost + linkTo("near.side").lost, 0);
     checkSums();
 }

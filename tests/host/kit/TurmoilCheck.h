@@ -10,8 +10,8 @@
 
 namespace Support {
 
-/// Holds what the blocks of a `LiveTurmoil` have seen against what the statistics of its run have counted, for the blocks
-/// and links that were left alone.
+/// Holds what the blocks of a `LiveTurmoil` have seen against what the statistics of its run have counted,
+/// for the blocks and links that were left alone.
 class TurmoilCheck {
 public:
     /// Requires: the run has ended. With `mayLeaveSome`, samples may wait in its links.

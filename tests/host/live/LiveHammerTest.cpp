@@ -6,7 +6,8 @@
 
 #include <cstdio>
 
-// Everything that may happen to a live run at once. Meant for the thread sanitizer, which sees what goes right by luck.
+// Everything that may happen to a live run at once. Meant for the thread sanitizer, which sees what goes
+// right by luck.
 
 namespace {
 constexpr std::uint64_t kSamples = 200000;

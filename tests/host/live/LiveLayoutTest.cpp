@@ -68,7 +68,8 @@ protected:
         there.in.setBufferCapacity(kBuffer); // what is lost doesn't matter here
         here.out.attach(there.in, false);
         here.reader = &there;
-        // A buffer grows with the lag of its reader, whenever that comes: it has all its places from the start.
+        // A buffer grows with the lag of its reader, whenever that comes: it has all its places from the
+        // start.
         here.out.data.value = MatrixXd::Constant(1, 3, 0.5);
         for (std::uint32_t i = 0; i < kBuffer; ++i)
             here.out.send(0.0);

@@ -21,7 +21,8 @@ using Support::sourceLine;
 using Support::waitUntil;
 
 constexpr int kRows = 2000;
-/// Long enough for a layout that doesn't wait to go on; that it hasn't is only looked for, never needed for a pass.
+/// Long enough for a layout that doesn't wait to go on; that it hasn't is only looked for, never needed for a
+/// pass.
 constexpr std::chrono::milliseconds kMoment{50};
 
 std::string block(const std::string& id, const std::string& type, const std::string& layout) {
@@ -33,7 +34,8 @@ std::string graph(const std::string& blocks, const std::string& connections) {
 }
 const std::string kLong = sourceLine("in", "long.csv", "p: [x, y], x: x", "one");
 
-/// A layout that another one feeds over a control input, and that looks at it only when its own rows come through a pipe.
+/// A layout that another one feeds over a control input, and that looks at it only when its own rows come
+/// through a pipe.
 std::string heldBack(const std::string& overflow) {
     return graph(kLong + sourceLine("own", "pipe", "x: x", "two") + block("g", "FilterGain", "one") +
                      block("smooth", "FilterButterworth", "two") + sinkLine("out", "out.csv", "two"),

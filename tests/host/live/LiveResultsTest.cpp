@@ -195,7 +195,8 @@ TEST_F(LiveResultsTest, StatisticsTakeNoPart) {
 
 using Columns = std::map<std::string, std::vector<std::string>>;
 
-/// Of each column the cells that aren't empty, behind the time of their row or, with `hasTimes` false, without it.
+/// Of each column the cells that aren't empty, behind the time of their row or, with `hasTimes` false,
+/// without it.
 Columns columnsOf(const std::string& table, bool hasTimes) {
     std::istringstream lines(table);
     std::string line;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// soak_live [SECONDS]: live runs in turmoil, one behind the other, for so long (60 without an argument), and an idle one.
-// Fails when a run goes wrong, when memory grows from the first quarter to the last, or when a run that has nothing to do
-// uses the processor.
+// soak_live [SECONDS]: live runs in turmoil, one behind the other, for so long (60 without an argument), and
+// an idle one. Fails when a run goes wrong, when memory grows from the first quarter to the last, or when a
+// run that has nothing to do uses the processor.
 #include "host/live/LiveRun.h"
 #include "host/recording/HostCatalogue.h"
 #include "tests/host/kit/FedPipe.h"
@@ -34,7 +34,8 @@ constexpr std::chrono::seconds kLongestRun{120};
 constexpr std::chrono::milliseconds kBetweenLooks{100};
 constexpr std::chrono::seconds kIdle{2};
 constexpr double kMostOfACore = 0.01;
-/// Of memory; the few MiB that a run needs wander by less, and a leak in each change or sample would come to more.
+/// Of memory; the few MiB that a run needs wander by less, and a leak in each change or sample would come to
+/// more.
 constexpr double kMostGrowth = 1.1;
 /// Runs before memory is looked at: they bring in what every later one uses again.
 constexpr unsigned kFirstRuns = 3;

@@ -277,7 +277,8 @@ protected:
               {.speed = 1.0});
         liveRun->detach("h.input");
     }
-    /// Either nothing has changed and the run goes on, or something has and it ends. Tells how often it was which.
+    /// Either nothing has changed and the run goes on, or something has and it ends. Tells how often it was
+    /// which.
     std::pair<int, int> failEach(const std::function<void()>& change,
                                  const std::function<bool()>& hasChanged) {
         std::pair<int, int> found{0, 0};
@@ -374,8 +375,8 @@ TEST_F(LiveStructureTest, LinksMayChangeWhileTheRunEnds) {
               "connections: [{from: in.x, to: out.x}, {from: in.y, to: g, buffer: 9}, {from: g, to: out.y, "
               "buffer: 9}]\n");
         std::atomic<bool> isEnding{false};
-        // Changes that follow each other at once all but starve the run, which makes it long; those with pauses let it come
-        // to its end early, and meet it there at another moment each time.
+        // Changes that follow each other at once all but starve the run, which makes it long; those with
+        // pauses let it come to its end early, and meet it there at another moment each time.
         const std::chrono::microseconds pause{i % 5 == 0 ? 0 : 40 * i};
         std::thread changer([&] {
             while (!isEnding) {

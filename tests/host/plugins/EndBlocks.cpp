@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A plug-in for the host's tests that brings a source and a sink, written as somebody else would: it links the host, and
-// nothing in the host knows it.
+// A plug-in for the host's tests that brings a source and a sink, written as somebody else would: it links
+// the host, and nothing in the host knows it.
 #include "framework/Quillmere.h"
 #include "host/ends/RecordingException.h"
 #include "host/ends/Sink.h"

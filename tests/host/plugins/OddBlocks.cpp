@@ -65,8 +65,8 @@ private:
     CommandProperty command;
 };
 
-/// Passes samples on until it raises at the one after "good", with "strange" what no C++ library knows. Hears of a "good"
-/// below 0 with an exception.
+/// Passes samples on until it raises at the one after "good", with "strange" what no C++ library knows. Hears
+/// of a "good" below 0 with an exception.
 class OddFailing final : public Filter {
 public:
     static constexpr const char* kTypeName = "OddFailing";
@@ -181,9 +181,9 @@ private:
     ValueProperty<double> rise; ///< From each to the next.
 };
 
-/// Passes samples on whose first element is their number and whose time stamp is the number in milliseconds, and raises when
-/// one comes on either input that isn't behind those before, or whose two ends don't belong together. "Report" shows
-/// what has come.
+/// Passes samples on whose first element is their number and whose time stamp is the number in milliseconds,
+/// and raises when one comes on either input that isn't behind those before, or whose two ends don't belong
+/// together. "Report" shows what has come.
 class OddInOrder final : public Filter {
 public:
     static constexpr const char* kTypeName = "OddInOrder";

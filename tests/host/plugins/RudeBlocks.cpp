@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A plug-in for the tests that breaks every rule that a plug-in can break. RUDE in the environment says how it breaks those of
-// being loaded; its blocks break the others.
+// A plug-in for the tests that breaks every rule that a plug-in can break. RUDE in the environment says how
+// it breaks those of being loaded; its blocks break the others.
 #include "framework/Quillmere.h"
 #include "plugin/EntryPoints.h"
 #include "plugin/FilterFactory.h"
@@ -37,7 +37,8 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 };
 
-/// Raises at the first sample; and in its handler, when "Fire" is set: an own exception, or a number with "Number".
+/// Raises at the first sample; and in its handler, when "Fire" is set: an own exception, or a number with
+/// "Number".
 class RudeStep final : public Filter {
 public:
     static constexpr const char* kTypeName = "RudeStep";

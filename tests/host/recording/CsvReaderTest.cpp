@@ -573,8 +573,8 @@ TEST(CsvReader, StandardInputThatDoesNotWaitIsWaitedFor) {
     double time = 0.0;
     ASSERT_TRUE(reader.readRow(&time));
     std::thread writer([&] {
-        std::this_thread::sleep_for(
-            std::chrono::milliseconds(50)); // the reader has met the empty pipe by then
+        // the reader has met the empty pipe by then
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
         input.write("5,6\n");
         input.close();
     });

@@ -6,11 +6,12 @@
 
 namespace Support {
 
-/// Lets one system call on partial files fail for as long as it lives: those with `.partial` in the name. The program that
-/// links this has calls of its own in front of the C library's.
+/// Lets one system call on partial files fail for as long as it lives: those with `.partial` in the name. The
+/// program that links this has calls of its own in front of the C library's.
 class SystemFault {
 public:
-    /// `call` is `close`, `fchown`, `flock`, `fsetxattr`, `fsync`, `rename` or `write`. Of error 0 nothing fails.
+    /// `call` is `close`, `fchown`, `flock`, `fsetxattr`, `fsync`, `rename` or `write`. Of error 0 nothing
+    /// fails.
     SystemFault(std::string call, int error, std::function<void()> before = {});
     ~SystemFault();
     SystemFault(const SystemFault&) = delete;

@@ -109,7 +109,8 @@ TEST(FrequencyResponseTest, MeasuresWhatTheRecursionDoes) {
         EXPECT_EQ(response.countUnsettled(), 0u) << row.name;
         for (const ResponsePoint& point : response.points) {
             const Complex wanted = exact(row.newest, row.former, row.feedback, point.frequency);
-            // The measurement stops when two windows agree to nine digits; the decay behind is ten times slower at most.
+            // The measurement stops when two windows agree to nine digits; the decay behind is ten times
+            // slower at most.
             for (const Complex got : {point.sine, point.impulse}) {
                 EXPECT_TRUE(agree(got.real(), wanted.real(), withinRel(1e-8)))
                     << row.name << " at " << point.frequency;

@@ -24,7 +24,8 @@ double errorOf(double gain, const MatrixXd& rows) {
 }
 
 TEST(PublishedDesignTest, ErrorIsARoundingOfWhatCancels) {
-    // 1 / (z - p): at 1 the feedback is 1 - p, of terms that add up to 1 + p; and the gain makes the response 1 there.
+    // 1 / (z - p): at 1 the feedback is 1 - p, of terms that add up to 1 + p; and the gain makes the response
+    // 1 there.
     for (const double p : {0.5, 0.99, 1.0 - 1e-6}) {
         const double rest = 1.0 - p;
         EXPECT_TRUE(agree(errorOf(1.0 / rest, matrix({{1.0, 0.0}, {p, -1.0}})),
@@ -57,7 +58,8 @@ TEST(PublishedDesignTest, NarrowBandsAreFoundBetweenTheAngles) {
 }
 
 TEST(PublishedDesignTest, ANotchLosesNothing) {
-    // Poles just inside zeros on the circle: both polynomials vanish there, and the response is 1 everywhere else.
+    // Poles just inside zeros on the circle: both polynomials vanish there, and the response is 1 everywhere
+    // else.
     const double r = 1.0 - 1e-4;
     const double error = errorOf(1.0, matrix({{1.0, 0.0, 1.0}, {-r * r, 0.0, -1.0}}));
     EXPECT_GT(error, kEps);

@@ -16,8 +16,8 @@ constexpr const char* kSource =
     "x}}}\n";
 constexpr const char* kSink = "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n";
 
-/// A graph with a source 'in', a sink 'out' and `blocks` between them; the first connection stands in line `kFirstLine`
-/// when there is one block.
+/// A graph with a source 'in', a sink 'out' and `blocks` between them; the first connection stands in line
+/// `kFirstLine` when there is one block.
 std::string graph(const std::string& blocks, const std::string& connections) {
     return "format: 1\nname: test\nblocks:\n" + std::string(kSource) + kSink + blocks + "connections:\n" +
            connections;

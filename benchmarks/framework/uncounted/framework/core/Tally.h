@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Stands in for the framework's own header of that name where a benchmark builds the framework a second time: the same
-// classes, and nothing is counted.
+// Stands in for the framework's own header of that name where a benchmark builds the framework a second time:
+// the same classes, and nothing is counted.
 #pragma once
 
 #include <cstdint>
