@@ -63,10 +63,11 @@ Core::MatrixXd SampleSeries::getRows() const {
     for (const Run& run : runs) {
         const Eigen::Index others = run.shape.rows * run.shape.columns;
         if (others != columns)
-            throw HostException(Complaint{.found = "a sample of " +
-                                                   counted(static_cast<std::uint64_t>(others), "element") +
-                                                   " behind those of " + std::to_string(columns),
-                                          .expected = "samples of one size, as the rows of a matrix have"});
+            throw HostException(Complaint{{},
+                                          "a sample of " +
+                                              counted(static_cast<std::uint64_t>(others), "element") +
+                                              " behind those of " + std::to_string(columns),
+                                          "samples of one size, as the rows of a matrix have"});
     }
     Core::MatrixXd rows(static_cast<Eigen::Index>(size), columns);
     std::copy(values.begin(), values.end(), rows.data());

@@ -111,8 +111,9 @@ void LiveStructure::add(const std::string& id, const std::string& type, const st
             Complaint::unknown({}, "the block type '" + type + "'", type, catalogue.getTypeNames()));
     if (dynamic_cast<const HostBlock*>(block.get()) != nullptr)
         throw ControlException(
-            Complaint{.found = "the block type '" + type + "', which is a source or a sink",
-                      .expected = "another, since they are told what they read and write before a run"});
+            Complaint{{},
+                      "the block type '" + type + "', which is a source or a sink",
+                      "another, since they are told what they read and write before a run"});
     graph.add(std::move(block), to);
 }
 

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -22,10 +23,15 @@ struct Place {
 /// `file:line:column: found ...; expected ...; did you mean ...?`.
 /// Nobody else puts such a sentence together: a refusal or a warning in this form is a complaint's text.
 struct Complaint {
-    Place where = {};
-    std::string found = {};
-    std::string expected = {};
-    std::string suggestion = {}; ///< The nearest thing that is known; empty when nothing is near.
+    /// Made by a constructor: GCC 12 ends a member of an aggregate twice when one behind it finds no memory.
+    Complaint(Place place, std::string foundText, std::string expectedText, std::string nearest = {})
+        : where(std::move(place)), found(std::move(foundText)), expected(std::move(expectedText)),
+          suggestion(std::move(nearest)) {}
+
+    Place where;
+    std::string found;
+    std::string expected;
+    std::string suggestion; ///< The nearest thing that is known; empty when nothing is near.
 
     /// Of a name that isn't among those that there are: `expected` and their list, or `otherwise` when there
     /// is none, and the nearest of them.

@@ -3,7 +3,7 @@
 // becomes of the program when an allocation finds no memory. The program is the command as people have it.
 //
 //   SHORT_MEMORY_REPORT=FILE   at each allocation that `main` and what it calls make, a child is forked in
-//                              which that one fails; how each child ended goes to FILE, and the parent goes on
+//                              which that one fails; how each child ended goes to FILE, the parent goes on
 //   SHORT_MEMORY_EVERY=K       ... at every K-th of them
 //   SHORT_MEMORY_FAIL=N        no children: the allocation N fails, for programs with threads
 //                              and to look at one case

@@ -56,8 +56,9 @@ TEST(SourceTreeTest, CommentsKeepToTheColumnsOfCode) {
         std::istringstream lines(textOf(path));
         std::string line;
         for (int number = 1; std::getline(lines, line); ++number)
-            if (line.find("//") != std::string::npos)
+            if (line.find("//") != std::string::npos) {
                 EXPECT_LE(columnsOf(line), kColumns) << path << ":" << number;
+            }
     }
 }
 
