@@ -98,8 +98,9 @@ ExitCode BlocksCommand::run() {
     const auto* const hostBlock = dynamic_cast<const HostBlock*>(block.get());
     const std::string origin = catalogue.getPluginName(type) + " " + catalogue.getPluginVersion(type);
     if (asJson) {
-        std::cout << (hostBlock != nullptr ? Json::hostBlock(*hostBlock)
-                                           : Json::block(describe(*block), catalogue.getPluginName(type)))
+        const std::string plugin = catalogue.getPluginName(type);
+        std::cout << (hostBlock != nullptr ? Json::hostBlock(*hostBlock, plugin)
+                                           : Json::block(describe(*block), plugin))
                   << "\n";
     } else if (hostBlock != nullptr) {
         printHostBlock(*hostBlock, catalogue.getIsHostType(type) ? "host" : origin);

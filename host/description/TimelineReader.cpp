@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/description/TimelineReader.h"
 
+#include "host/text/Address.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 #include "host/description/GivenValues.h"
@@ -121,13 +122,12 @@ void TimelineReader::readCommands(const Value& value, Entry& entry) {
 }
 
 void TimelineReader::addChange(const std::string& target, const Place& where, Change change, Entry& entry) {
-    // At the first dot: ids have none, literal names may.
-    const std::size_t dot = target.find('.');
-    change.block = target.substr(0, dot);
+    const Address address(target);
+    change.block = address.block;
+    change.name = address.member;
     change.where = where;
-    if (dot != std::string::npos) change.name = target.substr(dot + 1);
     change.isRefused = !check.checkTarget(change);
-    if (!change.isRefused && dot == std::string::npos) {
+    if (!change.isRefused && !address.hasMember) {
         complaints.add(where, "'" + target + "' alone", "'" + target + ".' and what of it");
         change.isRefused = true;
     }

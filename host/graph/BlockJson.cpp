@@ -81,8 +81,9 @@ Text block(const BlockDescription& description, const std::string& plugin) {
     return whole(description, settings(description.properties), text(plugin));
 }
 
-Text hostBlock(const HostBlock& described) {
-    return whole(describe(described), settings(described.getSettingDescriptions()), null());
+Text hostBlock(const HostBlock& described, const std::string& plugin) {
+    return whole(describe(described), settings(described.getSettingDescriptions()),
+                 plugin.empty() ? null() : text(plugin));
 }
 
 Text blockTypes(const BlockCatalogue& catalogue) {

@@ -21,8 +21,9 @@ QUILLMERE_API Text setting(const PropertyDescription& property);
 /// A block of a plug-in with pins and settings.
 QUILLMERE_API Text block(const BlockDescription& description, const std::string& plugin);
 
-/// A block of the host: its settings aren't properties, and its pins are those that a graph gives it.
-QUILLMERE_API Text hostBlock(const HostBlock& described);
+/// A source or a sink: its settings aren't properties, and its pins may be those that a graph gives it.
+/// `plugin` is empty for one of the host's own.
+QUILLMERE_API Text hostBlock(const HostBlock& described, const std::string& plugin);
 
 /// The names of all types, with the plug-ins that they come from.
 QUILLMERE_API Text blockTypes(const BlockCatalogue& catalogue);

@@ -2,6 +2,8 @@
 // A source and a sink that a plug-in brings, of which the host knows nothing.
 #include "tests/host/kit/LiveFixture.h"
 
+#include "host/graph/BlockJson.h"
+
 #include <string>
 
 namespace {
@@ -50,6 +52,15 @@ TEST_F(EndPluginTest, ComplaintsAreThoseOfTheHostsOwn) {
               "g.yaml:7:12: found the output 'x' of 'in' (CountingSource); expected one of count\n");
     EXPECT_EQ(complaintsOf(graph("to: 3", "into: s", "in", "out.x")),
               "g.yaml:8:19: found the input 'x' of 'out' (SummingSink); expected one of terms\n");
+}
+
+TEST_F(EndPluginTest, JsonNamesWhereTheyComeFrom) {
+    const auto block = catalogue.create("CountingSource", "in");
+    const std::string plugin = catalogue.getPluginName("CountingSource");
+    ASSERT_FALSE(plugin.empty());
+    const std::string json =
+        Quillmere::Host::Json::hostBlock(dynamic_cast<const Quillmere::Host::HostBlock&>(*block), plugin);
+    EXPECT_NE(json.find("\"plugin\": \"" + plugin + "\""), std::string::npos) << json;
 }
 
 TEST_F(EndPluginTest, AFailureNamesTheBlock) {
