@@ -54,10 +54,12 @@ void GraphChanger::changeSettings(const std::vector<GraphChanges::Setting>& list
             takeOut(*block, change);
             continue;
         }
-        put(*block, {.name = change.property,
-                     .where = {change.option, 0, 0},
-                     .value = *value,
-                     .origin = Setting::Origin::Caller});
+        Setting setting;
+        setting.name = change.property;
+        setting.where.file = change.option;
+        setting.value = *value;
+        setting.origin = Setting::Origin::Caller;
+        put(*block, std::move(setting));
     }
 }
 
@@ -65,9 +67,13 @@ void GraphChanger::changeFiles(const std::vector<GraphChanges::File>& list, Sett
     for (const GraphChanges::File& change : list) {
         GraphDescription::Block* const block = requireBlock(change.block, change.option);
         if (block == nullptr) continue;
-        Value path = valueOf(change.path);
-        path.where = {change.option, 0, 0};
-        put(*block, {.name = "file", .where = path.where, .value = path, .origin = origin});
+        Setting setting;
+        setting.name = "file";
+        setting.where.file = change.option;
+        setting.value = valueOf(change.path);
+        setting.value.where = setting.where;
+        setting.origin = origin;
+        put(*block, std::move(setting));
     }
 }
 

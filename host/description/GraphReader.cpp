@@ -174,8 +174,12 @@ bool GraphReader::readLayoutOf(const Value& value, Block& block) {
 void GraphReader::readSettings(const Value& value, Block& block) {
     if (value.kind == Value::Kind::Null) return;
     if (!requireKind(value, Value::Kind::Map, "properties as 'name: value'")) return;
-    for (const Value::Entry& entry : value.entries)
-        block.settings.push_back({.name = entry.key, .where = entry.where, .value = entry.value});
+    for (const Value::Entry& entry : value.entries) {
+        GraphDescription::Setting& setting = block.settings.emplace_back();
+        setting.name = entry.key;
+        setting.where = entry.where;
+        setting.value = entry.value;
+    }
 }
 
 void GraphReader::readConnections(const Value& top) {

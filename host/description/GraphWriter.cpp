@@ -16,17 +16,22 @@ Value emptyValue(Value::Kind kind) {
     return value;
 }
 
+void append(Value& map, const std::string& key, Value value) {
+    Value::Entry& entry = map.entries.emplace_back();
+    entry.key = key;
+    entry.value = std::move(value);
+}
+
 /// Adds what says something.
 void put(Value& map, const std::string& key, Value value) {
     const bool isEmptyList = value.kind == Value::Kind::List && value.items.empty();
     const bool isEmptyName = value.isScalar() && value.text.empty();
-    if (value.kind != Value::Kind::Null && !isEmptyList && !isEmptyName)
-        map.entries.push_back({key, {}, std::move(value)});
+    if (value.kind != Value::Kind::Null && !isEmptyList && !isEmptyName) append(map, key, std::move(value));
 }
 
 /// A view is somebody else's, and kept as it is.
 void putView(Value& map, const Value& view) {
-    if (view.kind != Value::Kind::Null) map.entries.push_back({"view", {}, view});
+    if (view.kind != Value::Kind::Null) append(map, "view", view);
 }
 
 template <class Things, class Make>
@@ -68,7 +73,7 @@ Value blockMap(const GraphDescription::Block& block) {
     put(map, "layout", nameValue(block.layout));
     Value properties = emptyValue(Value::Kind::Map);
     for (const GraphDescription::Setting& setting : block.settings)
-        properties.entries.push_back({setting.name, {}, settingValue(setting)});
+        append(properties, setting.name, settingValue(setting));
     if (!properties.entries.empty()) put(map, "properties", std::move(properties));
     putView(map, block.view);
     return map;
@@ -115,12 +120,12 @@ private:
         if (!hasBegun || !getFits(key, target)) begin();
         Value& map = list.items.back();
         if (map.entries.back().key != key)
-            map.entries.push_back({key, {}, emptyValue(isCommand ? Value::Kind::Null : Value::Kind::Map)});
+            append(map, key, emptyValue(isCommand ? Value::Kind::Null : Value::Kind::Map));
         Value& part = map.entries.back().value;
         if (isCommand)
             addCommand(part, nameValue(target));
         else
-            part.entries.push_back({target, {}, change.value});
+            append(part, target, change.value);
     }
 
     /// Whether the entry's last key is this one, or hasn't come yet.
@@ -132,7 +137,7 @@ private:
 
     void begin() {
         list.items.push_back(emptyValue(Value::Kind::Map));
-        list.items.back().entries.push_back({"at", {}, at});
+        append(list.items.back(), "at", at);
         hasBegun = true;
     }
 
@@ -170,10 +175,10 @@ Value mapOf(const GraphDescription& graph) {
     put(map, "plugins", listOf(graph.plugins, [](const auto& plugin) { return nameValue(plugin.path); }));
     Value parameters = emptyValue(Value::Kind::Map);
     for (const GraphDescription::Parameter& parameter : graph.parameters)
-        parameters.entries.push_back({parameter.name, {}, parameter.value});
+        append(parameters, parameter.name, parameter.value);
     if (!parameters.entries.empty()) put(map, "parameters", std::move(parameters));
     put(map, "layouts", listOf(graph.layouts, &layoutMap));
-    map.entries.push_back({"blocks", {}, listOf(graph.blocks, &blockMap)});
+    append(map, "blocks", listOf(graph.blocks, &blockMap));
     put(map, "connections", listOf(graph.connections, &connectionMap));
     put(map, "timeline", timelineOf(graph));
     putView(map, graph.view);

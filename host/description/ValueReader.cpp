@@ -74,10 +74,14 @@ private:
                 continue;
             }
             const auto [first, isNew] = lines.try_emplace(key.text, placeOf(key).line);
-            if (isNew)
-                value.entries.push_back({key.text, placeOf(key), convert(content)});
-            else
+            if (!isNew) {
                 refuseSecond(key, first->second);
+                continue;
+            }
+            Value::Entry& entry = value.entries.emplace_back();
+            entry.key = key.text;
+            entry.where = placeOf(key);
+            entry.value = convert(content);
         }
     }
 
