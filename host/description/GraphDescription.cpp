@@ -110,7 +110,11 @@ GraphDescription::Block& GraphDescription::Block::set(Setting setting) {
 }
 
 GraphDescription::Block& GraphDescription::Block::set(const std::string& property, Value value) {
-    return set({.name = property, .where = value.where, .value = std::move(value)});
+    Setting setting;
+    setting.name = property;
+    setting.where = value.where;
+    setting.value = std::move(value);
+    return set(std::move(setting));
 }
 
 bool GraphDescription::Block::operator==(const Block& other) const {
