@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "cli/StopSignals.h"
 
-#include <signal.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <system_error>
 

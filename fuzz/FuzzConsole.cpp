@@ -18,7 +18,7 @@ blocks:
 connections:
   - {from: noise, to: smooth.in}
   - {from: smooth, to: iir.in}
-  - {from: iir, to: count.Input}
+  - {from: iir, to: count.in}
 )yaml";
 
 /// A run and the settings that it has at first.
