@@ -8,7 +8,7 @@
 namespace Quillmere::Host {
 
 std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception) {
-    const std::string text = "at " + shortestText(streamTime) + " s: " + wordsOf(exception);
+    std::string text = "at " + shortestText(streamTime) + " s: " + wordsOf(exception);
     if (block == nullptr) return text;
     return "block " + blockText(*block) + " " + text;
 }
