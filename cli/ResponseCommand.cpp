@@ -172,7 +172,8 @@ FrequencyResponse ResponseCommand::measureGraph(BlockCatalogue& catalogue) const
     arguments.settings = settings;
     arguments.parameters = parameters;
     Complaints complaints;
-    const GraphDescription description = GraphDescription::read(target, changesOf(arguments), complaints);
+    const GraphDescription description =
+        GraphDescription::fromFile(target, complaints).with(changesOf(arguments), complaints);
     loadPlugins(description, catalogue, complaints);
     complaints.raise();
     const BlockMaker make = [&] {

@@ -150,11 +150,6 @@ struct QUILLMERE_API GraphDescription {
     static GraphDescription fromText(const std::string& text, const std::string& path,
                                      Complaints& complaints);
 
-    static GraphDescription read(const std::string& file, const GraphChanges& changes,
-                                 Complaints& complaints) {
-        return fromFile(file, complaints).with(changes, complaints);
-    }
-
     /// Adds a block, and a connection between `block.pin` and `block.pin`; what is wrong with them `resolved`
     /// tells. The reference is good until the next one is added.
     Block& addBlock(std::string id, std::string type);
@@ -201,11 +196,11 @@ struct QUILLMERE_API GraphDescription {
     std::vector<Block> blocks;
     std::vector<Connection> connections;
     std::vector<TimelineEntry> timeline; ///< Resolved: by time, those of one time as they are written.
-    Value
-        writtenTimeline; ///< All of it, where parameters give more of it than times and values; else nothing.
-    Value view;          ///< For programs that draw graphs.
-    bool isUsable =
-        true; ///< False for a file that couldn't be understood as far as to be worth checking further.
+    /// All of it, where parameters give more of it than times and values; else nothing.
+    Value writtenTimeline;
+    Value view; ///< For programs that draw graphs.
+    /// False for a file that couldn't be understood as far as to be worth checking further.
+    bool isUsable = true;
 };
 
 } // namespace Quillmere::Host

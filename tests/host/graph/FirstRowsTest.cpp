@@ -15,7 +15,7 @@ protected:
     /// The source's settings beside its file and pins, and a block behind it.
     std::string warningsOf(const std::string& clock, const std::string& type = "FilterFlagStatic") {
         Complaints complaints;
-        const GraphDescription description = GraphDescription::read(
+        const GraphDescription description = GraphDescription::fromFile(
             folder.write("g.yaml", "format: 1\nblocks:\n"
                                    "  - {id: in, type: RecordingSource, properties: {file: in.csv, " +
                                        clock +
@@ -29,7 +29,7 @@ protected:
                                        (type == "FilterGain" ? "  - {from: gain, to: still}\n"
                                                              : "  - {from: gain, to: still.3g}\n"
                                                                "  - {from: in.b, to: still.3bias}\n")),
-            {}, complaints);
+            complaints);
         Graph graph(description, catalogue, complaints);
         graph.openSources(complaints);
         EXPECT_TRUE(complaints.isEmpty()) << GraphException(complaints.getSorted()).what();

@@ -21,7 +21,7 @@ TEST(GraphPluginsTest, AGraphNamesItsPlugins) {
         HostCatalogue own;
         const std::string file =
             folder.write("sub/g.yaml", "format: 1\n" + plugins + "blocks: [{id: odd, type: OddGenerator}]\n");
-        const GraphDescription description = GraphDescription::read(file, {}, complaints);
+        const GraphDescription description = GraphDescription::fromFile(file, complaints);
         loadPlugins(description, own, complaints);
         const Graph graph(description, own, complaints);
         std::string lines;

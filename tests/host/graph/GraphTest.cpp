@@ -34,7 +34,7 @@ protected:
             "}\nconnections:\n  - {from: in.x, to: odd.main in.put}\n  - {from: odd.a, to: out.a}\n";
         Complaints complaints;
         const GraphDescription description =
-            GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+            GraphDescription::fromFile(folder.write("g.yaml", text), complaints);
         const Graph graph(description, catalogue, complaints);
         std::string values;
         for (const std::string& name : names)
@@ -52,7 +52,7 @@ protected:
     Strings runOrder(const std::string& text) {
         Complaints complaints;
         const GraphDescription description =
-            GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+            GraphDescription::fromFile(folder.write("g.yaml", text), complaints);
         const Graph graph(description, catalogue, complaints);
         complaints.raise();
         Strings ids;
@@ -68,7 +68,7 @@ TEST_F(GraphTest, ABlockCutLooseHasNeitherLinksNorLayout) {
                              "  - {from: in.x, to: odd.main in.put}\n"
                              "  - {from: odd.a, to: out.a}\n  - {from: in.xy, to: out.b}\n";
     Complaints complaints;
-    const GraphDescription description = GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+    const GraphDescription description = GraphDescription::fromFile(folder.write("g.yaml", text), complaints);
     Graph graph(description, catalogue, complaints);
     complaints.raise();
     Quillmere::Core::Filter& odd = *graph.getNodes().at(2).block;
@@ -162,7 +162,7 @@ TEST_F(GraphTest, ComplaintsByTheThousandAreCountedBeyondFifty) {
         text += "  - {from: x" + std::to_string(i) + ", to: y" + std::to_string(i) + "}\n";
     Complaints complaints;
     const std::clock_t begin = std::clock();
-    GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+    GraphDescription::fromFile(folder.write("g.yaml", text), complaints);
     // Each of them would compare itself with twenty thousand names: minutes.
     EXPECT_LT(static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC, 20.0);
     EXPECT_EQ(complaints.getSorted().size(), 50u);
@@ -486,7 +486,7 @@ TEST_F(GraphTest, BuffersAreSetOnTheReceivingPin) {
                              "  - {id: g, type: FilterGain}\nconnections:\n"
                              "  - {from: in.x, to: g, buffer: 5, order: newest}\n  - {from: g, to: out.x}\n";
     Complaints complaints;
-    const GraphDescription description = GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+    const GraphDescription description = GraphDescription::fromFile(folder.write("g.yaml", text), complaints);
     const Graph graph(description, catalogue, complaints);
     complaints.raise();
     const auto& pin = graph.getNodes().at(2).block->getInputPin("input");
@@ -499,7 +499,7 @@ TEST_F(GraphTest, AGraphThatNothingDrivesCannotRun) {
     const auto driveComplaints = [&](const std::string& text) {
         Complaints complaints;
         const GraphDescription description =
-            GraphDescription::read(folder.write("g.yaml", "format: 1\n" + text), {}, complaints);
+            GraphDescription::fromFile(folder.write("g.yaml", "format: 1\n" + text), complaints);
         const Graph graph(description, catalogue, complaints);
         graph.requireDrive(complaints);
         std::string lines;

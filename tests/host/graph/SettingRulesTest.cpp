@@ -28,7 +28,7 @@ protected:
     std::string warningsOfGraph(const std::string& text) {
         Complaints complaints;
         const GraphDescription description =
-            GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+            GraphDescription::fromFile(folder.write("g.yaml", text), complaints);
         const Graph graph(description, catalogue, complaints);
         graph.requireDrive(complaints);
         std::string lines;
@@ -141,7 +141,7 @@ protected:
     /// What one rule alone says of a graph, complaints and warnings.
     std::string textsOf(Rule rule, const std::string& text) {
         Complaints own;
-        const GraphDescription description = GraphDescription::read(folder.write("g.yaml", text), {}, own);
+        const GraphDescription description = GraphDescription::fromFile(folder.write("g.yaml", text), own);
         const Graph graph(description, catalogue, own);
         EXPECT_TRUE(own.isEmpty()) << GraphException(own.getSorted()).what();
         Complaints complaints;

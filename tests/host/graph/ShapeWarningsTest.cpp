@@ -38,13 +38,13 @@ protected:
     /// Of a source with a pin and a frame, and two blocks behind each other.
     std::string warningsOf(const std::string& source, const std::string& first, const std::string& second) {
         Complaints complaints;
-        const GraphDescription description = GraphDescription::read(
+        const GraphDescription description = GraphDescription::fromFile(
             folder.write("g.yaml",
                          "format: 1\nblocks:\n"
                          "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, " +
                              source + "}}\n  - {id: a, type: " + first + "}\n  - {id: b, type: " + second +
                              "}\nconnections:\n  - {from: in, to: a}\n  - {from: a, to: b}\n"),
-            {}, complaints);
+            complaints);
         const Graph graph(description, catalogue, complaints);
         EXPECT_TRUE(complaints.isEmpty()) << GraphException(complaints.getSorted()).what();
         std::string lines;

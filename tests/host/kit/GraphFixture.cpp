@@ -14,7 +14,7 @@ GraphFixture::GraphFixture() {
 std::string GraphFixture::complaintsOf(const std::string& text, const GraphChanges& changes) {
     Complaints complaints;
     const GraphDescription description =
-        GraphDescription::read(folder.write("g.yaml", text), changes, complaints);
+        GraphDescription::fromFile(folder.write("g.yaml", text), complaints).with(changes, complaints);
     Graph graph(description, catalogue, complaints);
     graph.openSources(complaints);
     std::string lines;

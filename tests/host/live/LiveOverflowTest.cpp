@@ -61,7 +61,7 @@ protected:
     }
     std::string warningsOf(const std::string& text) {
         Complaints complaints;
-        const GraphDescription read = GraphDescription::read(folder.write("g.yaml", text), {}, complaints);
+        const GraphDescription read = GraphDescription::fromFile(folder.write("g.yaml", text), complaints);
         Graph checked(read, catalogue, complaints);
         checked.openSources(complaints);
         complaints.raise();

@@ -284,10 +284,10 @@ protected:
     /// What the source has to tell when it has read its recording to the end.
     Quillmere::Host::SourceAccount accountOf(const std::string& properties) {
         Quillmere::Host::Complaints complaints;
-        const auto description = Quillmere::Host::GraphDescription::read(
+        const auto description = Quillmere::Host::GraphDescription::fromFile(
             folder.write("account.yaml", "format: 1\nblocks: [{id: in, type: RecordingSource, properties: {" +
                                              properties + "}}]\n"),
-            {}, complaints);
+            complaints);
         Quillmere::Host::Graph built(description, catalogue, complaints);
         built.openSources(complaints);
         complaints.raise();
@@ -469,8 +469,8 @@ protected:
 
     void build(const std::string& properties) {
         Host::Complaints complaints;
-        description = std::make_unique<Host::GraphDescription>(Host::GraphDescription::read(
-            folder.write("g.yaml", graph("file: pipe, time: t, " + properties, "p")), {}, complaints));
+        description = std::make_unique<Host::GraphDescription>(Host::GraphDescription::fromFile(
+            folder.write("g.yaml", graph("file: pipe, time: t, " + properties, "p")), complaints));
         built = std::make_unique<Host::Graph>(*description, catalogue, complaints);
         built->openSources(complaints);
         complaints.raise();
@@ -671,7 +671,7 @@ protected:
     std::optional<Host::SourceAccount> lookAhead(const std::string& properties, std::uint64_t rows) {
         Host::Complaints complaints;
         const auto description =
-            Host::GraphDescription::read(folder.write("g.yaml", graph(properties, "p")), {}, complaints);
+            Host::GraphDescription::fromFile(folder.write("g.yaml", graph(properties, "p")), complaints);
         Host::Graph built(description, catalogue, complaints);
         built.openSources(complaints);
         complaints.raise();

@@ -14,7 +14,7 @@ protected:
         Complaints complaints;
         const std::string file = folder.write("g.yaml", "blocks:\n  - {id: f, type: " + type +
                                                             ", properties: {" + settings + "}}\n");
-        const GraphDescription description = GraphDescription::read(file, {}, complaints);
+        const GraphDescription description = GraphDescription::fromFile(file, complaints);
         const Graph graph(description, catalogue, complaints);
         warnOfLostDigits(graph, catalogue, complaints);
         std::string lines;
