@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <limits>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -90,6 +93,8 @@ TEST_F(BlockDescriptionTest, TellsLimitsAndWhoMayWrite) {
     EXPECT_FALSE(describe(block.number).hasLimits);
     EXPECT_FALSE(describe(block.locked).isWritable);
     EXPECT_TRUE(describe(block.locked).isReadable);
+    EXPECT_FALSE(describe(block.command).isWritable) << "a command has nothing to write";
+    EXPECT_EQ(describe(block.mode).labels, (std::vector<std::string>{"LowPass", "HiPass"}));
 }
 
 TEST_F(BlockDescriptionTest, ListsLimitsThatAreNoneOfTheType) {
