@@ -47,8 +47,8 @@ private:
     static bool getIs(const std::string& name, const Identity& identity);
 
     const std::string path;
-    const std::string
-        lockPath; ///< Held for as long as the run lives, so that two can't both take a name over.
+    /// Held for as long as the run lives, so that two can't both take a name over.
+    const std::string lockPath;
     int lockFile = -1;
     int listener = -1;
     Identity lockIdentity;   ///< Once it is held.

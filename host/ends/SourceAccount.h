@@ -41,8 +41,8 @@ struct SourceAccount {
     std::uint64_t mendedRows = 0;   ///< Taken with not-a-number in place of bad cells.
     std::uint64_t missingCells = 0; ///< Cells whose text the graph takes for a missing value.
     bool isCutEndDropped = false;   ///< A last line without its end was left out.
-    std::vector<std::string>
-        firstFaults; ///< Of skipped, mended and dropped rows, each as a message has it: place, text found.
+    /// Of skipped, mended and dropped rows, each as a message has it: place, text found.
+    std::vector<std::string> firstFaults;
     bool isChangedMeanwhile = false; ///< The file was written to while it was read; it got no shorter.
 
     double firstTime = 0.0; ///< Seconds, of the first row taken and of the last; 0 without any.

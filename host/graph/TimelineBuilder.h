@@ -44,8 +44,8 @@ private:
     const BlockCatalogue* catalogue = nullptr;
     Connected* connected = nullptr;
     PinIndex<Core::AbstractInputPin> inputs;
-    std::map<const Core::Filter*, BlockPtr>
-        rehearsals; ///< For a block of the graph the one that stands in for it.
+    /// For a block of the graph the one that stands in for it.
+    std::map<const Core::Filter*, BlockPtr> rehearsals;
     std::map<Core::AbstractInputPin*, Core::OutputPin<Core::MatrixXd>*> links;
 };
 

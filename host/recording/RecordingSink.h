@@ -87,8 +87,8 @@ private:
     std::stop_token stop;
     std::unique_ptr<TableWriter> table;
     ResultAccount account;
-    std::vector<const Core::MatrixXd*>
-        samples;             ///< Of the row that is being written, null where nothing came.
+    /// Of the row that is being written, null where nothing came.
+    std::vector<const Core::MatrixXd*> samples;
     double streamTime = 0.0; ///< Seconds; of the round.
     bool gathersByTime = false;
     bool writesThrough = false;

@@ -81,8 +81,8 @@ private:
     CsvWriter writer;
     std::string timeName;
     std::vector<Group> groups;
-    std::vector<Widths>
-        widths; ///< The last entry is in force; the first is the header's as long as it is the only one.
+    /// The last entry is in force; the first is the header's as long as it is the only one.
+    std::vector<Widths> widths;
     bool hasBegun = false;
     bool isEnded = false;
     bool isWidened = false;

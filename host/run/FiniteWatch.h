@@ -27,8 +27,8 @@ struct FirstNonFinite {
     std::uint64_t values = 0;  ///< and how many others.
     double otherTime = 0.0;    ///< The first other's time,
     std::uint64_t row = 0;     ///< its row, 1 being the first that was taken,
-    std::string
-        column; ///< and its column; of what is no recording the sample, and the element as `accel[2]`.
+    /// and its column; of what is no recording the sample, and the element as `accel[2]`.
+    std::string column;
 };
 
 /// Looks behind each step at what the block has sent, for the first of it that isn't finite.

@@ -27,8 +27,8 @@ public:
     const std::vector<Complaint>& getComplaints() const noexcept;
 
 private:
-    std::shared_ptr<const std::vector<Complaint>>
-        complaints; ///< Shared, since copying an exception must not fail.
+    /// Shared, since copying an exception must not fail.
+    std::shared_ptr<const std::vector<Complaint>> complaints;
 };
 
 } // namespace Quillmere::Host

@@ -20,8 +20,8 @@ public:
         std::vector<std::string> blocks;  ///< That may be moved.
         std::vector<std::string> outputs; ///< As `block.pin`.
         std::vector<std::string> inputs;
-        std::vector<std::string>
-            order; ///< Blocks, senders first, so that no links make a loop; if empty they may.
+        /// Blocks, senders first, so that no links make a loop; if empty they may.
+        std::vector<std::string> order;
     };
     struct Counts {
         std::uint64_t moves = 0;
