@@ -20,8 +20,7 @@ namespace {
 constexpr std::size_t kPieceSize = std::size_t{1} << 18;  // fits the second-level cache
 constexpr std::size_t kMostColumns = 1'000'000;           // their names are held in memory
 constexpr std::size_t kLongestRow = std::size_t{1} << 26; // beyond it, the file is no table of numbers
-constexpr std::size_t kPassedOver = std::numeric_limits<std::size_t>::max();
-constexpr std::size_t kQuotedText = 40; // how much of a bad cell a message shows
+constexpr std::size_t kQuotedText = 40;                   // how much of a bad cell a message shows
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool isBlank(char c) {
@@ -89,7 +88,9 @@ std::string quoted(std::string_view text) {
 
 } // namespace
 
-CsvReader::CsvReader(const std::string& path) : file(path), piece(kPieceSize) {
+CsvReader::CsvReader(const std::string& path) : CsvReader(std::make_unique<RecordingFile>(path)) {}
+
+CsvReader::CsvReader(std::unique_ptr<RecordingFile> openFile) : file(std::move(openFile)), piece(kPieceSize) {
     cursor = filled = piece.data();
     readHeader();
 }
@@ -110,7 +111,7 @@ void CsvReader::readHeader() {
             throw RecordingException({{getPath() + ":" + std::to_string(line)},
                                       "more than a million columns",
                                       "a table of numbers"});
-        columns.push_back(plainText({begin, end}));
+        columns.emplace_back().name = plainText({begin, end});
         if (end == lineEnd) break;
         begin = end;
     }
@@ -122,15 +123,6 @@ void CsvReader::refuseDialect() const {
     const Dialect dialect = dialectOf({piece.data(), filled});
     if (dialect.found.empty()) return;
     throw RecordingException({{getPath()}, dialect.found, dialect.expected});
-}
-
-void CsvReader::select(const std::vector<std::size_t>& chosen) {
-    targets.assign(columns.size(), kPassedOver);
-    for (std::size_t i = 0; i < chosen.size(); ++i)
-        targets.at(chosen[i]) = i;
-    empty.assign(chosen.size(), 0);
-    isMissing.assign(chosen.size(), 0);
-    emptyCells = missingCells = 0;
 }
 
 void CsvReader::setMissing(std::vector<std::string> texts) {
@@ -145,11 +137,8 @@ bool CsvReader::readRow(double* values) {
 }
 
 CsvReader::Row CsvReader::takeRow(double* values) {
-    if (emptyCells > 0) std::fill(empty.begin(), empty.end(), char{0});
-    if (missingCells > 0) std::fill(isMissing.begin(), isMissing.end(), char{0});
-    emptyCells = missingCells = 0;
+    beginRow();
     fault = Fault::None;
-    hasAllCells = true;
     do {
         if (!nextLine()) return Row::End;
     } while (lineBegin == lineEnd && columns.size() > 1);
@@ -188,11 +177,9 @@ const char* CsvReader::readOddCell(const char* begin, std::size_t column, double
     const std::string_view text = unquoted({begin, end});
     if (std::find(missing.begin(), missing.end(), trimmed(text)) != missing.end()) {
         value = std::numeric_limits<double>::quiet_NaN();
-        isMissing[targets[column]] = 1;
-        ++missingCells;
+        noteMissing(targets[column]);
     } else if (text.empty()) {
-        empty[targets[column]] = 1;
-        ++emptyCells;
+        noteEmpty(targets[column]);
     } else {
         value = parse(trimmed(text), column);
     }
@@ -229,7 +216,7 @@ bool CsvReader::getIsRowReady() {
             continue;
         }
         if (hasLine || atEnd) return true;
-        if (!file.getIsReadable()) return false;
+        if (!file->getIsReadable()) return false;
         refill();
     }
 }
@@ -275,7 +262,7 @@ bool CsvReader::refill() {
     }
     cursor = piece.data();
     filled = piece.data() + left;
-    const std::size_t count = file.read(piece.data() + left, piece.size() - left);
+    const std::size_t count = file->read(piece.data() + left, piece.size() - left);
     atEnd = count == 0;
     filled += count;
     return !atEnd;
@@ -318,7 +305,7 @@ std::string CsvReader::getPlace() const {
 }
 
 std::string CsvReader::placeOf(std::size_t column) const {
-    return getPlace() + ": column '" + printable(columns[column], kLongestName) + "'";
+    return getPlace() + ": column '" + printable(columns[column].name, kLongestName) + "'";
 }
 
 /// Of a line with too few or too many cells.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/OtherClock.h"
 
-#include "host/recording/CsvReader.h"
+#include "host/recording/RecordingForms.h"
 #include "host/ends/TimeStampWatch.h"
 
 #include <algorithm>
@@ -52,13 +52,14 @@ std::optional<double> otherRate(const SourceAccount& account, double rate) {
 }
 
 SourceAccount readTimes(const std::string& path, std::size_t column, std::uint64_t rows) {
-    CsvReader reader(path);
-    reader.select({column});
+    const std::unique_ptr<RecordingReader> reader = openRecording(path);
+    reader->select({column});
     SourceAccount account;
     TimeStampWatch watch;
     double time = 0.0;
-    while (account.rows < rows && reader.takeRow(&time) == CsvReader::Row::Sound && std::isfinite(time))
-        watch.take(time, ++account.rows, reader.getLine());
+    while (account.rows < rows && reader->takeRow(&time) == RecordingReader::Row::Sound &&
+           std::isfinite(time))
+        watch.take(time, ++account.rows, reader->getLine());
     watch.tell(account);
     return account;
 }
@@ -118,7 +119,7 @@ std::optional<SourceAccount::OtherUnit> findOtherUnit(const std::string& column)
 
 std::optional<SourceAccount::OtherClock> findOtherClock(const std::string& path, double rate,
                                                         std::uint64_t rows) {
-    const std::vector<std::string> columns = CsvReader(path).getColumns();
+    const std::vector<std::string> columns = openRecording(path)->getColumnNames();
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!isNameOfTime(columns[i])) continue;
         if (const auto found = otherRate(readTimes(path, i, rows), rate))

@@ -36,8 +36,8 @@ bool getIsPipe(const std::string& path) {
     return result == 0 && !S_ISREG(facts.st_mode) && !S_ISDIR(facts.st_mode);
 }
 
-RecordingFile::RecordingFile(const std::string& path)
-    : name(getIsStandardStream(path) ? kStandardInput : printable(path, PATH_MAX)),
+RecordingFile::RecordingFile(const std::string& filePath)
+    : path(filePath), name(getIsStandardStream(path) ? kStandardInput : printable(path, PATH_MAX)),
       file(openForReading(path)) {
     if (file < 0) fail("cannot be opened");
     struct stat facts {};
@@ -58,7 +58,27 @@ RecordingFile::~RecordingFile() {
     ::close(file);
 }
 
+std::string_view RecordingFile::lookAhead(std::size_t count) {
+    std::size_t held = ahead.size();
+    if (held < count) ahead.resize(count);
+    while (held < count) {
+        const std::size_t got = readOn(ahead.data() + held, count - held);
+        held += got;
+        if (got == 0 || isPiped) break;
+    }
+    ahead.resize(held);
+    return std::string_view(ahead).substr(0, count);
+}
+
 std::size_t RecordingFile::read(char* to, std::size_t count) {
+    if (ahead.empty()) return readOn(to, count);
+    const std::size_t given = std::min(count, ahead.size());
+    std::memcpy(to, ahead.data(), given);
+    ahead.erase(0, given);
+    return given;
+}
+
+std::size_t RecordingFile::readOn(char* to, std::size_t count) {
     for (;;) {
         if (isPiped && !waiting.wait(file, POLLIN)) continue;
         // Of a file by place: standard input's own place is shared with whoever looks ahead.
@@ -78,6 +98,7 @@ std::size_t RecordingFile::read(char* to, std::size_t count) {
 }
 
 bool RecordingFile::getIsReadable() const {
+    if (!ahead.empty()) return true;
     pollfd look{file, POLLIN, 0};
     return ::poll(&look, 1, 0) > 0; // a signal came between: as good as nothing yet
 }

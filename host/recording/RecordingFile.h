@@ -9,6 +9,7 @@
 #include <ctime>
 #include <stop_token>
 #include <string>
+#include <string_view>
 
 #include <sys/types.h>
 
@@ -26,13 +27,15 @@ class QUILLMERE_API RecordingFile {
 public:
     /// Opens the file, or standard input for `-`. Raises when there is none that can be read, and for a
     /// folder.
-    explicit RecordingFile(const std::string& path);
+    explicit RecordingFile(const std::string& filePath);
     ~RecordingFile();
     RecordingFile(const RecordingFile&) = delete;
     RecordingFile& operator=(const RecordingFile&) = delete;
 
     /// As messages name it.
     const std::string& getName() const { return name; }
+    /// As it was opened.
+    const std::string& getPath() const { return path; }
     /// Whether bytes may have to be waited for: no file on a disk, but a pipe, a terminal, a device.
     bool getIsPiped() const { return isPiped; }
     /// Of a file when it was opened; 0 for a pipe.
@@ -42,6 +45,10 @@ public:
 
     /// From then on waiting for a pipe ends with `InterruptedException` when `flag` is true. [setup]
     void setStop(const std::stop_token& token) { waiting.setStop(token); }
+    /// The first `count` bytes, or all when there are fewer; of a pipe what comes at first, since who writes
+    /// it may send little and wait. They stay to be read. Requires: nothing has been read. The view holds
+    /// until the next call.
+    std::string_view lookAhead(std::size_t count);
     /// Reads at most `count` bytes, as many as are there; 0 at the end.
     std::size_t read(char* to, std::size_t count);
     /// Whether `read` wouldn't wait.
@@ -50,9 +57,11 @@ public:
     bool getIsChanged() const { return isChanged; }
 
 private:
+    std::size_t readOn(char* to, std::size_t count);
     [[noreturn]] void fail(const char* what) const;
     void checkEnd();
 
+    std::string path;
     std::string name;
     int file = -1;
     bool isPiped = true;
@@ -60,6 +69,7 @@ private:
     std::uint64_t size = 0; ///< From `begin` on.
     off_t begin = 0;        ///< Where in the file the recording begins.
     std::uint64_t bytesRead = 0;
+    std::string ahead;       ///< Looked at and not yet read.
     std::timespec written{}; ///< When it was last written to, as it was opened.
     PipeWait waiting;
 };

@@ -15,21 +15,21 @@ constexpr std::size_t kFaultsTold = 5;
 constexpr const char* kWithoutEnd = ", the last line, without its end";
 } // namespace
 
-RecordingRows::RecordingRows(std::unique_ptr<CsvReader> csvReader, RowPlan rowPlan)
-    : reader(std::move(csvReader)), plan(std::move(rowPlan)), values(plan.chosen.size()),
+RecordingRows::RecordingRows(std::unique_ptr<RecordingReader> recordingReader, RowPlan rowPlan)
+    : reader(std::move(recordingReader)), plan(std::move(rowPlan)), values(plan.chosen.size()),
       hasSample(plan.pins.size()) {
     reader->select(plan.chosen);
     reader->setMissing(plan.missing);
 }
 
 RecordingRows::Row RecordingRows::take() {
-    const CsvReader::Row read = reader->takeRow(values.data());
-    if (read == CsvReader::Row::End) return Row::End;
+    const RecordingReader::Row read = reader->takeRow(values.data());
+    if (read == RecordingReader::Row::End) return Row::End;
     ++number;
     if (plan.onCutEnd != OnCutEnd::Keep && reader->getIsCut()) return endAtCut();
     // A row that is skipped takes its time all the same.
     time = plan.timeCell ? values[*plan.timeCell] : static_cast<double>(number - 1) / plan.rate;
-    const bool isFaulty = read == CsvReader::Row::Faulty;
+    const bool isFaulty = read == RecordingReader::Row::Faulty;
     isWhole = !isFaulty && !reader->getHasEmptyCells() && std::isfinite(time);
     if (!isWhole && !takeUnsound(isFaulty)) return Row::Skipped;
     if (account.rows++ == 0) firstTaken = number;

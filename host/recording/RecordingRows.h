@@ -3,7 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "host/ends/SourceAccount.h"
-#include "host/recording/CsvReader.h"
+#include "host/recording/RecordingReader.h"
 #include "host/ends/TimeStampWatch.h"
 
 #include <cstddef>
@@ -50,11 +50,11 @@ class QUILLMERE_API RecordingRows {
 public:
     enum class Row { Taken, Skipped, End };
 
-    RecordingRows(std::unique_ptr<CsvReader> reader, RowPlan plan);
+    RecordingRows(std::unique_ptr<RecordingReader> reader, RowPlan plan);
 
     /// Reads the next row. Raises `RecordingException` for a bad one that ends the run. [run]
     Row take();
-    const CsvReader& getReader() const { return *reader; }
+    const RecordingReader& getReader() const { return *reader; }
     /// Whether `take` wouldn't wait. [run]
     bool getIsReady() { return reader->getIsRowReady(); }
     void setStop(const std::stop_token& token) { reader->setStop(token); }
@@ -82,7 +82,7 @@ private:
     void noteFault(std::string text);
     void tellTimesOfRate(SourceAccount& account) const;
 
-    std::unique_ptr<CsvReader> reader;
+    std::unique_ptr<RecordingReader> reader;
     RowPlan plan;
     std::vector<double> values;  ///< The cells of one row.
     std::vector<char> hasSample; ///< For each pin, in a row that isn't whole.

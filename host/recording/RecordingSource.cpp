@@ -5,6 +5,8 @@
 #include "host/text/NearestName.h"
 #include "host/recording/ColumnFinder.h"
 #include "host/recording/OtherClock.h"
+#include "host/recording/RecordingFile.h"
+#include "host/recording/RecordingForms.h"
 #include "host/ends/RecordingException.h"
 #include "host/ends/StandardStream.h"
 
@@ -187,7 +189,7 @@ void RecordingSource::requireClock(const GraphDescription::Block& description, C
 }
 
 std::vector<std::string> RecordingSource::getColumnNames() const {
-    if (recording != nullptr) return recording->getReader().getColumns();
+    if (recording != nullptr) return recording->getReader().getColumnNames();
     std::vector<std::string> names;
     for (const Output& output : outputs)
         for (const Column& column : output.columns)
@@ -203,9 +205,9 @@ RecordingSource::getSampleShape(const Core::AbstractOutputPin& pin) const {
 }
 
 void RecordingSource::open(Complaints& complaints) {
-    std::unique_ptr<CsvReader> reader;
+    std::unique_ptr<RecordingReader> reader;
     try {
-        reader = std::make_unique<CsvReader>(getPath());
+        reader = openRecording(getPath());
     } catch (const RecordingException& exception) {
         complaints.add(getPathPlace(),
                        std::string("no recording that can be read (") + exception.what() + ")",
@@ -224,7 +226,7 @@ bool RecordingSource::getComesByItself() const {
 /// Of a file that ends before the first frame is full.
 void RecordingSource::warnOfShortFile(Complaints& complaints) const {
     try {
-        RecordingRows ahead(std::make_unique<CsvReader>(getPath()), recording->getPlan());
+        RecordingRows ahead(openRecording(getPath()), recording->getPlan());
         std::size_t found = 0;
         while (found < frameRows) {
             const RecordingRows::Row row = ahead.take();
@@ -243,8 +245,9 @@ void RecordingSource::warnOfShortFile(Complaints& complaints) const {
 }
 
 /// A column may stand in several pins; the reader gives it once. False when one isn't there.
-bool RecordingSource::planCells(const CsvReader& reader, Complaints& complaints) {
-    const ColumnFinder finder(getPath(), reader.getColumns());
+bool RecordingSource::planCells(const RecordingReader& reader, Complaints& complaints) {
+    const std::vector<std::string> names = reader.getColumnNames();
+    const ColumnFinder finder(getPath(), names);
     std::unordered_map<std::size_t, std::size_t> cells; // of each column that is chosen
     bool hasAll = true;
     const auto cellOf = [&](const Column& column) -> std::size_t {
@@ -348,7 +351,7 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
     if (recording == nullptr || getComesByItself()) return std::nullopt;
     SourceAccount account;
     try {
-        RecordingRows ahead(std::make_unique<CsvReader>(getPath()), recording->getPlan());
+        RecordingRows ahead(openRecording(getPath()), recording->getPlan());
         const auto look = [&] {
             for (std::uint64_t i = 0; i < most; ++i)
                 if (ahead.take() == RecordingRows::Row::End) return;

@@ -87,7 +87,7 @@ private:
     std::optional<std::int64_t> takeCount(const Value& value, Complaints& complaints);
     void takeMissing(const Value& value, Complaints& complaints);
     void requireClock(const GraphDescription::Block& description, Complaints& complaints) const;
-    bool planCells(const CsvReader& reader, Complaints& complaints);
+    bool planCells(const RecordingReader& reader, Complaints& complaints);
     void warnOfShortFile(Complaints& complaints) const;
 
     bool readOn();

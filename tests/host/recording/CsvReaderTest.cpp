@@ -111,7 +111,7 @@ TEST(CsvReader, ReadsWhatTablesLookLike) {
     const Support::TemporaryFolder folder;
     for (const TextRow& row : kTexts) {
         CsvReader reader(folder.write("in.csv", row.text));
-        EXPECT_EQ(reader.getColumns(), row.columns) << row.name;
+        EXPECT_EQ(reader.getColumnNames(), row.columns) << row.name;
         expectRows(readAll(reader, all(reader)), row.rows, row.name);
     }
 }
