@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "framework/core/Api.h"
 #include "host/text/Complaint.h"
 #include "host/description/DescriptionCheck.h"
 #include "host/description/GraphDescription.h"
@@ -14,7 +15,7 @@
 namespace Quillmere::Host {
 
 /// The reading of one graph, format 1, into a `GraphDescription`. `docs/graphs.md` is the format for people.
-class GraphReader {
+class QUILLMERE_API GraphReader {
 public:
     GraphReader(std::string path, Complaints& complaints);
 

@@ -40,10 +40,11 @@ struct RunProgress {
 };
 
 /// `block 'smooth' (FilterButterworth) at 12.5 s: reason`, or without the block (null) between two steps.
-std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception);
+QUILLMERE_API std::string failureText(const Core::Filter* block, double streamTime,
+                                      const std::exception& exception);
 
 /// Ends every result: whole, or kept under its partial name. A failure of one must not keep the others from
 /// being ended, and makes none of those behind it look whole; then it is raised as a `RunException`.
-void endSinks(const std::vector<Sink*>& sinks, bool isWhole);
+QUILLMERE_API void endSinks(const std::vector<Sink*>& sinks, bool isWhole);
 
 } // namespace Quillmere::Host
