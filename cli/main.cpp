@@ -5,6 +5,7 @@
 #include "cli/Usage.h"
 #include "cli/UsageError.h"
 #include "host/ends/RecordingException.h"
+#include "host/recording/RecordingForms.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,11 +19,17 @@
 
 namespace {
 
-constexpr const char* kVersion = "quillmere " QUILLMERE_VERSION;
+/// Two lines: the version, and the forms of recordings, some of which not every build can read.
+std::string versionText() {
+    std::string text = "quillmere " QUILLMERE_VERSION "\nrecordings: ";
+    for (const std::string& form : Quillmere::Host::getRecordingForms())
+        text += (text.ends_with(' ') ? "" : ", ") + form;
+    return text;
+}
 
 CLI::App& addCommand(CLI::App& program, const char* name, const char* meaning) {
     CLI::App& command = *program.add_subcommand(name, meaning);
-    command.set_version_flag("--version", kVersion, "Print the version and exit.");
+    command.set_version_flag("--version", versionText(), "Print the version and exit.");
     return command;
 }
 
@@ -84,7 +91,7 @@ int main(int count, char** arguments) {
     int code = Cli::kNothingRun;
     try {
         CLI::App program("Runs graphs of signal-processing blocks over recordings.", "quillmere");
-        program.set_version_flag("--version", kVersion, "Print the version and exit.");
+        program.set_version_flag("--version", versionText(), "Print the version and exit.");
         program.require_subcommand(1);
         code = Cli::finishStandardOutput(call(program, count, arguments));
     } catch (const Cli::UsageError& error) {

@@ -48,7 +48,8 @@ public:
     int getDescriptor() const override { return file->getDescriptor(); }
 
     std::uint64_t getBytesRead() const override {
-        return bytesBefore + static_cast<std::uint64_t>(cursor - piece.data());
+        return file->getIsPacked() ? file->getBytesTaken()
+                                   : bytesBefore + static_cast<std::uint64_t>(cursor - piece.data());
     }
     std::uint64_t getSize() const override { return file->getSize(); }
     bool getIsChanged() const override { return file->getIsChanged(); }

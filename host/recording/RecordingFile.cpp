@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -21,6 +22,8 @@ namespace Quillmere::Host {
 
 namespace {
 constexpr const char* kStandardInput = "standard input";
+constexpr std::size_t kPackedPiece = std::size_t{1} << 16;
+constexpr std::size_t kUnpackedPiece = std::size_t{1} << 14;
 
 /// A descriptor of its own, also of standard input, so that closing it closes nobody else's.
 int openForReading(const std::string& path) {
@@ -62,7 +65,7 @@ std::string_view RecordingFile::lookAhead(std::size_t count) {
     std::size_t held = ahead.size();
     if (held < count) ahead.resize(count);
     while (held < count) {
-        const std::size_t got = readOn(ahead.data() + held, count - held);
+        const std::size_t got = next(ahead.data() + held, count - held);
         held += got;
         if (got == 0 || isPiped) break;
     }
@@ -71,11 +74,42 @@ std::string_view RecordingFile::lookAhead(std::size_t count) {
 }
 
 std::size_t RecordingFile::read(char* to, std::size_t count) {
-    if (ahead.empty()) return readOn(to, count);
+    if (ahead.empty()) return next(to, count);
     const std::size_t given = std::min(count, ahead.size());
     std::memcpy(to, ahead.data(), given);
     ahead.erase(0, given);
     return given;
+}
+
+void RecordingFile::unpackWith(std::unique_ptr<Unpacker> with) {
+    packed.swap(ahead); // what was looked at was packed
+    ahead.clear();
+    toUnpack = packed;
+    unpacker = std::move(with);
+}
+
+std::uint64_t RecordingFile::getBytesTaken() const {
+    return unpacker == nullptr ? bytesRead - ahead.size() : unpacker->getBytesTaken();
+}
+
+std::size_t RecordingFile::next(char* to, std::size_t count) {
+    return unpacker == nullptr ? readOn(to, count) : unpackOn(to, count);
+}
+
+std::size_t RecordingFile::unpackOn(char* to, std::size_t count) {
+    for (;;) {
+        if (const std::size_t got = unpacker->unpack(toUnpack, to, count)) return got;
+        if (!takePacked()) return 0;
+    }
+}
+
+/// Reads a piece for the unpacker; false at the end. Requires: it has no more.
+bool RecordingFile::takePacked() {
+    packed.resize(kPackedPiece);
+    packed.resize(readOn(packed.data(), packed.size()));
+    toUnpack = packed;
+    if (packed.empty()) unpacker->finish();
+    return !packed.empty();
 }
 
 std::size_t RecordingFile::readOn(char* to, std::size_t count) {
@@ -97,8 +131,19 @@ std::size_t RecordingFile::readOn(char* to, std::size_t count) {
     }
 }
 
-bool RecordingFile::getIsReadable() const {
-    if (!ahead.empty()) return true;
+bool RecordingFile::getIsReadable() {
+    // What has come may be too little to unpack a byte of it.
+    while (ahead.empty() && unpacker != nullptr) {
+        std::array<char, kUnpackedPiece> piece;
+        ahead.assign(piece.data(), unpacker->unpack(toUnpack, piece.data(), piece.size()));
+        if (!ahead.empty()) break;
+        if (!getHasCome()) return false;
+        if (!takePacked()) return true;
+    }
+    return !ahead.empty() || getHasCome();
+}
+
+bool RecordingFile::getHasCome() const {
     pollfd look{file, POLLIN, 0};
     return ::poll(&look, 1, 0) > 0; // a signal came between: as good as nothing yet
 }

@@ -3,10 +3,12 @@
 
 #include "framework/core/Api.h"
 #include "host/recording/PipeWait.h"
+#include "host/recording/Unpacker.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <memory>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -38,13 +40,19 @@ public:
     const std::string& getPath() const { return path; }
     /// Whether bytes may have to be waited for: no file on a disk, but a pipe, a terminal, a device.
     bool getIsPiped() const { return isPiped; }
-    /// Of a file when it was opened; 0 for a pipe.
+    /// Of a file when it was opened, also of one that is unpacked; 0 for a pipe.
     std::uint64_t getSize() const { return size; }
     /// What to wait on for more of a pipe.
     int getDescriptor() const { return file; }
 
     /// From then on waiting for a pipe ends with `InterruptedException` when `flag` is true. [setup]
     void setStop(const std::stop_token& token) { waiting.setStop(token); }
+    /// From then on what is looked at and read is what the file holds, unpacked. Requires: nothing has been
+    /// read. [setup]
+    void unpackWith(std::unique_ptr<Unpacker> unpacker);
+    bool getIsPacked() const { return unpacker != nullptr; }
+    /// How far the file itself has been read, also of one that is unpacked.
+    std::uint64_t getBytesTaken() const;
     /// The first `count` bytes, or all when there are fewer; of a pipe what comes at first, since who writes
     /// it may send little and wait. They stay to be read. Requires: nothing has been read. The view holds
     /// until the next call.
@@ -52,12 +60,16 @@ public:
     /// Reads at most `count` bytes, as many as are there; 0 at the end.
     std::size_t read(char* to, std::size_t count);
     /// Whether `read` wouldn't wait.
-    bool getIsReadable() const;
+    bool getIsReadable();
     /// Whether somebody wrote to the file between its opening and its end. Requires: `read` gave 0.
     bool getIsChanged() const { return isChanged; }
 
 private:
+    std::size_t next(char* to, std::size_t count);
     std::size_t readOn(char* to, std::size_t count);
+    std::size_t unpackOn(char* to, std::size_t count);
+    bool takePacked();
+    bool getHasCome() const;
     [[noreturn]] void fail(const char* what) const;
     void checkEnd();
 
@@ -69,8 +81,11 @@ private:
     std::uint64_t size = 0; ///< From `begin` on.
     off_t begin = 0;        ///< Where in the file the recording begins.
     std::uint64_t bytesRead = 0;
-    std::string ahead;       ///< Looked at and not yet read.
-    std::timespec written{}; ///< When it was last written to, as it was opened.
+    std::string ahead; ///< Looked at and not yet read.
+    std::unique_ptr<Unpacker> unpacker;
+    std::string packed;        ///< A piece of the file as it is, for the unpacker,
+    std::string_view toUnpack; ///< and what is left of it.
+    std::timespec written{};   ///< When it was last written to, as it was opened.
     PipeWait waiting;
 };
 

@@ -6,12 +6,16 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace Quillmere::Host {
 
+/// The forms of recordings that this library was built to read, as users name them.
+QUILLMERE_API const std::vector<std::string>& getRecordingForms();
+
 /// Opens a recording, `-` for standard input, with the reader of its form: what its name and its first bytes
-/// say, and a CSV where they say nothing. What was looked at of a pipe is kept for the reader. Raises
-/// `RecordingException`.
+/// say, and a CSV where they say nothing; one that is compressed is unpacked while it is read. What was looked
+/// at of a pipe is kept for the reader. Raises `RecordingException`.
 QUILLMERE_API std::unique_ptr<RecordingReader> openRecording(const std::string& path);
 
 } // namespace Quillmere::Host

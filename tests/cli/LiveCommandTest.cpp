@@ -377,7 +377,7 @@ TEST_F(LiveCommand, WithoutARunNothingIsAsked) {
     EXPECT_EQ(call({"ctl", "control"}).exitCode, 2);
     EXPECT_EQ(ctl({"set", "a.b", "1\n2"}).exitCode, 2) << "one request is one line";
     EXPECT_EQ(call({"ctl", "--help"}).exitCode, 0);
-    EXPECT_EQ(call({"ctl", "--version"}).out, "quillmere " QUILLMERE_VERSION "\n");
+    EXPECT_TRUE(call({"ctl", "--version"}).out.starts_with("quillmere " QUILLMERE_VERSION "\n"));
 }
 
 TEST_F(LiveCommand, OneRunAtATimeIsControlledAtAPath) {
