@@ -5,6 +5,7 @@
 #include "framework/core/AbstractOutputPin.h"
 #include "host/graph/FirstRows.h"
 #include "host/graph/GraphBuilder.h"
+#include "host/graph/SettingRules.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,61 +14,53 @@ namespace Quillmere::Host {
 
 Graph::Graph(const GraphDescription& graphDescription, const BlockCatalogue& catalogue,
              Complaints& complaints)
-    : description(graphDescription.resolved(complaints)), index(description.blocks),
-      layout(description.getName()) {
-    GraphBuilder(*this, complaints).build(catalogue);
+    : description(graphDescription.resolved(complaints)), parts(description) {
+    GraphBuilder(parts, description, catalogue, complaints).build();
+    warnOfContradictions(*this, complaints);
 }
 
 Graph::~Graph() = default;
 
-std::string Graph::Node::getEndName() const {
-    return file != nullptr ? file->getPath() : "'" + description->id + "'";
-}
-
-const Place& Graph::Node::getEndPlace() const {
-    return file != nullptr ? file->getPathPlace() : description->where;
-}
-
 const GraphDescription::Connection* Graph::findConnection(const Core::AbstractInputPin& input) const {
-    const auto found = connections.find(&input);
-    return found == connections.end() ? nullptr : found->second;
+    const auto found = parts.connections.find(&input);
+    return found == parts.connections.end() ? nullptr : found->second;
 }
 
 void Graph::requireDrive(Complaints& complaints) const {
     const auto isDriving = [](const Node& node) {
         return node.block == nullptr || (node.sink == nullptr && node.block->getInputPins().empty());
     };
-    if (description.isUsable && std::none_of(nodes.begin(), nodes.end(), isDriving))
+    if (description.isUsable && std::none_of(parts.nodes.begin(), parts.nodes.end(), isDriving))
         complaints.add({description.path, 1, 1}, "a graph that nothing drives",
                        "a block that reads a recording, such as RecordingSource, or one without inputs");
-    if (description.isUsable && sinks.empty())
+    if (description.isUsable && parts.sinks.empty())
         complaints.warn(
             {description.path, 1, 1},
             "the graph has no sink, so nothing is kept of what it does; a RecordingSink writes a result");
 }
 
 void Graph::openSources(Complaints& complaints, Pipes pipes) {
-    for (const Node& node : nodes) {
+    for (const Node& node : parts.nodes) {
         if (node.source == nullptr || node.isFaulty) continue;
         if (pipes == Pipes::Read || !getComesByItself(node.waking)) node.source->open(complaints);
     }
     warnOfFirstRows(*this, complaints);
     std::vector<std::string> recorded;
-    for (const Node& node : nodes)
+    for (const Node& node : parts.nodes)
         if (node.recorded != nullptr)
             for (std::string& name : node.recorded->getColumnNames())
                 recorded.push_back(std::move(name));
-    for (const Node& node : nodes)
+    for (const Node& node : parts.nodes)
         if (node.result != nullptr && !node.isFaulty) node.result->checkFile(recorded, complaints);
 }
 
 void Graph::allowOverwriting() {
-    for (const Node& node : nodes)
+    for (const Node& node : parts.nodes)
         if (node.result != nullptr) node.result->setOverwrites(true);
 }
 
 void Graph::setStop(const std::stop_token& stop) {
-    for (const Node& node : nodes) {
+    for (const Node& node : parts.nodes) {
         if (node.waking != nullptr) node.waking->setStop(stop);
         if (node.result != nullptr) node.result->setStop(stop);
     }
@@ -75,23 +68,13 @@ void Graph::setStop(const std::stop_token& stop) {
 
 void Graph::openSinks() {
     try {
-        for (Sink* const sink : sinks)
+        for (Sink* const sink : parts.sinks)
             sink->open();
     } catch (...) {
-        for (Sink* const sink : sinks)
+        for (Sink* const sink : parts.sinks)
             sink->discard();
         throw;
     }
-}
-
-Graph::Node* Graph::find(const std::string& id) {
-    const std::size_t* const place = index.find(id);
-    return place == nullptr ? nullptr : &nodes[*place];
-}
-
-const Graph::Node* Graph::find(const std::string& id) const {
-    const std::size_t* const place = index.find(id);
-    return place == nullptr ? nullptr : &nodes[*place];
 }
 
 void Graph::cutLoose(Core::Filter& block) {
@@ -99,7 +82,7 @@ void Graph::cutLoose(Core::Filter& block) {
         pin->detachAll();
     for (Core::AbstractOutputPin* const pin : block.getOutputPins())
         pin->detachAll();
-    layout.remove(block);
+    parts.layout.remove(block);
 }
 
 } // namespace Quillmere::Host

@@ -2,18 +2,10 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "framework/core/LayoutManager.h"
 #include "host/description/GraphDescription.h"
-#include "host/description/IdIndex.h"
-#include "host/ends/RecordedSource.h"
-#include "host/ends/ResultEnd.h"
-#include "host/ends/Sink.h"
-#include "host/ends/Source.h"
-#include "host/ends/WakingSource.h"
-#include "host/graph/Timeline.h"
+#include "host/graph/GraphParts.h"
 #include "host/plugins/BlockCatalogue.h"
 
-#include <map>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -31,25 +23,7 @@ public:
     /// it waits for who writes.
     enum class Pipes { Read, Leave };
 
-    struct Node {
-        const GraphDescription::Block* description;
-        BlockPtr block;        ///< Null for an unknown type.
-        bool isFaulty = false; ///< Its settings raised complaints, so more of it would only repeat them.
-
-        // What the block is besides a block, found once; null for what it isn't.
-        HostBlock* hostBlock = nullptr;
-        Source* source = nullptr;
-        Sink* sink = nullptr;
-        FileEnd* file = nullptr;
-        RecordedSource* recorded = nullptr;
-        WakingSource* waking = nullptr;
-        ResultEnd* result = nullptr;
-
-        /// What messages call an end, and where they place what is wrong with it: its file, or the block
-        /// where it has none.
-        std::string getEndName() const;
-        const Place& getEndPlace() const;
-    };
+    using Node = GraphParts::Node;
 
     /// Builds what `description` describes, of blocks from `catalogue`, and complains of everything that
     /// can't be built. Requires: a graph with complaints isn't run. [setup]
@@ -59,25 +33,25 @@ public:
     Graph& operator=(const Graph&) = delete;
 
     /// In file order.
-    const std::vector<Node>& getNodes() const { return nodes; }
+    const std::vector<Node>& getNodes() const { return parts.nodes; }
     /// In the order in which they run: senders before receivers; where that says nothing, or the graph has a
     /// loop, as in the file.
-    const std::vector<const Node*>& getRunOrder() const { return runOrder; }
-    const std::vector<Source*>& getSources() const { return sources; }
-    const std::vector<Sink*>& getSinks() const { return sinks; }
+    const std::vector<const Node*>& getRunOrder() const { return parts.runOrder; }
+    const std::vector<Source*>& getSources() const { return parts.sources; }
+    const std::vector<Sink*>& getSinks() const { return parts.sinks; }
     /// Lets every sink replace what stands under its result's name, whoever made it. [setup]
     void allowOverwriting();
-    Core::LayoutManager& getLayout() { return layout; }
-    const std::string& getName() const { return layout.getName(); }
+    Core::LayoutManager& getLayout() { return parts.layout; }
+    const std::string& getName() const { return parts.layout.getName(); }
     /// What it was built from: the description with its parameters filled in.
     const GraphDescription& getDescription() const { return description; }
     /// The block of that id; null for one that the description doesn't have.
-    const Node* find(const std::string& id) const;
+    const Node* find(const std::string& id) const { return parts.find(id); }
     /// The connection in the file that gave an input its link; null for an input that has none from there.
     const GraphDescription::Connection* findConnection(const Core::AbstractInputPin& input) const;
     /// What the runner has done to the blocks when stream time comes to it.
-    Timeline& getTimeline() { return timeline; }
-    const Timeline& getTimeline() const { return timeline; }
+    Timeline& getTimeline() { return parts.timeline; }
+    const Timeline& getTimeline() const { return parts.timeline; }
 
     /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples; and
     /// warns of one that keeps nothing, since it has no sink. [setup]
@@ -97,20 +71,8 @@ public:
     void cutLoose(Core::Filter& block);
 
 private:
-    friend class GraphBuilder;
-    friend class TimelineBuilder;
-
-    Node* find(const std::string& id);
-
     const GraphDescription description; ///< Resolved.
-    const IdIndex index;                ///< Of its blocks.
-    Core::LayoutManager layout;
-    std::vector<Node> nodes; ///< As the description has them.
-    std::vector<const Node*> runOrder;
-    std::vector<Source*> sources;
-    std::vector<Sink*> sinks;
-    std::map<const Core::AbstractInputPin*, const GraphDescription::Connection*> connections;
-    Timeline timeline; ///< Goes before the blocks that it is linked with.
+    GraphParts parts;
 };
 
 } // namespace Quillmere::Host

@@ -7,10 +7,10 @@
 #include "host/ends/MainInput.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
+#include "host/graph/MemberNames.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/RunFiles.h"
 #include "host/graph/RunOrder.h"
-#include "host/graph/SettingRules.h"
 #include "host/graph/TimelineBuilder.h"
 
 #include <algorithm>
@@ -21,45 +21,31 @@ namespace {
 using Core::AbstractInputPin;
 using Core::AbstractOutputPin;
 
-template <class Things>
-std::vector<std::string> namesOf(const Things& things) {
-    std::vector<std::string> names;
-    for (const auto* const thing : things)
-        names.push_back(thing->getName());
-    return names;
-}
-
-constexpr const char* kOneThatHasSome = "a block that has some";
-
-std::string quoted(const GraphDescription::Block& block) {
-    return "'" + block.id + "' (" + block.type + ")";
-}
-
 } // namespace
 
-GraphBuilder::GraphBuilder(Graph& target, Complaints& list)
-    : graph(target), description(target.description), complaints(list) {}
+GraphBuilder::GraphBuilder(GraphParts& graphParts, const GraphDescription& graphDescription,
+                           const BlockCatalogue& types, Complaints& list)
+    : parts(graphParts), description(graphDescription), catalogue(types), complaints(list) {}
 
-void GraphBuilder::build(const BlockCatalogue& catalogue) {
+void GraphBuilder::build() {
     checkOverflows(description, complaints);
-    createBlocks(catalogue);
-    for (Node& node : graph.nodes)
+    createBlocks();
+    for (Node& node : parts.nodes)
         if (node.block != nullptr) applySettings(node);
     for (const Connection& connection : description.connections)
         connect(connection);
-    TimelineBuilder timeline(graph, description, complaints);
-    timeline.resolve(catalogue, connected);
-    for (const Sink* const sink : graph.sinks)
+    TimelineBuilder timeline(parts, catalogue, connected, complaints);
+    timeline.resolve(description.timeline);
+    for (const Sink* const sink : parts.sinks)
         sink->checkPins(complaints);
     checkMainInputs();
-    RunFiles(description, catalogue).check(graph.nodes, complaints);
+    RunFiles(description, catalogue).check(parts.nodes, complaints);
     arrange();
     timeline.link();
-    warnOfContradictions(graph, complaints);
 }
 
-void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {
-    graph.nodes.reserve(description.blocks.size());
+void GraphBuilder::createBlocks() {
+    parts.nodes.reserve(description.blocks.size());
     for (const GraphDescription::Block& block : description.blocks) {
         BlockPtr made;
         bool isUnknown = false;
@@ -71,20 +57,23 @@ void GraphBuilder::createBlocks(const BlockCatalogue& catalogue) {
                            "a block that its plug-in doesn't make (" + std::string(exception.what()) + ")",
                            "one that it makes");
         }
-        Node& node = graph.nodes.emplace_back(Node{&block, std::move(made)});
+        Node& node = parts.nodes.emplace_back(Node{&block, std::move(made)});
         findEnds(node);
-        if (node.source != nullptr) graph.sources.push_back(node.source);
-        if (node.sink != nullptr) graph.sinks.push_back(node.sink);
-        if (!isUnknown) continue;
-        const auto known = [&] {
-            std::vector<std::string> names = catalogue.getTypeNames();
-            for (std::string& name : catalogue.getHostTypeNames())
-                names.push_back(std::move(name));
-            return names;
-        };
-        refuseName(complaints, block.typeWhere, block.type,
-                   "the block type '" + printable(block.type, kLongestName) + "'", "one of ", known);
+        if (node.source != nullptr) parts.sources.push_back(node.source);
+        if (node.sink != nullptr) parts.sinks.push_back(node.sink);
+        if (isUnknown) refuseType(block);
     }
+}
+
+void GraphBuilder::refuseType(const GraphDescription::Block& block) {
+    const auto known = [&] {
+        std::vector<std::string> names = catalogue.getTypeNames();
+        for (std::string& name : catalogue.getHostTypeNames())
+            names.push_back(std::move(name));
+        return names;
+    };
+    refuseName(complaints, block.typeWhere, block.type,
+               "the block type '" + printable(block.type, kLongestName) + "'", "one of ", known);
 }
 
 void GraphBuilder::findEnds(Node& node) {
@@ -114,10 +103,9 @@ void GraphBuilder::applySettings(Node& node) {
 void GraphBuilder::checkOrigins(const Node& node, Complaints& own) {
     for (const Setting& setting : node.description->settings) {
         if (setting.origin == Setting::Origin::CallersInput && node.source == nullptr)
-            own.add(setting.where, "the block " + quoted(*node.description),
-                    "a block that reads a recording");
+            own.add(setting.where, "the block " + node.getQuoted(), "a block that reads a recording");
         if (setting.origin == Setting::Origin::CallersOutput && node.sink == nullptr)
-            own.add(setting.where, "the block " + quoted(*node.description), "a block that writes a result");
+            own.add(setting.where, "the block " + node.getQuoted(), "a block that writes a result");
     }
 }
 
@@ -131,8 +119,7 @@ void GraphBuilder::writeProperties(Node& node, Complaints& own) {
         } else if (setting.origin != Setting::Origin::CallersInput &&
                    setting.origin != Setting::Origin::CallersOutput) {
             refuseName(own, setting.where, setting.name,
-                       "the property '" + printable(setting.name, kLongestName) + "' of " +
-                           quoted(*node.description),
+                       "the property '" + printable(setting.name, kLongestName) + "' of " + node.getQuoted(),
                        "one of ", [&] { return namesOf(bag); });
         }
     }
@@ -140,8 +127,8 @@ void GraphBuilder::writeProperties(Node& node, Complaints& own) {
 }
 
 void GraphBuilder::connect(const Connection& connection) {
-    Node* const from = graph.find(connection.from.block);
-    Node* const to = graph.find(connection.to.block);
+    Node* const from = parts.find(connection.from.block);
+    Node* const to = parts.find(connection.to.block);
     AbstractOutputPin* const output = from == nullptr ? nullptr : findOutput(connection.from, *from);
     AbstractInputPin* const input = to == nullptr ? nullptr : findInput(connection.to, *to);
     if (output == nullptr || input == nullptr) {
@@ -158,7 +145,7 @@ void GraphBuilder::connect(const Connection& connection) {
     input->setBufferCapacity(connection.buffer.value.value_or(1));
     input->setIsLifo(connection.isNewestFirst.value.value_or(false));
     output->attach(*input, false);
-    graph.connections[input] = &connection;
+    parts.connections[input] = &connection;
 }
 
 AbstractOutputPin* GraphBuilder::findOutput(const GraphDescription::Endpoint& end, const Node& node) {
@@ -185,7 +172,7 @@ AbstractInputPin* GraphBuilder::findInput(const GraphDescription::Endpoint& end,
     AbstractInputPin* const pin = end.hasPin ? inputs.find(*node.block, pins, end.pin) : nullptr;
     if (pin != nullptr) return pin;
     if (isMade)
-        complaints.add(end.where, "no input of " + quoted(*node.description),
+        complaints.add(end.where, "no input of " + node.getQuoted(),
                        "'" + end.block + ".' and a name for the columns");
     else
         refusePin(end, node, "input", pins);
@@ -199,27 +186,25 @@ void GraphBuilder::refusePin(const GraphDescription::Endpoint& end, const Node& 
     const auto names = [&] { return namesOf(pins); };
     if (end.hasPin)
         refuseName(complaints, end.where, end.pin,
-                   "the " + kind + " '" + printable(end.pin, kLongestName) + "' of " +
-                       quoted(*node.description),
+                   "the " + kind + " '" + printable(end.pin, kLongestName) + "' of " + node.getQuoted(),
                    "one of ", names, kOneThatHasSome);
     else if (!complaints.getIsFull())
-        complaints.add(end.where, "no " + kind + " of " + quoted(*node.description),
+        complaints.add(end.where, "no " + kind + " of " + node.getQuoted(),
                        "'" + end.block + ".' and one of " + listOfNames(names()));
     else
         complaints.add(end.where, {}, {});
 }
 
 void GraphBuilder::checkMainInputs() {
-    for (const Node& node : graph.nodes) {
+    for (const Node& node : parts.nodes) {
         if (node.block == nullptr || faultyReceivers.contains(node.description->id)) continue;
         const AbstractInputPin* const pin = mainInputOf(*node.block);
         if (node.sink != nullptr && pin == nullptr)
-            complaints.add(node.description->where, quoted(*node.description) + " without a connection",
+            complaints.add(node.description->where, node.getQuoted() + " without a connection",
                            "one at least");
         if (pin != nullptr && !connected.contains(pin))
             complaints.add(node.description->where,
-                           "the main input '" + pin->getName() + "' of " + quoted(*node.description) +
-                               " open",
+                           "the main input '" + pin->getName() + "' of " + node.getQuoted() + " open",
                            "a connection to '" + node.description->id + "." + pin->getName() + "'");
     }
 }
@@ -228,14 +213,14 @@ void GraphBuilder::checkMainInputs() {
 void GraphBuilder::arrange() {
     std::vector<Core::Filter*> blocks;
     std::unordered_map<const Core::Filter*, const Node*> nodes;
-    for (const Node& node : graph.nodes) {
+    for (const Node& node : parts.nodes) {
         if (node.block == nullptr) continue;
         blocks.push_back(node.block.get());
         nodes.emplace(node.block.get(), &node);
     }
     for (Core::Filter* const block : runOrder(blocks)) {
-        graph.runOrder.push_back(nodes.at(block));
-        graph.layout.add(*block);
+        parts.runOrder.push_back(nodes.at(block));
+        parts.layout.add(*block);
     }
 }
 

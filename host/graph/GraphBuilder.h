@@ -2,9 +2,10 @@
 #pragma once
 
 #include "host/text/Complaint.h"
-#include "host/graph/Graph.h"
 #include "host/description/GraphDescription.h"
+#include "host/graph/GraphParts.h"
 #include "host/graph/PinIndex.h"
+#include "host/plugins/BlockCatalogue.h"
 
 #include <map>
 #include <set>
@@ -13,19 +14,23 @@
 
 namespace Quillmere::Host {
 
-/// Fills a `Graph` with living blocks and complains of what doesn't fit them.
-class GraphBuilder {
+/// Fills the parts of a graph with living blocks and complains of what doesn't fit them.
+class QUILLMERE_API GraphBuilder {
 public:
-    GraphBuilder(Graph& target, Complaints& complaints);
+    /// `parts` are those of the description, which is resolved; nothing is owned.
+    GraphBuilder(GraphParts& parts, const GraphDescription& description, const BlockCatalogue& catalogue,
+                 Complaints& complaints);
 
-    void build(const BlockCatalogue& catalogue);
+    /// Once.
+    void build();
 
 private:
     using Connection = GraphDescription::Connection;
-    using Node = Graph::Node;
+    using Node = GraphParts::Node;
     using Setting = GraphDescription::Setting;
 
-    void createBlocks(const BlockCatalogue& catalogue);
+    void createBlocks();
+    void refuseType(const GraphDescription::Block& block);
     static void findEnds(Node& node);
     void applySettings(Node& node);
     static void checkOrigins(const Node& node, Complaints& own);
@@ -39,8 +44,9 @@ private:
     void checkMainInputs();
     void arrange();
 
-    Graph& graph;
+    GraphParts& parts;
     const GraphDescription& description;
+    const BlockCatalogue& catalogue;
     Complaints& complaints;
     std::map<const Core::AbstractInputPin*, Place> connected; ///< For each input where its connection stands.
     PinIndex<Core::AbstractOutputPin> outputs;

@@ -124,4 +124,18 @@ void writeProperties(std::vector<PropertyWrite> writes, Complaints& complaints) 
         writeProperty(*write.property, *write.value, complaints);
 }
 
+void fireCommand(Core::CommandProperty& command, const Place& where, Complaints& complaints) {
+    const auto refuse = [&](const std::string& reason) {
+        complaints.add(where, "the command '" + command.getName() + "' refused (" + reason + ")",
+                       "a command that the block takes");
+    };
+    try {
+        command.fire();
+    } catch (const Poco::Exception& exception) {
+        refuse(messageOf(exception));
+    } catch (const std::exception& exception) {
+        refuse(exception.what());
+    }
+}
+
 } // namespace Quillmere::Host

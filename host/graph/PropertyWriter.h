@@ -3,6 +3,7 @@
 
 #include "framework/core/AbstractProperty.h"
 #include "framework/core/Api.h"
+#include "framework/core/CommandProperty.h"
 #include "host/text/Complaint.h"
 #include "host/description/Value.h"
 
@@ -29,5 +30,8 @@ struct PropertyWrite {
 /// setting may make another writable or move its limits; what is refused in the end is a complaint, and so is
 /// what the block raises when it hears of a new value.
 QUILLMERE_API void writeProperties(std::vector<PropertyWrite> writes, Complaints& complaints);
+
+/// Fires a command of a living block; what the block raises is a complaint.
+void fireCommand(Core::CommandProperty& command, const Place& where, Complaints& complaints);
 
 } // namespace Quillmere::Host

@@ -7,6 +7,8 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -16,6 +18,18 @@ namespace Quillmere::Host {
 /// it from outside.
 class QUILLMERE_API Timeline {
 public:
+    /// One of the three: `property` is written, `command` fired, or `output`, one of `addOutput`, sends
+    /// `sample`. None is owned.
+    struct Action {
+        double at = 0.0; ///< Seconds of stream time.
+        Place where;
+        Value value;
+        Core::AbstractProperty* property = nullptr;
+        Core::CommandProperty* command = nullptr;
+        Core::OutputPin<Core::MatrixXd>* output = nullptr;
+        Core::MatrixXd sample;
+    };
+
     Timeline();
     ~Timeline();
     Timeline(const Timeline&) = delete;
@@ -34,24 +48,16 @@ public:
     Core::Filter* getSender();
     const Core::Filter* getSender() const;
 
-private:
-    friend class TimelineBuilder;
-    class Sender;
+    /// Requires: no action that is there already is for a later time. [setup]
+    void add(Action action) { actions.push_back(std::move(action)); }
+    /// A pin of the sender for values to one input. [setup]
+    Core::OutputPin<Core::MatrixXd>& addOutput(const std::string& name);
 
-    /// One of the three: `property` is written, `command` fired, or `output` sends `sample`. None is owned.
-    struct Action {
-        double at = 0.0; ///< Seconds of stream time.
-        Place where;
-        Value value;
-        Core::AbstractProperty* property = nullptr;
-        Core::CommandProperty* command = nullptr;
-        Core::OutputPin<Core::MatrixXd>* output = nullptr;
-        Core::MatrixXd sample;
-    };
+private:
+    class Sender;
 
     void applyDue(double time);
     static void apply(const Action& action, double time, Complaints& complaints);
-    static void fire(Core::CommandProperty& command, const Place& where, Complaints& complaints);
 
     std::vector<Action> actions;    ///< By time.
     std::size_t next = 0;           ///< The first that hasn't been done.

@@ -3,26 +3,12 @@
 
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
+#include "host/graph/MemberNames.h"
 #include "host/graph/PropertyWriter.h"
-#include "host/graph/TimelineSender.h"
 
 namespace Quillmere::Host {
 
 namespace {
-template <class Things>
-std::vector<std::string> namesOf(const Things& things) {
-    std::vector<std::string> names;
-    for (const auto* const thing : things)
-        names.push_back(thing->getName());
-    return names;
-}
-
-std::string quoted(const Graph::Node& node) {
-    return "'" + node.description->id + "' (" + node.description->type + ")";
-}
-
-constexpr const char* kOneThatHasSome = "a block that has some";
-
 std::vector<std::string> commandsOf(const Core::Filter& block) {
     std::vector<std::string> names;
     for (const Core::AbstractProperty* const property : block.getPropertyBag())
@@ -32,15 +18,14 @@ std::vector<std::string> commandsOf(const Core::Filter& block) {
 }
 } // namespace
 
-TimelineBuilder::TimelineBuilder(Graph& target, const GraphDescription& graphDescription, Complaints& list)
-    : graph(target), description(graphDescription), complaints(list) {}
+TimelineBuilder::TimelineBuilder(GraphParts& graphParts, const BlockCatalogue& types, Connected& linked,
+                                 Complaints& list)
+    : parts(graphParts), catalogue(types), connected(linked), complaints(list) {}
 
-void TimelineBuilder::resolve(const BlockCatalogue& types, Connected& linked) {
-    catalogue = &types;
-    connected = &linked;
-    for (const GraphDescription::TimelineEntry& entry : description.timeline) {
+void TimelineBuilder::resolve(const std::vector<GraphDescription::TimelineEntry>& entries) {
+    for (const GraphDescription::TimelineEntry& entry : entries) {
         for (const Change& change : entry.changes) {
-            const Graph::Node* const node = graph.find(change.block);
+            const Node* const node = parts.find(change.block);
             // An unknown type or a setting that is refused is a complaint already.
             if (node == nullptr || node->block == nullptr || node->isFaulty) continue;
             if (change.value.isMissing()) continue;
@@ -49,9 +34,9 @@ void TimelineBuilder::resolve(const BlockCatalogue& types, Connected& linked) {
     }
 }
 
-void TimelineBuilder::resolve(double at, const Change& change, const Graph::Node& node) {
+void TimelineBuilder::resolve(double at, const Change& change, const Node& node) {
     if (node.source != nullptr || node.sink != nullptr) {
-        complaints.add(change.where, "the block " + quoted(node),
+        complaints.add(change.where, "the block " + node.getQuoted(),
                        "a block that can be changed while it runs");
         return;
     }
@@ -62,11 +47,10 @@ void TimelineBuilder::resolve(double at, const Change& change, const Graph::Node
     if (change.kind == Change::Kind::Set) resolveSetting(change, node, action);
     if (change.kind == Change::Kind::Fire) resolveCommand(change, node, action);
     if (change.kind == Change::Kind::Send) resolveInput(change, node, action);
-    graph.timeline.actions.push_back(std::move(action));
+    parts.timeline.add(std::move(action));
 }
 
-void TimelineBuilder::resolveSetting(const Change& change, const Graph::Node& node,
-                                     Timeline::Action& action) {
+void TimelineBuilder::resolveSetting(const Change& change, const Node& node, Timeline::Action& action) {
     const Core::PropertyBag& bag = node.block->getPropertyBag();
     action.property = bag.find(change.name);
     if (action.property == nullptr) {
@@ -76,25 +60,24 @@ void TimelineBuilder::resolveSetting(const Change& change, const Graph::Node& no
     writeProperty(rehearsalOf(node)->getProperty(change.name), change.value, complaints);
 }
 
-void TimelineBuilder::resolveCommand(const Change& change, const Graph::Node& node,
-                                     Timeline::Action& action) {
+void TimelineBuilder::resolveCommand(const Change& change, const Node& node, Timeline::Action& action) {
     action.command = dynamic_cast<Core::CommandProperty*>(node.block->getPropertyBag().find(change.name));
     if (action.command == nullptr) {
         refuse("command", change, node, [&] { return commandsOf(*node.block); });
         return;
     }
     Core::AbstractProperty& command = rehearsalOf(node)->getProperty(change.name);
-    Timeline::fire(dynamic_cast<Core::CommandProperty&>(command), change.where, complaints);
+    fireCommand(dynamic_cast<Core::CommandProperty&>(command), change.where, complaints);
 }
 
-void TimelineBuilder::resolveInput(const Change& change, const Graph::Node& node, Timeline::Action& action) {
+void TimelineBuilder::resolveInput(const Change& change, const Node& node, Timeline::Action& action) {
     const auto& pins = node.block->getInputPins();
     Core::AbstractInputPin* const pin = inputs.find(*node.block, pins, change.name);
     if (pin == nullptr) {
         refuse("input", change, node, [&] { return namesOf(pins); });
         return;
     }
-    const auto [known, isNew] = connected->try_emplace(pin, change.where);
+    const auto [known, isNew] = connected.try_emplace(pin, change.where);
     if (!isNew && !links.contains(pin)) {
         complaints.add(
             change.where, "a value for '" + change.block + "." + change.name + "', which is connected",
@@ -111,18 +94,18 @@ void TimelineBuilder::resolveInput(const Change& change, const Graph::Node& node
 }
 
 template <class Names>
-void TimelineBuilder::refuse(const std::string& kind, const Change& change, const Graph::Node& node,
+void TimelineBuilder::refuse(const std::string& kind, const Change& change, const Node& node,
                              const Names& known) {
     refuseName(complaints, change.where, change.name,
-               "the " + kind + " '" + printable(change.name, kLongestName) + "' of " + quoted(node),
+               "the " + kind + " '" + printable(change.name, kLongestName) + "' of " + node.getQuoted(),
                "one of ", known, kOneThatHasSome);
 }
 
 /// The block on which changes of a graph's block are tried: of the same type, with the same settings.
-Core::Filter* TimelineBuilder::rehearsalOf(const Graph::Node& node) {
+Core::Filter* TimelineBuilder::rehearsalOf(const Node& node) {
     BlockPtr& block = rehearsals[node.block.get()];
     if (block != nullptr) return block.get();
-    block = catalogue->create(node.description->type, node.description->id);
+    block = catalogue.create(node.description->type, node.description->id);
     std::vector<PropertyWrite> writes;
     for (const GraphDescription::Setting& setting : node.description->settings)
         if (Core::AbstractProperty* const property = block->getPropertyBag().find(setting.name))
@@ -133,15 +116,14 @@ Core::Filter* TimelineBuilder::rehearsalOf(const Graph::Node& node) {
 }
 
 Core::OutputPin<Core::MatrixXd>& TimelineBuilder::outputFor(Core::AbstractInputPin& input) {
-    if (graph.timeline.sender == nullptr) graph.timeline.sender = std::make_unique<Timeline::Sender>();
     Core::OutputPin<Core::MatrixXd>*& output = links[&input];
-    if (output == nullptr) output = &graph.timeline.sender->addOutput(input.getName());
+    if (output == nullptr) output = &parts.timeline.addOutput(input.getName());
     return *output;
 }
 
 void TimelineBuilder::link() {
-    if (graph.timeline.sender == nullptr) return;
-    graph.layout.add(*graph.timeline.sender);
+    if (parts.timeline.getSender() == nullptr) return;
+    parts.layout.add(*parts.timeline.getSender());
     for (const auto& [input, output] : links)
         output->attach(*input, false);
 }

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "host/text/Complaint.h"
-#include "host/graph/Graph.h"
 #include "host/description/GraphDescription.h"
+#include "host/graph/GraphParts.h"
 #include "host/graph/PinIndex.h"
+#include "host/plugins/BlockCatalogue.h"
 
 #include <map>
 #include <string>
+#include <vector>
 
 namespace Quillmere::Host {
 
@@ -18,31 +20,33 @@ class TimelineBuilder {
 public:
     using Connected = std::map<const Core::AbstractInputPin*, Place>;
 
-    TimelineBuilder(Graph& target, const GraphDescription& description, Complaints& complaints);
+    /// `connected` holds the inputs that connections lead to; those that get values are entered too. Nothing
+    /// is owned.
+    TimelineBuilder(GraphParts& parts, const BlockCatalogue& catalogue, Connected& connected,
+                    Complaints& complaints);
 
-    /// Finds and rehearses everything. Inputs that get values are entered in `connected`, which holds those
-    /// that connections lead to.
-    void resolve(const BlockCatalogue& catalogue, Connected& connected);
+    /// Finds and rehearses everything. Requires: the entries stand by time.
+    void resolve(const std::vector<GraphDescription::TimelineEntry>& entries);
     /// Links the inputs that get values. Requires: the graph's blocks stand in their layout.
     void link();
 
 private:
     using Change = GraphDescription::TimelineChange;
+    using Node = GraphParts::Node;
 
-    void resolve(double at, const Change& change, const Graph::Node& node);
-    void resolveSetting(const Change& change, const Graph::Node& node, Timeline::Action& action);
-    void resolveCommand(const Change& change, const Graph::Node& node, Timeline::Action& action);
-    void resolveInput(const Change& change, const Graph::Node& node, Timeline::Action& action);
+    void resolve(double at, const Change& change, const Node& node);
+    void resolveSetting(const Change& change, const Node& node, Timeline::Action& action);
+    void resolveCommand(const Change& change, const Node& node, Timeline::Action& action);
+    void resolveInput(const Change& change, const Node& node, Timeline::Action& action);
     template <class Names>
-    void refuse(const std::string& kind, const Change& change, const Graph::Node& node, const Names& known);
-    Core::Filter* rehearsalOf(const Graph::Node& node);
+    void refuse(const std::string& kind, const Change& change, const Node& node, const Names& known);
+    Core::Filter* rehearsalOf(const Node& node);
     Core::OutputPin<Core::MatrixXd>& outputFor(Core::AbstractInputPin& input);
 
-    Graph& graph;
-    const GraphDescription& description;
+    GraphParts& parts;
+    const BlockCatalogue& catalogue;
+    Connected& connected;
     Complaints& complaints;
-    const BlockCatalogue* catalogue = nullptr;
-    Connected* connected = nullptr;
     PinIndex<Core::AbstractInputPin> inputs;
     /// For a block of the graph the one that stands in for it.
     std::map<const Core::Filter*, BlockPtr> rehearsals;
