@@ -3,19 +3,11 @@
 
 #include "host/ends/MainInput.h"
 #include "host/ends/Source.h"
+#include "host/plugins/KnownTypes.h"
 
-#include <algorithm>
 #include <set>
-#include <string_view>
 
 namespace Quillmere::Host {
-
-std::span<const char* const> getShapeKeepers() {
-    static constexpr const char* keepers[]{
-        "FilterGain",     "FilterDeadband", "FilterButterworth",        "FilterButterworth_v2",
-        "FilterBandPass", "FilterIIR",      "FilterSaturationDetector", "FilterSmartSaturationDetector"};
-    return keepers;
-}
 
 const Core::AbstractOutputPin* shapeGiverOf(const Core::AbstractInputPin& input) {
     std::set<const Core::AbstractOutputPin*> seen;
@@ -24,10 +16,7 @@ const Core::AbstractOutputPin* shapeGiverOf(const Core::AbstractInputPin& input)
         const auto* const block = dynamic_cast<const Core::Filter*>(output->getManager());
         if (block == nullptr || dynamic_cast<const Source*>(block) != nullptr)
             return block == nullptr ? nullptr : output;
-        const auto keepers = getShapeKeepers();
-        const bool keeps = std::any_of(keepers.begin(), keepers.end(), [&](const char* type) {
-            return std::string_view(type) == block->getTypeName();
-        });
+        const bool keeps = getKnownType(block->getTypeName()).keepsShape;
         const Core::AbstractInputPin* const before = keeps ? mainInputOf(*block) : nullptr;
         output = before == nullptr ? nullptr : before->getConnectedOutput();
     }

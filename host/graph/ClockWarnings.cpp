@@ -3,34 +3,13 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/MainInput.h"
+#include "host/plugins/KnownTypes.h"
 
 #include <algorithm>
 #include <set>
 #include <string>
 
 namespace Quillmere::Host {
-
-std::span<const WallClockOutput> getWallClockOutputs() {
-    static constexpr WallClockOutput outputs[]{
-        {"FilterInvGain", "output"},
-        {"FilterEdge", "edge"},
-        {"FilterBessel", "gain"},
-        {"FilterBessel", "coeffs"},
-        {"FilterButterworthV2", "gain"},
-        {"FilterButterworthV2", "coeffs"},
-        {"FilterChebyshev", "gain"},
-        {"FilterChebyshev", "coeffs"},
-        {"FilterEllipticV1", "gain"},
-        {"FilterEllipticV1", "coeffs"},
-        {"FilterGaussianWhiteNoiseGenerator", "out"},
-    };
-    return outputs;
-}
-
-std::span<const char* const> getTimeReaders() {
-    static constexpr const char* readers[]{"FilterFrequency", "FilterFlagStatic", "FilterSphericalFiltering"};
-    return readers;
-}
 
 namespace {
 bool getAsksForStream(const Graph& graph) {
@@ -54,14 +33,12 @@ public:
 private:
     void arrive(const Graph::Node& node, const Core::AbstractInputPin& input) {
         const std::string& type = node.description->type;
-        const auto isType = [&](const char* reader) { return type == reader; };
         if (node.sink != nullptr) {
             if (getMakesRows()) warn(node, "makes the rows of '" + node.description->id + "'");
             return;
         }
         if (&input != mainInputOf(*node.block) || !seen.insert(node.block.get()).second) return;
-        const auto readers = getTimeReaders();
-        if (std::any_of(readers.begin(), readers.end(), isType))
+        if (getKnownType(type).readsTimes)
             warn(node, "reaches '" + node.description->id + "' (" + type + "), which reads time stamps");
         for (const Core::AbstractOutputPin* const output : node.block->getOutputPins())
             follow(*output);
@@ -90,11 +67,10 @@ private:
 void warnOfStamps(const Graph& graph, Complaints& complaints) {
     for (const Graph::Node& node : graph.getNodes()) {
         if (node.block == nullptr || node.isFaulty) continue;
-        for (const WallClockOutput& stamped : getWallClockOutputs()) {
-            if (node.description->type != stamped.type) continue;
-            for (const Core::AbstractOutputPin* const output : node.block->getOutputPins())
-                if (output->getName() == stamped.output) Spread(graph, *output, complaints).follow(*output);
-        }
+        const KnownType& type = getKnownType(node.description->type);
+        for (const Core::AbstractOutputPin* const output : node.block->getOutputPins())
+            if (type.getStampsWallClock(output->getName()))
+                Spread(graph, *output, complaints).follow(*output);
     }
 }
 
@@ -117,12 +93,10 @@ void requireStreamClock(const Graph& graph, Complaints& complaints) {
     const Graph::Node* const clock = clockOf(graph);
     if (clock == nullptr) return;
     const std::string& output = clock->block->getOutputPins().front()->getName();
-    for (const WallClockOutput& stamped : getWallClockOutputs())
-        if (clock->description->type == stamped.type && output == stamped.output)
-            complaints.add(graph.getDescription().clockPlace,
-                           "'" + clock->description->id + "' (" + stamped.type +
-                               "), which stamps the wall clock, as the block that tells the time",
-                           "a generator with a time of its own in front of it, or 'clock: wall'");
+    if (getKnownType(clock->description->type).getStampsWallClock(output))
+        complaints.add(graph.getDescription().clockPlace,
+                       clock->getQuoted() + ", which stamps the wall clock, as the block that tells the time",
+                       "a generator with a time of its own in front of it, or 'clock: wall'");
 }
 
 void warnOfLiveWallClock(const Graph& graph, Complaints& complaints) {

@@ -4,20 +4,7 @@
 #include "framework/core/Api.h"
 #include "host/graph/Graph.h"
 
-#include <span>
-
 namespace Quillmere::Host {
-
-/// An output whose time stamps are the wall clock's, by its block's rules.
-struct WallClockOutput {
-    const char* type;
-    const char* output;
-};
-
-/// All of them, and the types of blocks that reckon with the time stamps of what comes to their main input.
-/// Tests hold them against living blocks.
-QUILLMERE_API std::span<const WallClockOutput> getWallClockOutputs();
-QUILLMERE_API std::span<const char* const> getTimeReaders();
 
 /// Warns of stamps of the wall clock that come to a block which reads times, directly or through blocks that
 /// pass them on; and to a sink where they make its rows: where they are the time of the graph's rounds, and

@@ -4,6 +4,7 @@
 #include "host/graph/Graph.h"
 #include "host/text/Printable.h"
 #include "host/graph/BlockDescription.h"
+#include "host/plugins/KnownTypes.h"
 #include "host/text/ShortestText.h"
 
 #include <algorithm>
@@ -19,8 +20,6 @@ namespace {
 
 constexpr std::uint64_t kRowsLookedAt = 1000;
 constexpr double kSameStep = 0.1; ///< Of the median; clocks of sensors jitter by less.
-/// Counts on the step between the first two rows for as long as it runs.
-constexpr const char* kTrustsFirstStep = "FilterFlagStatic";
 
 using Ids = std::unordered_set<std::string>;
 using Receivers = std::unordered_map<std::string, std::vector<std::string>>;
@@ -98,7 +97,7 @@ void warnOfFirstRows(const Graph& graph, Complaints& complaints) {
         if (!getIsFirstStepOdd(*account) || getIsFramed(*node.description)) continue;
         const Ids reached = reachedFrom(node.description->id, receivers);
         for (const GraphDescription::Block& block : graph.getDescription().blocks)
-            if (block.type == kTrustsFirstStep && reached.count(block.id) > 0)
+            if (getKnownType(block.type).trustsFirstStep && reached.count(block.id) > 0)
                 warnOfFirstStep(block, node, *account, complaints);
     }
 }

@@ -4,6 +4,7 @@
 #include "framework/Quillmere.h"
 #include "host/graph/ClockWarnings.h"
 #include "host/ends/MainInput.h"
+#include "host/plugins/KnownTypes.h"
 #include "host/text/Printable.h"
 #include "host/graph/ShapeWarnings.h"
 #include "host/graph/BlockDescription.h"
@@ -152,16 +153,12 @@ void warnOfLoopToItself(const Graph::Node& node, Complaints& complaints) {
                     "'" + node.block->getName() + "' waits for what it sends itself");
 }
 
-/// The one block that does nothing before a command.
-constexpr const char* kIdleType = "FilterPeriodCounter";
-constexpr const char* kIdleCommand = "Reset";
-
-bool getIsFired(const Graph& graph, const std::string& id) {
+bool getIsFired(const Graph& graph, const std::string& id, const std::string& command) {
     using Change = GraphDescription::TimelineChange;
     const auto& entries = graph.getDescription().timeline;
     return std::any_of(entries.begin(), entries.end(), [&](const auto& entry) {
         return std::any_of(entry.changes.begin(), entry.changes.end(), [&](const Change& change) {
-            return change.kind == Change::Kind::Fire && change.block == id && change.name == kIdleCommand;
+            return change.kind == Change::Kind::Fire && change.block == id && change.name == command;
         });
     });
 }
@@ -180,16 +177,18 @@ void warnOfContradictions(const Graph& graph, Complaints& complaints) {
 
 void warnOfIdleBlocks(const Graph& graph, Complaints& complaints) {
     for (const Graph::Node& node : graph.getNodes()) {
-        if (node.block == nullptr || node.isFaulty || node.description->type != kIdleType) continue;
+        if (node.block == nullptr || node.isFaulty) continue;
+        const char* const command = getKnownType(node.description->type).startedBy;
+        if (command == nullptr) continue;
         const auto& pins = node.block->getOutputPins();
         const bool isHeard =
             std::any_of(pins.begin(), pins.end(), [](const auto* pin) { return !pin->getInputs().empty(); });
         const std::string& id = node.description->id;
-        if (isHeard && !getIsFired(graph, id))
+        if (isHeard && !getIsFired(graph, id, command))
             complaints.warn(node.description->where,
-                            "'" + id + "' (" + kIdleType + ") counts nothing until its command '" +
-                                kIdleCommand + "' is fired, and no entry of the timeline fires it; 'fire: [" +
-                                id + "." + kIdleCommand + "]' would");
+                            node.getQuoted() + " counts nothing until its command '" + command +
+                                "' is fired, and no entry of the timeline fires it; 'fire: [" + id + "." +
+                                command + "]' would");
     }
 }
 

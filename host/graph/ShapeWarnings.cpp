@@ -5,32 +5,15 @@
 #include "host/text/Counted.h"
 #include "host/ends/MainInput.h"
 #include "host/ends/ShapeGiver.h"
+#include "host/plugins/KnownTypes.h"
 
 #include <algorithm>
-#include <set>
 #include <string>
-#include <string_view>
 
 namespace Quillmere::Host {
 
-std::span<const char* const> getWindows() {
-    static constexpr const char* windows[]{"FilterBlackmanWindow", "FilterHammingWindow",
-                                           "FilterHanningWindow"};
-    return windows;
-}
-
-std::span<const char* const> getTransforms() {
-    static constexpr const char* transforms[]{"FilterFFT", "FilterFastFourierTransform"};
-    return transforms;
-}
-
 namespace {
 using Nodes = std::vector<Graph::Node>;
-
-bool getIsOf(std::span<const char* const> types, const Graph::Node& node) {
-    return std::any_of(types.begin(), types.end(),
-                       [&](const char* type) { return node.description->type == type; });
-}
 
 const Graph::Node* nodeOf(const Nodes& nodes, const Core::PinManager* block) {
     const auto found = std::find_if(nodes.begin(), nodes.end(), [&](const Graph::Node& node) {
@@ -70,7 +53,7 @@ void warnOfShape(const Graph& graph, const Graph::Node& node, const Core::Abstra
     const auto [rows, columns] = *shape;
     if (rows > 1 && columns == 1) return;
     const std::string& source = origin.source->description->id;
-    const bool isTransform = getIsOf(getTransforms(), node);
+    const bool isTransform = getKnownType(node.description->type).isTransform;
     const std::string found =
         (rows > 1 ? "frames of " : "samples of one row with ") + counted(columns, "column");
     const std::string frame = "'frame: N' in '" + source + "', which makes one sample of N rows";
@@ -88,8 +71,8 @@ void warnOfShape(const Graph& graph, const Graph::Node& node, const Core::Abstra
 
 void warnOfShapes(const Graph& graph, Complaints& complaints) {
     for (const Graph::Node& node : graph.getNodes()) {
-        if (node.block == nullptr || (!getIsOf(getWindows(), node) && !getIsOf(getTransforms(), node)))
-            continue;
+        const KnownType& type = getKnownType(node.description->type);
+        if (node.block == nullptr || (!type.isWindow && !type.isTransform)) continue;
         if (const Core::AbstractInputPin* const input = mainInputOf(*node.block))
             warnOfShape(graph, node, *input, complaints);
     }

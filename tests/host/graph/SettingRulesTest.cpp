@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/SettingRules.h"
 
-#include "framework/Quillmere.h"
 #include "host/graph/ClockWarnings.h"
-#include "host/ends/MainInput.h"
 #include "tests/host/kit/GraphFixture.h"
 
 #include <string>
@@ -11,7 +9,6 @@
 namespace {
 
 using namespace Quillmere::Host;
-namespace Core = Quillmere::Core;
 
 class SettingRulesTest : public Support::GraphFixture {
 protected:
@@ -92,29 +89,6 @@ TEST_F(SettingRulesTest, EdgesCountInBandModesOnlyAndAlsoWhereTheBlockHasMovedOn
                          "HighRelativeCutOffFreq: 0.2}")
                   .find("the low edge has to lie below the high one"),
               std::string::npos);
-}
-
-TEST_F(SettingRulesTest, BlocksStampTheWallClockWhereTheTableSaysSo) {
-    for (const WallClockOutput& stamped : getWallClockOutputs()) {
-        const BlockPtr block = catalogue.create(stamped.type, "b");
-        ASSERT_NE(block, nullptr) << stamped.type;
-        Core::OutputPin<Core::MatrixXd> sender("sender", nullptr);
-        if (Core::AbstractInputPin* const input = mainInputOf(*block)) sender.attach(*input, true);
-        sender.data.value = Core::MatrixXd::Ones(1, 1);
-        sender.send(5.0);
-        const double lent = 77.0;
-        const Core::StampClock::Lent clock(&lent);
-        block->process();
-        for (const Core::AbstractOutputPin* const pin : block->getOutputPins()) {
-            const auto& output = dynamic_cast<const Core::OutputPin<Core::MatrixXd>&>(*pin);
-            if (output.getName() == stamped.output)
-                EXPECT_EQ(output.data.timeStamp, 77.0) << stamped.type << "." << stamped.output;
-            else
-                EXPECT_TRUE(output.data.timeStamp != 77.0 || output.getName() == "gain" ||
-                            output.getName() == "coeffs")
-                    << stamped.type;
-        }
-    }
 }
 
 TEST_F(SettingRulesTest, AWallClockThatReachesAReaderOfTimesIsDoubtful) {

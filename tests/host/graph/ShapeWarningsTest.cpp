@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/ShapeWarnings.h"
 
-#include "framework/Quillmere.h"
-#include "host/ends/MainInput.h"
-#include "host/ends/ShapeGiver.h"
 #include "tests/host/kit/GraphFixture.h"
 
 #include <string>
@@ -11,27 +8,6 @@
 namespace {
 
 using namespace Quillmere::Host;
-namespace Core = Quillmere::Core;
-
-/// A block with a sample at its main input.
-struct FedBlock {
-    FedBlock(const BlockCatalogue& catalogue, const char* type, Eigen::Index rows, Eigen::Index columns)
-        : block(catalogue.create(type, "b")), sender("sender", nullptr) {
-        sender.attach(*mainInputOf(*block), true);
-        Core::AbstractProperty* const pause = block->getPropertyBag().find("Pause");
-        if (auto* const flag = dynamic_cast<Core::ValueProperty<bool>*>(pause)) flag->setValue(false);
-        sender.data.value = Core::MatrixXd::Ones(rows, columns);
-        sender.send(5.0);
-        block->process();
-    }
-    const Core::OutputPin<Core::MatrixXd>& getOutput() const {
-        return dynamic_cast<const Core::OutputPin<Core::MatrixXd>&>(*block->getOutputPins().back());
-    }
-    bool getHasSent() const { return getOutput().data.timeStamp == 5.0; }
-
-    BlockPtr block;
-    Core::OutputPin<Core::MatrixXd> sender;
-};
 
 class ShapeWarningsTest : public Support::GraphFixture {
 protected:
@@ -57,28 +33,6 @@ protected:
 constexpr const char* kTransform = "FilterFFT, properties: {Pause: false}";
 constexpr const char* kThreeColumns = "pins: {accel: [ax, ay, az]}";
 constexpr const char* kThreeColumnsInFrames = "frame: 200, pins: {accel: [ax, ay, az]}";
-
-TEST_F(ShapeWarningsTest, LivingBlocksTreatShapesAsTheTablesSay) {
-    for (const char* const type : getWindows()) {
-        EXPECT_FALSE(FedBlock(catalogue, type, 8, 3).getHasSent()) << type;
-        EXPECT_FALSE(FedBlock(catalogue, type, 1, 1).getHasSent()) << type;
-        EXPECT_TRUE(FedBlock(catalogue, type, 1, 3).getHasSent()) << type;
-        EXPECT_TRUE(FedBlock(catalogue, type, 8, 1).getHasSent()) << type;
-    }
-    for (const char* const type : getTransforms()) {
-        EXPECT_FALSE(FedBlock(catalogue, type, 1, 3).getHasSent()) << type;
-        const FedBlock fed(catalogue, type, 8, 3);
-        EXPECT_TRUE(fed.getHasSent()) << type;
-        EXPECT_EQ(fed.getOutput().data.value.cols(), 1) << type;
-    }
-    for (const char* const type : getShapeKeepers()) {
-        const FedBlock fed(catalogue, type, 8, 3);
-        ASSERT_EQ(fed.block->getOutputPins().size(), 1U) << type;
-        EXPECT_TRUE(fed.getHasSent()) << type;
-        EXPECT_EQ(fed.getOutput().data.value.rows(), 8) << type;
-        EXPECT_EQ(fed.getOutput().data.value.cols(), 3) << type;
-    }
-}
 
 TEST_F(ShapeWarningsTest, SeveralColumnsInAFrameAreNoSignal) {
     EXPECT_EQ(warningsOf(kThreeColumnsInFrames, kTransform, "FilterGain"),
