@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "framework/core/Api.h"
 #include "host/graph/Graph.h"
 #include "host/live/LiveBlocks.h"
 #include "host/live/LiveLayout.h"
@@ -22,12 +23,12 @@ namespace Quillmere::Host {
 ///
 /// Requires of everything that changes links or layouts: the caller is not inside a step, a handler or an
 /// observer, which hold a gate already.
-class LiveGraph {
+class QUILLMERE_API LiveGraph {
 public:
     /// All layouts stand still as long as it lives, and nobody else changes anything. A change and what the
     /// layouts know of it are one: a layout that was told later would step, in its own thread, what another
     /// one holds by now.
-    class Standstill {
+    class QUILLMERE_API Standstill {
     public:
         explicit Standstill(LiveGraph& graph);
 
