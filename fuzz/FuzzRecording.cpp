@@ -51,7 +51,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::optional<Value> settings =
         readValueText(std::string(text.substr(0, end)), "settings", false, complaints);
     if (!settings) return 0;
-    file.write(text.substr(std::min(end + 1, text.size())));
+    const std::string_view recording = text.substr(std::min(end + 1, text.size()));
+    // What libhdf5 makes of damaged files is its own matter, and it isn't made for them.
+    if (recording.starts_with("\x89HDF") || recording.starts_with("MATLAB 7.3")) return 0;
+    file.write(recording);
     for (const bool asItComes : {false, true}) {
         Complaints own;
         RecordingSource source("in");

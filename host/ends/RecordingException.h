@@ -13,6 +13,13 @@ public:
     using HostException::HostException;
 };
 
+/// A recording that can be read in more than one way, or not without being told something: the text says
+/// which property of the graph tells it.
+class QUILLMERE_API UnclearRecording : public RecordingException {
+public:
+    using RecordingException::RecordingException;
+};
+
 /// Who waited for the other end of a pipe was told to stop. Nothing is wrong with the recording or the
 /// result.
 class QUILLMERE_API InterruptedException : public RecordingException {

@@ -51,8 +51,9 @@ std::optional<double> otherRate(const SourceAccount& account, double rate) {
     return nearest > std::log1p(kTolerance) ? std::optional(found) : std::nullopt;
 }
 
-SourceAccount readTimes(const std::string& path, std::size_t column, std::uint64_t rows) {
-    const std::unique_ptr<RecordingReader> reader = openRecording(path);
+SourceAccount readTimes(const std::string& path, std::size_t column, std::uint64_t rows,
+                        const DataWish& wish) {
+    const std::unique_ptr<RecordingReader> reader = openRecording(path, wish);
     reader->select({column});
     SourceAccount account;
     TimeStampWatch watch;
@@ -118,11 +119,11 @@ std::optional<SourceAccount::OtherUnit> findOtherUnit(const std::string& column)
 }
 
 std::optional<SourceAccount::OtherClock> findOtherClock(const std::string& path, double rate,
-                                                        std::uint64_t rows) {
-    const std::vector<std::string> columns = openRecording(path)->getColumnNames();
+                                                        std::uint64_t rows, const DataWish& wish) {
+    const std::vector<std::string> columns = openRecording(path, wish)->getColumnNames();
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!isNameOfTime(columns[i])) continue;
-        if (const auto found = otherRate(readTimes(path, i, rows), rate))
+        if (const auto found = otherRate(readTimes(path, i, rows, wish), rate))
             return SourceAccount::OtherClock{columns[i], *found};
     }
     return std::nullopt;

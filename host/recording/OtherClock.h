@@ -3,6 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "host/ends/SourceAccount.h"
+#include "host/recording/DataChoice.h"
 
 #include <cstdint>
 #include <optional>
@@ -14,8 +15,8 @@ namespace Quillmere::Host {
 /// that goes at another pace by more than 2 % over the first `rows` rows. The column may be in seconds,
 /// milli-, micro- or nanoseconds. A column in which time doesn't go on from row to row is none of times.
 /// Raises `RecordingException`.
-QUILLMERE_API std::optional<SourceAccount::OtherClock> findOtherClock(const std::string& path, double rate,
-                                                                      std::uint64_t rows);
+QUILLMERE_API std::optional<SourceAccount::OtherClock>
+findOtherClock(const std::string& path, double rate, std::uint64_t rows, const DataWish& wish = {});
 
 /// Whether a column of times says by its name that it holds milli-, micro- or nanoseconds, as `time (ms)`,
 /// `t_us` and `timestampNs` do.

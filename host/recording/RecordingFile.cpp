@@ -155,10 +155,14 @@ void RecordingFile::checkEnd() {
                                   "its end behind " + std::to_string(bytesRead) + " of " +
                                       counted(size, "byte") + ": it got shorter while it was read",
                                   "a recording that stays as it is"});
+    isChanged = bytesRead != size || getHasChanged();
+}
+
+bool RecordingFile::getHasChanged() const {
     struct stat facts {};
-    if (::fstat(file, &facts) != 0) return;
-    isChanged = bytesRead != size || facts.st_mtim.tv_sec != written.tv_sec ||
-                facts.st_mtim.tv_nsec != written.tv_nsec;
+    if (isPiped || ::fstat(file, &facts) != 0) return false;
+    return static_cast<std::uint64_t>(std::max<off_t>(0, facts.st_size - begin)) != size ||
+           facts.st_mtim.tv_sec != written.tv_sec || facts.st_mtim.tv_nsec != written.tv_nsec;
 }
 
 void RecordingFile::fail(const char* what) const {

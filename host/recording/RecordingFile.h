@@ -63,6 +63,8 @@ public:
     bool getIsReadable();
     /// Whether somebody wrote to the file between its opening and its end. Requires: `read` gave 0.
     bool getIsChanged() const { return isChanged; }
+    /// Whether a file is another than when it was opened, by its size and its time. [any]
+    bool getHasChanged() const;
 
 private:
     std::size_t next(char* to, std::size_t count);

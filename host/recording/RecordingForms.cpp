@@ -2,12 +2,17 @@
 #include "host/recording/RecordingForms.h"
 
 #include "host/ends/RecordingException.h"
+#include "host/ends/StandardStream.h"
 #include "host/recording/CsvReader.h"
 #include "host/recording/RecordingFile.h"
 #include "host/text/Complaint.h"
 #include "host/text/NearestName.h"
+#include "host/text/Printable.h"
 #ifdef QUILLMERE_WITH_ZLIB
 #include "host/recording/Gunzip.h"
+#endif
+#ifdef QUILLMERE_WITH_HDF5
+#include "host/recording/Hdf5Form.h"
 #endif
 
 #include <algorithm>
@@ -22,6 +27,14 @@ namespace {
 constexpr std::size_t kBytesLookedAt = 512;
 constexpr std::string_view kGzip = "\x1F\x8B";
 
+/// Of a file that is one table as a whole.
+void refuseData(const RecordingFile& file, const DataWish& wish) {
+    if (wish.data.empty()) return;
+    throw UnclearRecording({{file.getName()},
+                            "one table, which has no '" + printable(wish.data, kLongestName) + "'",
+                            "no 'data:', which chooses among the variables of a MAT or an HDF5 file"});
+}
+
 using OpenFile = std::unique_ptr<RecordingFile>;
 
 /// Of a file whose form needs a library that configuring hasn't found.
@@ -31,17 +44,47 @@ using OpenFile = std::unique_ptr<RecordingFile>;
                               "one of what it was built with: " + listOfNames(getRecordingForms())});
 }
 
+#ifdef QUILLMERE_WITH_HDF5
+/// Of a file that its reader goes to and fro in, or that a library opens by its name.
+void requireWholeFile(const RecordingFile& file, const std::string& what) {
+    const bool isStream = file.getIsPiped() || getIsStandardStream(file.getPath());
+    if (!isStream && !file.getIsPacked()) return;
+    throw RecordingException({{file.getName()},
+                              what + (isStream ? " that comes as a stream" : " compressed by gzip"),
+                              "the name of a file, unpacked: its rows don't lie one behind the other"});
+}
+#endif
+
+using Reader = std::unique_ptr<RecordingReader>;
+
+Reader openAsHdf5(OpenFile file, [[maybe_unused]] const DataWish& wish, const std::string& found) {
+#ifdef QUILLMERE_WITH_HDF5
+    requireWholeFile(*file, found);
+    return openHdf5(std::move(file), wish);
+#else
+    refuseForm(*file, found);
+#endif
+}
+
 struct Form {
     /// Whether a file is of this form, by its name and its first bytes, 512 of them or the whole file.
     bool (*getIsOf)(const std::string& path, std::string_view head);
-    /// What a library opens by its name it can't have from a pipe: then the opener complains.
-    std::unique_ptr<RecordingReader> (*open)(OpenFile file);
+    Reader (*open)(OpenFile file, const DataWish& wish);
 };
 
 /// The first that fits is taken, so the last one takes everything.
 constexpr std::array kForms{
+    Form{[](const std::string&, std::string_view head) { return head.starts_with("\x89HDF\r\n\x1A\n"); },
+         [](OpenFile file, const DataWish& wish) {
+             return openAsHdf5(std::move(file), wish, "an HDF5 file");
+         }},
+    Form{[](const std::string&, std::string_view head) { return head.starts_with("MATLAB 7.3 MAT-file"); },
+         [](OpenFile file, const DataWish& wish) {
+             return openAsHdf5(std::move(file), wish, "a MAT file of version 7.3");
+         }},
     Form{[](const std::string&, std::string_view) { return true; },
-         [](OpenFile file) -> std::unique_ptr<RecordingReader> {
+         [](OpenFile file, const DataWish& wish) -> Reader {
+             refuseData(*file, wish);
              return std::make_unique<CsvReader>(std::move(file));
          }},
 };
@@ -72,16 +115,20 @@ const std::vector<std::string>& getRecordingForms() {
 #ifdef QUILLMERE_WITH_ZLIB
         "CSV compressed by gzip",
 #endif
+#ifdef QUILLMERE_WITH_HDF5
+        "HDF5",
+        "MAT 7.3",
+#endif
     };
     return names;
 }
 
-std::unique_ptr<RecordingReader> openRecording(const std::string& path) {
+std::unique_ptr<RecordingReader> openRecording(const std::string& path, const DataWish& wish) {
     auto file = std::make_unique<RecordingFile>(path);
     const std::string_view head = lookAtBegin(*file);
     const auto form =
         std::find_if(kForms.begin(), kForms.end(), [&](const Form& one) { return one.getIsOf(path, head); });
-    return form->open(std::move(file));
+    return form->open(std::move(file), wish);
 }
 
 } // namespace Quillmere::Host

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/recording/DataChoice.h"
 #include "host/recording/RecordingReader.h"
 
 #include <memory>
@@ -14,8 +15,10 @@ namespace Quillmere::Host {
 QUILLMERE_API const std::vector<std::string>& getRecordingForms();
 
 /// Opens a recording, `-` for standard input, with the reader of its form: what its name and its first bytes
-/// say, and a CSV where they say nothing; one that is compressed is unpacked while it is read. What was looked
-/// at of a pipe is kept for the reader. Raises `RecordingException`.
-QUILLMERE_API std::unique_ptr<RecordingReader> openRecording(const std::string& path);
+/// say, and a CSV where they say nothing; one that is compressed is unpacked while it is read. `wish` chooses
+/// in a file that holds several. What was looked at of a pipe is kept for the reader. Raises
+/// `RecordingException`.
+QUILLMERE_API std::unique_ptr<RecordingReader> openRecording(const std::string& path,
+                                                             const DataWish& wish = {});
 
 } // namespace Quillmere::Host

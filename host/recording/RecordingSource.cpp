@@ -65,8 +65,11 @@ void RecordingSource::fill(std::size_t pin) {
 const std::vector<HostBlock::SettingDescription>& RecordingSource::getSettingDescriptions() const {
     static const std::vector<SettingDescription> descriptions{
         {"file", "text", "", "the CSV recording, with a row of column names first; - is standard input"},
+        {"data", "text", "the only one",
+         "the path of a variable in a MAT or HDF5 file, as in imu/LowerBack/Acc"},
         {"pins", "map", "", "for each output pin the list of its columns, as in {accel: [ax, ay, az]}"},
-        {"time", "text", "by rate", "the column that holds the time in seconds"},
+        {"time", "text", "by rate",
+         "the column, or the path of the variable, that holds the time in seconds"},
         {"rate", "number", "by time", "rows a second, for a recording without a time column"},
         {"frame", "whole number", "none", "rows that make one sample; without it each row is one"},
         {"hop", "whole number", "as frame", "rows from the begin of a frame to the begin of the next"},
@@ -98,6 +101,8 @@ void RecordingSource::takeSetting(const GraphDescription::Setting& setting, cons
     const Value& value = setting.value;
     if (setting.name == "file") {
         takeFile(setting, folder, complaints);
+    } else if (setting.name == "data") {
+        data = toText(value, complaints).value_or("");
     } else if (setting.name == "time") {
         if (const auto name = toText(value, complaints)) timeColumn = Column{*name, value.where};
     } else if (setting.name == "rate") {
@@ -207,7 +212,12 @@ RecordingSource::getSampleShape(const Core::AbstractOutputPin& pin) const {
 void RecordingSource::open(Complaints& complaints) {
     std::unique_ptr<RecordingReader> reader;
     try {
-        reader = openRecording(getPath());
+        reader = openReader();
+    } catch (const UnclearRecording& exception) {
+        for (const Complaint& complaint : exception.getComplaints())
+            complaints.add(getPathPlace(), complaint.found + " in " + complaint.where.file,
+                           complaint.expected, complaint.suggestion);
+        return;
     } catch (const RecordingException& exception) {
         complaints.add(getPathPlace(),
                        std::string("no recording that can be read (") + exception.what() + ")",
@@ -219,6 +229,14 @@ void RecordingSource::open(Complaints& complaints) {
     if (frameRows > 0 && frameRows <= kLongestFrameFilled && !getComesByItself()) warnOfShortFile(complaints);
 }
 
+std::unique_ptr<RecordingReader> RecordingSource::openReader() const {
+    return openRecording(getPath(), getWish());
+}
+
+DataWish RecordingSource::getWish() const {
+    return {data, timeColumn ? timeColumn->name : ""};
+}
+
 bool RecordingSource::getComesByItself() const {
     return recording == nullptr ? getIsPipe(getPath()) : recording->getReader().getIsPiped();
 }
@@ -226,7 +244,7 @@ bool RecordingSource::getComesByItself() const {
 /// Of a file that ends before the first frame is full.
 void RecordingSource::warnOfShortFile(Complaints& complaints) const {
     try {
-        RecordingRows ahead(openRecording(getPath()), recording->getPlan());
+        RecordingRows ahead(openReader(), recording->getPlan());
         std::size_t found = 0;
         while (found < frameRows) {
             const RecordingRows::Row row = ahead.take();
@@ -351,7 +369,7 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
     if (recording == nullptr || getComesByItself()) return std::nullopt;
     SourceAccount account;
     try {
-        RecordingRows ahead(openRecording(getPath()), recording->getPlan());
+        RecordingRows ahead(openReader(), recording->getPlan());
         const auto look = [&] {
             for (std::uint64_t i = 0; i < most; ++i)
                 if (ahead.take() == RecordingRows::Row::End) return;
@@ -362,7 +380,7 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
             // A bad row, which the run will tell of.
         }
         account = ahead.getAccount();
-        if (rate) account.otherClock = findOtherClock(getPath(), *rate, most);
+        if (rate) account.otherClock = findOtherClock(getPath(), *rate, most, getWish());
         if (timeColumn) account.otherUnit = findOtherUnit(timeColumn->name);
     } catch (const RecordingException&) {
         // The file is gone.

@@ -7,6 +7,7 @@
 #include "host/ends/RecordedSource.h"
 #include "host/ends/Source.h"
 #include "host/ends/WakingSource.h"
+#include "host/recording/DataChoice.h"
 #include "host/recording/RecordingRows.h"
 
 #include <cstdint>
@@ -87,6 +88,8 @@ private:
     std::optional<std::int64_t> takeCount(const Value& value, Complaints& complaints);
     void takeMissing(const Value& value, Complaints& complaints);
     void requireClock(const GraphDescription::Block& description, Complaints& complaints) const;
+    std::unique_ptr<RecordingReader> openReader() const;
+    DataWish getWish() const;
     bool planCells(const RecordingReader& reader, Complaints& complaints);
     void warnOfShortFile(Complaints& complaints) const;
 
@@ -96,6 +99,7 @@ private:
     std::size_t findOutput(const Core::AbstractOutputPin& pin) const;
 
     std::deque<Output> outputs; ///< Pins can't move.
+    std::string data; ///< The path of what is read in a file that holds several; empty: the only one.
     std::optional<Column> timeColumn;
     std::optional<double> rate; ///< Rows a second.
     std::size_t frameRows = 0;  ///< 0: no frames.

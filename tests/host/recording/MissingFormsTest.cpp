@@ -33,6 +33,9 @@ TEST(MissingForms, AFileOfOneIsRefusedByItsForm) {
         ", which this build of the program has no reader for; expected one of what it was built with: CSV";
     EXPECT_EQ(refusalOf(folder.write("in.gz", "\x1F\x8B\x08\0\0\0\0\0"s)),
               ": found a file compressed by gzip" + builtIn);
+    EXPECT_EQ(refusalOf(folder.write("in.h5", "\x89HDF\r\n\x1A\n")), ": found an HDF5 file" + builtIn);
+    EXPECT_EQ(refusalOf(folder.write("in.mat", "MATLAB 7.3 MAT-file, Platform: GLNXA64")),
+              ": found a MAT file of version 7.3" + builtIn);
     EXPECT_EQ(refusalOf(folder.write("in.csv", "x\n1\n")), "");
 }
 

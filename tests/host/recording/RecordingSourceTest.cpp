@@ -205,7 +205,8 @@ TEST_F(RecordingSourceTest, WrongSettingsAreComplainedOf) {
         {"file: in.csv, time: t, pins: p",
          "g.yaml:3:79: found 'p'; expected for each pin its columns, as in {accel: [ax, ay, az]}\n"},
         {"file: in.csv, time: t, pin: {}, pins: {p: x}",
-         "g.yaml:3:73: found the property 'pin' of RecordingSource; expected one of file, pins, time, rate, "
+         "g.yaml:3:73: found the property 'pin' of RecordingSource; expected one of file, data, pins, time, "
+         "rate, "
          "frame, hop, onBadRow, missing and onCutEnd; "
          "did you mean pins?\n"},
         {"file: in.csv, time: time, pins: {p: [x, z]}",
