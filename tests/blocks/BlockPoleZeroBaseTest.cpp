@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -25,7 +24,6 @@
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 constexpr unsigned kLowPass = 0;
 constexpr unsigned kHighPass = 1;

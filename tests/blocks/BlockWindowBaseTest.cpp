@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <utility>
 #include <vector>
 
@@ -99,8 +98,6 @@ TEST_F(BlockWindowBaseTest, WhatIsNoVectorIsUsedUpWithoutAWord) {
 }
 
 TEST_F(BlockWindowBaseTest, MultipliesWhatIsNotANumberToo) {
-    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-    constexpr double kInf = std::numeric_limits<double>::infinity();
     EXPECT_TRUE(agree(feed.run("input", column({kNaN, -kInf, -0.0})), column({kNaN, -kInf, -0.0}), same));
 }
 

@@ -11,15 +11,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <random>
 #include <utility>
 
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// What is cut off along one direction, and what must stay.
 struct Cut {
@@ -63,44 +60,35 @@ TEST(FilterAbsoluteErodeTest, KeepsTheRowsAndColumnsAsked) {
         int first;
         int kept; ///< 0: nothing is sent
     };
+    // clang-format off
     const Row rows[] = {
-        {.name = "nothing off", .lines = 4, .cut = {}, .first = 0, .kept = 4},
-        {.name = "front and back", .lines = 10, .cut = {2, 3, 0}, .first = 2, .kept = 5},
-        {.name = "all but one", .lines = 10, .cut = {5, 4, 0}, .first = 5, .kept = 1},
-        {.name = "all off", .lines = 10, .cut = {5, 5, 0}, .first = 0, .kept = 0},
-        {.name = "more than all off", .lines = 10, .cut = {50, 50, 0}, .first = 0, .kept = 0},
-        {.name = "all off, one must stay", .lines = 10, .cut = {5, 5, 1}, .first = 4, .kept = 1},
-        {.name = "all off, two must stay", .lines = 10, .cut = {5, 5, 2}, .first = 4, .kept = 2},
-        {.name = "an odd line more in front", .lines = 10, .cut = {5, 5, 3}, .first = 3, .kept = 3},
-        {.name = "the crop alone leaves enough", .lines = 10, .cut = {2, 3, 5}, .first = 2, .kept = 5},
-        {.name = "one is missing: in front", .lines = 10, .cut = {2, 3, 6}, .first = 1, .kept = 6},
-        {.name = "two are missing: one on each side", .lines = 10, .cut = {2, 3, 7}, .first = 1, .kept = 7},
-        {.name = "beyond the back: against the back", .lines = 4, .cut = {3, 0, 3}, .first = 1, .kept = 3},
-        {.name = "beyond the back, by one of many", .lines = 10, .cut = {8, 0, 6}, .first = 4, .kept = 6},
-        {.name = "beyond the front: against the front", .lines = 10, .cut = {0, 8, 6}, .first = 0, .kept = 6},
-        {.name = "beyond the front, not by the exact excess",
-         .lines = 10,
-         .cut = {1, 8, 6},
-         .first = 0,
-         .kept = 6},
-        {.name = "as many as there are", .lines = 10, .cut = {2, 3, 10}, .first = 0, .kept = 10},
-        {.name = "more than there are", .lines = 10, .cut = {2, 3, 15}, .first = 0, .kept = 10},
-        {.name = "more than there are, cut in front only",
-         .lines = 4,
-         .cut = {3, 0, 200000},
-         .first = 0,
-         .kept = 4},
-        {.name = "more than there are, cut at the back only",
-         .lines = 4,
-         .cut = {0, 3, 200000},
-         .first = 0,
-         .kept = 4},
-        {.name = "cut far beyond the front", .lines = 4, .cut = {0, 20, 1}, .first = 0, .kept = 1},
-        {.name = "cut far beyond the back", .lines = 4, .cut = {20, 0, 1}, .first = 3, .kept = 1},
-        {.name = "cut far beyond both", .lines = 4, .cut = {10, 10, 1}, .first = 1, .kept = 1},
-        {.name = "the largest cuts", .lines = 4, .cut = {200000, 200000, 2}, .first = 1, .kept = 2},
-        {.name = "one line that must stay", .lines = 1, .cut = {9, 0, 1}, .first = 0, .kept = 1},
+        // name                                       lines cut                  first kept
+        {"nothing off",                               4,    {},                  0,    4},
+        {"front and back",                            10,   {2, 3, 0},           2,    5},
+        {"all but one",                               10,   {5, 4, 0},           5,    1},
+        {"all off",                                   10,   {5, 5, 0},           0,    0},
+        {"more than all off",                         10,   {50, 50, 0},         0,    0},
+        {"all off, one must stay",                    10,   {5, 5, 1},           4,    1},
+        {"all off, two must stay",                    10,   {5, 5, 2},           4,    2},
+        {"an odd line more in front",                 10,   {5, 5, 3},           3,    3},
+        {"the crop alone leaves enough",              10,   {2, 3, 5},           2,    5},
+        {"one is missing: in front",                  10,   {2, 3, 6},           1,    6},
+        {"two are missing: one on each side",         10,   {2, 3, 7},           1,    7},
+        {"beyond the back: against the back",         4,    {3, 0, 3},           1,    3},
+        {"beyond the back, by one of many",           10,   {8, 0, 6},           4,    6},
+        {"beyond the front: against the front",       10,   {0, 8, 6},           0,    6},
+        {"beyond the front, not by the exact excess", 10,   {1, 8, 6},           0,    6},
+        {"as many as there are",                      10,   {2, 3, 10},          0,    10},
+        {"more than there are",                       10,   {2, 3, 15},          0,    10},
+        {"more than there are, cut in front only",    4,    {3, 0, 200000},      0,    4},
+        {"more than there are, cut at the back only", 4,    {0, 3, 200000},      0,    4},
+        {"cut far beyond the front",                  4,    {0, 20, 1},          0,    1},
+        {"cut far beyond the back",                   4,    {20, 0, 1},          3,    1},
+        {"cut far beyond both",                       4,    {10, 10, 1},         1,    1},
+        {"the largest cuts",                          4,    {200000, 200000, 2}, 1,    2},
+        {"one line that must stay",                   1,    {9, 0, 1},           0,    1},
     };
+    // clang-format on
     for (const Row& row : rows) {
         FilterAbsoluteErode block("crop");
         Feed feed(block);

@@ -8,14 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
 
 using namespace Support;
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr unsigned kLowPass = 0;
 constexpr unsigned kHiPass = 1;
 

@@ -10,7 +10,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <random>
 #include <vector>
 
@@ -18,7 +17,6 @@ using namespace Support;
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr unsigned kLowPass = 0;
 constexpr unsigned kHiPass = 1;
 

@@ -9,15 +9,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
 
 using namespace Support;
-
-namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-} // namespace
 
 TEST(FilterDeadbandTest, Catalogue) {
     FilterDeadband block("band");

@@ -14,8 +14,6 @@
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 struct Fixture {
     FilterDiscarder block{"skip"};

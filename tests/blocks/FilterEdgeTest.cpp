@@ -8,14 +8,11 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <random>
 
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr unsigned kRising = 0;
 constexpr unsigned kFalling = 1;
 constexpr unsigned kBoth = 2;

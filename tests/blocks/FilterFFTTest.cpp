@@ -10,15 +10,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <numbers>
 #include <random>
 
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// The spectrum by the rule, with a plan of `planned` doubles over the sample's values and zeros behind them.
 MatrixXd spectrumByRule(const MatrixXd& sample, std::int32_t planned) {

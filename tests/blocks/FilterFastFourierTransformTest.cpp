@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -18,7 +17,6 @@
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 MatrixXd noise(std::mt19937_64& random, Eigen::Index rows, Eigen::Index cols) {
     MatrixXd sample(rows, cols);

@@ -7,15 +7,9 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <random>
 
 using namespace Support;
-
-namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-} // namespace
 
 TEST(FilterGainTest, Catalogue) {
     FilterGain block("gain");

@@ -9,15 +9,12 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <string>
 #include <vector>
 
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr const char* kRefusal = "Coefficients must be specified on first matrix row.";
 
 class FilterIIRTest : public testing::Test {

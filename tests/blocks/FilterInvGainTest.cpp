@@ -6,14 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 using namespace Support;
-
-namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-} // namespace
 
 TEST(FilterInvGainTest, Catalogue) {
     FilterInvGain block("inverse");

@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -17,8 +16,6 @@
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr const char* kPeriods = "Nb Period";
 constexpr const char* kCounting = "Is Counting";
 

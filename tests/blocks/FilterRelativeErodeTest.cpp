@@ -11,15 +11,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <random>
 #include <utility>
 
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 void setRows(Feed& feed, double top, double bottom) {
     feed.set("TopErode (%)", top);
@@ -63,31 +60,24 @@ TEST(FilterRelativeErodeTest, KeepsTheRowsAndColumnsAsked) {
         int first;
         int kept; ///< 0: nothing is sent
     };
+    // clang-format off
     const Row rows[] = {
-        {.name = "nothing off", .lines = 4, .front = 0, .back = 0, .first = 0, .kept = 4},
-        {.name = "a tie starts one earlier", .lines = 3, .front = 50, .back = 0, .first = 1, .kept = 2},
-        {.name = "a tie at the back", .lines = 3, .front = 0, .back = 50, .first = 0, .kept = 2},
-        {.name = "a tie on both sides", .lines = 5, .front = 50, .back = 20, .first = 2, .kept = 2},
-        {.name = "tenths", .lines = 5, .front = 10, .back = 10, .first = 1, .kept = 4},
-        {.name = "all off", .lines = 10, .front = 60, .back = 40, .first = 0, .kept = 0},
-        {.name = "more than all off", .lines = 10, .front = 100, .back = 100, .first = 0, .kept = 0},
-        {.name = "one line, half off", .lines = 1, .front = 50, .back = 0, .first = 0, .kept = 1},
-        {.name = "one line, a little more than half off",
-         .lines = 1,
-         .front = 50.001,
-         .back = 0,
-         .first = 0,
-         .kept = 0},
-        {.name = "one line, less than half off", .lines = 1, .front = 20, .back = 29, .first = 0, .kept = 1},
-        {.name = "a third", .lines = 10, .front = 33, .back = 0, .first = 3, .kept = 7},
-        {.name = "rounding alone would end beyond the last",
-         .lines = 125,
-         .front = 35.6,
-         .back = 0,
-         .first = 44,
-         .kept = 81},
-        {.name = "all but the last", .lines = 200, .front = 99.5, .back = 0, .first = 199, .kept = 1},
+        // name                                      lines front   back first kept
+        {"nothing off",                              4,    0,      0,   0,    4},
+        {"a tie starts one earlier",                 3,    50,     0,   1,    2},
+        {"a tie at the back",                        3,    0,      50,  0,    2},
+        {"a tie on both sides",                      5,    50,     20,  2,    2},
+        {"tenths",                                   5,    10,     10,  1,    4},
+        {"all off",                                  10,   60,     40,  0,    0},
+        {"more than all off",                        10,   100,    100, 0,    0},
+        {"one line, half off",                       1,    50,     0,   0,    1},
+        {"one line, a little more than half off",    1,    50.001, 0,   0,    0},
+        {"one line, less than half off",             1,    20,     29,  0,    1},
+        {"a third",                                  10,   33,     0,   3,    7},
+        {"rounding alone would end beyond the last", 125,  35.6,   0,   44,   81},
+        {"all but the last",                         200,  99.5,   0,   199,  1},
     };
+    // clang-format on
     for (const Row& row : rows) {
         FilterRelativeErode block("crop");
         Feed feed(block);

@@ -8,14 +8,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
 
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// The rule for one element: a number is free of both bounds only if it is told to be.
 double saturation(double low, double high, double x) {

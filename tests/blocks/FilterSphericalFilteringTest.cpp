@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <optional>
 #include <random>
 #include <string>
@@ -19,7 +18,6 @@
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 const MatrixXd kRest = matrix({{0, 0, 0}});
 const MatrixXd kDown = matrix({{0, 0, 1}});
 const MatrixXd kNorth = matrix({{0.5, 0, 0.866}});
@@ -186,43 +184,18 @@ TEST(FilterSphericalFilteringTest, TimeOfAStep) {
         std::vector<double> times;
         double angle;
     };
+    // clang-format off
     const Row rows[] = {
-        {.name = "the first step takes the frequency",
-         .frequency = 20,
-         .useTimestamp = false,
-         .times = {5},
-         .angle = 0.05},
-        {.name = "or 0.01 with the time stamps on",
-         .frequency = 20,
-         .useTimestamp = true,
-         .times = {5},
-         .angle = 0.01},
-        {.name = "later ones the time stamps",
-         .frequency = 20,
-         .useTimestamp = false,
-         .times = {5, 5.25},
-         .angle = 0.3},
-        {.name = "equal time stamps turn nothing",
-         .frequency = 20,
-         .useTimestamp = false,
-         .times = {5, 5, 5},
-         .angle = 0.05},
-        {.name = "backwards takes the frequency",
-         .frequency = 20,
-         .useTimestamp = false,
-         .times = {5, 4},
-         .angle = 0.1},
-        {.name = "negative time stamps are none",
-         .frequency = 20,
-         .useTimestamp = false,
-         .times = {-5, -4, 0},
-         .angle = 0.15},
-        {.name = "from zero on they count",
-         .frequency = 20,
-         .useTimestamp = false,
-         .times = {0, 0.5},
-         .angle = 0.55},
+        // name                                frequency use timestamp times        angle
+        {"the first step takes the frequency", 20,       false,        {5},         0.05},
+        {"or 0.01 with the time stamps on",    20,       true,         {5},         0.01},
+        {"later ones the time stamps",         20,       false,        {5, 5.25},   0.3},
+        {"equal time stamps turn nothing",     20,       false,        {5, 5, 5},   0.05},
+        {"backwards takes the frequency",      20,       false,        {5, 4},      0.1},
+        {"negative time stamps are none",      20,       false,        {-5, -4, 0}, 0.15},
+        {"from zero on they count",            20,       false,        {0, 0.5},    0.55},
     };
+    // clang-format on
     for (const Row& row : rows) {
         Fixture f;
         f.feed.set("Frequency", row.frequency);

@@ -8,18 +8,16 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <optional>
 #include <random>
 
 using namespace Support;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr unsigned kLower = 0;
 constexpr unsigned kUpper = 1;
 constexpr unsigned kNone = 2;
+constexpr auto kNothing = std::nullopt; // is sent
 
 constexpr const char* kThresholdsEmpty = "'Thresholds' matrix can't be empty";
 constexpr const char* kThresholdsColumns = "'Thresholds' matrix must have 2 columns: [min; max]";
@@ -75,154 +73,57 @@ TEST(FilterThresholdLevelerTest, PicksALevel) {
     const MatrixXd rising = matrix({{0, 1}, {1, 2}});
     const MatrixXd falling = matrix({{1, 2}, {0, 1}});
     const MatrixXd nested = matrix({{0, 10}, {2, 3}});
+    const MatrixXd threeNested = matrix({{0, 10}, {1, 9}, {2, 5}});
+    const MatrixXd apart = matrix({{0, 1}, {2, 3}});
+    const MatrixXd aroundZero = matrix({{-1, 0}, {0, 1}});
+    const MatrixXd unbounded = matrix({{-kInf, 0}, {0, kInf}});
+    const MatrixXd halfBounded = matrix({{1.5, kNaN}, {1, 1.5}});
+    const MatrixXd unit = matrix({{0, 1}});
+    const MatrixXd ten = matrix({{10}});
     const MatrixXd tenTwenty = matrix({{10}, {20}});
+    const MatrixXd tenToThirty = matrix({{10}, {20}, {30}});
+    const MatrixXd oneToThree = matrix({{1}, {2}, {3}});
+    const MatrixXd unusual = matrix({{-kInf}, {-0.0}});
     struct Row {
         const char* name;
         MatrixXd thresholds;
         MatrixXd levels;
-        unsigned onIntersection;
+        unsigned use;
         double x;
         std::optional<double> level;
     };
+    // clang-format off
     const Row rows[] = {
-        {.name = "first row",
-         .thresholds = rising,
-         .levels = tenTwenty,
-         .onIntersection = kNone,
-         .x = 0.5,
-         .level = 10.0},
-        {.name = "second row",
-         .thresholds = rising,
-         .levels = tenTwenty,
-         .onIntersection = kNone,
-         .x = 2.0,
-         .level = 20.0},
-        {.name = "shared, lower",
-         .thresholds = rising,
-         .levels = tenTwenty,
-         .onIntersection = kLower,
-         .x = 1,
-         .level = 10.0},
-        {.name = "shared, upper",
-         .thresholds = rising,
-         .levels = tenTwenty,
-         .onIntersection = kUpper,
-         .x = 1,
-         .level = 20.0},
-        {.name = "shared, none",
-         .thresholds = rising,
-         .levels = tenTwenty,
-         .onIntersection = kNone,
-         .x = 1,
-         .level = {}},
-        {.name = "falling, lower",
-         .thresholds = falling,
-         .levels = tenTwenty,
-         .onIntersection = kLower,
-         .x = 1,
-         .level = 20.0},
-        {.name = "falling, upper",
-         .thresholds = falling,
-         .levels = tenTwenty,
-         .onIntersection = kUpper,
-         .x = 1,
-         .level = 10.0},
-        {.name = "nested, lower: the first",
-         .thresholds = nested,
-         .levels = tenTwenty,
-         .onIntersection = kLower,
-         .x = 2.5,
-         .level = 10.0},
-        {.name = "nested, upper: the first",
-         .thresholds = nested,
-         .levels = tenTwenty,
-         .onIntersection = kUpper,
-         .x = 2.5,
-         .level = 10.0},
-        {.name = "nested on its max, lower",
-         .thresholds = nested,
-         .levels = tenTwenty,
-         .onIntersection = kLower,
-         .x = 3,
-         .level = 20.0},
-        {.name = "nested on its min, upper",
-         .thresholds = nested,
-         .levels = tenTwenty,
-         .onIntersection = kUpper,
-         .x = 2,
-         .level = 20.0},
-        {.name = "nested, none: dropped",
-         .thresholds = nested,
-         .levels = tenTwenty,
-         .onIntersection = kNone,
-         .x = 2.5,
-         .level = {}},
-        {.name = "nested, outside the inner one",
-         .thresholds = nested,
-         .levels = tenTwenty,
-         .onIntersection = kNone,
-         .x = 5,
-         .level = 10.0},
-        {.name = "a gap",
-         .thresholds = matrix({{0, 1}, {2, 3}}),
-         .levels = tenTwenty,
-         .onIntersection = kLower,
-         .x = 1.5,
-         .level = {}},
-        {.name = "a row without a level",
-         .thresholds = rising,
-         .levels = matrix({{10}}),
-         .onIntersection = kLower,
-         .x = 1.5,
-         .level = {}},
-        {.name = "an intersection that picks a row without a level",
-         .thresholds = rising,
-         .levels = matrix({{10}}),
-         .onIntersection = kUpper,
-         .x = 1,
-         .level = {}},
-        {.name = "more levels than rows",
-         .thresholds = matrix({{0, 1}}),
-         .levels = matrix({{10}, {20}, {30}}),
-         .onIntersection = kLower,
-         .x = 1,
-         .level = 10.0},
-        {.name = "the search stops at the second match",
-         .thresholds = matrix({{0, 10}, {1, 9}, {2, 5}}),
-         .levels = matrix({{1}, {2}, {3}}),
-         .onIntersection = kLower,
-         .x = 5,
-         .level = 1.0},
-        {.name = "infinite bounds",
-         .thresholds = matrix({{-kInf, 0}, {0, kInf}}),
-         .levels = tenTwenty,
-         .onIntersection = kUpper,
-         .x = kInf,
-         .level = 20.0},
-        {.name = "minus zero is the bound zero",
-         .thresholds = matrix({{-1, 0}, {0, 1}}),
-         .levels = tenTwenty,
-         .onIntersection = kUpper,
-         .x = -0.0,
-         .level = 20.0},
-        {.name = "a bound that is not a number holds nothing",
-         .thresholds = matrix({{1.5, kNaN}, {1, 1.5}}),
-         .levels = tenTwenty,
-         .onIntersection = kNone,
-         .x = 1.5,
-         .level = 20.0},
-        {.name = "an infinite level",
-         .thresholds = rising,
-         .levels = matrix({{-kInf}, {-0.0}}),
-         .onIntersection = kLower,
-         .x = 0,
-         .level = -kInf},
+        // name                                         thresholds   levels       use     x     level
+        {"first row",                                   rising,      tenTwenty,   kNone,  0.5,  10},
+        {"second row",                                  rising,      tenTwenty,   kNone,  2.0,  20},
+        {"shared, lower",                               rising,      tenTwenty,   kLower, 1,    10},
+        {"shared, upper",                               rising,      tenTwenty,   kUpper, 1,    20},
+        {"shared, none",                                rising,      tenTwenty,   kNone,  1,    kNothing},
+        {"falling, lower",                              falling,     tenTwenty,   kLower, 1,    20},
+        {"falling, upper",                              falling,     tenTwenty,   kUpper, 1,    10},
+        {"nested, lower: the first",                    nested,      tenTwenty,   kLower, 2.5,  10},
+        {"nested, upper: the first",                    nested,      tenTwenty,   kUpper, 2.5,  10},
+        {"nested on its max, lower",                    nested,      tenTwenty,   kLower, 3,    20},
+        {"nested on its min, upper",                    nested,      tenTwenty,   kUpper, 2,    20},
+        {"nested, none: dropped",                       nested,      tenTwenty,   kNone,  2.5,  kNothing},
+        {"nested, outside the inner one",               nested,      tenTwenty,   kNone,  5,    10},
+        {"a gap",                                       apart,       tenTwenty,   kLower, 1.5,  kNothing},
+        {"a row without a level",                       rising,      ten,         kLower, 1.5,  kNothing},
+        {"an intersection picks a row without a level", rising,      ten,         kUpper, 1,    kNothing},
+        {"more levels than rows",                       unit,        tenToThirty, kLower, 1,    10},
+        {"the search stops at the second match",        threeNested, oneToThree,  kLower, 5,    1},
+        {"infinite bounds",                             unbounded,   tenTwenty,   kUpper, kInf, 20},
+        {"minus zero is the bound zero",                aroundZero,  tenTwenty,   kUpper, -0.0, 20},
+        {"a bound that is not a number holds nothing",  halfBounded, tenTwenty,   kNone,  1.5,  20},
+        {"an infinite level",                           rising,      unusual,     kLower, 0,    -kInf},
     };
+    // clang-format on
     for (const Row& row : rows) {
         Fixture f;
         f.feed.set("Thresholds", row.thresholds);
         f.feed.set("Levels", row.levels);
-        f.feed.set("OnIntersectionUse", row.onIntersection);
+        f.feed.set("OnIntersectionUse", row.use);
         EXPECT_EQ(f.at(row.x), row.level) << row.name;
     }
 }
@@ -322,15 +223,16 @@ TEST(FilterThresholdLevelerTest, ChecksLevels) {
         MatrixXd levels;
         const char* text;
     };
+    // clang-format off
     const Row rows[] = {
-        {.name = "0 by 0", .levels = MatrixXd(0, 0), .text = "'Levels' matrix can't be empty"},
-        {.name = "0 by 2", .levels = MatrixXd(0, 2), .text = "'Levels' matrix can't be empty"},
-        {.name = "a row", .levels = matrix({{1, 2}}), .text = "'Levels' matrix must have 1 column"},
-        {.name = "two columns",
-         .levels = matrix({{1, 2}, {3, 4}}),
-         .text = "'Levels' matrix must have 1 column"},
-        {.name = "a column", .levels = matrix({{1}, {kNaN}, {3}}), .text = kAccepted},
+        // name         levels                      text
+        {"0 by 0",      MatrixXd(0, 0),             "'Levels' matrix can't be empty"},
+        {"0 by 2",      MatrixXd(0, 2),             "'Levels' matrix can't be empty"},
+        {"a row",       matrix({{1, 2}}),           "'Levels' matrix must have 1 column"},
+        {"two columns", matrix({{1, 2}, {3, 4}}),   "'Levels' matrix must have 1 column"},
+        {"a column",    matrix({{1}, {kNaN}, {3}}), kAccepted},
     };
+    // clang-format on
     for (const Row& row : rows) {
         Fixture f;
         const std::string text =

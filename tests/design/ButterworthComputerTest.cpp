@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
 #include <string>
 #include <utility>
@@ -22,9 +21,6 @@ using namespace Design;
 using namespace Support;
 
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// One element's cascade, written down as plainly as the formulas.
 class PlainCascade {

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
 #include <utility>
 #include <vector>
@@ -20,9 +19,6 @@ using namespace Design;
 using namespace Support;
 
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// One element at order 1, as one line.
 struct PlainElement {

@@ -6,14 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <limits>
 
 namespace {
 using Design::Complex;
 using Support::agree;
+using Support::kNaN;
 using Support::same;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 testing::AssertionResult agreeBoth(Complex got, Complex wanted) {
     const auto re = agree(got.re, wanted.re, same);

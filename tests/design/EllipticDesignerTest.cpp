@@ -3,6 +3,7 @@
 
 #include "design/Constants.h"
 #include "tests/design/DesignKit.h"
+#include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +11,6 @@
 #include <chrono>
 #include <cmath>
 #include <complex>
-#include <limits>
 #include <random>
 
 using Quillmere::Core::MatrixXd;
@@ -19,13 +19,12 @@ namespace {
 using Design::Complex;
 using Kit::MatrixXd;
 using Support::agree;
+using Support::kNaN;
 using Support::law;
 using Support::matrix;
 using Support::printed;
 using Support::same;
 using Support::withinRel;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 struct Elliptic : Kit::Open<EllipticDesigner> {
     using EllipticDesigner::cgam;

@@ -2,11 +2,11 @@
 #include "design/IIRComputer.h"
 
 #include "tests/design/DesignKit.h"
+#include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 #include <new>
 
 using Quillmere::Core::MatrixXd;
@@ -14,11 +14,10 @@ using Quillmere::Core::MatrixXd;
 namespace {
 using Kit::MatrixXd;
 using Support::agree;
+using Support::kInf;
+using Support::kNaN;
 using Support::matrix;
 using Support::same;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 IIRComputer computer(const MatrixXd& x, const MatrixXd& y, double gain = 1.0) {
     IIRComputer result;
@@ -40,7 +39,7 @@ TEST(IIRComputer, IsSilentUntilConfigured) {
     EXPECT_TRUE(agree(stepped(iir, matrix({{5.0, 2.0}, {1.0, 7.0}})), MatrixXd::Zero(2, 2), same));
     EXPECT_TRUE(agree(stepped(iir, matrix({{-5.0}})), matrix({{-0.0}}), same))
         << "a product with 0, not a selection";
-    EXPECT_TRUE(agree(stepped(iir, matrix({{kInfinity}})), matrix({{kNaN}}), same));
+    EXPECT_TRUE(agree(stepped(iir, matrix({{kInf}})), matrix({{kNaN}}), same));
 }
 
 TEST(IIRComputer, OnesGiveARunningSum) {
@@ -101,14 +100,13 @@ TEST(IIRComputer, CoefficientsAreTheFirstRow) {
 
 TEST(IIRComputer, GainZeroIsNotFinite) {
     IIRComputer iir = computer(matrix({{1.0}}), matrix({{0.5}}), 0.0);
-    EXPECT_TRUE(
-        agree(stepped(iir, matrix({{1.0, 0.0, -1.0}})), matrix({{kInfinity, kNaN, -kInfinity}}), same));
+    EXPECT_TRUE(agree(stepped(iir, matrix({{1.0, 0.0, -1.0}})), matrix({{kInf, kNaN, -kInf}}), same));
 }
 
 TEST(IIRComputer, AZeroCoefficientTimesInfinityIsNaN) {
     IIRComputer iir = computer(matrix({{0.0, 1.0}}), matrix({{0.0}}));
     iir.setFirstValueMode(false);
-    EXPECT_TRUE(agree(stepped(iir, matrix({{kInfinity}})), matrix({{kInfinity}}), same));
+    EXPECT_TRUE(agree(stepped(iir, matrix({{kInf}})), matrix({{kInf}}), same));
     EXPECT_TRUE(agree(stepped(iir, matrix({{1.0}})), matrix({{kNaN}}), same));
 }
 

@@ -6,6 +6,7 @@
 #include "design/ChebyshevDesigner.h"
 #include "design/Constants.h"
 #include "tests/design/DesignKit.h"
+#include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
 
@@ -21,12 +22,12 @@ namespace {
 using Design::Complex;
 using Kit::MatrixXd;
 using Support::agree;
+using Support::kNaN;
 using Support::law;
 using Support::matrix;
 using Support::same;
 using Support::withinRel;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kEps = std::numeric_limits<double>::epsilon();
 
 using Bessel = Kit::OpenRoots<BesselDesigner>;

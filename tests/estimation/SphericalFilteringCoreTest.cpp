@@ -17,7 +17,6 @@ using namespace Support;
 using Quillmere::Core::MatrixXd;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kOwnPeriod = -1.0; // a time that stands for the sample period
 constexpr double kSameLambda = -1.0;
 
@@ -143,7 +142,7 @@ TEST(SphericalFilteringCore, firstCutoffsAreRoundedToOneDigit) {
         {.name = "above ten", .gain = 560.0, .wanted = 60.0},
         {.name = "zero", .gain = 0.0, .wanted = 0.0},
         {.name = "negative zero", .gain = -0.0, .wanted = -0.0},
-        {.name = "infinity", .gain = kInfinity, .wanted = kInfinity},
+        {.name = "infinity", .gain = kInf, .wanted = kInf},
         {.name = "not a number", .gain = kNan, .wanted = kNan},
         {.name = "smaller than any power of ten", .gain = 5e-320, .wanted = 5e-320 * 0.1},
     };
@@ -172,7 +171,7 @@ TEST(SphericalFilteringCore, rotationRaisesTheCutoff) {
          .gyroscope = matrix({{1, -1, 1}}),
          .wanted = 3 * std::pow(10.0, -1)},
         {.name = "no more than 5", .gyroscope = matrix({{10, 10, 10}}), .wanted = 5 * std::pow(10.0, -1)},
-        {.name = "infinite", .gyroscope = matrix({{kInfinity, 0, 0}}), .wanted = 5 * std::pow(10.0, -1)},
+        {.name = "infinite", .gyroscope = matrix({{kInf, 0, 0}}), .wanted = 5 * std::pow(10.0, -1)},
         {.name = "not a number", .gyroscope = matrix({{kNan, 0, 0}}), .wanted = kNan},
     };
     for (const Energy& row : rows) {
@@ -293,7 +292,7 @@ TEST(SphericalFilteringCore, vectorsAreClippedAndRemembered) {
     EXPECT_TRUE(agree(run.aTerre(), clipped, same)) << "and outlives a reset";
     EXPECT_TRUE(agree(run.aTerreFiltered(), clipped, same));
 
-    const MatrixXd bad = matrix({{kNan, kInfinity, -kInfinity}});
+    const MatrixXd bad = matrix({{kNan, kInf, -kInf}});
     run.step({.accelerometer = &bad});
     const MatrixXd poisoned = matrix({{kNan, kNan, kNan}});
     EXPECT_TRUE(agree(run.aTerre(), poisoned, same))

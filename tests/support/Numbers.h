@@ -5,11 +5,15 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <vector>
 
 /// How numbers are compared in tests. Every comparison names its tolerance; `same` is the one to reach for.
 namespace Support {
+
+inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double kInf = std::numeric_limits<double>::infinity();
 
 struct Tolerance {
     enum class Kind { Same, Ulp, Relative, Printed, Law };

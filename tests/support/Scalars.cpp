@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/Scalars.h"
 
-#include <limits>
+#include "tests/support/Numbers.h"
 
 namespace Support {
 
@@ -15,8 +15,7 @@ std::vector<MatrixXd> scalars(std::initializer_list<double> values) {
 }
 
 double anyNumber(std::mt19937_64& random) {
-    constexpr double kInf = std::numeric_limits<double>::infinity();
-    constexpr double kOdd[] = {-0.0, kInf, -kInf, std::numeric_limits<double>::quiet_NaN()};
+    constexpr double kOdd[] = {-0.0, kInf, -kInf, kNaN};
     const auto kind = random() % 20;
     if (kind == 0) return kOdd[random() % 4];
     if (kind < 4) return std::uniform_real_distribution<double>(-3.0, 3.0)(random);

@@ -13,8 +13,6 @@ using namespace Support;
 using namespace TestBlocks;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 struct Witness {
     void changed() { ++changes; }

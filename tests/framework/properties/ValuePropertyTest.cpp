@@ -5,17 +5,14 @@
 #include "tests/framework/properties/CountedFunction.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Feed.h"
+#include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
-
-#include <limits>
 
 using namespace Support;
 using namespace TestBlocks;
 
 namespace {
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 template <class T>
 std::string textOf(const ValueProperty<T>& setting) {

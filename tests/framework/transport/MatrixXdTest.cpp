@@ -130,8 +130,6 @@ TEST(MatrixXdDeathTest, AFailedAllocationIsTheSameException) {
 }
 
 TEST(MatrixXdTest, ACopyHasShapeAndBits) {
-    const double kNaN = std::numeric_limits<double>::quiet_NaN();
-    const double kInf = std::numeric_limits<double>::infinity();
     MatrixXd to = matrix({{1}});
     for (const MatrixXd& from : {matrix({{kNaN, -0.0}, {kInf, 5e-324}}), MatrixXd(0, 3), MatrixXd(3, 0),
                                  MatrixXd(), matrix({{1}, {2}})}) {

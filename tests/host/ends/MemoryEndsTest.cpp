@@ -5,7 +5,6 @@
 #include "tests/support/Numbers.h"
 
 #include <cmath>
-#include <limits>
 #include <string>
 
 namespace {
@@ -14,11 +13,11 @@ using namespace Quillmere;
 using Host::MemoryRecording;
 using Host::SampleSeries;
 using Support::agree;
+using Support::kInf;
+using Support::kNaN;
 using Support::matrix;
 using Support::same;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr const char* kToOut = "connections: [{from: in.x, to: out.x}]\n";
 
 /// Runs graphs over files and over memory.
