@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/BlockWindowBase.h"
 
+#include "design/Constants.h"
+
 namespace {
-constexpr double kTwoPi = 6.283185307179586;
+using Design::kTwoPi;
 
 /// The length of a row or a column of at least 2 elements, 0 for any other matrix.
 std::int32_t vectorLength(const MatrixXd& sample) {

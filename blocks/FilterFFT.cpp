@@ -23,7 +23,7 @@ void FilterFFT::process() {
     copyToWork(sample);
     transform.forwardTransform(work.data());
     resizeSample(out.data.value, evenLength / 2, 1);
-    writeAmplitudes(work.data(), work.cols(), evenLength, out.data.value.data());
+    Spectral::writeAmplitudes(work.data(), work.cols(), evenLength, out.data.value.data());
     out.send(in.getTimeStamp());
 }
 

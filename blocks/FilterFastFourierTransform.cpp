@@ -23,7 +23,7 @@ void FilterFastFourierTransform::process() {
     copySample(target, sample);
     transform.forwardTransform(target.data());
     resizeSample(powerSpectrum.data.value, evenLength / 2, 1);
-    writeAmplitudes(target.data(), target.cols(), evenLength, powerSpectrum.data.value.data());
+    Spectral::writeAmplitudes(target.data(), target.cols(), evenLength, powerSpectrum.data.value.data());
     fft.send(in.getTimeStamp());
     powerSpectrum.send(in.getTimeStamp());
 }

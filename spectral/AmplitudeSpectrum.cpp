@@ -5,10 +5,14 @@
 
 #include <cmath>
 
+namespace Spectral {
+
 void writeAmplitudes(const double* transform, std::ptrdiff_t stride, std::int32_t n, double* amplitudes) {
     const std::int32_t half = n / 2;
     const double last = transform[(n - 1) * stride];
     const double first = transform[0];
     amplitudes[0] = std::sqrt(last * last + first * first) / n;
-    Spectral::spectralKernels().writeAmplitudes(transform, stride, half, amplitudes);
+    spectralKernels().writeAmplitudes(transform, stride, half, amplitudes);
 }
+
+} // namespace Spectral

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace Spectral {
+
 /// Writes the n/2 amplitudes of a transform in the order of `FFTPack`, in the unit of the signal:
 ///
 ///     amplitudes[0] = sqrt(x[n-1]^2 + x[0]^2) / n
@@ -13,3 +15,5 @@
 /// Kept as is: row 0 folds the mean and the value at half the rate into one number, and its divisor is n.
 /// Requires: n even and at least 2; the two don't overlap. [any]
 void writeAmplitudes(const double* transform, std::ptrdiff_t stride, std::int32_t n, double* amplitudes);
+
+} // namespace Spectral

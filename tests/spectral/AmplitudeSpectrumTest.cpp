@@ -11,6 +11,7 @@
 #include <vector>
 
 using namespace Support;
+using Spectral::writeAmplitudes;
 
 TEST(AmplitudeSpectrumTest, FoldsBothRealEndsIntoRowZeroAndPairsTheRest) {
     const std::vector<double> transform{3.0, 5.0, 12.0, -8.0, 6.0, -4.0};
