@@ -8,20 +8,20 @@ namespace {
 std::int32_t designCode(unsigned modeIndex) {
     return std::int32_t{1} << modeIndex;
 }
-constexpr unsigned kFirstBandMode = 2;
+enum Mode : unsigned { kLowPass, kHighPass, kBandPass, kBandStop };
 } // namespace
 
 BlockPoleZeroBase::BlockPoleZeroBase(const std::string& instanceName, DirectFormDesigner& ownDesigner,
                                      const CutOff& low, const CutOff& high)
-    : Filter(instanceName, true), in("in", this), reset("reset", this), out("out", this), gain("gain", this),
-      coeffs("coeffs", this), mode("Mode", &getPropertyBag()), order("Order", &getPropertyBag()),
-      lowCutOff(low.name, &getPropertyBag()), highCutOff(high.name, &getPropertyBag()),
-      anyDesigner(ownDesigner) {
-    reset.setIsBlocking(false);
+    : Filter(instanceName, true), in("in", this), resetPin("reset", this), out("out", this),
+      gain("gain", this), coeffs("coeffs", this), mode("Mode", &getPropertyBag()),
+      order("Order", &getPropertyBag()), lowCutOff(low.name, &getPropertyBag()),
+      highCutOff(high.name, &getPropertyBag()), anyDesigner(ownDesigner) {
+    resetPin.setIsBlocking(false);
     gain.data.value = MatrixXd::Zero(1, 1);
     for (const char* const label : {"LowPass", "HighPass", "BandPass", "BandStop"})
         mode.addLabel(label);
-    mode.setValue(0);
+    mode.setValue(kLowPass);
     order.setRange(1, 10, 1);
     order.setValue(1);
     lowCutOff.setRange(low.min, low.max, low.step);
@@ -47,7 +47,7 @@ void BlockPoleZeroBase::bindToReset(CommandProperty& command) {
 }
 
 void BlockPoleZeroBase::process() {
-    if (reset.hasData() && isSet(reset.take())) resetRequested = true;
+    if (resetPin.hasData() && isSet(resetPin.take())) resetRequested = true;
     if (designRequested)
         passParameters(designCode(mode.getValue())); // a design starts from zeros anyway
     else if (resetRequested)
@@ -78,7 +78,7 @@ void BlockPoleZeroBase::publish() {
 }
 
 void BlockPoleZeroBase::onMode() {
-    const bool isBand = mode.getValue() >= kFirstBandMode;
+    const bool isBand = mode.getValue() >= kBandPass;
     highCutOff.setIsWritable(isBand);
     if (isBand && highCutOff.getValue() < lowCutOff.getValue()) highCutOff.setValue(lowCutOff.getValue());
     requestDesign();

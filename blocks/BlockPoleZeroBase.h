@@ -51,7 +51,7 @@ protected:
     virtual std::vector<double> feedbackToPublish() const { return anyDesigner.getYCoefficients(); }
 
     InputPin<MatrixXd> in;
-    InputPin<MatrixXd> reset;
+    InputPin<MatrixXd> resetPin;
     OutputPin<MatrixXd> out;
     OutputPin<MatrixXd> gain;
     OutputPin<MatrixXd> coeffs;

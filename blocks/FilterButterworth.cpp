@@ -5,16 +5,16 @@ FilterButterworth::FilterButterworth(const std::string& instanceName)
     : Filter(instanceName, true), out("out", this), in("in", this), reset("reset", this),
       init("Init", &getPropertyBag()), relativeCutOff("RelativeCutOffFreq", &getPropertyBag()),
       order("Order", &getPropertyBag()), mode("Mode", &getPropertyBag()) {
-    init.setChangeHandler(this, &FilterButterworth::raiseParametersChanged);
+    init.setChangeHandler(this, &FilterButterworth::requestDesign);
     relativeCutOff.setRange(0.0, 1.0, 0.000001);
-    relativeCutOff.setChangeHandler(this, &FilterButterworth::raiseParametersChanged);
+    relativeCutOff.setChangeHandler(this, &FilterButterworth::requestDesign);
     relativeCutOff.setValue(0.05);
     order.setRange(0, 10, 1);
-    order.setChangeHandler(this, &FilterButterworth::raiseParametersChanged);
+    order.setChangeHandler(this, &FilterButterworth::requestDesign);
     order.setValue(1);
     mode.addLabel("LowPass");
     mode.addLabel("HiPass");
-    mode.setChangeHandler(this, &FilterButterworth::raiseParametersChanged);
+    mode.setChangeHandler(this, &FilterButterworth::requestDesign);
     mode.setValue(0);
     reset.setIsBlocking(false);
 }
@@ -22,8 +22,8 @@ FilterButterworth::FilterButterworth(const std::string& instanceName)
 FilterButterworth::~FilterButterworth() = default;
 
 void FilterButterworth::process() {
-    if (reset.hasData() && isSet(reset.take())) parametersChanged = true;
-    if (parametersChanged) redesign();
+    if (reset.hasData() && isSet(reset.take())) designRequested = true;
+    if (designRequested) redesign();
     if (!in.hasData()) return;
     computer.step(in.take());
     copySample(out.data.value, computer.output());
@@ -35,9 +35,9 @@ void FilterButterworth::redesign() {
     computer.setParameters(relativeCutOff.getValue(), wantedOrder);
     computer.setHighPass(static_cast<Mode>(mode.getValue()) == Mode::HiPass);
     computer.requestInit();
-    parametersChanged = false;
+    designRequested = false;
 }
 
-void FilterButterworth::raiseParametersChanged() {
-    parametersChanged = true;
+void FilterButterworth::requestDesign() {
+    designRequested = true;
 }

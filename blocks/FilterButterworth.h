@@ -39,8 +39,8 @@ private:
     EnumEnumProperty<Mode, std::string> mode;
 
     void redesign();
-    void raiseParametersChanged();
+    void requestDesign();
 
-    bool parametersChanged = true; ///< until the next step
+    bool designRequested = true; ///< until the next step
     ButterworthComputer computer;
 };

@@ -7,16 +7,16 @@ FilterButterworth_v2::FilterButterworth_v2(const std::string& instanceName)
       relativeCutOff("RelativeCutOffFreq", &getPropertyBag()), order("Order", &getPropertyBag()),
       mode("Mode", &getPropertyBag()), reinitOnUpdate("ReinitOnCutOffFreqUpdate", &getPropertyBag()),
       memorize("MemorizeCoef", &getPropertyBag()) {
-    init.setChangeHandler(this, &FilterButterworth_v2::raiseParametersChanged);
+    init.setChangeHandler(this, &FilterButterworth_v2::requestDesign);
     relativeCutOff.setRange(0.0, 1.0, 0.000001);
-    relativeCutOff.setChangeHandler(this, &FilterButterworth_v2::raiseParametersChanged);
+    relativeCutOff.setChangeHandler(this, &FilterButterworth_v2::requestDesign);
     relativeCutOff.setValue(0.05);
     order.setRange(0, 1, 1); // the run step is a first-order recursion
-    order.setChangeHandler(this, &FilterButterworth_v2::raiseParametersChanged);
+    order.setChangeHandler(this, &FilterButterworth_v2::requestDesign);
     order.setValue(1);
     mode.addLabel("LowPass");
     mode.addLabel("HiPass");
-    mode.setChangeHandler(this, &FilterButterworth_v2::raiseParametersChanged);
+    mode.setChangeHandler(this, &FilterButterworth_v2::requestDesign);
     mode.setValue(0);
     reinitOnUpdate.setValue(true);
     memorize.setValue(false);
@@ -26,8 +26,8 @@ FilterButterworth_v2::FilterButterworth_v2(const std::string& instanceName)
 FilterButterworth_v2::~FilterButterworth_v2() = default;
 
 void FilterButterworth_v2::process() {
-    if (reset.hasData() && isSet(reset.take())) parametersChanged = true;
-    if (parametersChanged) adoptSettings();
+    if (reset.hasData() && isSet(reset.take())) designRequested = true;
+    if (designRequested) adoptSettings();
     if (cutOffInput.hasData()) {
         const MatrixXd& cutOff = cutOffInput.take();
         if (cutOff.size() > 0) moveCutOff(cutOff(0));
@@ -50,7 +50,7 @@ void FilterButterworth_v2::adoptSettings() {
     const bool isHighPass = static_cast<Mode>(mode.getValue()) == Mode::HiPass;
     if (computer.getHighPass() != isHighPass) computer.setHighPass(isHighPass);
     if (reinitOnUpdate.getValue()) computer.requestInit();
-    parametersChanged = false;
+    designRequested = false;
 }
 
 /// Hands a cut-off on if it is another; only then are the two flags read.
@@ -60,6 +60,6 @@ void FilterButterworth_v2::moveCutOff(double cutOff) {
     computer.setCutOff(cutOff, reinitOnUpdate.getValue(), memorizes);
 }
 
-void FilterButterworth_v2::raiseParametersChanged() {
-    parametersChanged = true;
+void FilterButterworth_v2::requestDesign() {
+    designRequested = true;
 }

@@ -50,8 +50,8 @@ private:
 
     void adoptSettings();
     void moveCutOff(double cutOff);
-    void raiseParametersChanged();
+    void requestDesign();
 
-    bool parametersChanged = true; ///< until the next step
+    bool designRequested = true; ///< until the next step
     ButterworthComputer_v2 computer;
 };

@@ -22,11 +22,12 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
 private:
-    void passParameters(std::int32_t designCode) override;
-    void onRipple();
-
     RangeProperty<double> ripple;
     ValueProperty<bool> matchedZ;
     CommandProperty resetCommand;
+
+    void passParameters(std::int32_t designCode) override;
+    void onRipple();
+
     ChebyshevDesigner designer{Design::kLowPass, 1, true, 0.05, -0.5, 0.1};
 };

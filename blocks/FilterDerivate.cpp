@@ -12,8 +12,8 @@ FilterDerivate::~FilterDerivate() = default;
 void FilterDerivate::process() {
     if (!input.hasData()) return;
     const MatrixXd& sample = input.take();
-    if (resetPending) resizeSample(previous, 0, 0);
-    resetPending = false;
+    if (resetRequested) resizeSample(previous, 0, 0);
+    resetRequested = false;
     if (previous.rows() != sample.rows() || previous.cols() != sample.cols()) copySample(previous, sample);
     MatrixXd& difference = output.data.value;
     resizeSample(difference, sample.rows(), sample.cols());
@@ -28,5 +28,5 @@ void FilterDerivate::process() {
 }
 
 void FilterDerivate::requestReset() {
-    resetPending = true;
+    resetRequested = true;
 }

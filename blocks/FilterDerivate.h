@@ -28,6 +28,6 @@ private:
 
     void requestReset();
 
-    MatrixXd previous;        ///< the sample before this one; forgotten where `resetPending` is met
-    bool resetPending = true; ///< forget `previous` at the next sample
+    MatrixXd previous;          ///< the sample before this one; forgotten where `resetRequested` is met
+    bool resetRequested = true; ///< forget `previous` at the next sample
 };

@@ -14,9 +14,9 @@ FilterDiscarder::FilterDiscarder(const std::string& instanceName)
 FilterDiscarder::~FilterDiscarder() = default;
 
 void FilterDiscarder::process() {
-    if (resetPin.hasData() && isSet(resetPin.take())) resetPending = true;
-    if (resetPending) discarded = 0;
-    resetPending = false;
+    if (resetPin.hasData() && isSet(resetPin.take())) resetRequested = true;
+    if (resetRequested) discarded = 0;
+    resetRequested = false;
     if (!input.hasData()) return;
     const MatrixXd& sample = input.take();
     if (discarded < static_cast<std::uint32_t>(samples.getValue())) {
@@ -28,5 +28,5 @@ void FilterDiscarder::process() {
 }
 
 void FilterDiscarder::requestReset() {
-    resetPending = true;
+    resetRequested = true;
 }

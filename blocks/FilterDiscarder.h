@@ -29,6 +29,6 @@ private:
 
     void requestReset();
 
-    std::uint32_t discarded = 0; ///< samples dropped; stays at "Samples"; 0 where `resetPending` is met
-    bool resetPending = false;   ///< start the count anew at the next step
+    std::uint32_t discarded = 0; ///< samples dropped; stays at "Samples"; 0 where `resetRequested` is met
+    bool resetRequested = false; ///< start the count anew at the next step
 };

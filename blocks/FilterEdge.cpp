@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "blocks/FilterEdge.h"
 
+namespace {
+enum Mode : unsigned { kRisingEdge, kFallingEdge, kBothEdges };
+} // namespace
+
 FilterEdge::FilterEdge(const std::string& instanceName)
     : Filter(instanceName, true), input("input", this), output("edge", this), mode("mode", &getPropertyBag()),
       threshold("threshold", &getPropertyBag()), impulse("impulse", &getPropertyBag()),
@@ -9,7 +13,7 @@ FilterEdge::FilterEdge(const std::string& instanceName)
     mode.addLabel("falling edge");
     mode.addLabel("both edges");
     mode.setChangeHandler(this, &FilterEdge::reset);
-    mode.setValue(RisingEdge);
+    mode.setValue(kRisingEdge);
     threshold.setValue(1.0);
     impulse.setValue(true);
     resetCommand.setChangeHandler(this, &FilterEdge::reset);
@@ -38,11 +42,11 @@ bool FilterEdge::detect(unsigned edges, double x, double bound) {
     const bool isBelow = x < bound;
     const bool isAbove = x >= bound;
     bool isEdge = false;
-    if (edges != FallingEdge) {
+    if (edges != kFallingEdge) {
         isEdge = armedRising && isAbove;
         armedRising = isBelow || (armedRising && !isAbove);
     }
-    if (edges != RisingEdge) {
+    if (edges != kRisingEdge) {
         isEdge = isEdge || (armedFalling && isBelow);
         armedFalling = isAbove || (armedFalling && !isBelow);
     }

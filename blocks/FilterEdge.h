@@ -25,8 +25,6 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
 private:
-    enum Mode : unsigned { RisingEdge, FallingEdge, BothEdges };
-
     InputPin<MatrixXd> input;
     OutputPin<MatrixXd> output;
     EnumProperty<std::string> mode;

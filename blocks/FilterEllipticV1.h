@@ -28,14 +28,15 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
 private:
+    RangeProperty<double> passRipple;
+    RangeProperty<double> stopRipple;
+    CommandProperty resetCommand;
+
     void passParameters(std::int32_t designCode) override;
     double gainToPublish() const override { return 1.0 / designer.getGain(); }
     std::vector<double> feedbackToPublish() const override;
     void onPassRipple();
     void onStopRipple();
 
-    RangeProperty<double> passRipple;
-    RangeProperty<double> stopRipple;
-    CommandProperty resetCommand;
     EllipticDesigner designer{Design::kLowPass, 1, 0.05, 0.5, -10.0, 0.0};
 };

@@ -31,11 +31,11 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
 private:
-    void copyToWork(const MatrixXd& sample);
-
     ValueProperty<bool> pause;
     OutputPin<MatrixXd> out;
     InputPin<MatrixXd> in;
+
+    void copyToWork(const MatrixXd& sample);
 
     MatrixXd work; ///< the sample, then its transform; as wide as the sample, at least as large as the plan
     std::int32_t evenLength = 0; ///< n of the sample taken last

@@ -19,7 +19,7 @@ FilterFunctionGenerator::FilterFunctionGenerator(const std::string& instanceName
       signalOffset("SignalOffset", &getPropertyBag()), sampleRate("SampleRate", &getPropertyBag()) {
     for (const char* label : {"sinusoid", "triangular", "rectangular", "continuous"})
         mode.addLabel(label);
-    mode.setChangeHandler(this, &FilterFunctionGenerator::onModeChanged);
+    mode.setChangeHandler(this, &FilterFunctionGenerator::onMode);
     mode.setValue(kSinusoid);
     signalPeriod.setRange(1.0, 60000.0, 1.0);
     signalPeriod.setValue(1000.0);
@@ -61,7 +61,7 @@ void FilterFunctionGenerator::advance() {
 }
 
 /// In the writer's thread, inside its guard.
-void FilterFunctionGenerator::onModeChanged() {
+void FilterFunctionGenerator::onMode() {
     const bool isPeriodic = mode.getValue() != kContinuous;
     signalAmplitude.setIsWritable(isPeriodic);
     signalPeriod.setIsWritable(isPeriodic);

@@ -30,16 +30,16 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
 private:
-    double valueAtPhase() const;
-    void advance();
-    void onModeChanged();
-
     OutputPin<MatrixXd> out;
     EnumProperty<std::string> mode;
     RangeProperty<double> signalPeriod;
     RangeProperty<double> signalAmplitude;
     RangeProperty<double> signalOffset;
     RangeProperty<int> sampleRate;
+
+    double valueAtPhase() const;
+    void advance();
+    void onMode();
 
     double phase = 0.0; ///< place in the period, in the unit of the period
     double time = 0.0;  ///< stamp of the sample sent last, in the same unit

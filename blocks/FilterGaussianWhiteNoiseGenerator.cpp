@@ -24,7 +24,7 @@ FilterGaussianWhiteNoiseGenerator::FilterGaussianWhiteNoiseGenerator(const std::
     : Filter(instanceName, true), out("out", this), precision("Precision", &getPropertyBag()) {
     precision.setRange(1, 31, 0);
     precision.setValue(15);
-    precision.setChangeHandler(this, &FilterGaussianWhiteNoiseGenerator::onPrecisionChanged);
+    precision.setChangeHandler(this, &FilterGaussianWhiteNoiseGenerator::requestRescale);
     resizeSample(out.data.value, 1, 1);
     out.data.value(0) = 0.0;
     std::srand(static_cast<unsigned>(std::time(nullptr)));
@@ -33,7 +33,7 @@ FilterGaussianWhiteNoiseGenerator::FilterGaussianWhiteNoiseGenerator(const std::
 FilterGaussianWhiteNoiseGenerator::~FilterGaussianWhiteNoiseGenerator() = default;
 
 void FilterGaussianWhiteNoiseGenerator::process() {
-    if (isPrecisionChanged) rescale();
+    if (rescaleRequested) rescale();
     // Order matters, and one draw stands for all three deviates.
     const double x = draw() * kOneDraw * c2;
     out.data.value(0) = (2.0 * (3.0 * x) - 3.0 * (c2 - 1.0)) * c3;
@@ -45,10 +45,10 @@ void FilterGaussianWhiteNoiseGenerator::rescale() {
     const double c1 = static_cast<std::int32_t>((1U << bits) - 1U);
     c2 = 1.0 - std::trunc(c1 / -3.0);
     c3 = 1.0 / c1;
-    isPrecisionChanged = false;
+    rescaleRequested = false;
 }
 
 /// In the writer's thread, inside its guard.
-void FilterGaussianWhiteNoiseGenerator::onPrecisionChanged() {
-    isPrecisionChanged = true;
+void FilterGaussianWhiteNoiseGenerator::requestRescale() {
+    rescaleRequested = true;
 }

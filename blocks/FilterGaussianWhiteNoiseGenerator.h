@@ -26,13 +26,13 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
 private:
-    void rescale();
-    void onPrecisionChanged();
-
     OutputPin<MatrixXd> out;
     RangeProperty<int> precision;
 
-    bool isPrecisionChanged = true; ///< raised by the handler, cleared by the next step
-    double c2 = 0.0;                ///< of the precision in force, from the first step on
-    double c3 = 0.0;                ///< likewise
+    void rescale();
+    void requestRescale();
+
+    bool rescaleRequested = true; ///< raised by the handler, cleared by the next step
+    double c2 = 0.0;              ///< of the precision in force, from the first step on
+    double c3 = 0.0;              ///< likewise
 };

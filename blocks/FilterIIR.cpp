@@ -2,7 +2,7 @@
 #include "blocks/FilterIIR.h"
 
 namespace {
-constexpr unsigned kFixedValue = 1; // index of the label
+enum InitMode : unsigned { kFirstValue, kFixedValue };
 
 bool differs(const MatrixXd& sample, const MatrixXd& copy) {
     if (sample.cols() != copy.cols()) return true;
@@ -13,44 +13,44 @@ bool differs(const MatrixXd& sample, const MatrixXd& copy) {
 } // namespace
 
 FilterIIR::FilterIIR(const std::string& instanceName)
-    : Filter(instanceName, true), in("in", this), gain("gain", this), coeffsX("coeffsX", this),
-      coeffsY("coeffsY", this), reset("reset", this), out("out", this),
-      gainSetting("Gain", &getPropertyBag()), xSetting("XCoeffs", &getPropertyBag()),
-      ySetting("YCoeffs", &getPropertyBag()), initMode("InitMode", &getPropertyBag()),
-      initValue("InitValue", &getPropertyBag()), resetCommand("Reset", &getPropertyBag()) {
-    reset.setIsBlocking(false);
-    gainSetting.setValue(1.0);
-    xSetting.setValidator(this, &FilterIIR::checkCoefficients);
-    xSetting.setValue(MatrixXd::Constant(1, 1, 1.0));
-    ySetting.setValidator(this, &FilterIIR::checkCoefficients);
-    ySetting.setValue(MatrixXd::Constant(1, 1, 1.0));
+    : Filter(instanceName, true), in("in", this), gainPin("gain", this), coeffsXPin("coeffsX", this),
+      coeffsYPin("coeffsY", this), resetPin("reset", this), out("out", this), gain("Gain", &getPropertyBag()),
+      coeffsX("XCoeffs", &getPropertyBag()), coeffsY("YCoeffs", &getPropertyBag()),
+      initMode("InitMode", &getPropertyBag()), initValue("InitValue", &getPropertyBag()),
+      resetCommand("Reset", &getPropertyBag()) {
+    resetPin.setIsBlocking(false);
+    gain.setValue(1.0);
+    coeffsX.setValidator(this, &FilterIIR::checkCoefficients);
+    coeffsX.setValue(MatrixXd::Constant(1, 1, 1.0));
+    coeffsY.setValidator(this, &FilterIIR::checkCoefficients);
+    coeffsY.setValue(MatrixXd::Constant(1, 1, 1.0));
     initMode.addLabel("First value");
     initMode.addLabel("Fixed value");
-    initMode.setValue(0);
+    initMode.setValue(kFirstValue);
     initValue.setValue(0.0);
     initValue.setIsWritable(false);
     // Bound last: the defaults are no changes.
-    gainSetting.setChangeHandler(this, &FilterIIR::onParameters);
-    xSetting.setChangeHandler(this, &FilterIIR::onParameters);
-    ySetting.setChangeHandler(this, &FilterIIR::onParameters);
+    gain.setChangeHandler(this, &FilterIIR::requestUpdate);
+    coeffsX.setChangeHandler(this, &FilterIIR::requestUpdate);
+    coeffsY.setChangeHandler(this, &FilterIIR::requestUpdate);
     initMode.setChangeHandler(this, &FilterIIR::onInitMode);
     initValue.setChangeHandler(this, &FilterIIR::onInitValue);
-    resetCommand.setChangeHandler(this, &FilterIIR::onReset);
+    resetCommand.setChangeHandler(this, &FilterIIR::requestReset);
 }
 
 FilterIIR::~FilterIIR() = default;
 
 void FilterIIR::process() {
-    if (reset.hasData() && isSet(reset.take())) resetRequested = true;
+    if (resetPin.hasData() && isSet(resetPin.take())) resetRequested = true;
     if (resetRequested) {
         computer.requestInit();
         resetRequested = false;
     }
-    bool changed = parametersChanged;
-    if (parametersChanged) readSettings();
+    bool changed = updateRequested;
+    if (updateRequested) readSettings();
     if (takeGain()) changed = true;
-    if (takeCoefficients(coeffsX, xCopy, xSetting)) changed = true;
-    if (takeCoefficients(coeffsY, yCopy, ySetting)) changed = true;
+    if (takeCoefficients(coeffsXPin, xCopy, coeffsX)) changed = true;
+    if (takeCoefficients(coeffsYPin, yCopy, coeffsY)) changed = true;
     if (changed) {
         computer.setGain(gainCopy);
         computer.setXCoefficients(xCopy);
@@ -66,19 +66,19 @@ void FilterIIR::process() {
 }
 
 void FilterIIR::readSettings() {
-    gainCopy = gainSetting.getValue();
-    xCopy = xSetting.getValue();
-    yCopy = ySetting.getValue();
-    parametersChanged = false;
+    gainCopy = gain.getValue();
+    xCopy = coeffsX.getValue();
+    yCopy = coeffsY.getValue();
+    updateRequested = false;
 }
 
 bool FilterIIR::takeGain() {
-    if (!gain.hasData()) return false;
-    const MatrixXd& sample = gain.take();
+    if (!gainPin.hasData()) return false;
+    const MatrixXd& sample = gainPin.take();
     if (sample.size() == 0 || sample(0) == gainCopy) return false; // a NaN differs from itself
     gainCopy = sample(0);
-    gainSetting.setValue(gainCopy);
-    parametersChanged = false; // the write has just raised it
+    gain.setValue(gainCopy);
+    updateRequested = false; // the write has just raised it
     return true;
 }
 
@@ -88,7 +88,7 @@ bool FilterIIR::takeCoefficients(InputPin<MatrixXd>& pin, MatrixXd& copy, ValueP
     if (sample.rows() != 1 || !differs(sample, copy)) return false;
     copySample(copy, sample);
     setting.setValue(copy); // raises for a row without columns
-    parametersChanged = false;
+    updateRequested = false;
     return true;
 }
 

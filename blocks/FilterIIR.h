@@ -33,29 +33,29 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
 private:
-    void readSettings();
-    bool takeGain();
-    bool takeCoefficients(InputPin<MatrixXd>& pin, MatrixXd& copy, ValueProperty<MatrixXd>& setting);
-    void checkCoefficients(const MatrixXd& value);
-    void onParameters() { parametersChanged = true; }
-    void onReset() { resetRequested = true; }
-    void onInitMode();
-    void onInitValue();
-
     InputPin<MatrixXd> in;
-    InputPin<MatrixXd> gain;
-    InputPin<MatrixXd> coeffsX;
-    InputPin<MatrixXd> coeffsY;
-    InputPin<MatrixXd> reset;
+    InputPin<MatrixXd> gainPin;
+    InputPin<MatrixXd> coeffsXPin;
+    InputPin<MatrixXd> coeffsYPin;
+    InputPin<MatrixXd> resetPin;
     OutputPin<MatrixXd> out;
-    ValueProperty<double> gainSetting;
-    ValueProperty<MatrixXd> xSetting;
-    ValueProperty<MatrixXd> ySetting;
+    ValueProperty<double> gain;
+    ValueProperty<MatrixXd> coeffsX;
+    ValueProperty<MatrixXd> coeffsY;
     EnumProperty<std::string> initMode;
     ValueProperty<double> initValue;
     CommandProperty resetCommand;
 
-    bool parametersChanged = false; ///< starts low, so the defaults never reach the computer by themselves
+    void readSettings();
+    bool takeGain();
+    bool takeCoefficients(InputPin<MatrixXd>& pin, MatrixXd& copy, ValueProperty<MatrixXd>& setting);
+    void checkCoefficients(const MatrixXd& value);
+    void requestUpdate() { updateRequested = true; }
+    void requestReset() { resetRequested = true; }
+    void onInitMode();
+    void onInitValue();
+
+    bool updateRequested = false; ///< starts low, so the defaults never reach the computer by themselves
     bool resetRequested = true;
     double gainCopy = 1.0; ///< the copies: what the computer has, or gets with the next change
     MatrixXd xCopy = MatrixXd::Constant(1, 1, 1.0);

@@ -47,8 +47,8 @@ FilterSmartSaturationDetector::FilterSmartSaturationDetector(const std::string& 
     steadySamples.setValue(3);
     integerSaturation.setValue(false);
     // After the defaults, which would drag each other.
-    minThreshold.setChangeHandler(this, &FilterSmartSaturationDetector::dragMaxThreshold);
-    maxThreshold.setChangeHandler(this, &FilterSmartSaturationDetector::dragMinThreshold);
+    minThreshold.setChangeHandler(this, &FilterSmartSaturationDetector::onMinThreshold);
+    maxThreshold.setChangeHandler(this, &FilterSmartSaturationDetector::onMaxThreshold);
 }
 
 FilterSmartSaturationDetector::~FilterSmartSaturationDetector() = default;
@@ -76,12 +76,12 @@ void FilterSmartSaturationDetector::startAnew(const MatrixXd& sample) {
     }
 }
 
-void FilterSmartSaturationDetector::dragMaxThreshold() {
+void FilterSmartSaturationDetector::onMinThreshold() {
     const double smallest = minThreshold.getValue();
     if (maxThreshold.getValue() < smallest) maxThreshold.setValue(smallest);
 }
 
-void FilterSmartSaturationDetector::dragMinThreshold() {
+void FilterSmartSaturationDetector::onMaxThreshold() {
     const double largest = maxThreshold.getValue();
     if (minThreshold.getValue() > largest) minThreshold.setValue(largest);
 }

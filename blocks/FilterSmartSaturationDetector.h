@@ -41,8 +41,8 @@ private:
     ValueProperty<bool> integerSaturation;
 
     void startAnew(const MatrixXd& sample);
-    void dragMaxThreshold();
-    void dragMinThreshold();
+    void onMinThreshold();
+    void onMaxThreshold();
 
     MatrixXd anchor;      ///< of the input's shape: where each element's run began
     MatrixXd steadyCount; ///< of the input's shape: samples that have followed the anchor; whole numbers

@@ -19,13 +19,13 @@ FilterSphericalFiltering::FilterSphericalFiltering(const std::string& instanceNa
       aFiltered("3a_filtered", this), mFiltered("3m_filtered", this), aTerre("3a_Terre", this),
       mTerre("3m_Terre", this), aTerreFiltered("3a_Terrefiltered", this),
       mTerreFiltered("3m_Terrefiltered", this), rotation("Rot_Gyro", this), cutoffs("Fc", this),
-      residuals("Temp", this), frequency("Frequency", &getPropertyBag()), reset("Reset", &getPropertyBag()),
-      useTimestamp("Use Timestamp", &getPropertyBag()), filterGain("Filter Gain", &getPropertyBag()),
-      lambdaGain("Lambda Gain", &getPropertyBag()) {
+      residuals("Temp", this), frequency("Frequency", &getPropertyBag()),
+      resetCommand("Reset", &getPropertyBag()), useTimestamp("Use Timestamp", &getPropertyBag()),
+      filterGain("Filter Gain", &getPropertyBag()), lambdaGain("Lambda Gain", &getPropertyBag()) {
     frequency.setRange(0.1, 10000.0, 0.1);
     frequency.setChangeHandler(this, &FilterSphericalFiltering::requestUpdate);
     frequency.setValue(100.0);
-    reset.setChangeHandler(this, &FilterSphericalFiltering::requestReset);
+    resetCommand.setChangeHandler(this, &FilterSphericalFiltering::requestReset);
     useTimestamp.setValue(false);
     filterGain.setChangeHandler(this, &FilterSphericalFiltering::requestUpdate);
     filterGain.setValue(0.001);

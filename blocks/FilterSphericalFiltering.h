@@ -50,7 +50,7 @@ private:
     OutputPin<MatrixXd> cutoffs;
     OutputPin<MatrixXd> residuals;
     RangeProperty<double> frequency;
-    CommandProperty reset;
+    CommandProperty resetCommand;
     ValueProperty<bool> useTimestamp;
     ValueProperty<double> filterGain;
     RangeProperty<double> lambdaGain;

@@ -22,8 +22,6 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
 private:
-    enum Mode : unsigned { HighLevel, LowLevel };
-
     EnumProperty<std::string> mode;
     ValueProperty<double> threshold;
     InputPin<MatrixXd> input;

@@ -2,7 +2,7 @@
 #include "blocks/FilterThresholdLeveler.h"
 
 namespace {
-enum OnIntersection : unsigned { UseLowerInterval, UseUpperInterval, UseNone };
+enum OnIntersection : unsigned { kUseLowerInterval, kUseUpperInterval, kUseNone };
 
 constexpr Eigen::Index kNoRow = -1;
 
@@ -21,9 +21,9 @@ Eigen::Index findRow(const MatrixXd& intervals, double x, unsigned onIntersectio
     while (second < rows && !holds(intervals, second, x))
         ++second;
     if (second == rows) return first;
-    if (onIntersection == UseNone) return kNoRow;
+    if (onIntersection == kUseNone) return kNoRow;
     // The bound of the second match that lets it go before the first: its upper one for the lower interval.
-    const Eigen::Index bound = onIntersection == UseLowerInterval ? 1 : 0;
+    const Eigen::Index bound = onIntersection == kUseLowerInterval ? 1 : 0;
     return x == intervals(second, bound) ? second : first;
 }
 
@@ -49,7 +49,7 @@ FilterThresholdLeveler::FilterThresholdLeveler(const std::string& instanceName)
     onIntersectionUse.addLabel("LowerInterval");
     onIntersectionUse.addLabel("UpperInterval");
     onIntersectionUse.addLabel("None");
-    onIntersectionUse.setValue(UseLowerInterval);
+    onIntersectionUse.setValue(kUseLowerInterval);
     thresholds.setValue(MatrixXd{{0.0, 1.0}});
     levels.setValue(MatrixXd::Ones(1, 1));
     thresholds.setValidator(this, &FilterThresholdLeveler::checkThresholds);

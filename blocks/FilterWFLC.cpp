@@ -14,8 +14,9 @@ FilterWFLC::FilterWFLC(const std::string& instanceName)
       amplitudeWeights("AmplWeights", this), harmonicWeights("HarmonicWeights", this),
       order("Order", &getPropertyBag()), mu("Mu", &getPropertyBag()), mu0("Mu0", &getPropertyBag()),
       muB("MuB", &getPropertyBag()), wf0("Wf0", &getPropertyBag()), w1("W1", &getPropertyBag()),
-      wm1("Wm1", &getPropertyBag()), offset("Offset", &getPropertyBag()), reset("Reset", &getPropertyBag()),
-      startFrequency(kStartFrequency), estimator(1, kMu, kMu0, kMuB, kStartFrequency, 0.0, 0.0, 0.0) {
+      wm1("Wm1", &getPropertyBag()), offset("Offset", &getPropertyBag()),
+      resetCommand("Reset", &getPropertyBag()), startFrequency(kStartFrequency),
+      estimator(1, kMu, kMu0, kMuB, kStartFrequency, 0.0, 0.0, 0.0) {
     order.setRange(1, WFLCEstimator::kLargestOrder, 1);
     order.setChangeHandler(this, &FilterWFLC::requestRebuild);
     order.setValue(1);
@@ -23,12 +24,12 @@ FilterWFLC::FilterWFLC(const std::string& instanceName)
     setUp(mu0, kMu0);
     setUp(muB, kMuB);
     setUp(wf0, kStartFrequency);
-    wf0.setChangeHandler(this, &FilterWFLC::takeStartFrequency);
+    wf0.setChangeHandler(this, &FilterWFLC::onStartFrequency);
     setUp(w1, 0.0);
     setUp(wm1, 0.0);
     offset.setChangeHandler(this, &FilterWFLC::requestRebuild);
     offset.setValue(0.0);
-    reset.setChangeHandler(this, &FilterWFLC::requestReset);
+    resetCommand.setChangeHandler(this, &FilterWFLC::requestReset);
     startFrequencyPin.setIsBlocking(false);
     resetPin.setIsBlocking(false);
     for (OutputPin<MatrixXd>* const pin : {&out, &error, &frequencyWeight})
@@ -96,7 +97,7 @@ void FilterWFLC::send() {
         pin->send(time);
 }
 
-void FilterWFLC::takeStartFrequency() {
+void FilterWFLC::onStartFrequency() {
     startFrequency = wf0.getValue();
     rebuildRequested = true;
 }

@@ -47,13 +47,13 @@ private:
     RangeProperty<double> w1;
     RangeProperty<double> wm1;
     ValueProperty<double> offset;
-    CommandProperty reset;
+    CommandProperty resetCommand;
 
     void setUp(RangeProperty<double>& property, double defaultValue);
     void pollStartFrequency();
     void rebuild();
     void send();
-    void takeStartFrequency();
+    void onStartFrequency();
     void requestRebuild();
     void requestReset();
 

@@ -2,9 +2,9 @@
 #include "FilterRunningMean.h"
 
 FilterRunningMean::FilterRunningMean(const std::string& instanceName)
-    : Filter(instanceName, true), in("in", this), reset("reset", this), out("out", this),
+    : Filter(instanceName, true), in("in", this), resetPin("reset", this), out("out", this),
       window("Window", &getPropertyBag()), resetCommand("Reset", &getPropertyBag()) {
-    reset.setIsBlocking(false);                                   // may be left open
+    resetPin.setIsBlocking(false);                                // may be left open
     window.setRange(1.0, 1e6, 1.0);                               // least, most, the step of a knob
     window.setValue(10.0);                                        // the default, within the limits
     window.setChangeHandler(this, &FilterRunningMean::startAnew); // bound last: the default is no change
@@ -12,7 +12,7 @@ FilterRunningMean::FilterRunningMean(const std::string& instanceName)
 }
 
 void FilterRunningMean::process() {
-    if (reset.hasData() && isSet(reset.take())) startAnew();
+    if (resetPin.hasData() && isSet(resetPin.take())) startAnew();
     if (!in.hasData()) return;
     const double samples = window.getValue();
     const MatrixXd& sample = in.take();

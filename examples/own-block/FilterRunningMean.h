@@ -22,7 +22,7 @@ private:
     void startAnew() { isFirst = true; }
 
     InputPin<MatrixXd> in;
-    InputPin<MatrixXd> reset;
+    InputPin<MatrixXd> resetPin;
     OutputPin<MatrixXd> out;
     RangeProperty<double> window;
     CommandProperty resetCommand;
