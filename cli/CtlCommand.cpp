@@ -33,14 +33,14 @@ constexpr int kLongestTimeout = 1000000; ///< Seconds.
 constexpr std::size_t kLongestLine = std::size_t{1} << 26;
 
 /// The connection to a run, line by line, for as long as the run takes its time with an answer and no longer.
-class Line {
+class Connection {
 public:
-    Line(const std::string& socketPath, std::chrono::seconds longest)
+    Connection(const std::string& socketPath, std::chrono::seconds longest)
         : path(socketPath), patience(longest), descriptor(ControlSocket::connectTo(path, patience)),
           latest(Clock::now() + patience) {}
-    ~Line() { ::close(descriptor); }
-    Line(const Line&) = delete;
-    Line& operator=(const Line&) = delete;
+    ~Connection() { ::close(descriptor); }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
 
     void send(std::string_view text) const {
         while (!text.empty()) {
@@ -139,17 +139,17 @@ ExitCode CtlCommand::run() {
     if (words.empty())
         throw UsageError({{}, "no request behind '" + path + "'", "one, such as 'help', which lists them"});
     const bool watches = getGoesOn(words.front());
-    Line line(path, std::chrono::seconds(timeout));
-    line.send(requestOf(words));
+    Connection connection(path, std::chrono::seconds(timeout));
+    connection.send(requestOf(words));
     bool isAnswered = false;
     std::string answer;
-    while ((!isAnswered || watches) && line.read(answer)) {
+    while ((!isAnswered || watches) && connection.read(answer)) {
         if (std::string_view(answer).starts_with(kError)) {
             std::cerr << "quillmere: " << answer.substr(kError.size()) << "\n";
             return kFailedMidway;
         }
         isAnswered = isAnswered || answer == "ok";
-        if (isAnswered) line.waitForEver();
+        if (isAnswered) connection.waitForEver();
         if (!answer.empty() && answer.front() == ' ') std::cout << answer.substr(1) << std::endl;
         if (!std::cout) return kDone; // who reads along has seen enough
     }

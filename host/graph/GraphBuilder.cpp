@@ -39,7 +39,7 @@ void GraphBuilder::build() {
     for (const Sink* const sink : parts.sinks)
         sink->checkPins(complaints);
     checkMainInputs();
-    RunFiles(description, catalogue).check(parts.nodes, complaints);
+    RunFiles(description, catalogue, complaints).check(parts.nodes);
     arrange();
     timeline.link();
 }

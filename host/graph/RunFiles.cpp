@@ -30,18 +30,19 @@ const User* RunFiles::Register<User>::find(const File& file) const {
     return file.exists && numbered != byNumber.end() ? &numbered->second : nullptr;
 }
 
-RunFiles::RunFiles(const GraphDescription& description, const BlockCatalogue& catalogue) {
+RunFiles::RunFiles(const GraphDescription& description, const BlockCatalogue& catalogue, Complaints& list)
+    : complaints(list) {
     if (!description.path.empty()) readings.add(namedFile(description.path), "which is the graph that runs");
     for (const std::string& path : catalogue.getPluginPaths())
         readings.add(namedFile(path), "which is a plug-in of the run");
 }
 
-void RunFiles::check(std::vector<Graph::Node>& nodes, Complaints& complaints) {
-    for (Graph::Node& node : nodes)
+void RunFiles::check(std::vector<GraphParts::Node>& nodes) {
+    for (GraphParts::Node& node : nodes)
         if (node.sink != nullptr && node.file != nullptr && !node.file->getPath().empty())
-            addWriting(node, complaints);
+            addWriting(node);
     const Source* fromStandardInput = nullptr;
-    for (const Graph::Node& node : nodes) {
+    for (const GraphParts::Node& node : nodes) {
         if (node.source == nullptr || node.file == nullptr || node.file->getPath().empty()) continue;
         const FileEnd& file = *node.file;
         if (getIsStandardStream(file.getPath())) {
@@ -51,18 +52,18 @@ void RunFiles::check(std::vector<Graph::Node>& nodes, Complaints& complaints) {
                                "one source that reads it");
             fromStandardInput = node.source;
         }
-        checkReading(file, complaints);
+        checkReading(file);
     }
 }
 
-void RunFiles::addWriting(Graph::Node& node, Complaints& complaints) {
+void RunFiles::addWriting(GraphParts::Node& node) {
     const Place& place = node.file->getPathPlace();
     const std::vector<File> files = filesOf(*node.file);
     for (const File& file : files) {
         if (const std::string* const reading = readings.find(file)) {
             complaints.add(place, quoted(file.name) + ", " + *reading, "a file that the run doesn't read");
             node.isFaulty = true;
-        } else if (Graph::Node* const* const other = writings.find(file)) {
+        } else if (GraphParts::Node* const* const other = writings.find(file)) {
             complaints.add(place,
                            quoted(file.name) + ", which '" + (*other)->sink->getName() + "' writes too",
                            "a file of its own for each sink");
@@ -74,9 +75,9 @@ void RunFiles::addWriting(Graph::Node& node, Complaints& complaints) {
         writings.add(file, &node);
 }
 
-void RunFiles::checkReading(const FileEnd& source, Complaints& complaints) {
+void RunFiles::checkReading(const FileEnd& source) {
     for (const File& file : filesOf(source)) {
-        Graph::Node* const* const writer = writings.find(file);
+        GraphParts::Node* const* const writer = writings.find(file);
         if (writer == nullptr) continue;
         complaints.add(source.getPathPlace(),
                        quoted(file.name) + ", which '" + (*writer)->sink->getName() + "' writes",

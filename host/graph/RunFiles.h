@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/text/Complaint.h"
-#include "host/graph/Graph.h"
+#include "host/graph/GraphParts.h"
 #include "host/plugins/BlockCatalogue.h"
 
 #include <map>
@@ -18,10 +18,11 @@ namespace Quillmere::Host {
 /// is compared by what it is, so that links and other names for it don't hide it.
 class RunFiles {
 public:
-    RunFiles(const GraphDescription& description, const BlockCatalogue& catalogue);
+    /// The complaints are not owned.
+    RunFiles(const GraphDescription& description, const BlockCatalogue& catalogue, Complaints& complaints);
 
     /// Complains of files that are meant for two things; their sinks are faulty then.
-    void check(std::vector<Graph::Node>& nodes, Complaints& complaints);
+    void check(std::vector<GraphParts::Node>& nodes);
 
 private:
     /// A file, or the place of one that isn't there yet.
@@ -49,11 +50,12 @@ private:
     static File openFile(int descriptor);
     static std::vector<File> filesOf(const FileEnd& end);
 
-    void addWriting(Graph::Node& node, Complaints& complaints);
-    void checkReading(const FileEnd& source, Complaints& complaints);
+    void addWriting(GraphParts::Node& node);
+    void checkReading(const FileEnd& source);
 
+    Complaints& complaints;
     Register<std::string> readings; ///< Besides recordings: what each is.
-    Register<Graph::Node*> writings;
+    Register<GraphParts::Node*> writings;
 };
 
 } // namespace Quillmere::Host
