@@ -47,8 +47,8 @@ public:
     /// Requires: no link exists; blocks call it in their constructors. [setup]
     void setIsBlocking(bool flag) { isBlocking = flag; }
 
-    std::uint32_t getBufferCapacity() const { return bufferCapacity; }
-    bool getIsLifo() const { return isLifo; }
+    std::uint32_t getBufferCapacity() const { return bufferCapacity; } ///< As `getIsWaking`. [any, guarded]
+    bool getIsLifo() const { return isLifo; }                          ///< Likewise. [any, guarded]
     /// How many samples the link keeps. Raises `Poco::InvalidArgumentException` for 0. What waits is lost.
     /// When there is no memory for the new buffer, the old one stays, as in `setIsLifo`. [any, guarded]
     void setBufferCapacity(std::uint32_t capacity);

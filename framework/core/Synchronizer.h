@@ -99,8 +99,8 @@ public:
     void sleep(Clock::time_point due);
 
     /// Whether the loop is in `sleep` without a reason to wake; `getSleeps` counts how often it fell asleep.
-    /// Two looks at several gates that all find the same sleep prove that all slept at one time in between.
-    /// [any]
+    /// Who looks at several gates twice, and finds each in the same sleep at both looks, knows that all of
+    /// them slept at one time in between. [any]
     bool getIsAsleep() const { return isAsleep.load() && reasons.load() == 0; }
     std::uint64_t getSleeps() const { return sleeps.load(); }
 

@@ -28,9 +28,9 @@ public:
     virtual bool read(S*& out) = 0;
     /// Forgets what waits. [any, guarded]
     virtual void clear() = 0;
-    virtual std::uint32_t capacity() = 0;
-    virtual bool isEmpty() = 0;
-    virtual std::uint32_t size() = 0;
+    virtual std::uint32_t capacity() = 0; ///< [run of either end; any, guarded]
+    virtual bool isEmpty() = 0;           ///< [run of either end; any, guarded]
+    virtual std::uint32_t size() = 0;     ///< [run of either end; any, guarded]
 
 protected:
     AbstractBufferStrategy() = default;

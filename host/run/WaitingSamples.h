@@ -17,8 +17,8 @@ public:
     void watch(const std::vector<Core::Filter*>& blocks);
 
     /// Counts anew, and tells whether the blocks have moved anything since the last count: whether a link
-    /// within their layout has more or fewer samples, or one was used up that another layout sent. As many as
-    /// before in all links within is a loop at a steady pace, or a block that sends without being asked.
+    /// within their layout holds more or fewer samples, or a sample of another layout was used up. If every
+    /// link within holds as many as before, a loop goes at a steady pace, or a block sends unasked.
     bool count();
     /// Counts behind a pass, and tells whether another one has a point: whether this one has moved anything,
     /// and samples wait for more, be it anywhere or in links that wake the blocks' layout.
