@@ -131,6 +131,17 @@ std::size_t RecordingFile::readOn(char* to, std::size_t count) {
     }
 }
 
+std::size_t RecordingFile::readAt(std::uint64_t place, char* to, std::size_t count) const {
+    std::size_t held = 0;
+    while (held < count) {
+        const ssize_t got = ::pread(file, to + held, count - held, begin + static_cast<off_t>(place + held));
+        if (got == 0) break;
+        if (got < 0 && errno != EINTR) fail("cannot be read");
+        if (got > 0) held += static_cast<std::size_t>(got);
+    }
+    return held;
+}
+
 bool RecordingFile::getIsReadable() {
     // What has come may be too little to unpack a byte of it.
     while (ahead.empty() && unpacker != nullptr) {

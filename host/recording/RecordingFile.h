@@ -59,6 +59,9 @@ public:
     std::string_view lookAhead(std::size_t count);
     /// Reads at most `count` bytes, as many as are there; 0 at the end.
     std::size_t read(char* to, std::size_t count);
+    /// Reads at most `count` bytes from a place in a file, whatever was read before; fewer at its end.
+    /// Requires: it isn't piped.
+    std::size_t readAt(std::uint64_t place, char* to, std::size_t count) const;
     /// Whether `read` wouldn't wait.
     bool getIsReadable();
     /// Whether somebody wrote to the file between its opening and its end. Requires: `read` gave 0.

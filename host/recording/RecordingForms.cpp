@@ -10,6 +10,7 @@
 #include "host/text/Printable.h"
 #ifdef QUILLMERE_WITH_ZLIB
 #include "host/recording/Gunzip.h"
+#include "host/recording/MatForm.h"
 #endif
 #ifdef QUILLMERE_WITH_HDF5
 #include "host/recording/Hdf5Form.h"
@@ -22,6 +23,8 @@
 namespace Quillmere::Host {
 
 namespace {
+
+using namespace std::string_view_literals;
 
 /// As many bytes as any form needs to know its own.
 constexpr std::size_t kBytesLookedAt = 512;
@@ -44,16 +47,14 @@ using OpenFile = std::unique_ptr<RecordingFile>;
                               "one of what it was built with: " + listOfNames(getRecordingForms())});
 }
 
-#ifdef QUILLMERE_WITH_HDF5
 /// Of a file that its reader goes to and fro in, or that a library opens by its name.
-void requireWholeFile(const RecordingFile& file, const std::string& what) {
+[[maybe_unused]] void requireWholeFile(const RecordingFile& file, const std::string& what) {
     const bool isStream = file.getIsPiped() || getIsStandardStream(file.getPath());
     if (!isStream && !file.getIsPacked()) return;
     throw RecordingException({{file.getName()},
                               what + (isStream ? " that comes as a stream" : " compressed by gzip"),
                               "the name of a file, unpacked: its rows don't lie one behind the other"});
 }
-#endif
 
 using Reader = std::unique_ptr<RecordingReader>;
 
@@ -64,6 +65,20 @@ Reader openAsHdf5(OpenFile file, [[maybe_unused]] const DataWish& wish, const st
 #else
     refuseForm(*file, found);
 #endif
+}
+
+Reader openAsMat(OpenFile file, [[maybe_unused]] const DataWish& wish) {
+#ifdef QUILLMERE_WITH_ZLIB
+    requireWholeFile(*file, "a MAT file");
+    return openMat(std::move(file), wish);
+#else
+    refuseForm(*file, "a MAT file");
+#endif
+}
+
+bool getIsMat(std::string_view head) {
+    const std::string_view version = head.substr(std::min<std::size_t>(124, head.size()), 4);
+    return head.starts_with("MATLAB 5.0 MAT-file") || version == "\0\1IM"sv || version == "\1\0MI"sv;
 }
 
 struct Form {
@@ -82,6 +97,7 @@ constexpr std::array kForms{
          [](OpenFile file, const DataWish& wish) {
              return openAsHdf5(std::move(file), wish, "a MAT file of version 7.3");
          }},
+    Form{[](const std::string&, std::string_view head) { return getIsMat(head); }, openAsMat},
     Form{[](const std::string&, std::string_view) { return true; },
          [](OpenFile file, const DataWish& wish) -> Reader {
              refuseData(*file, wish);
@@ -114,6 +130,7 @@ const std::vector<std::string>& getRecordingForms() {
         "CSV",
 #ifdef QUILLMERE_WITH_ZLIB
         "CSV compressed by gzip",
+        "MAT 5",
 #endif
 #ifdef QUILLMERE_WITH_HDF5
         "HDF5",

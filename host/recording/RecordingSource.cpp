@@ -65,8 +65,7 @@ void RecordingSource::fill(std::size_t pin) {
 const std::vector<HostBlock::SettingDescription>& RecordingSource::getSettingDescriptions() const {
     static const std::vector<SettingDescription> descriptions{
         {"file", "text", "", "the CSV recording, with a row of column names first; - is standard input"},
-        {"data", "text", "the only one",
-         "the path of a variable in a MAT or HDF5 file, as in imu/LowerBack/Acc"},
+        {"data", "text", "the one", "the path of a variable in a MAT or HDF5 file, as in imu/LowerBack/Acc"},
         {"pins", "map", "", "for each output pin the list of its columns, as in {accel: [ax, ay, az]}"},
         {"time", "text", "by rate",
          "the column, or the path of the variable, that holds the time in seconds"},

@@ -36,6 +36,8 @@ TEST(MissingForms, AFileOfOneIsRefusedByItsForm) {
     EXPECT_EQ(refusalOf(folder.write("in.h5", "\x89HDF\r\n\x1A\n")), ": found an HDF5 file" + builtIn);
     EXPECT_EQ(refusalOf(folder.write("in.mat", "MATLAB 7.3 MAT-file, Platform: GLNXA64")),
               ": found a MAT file of version 7.3" + builtIn);
+    EXPECT_EQ(refusalOf(folder.write("in.mat", "MATLAB 5.0 MAT-file, Platform: GLNXA64")),
+              ": found a MAT file" + builtIn);
     EXPECT_EQ(refusalOf(folder.write("in.csv", "x\n1\n")), "");
 }
 
