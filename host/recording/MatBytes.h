@@ -10,8 +10,8 @@
 
 namespace Quillmere::Host {
 
-/// Bytes of a stretch of a file, one behind the other, unpacked where they are compressed. A copy goes on from
-/// the same place by itself. Its end and what is damaged raise `RecordingException`.
+/// Bytes of a stretch of a file, one behind the other, unpacked where they are compressed. A copy goes on
+/// from the same place by itself. Its end and what is damaged raise `RecordingException`.
 class MatBytes {
 public:
     /// The bytes of `file` from `begin` to before `end`. Requires: `file` is one, no pipe, and outlives this.

@@ -15,6 +15,9 @@
 #ifdef QUILLMERE_WITH_HDF5
 #include "host/recording/Hdf5Form.h"
 #endif
+#ifdef QUILLMERE_WITH_SNDFILE
+#include "host/recording/WavForm.h"
+#endif
 
 #include <algorithm>
 #include <array>
@@ -76,6 +79,21 @@ Reader openAsMat(OpenFile file, [[maybe_unused]] const DataWish& wish) {
 #endif
 }
 
+Reader openAsWav(OpenFile file, const DataWish& wish) {
+    refuseData(*file, wish);
+#ifdef QUILLMERE_WITH_SNDFILE
+    requireWholeFile(*file, "a WAV file");
+    return openWav(std::move(file));
+#else
+    refuseForm(*file, "a WAV file");
+#endif
+}
+
+bool getIsWav(std::string_view head) {
+    return (head.starts_with("RIFF") || head.starts_with("RF64")) && head.size() >= 12 &&
+           head.substr(8, 4) == "WAVE";
+}
+
 bool getIsMat(std::string_view head) {
     const std::string_view version = head.substr(std::min<std::size_t>(124, head.size()), 4);
     return head.starts_with("MATLAB 5.0 MAT-file") || version == "\0\1IM"sv || version == "\1\0MI"sv;
@@ -98,6 +116,7 @@ constexpr std::array kForms{
              return openAsHdf5(std::move(file), wish, "a MAT file of version 7.3");
          }},
     Form{[](const std::string&, std::string_view head) { return getIsMat(head); }, openAsMat},
+    Form{[](const std::string&, std::string_view head) { return getIsWav(head); }, openAsWav},
     Form{[](const std::string&, std::string_view) { return true; },
          [](OpenFile file, const DataWish& wish) -> Reader {
              refuseData(*file, wish);
@@ -135,6 +154,9 @@ const std::vector<std::string>& getRecordingForms() {
 #ifdef QUILLMERE_WITH_HDF5
         "HDF5",
         "MAT 7.3",
+#endif
+#ifdef QUILLMERE_WITH_SNDFILE
+        "WAV",
 #endif
     };
     return names;

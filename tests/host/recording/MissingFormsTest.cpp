@@ -38,6 +38,7 @@ TEST(MissingForms, AFileOfOneIsRefusedByItsForm) {
               ": found a MAT file of version 7.3" + builtIn);
     EXPECT_EQ(refusalOf(folder.write("in.mat", "MATLAB 5.0 MAT-file, Platform: GLNXA64")),
               ": found a MAT file" + builtIn);
+    EXPECT_EQ(refusalOf(folder.write("in.wav", "RIFF\x2A\0\0\0WAVEfmt "s)), ": found a WAV file" + builtIn);
     EXPECT_EQ(refusalOf(folder.write("in.csv", "x\n1\n")), "");
 }
 
