@@ -93,7 +93,7 @@ void GraphBuilder::applySettings(Node& node) {
     if (node.hostBlock != nullptr)
         node.hostBlock->configure(*node.description, description.getFolder(), own);
     else
-        writeProperties(node, own);
+        setProperties(node, own);
     node.isFaulty = !own.isEmpty();
     complaints.add(own);
 }
@@ -110,7 +110,7 @@ void GraphBuilder::checkOrigins(const Node& node, Complaints& own) {
 }
 
 /// Writes the settings in file order, as far as the block lets them.
-void GraphBuilder::writeProperties(Node& node, Complaints& own) {
+void GraphBuilder::setProperties(Node& node, Complaints& own) {
     const Core::PropertyBag& bag = node.block->getPropertyBag();
     std::vector<PropertyWrite> writes;
     for (const Setting& setting : node.description->settings) {
@@ -123,7 +123,7 @@ void GraphBuilder::writeProperties(Node& node, Complaints& own) {
                        "one of ", [&] { return namesOf(bag); });
         }
     }
-    Quillmere::Host::writeProperties(std::move(writes), own);
+    writeProperties(std::move(writes), own);
 }
 
 void GraphBuilder::connect(const Connection& connection) {

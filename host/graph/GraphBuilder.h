@@ -34,7 +34,7 @@ private:
     static void findEnds(Node& node);
     void applySettings(Node& node);
     static void checkOrigins(const Node& node, Complaints& own);
-    void writeProperties(Node& node, Complaints& own);
+    void setProperties(Node& node, Complaints& own);
     void connect(const Connection& connection);
     Core::AbstractOutputPin* findOutput(const GraphDescription::Endpoint& end, const Node& node);
     Core::AbstractInputPin* findInput(const GraphDescription::Endpoint& end, const Node& node);

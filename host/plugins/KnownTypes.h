@@ -10,8 +10,8 @@
 namespace Quillmere::Host {
 
 /// What the host knows of a block type by its name, where no block can be asked: for warnings before a run,
-/// and for names of columns. A type of somebody else's is run without. Tests hold every word against living
-/// blocks. (Which settings contradict each other stands in `SettingRules`.)
+/// and for names of columns. Of somebody else's types it knows nothing, and neither warns nor names. Tests
+/// hold every word against living blocks. Which settings contradict each other stands in `SettingRules`.
 struct QUILLMERE_API KnownType {
     const char* name = "";
     /// It passes samples of every shape on in the shape in which they came.

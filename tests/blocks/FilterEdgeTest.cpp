@@ -46,79 +46,34 @@ TEST(FilterEdgeTest, DetectsEdges) {
         const char* name;
         unsigned mode;
         bool impulse;
-        std::vector<MatrixXd> inputs;
-        std::vector<MatrixXd> edges;
+        std::vector<double> inputs;
+        std::vector<double> edges;
     };
+    // clang-format off
     const Row rows[] = {
-        {.name = "rising",
-         .mode = kRising,
-         .impulse = true,
-         .inputs = scalars({0, 2, 2, 0, 2}),
-         .edges = scalars({0, 1, 0, 0, 1})},
-        {.name = "rising: a first sample above is no edge",
-         .mode = kRising,
-         .impulse = true,
-         .inputs = scalars({2, 2, 0, 2}),
-         .edges = scalars({0, 0, 0, 1})},
-        {.name = "rising: the threshold counts as above",
-         .mode = kRising,
-         .impulse = true,
-         .inputs = scalars({0, 1, 2, 0}),
-         .edges = scalars({0, 1, 0, 0})},
-        {.name = "falling",
-         .mode = kFalling,
-         .impulse = true,
-         .inputs = scalars({2, 0, 0, 2, 0}),
-         .edges = scalars({0, 1, 0, 0, 1})},
-        {.name = "falling: a first sample below is no edge",
-         .mode = kFalling,
-         .impulse = true,
-         .inputs = scalars({0, 0, 1, 0}),
-         .edges = scalars({0, 0, 0, 1})},
-        {.name = "both",
-         .mode = kBoth,
-         .impulse = true,
-         .inputs = scalars({0, 2, 0, 0, 2, 1}),
-         .edges = scalars({0, 1, 1, 0, 1, 0})},
-        {.name = "both, as a level",
-         .mode = kBoth,
-         .impulse = false,
-         .inputs = scalars({2, 0, 0, 2, 2, 0}),
-         .edges = scalars({0, 1, 1, 0, 0, 1})},
-        {.name = "rising, as a level",
-         .mode = kRising,
-         .impulse = false,
-         .inputs = scalars({0, 2, 0, 2, 0, 2}),
-         .edges = scalars({0, 1, 1, 0, 0, 1})},
-        {.name = "not-a-number keeps a rising arm",
-         .mode = kRising,
-         .impulse = true,
-         .inputs = scalars({0, kNaN, 2, kNaN, 2}),
-         .edges = scalars({0, 0, 1, 0, 0})},
-        {.name = "not-a-number keeps a falling arm",
-         .mode = kFalling,
-         .impulse = true,
-         .inputs = scalars({2, kNaN, 0, kNaN, 0}),
-         .edges = scalars({0, 0, 1, 0, 0})},
-        {.name = "not-a-number arms nothing",
-         .mode = kBoth,
-         .impulse = true,
-         .inputs = scalars({kNaN, 2, kNaN, 0}),
-         .edges = scalars({0, 0, 0, 1})},
-        {.name = "infinities",
-         .mode = kBoth,
-         .impulse = true,
-         .inputs = scalars({-kInf, kInf, -kInf}),
-         .edges = scalars({0, 1, 1})},
+        // name                                mode      impulse inputs                 edges
+        {"rising",                             kRising,  true,   {0, 2, 2, 0, 2},       {0, 1, 0, 0, 1}},
+        {"rising: above at first is no edge",  kRising,  true,   {2, 2, 0, 2},          {0, 0, 0, 1}},
+        {"rising: the threshold is above",     kRising,  true,   {0, 1, 2, 0},          {0, 1, 0, 0}},
+        {"falling",                            kFalling, true,   {2, 0, 0, 2, 0},       {0, 1, 0, 0, 1}},
+        {"falling: below at first is no edge", kFalling, true,   {0, 0, 1, 0},          {0, 0, 0, 1}},
+        {"both",                               kBoth,    true,   {0, 2, 0, 0, 2, 1},    {0, 1, 1, 0, 1, 0}},
+        {"both, as a level",                   kBoth,    false,  {2, 0, 0, 2, 2, 0},    {0, 1, 1, 0, 0, 1}},
+        {"rising, as a level",                 kRising,  false,  {0, 2, 0, 2, 0, 2},    {0, 1, 1, 0, 0, 1}},
+        {"not-a-number keeps a rising arm",    kRising,  true,   {0, kNaN, 2, kNaN, 2}, {0, 0, 1, 0, 0}},
+        {"not-a-number keeps a falling arm",   kFalling, true,   {2, kNaN, 0, kNaN, 0}, {0, 0, 1, 0, 0}},
+        {"not-a-number arms nothing",          kBoth,    true,   {kNaN, 2, kNaN, 0},    {0, 0, 0, 1}},
+        {"infinities",                         kBoth,    true,   {-kInf, kInf, -kInf},  {0, 1, 1}},
     };
+    // clang-format on
     for (const Row& row : rows) {
         FilterEdge block("edge");
         Feed feed(block);
         feed.set("mode", row.mode);
         feed.set("impulse", row.impulse);
-        for (const MatrixXd& x : row.inputs)
-            feed.run("input", x);
-        EXPECT_TRUE(agree(feed.values(), row.edges, same)) << row.name;
+        for (const double x : row.inputs)
+            feed.run("input", matrix({{x}}));
+        EXPECT_TRUE(agree(feed.values(), scalars(row.edges), same)) << row.name;
     }
 }
 

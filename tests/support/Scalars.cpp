@@ -7,7 +7,7 @@ namespace Support {
 
 using Quillmere::Core::MatrixXd;
 
-std::vector<MatrixXd> scalars(std::initializer_list<double> values) {
+std::vector<MatrixXd> scalars(const std::vector<double>& values) {
     std::vector<MatrixXd> trace;
     for (const double value : values)
         trace.push_back(MatrixXd::Constant(1, 1, value));

@@ -3,14 +3,13 @@
 
 #include "framework/transport/MatrixXd.h"
 
-#include <initializer_list>
 #include <random>
 #include <vector>
 
 namespace Support {
 
 /// A trace of 1 by 1 samples.
-std::vector<Quillmere::Core::MatrixXd> scalars(std::initializer_list<double> values);
+std::vector<Quillmere::Core::MatrixXd> scalars(const std::vector<double>& values);
 
 /// A number as comparisons meet it: mostly a multiple of a half between -3 and 3, so that it often lies right
 /// on a threshold, and now and then something in between, -0.0, an infinity or not-a-number.
