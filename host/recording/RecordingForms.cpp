@@ -3,6 +3,7 @@
 
 #include "host/ends/RecordingException.h"
 #include "host/ends/StandardStream.h"
+#include "host/recording/BidsReader.h"
 #include "host/recording/CsvReader.h"
 #include "host/recording/RecordingFile.h"
 #include "host/text/Complaint.h"
@@ -117,6 +118,11 @@ constexpr std::array kForms{
          }},
     Form{[](const std::string&, std::string_view head) { return getIsMat(head); }, openAsMat},
     Form{[](const std::string&, std::string_view head) { return getIsWav(head); }, openAsWav},
+    Form{[](const std::string& path, std::string_view) { return BidsReader::getIsOf(path); },
+         [](OpenFile file, const DataWish& wish) -> Reader {
+             refuseData(*file, wish);
+             return std::make_unique<BidsReader>(std::move(file));
+         }},
     Form{[](const std::string&, std::string_view) { return true; },
          [](OpenFile file, const DataWish& wish) -> Reader {
              refuseData(*file, wish);
@@ -147,6 +153,7 @@ std::string_view lookAtBegin(RecordingFile& file) {
 const std::vector<std::string>& getRecordingForms() {
     static const std::vector<std::string> names{
         "CSV",
+        "BIDS motion",
 #ifdef QUILLMERE_WITH_ZLIB
         "CSV compressed by gzip",
         "MAT 5",

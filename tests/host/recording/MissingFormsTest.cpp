@@ -24,13 +24,13 @@ std::string refusalOf(const std::string& path) {
 }
 
 TEST(MissingForms, AreNotNamedAmongThoseThatAreBuiltIn) {
-    EXPECT_EQ(getRecordingForms(), (std::vector<std::string>{"CSV"}));
+    EXPECT_EQ(getRecordingForms(), (std::vector<std::string>{"CSV", "BIDS motion"}));
 }
 
 TEST(MissingForms, AFileOfOneIsRefusedByItsForm) {
     const Support::TemporaryFolder folder;
-    const std::string builtIn =
-        ", which this build of the program has no reader for; expected one of what it was built with: CSV";
+    const std::string builtIn = ", which this build of the program has no reader for; expected one of what "
+                                "it was built with: CSV and BIDS motion";
     EXPECT_EQ(refusalOf(folder.write("in.gz", "\x1F\x8B\x08\0\0\0\0\0"s)),
               ": found a file compressed by gzip" + builtIn);
     EXPECT_EQ(refusalOf(folder.write("in.h5", "\x89HDF\r\n\x1A\n")), ": found an HDF5 file" + builtIn);
