@@ -5,6 +5,7 @@
 #include "host/text/Counted.h"
 #include "host/text/NearestName.h"
 #include "host/run/Job.h"
+#include "host/text/Table.h"
 
 #include <CLI/CLI.hpp>
 
@@ -38,6 +39,10 @@ ExitCode CheckCommand::run() {
     std::cout << graph.getName() << ": " << counted(graph.getNodes().size(), "block") << ", "
               << counted(job.getDescription().connections.size(), "connection") << ", ready to run"
               << whatIsLeft(graph) << "\n";
+    Table numbers(2);
+    for (const RateConversion& conversion : graph.getConversions())
+        numbers.add({conversion.target, conversion.getText()});
+    std::cout << numbers.getText();
     return kDone;
 }
 

@@ -40,6 +40,13 @@ struct CutGraph {
     CutGraph(const GraphDescription& description, const BlockCatalogue& catalogue, const std::string& id)
         : graph(description, catalogue, complaints) {
         complaints.raise();
+        // A cut-off in hertz needs the recording's rate.
+        if (graph.getAwaitsRates()) graph.openRecordings(complaints, Graph::Pipes::Leave);
+        complaints.raise();
+        if (graph.getAwaitsRates())
+            throw UsageError({{description.path},
+                              "settings in hertz or seconds, and a recording that comes through a pipe",
+                              "a file in its place, or numbers without a unit"});
         std::vector<std::string> ids;
         for (const Graph::Node& node : graph.getNodes()) {
             ids.push_back(node.description->id);

@@ -109,6 +109,8 @@ void printSummary(const RunOutcome& outcome, Clock::time_point start) {
         for (const std::string& silence : result.silentPins)
             ends.add({"", "nothing to " + silence});
     }
+    for (const RateConversion& conversion : outcome.conversions)
+        ends.add({conversion.target, conversion.getText()});
     out << ends.getText();
 }
 

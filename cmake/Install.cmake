@@ -33,6 +33,9 @@ foreach(file IN ITEMS Feed.h Feed.cpp Numbers.h Numbers.cpp)
   install(FILES "${PROJECT_SOURCE_DIR}/tests/support/${file}" DESTINATION "${headers}/tests/support")
 endforeach()
 
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/manual/" DESTINATION "${CMAKE_INSTALL_LIBDIR}/libVelmarind.manual"
+  FILES_MATCHING PATTERN "*.yaml")
+
 # Under the command's name, as bash looks for it.
 install(FILES "${PROJECT_BINARY_DIR}/cli/quillmere.bash" RENAME quillmere
   DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/description/Value.h"
 
+#include "host/description/Quantity.h"
 #include "host/text/Printable.h"
 #include "host/text/ShortestText.h"
 
@@ -113,8 +114,10 @@ bool Value::operator==(const Value& other) const {
 }
 
 std::string Value::describe() const {
-    const std::string origin =
-        parameter.empty() ? "" : " (the parameter '" + printable(parameter, kLongestName) + "')";
+    const std::string origin = !madeOf.empty() ? " (made of '" + printable(madeOf, kLongestName) + "')"
+                               : !parameter.empty()
+                                   ? " (the parameter '" + printable(parameter, kLongestName) + "')"
+                                   : "";
     switch (kind) {
     case Kind::Null:
         return "nothing" + origin;
@@ -172,14 +175,14 @@ std::optional<double> toNumber(const Value& value, Complaints& complaints) {
     if (!isNumeric(value, "a number", complaints)) return std::nullopt;
     if (const auto special = specialNumber(value.text)) return special;
     const auto number = parsed<double>(value.text);
-    if (!number) complaints.add(value.where, value.describe(), "a number");
+    if (!number) complaints.add(value.where, value.describe(), "a number", withNearestUnit(value));
     return number;
 }
 
 std::optional<std::int64_t> toWhole(const Value& value, Complaints& complaints) {
     if (!isNumeric(value, "a whole number", complaints)) return std::nullopt;
     const auto number = parsed<std::int64_t>(value.text);
-    if (!number) complaints.add(value.where, value.describe(), "a whole number");
+    if (!number) complaints.add(value.where, value.describe(), "a whole number", withNearestUnit(value));
     return number;
 }
 

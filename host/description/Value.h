@@ -28,6 +28,7 @@ struct QUILLMERE_API Value {
     std::vector<Entry> entries; ///< Of a map, in file order; no key twice.
     Place where;
     std::string parameter; ///< The parameter that it came from, if one stood here.
+    std::string madeOf;    ///< `5 Hz`, where a number was made of that.
 
     /// Whether it stands for a parameter that there isn't, which is a complaint already.
     bool isMissing() const { return kind == Kind::Null && !parameter.empty(); }
@@ -36,7 +37,8 @@ struct QUILLMERE_API Value {
     /// How many values it holds, itself included.
     std::size_t count() const;
 
-    /// For messages: a scalar's text in quotes, `a list`, `a map` or `nothing`, and the parameter behind it.
+    /// For messages: a scalar's text in quotes, `a list`, `a map` or `nothing`, and what it came from behind
+    /// it.
     std::string describe() const;
 
     /// Whether both are written alike, wherever they stand and whatever brought them.

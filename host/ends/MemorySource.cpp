@@ -82,4 +82,13 @@ std::optional<SourceAccount> MemorySource::lookAhead(std::uint64_t most) const {
     return accountOf(count, ahead);
 }
 
+std::optional<SampleRate> MemorySource::getSampleRate(const Core::AbstractOutputPin&) const {
+    if (recording->rate) return SampleRate{.perSecond = *recording->rate};
+    RateMeter meter;
+    const std::size_t count = std::min<std::size_t>(kRowsMeasured, recording->getSize());
+    for (std::size_t i = 0; i < count; ++i)
+        meter.take(recording->getTime(i));
+    return meter.measure();
+}
+
 } // namespace Quillmere::Host

@@ -42,6 +42,7 @@ public:
     Cell getCell(const Core::AbstractOutputPin& pin, std::size_t element) const override;
     SourceAccount getAccount() const override { return accountOf(taken, watch); }
     std::optional<SourceAccount> lookAhead(std::uint64_t most) const override;
+    std::optional<SampleRate> getSampleRate(const Core::AbstractOutputPin& pin) const override;
 
 private:
     SourceAccount accountOf(std::size_t count, const TimeStampWatch& times) const;

@@ -3,6 +3,7 @@
 
 #include "framework/core/AbstractOutputPin.h"
 #include "framework/core/Api.h"
+#include "host/ends/SampleRate.h"
 #include "host/ends/SourceAccount.h"
 
 #include <cstddef>
@@ -36,6 +37,11 @@ public:
     virtual std::vector<std::string> getColumnNames() const { return {}; }
     /// The shape of each sample of an output; nothing when that can't be known beforehand. [setup]
     virtual std::optional<Shape> getSampleShape(const Core::AbstractOutputPin&) const { return std::nullopt; }
+    /// How often an output sends; nothing when that can't be known beforehand. Takes nothing away from the
+    /// run. Requires: open. [setup]
+    virtual std::optional<SampleRate> getSampleRate(const Core::AbstractOutputPin&) const {
+        return std::nullopt;
+    }
     /// Where an element stands in the recording of the sample that an output has sent last. [run]
     virtual Cell getCell(const Core::AbstractOutputPin& output, std::size_t element) const = 0;
 

@@ -5,18 +5,20 @@
 #include "framework/core/AbstractOutputPin.h"
 #include "host/graph/FirstRows.h"
 #include "host/graph/GraphBuilder.h"
+#include "host/graph/RateSettings.h"
 #include "host/graph/SettingRules.h"
+#include "host/graph/TimelineRehearsal.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace Quillmere::Host {
 
-Graph::Graph(const GraphDescription& graphDescription, const BlockCatalogue& catalogue,
+Graph::Graph(const GraphDescription& graphDescription, const BlockCatalogue& blockCatalogue,
              Complaints& complaints)
-    : description(graphDescription.resolved(complaints)), parts(description) {
+    : catalogue(blockCatalogue), description(graphDescription.resolved(complaints)), parts(description) {
     GraphBuilder(parts, description, catalogue, complaints).build();
-    warnOfContradictions(*this, complaints);
+    if (!parts.awaitsRates) warnOfContradictions(*this, complaints);
 }
 
 Graph::~Graph() = default;
@@ -39,11 +41,36 @@ void Graph::requireDrive(Complaints& complaints) const {
             "the graph has no sink, so nothing is kept of what it does; a RecordingSink writes a result");
 }
 
-void Graph::openSources(Complaints& complaints, Pipes pipes) {
-    for (const Node& node : parts.nodes) {
-        if (node.source == nullptr || node.isFaulty) continue;
-        if (pipes == Pipes::Read || !getComesByItself(node.waking)) node.source->open(complaints);
+/// Writes what had to wait for the rates.
+void Graph::settle(Complaints& complaints) {
+    Complaints own;
+    RateSettings rates(parts, description, catalogue, own);
+    if (parts.awaitsRates) {
+        rates.write();
+        // What has no number yet would only be refused again.
+        if (own.isEmpty()) rehearseTimeline(parts, catalogue, own);
+        warnOfContradictions(*this, own);
     }
+    rates.warnOfUnevenTime();
+    complaints.add(own);
+}
+
+void Graph::openRecordings(Complaints& complaints, Pipes pipes) {
+    bool areAllOpen = true;
+    Complaints refusals;
+    for (const Node& node : parts.nodes) {
+        if (node.source == nullptr) continue;
+        const bool isLeft = pipes == Pipes::Leave && getComesByItself(node.waking);
+        areAllOpen = areAllOpen && !isLeft && !node.isFaulty;
+        if (!isLeft && !node.isFaulty) node.source->open(refusals);
+    }
+    // Without a recording there is no rate, which is no complaint of its own.
+    if (areAllOpen && refusals.isEmpty()) settle(complaints);
+    complaints.add(refusals);
+}
+
+void Graph::openSources(Complaints& complaints, Pipes pipes) {
+    openRecordings(complaints, pipes);
     warnOfFirstRows(*this, complaints);
     std::vector<std::string> recorded;
     for (const Node& node : parts.nodes)

@@ -43,7 +43,8 @@ public:
     void allowOverwriting();
     Core::LayoutManager& getLayout() { return parts.layout; }
     const std::string& getName() const { return parts.layout.getName(); }
-    /// What it was built from: the description with its parameters filled in.
+    /// What it was built from: the description with its parameters filled in, and with numbers in place of
+    /// frequencies and times from when the sources are open.
     const GraphDescription& getDescription() const { return description; }
     /// The block of that id; null for one that the description doesn't have.
     const Node* find(const std::string& id) const { return parts.find(id); }
@@ -56,9 +57,16 @@ public:
     /// Complains of a graph that nothing drives: it has neither a source nor a block that makes samples; and
     /// warns of one that keeps nothing, since it has no sink. [setup]
     void requireDrive(Complaints& complaints) const;
-    /// Opens the recordings and complains of what they lack, and of results that have no place. No result is
-    /// touched. A graph whose pipes are left isn't run. [setup]
+    /// Opens the recordings and complains of what they lack; and writes the settings that stand in hertz or
+    /// seconds, for which it takes the recordings' rates. A graph whose pipes are left isn't run. [setup]
+    void openRecordings(Complaints& complaints, Pipes pipes = Pipes::Read);
+    /// The same, and complains of results that have no place. No result is touched. [setup]
     void openSources(Complaints& complaints, Pipes pipes = Pipes::Read);
+    /// Whether settings stand in hertz or seconds that aren't written yet.
+    bool getAwaitsRates() const { return parts.awaitsRates; }
+    /// What was made of those: of settings in file order, then of the timeline.
+    const std::vector<RateConversion>& getConversions() const { return parts.conversions; }
+    const BlockCatalogue& getCatalogue() const { return catalogue; }
     /// From then on sources and sinks that wait for the other end of a pipe raise `InterruptedException` when
     /// a stop is requested. Requires: the sources are open. [setup]
     void setStop(const std::stop_token& stop);
@@ -71,7 +79,10 @@ public:
     void cutLoose(Core::Filter& block);
 
 private:
-    const GraphDescription description; ///< Resolved.
+    void settle(Complaints& complaints);
+
+    const BlockCatalogue catalogue;
+    GraphDescription description; ///< Resolved.
     GraphParts parts;
 };
 

@@ -9,9 +9,11 @@
 #include "host/text/Printable.h"
 #include "host/graph/MemberNames.h"
 #include "host/graph/PropertyWriter.h"
+#include "host/graph/RateSettings.h"
 #include "host/graph/RunFiles.h"
 #include "host/graph/RunOrder.h"
 #include "host/graph/TimelineBuilder.h"
+#include "host/graph/TimelineRehearsal.h"
 
 #include <algorithm>
 
@@ -34,7 +36,7 @@ void GraphBuilder::build() {
         if (node.block != nullptr) applySettings(node);
     for (const Connection& connection : description.connections)
         connect(connection);
-    TimelineBuilder timeline(parts, catalogue, connected, complaints);
+    TimelineBuilder timeline(parts, connected, complaints);
     timeline.resolve(description.timeline);
     for (const Sink* const sink : parts.sinks)
         sink->checkPins(complaints);
@@ -42,6 +44,7 @@ void GraphBuilder::build() {
     RunFiles(description, catalogue, complaints).check(parts.nodes);
     arrange();
     timeline.link();
+    if (!parts.awaitsRates) rehearseTimeline(parts, catalogue, complaints);
 }
 
 void GraphBuilder::createBlocks() {
@@ -109,7 +112,8 @@ void GraphBuilder::checkOrigins(const Node& node, Complaints& own) {
     }
 }
 
-/// Writes the settings in file order, as far as the block lets them.
+/// Writes the settings in file order, as far as the block lets them. If one has to wait for the rate of its
+/// samples, all do, to keep the order.
 void GraphBuilder::setProperties(Node& node, Complaints& own) {
     const Core::PropertyBag& bag = node.block->getPropertyBag();
     std::vector<PropertyWrite> writes;
@@ -123,7 +127,10 @@ void GraphBuilder::setProperties(Node& node, Complaints& own) {
                        "one of ", [&] { return namesOf(bag); });
         }
     }
-    writeProperties(std::move(writes), own);
+    if (std::any_of(writes.begin(), writes.end(), getAwaitsRate))
+        parts.awaitsRates = true;
+    else
+        writeProperties(std::move(writes), own);
 }
 
 void GraphBuilder::connect(const Connection& connection) {

@@ -10,6 +10,7 @@
 #include "host/ends/Sink.h"
 #include "host/ends/Source.h"
 #include "host/ends/WakingSource.h"
+#include "host/graph/RateConversion.h"
 #include "host/graph/Timeline.h"
 #include "host/plugins/PluginLibrary.h"
 
@@ -58,6 +59,10 @@ struct QUILLMERE_API GraphParts {
     std::vector<Sink*> sinks;
     /// The connection in the file that gave an input its link.
     std::map<const Core::AbstractInputPin*, const GraphDescription::Connection*> connections;
+    /// Whether settings stand in hertz or seconds that aren't written yet, and what was made of those that
+    /// were.
+    bool awaitsRates = false;
+    std::vector<RateConversion> conversions;
     Timeline timeline; ///< Goes before the blocks that it is linked with.
 };
 

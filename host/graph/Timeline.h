@@ -24,9 +24,11 @@ public:
         double at = 0.0; ///< Seconds of stream time.
         Place where;
         Value value;
+        const Core::Filter* block = nullptr; ///< Whose setting, command or input it is.
         Core::AbstractProperty* property = nullptr;
         Core::CommandProperty* command = nullptr;
         Core::OutputPin<Core::MatrixXd>* output = nullptr;
+        const Core::AbstractInputPin* input = nullptr; ///< That gets the sample.
         Core::MatrixXd sample;
     };
 
@@ -50,6 +52,8 @@ public:
 
     /// Requires: no action that is there already is for a later time. [setup]
     void add(Action action) { actions.push_back(std::move(action)); }
+    /// By time, which stays as it is. [setup]
+    std::vector<Action>& getActions() { return actions; }
     /// A pin of the sender for values to one input. [setup]
     Core::OutputPin<Core::MatrixXd>& addOutput(const std::string& name);
 

@@ -4,7 +4,8 @@
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 #include "host/graph/MemberNames.h"
-#include "host/graph/PropertyWriter.h"
+#include "host/description/Quantity.h"
+#include "host/graph/RateSettings.h"
 
 namespace Quillmere::Host {
 
@@ -18,9 +19,8 @@ std::vector<std::string> commandsOf(const Core::Filter& block) {
 }
 } // namespace
 
-TimelineBuilder::TimelineBuilder(GraphParts& graphParts, const BlockCatalogue& types, Connected& linked,
-                                 Complaints& list)
-    : parts(graphParts), catalogue(types), connected(linked), complaints(list) {}
+TimelineBuilder::TimelineBuilder(GraphParts& graphParts, Connected& linked, Complaints& list)
+    : parts(graphParts), connected(linked), complaints(list) {}
 
 void TimelineBuilder::resolve(const std::vector<GraphDescription::TimelineEntry>& entries) {
     for (const GraphDescription::TimelineEntry& entry : entries) {
@@ -44,6 +44,7 @@ void TimelineBuilder::resolve(double at, const Change& change, const Node& node)
     action.at = at;
     action.where = change.where;
     action.value = change.value;
+    action.block = node.block.get();
     if (change.kind == Change::Kind::Set) resolveSetting(change, node, action);
     if (change.kind == Change::Kind::Fire) resolveCommand(change, node, action);
     if (change.kind == Change::Kind::Send) resolveInput(change, node, action);
@@ -55,19 +56,14 @@ void TimelineBuilder::resolveSetting(const Change& change, const Node& node, Tim
     action.property = bag.find(change.name);
     if (action.property == nullptr) {
         refuse("property", change, node, [&] { return namesOf(bag); });
-        return;
+    } else if (getAwaitsRate({action.property, &change.value})) {
+        parts.awaitsRates = true;
     }
-    writeProperty(rehearsalOf(node)->getProperty(change.name), change.value, complaints);
 }
 
 void TimelineBuilder::resolveCommand(const Change& change, const Node& node, Timeline::Action& action) {
     action.command = dynamic_cast<Core::CommandProperty*>(node.block->getPropertyBag().find(change.name));
-    if (action.command == nullptr) {
-        refuse("command", change, node, [&] { return commandsOf(*node.block); });
-        return;
-    }
-    Core::AbstractProperty& command = rehearsalOf(node)->getProperty(change.name);
-    fireCommand(dynamic_cast<Core::CommandProperty&>(command), change.where, complaints);
+    if (action.command == nullptr) refuse("command", change, node, [&] { return commandsOf(*node.block); });
 }
 
 void TimelineBuilder::resolveInput(const Change& change, const Node& node, Timeline::Action& action) {
@@ -84,7 +80,10 @@ void TimelineBuilder::resolveInput(const Change& change, const Node& node, Timel
             "an input without a connection (line " + std::to_string(known->second.line) + " has one)");
         return;
     }
-    if (change.value.isScalar()) {
+    action.input = pin;
+    if (toQuantity(change.value)) {
+        parts.awaitsRates = true;
+    } else if (change.value.isScalar()) {
         if (const auto number = toNumber(change.value, complaints))
             action.sample = Core::MatrixXd::Constant(1, 1, *number);
     } else if (const auto matrix = toMatrix(change.value, complaints)) {
@@ -99,20 +98,6 @@ void TimelineBuilder::refuse(const std::string& kind, const Change& change, cons
     refuseName(complaints, change.where, change.name,
                "the " + kind + " '" + printable(change.name, kLongestName) + "' of " + node.getQuoted(),
                "one of ", known, kOneThatHasSome);
-}
-
-/// The block on which changes of a graph's block are tried: of the same type, with the same settings.
-Core::Filter* TimelineBuilder::rehearsalOf(const Node& node) {
-    BlockPtr& block = rehearsals[node.block.get()];
-    if (block != nullptr) return block.get();
-    block = catalogue.create(node.description->type, node.description->id);
-    std::vector<PropertyWrite> writes;
-    for (const GraphDescription::Setting& setting : node.description->settings)
-        if (Core::AbstractProperty* const property = block->getPropertyBag().find(setting.name))
-            if (!setting.value.isMissing()) writes.push_back({property, &setting.value});
-    Complaints heardAlready;
-    writeProperties(std::move(writes), heardAlready);
-    return block.get();
 }
 
 Core::OutputPin<Core::MatrixXd>& TimelineBuilder::outputFor(Core::AbstractInputPin& input) {

@@ -13,19 +13,17 @@
 
 namespace Quillmere::Host {
 
-/// Fills a graph's `Timeline` and complains of what its blocks don't have or wouldn't take. The changes are
-/// rehearsed, by time, on blocks of their own that are set as those of the graph: the graph's own blocks are
-/// left as they begin.
+/// Fills a graph's `Timeline` and complains of what its blocks don't have. Whether they would take it is
+/// rehearsed later (`TimelineRehearsal.h`).
 class TimelineBuilder {
 public:
     using Connected = std::map<const Core::AbstractInputPin*, Place>;
 
     /// `connected` holds the inputs that connections lead to; those that get values are entered too. Nothing
     /// is owned.
-    TimelineBuilder(GraphParts& parts, const BlockCatalogue& catalogue, Connected& connected,
-                    Complaints& complaints);
+    TimelineBuilder(GraphParts& parts, Connected& connected, Complaints& complaints);
 
-    /// Finds and rehearses everything. Requires: the entries stand by time.
+    /// Finds everything. Requires: the entries stand by time.
     void resolve(const std::vector<GraphDescription::TimelineEntry>& entries);
     /// Links the inputs that get values. Requires: the graph's blocks stand in their layout.
     void link();
@@ -40,16 +38,12 @@ private:
     void resolveInput(const Change& change, const Node& node, Timeline::Action& action);
     template <class Names>
     void refuse(const std::string& kind, const Change& change, const Node& node, const Names& known);
-    Core::Filter* rehearsalOf(const Node& node);
     Core::OutputPin<Core::MatrixXd>& outputFor(Core::AbstractInputPin& input);
 
     GraphParts& parts;
-    const BlockCatalogue& catalogue;
     Connected& connected;
     Complaints& complaints;
     PinIndex<Core::AbstractInputPin> inputs;
-    /// For a block of the graph the one that stands in for it.
-    std::map<const Core::Filter*, BlockPtr> rehearsals;
     std::map<Core::AbstractInputPin*, Core::OutputPin<Core::MatrixXd>*> links;
 };
 

@@ -2,6 +2,7 @@
 #include "host/live/LiveGraph.h"
 
 #include "framework/Quillmere.h"
+#include "host/graph/RateValues.h"
 #include "host/graph/RunOrder.h"
 #include "host/live/ControlException.h"
 #include "host/text/Complaint.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <limits>
 #include <set>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -148,6 +150,19 @@ LiveLayout* LiveGraph::layoutOf(const Core::Filter& block) {
         return &layout.getBlocks() == block.getManager();
     });
     return found == layouts.end() ? nullptr : &*found;
+}
+
+std::optional<Value> LiveGraph::withRate(const LiveBlocks::Setting& setting, const Value& value,
+                                         Complaints& complaints) {
+    const std::lock_guard<std::mutex> still(structure); // links are followed
+    const Graph::Node* const node = std::as_const(graph).find(setting.block.getName());
+    const auto conversion =
+        RateValues(graph.getNodes(), graph.getCatalogue())
+            .convert({.block = setting.block,
+                      .type = node == nullptr ? setting.block.getTypeName() : node->description->type,
+                      .name = setting.property.getName()},
+                     value, complaints);
+    return conversion ? std::optional(conversion->getValue(value)) : std::nullopt;
 }
 
 void LiveGraph::lookAgain(const Core::Filter& block) {

@@ -64,6 +64,10 @@ public:
 
     /// [any]
     const LiveBlocks& getBlocks() const { return blocks; }
+    /// The number that a frequency or a time is for a setting, by the rate that comes to its block just now.
+    /// Complains where there is none. [any]
+    std::optional<Value> withRate(const LiveBlocks::Setting& setting, const Value& value,
+                                  Complaints& complaints);
     /// The layout that runs a block looks at it again. [any]
     void lookAgain(const Core::Filter& block);
     /// [any]

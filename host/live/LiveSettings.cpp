@@ -3,6 +3,7 @@
 
 #include "framework/core/CommandProperty.h"
 #include "host/graph/PropertyWriter.h"
+#include "host/graph/RateSettings.h"
 #include "host/live/ControlException.h"
 #include "host/description/ValueReader.h"
 #include "host/graph/BlockDescription.h"
@@ -92,7 +93,9 @@ SettingState LiveSettings::read(const std::string& name) const {
 void LiveSettings::write(const std::string& name, const std::string& text) {
     const LiveBlocks::Setting setting = graph.getBlocks().getSetting(name);
     Complaints complaints;
-    const auto value = readValueText(text, name, false, complaints);
+    auto value = readValueText(text, name, false, complaints);
+    if (value && getAwaitsRate({&setting.property, &*value}))
+        value = graph.withRate(setting, *value, complaints);
     if (value) withRefusalsTold([&] { writePropertyOrRaise(setting.property, *value, complaints); });
     raise(complaints);
     graph.lookAgain(setting.block);

@@ -66,6 +66,11 @@ std::string BlockCatalogue::getPluginVersion(const std::string& type) const {
     return entry == nullptr ? "" : entry->factory->getVersion().toString();
 }
 
+std::string BlockCatalogue::getPluginPath(const std::string& type) const {
+    const Entry* const entry = find(type);
+    return entry == nullptr ? "" : entry->library->getPath();
+}
+
 std::vector<std::string> BlockCatalogue::getPluginPaths() const {
     std::vector<std::string> paths;
     for (const Entry& entry : entries)

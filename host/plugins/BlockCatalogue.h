@@ -34,6 +34,7 @@ public:
     /// The plug-in that a type comes from and its version, empty for a type of the host or an unknown one.
     std::string getPluginName(const std::string& type) const;
     std::string getPluginVersion(const std::string& type) const;
+    std::string getPluginPath(const std::string& type) const; ///< Its file.
 
     /// The files of the plug-ins, each once.
     std::vector<std::string> getPluginPaths() const;

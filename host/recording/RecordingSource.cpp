@@ -364,20 +364,24 @@ SourceAccount RecordingSource::getAccount() const {
     return account;
 }
 
+namespace {
+/// The next row of a look ahead; a bad one, which the run will tell of, is the end of it.
+RecordingRows::Row takeAhead(RecordingRows& rows) {
+    try {
+        return rows.take();
+    } catch (const RecordingException&) {
+        return RecordingRows::Row::End;
+    }
+}
+} // namespace
+
 std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) const {
     if (recording == nullptr || getComesByItself()) return std::nullopt;
     SourceAccount account;
     try {
         RecordingRows ahead(openReader(), recording->getPlan());
-        const auto look = [&] {
-            for (std::uint64_t i = 0; i < most; ++i)
-                if (ahead.take() == RecordingRows::Row::End) return;
-        };
-        try {
-            look();
-        } catch (const RecordingException&) {
-            // A bad row, which the run will tell of.
-        }
+        for (std::uint64_t i = 0; i < most; ++i)
+            if (takeAhead(ahead) == RecordingRows::Row::End) break;
         account = ahead.getAccount();
         if (rate) account.otherClock = findOtherClock(getPath(), *rate, most, getWish());
         if (timeColumn) account.otherUnit = findOtherUnit(timeColumn->name);
@@ -385,6 +389,33 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
         // The file is gone.
     }
     return account;
+}
+
+/// A pin that gets nothing from some rows, as a slow sensor beside a fast one, has a rate of its own.
+std::optional<SampleRate> RecordingSource::getSampleRate(const Core::AbstractOutputPin& pin) const {
+    if (recording == nullptr) return std::nullopt;
+    const double rowsASample = static_cast<double>(std::max<std::size_t>(hop, 1));
+    const auto stated = rate ? std::optional(SampleRate{.perSecond = *rate / rowsASample}) : std::nullopt;
+    if (getComesByItself()) return stated;
+    RateMeter meter;
+    bool isSparse = false;
+    try {
+        RecordingRows ahead(openReader(), recording->getPlan());
+        const std::size_t output = findOutput(pin);
+        for (std::uint64_t i = 0; i < kRowsMeasured; ++i) {
+            const RecordingRows::Row row = takeAhead(ahead);
+            if (row == RecordingRows::Row::End) break;
+            if (row != RecordingRows::Row::Taken) continue;
+            isSparse = isSparse || !ahead.getHasSample(output);
+            if (ahead.getHasSample(output)) meter.take(ahead.getTime());
+        }
+    } catch (const RecordingException&) {
+        return std::nullopt; // the file is gone
+    }
+    if (stated && !isSparse) return stated;
+    std::optional<SampleRate> measured = meter.measure();
+    if (measured) measured->perSecond /= rowsASample;
+    return measured;
 }
 
 std::vector<FileEnd::File> RecordingSource::getFiles() const {

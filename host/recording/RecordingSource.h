@@ -67,6 +67,7 @@ public:
     SourceAccount getAccount() const override;
     std::vector<File> getFiles() const override;
     std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
+    std::optional<SampleRate> getSampleRate(const Core::AbstractOutputPin& pin) const override;
 
 private:
     struct Column {

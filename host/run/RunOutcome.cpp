@@ -225,6 +225,7 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
     const Links known(graph.getDescription(), blocks);
     for (const Core::Filter* const block : blocks)
         addLinks(*block, known, outcome.links);
+    outcome.conversions = graph.getConversions();
     warnOfNonFinite(graph, nonFinite, outcome);
     warnOfLosses(outcome);
     return outcome;

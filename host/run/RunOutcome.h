@@ -64,7 +64,8 @@ struct RunOutcome {
     std::vector<Link> links;
     /// What first made an infinity or not-a-number out of finite input.
     std::optional<Spot> firstMaker;
-    std::vector<Warning> doubts;   ///< What was doubtful before it ran.
+    std::vector<RateConversion> conversions; ///< Numbers that were made of hertz and seconds.
+    std::vector<Warning> doubts;             ///< What was doubtful before it ran.
     std::vector<Warning> warnings; ///< What went well in form and may well not be what the user meant.
 
     bool getIsWhole() const { return failure.empty(); }

@@ -286,4 +286,39 @@ TEST_F(LiveSettingsTest, SettingsStayOpenBeforeTheStartAndBehindTheEnd) {
     EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,6\n");
 }
 
+/// Two pipes: of one the graph states the rate, of the other nobody knows it before its rows have come.
+class LiveRateTest : public Support::LiveFixture {
+protected:
+    LiveRateTest() : stated(folder.path("stated")), timed(folder.path("timed")) {
+        stated.write("x\n");
+        timed.write("t,x\n");
+        start(
+            "format: 1\nblocks:\n"
+            "  - {id: stated, type: RecordingSource, properties: {file: stated, rate: 100, pins: {x: x}}}\n" +
+            sourceLine("timed", "timed", "x: x") +
+            "  - {id: even, type: FilterButterworth, properties: {RelativeCutOffFreq: 4 Hz}}\n"
+            "  - {id: other, type: FilterButterworth}\n" +
+            sinkLine("out", "out.csv", "main") +
+            "connections: [{from: stated, to: even.in}, {from: timed, to: other.in}, {from: even, to: "
+            "out.x}, "
+            "{from: other, to: out.y}]\n");
+    }
+    Fifo stated;
+    Fifo timed;
+};
+
+TEST_F(LiveRateTest, AFrequencyIsConvertedByTheRateThatTheGraphStates) {
+    EXPECT_EQ(liveRun->read("even.RelativeCutOffFreq").value, "0.08");
+    liveRun->write("even.RelativeCutOffFreq", "5 Hz");
+    EXPECT_EQ(liveRun->read("even.RelativeCutOffFreq").value, "0.1");
+    try {
+        liveRun->write("other.RelativeCutOffFreq", "5 Hz");
+        FAIL() << "a rate that nobody knows";
+    } catch (const ControlException& exception) {
+        EXPECT_NE(std::string(exception.what()).find("can't be known before the run"), std::string::npos)
+            << exception.what();
+    }
+    EXPECT_EQ(liveRun->read("other.RelativeCutOffFreq").value, "0.05");
+}
+
 } // namespace

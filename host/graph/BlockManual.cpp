@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/BlockManual.h"
+
+#include "host/description/ValueReader.h"
+#include "host/text/NearestName.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Quillmere::Host {
+
+namespace {
+using RelativeTo = BlockManual::RelativeTo;
+using OutputRate = BlockManual::OutputRate;
+
+struct Relation {
+    const char* word; ///< In a manual.
+    RelativeTo relation;
+    const char* meaning;
+};
+constexpr std::array<Relation, 3> kRelations{{{"nyquist", RelativeTo::Nyquist, "of half the rate"},
+                                              {"radians", RelativeTo::Radians, "radians a sample"},
+                                              {"samples", RelativeTo::Samples, "samples"}}};
+
+/// Takes the part `rate` of a manual to pieces.
+class ManualReader {
+public:
+    ManualReader(BlockManual& target, Complaints& list) : manual(target), complaints(list) {}
+
+    void take(const Value& file) {
+        const Value::Entry* const rate = file.find("rate");
+        if (rate == nullptr) return;
+        for (const Value::Entry& entry : rate->value.entries) {
+            if (entry.key == "settings")
+                takeRelations(entry.value, manual.settings);
+            else if (entry.key == "inputs")
+                takeRelations(entry.value, manual.inputs);
+            else if (entry.key == "outputs")
+                takeOutputs(entry.value);
+            else
+                complaints.add(entry.where, "the key '" + entry.key + "'", "settings, inputs or outputs");
+        }
+    }
+
+private:
+    void takeRelations(const Value& value, std::map<std::string, RelativeTo>& relations) {
+        for (const Value::Entry& entry : value.entries) {
+            const auto known =
+                std::find_if(kRelations.begin(), kRelations.end(), [&](const Relation& relation) {
+                    return entry.value.isScalar() && entry.value.text == relation.word;
+                });
+            if (known == kRelations.end())
+                complaints.add(entry.value.where, entry.value.describe(), "nyquist, radians or samples");
+            else
+                relations.emplace(entry.key, known->relation);
+        }
+    }
+
+    void takeOutputs(const Value& value) {
+        for (const Value::Entry& entry : value.entries) {
+            const Value::Entry* const step = entry.value.find("step");
+            if (step != nullptr && step->value.isScalar())
+                manual.outputs.emplace(entry.key, OutputRate{OutputRate::Kind::Step, step->value.text});
+            else if (entry.value.isScalar() && entry.value.text == "same")
+                manual.outputs.emplace(entry.key, OutputRate{OutputRate::Kind::Same});
+            else if (entry.value.isScalar() && entry.value.text == "none")
+                manual.outputs.emplace(entry.key, OutputRate{OutputRate::Kind::None});
+            else
+                complaints.add(entry.value.where, entry.value.describe(), "same, none or {step: SETTING}");
+        }
+    }
+
+    BlockManual& manual;
+    Complaints& complaints;
+};
+} // namespace
+
+const char* meaningOf(RelativeTo relation) {
+    return std::find_if(kRelations.begin(), kRelations.end(),
+                        [&](const Relation& known) { return known.relation == relation; })
+        ->meaning;
+}
+
+std::string BlockManual::folderOf(const std::string& type, const BlockCatalogue& catalogue) {
+    const std::string plugin = catalogue.getPluginPath(type);
+    return plugin.empty() ? "" : std::filesystem::path(plugin).replace_extension("manual").string();
+}
+
+BlockManual BlockManual::fromFile(const std::string& path, Complaints& complaints) {
+    BlockManual manual;
+    if (const auto file = readValueFile(path, complaints)) ManualReader(manual, complaints).take(*file);
+    return manual;
+}
+
+BlockManual BlockManual::read(const std::string& type, const BlockCatalogue& catalogue,
+                              Complaints& complaints) {
+    const std::string folder = folderOf(type, catalogue);
+    if (folder.empty()) return {};
+    const std::filesystem::path path = std::filesystem::path(folder) / (type + ".yaml");
+    std::error_code isNowhere;
+    return std::filesystem::exists(path, isNowhere) ? fromFile(path.string(), complaints) : BlockManual{};
+}
+
+} // namespace Quillmere::Host

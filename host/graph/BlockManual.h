@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/plugins/BlockCatalogue.h"
+#include "host/text/Complaint.h"
+
+#include <map>
+#include <optional>
+#include <string>
+
+namespace Quillmere::Host {
+
+/// What a plug-in tells of a block type beside its code: what of it is relative to the rate at which samples
+/// come.
+struct QUILLMERE_API BlockManual {
+    /// What a number is told in.
+    enum class RelativeTo { Nyquist, Radians, Samples };
+    /// How often an output sends.
+    struct OutputRate {
+        enum class Kind { Same, None, Step };
+
+        Kind kind = Kind::None;   ///< As often as samples come to the main input; at no rate; by a setting,
+        std::string setting = {}; ///< which is the time from one sample to the next.
+    };
+
+    std::map<std::string, RelativeTo> settings = {};
+    std::map<std::string, RelativeTo> inputs = {};
+    std::map<std::string, OutputRate> outputs = {};
+
+    /// The manual of a type, from the file `TYPE.yaml` in the folder of its plug-in's manual; empty when the
+    /// plug-in has none, which it doesn't need. What is wrong with it is complained of. [setup]
+    static BlockManual read(const std::string& type, const BlockCatalogue& catalogue, Complaints& complaints);
+    /// The same of one file. [setup]
+    static BlockManual fromFile(const std::string& path, Complaints& complaints);
+    /// Beside the plug-in, under its name: `libOwn.manual` beside `libOwn.so`. Empty for a type of the host.
+    static std::string folderOf(const std::string& type, const BlockCatalogue& catalogue);
+};
+
+/// Behind a number: `of half the rate`, `radians a sample`, `samples`.
+QUILLMERE_API const char* meaningOf(BlockManual::RelativeTo relation);
+
+} // namespace Quillmere::Host

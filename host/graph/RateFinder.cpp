@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/RateFinder.h"
+
+#include "framework/Quillmere.h"
+#include "host/ends/MainInput.h"
+#include "host/ends/StandardStream.h"
+#include "host/graph/BlockDescription.h"
+#include "host/text/ShortestText.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <variant>
+
+namespace Quillmere::Host {
+
+namespace {
+FoundRate unknown(std::string reason) {
+    FoundRate none;
+    none.reason = std::move(reason);
+    return none;
+}
+
+std::string percent(double part) {
+    return std::to_string(std::lround(100.0 * part)) + " %";
+}
+} // namespace
+
+const BlockManual& RateFinder::getManual(const std::string& type) {
+    const auto known = manuals.find(type);
+    if (known != manuals.end()) return known->second;
+    return manuals.emplace(type, BlockManual::read(type, catalogue, complaints)).first->second;
+}
+
+const FoundRate& RateFinder::rateAt(const Core::Filter& block) {
+    const auto known = found.find(&block);
+    if (known != found.end()) return known->second;
+    FoundRate rate = follow(block);
+    return found.emplace(&block, std::move(rate)).first->second;
+}
+
+FoundRate RateFinder::follow(const Core::Filter& block) {
+    const Core::AbstractInputPin* const input = mainInputOf(block);
+    const Core::AbstractOutputPin* const sender = input == nullptr ? nullptr : input->getConnectedOutput();
+    if (sender == nullptr) return unknown("no samples come to '" + block.getName() + "'");
+    if (!onTheWay.insert(&block).second)
+        return unknown("'" + block.getName() + "' stands in a loop, which has no rate of its own");
+    FoundRate rate = rateOf(*sender);
+    onTheWay.erase(&block);
+    return rate;
+}
+
+const GraphParts::Node* RateFinder::nodeOf(const Core::PinManager* block) const {
+    const auto node = std::find_if(nodes.begin(), nodes.end(),
+                                   [&](const GraphParts::Node& one) { return one.block.get() == block; });
+    return node == nodes.end() ? nullptr : &*node;
+}
+
+FoundRate RateFinder::rateOf(const Core::AbstractOutputPin& output) {
+    const GraphParts::Node* const node = nodeOf(output.getManager());
+    if (node == nullptr) return unknown("a block that isn't in the graph file sends the samples");
+    if (node->source != nullptr) return rateOfSource(*node, output);
+    const auto& outputs = getManual(node->description->type).outputs;
+    const auto told = outputs.find(output.getName());
+    if (told == outputs.end()) return unknown("nothing says how often " + node->getQuoted() + " sends");
+    switch (told->second.kind) {
+    case BlockManual::OutputRate::Kind::Same:
+        return rateAt(*node->block);
+    case BlockManual::OutputRate::Kind::Step:
+        return rateByStep(*node, told->second.setting);
+    case BlockManual::OutputRate::Kind::None:
+        break;
+    }
+    return unknown("'" + output.getName() + "' of " + node->getQuoted() + " sends at no even rate");
+}
+
+FoundRate RateFinder::rateOfSource(const GraphParts::Node& node,
+                                   const Core::AbstractOutputPin& output) const {
+    const auto rate = node.recorded == nullptr ? std::nullopt : node.recorded->getSampleRate(output);
+    FoundRate source = unknown("that of " + node.getEndName() + " can't be known before the run");
+    source.origin = &node;
+    if (!rate) return source;
+    source.rate = rate;
+    source.reason.clear();
+    if (rate->getIsSteady()) return source;
+    source.reason = percent(rate->unsteadyPart) + " of the steps in " + node.getEndName() +
+                    " differ from their mean by more than half of it, which is no even rate";
+    return source;
+}
+
+FoundRate RateFinder::rateByStep(const GraphParts::Node& node, const std::string& setting) const {
+    const Core::AbstractProperty* const property = node.block->getPropertyBag().find(setting);
+    if (property == nullptr) return unknown(node.getQuoted() + " has no setting '" + setting + "'");
+    const PropertyDescription described = describe(*property);
+    double step = 0.0;
+    if (const auto* const number = std::get_if<double>(&described.value)) step = *number;
+    if (const auto* const whole = std::get_if<std::int64_t>(&described.value))
+        step = static_cast<double>(*whole);
+    if (!(step > 0.0)) return unknown("the step '" + setting + "' of " + node.getQuoted() + " is no time");
+    FoundRate rate;
+    rate.rate = SampleRate{.perSecond = 1.0 / step};
+    rate.origin = &node;
+    return rate;
+}
+
+std::string textOf(const FoundRate& found) {
+    const GraphParts::Node& origin = *found.origin;
+    std::string name = "'" + origin.description->id + "'";
+    if (origin.file != nullptr) name = origin.file->getPath();
+    if (getIsStandardStream(name)) name = "standard input";
+    return shortestText(found.rate->perSecond) + " samples/s, as " +
+           (found.rate->isMeasured ? "measured in " : "stated for ") + name;
+}
+
+} // namespace Quillmere::Host

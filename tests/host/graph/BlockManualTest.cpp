@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/BlockManual.h"
+
+#include "host/graph/BlockDescription.h"
+#include "tests/host/kit/GraphFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace Quillmere::Host;
+
+class BlockManualTest : public Support::GraphFixture {
+protected:
+    std::string complaintsOfManual(const std::string& text) {
+        Complaints complaints;
+        BlockManual::fromFile(folder.write("Own.yaml", text), complaints);
+        return complaints.isEmpty() ? "" : withoutFolder(GraphException(complaints.getSorted()).what());
+    }
+};
+
+TEST_F(BlockManualTest, EveryBlockOfThePlugInHasOneThatNamesItsOutputsAndNothingElse) {
+    int pages = 0;
+    for (const std::string& type : catalogue.getTypeNames()) {
+        if (catalogue.getPluginName(type) != "Velmarind") continue;
+        Complaints complaints;
+        const BlockManual manual = BlockManual::read(type, catalogue, complaints);
+        EXPECT_TRUE(complaints.isEmpty()) << type;
+        const BlockPtr block = catalogue.create(type, "b");
+        EXPECT_EQ(manual.outputs.size(), block->getOutputPins().size()) << type;
+        for (const auto* const pin : block->getOutputPins())
+            EXPECT_TRUE(manual.outputs.contains(pin->getName())) << type << "." << pin->getName();
+        for (const auto& [name, rate] : manual.outputs) {
+            if (rate.kind == BlockManual::OutputRate::Kind::Step) {
+                EXPECT_NE(block->getPropertyBag().find(rate.setting), nullptr) << type;
+            }
+        }
+        for (const auto& [name, relation] : manual.settings)
+            EXPECT_NE(block->getPropertyBag().find(name), nullptr) << type << "." << name;
+        for (const auto& [name, relation] : manual.inputs) {
+            const auto& pins = block->getInputPins();
+            EXPECT_TRUE(std::any_of(pins.begin(), pins.end(),
+                                    [&](const auto* pin) { return pin->getName() == name; }))
+                << type << "." << name;
+        }
+        ++pages;
+    }
+    EXPECT_EQ(pages, 35);
+}
+
+TEST_F(BlockManualTest, APlugInWithoutAFolderHasNone) {
+    Complaints complaints;
+    EXPECT_TRUE(BlockManual::read("OddSettings", catalogue, complaints).outputs.empty());
+    EXPECT_TRUE(BlockManual::read("RecordingSource", catalogue, complaints).outputs.empty());
+    EXPECT_TRUE(complaints.isEmpty());
+}
+
+TEST_F(BlockManualTest, WhatNoManualSaysIsComplainedOf) {
+    EXPECT_EQ(complaintsOfManual("rate: {settings: {A: samples}, outputs: {x: same, y: {step: A}}}\n"), "");
+    EXPECT_EQ(complaintsOfManual("rate: {settings: {A: hertz}}\n"),
+              "Own.yaml:1:22: found 'hertz'; expected nyquist, radians or samples");
+    EXPECT_EQ(complaintsOfManual("rate: {outputs: {A: often}}\n"),
+              "Own.yaml:1:21: found 'often'; expected same, none or {step: SETTING}");
+    EXPECT_EQ(complaintsOfManual("rate: {output: {A: same}}\n"),
+              "Own.yaml:1:8: found the key 'output'; expected settings, inputs or outputs");
+}
+
+} // namespace

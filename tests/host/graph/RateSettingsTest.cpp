@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+#include "host/graph/RateSettings.h"
+
+#include "host/graph/BlockDescription.h"
+#include "tests/host/kit/GraphFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace Quillmere::Host;
+
+/// Settings in hertz and seconds. The recording has `t` at 100 rows a second, `x`, and `slow`, which is empty
+/// but in every tenth row.
+class RateSettingsTest : public Support::GraphFixture {
+protected:
+    RateSettingsTest() {
+        std::string text = "t,x,slow\n";
+        for (int i = 0; i < 300; ++i)
+            text += std::to_string(0.01 * i) + "," + std::to_string(i % 7) + "," + (i % 10 == 0 ? "1" : "") +
+                    "\n";
+        folder.write("in.csv", text);
+    }
+
+    static std::string source(const std::string& more = "time: t") {
+        return "  - {id: in, type: RecordingSource, properties: {file: in.csv, " + more +
+               ", pins: {x: x, slow: slow}}}\n";
+    }
+    /// The block `b` behind `between`, a list of blocks and one of connections that end at it.
+    std::string graph(const std::string& type, const std::string& properties, const std::string& input,
+                      const std::string& timeline = "", const std::string& from = "in.x",
+                      const std::string& blocks = "", const std::string& connections = "",
+                      const std::string& origin = source()) {
+        const BlockPtr block = catalogue.create(type, "b");
+        return "format: 1\nblocks:\n" + origin + "  - {id: b, type: " + type + ", properties: {" +
+               properties + "}}\n  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n" + blocks +
+               "connections:\n  - {from: " + from + ", to: \"b." + input + "\"}\n  - {from: \"b." +
+               block->getOutputPins().front()->getName() + "\", to: out.y}\n" + connections + timeline;
+    }
+    /// The only one, without its line end.
+    std::string complaintOf(const std::string& text) {
+        const std::string line = complaintsOf(text);
+        return line.substr(0, line.empty() ? 0 : line.size() - 1);
+    }
+    /// What the block's setting holds before the run, and what the summary says.
+    std::string valueOf(const std::string& text, const std::string& setting) {
+        Job job = jobOf(text);
+        job.check().raise();
+        std::string held = valueText(describe(job.getGraph().getNodes()[1].block->getProperty(setting)));
+        for (const RateConversion& conversion : job.getGraph().getConversions())
+            held += "; " + conversion.target + ": " + conversion.getText();
+        return withoutFolder(held);
+    }
+};
+
+TEST_F(RateSettingsTest, AFrequencyIsAFractionOfHalfTheRate) {
+    EXPECT_EQ(
+        valueOf(graph("FilterButterworth", "RelativeCutOffFreq: 5 Hz", "in"), "RelativeCutOffFreq"),
+        "0.1; b.RelativeCutOffFreq: 5 Hz is 0.1 of half the rate (100 samples/s, as measured in in.csv)");
+}
+
+TEST_F(RateSettingsTest, AFrequencyIsAnAngleASample) {
+    EXPECT_EQ(valueOf(graph("FilterWFLC", "Wf0: 25 Hz", "Input"), "Wf0"),
+              "1.5707963267948966; b.Wf0: 25 Hz is 1.5707963267948966 radians a sample (100 samples/s, as "
+              "measured in in.csv)");
+}
+
+TEST_F(RateSettingsTest, ATimeIsTheNearestNumberOfSamples) {
+    EXPECT_EQ(valueOf(graph("FilterDiscarder", "Samples: 0.256 s", "in"), "Samples"),
+              "26; b.Samples: 0.256 s is 26 samples (100 samples/s, as measured in in.csv)");
+}
+
+TEST_F(RateSettingsTest, AStatedRateIsTakenAsItIs) {
+    const std::string origin = source("rate: 40");
+    EXPECT_EQ(
+        valueOf(graph("FilterButterworth", "RelativeCutOffFreq: 5 Hz", "in", "", "in.x", "", "", origin),
+                "RelativeCutOffFreq"),
+        "0.25; b.RelativeCutOffFreq: 5 Hz is 0.25 of half the rate (40 samples/s, as stated for in.csv)");
+}
+
+TEST_F(RateSettingsTest, APinThatGetsEveryTenthRowHasATenthOfTheRate) {
+    for (const char* const clock : {"time: t", "rate: 100"})
+        EXPECT_EQ(valueOf(graph("FilterButterworth", "RelativeCutOffFreq: 1 Hz", "in", "", "in.slow", "", "",
+                                source(clock)),
+                          "RelativeCutOffFreq"),
+                  "0.2; b.RelativeCutOffFreq: 1 Hz is 0.2 of half the rate (10 samples/s, as measured in "
+                  "in.csv)")
+            << clock;
+}
+
+TEST_F(RateSettingsTest, FramesComeAsOftenAsTheyBegin) {
+    const std::string origin = source("time: t, frame: 20, hop: 5, missing: [\"\"]");
+    EXPECT_EQ(valueOf(graph("FilterDiscarder", "Samples: 1 s", "in", "", "in.x", "", "", origin), "Samples"),
+              "20; b.Samples: 1 s is 20 samples (20 samples/s, as measured in in.csv)");
+}
+
+TEST_F(RateSettingsTest, TheRateIsFollowedThroughBlocksThatKeepIt) {
+    EXPECT_EQ(
+        valueOf(graph("FilterButterworth", "RelativeCutOffFreq: 5 Hz", "in", "", "g",
+                      "  - {id: g, type: FilterGain}\n", "  - {from: in.x, to: g}\n"),
+                "RelativeCutOffFreq"),
+        "0.1; b.RelativeCutOffFreq: 5 Hz is 0.1 of half the rate (100 samples/s, as measured in in.csv)");
+}
+
+TEST_F(RateSettingsTest, ABlockThatSendsAtNoEvenRateAndAnUnknownOneLeaveNoRate) {
+    EXPECT_EQ(
+        complaintOf(graph("FilterButterworth", "RelativeCutOffFreq: 5 Hz", "in", "", "g",
+                          "  - {id: g, type: FilterFrequency}\n", "  - {from: in.x, to: g}\n")),
+        "g.yaml:4:71: found '5 Hz' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected a number "
+        "without a unit, since there is no rate to convert it with: 'out' of 'g' (FilterFrequency) sends "
+        "at no even rate");
+    EXPECT_EQ(
+        complaintOf(graph("FilterButterworth", "RelativeCutOffFreq: 5 Hz", "in", "", "g.a",
+                          "  - {id: g, type: OddSettings}\n", "  - {from: in.x, to: g.main in.put}\n")),
+        "g.yaml:4:71: found '5 Hz' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected a number "
+        "without a unit, since there is no rate to convert it with: nothing says how often 'g' "
+        "(OddSettings) sends");
+}
+
+TEST_F(RateSettingsTest, WhatTheRateOrTheSettingDoesNotTakeIsRefusedBeforeTheRun) {
+    const auto complaints = [&](const std::string& type, const std::string& property,
+                                const std::string& input) {
+        const std::string text = complaintsOf(graph(type, property, input));
+        return text.substr(text.find("found"), text.find('\n') - text.find("found"));
+    };
+    EXPECT_EQ(
+        complaints("FilterButterworth", "RelativeCutOffFreq: 50.1 Hz", "in"),
+        "found '50.1 Hz' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected at most 50 Hz, half "
+        "of 100 samples/s, as measured in in.csv");
+    EXPECT_EQ(complaints("FilterButterworth", "RelativeCutOffFreq: -5 Hz", "in"),
+              "found '-0.1' (made of '-5 Hz') for 'RelativeCutOffFreq'; expected a number from 0 to 1");
+    EXPECT_EQ(
+        complaints("FilterButterworth", "RelativeCutOffFreq: 5 s", "in"),
+        "found '5 s' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected a frequency, as 5 Hz, or "
+        "a number without a unit");
+    EXPECT_EQ(
+        complaints("FilterDiscarder", "Samples: 5 Hz", "in"),
+        "found '5 Hz' for 'Samples' of 'b' (FilterDiscarder); expected a time, as 0.2 s, or a number of "
+        "samples");
+    EXPECT_EQ(
+        complaints("FilterDiscarder", "Samples: 4 ms", "in"),
+        "found '4 ms' for 'Samples' of 'b' (FilterDiscarder); expected a time of one sample at least, at "
+        "100 samples/s, as measured in in.csv");
+    EXPECT_EQ(
+        complaints("FilterGain", "Gain: 5 Hz", "input"),
+        "found '5 Hz' for 'Gain' of 'b' (FilterGain); expected a number without a unit, since nothing says "
+        "that it is relative to the rate of samples");
+    EXPECT_EQ(complaints("FilterButterworth", "RelativeCutOffFreq: 5 hz", "in"),
+              "found '5 hz'; expected a number; did you mean 5 Hz?");
+}
+
+TEST_F(RateSettingsTest, AllSettingsOfTheBlockWaitSoThatTheirOrderStays) {
+    // The low edge drags the high one along when it passes it.
+    EXPECT_EQ(valueOf(graph("FilterBessel",
+                            "Mode: BandPass, HighRelativeCutOffFreq: 0.3, LowRelativeCutOffFreq: 5 Hz", "in"),
+                      "HighRelativeCutOffFreq")
+                  .substr(0, 4),
+              "0.3;");
+}
+
+TEST_F(RateSettingsTest, TheTimelineSetsAndSendsByTheRate) {
+    EXPECT_EQ(run(graph("FilterButterworth_v2", "Order: 1", "in",
+                        "timeline:\n  - {at: 1, send: {b.RelativeCutOffFreq: 10 Hz}}\n")),
+              "");
+    const std::string sent = folder.read("out.csv");
+    EXPECT_EQ(run(graph("FilterButterworth_v2", "Order: 1", "in",
+                        "timeline:\n  - {at: 1, send: {b.RelativeCutOffFreq: 0.2}}\n")),
+              "");
+    EXPECT_EQ(folder.read("out.csv"), sent);
+    ASSERT_EQ(run(graph("FilterButterworth", "Order: 1", "in",
+                        "timeline:\n  - {at: 1, set: {b.RelativeCutOffFreq: 10 Hz}}\n")),
+              "");
+    ASSERT_EQ(outcome.conversions.size(), 1u);
+    EXPECT_EQ(withoutFolder(outcome.conversions.front().getText()),
+              "at 1 s 10 Hz is 0.2 of half the rate (100 samples/s, as measured in in.csv)");
+    EXPECT_EQ(
+        complaintOf(graph("FilterButterworth", "Order: 1", "in",
+                          "timeline:\n  - {at: 1, set: {b.RelativeCutOffFreq: 60 Hz}}\n")),
+        "g.yaml:10:41: found '60 Hz' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected at most "
+        "50 Hz, half of 100 samples/s, as measured in in.csv");
+}
+
+TEST_F(RateSettingsTest, UnevenStampsGiveNoRateAndAWarningWhereABlockCountsOnOne) {
+    std::string text = "t,x,slow\n";
+    for (int i = 0; i < 100; ++i)
+        text += std::to_string(i / 10) + ",1,1\n";
+    folder.write("in.csv", text);
+    EXPECT_EQ(
+        complaintOf(graph("FilterButterworth", "RelativeCutOffFreq: 2 Hz", "in")),
+        "g.yaml:4:71: found '2 Hz' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected a number "
+        "without a unit, since there is no rate to convert it with: 91 % of the steps in in.csv differ "
+        "from their mean by more than half of it, which is no even rate");
+    const auto warnings = [&](const std::string& graphText) {
+        Job job = jobOf(graphText);
+        std::string all;
+        for (const Warning& warning : job.check().getSortedWarnings())
+            all += withoutFolder(warning.getText()) + "\n";
+        return all;
+    };
+    EXPECT_NE(
+        warnings(graph("FilterButterworth", "Order: 1", "in"))
+            .find("91 % of the steps in in.csv differ from their mean by more than half of it, which is no "
+                  "even rate, while 'b' (FilterButterworth) takes its samples to come evenly\n"),
+        std::string::npos);
+    EXPECT_EQ(warnings(graph("FilterGain", "", "input")).find("evenly"), std::string::npos);
+}
+
+} // namespace
