@@ -43,8 +43,11 @@ public:
 std::string complaintsOf(HostBlock& block, const std::vector<std::string>& names) {
     GraphDescription::Block description;
     for (const std::string& name : names) {
-        const int line = static_cast<int>(description.settings.size()) + 1;
-        description.set({.name = name, .where = {"g.yaml", line, 1}, .value = valueOf(1)});
+        GraphDescription::Setting& setting = description.settings.emplace_back();
+        setting.name = name;
+        setting.where.file = "g.yaml";
+        setting.where.line = static_cast<int>(description.settings.size());
+        setting.where.column = 1;
     }
     Complaints complaints;
     block.configure(description, "folder", complaints);

@@ -103,6 +103,16 @@ protected:
             lines += complaint.getText() + "\n";
         return lines;
     }
+    /// Sends 5 to an input when the time is 1.
+    static void sendFive(GraphDescription& graph, const std::string& block, const std::string& pin) {
+        GraphDescription::TimelineEntry& entry = graph.timeline.emplace_back();
+        entry.at = 1.0;
+        GraphDescription::TimelineChange& change = entry.changes.emplace_back();
+        change.kind = GraphDescription::TimelineChange::Kind::Send;
+        change.block = block;
+        change.name = pin;
+        change.value = valueOf(5);
+    }
     template <class Block>
     Block& at(const std::string& id) {
         return dynamic_cast<Block&>(*parts->find(id)->block);
@@ -186,11 +196,7 @@ TEST_F(GraphBuilderTest, TheLayoutHoldsTheBlocksAsTheyRun) {
 
 TEST_F(GraphBuilderTest, AValueOfTheTimelineComesFromASenderInTheSameLayout) {
     written.addBlock("relay", "Relay");
-    written.timeline.push_back({.at = 1.0,
-                                .changes = {{.kind = GraphDescription::TimelineChange::Kind::Send,
-                                             .block = "relay",
-                                             .name = "in",
-                                             .value = valueOf(5)}}});
+    sendFive(written, "relay", "in");
     ASSERT_EQ(build(), "") << "its main input isn't open";
     Core::Filter* const sender = parts->timeline.getSender();
     ASSERT_NE(sender, nullptr);

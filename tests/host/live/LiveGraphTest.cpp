@@ -43,7 +43,7 @@ protected:
         catalogue.add("Relay", [](const std::string& name) { return new Relay(name); });
         catalogue.add("Ended", [](const std::string& name) { return new Support::ScriptedSource(name, {}); });
         for (const char* const id : {"a", "b", "c"})
-            description.layouts.push_back({id, {}, {}});
+            description.layouts.emplace_back().id = id;
     }
     ~LiveGraphTest() override {
         if (live) live->stop();
@@ -59,6 +59,16 @@ protected:
         complaints.raise();
         drive.emplace(LiveClock::kMaximum, RunLimit{}, false, graph->getTimeline());
         return live.emplace(*graph, *drive, std::nullopt);
+    }
+    /// Sends 5 to an input when the time is 1.
+    static void sendFive(GraphDescription& graph, const std::string& block, const std::string& pin) {
+        GraphDescription::TimelineEntry& entry = graph.timeline.emplace_back();
+        entry.at = 1.0;
+        GraphDescription::TimelineChange& change = entry.changes.emplace_back();
+        change.kind = GraphDescription::TimelineChange::Kind::Send;
+        change.block = block;
+        change.name = pin;
+        change.value = valueOf(5);
     }
     /// Two relays that feed each other.
     void addPair(const std::string& layoutOfFirst, const std::string& layoutOfSecond) {
@@ -100,7 +110,7 @@ TEST_F(LiveGraphTest, BlocksAreDealtOutAsTheGraphSaysInTheOrderInWhichTheyRun) {
 }
 
 TEST_F(LiveGraphTest, ALayoutThatThereIsNotIsRefusedByName) {
-    description.layouts.push_back({"fast", {}, {}});
+    description.layouts.emplace_back().id = "fast";
     addPair("a", "b");
     deal();
     try {
@@ -125,11 +135,7 @@ TEST_F(LiveGraphTest, EachSourceKeepsTheRunGoing) {
 TEST_F(LiveGraphTest, TheTimelineStandsWhereASourceTellsItsTime) {
     add("relay", "Relay", "a");
     add("source", "Ended", "c");
-    description.timeline.push_back({.at = 1.0,
-                                    .changes = {{.kind = GraphDescription::TimelineChange::Kind::Send,
-                                                 .block = "relay",
-                                                 .name = "in",
-                                                 .value = valueOf(5)}}});
+    sendFive(description, "relay", "in");
     deal();
     EXPECT_EQ(namesIn("c"), "source timeline ");
     EXPECT_EQ(namesIn("a"), "relay ");
@@ -141,16 +147,13 @@ TEST_F(LiveGraphTest, OnlyALoopBoundsWhatIsLetOutAtTheEnd) {
     description.connect("first.out", "second.in");
     add("feed", "Relay", "a");
     description.connect("feed.out", "first.in");
-    description.timeline.push_back({.at = 1.0,
-                                    .changes = {{.kind = GraphDescription::TimelineChange::Kind::Send,
-                                                 .block = "feed",
-                                                 .name = "in",
-                                                 .value = valueOf(5)}}});
+    sendFive(description, "feed", "in");
     deal();
     EXPECT_EQ(drive->mostDrainRounds, std::numeric_limits<std::uint64_t>::max());
     live.reset();
     description = {};
-    description.layouts = {{"a", {}, {}}, {"b", {}, {}}};
+    for (const char* const id : {"a", "b"})
+        description.layouts.emplace_back().id = id;
     addPair("a", "b");
     deal();
     const std::uint64_t within = live->getLayout("a").getMostRounds() + live->getLayout("b").getMostRounds();
