@@ -100,8 +100,11 @@ void printSummary(const RunOutcome& outcome, Clock::time_point start) {
     out << outcome.graph << ": " << work.getText() << " (in " << formatted("%.2f", seconds) << " s, "
         << work.getSpeed(seconds) << ")\n";
     Table ends(2);
-    for (const RunOutcome::Recording& recording : outcome.recordings)
+    for (const RunOutcome::Recording& recording : outcome.recordings) {
         ends.add({recording.id, textOf(recording)});
+        for (const std::string& note : recording.account.notes)
+            ends.add({"", note});
+    }
     for (const RunOutcome::Result& result : outcome.results) {
         const std::string where =
             result.path.empty() ? "" : " to " + pathText(result.path, "standard output");

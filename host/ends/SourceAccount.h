@@ -43,6 +43,8 @@ struct SourceAccount {
     bool isCutEndDropped = false;   ///< A last line without its end was left out.
     /// Of skipped, mended and dropped rows, each as a message has it: place, text found.
     std::vector<std::string> firstFaults;
+    /// What was guessed about the file or mended in it and changes numbers, each a part of a sentence.
+    std::vector<std::string> notes;
     bool isChangedMeanwhile = false; ///< The file was written to while it was read; it got no shorter.
 
     double firstTime = 0.0; ///< Seconds, of the first row taken and of the last; 0 without any.

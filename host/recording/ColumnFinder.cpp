@@ -4,6 +4,7 @@
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 #include "host/recording/Dialect.h"
+#include "host/recording/UnitText.h"
 
 namespace Quillmere::Host {
 
@@ -13,11 +14,19 @@ ColumnFinder::ColumnFinder(std::string filePath, const std::vector<std::string>&
         const auto [column, isNew] = columns.try_emplace(names[i], Found{.place = i});
         if (!isNew) column->second.isTwice = true;
     }
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        std::string label = nameWithoutUnit(names[i]);
+        if (label.size() == names[i].size()) continue;
+        const auto [column, isNew] = labels.try_emplace(std::move(label), Found{.place = i});
+        if (!isNew) column->second.isTwice = true;
+    }
 }
 
 std::optional<std::size_t> ColumnFinder::find(const std::string& name, const Place& where,
                                               Complaints& complaints) const {
     const auto found = columns.find(name);
+    const auto label = found == columns.end() ? labels.find(name) : labels.end();
+    if (label != labels.end() && !label->second.isTwice) return label->second.place;
     if (found == columns.end()) {
         refuse(name, where, complaints);
         return std::nullopt;

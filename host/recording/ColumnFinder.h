@@ -12,7 +12,8 @@
 
 namespace Quillmere::Host {
 
-/// Finds the columns of a recording by name; there may be a hundred thousand.
+/// Finds the columns of a recording by name, with the unit in it or without; there may be a hundred
+/// thousand.
 class ColumnFinder {
 public:
     /// `path` is for complaints. Requires: `columnNames` outlives the finder.
@@ -34,6 +35,7 @@ private:
     std::string path;
     const std::vector<std::string>& names;
     std::unordered_map<std::string_view, Found> columns;
+    std::unordered_map<std::string, Found> labels; ///< Names without their units.
 };
 
 } // namespace Quillmere::Host

@@ -3,68 +3,22 @@
 
 #include "host/text/Counted.h"
 #include "host/text/Printable.h"
-#include "host/recording/Dialect.h"
+#include "host/recording/CsvCells.h"
+#include "host/recording/CsvTable.h"
 #include "host/recording/NumberText.h"
 #include "host/ends/RecordingException.h"
 #include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <limits>
 
 namespace Quillmere::Host {
 
 namespace {
 
-constexpr std::size_t kPieceSize = std::size_t{1} << 18;  // fits the second-level cache
-constexpr std::size_t kMostColumns = 1'000'000;           // their names are held in memory
-constexpr std::size_t kLongestRow = std::size_t{1} << 26; // beyond it, the file is no table of numbers
-constexpr std::size_t kQuotedText = 40;                   // how much of a bad cell a message shows
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-bool isBlank(char c) {
-    return c == ' ' || c == '\t';
-}
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isBlank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
-/// The end of the cell that begins at `begin`: the comma behind it, or the end of the line. Commas in quotes
-/// are text.
-const char* endOfCell(const char* begin, const char* lineEnd) {
-    const char* first = std::find_if_not(begin, lineEnd, isBlank);
-    if (first == lineEnd || *first != '"') return std::find(begin, lineEnd, ',');
-    bool quoted = false;
-    for (; first != lineEnd && (quoted || *first != ','); ++first)
-        quoted = quoted != (*first == '"');
-    return first;
-}
-
-/// What is in the quotes of a cell, as it stands there; without quotes the cell. Blanks around don't count.
-std::string_view unquoted(std::string_view cell) {
-    cell = trimmed(cell);
-    const bool isQuoted = cell.size() >= 2 && cell.front() == '"' && cell.back() == '"';
-    return isQuoted ? cell.substr(1, cell.size() - 2) : cell;
-}
-
-/// A cell's text without blanks and quotes; a doubled quote inside quotes is one. A number or a text for
-/// missing values has none, so only names and messages need this.
-std::string plainText(std::string_view cell) {
-    const std::string_view inner = unquoted(cell);
-    if (inner.size() == trimmed(cell).size()) return std::string(inner);
-    std::string text;
-    for (std::size_t i = 0; i < inner.size(); ++i) {
-        text += inner[i];
-        if (inner[i] == '"' && i + 1 < inner.size() && inner[i + 1] == '"') ++i;
-    }
-    return text;
-}
+constexpr std::size_t kQuotedText = 40;                      // how much of a bad cell a message shows
+constexpr std::size_t kLongestSecond = std::size_t{1} << 25; // of a table; beyond it nobody counted seconds
 
 bool isNumber(const std::string& text) {
     double value = 0.0;
@@ -88,46 +42,40 @@ std::string quoted(std::string_view text) {
 
 } // namespace
 
-CsvReader::CsvReader(const std::string& path) : CsvReader(std::make_unique<RecordingFile>(path)) {}
+CsvReader::CsvReader(const std::string& path, const ReadingWishes& wishes)
+    : CsvReader(std::make_unique<RecordingFile>(path), wishes) {}
 
-CsvReader::CsvReader(std::unique_ptr<RecordingFile> openFile) : file(std::move(openFile)), piece(kPieceSize) {
-    cursor = filled = piece.data();
-    readHeader();
-}
-
-void CsvReader::readHeader() {
-    lineBegin = cursor;
-    if (refill()) refuseDialect(); // without line ends, the first line would be the whole file
-    bool found = nextLine();
-    if (found) refuseDialect();
-    if (found && std::string_view(lineBegin, lineEnd).starts_with(kByteOrderMark))
-        lineBegin += kByteOrderMark.size();
-    while (found && (lineBegin == lineEnd || *lineBegin == '#'))
-        found = nextLine();
-    if (!found) throw RecordingException({{getPath()}, "no header row", "a row of column names"});
-    for (const char* begin = lineBegin;; ++begin) {
-        const char* end = endOfCell(begin, lineEnd);
-        if (columns.size() == kMostColumns)
-            throw RecordingException({{getPath() + ":" + std::to_string(line)},
-                                      "more than a million columns",
-                                      "a table of numbers"});
-        columns.emplace_back().name = plainText({begin, end});
-        if (end == lineEnd) break;
-        begin = end;
-    }
+CsvReader::CsvReader(std::unique_ptr<RecordingFile> file, const ReadingWishes& wishes)
+    : lines(std::move(file)) {
+    CsvTable table = openTable(lines, wishes);
+    separator = table.dialect.separator;
+    decimal = table.dialect.decimal;
+    endsWithSeparator = table.dialect.endsWithSeparator;
+    isEveryCellOdd = decimal != '.';
+    notes = std::move(table.dialect.notes);
+    columns = std::move(table.columns);
+    rate = table.rate;
     targets.assign(columns.size(), kPassedOver);
+    if (table.times.columns.empty()) return;
+    timeColumn = table.times.columns.front();
+    hasOwnTimes = !table.times.isPlain;
+    if (hasOwnTimes)
+        clock = std::make_unique<RowClock>(std::move(table.times), decimal);
+    else
+        notes.insert(notes.end(), table.times.notes.begin(), table.times.notes.end());
 }
 
-/// Raises when what has been read of the file is no table of ours. Requires: the file's begin is in memory.
-void CsvReader::refuseDialect() const {
-    const Dialect dialect = dialectOf({piece.data(), filled});
-    if (dialect.found.empty()) return;
-    throw RecordingException({{getPath()}, dialect.found, dialect.expected});
+std::vector<std::string> CsvReader::getNotes() const {
+    std::vector<std::string> all = notes;
+    if (clock == nullptr) return all;
+    for (std::string& note : clock->getNotes())
+        all.push_back(std::move(note));
+    return all;
 }
 
 void CsvReader::setMissing(std::vector<std::string> texts) {
     missing = std::move(texts);
-    hasMissingNumbers = std::any_of(missing.begin(), missing.end(), isNumber);
+    isEveryCellOdd = decimal != '.' || std::any_of(missing.begin(), missing.end(), isNumber);
 }
 
 bool CsvReader::readRow(double* values) {
@@ -139,27 +87,26 @@ bool CsvReader::readRow(double* values) {
 CsvReader::Row CsvReader::takeRow(double* values) {
     beginRow();
     fault = Fault::None;
-    do {
-        if (!nextLine()) return Row::End;
-    } while (lineBegin == lineEnd && columns.size() > 1);
+    if (!nextRow()) return Row::End;
 
-    const char* begin = lineBegin;
-    const char* const end = lineEnd;
+    const char* begin = lines.getBegin();
+    const char* const end = lines.getEnd();
     const std::size_t width = columns.size();
     for (std::size_t column = 0;; ++column, ++begin) {
         if (column == width) {
-            noteFault(Fault::CellsTooMany, width - 1);
+            const bool isSpare = endsWithSeparator && trimmed({begin, end}).empty();
+            if (!isSpare) noteFault(Fault::CellsTooMany, width - 1);
             break;
         }
         const std::size_t target = targets[column];
         const char* next = begin;
         if (target == kPassedOver) {
-            next = endOfCell(begin, end);
+            next = endOfCell(begin, end, separator);
         } else {
-            // The common cell is a bare number up to the comma; everything else takes the other road.
+            // The common cell is a bare number up to the separator; everything else takes the other road.
             const auto [stop, error] = textToNumber(begin, end, values[target]);
             next = stop;
-            if (error != std::errc() || (stop != end && *stop != ',') || hasMissingNumbers)
+            if (error != std::errc() || (stop != end && *stop != separator) || isEveryCellOdd)
                 next = readOddCell(begin, column, values[target]);
         }
         if (next == end) {
@@ -168,12 +115,24 @@ CsvReader::Row CsvReader::takeRow(double* values) {
         }
         begin = next;
     }
+    if (clock != nullptr) takeTime();
     return fault == Fault::None ? Row::Sound : Row::Faulty;
+}
+
+/// Finds the next line that is a row.
+bool CsvReader::nextRow() {
+    if (clock != nullptr && clock->getPlan().isSpread && secondLeft == 0) beginSecond();
+    do {
+        if (!lines.next()) return false;
+    } while (lines.getBegin() == lines.getEnd() && columns.size() > 1);
+    isCut = lines.getIsCut();
+    line = lines.getNumber();
+    return true;
 }
 
 /// Reads the cell at `begin` that may be anything, and gives back its end.
 const char* CsvReader::readOddCell(const char* begin, std::size_t column, double& value) {
-    const char* const end = endOfCell(begin, lineEnd);
+    const char* const end = endOfCell(begin, lines.getEnd(), separator);
     const std::string_view text = unquoted({begin, end});
     if (std::find(missing.begin(), missing.end(), trimmed(text)) != missing.end()) {
         value = std::numeric_limits<double>::quiet_NaN();
@@ -187,14 +146,84 @@ const char* CsvReader::readOddCell(const char* begin, std::size_t column, double
 }
 
 double CsvReader::parse(std::string_view text, std::size_t column) {
-    const bool hasPlus = text.size() > 1 && text[0] == '+' && text[1] != '-';
-    const char* const last = text.data() + text.size();
     double value = 0.0;
-    const auto [stop, error] = std::from_chars(text.data() + (hasPlus ? 1 : 0), last, value);
-    if (error == std::errc() && stop == last) return value;
-    const bool isTooLarge = error == std::errc::result_out_of_range && stop == last;
-    noteFault(isTooLarge ? Fault::TooLarge : Fault::NoNumber, column);
+    const NumberFault wrong = cellToNumber(text, decimal, value);
+    if (wrong == NumberFault::None) return value;
+    noteFault(wrong == NumberFault::TooLarge ? Fault::TooLarge : Fault::NoNumber, column);
     return std::numeric_limits<double>::quiet_NaN();
+}
+
+/// What says the time in a row: its cell, or the date's and the time's.
+std::string_view CsvReader::timeTextOf(std::string_view text) {
+    const std::vector<std::size_t>& from = clock->getPlan().columns;
+    const auto cellOf = [&](std::size_t column) -> std::string_view {
+        const char* begin = text.data();
+        const char* const end = begin + text.size();
+        for (std::size_t i = 0; i <= column; ++i) {
+            const char* const stop = endOfCell(begin, end, separator);
+            if (i == column) return trimmed(unquoted({begin, stop}));
+            if (stop == end) break;
+            begin = stop + 1;
+        }
+        return {};
+    };
+    if (from.size() == 1) return cellOf(from.front());
+    timeText.clear();
+    for (const std::size_t column : from)
+        timeText.append(timeText.empty() ? "" : " ").append(cellOf(column));
+    return timeText;
+}
+
+void CsvReader::takeTime() {
+    if (secondLeft > 0) --secondLeft;
+    time = clock->take(timeTextOf(lines.getText())).value_or(std::numeric_limits<double>::quiet_NaN());
+}
+
+/// Counts the rows of the second that comes, and of the one behind a recording's first, which tells how many
+/// there usually are.
+void CsvReader::beginSecond() {
+    std::size_t offset = 0;
+    const Second second = countSecond(offset);
+    const bool isFirst = rowsOfSecond == 0;
+    std::uint64_t usual = rowsOfSecond;
+    if (isFirst && second.rows > 1) {
+        if (second.isLast) refuseSpreading();
+        const Second next = countSecond(offset);
+        if (next.isLast) refuseSpreading();
+        usual = next.rows;
+    }
+    clock->beginSecond(second.rows, isFirst || second.isLast ? usual : 0, isFirst);
+    secondLeft = rowsOfSecond = second.rows;
+}
+
+/// From `offset` on, up to the first row that has another time.
+CsvReader::Second CsvReader::countSecond(std::size_t& offset) {
+    Second second;
+    std::string own;
+    for (;;) {
+        std::size_t behind = offset;
+        const auto text = lines.look(behind, true);
+        if (!text) {
+            second.isLast = true;
+            return second;
+        }
+        if (behind > kLongestSecond) refuseSpreading();
+        if (!text->empty() || columns.size() == 1) {
+            const std::string_view found = timeTextOf(*text);
+            if (second.rows == 0)
+                own = found;
+            else if (found != own && !found.empty()) // a row without its time belongs to those around it
+                return second;
+            ++second.rows;
+        }
+        offset = behind;
+    }
+}
+
+void CsvReader::refuseSpreading() const {
+    throw UnclearRecording({{getPath() + ":" + std::to_string(lines.getNumber() + 1)},
+                            "rows of the same whole second, and no second of them all",
+                            "'rate:' and rows a second"});
 }
 
 void CsvReader::noteFault(Fault kind, std::size_t column) {
@@ -205,73 +234,45 @@ void CsvReader::noteFault(Fault kind, std::size_t column) {
 }
 
 bool CsvReader::getIsRowReady() {
+    const bool isSpread = clock != nullptr && clock->getPlan().isSpread;
+    if (isSpread && secondLeft == 0) return getIsSecondAhead();
     for (;;) {
-        const auto left = static_cast<std::size_t>(filled - cursor);
-        const bool hasLine = std::memchr(cursor, '\n', left) != nullptr;
+        const std::string_view ahead = lines.getAhead();
+        const bool hasLine = ahead.find('\n') != std::string_view::npos;
         // A blank line is no row, and readRow would wait for what comes behind it.
-        const bool isBlankLine =
-            hasLine && (*cursor == '\n' || std::string_view(cursor, left).starts_with("\r\n"));
+        const bool isBlankLine = hasLine && (ahead.front() == '\n' || ahead.starts_with("\r\n"));
         if (isBlankLine && columns.size() > 1) {
-            nextLine();
+            lines.next();
             continue;
         }
-        if (hasLine || atEnd) return true;
-        if (!file->getIsReadable()) return false;
-        refill();
+        if (hasLine || lines.getIsAllAhead()) return true;
+        if (!lines.getFile().getIsReadable()) return false;
+        lines.readAhead();
     }
 }
 
-/// Finds the next line and puts its bounds into `lineBegin` and `lineEnd`; false at the end of the file.
-bool CsvReader::nextLine() {
-    const char* from = cursor;
-    const char* stop = nullptr;
-    while ((stop = static_cast<const char*>(
-                std::memchr(from, '\n', static_cast<std::size_t>(filled - from)))) == nullptr) {
-        const std::ptrdiff_t searched = filled - cursor;
-        if (!refill()) break;
-        from = cursor + searched;
+/// Whether `beginSecond` would not wait: two other times have come behind the one that is next, or one where
+/// that isn't the first.
+bool CsvReader::getIsSecondAhead() {
+    std::size_t offset = 0;
+    std::size_t changes = 0;
+    std::string last;
+    while (const auto text = lines.look(offset, false)) {
+        const std::string_view found = timeTextOf(*text);
+        if (!found.empty() && found != last) {
+            if (!last.empty()) ++changes;
+            last = found;
+        }
+        if (changes == (rowsOfSecond == 0 ? 2u : 1u)) return true;
     }
-    isCut = stop == nullptr;
-    if (isCut) {
-        if (cursor == filled) return false;
-        stop = filled; // the last line, without a line end
-    }
-    lineBegin = cursor;
-    lineEnd = stop;
-    cursor = stop == filled ? stop : stop + 1;
-    if (lineEnd != lineBegin && lineEnd[-1] == '\r') {
-        --lineEnd;
-        isCut = false; // half of a line end tells as much as a whole one
-    }
-    ++line;
-    return true;
-}
-
-/// Moves what is left to the front of the piece and reads more behind it; false when there is nothing more.
-bool CsvReader::refill() {
-    if (atEnd) return false;
-    const auto left = static_cast<std::size_t>(filled - cursor);
-    bytesBefore += static_cast<std::uint64_t>(cursor - piece.data());
-    std::memmove(piece.data(), cursor, left);
-    if (left == piece.size()) {
-        if (left >= kLongestRow)
-            throw RecordingException({{getPath() + ":" + std::to_string(line + 1)},
-                                      "a row of more than 64 MiB",
-                                      "a table of numbers"});
-        piece.resize(piece.size() * 2);
-    }
-    cursor = piece.data();
-    filled = piece.data() + left;
-    const std::size_t count = file->read(piece.data() + left, piece.size() - left);
-    atEnd = count == 0;
-    filled += count;
-    return !atEnd;
+    return lines.getIsAllAhead();
 }
 
 std::string CsvReader::getFault() const {
     switch (fault) {
     case Fault::NoNumber:
-        return getFaultOfCell(faultyColumn, "a number", suggestionFor(textOfCell(faultyColumn)));
+        return getFaultOfCell(faultyColumn, decimal == '.' ? "a number" : "a number with a decimal comma",
+                              decimal == '.' ? suggestionFor(textOfCell(faultyColumn)) : "");
     case Fault::TooLarge:
         return getFaultOfCell(faultyColumn, "a number that a 64-bit float can hold");
     case Fault::CellsMissing:
@@ -290,14 +291,14 @@ std::string CsvReader::getFaultOfCell(std::size_t column, const std::string& exp
 }
 
 std::string CsvReader::textOfCell(std::size_t column) const {
-    const char* begin = lineBegin;
+    const char* begin = lines.getBegin();
     for (std::size_t i = 0; i < column; ++i)
-        begin = endOfCell(begin, lineEnd) + 1;
-    return plainText({begin, endOfCell(begin, lineEnd)});
+        begin = endOfCell(begin, lines.getEnd(), separator) + 1;
+    return plainText({begin, endOfCell(begin, lines.getEnd(), separator)});
 }
 
 std::string CsvReader::getRowText() const {
-    return quoted({lineBegin, lineEnd});
+    return quoted(lines.getText());
 }
 
 std::string CsvReader::getPlace() const {
@@ -311,7 +312,7 @@ std::string CsvReader::placeOf(std::size_t column) const {
 /// Of a line with too few or too many cells.
 std::string CsvReader::getFaultOfRow(const std::string& found) const {
     return Complaint{{placeOf(faultyColumn)},
-                     found + quoted({lineBegin, lineEnd}),
+                     found + quoted(lines.getText()),
                      counted(columns.size(), "cell") + ", as the header has"}
         .getText();
 }

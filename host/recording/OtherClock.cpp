@@ -3,6 +3,7 @@
 
 #include "host/recording/RecordingForms.h"
 #include "host/ends/TimeStampWatch.h"
+#include "host/recording/UnitText.h"
 
 #include <algorithm>
 #include <array>
@@ -51,16 +52,13 @@ std::optional<double> otherRate(const SourceAccount& account, double rate) {
     return nearest > std::log1p(kTolerance) ? std::optional(found) : std::nullopt;
 }
 
-SourceAccount readTimes(const std::string& path, std::size_t column, std::uint64_t rows,
-                        const DataWish& wish) {
-    const std::unique_ptr<RecordingReader> reader = openRecording(path, wish);
-    reader->select({column});
+SourceAccount readTimes(RecordingReader& reader, std::size_t column, std::uint64_t rows) {
+    reader.select({column});
     SourceAccount account;
     TimeStampWatch watch;
     double time = 0.0;
-    while (account.rows < rows && reader->takeRow(&time) == RecordingReader::Row::Sound &&
-           std::isfinite(time))
-        watch.take(time, ++account.rows, reader->getLine());
+    while (account.rows < rows && reader.takeRow(&time) == RecordingReader::Row::Sound && std::isfinite(time))
+        watch.take(time, ++account.rows, reader.getLine());
     watch.tell(account);
     return account;
 }
@@ -77,40 +75,10 @@ constexpr std::array kOtherUnits{
     Unit{"nanoseconds", 1e-9, {"ns", "nsec", "nanos", "nanosecond", "nanoseconds"}},
 };
 
-bool isLetter(char c) {
-    return std::isalpha(static_cast<unsigned char>(c)) != 0;
-}
-
-/// With a `u` for a micro sign, of which there are two.
-std::string withoutSigns(const std::string& name) {
-    std::string text;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const std::string_view two = std::string_view(name).substr(i, 2);
-        const bool isMicro = two == "\xC2\xB5" || two == "\xCE\xBC";
-        text += isMicro ? 'u' : name[i];
-        if (isMicro) ++i;
-    }
-    return text;
-}
-
-/// The words of a name in small letters: `time (ms)`, `t_ms` and `timeMs` have two.
-std::vector<std::string> wordsOf(const std::string& name) {
-    std::vector<std::string> words;
-    char before = ' ';
-    for (const char c : withoutSigns(name)) {
-        const bool isBegin = !isLetter(before) || (std::islower(static_cast<unsigned char>(before)) != 0 &&
-                                                   std::isupper(static_cast<unsigned char>(c)) != 0);
-        if (isLetter(c) && isBegin) words.emplace_back();
-        if (isLetter(c)) words.back() += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        before = c;
-    }
-    return words;
-}
-
 } // namespace
 
 std::optional<SourceAccount::OtherUnit> findOtherUnit(const std::string& column) {
-    const std::vector<std::string> words = wordsOf(column);
+    const std::vector<std::string> words = wordsOfName(column);
     for (const Unit& unit : kOtherUnits)
         if (std::find_first_of(words.begin(), words.end(), unit.words.begin(), unit.words.end()) !=
             words.end())
@@ -119,11 +87,11 @@ std::optional<SourceAccount::OtherUnit> findOtherUnit(const std::string& column)
 }
 
 std::optional<SourceAccount::OtherClock> findOtherClock(const std::string& path, double rate,
-                                                        std::uint64_t rows, const DataWish& wish) {
-    const std::vector<std::string> columns = openRecording(path, wish)->getColumnNames();
+                                                        std::uint64_t rows, const ReadingWishes& wishes) {
+    const std::vector<std::string> columns = openRecording(path, wishes)->getColumnNames();
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!isNameOfTime(columns[i])) continue;
-        if (const auto found = otherRate(readTimes(path, i, rows, wish), rate))
+        if (const auto found = otherRate(readTimes(*openRecording(path, wishes), i, rows), rate))
             return SourceAccount::OtherClock{columns[i], *found};
     }
     return std::nullopt;

@@ -3,7 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "host/ends/SourceAccount.h"
-#include "host/recording/DataChoice.h"
+#include "host/recording/ReadingWishes.h"
 
 #include <cstdint>
 #include <optional>
@@ -16,7 +16,7 @@ namespace Quillmere::Host {
 /// milli-, micro- or nanoseconds. A column in which time doesn't go on from row to row is none of times.
 /// Raises `RecordingException`.
 QUILLMERE_API std::optional<SourceAccount::OtherClock>
-findOtherClock(const std::string& path, double rate, std::uint64_t rows, const DataWish& wish = {});
+findOtherClock(const std::string& path, double rate, std::uint64_t rows, const ReadingWishes& wishes);
 
 /// Whether a column of times says by its name that it holds milli-, micro- or nanoseconds, as `time (ms)`,
 /// `t_us` and `timestampNs` do.

@@ -35,10 +35,10 @@ constexpr std::size_t kBytesLookedAt = 512;
 constexpr std::string_view kGzip = "\x1F\x8B";
 
 /// Of a file that is one table as a whole.
-void refuseData(const RecordingFile& file, const DataWish& wish) {
-    if (wish.data.empty()) return;
+void refuseData(const RecordingFile& file, const ReadingWishes& wishes) {
+    if (wishes.data.empty()) return;
     throw UnclearRecording({{file.getName()},
-                            "one table, which has no '" + printable(wish.data, kLongestName) + "'",
+                            "one table, which has no '" + printable(wishes.data, kLongestName) + "'",
                             "no 'data:', which chooses among the variables of a MAT or an HDF5 file"});
 }
 
@@ -62,26 +62,30 @@ using OpenFile = std::unique_ptr<RecordingFile>;
 
 using Reader = std::unique_ptr<RecordingReader>;
 
-Reader openAsHdf5(OpenFile file, [[maybe_unused]] const DataWish& wish, const std::string& found) {
+[[maybe_unused]] DataWish dataWishOf(const ReadingWishes& wishes) {
+    return {wishes.data, wishes.time.empty() ? "" : wishes.time.front()};
+}
+
+Reader openAsHdf5(OpenFile file, [[maybe_unused]] const ReadingWishes& wishes, const std::string& found) {
 #ifdef QUILLMERE_WITH_HDF5
     requireWholeFile(*file, found);
-    return openHdf5(std::move(file), wish);
+    return openHdf5(std::move(file), dataWishOf(wishes));
 #else
     refuseForm(*file, found);
 #endif
 }
 
-Reader openAsMat(OpenFile file, [[maybe_unused]] const DataWish& wish) {
+Reader openAsMat(OpenFile file, [[maybe_unused]] const ReadingWishes& wishes) {
 #ifdef QUILLMERE_WITH_ZLIB
     requireWholeFile(*file, "a MAT file");
-    return openMat(std::move(file), wish);
+    return openMat(std::move(file), dataWishOf(wishes));
 #else
     refuseForm(*file, "a MAT file");
 #endif
 }
 
-Reader openAsWav(OpenFile file, const DataWish& wish) {
-    refuseData(*file, wish);
+Reader openAsWav(OpenFile file, const ReadingWishes& wishes) {
+    refuseData(*file, wishes);
 #ifdef QUILLMERE_WITH_SNDFILE
     requireWholeFile(*file, "a WAV file");
     return openWav(std::move(file));
@@ -103,30 +107,30 @@ bool getIsMat(std::string_view head) {
 struct Form {
     /// Whether a file is of this form, by its name and its first bytes, 512 of them or the whole file.
     bool (*getIsOf)(const std::string& path, std::string_view head);
-    Reader (*open)(OpenFile file, const DataWish& wish);
+    Reader (*open)(OpenFile file, const ReadingWishes& wishes);
 };
 
 /// The first that fits is taken, so the last one takes everything.
 constexpr std::array kForms{
     Form{[](const std::string&, std::string_view head) { return head.starts_with("\x89HDF\r\n\x1A\n"); },
-         [](OpenFile file, const DataWish& wish) {
-             return openAsHdf5(std::move(file), wish, "an HDF5 file");
+         [](OpenFile file, const ReadingWishes& wishes) {
+             return openAsHdf5(std::move(file), wishes, "an HDF5 file");
          }},
     Form{[](const std::string&, std::string_view head) { return head.starts_with("MATLAB 7.3 MAT-file"); },
-         [](OpenFile file, const DataWish& wish) {
-             return openAsHdf5(std::move(file), wish, "a MAT file of version 7.3");
+         [](OpenFile file, const ReadingWishes& wishes) {
+             return openAsHdf5(std::move(file), wishes, "a MAT file of version 7.3");
          }},
     Form{[](const std::string&, std::string_view head) { return getIsMat(head); }, openAsMat},
     Form{[](const std::string&, std::string_view head) { return getIsWav(head); }, openAsWav},
     Form{[](const std::string& path, std::string_view) { return BidsReader::getIsOf(path); },
-         [](OpenFile file, const DataWish& wish) -> Reader {
-             refuseData(*file, wish);
+         [](OpenFile file, const ReadingWishes& wishes) -> Reader {
+             refuseData(*file, wishes);
              return std::make_unique<BidsReader>(std::move(file));
          }},
     Form{[](const std::string&, std::string_view) { return true; },
-         [](OpenFile file, const DataWish& wish) -> Reader {
-             refuseData(*file, wish);
-             return std::make_unique<CsvReader>(std::move(file));
+         [](OpenFile file, const ReadingWishes& wishes) -> Reader {
+             refuseData(*file, wishes);
+             return std::make_unique<CsvReader>(std::move(file), wishes);
          }},
 };
 
@@ -169,12 +173,19 @@ const std::vector<std::string>& getRecordingForms() {
     return names;
 }
 
-std::unique_ptr<RecordingReader> openRecording(const std::string& path, const DataWish& wish) {
+std::unique_ptr<RecordingReader> openRecording(const std::string& path, const ReadingWishes& wishes) {
     auto file = std::make_unique<RecordingFile>(path);
     const std::string_view head = lookAtBegin(*file);
     const auto form =
         std::find_if(kForms.begin(), kForms.end(), [&](const Form& one) { return one.getIsOf(path, head); });
-    return form->open(std::move(file), wish);
+    return form->open(std::move(file), wishes);
+}
+
+std::unique_ptr<RecordingReader> openRecording(const std::string& path, const DataWish& wish) {
+    ReadingWishes wishes;
+    wishes.data = wish.data;
+    if (!wish.time.empty()) wishes.time.push_back(wish.time);
+    return openRecording(path, wishes);
 }
 
 } // namespace Quillmere::Host

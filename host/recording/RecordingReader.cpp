@@ -15,6 +15,15 @@ std::vector<std::string> RecordingReader::getColumnNames() const {
     return names;
 }
 
+std::optional<std::size_t> RecordingReader::getTimeColumn() const {
+    if (timeColumn) return timeColumn;
+    const auto found = std::find_if(columns.begin(), columns.end(), [](const Column& column) {
+        return column.kind == Column::Kind::Time && (column.unit.empty() || column.unit == "s");
+    });
+    if (found == columns.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - columns.begin());
+}
+
 void RecordingReader::select(const std::vector<std::size_t>& chosen) {
     targets.assign(columns.size(), kPassedOver);
     for (std::size_t i = 0; i < chosen.size(); ++i)

@@ -44,8 +44,17 @@ public:
     virtual const std::string& getPath() const = 0;
     const std::vector<Column>& getColumns() const { return columns; }
     std::vector<std::string> getColumnNames() const;
-    /// Rows a second, where the file states it and has no column of times; nothing where it doesn't.
+    /// Rows a second, as the file states it; nothing where it doesn't. It counts where there are no times.
     std::optional<double> getRate() const { return rate; }
+    /// The column of times, as the caller named it, as the file says or as its begin looks; of a date and a
+    /// time the date. Nothing where there is none.
+    std::optional<std::size_t> getTimeColumn() const;
+    /// Whether that column's cells have to be made seconds of, which `getTime` gives; else they are numbers
+    /// in seconds, and whoever wants them selects the column.
+    bool getHasOwnTimes() const { return hasOwnTimes; }
+    /// What was guessed or mended and changes numbers, for the user: each a part of a sentence. [run, or
+    /// behind it]
+    virtual std::vector<std::string> getNotes() const { return {}; }
 
     /// Chooses what `takeRow` gives: its value i is column `chosen[i]`. The other columns are passed over
     /// unread, so they may hold anything. Requires: indices into `getColumns()`, each at most once. [setup]
@@ -85,6 +94,8 @@ public:
     bool getIsCut() const { return isCut; }
     /// Whether the last row has as many cells as there are columns, so that one knows which is which.
     bool getHasAllCells() const { return hasAllCells; }
+    /// The last row's time in seconds; not-a-number where its cell holds none. Requires: `getHasOwnTimes`.
+    double getTime() const { return time; }
     /// The line of the last row, 1 being the file's first; 0 where a file has no lines.
     std::uint64_t getLine() const { return line; }
 
@@ -113,10 +124,13 @@ protected:
     void noteEmpty(std::size_t index);
     void noteMissing(std::size_t index);
 
-    std::vector<Column> columns;      ///< Set by the constructor.
-    std::optional<double> rate;       ///< The same.
+    std::vector<Column> columns;           ///< Set by the constructor.
+    std::optional<double> rate;            ///< The same,
+    std::optional<std::size_t> timeColumn; ///< as these; without it the first of kind Time in seconds.
+    bool hasOwnTimes = false;
     std::vector<std::size_t> targets; ///< For each column the place of its value, or `kPassedOver`.
     std::uint64_t line = 0;
+    double time = 0.0; ///< Seconds.
     bool isCut = false;
     bool hasAllCells = true;
 

@@ -28,14 +28,16 @@ RecordingRows::Row RecordingRows::take() {
     ++number;
     if (plan.onCutEnd != OnCutEnd::Keep && reader->getIsCut()) return endAtCut();
     // A row that is skipped takes its time all the same.
-    time = plan.timeCell ? values[*plan.timeCell] : static_cast<double>(number - 1) / plan.rate;
+    time = plan.timeCell      ? values[*plan.timeCell]
+           : plan.hasOwnTimes ? reader->getTime()
+                              : static_cast<double>(number - 1) / plan.rate;
     const bool isFaulty = read == RecordingReader::Row::Faulty;
     isWhole = !isFaulty && !reader->getHasEmptyCells() && std::isfinite(time);
     if (!isWhole && !takeUnsound(isFaulty)) return Row::Skipped;
     if (account.rows++ == 0) firstTaken = number;
     lastTaken = number;
     account.missingCells += reader->getMissingCells();
-    if (plan.timeCell) watch.take(time, number, reader->getLine());
+    if (getHasTimes()) watch.take(time, number, reader->getLine());
     return Row::Taken;
 }
 
@@ -45,7 +47,10 @@ bool RecordingRows::takeUnsound(bool isFaulty) {
     bool canMend = reader->getHasAllCells();
     if (canMend && !getHasTime()) {
         canMend = false;
-        if (!isFaulty) fault = reader->getFaultOfCell(plan.chosen[*plan.timeCell], "a time in seconds");
+        if (!isFaulty)
+            fault = plan.hasOwnTimes
+                        ? reader->getFaultOfCell(*reader->getTimeColumn(), "a time")
+                        : reader->getFaultOfCell(plan.chosen[*plan.timeCell], "a time in seconds");
     }
     if (canMend) {
         const std::string hole = mendHoles();
@@ -60,6 +65,7 @@ bool RecordingRows::takeUnsound(bool isFaulty) {
 }
 
 bool RecordingRows::getHasTime() const {
+    if (plan.hasOwnTimes) return std::isfinite(time);
     return !plan.timeCell || (std::isfinite(time) && !reader->getIsEmpty(*plan.timeCell));
 }
 
@@ -103,7 +109,8 @@ void RecordingRows::noteFault(std::string text) {
 SourceAccount RecordingRows::getAccount() const {
     SourceAccount told = account;
     told.isChangedMeanwhile = reader->getIsChanged();
-    if (plan.timeCell)
+    told.notes = reader->getNotes();
+    if (getHasTimes())
         watch.tell(told);
     else if (account.rows > 0)
         tellTimesOfRate(told);

@@ -33,7 +33,8 @@ struct RowPlan {
 
     std::vector<std::size_t> chosen; ///< Columns of the file, each once.
     std::optional<std::size_t> timeCell;
-    double rate = 0.0; ///< Rows a second, without a `timeCell`.
+    bool hasOwnTimes = false; ///< The reader makes the times, and no cell is asked for them.
+    double rate = 0.0;        ///< Rows a second, where there are no times.
     std::vector<Pin> pins;
     bool isFramed = false; ///< Rows are gathered, so none may lack a pin's sample.
     OnBadRow onBadRow = OnBadRow::Error;
@@ -77,6 +78,7 @@ public:
 private:
     bool takeUnsound(bool isFaulty);
     bool getHasTime() const;
+    bool getHasTimes() const { return plan.timeCell || plan.hasOwnTimes; }
     std::string mendHoles();
     Row endAtCut();
     void noteFault(std::string text);

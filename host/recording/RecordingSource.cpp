@@ -3,8 +3,12 @@
 
 #include "host/text/Counted.h"
 #include "host/text/NearestName.h"
+#include "host/text/Printable.h"
+#include "host/text/ShortestText.h"
 #include "host/recording/ColumnFinder.h"
+#include "host/recording/ColumnPattern.h"
 #include "host/recording/OtherClock.h"
+#include "host/recording/ReadingSettings.h"
 #include "host/recording/RecordingFile.h"
 #include "host/recording/RecordingForms.h"
 #include "host/ends/RecordingException.h"
@@ -21,16 +25,6 @@ namespace {
 constexpr std::int64_t kLargestCount = std::numeric_limits<std::int32_t>::max();
 /// Whether a longer frame is ever full is left to the run, since reading so far ahead takes time.
 constexpr std::size_t kLongestFrameFilled = 100000;
-
-/// The place of a word among `words`, which a message lists; 0 when it isn't one of them, which is a
-/// complaint.
-std::size_t takeChoice(const Value& value, const std::vector<std::string>& words, Complaints& complaints) {
-    const auto found = value.isScalar() ? std::find(words.begin(), words.end(), value.text) : words.end();
-    if (found != words.end()) return static_cast<std::size_t>(found - words.begin());
-    complaints.add(value.where, value.describe(), "one of " + listOfNames(words),
-                   value.isScalar() ? nearestName(value.text, words) : "");
-    return 0;
-}
 } // namespace
 
 RecordingSource::RecordingSource(const std::string& instanceName) : Source(instanceName, true) {}
@@ -63,20 +57,29 @@ void RecordingSource::fill(std::size_t pin) {
 }
 
 const std::vector<HostBlock::SettingDescription>& RecordingSource::getSettingDescriptions() const {
-    static const std::vector<SettingDescription> descriptions{
-        {"file", "text", "", "the CSV recording, with a row of column names first; - is standard input"},
-        {"data", "text", "the one", "the path of a variable in a MAT or HDF5 file, as in imu/LowerBack/Acc"},
-        {"pins", "map", "", "for each output pin the list of its columns, as in {accel: [ax, ay, az]}"},
-        {"time", "text", "by rate",
-         "the column, or the path of the variable, that holds the time in seconds"},
-        {"rate", "number", "by time", "rows a second, for a recording without a time column"},
-        {"frame", "whole number", "none", "rows that make one sample; without it each row is one"},
-        {"hop", "whole number", "as frame", "rows from the begin of a frame to the begin of the next"},
-        {"onBadRow", "error, skip or nan", "error",
-         "what a row with a bad cell does: it ends the run, is passed over, or has nan there"},
-        {"missing", "list", "none", "texts of cells that stand for nan, as in [NA, \"\"]"},
-        {"onCutEnd", "keep, error or drop", "keep",
-         "what a last line without its end does: it is a row as any other, ends the run, or is left out"}};
+    static const std::vector<SettingDescription> descriptions = [] {
+        std::vector<SettingDescription> all{
+            {"file", "text", "", "the recording; - is standard input"},
+            {"data", "text", "the one",
+             "the path of a variable in a MAT or HDF5 file, as in imu/LowerBack/Acc"},
+            {"pins", "map", "",
+             "for each output pin the list of its columns, as in {accel: [ax, ay, az]}, or a pattern: "
+             "{accel: acc*}"},
+            {"time", "text or list", "as the file looks",
+             "the column, or the path of the variable, that holds the time in seconds, or [date, time]"},
+            {"rate", "number", "by time", "rows a second, for a recording without a time column"},
+            {"frame", "whole number", "none", "rows that make one sample; without it each row is one"},
+            {"hop", "whole number", "as frame", "rows from the begin of a frame to the begin of the next"},
+            {"onBadRow", "error, skip or nan", "error",
+             "what a row with a bad cell does: it ends the run, is passed over, or has nan there"},
+            {"missing", "list", "none", "texts of cells that stand for nan, as in [NA, \"\"]"},
+            {"onCutEnd", "keep, error or drop", "keep",
+             "what a last line without its end does: it is a row as any other, ends the run, or is left "
+             "out"}};
+        for (SettingDescription& description : getReadingSettings())
+            all.push_back(std::move(description));
+        return all;
+    }();
     return descriptions;
 }
 
@@ -85,7 +88,7 @@ void RecordingSource::configure(const GraphDescription::Block& description, cons
     for (const GraphDescription::Setting& setting : description.settings)
         if (!setting.value.isMissing()) takeSetting(setting, folder, complaints);
     requireFile(*this, description, complaints);
-    requireClock(description, complaints);
+    refuseTwoClocks(description, complaints);
     const auto isPins = [](const GraphDescription::Setting& setting) { return setting.name == "pins"; };
     if (std::none_of(description.settings.begin(), description.settings.end(), isPins))
         complaints.add(description.where, "the RecordingSource '" + getName() + "' without pins",
@@ -101,9 +104,9 @@ void RecordingSource::takeSetting(const GraphDescription::Setting& setting, cons
     if (setting.name == "file") {
         takeFile(setting, folder, complaints);
     } else if (setting.name == "data") {
-        data = toText(value, complaints).value_or("");
+        wishes.data = toText(value, complaints).value_or("");
     } else if (setting.name == "time") {
-        if (const auto name = toText(value, complaints)) timeColumn = Column{*name, value.where};
+        takeTime(value, complaints);
     } else if (setting.name == "rate") {
         rate = toNumber(value, complaints);
         if (rate && !(*rate > 0.0 && std::isfinite(*rate)))
@@ -121,9 +124,22 @@ void RecordingSource::takeSetting(const GraphDescription::Setting& setting, cons
         takeMissing(value, complaints);
     } else if (setting.name == "onCutEnd") {
         plan.onCutEnd = static_cast<OnCutEnd>(takeChoice(value, {"keep", "error", "drop"}, complaints));
-    } else {
+    } else if (!takeReadingSetting(setting, wishes, complaints)) {
         refuseSetting(setting, complaints);
     }
+}
+
+void RecordingSource::takeTime(const Value& value, Complaints& complaints) {
+    timeColumns.clear();
+    if (value.kind != Value::Kind::List) {
+        if (const auto name = toText(value, complaints)) timeColumns.push_back({*name, value.where});
+        return;
+    }
+    for (const Value& item : value.items)
+        if (const auto name = toText(item, complaints)) timeColumns.push_back({*name, item.where});
+    if (value.items.empty() || value.items.size() > 2)
+        complaints.add(value.where, value.describe(),
+                       "a column, or two with the date and the time: [date, time]");
 }
 
 std::optional<std::int64_t> RecordingSource::takeCount(const Value& value, Complaints& complaints) {
@@ -170,7 +186,9 @@ void RecordingSource::takeMissing(const Value& value, Complaints& complaints) {
         if (const auto word = toText(text, complaints)) plan.missing.push_back(*word);
 }
 
-void RecordingSource::requireClock(const GraphDescription::Block& description, Complaints& complaints) const {
+/// Of none it is the file that may have one.
+void RecordingSource::refuseTwoClocks(const GraphDescription::Block& description,
+                                      Complaints& complaints) const {
     std::vector<std::string> ofFile;
     std::size_t ofCaller = 0;
     for (const GraphDescription::Setting& setting : description.settings) {
@@ -181,14 +199,12 @@ void RecordingSource::requireClock(const GraphDescription::Block& description, C
             ++ofCaller;
     }
     const std::size_t clocks = ofFile.size() + ofCaller;
-    if (clocks == 1) return;
+    if (clocks < 2) return;
     const std::string wayOut =
         ofFile.size() == 1 && ofCaller == 1
             ? "; '--set " + getName() + "." + ofFile.front() + "=null' takes the graph's away"
             : "";
-    complaints.add(description.where,
-                   "the RecordingSource '" + getName() +
-                       (clocks == 0 ? "' without a clock" : "' with two clocks"),
+    complaints.add(description.where, "the RecordingSource '" + getName() + "' with two clocks",
                    "either 'time:' and a column or 'rate:' and rows a second" + wayOut);
 }
 
@@ -205,7 +221,11 @@ std::optional<RecordedSource::Shape>
 RecordingSource::getSampleShape(const Core::AbstractOutputPin& pin) const {
     const std::size_t found = findOutput(pin);
     if (found == outputs.size()) return std::nullopt;
-    return Shape{std::max(frameRows, std::size_t{1}), outputs[found].columns.size()};
+    const std::vector<Column>& columns = outputs[found].columns;
+    const auto isPattern = [](const Column& column) { return column.name.find('*') != std::string::npos; };
+    // How many columns a pattern is, its file says.
+    if (recording == nullptr && std::any_of(columns.begin(), columns.end(), isPattern)) return std::nullopt;
+    return Shape{std::max(frameRows, std::size_t{1}), columns.size()};
 }
 
 void RecordingSource::open(Complaints& complaints) {
@@ -223,17 +243,56 @@ void RecordingSource::open(Complaints& complaints) {
                        "a CSV file with a row of column names");
         return;
     }
-    if (!planCells(*reader, complaints)) return;
+    if (!unfoldPatterns(reader->getColumnNames(), complaints)) return;
+    if (!planCells(*reader, complaints) || !planTimes(*reader, complaints)) return;
     recording = std::make_unique<RecordingRows>(std::move(reader), plan);
     if (frameRows > 0 && frameRows <= kLongestFrameFilled && !getComesByItself()) warnOfShortFile(complaints);
 }
 
-std::unique_ptr<RecordingReader> RecordingSource::openReader() const {
-    return openRecording(getPath(), getWish());
+ReadingWishes RecordingSource::gatherWishes() const {
+    ReadingWishes all = wishes;
+    all.findsTimes = timeColumns.empty() && !rate;
+    all.missing = plan.missing;
+    for (const Column& column : timeColumns)
+        all.time.push_back(column.name);
+    all.names = all.time;
+    for (const Output& output : outputs)
+        for (const Column& column : output.columns)
+            all.names.push_back(column.name);
+    return all;
 }
 
-DataWish RecordingSource::getWish() const {
-    return {data, timeColumn ? timeColumn->name : ""};
+std::unique_ptr<RecordingReader> RecordingSource::openReader() const {
+    return openRecording(getPath(), gatherWishes());
+}
+
+/// Puts the columns that fit a pattern in its place; false when they have no order. A column of that very
+/// name is no pattern.
+bool RecordingSource::unfoldPatterns(const std::vector<std::string>& names, Complaints& complaints) {
+    bool hasAll = true;
+    for (Output& output : outputs) {
+        std::vector<Column> columns;
+        for (const Column& column : output.columns) {
+            const bool isPattern = column.name.find('*') != std::string::npos &&
+                                   std::find(names.begin(), names.end(), column.name) == names.end();
+            const auto found = isPattern ? findByPattern(names, column.name) : std::vector<std::size_t>();
+            for (const std::size_t one : found)
+                columns.push_back({names[one], column.where});
+            if (!found.empty()) continue;
+            columns.push_back(column);
+            if (!isPattern) continue;
+            const std::vector<std::string> fitting = namesThatFit(names, column.name);
+            if (fitting.empty()) continue; // planCells complains of it as of any name
+            hasAll = false;
+            complaints.add(column.where,
+                           "'" + printable(column.name, kLongestName) + "', which is " +
+                               listOfNames(fitting) + " in " + getPath(),
+                           "a pattern for one column, or for columns whose names differ by their axis alone: "
+                           "x, y and z, or w, x, y and z");
+        }
+        output.columns = std::move(columns);
+    }
+    return hasAll;
 }
 
 bool RecordingSource::getComesByItself() const {
@@ -280,10 +339,35 @@ bool RecordingSource::planCells(const RecordingReader& reader, Complaints& compl
         for (const Column& column : output.columns)
             plan.pins.back().cells.push_back(cellOf(column));
     }
-    if (timeColumn) plan.timeCell = cellOf(*timeColumn);
+    plan.hasOwnTimes = reader.getHasOwnTimes();
+    for (const Column& column : timeColumns) {
+        if (plan.hasOwnTimes)
+            finder.find(column.name, column.where, complaints);
+        else
+            plan.timeCell = cellOf(column);
+    }
+    if (timeColumns.empty() && reader.getTimeColumn() && !plan.hasOwnTimes && !rate) {
+        const std::size_t index = *reader.getTimeColumn();
+        const auto [cell, isNew] = cells.try_emplace(index, plan.chosen.size());
+        if (isNew) plan.chosen.push_back(index);
+        plan.timeCell = cell->second;
+    }
     plan.rate = rate.value_or(0.0);
     plan.isFramed = frameRows > 0;
     return hasAll;
+}
+
+/// Where nobody says when rows were taken, the file has to.
+bool RecordingSource::planTimes(const RecordingReader& reader, Complaints& complaints) {
+    if (rate || plan.timeCell || plan.hasOwnTimes) return true;
+    if (reader.getRate()) {
+        plan.rate = *reader.getRate();
+        isRateOfFile = true;
+        return true;
+    }
+    complaints.add(getPathPlace(), "no column of times in " + getPath() + ", and no rate",
+                   "'time:' and a column, or 'rate:' and rows a second");
+    return false;
 }
 
 bool RecordingSource::prepare() {
@@ -359,9 +443,16 @@ bool RecordingSource::getIsMissing(const Core::AbstractOutputPin& pin, std::size
 SourceAccount RecordingSource::getAccount() const {
     if (recording == nullptr) return {};
     SourceAccount account = recording->getAccount();
+    if (isRateOfFile) account.notes.push_back(shortestText(plan.rate) + " rows a second, as the file states");
     // Of a file it was told before the run.
-    if (getComesByItself() && timeColumn) account.otherUnit = findOtherUnit(timeColumn->name);
+    if (getComesByItself()) account.otherUnit = findOtherUnitOfTime();
     return account;
+}
+
+/// Of numbers that are taken for seconds since the graph says so.
+std::optional<SourceAccount::OtherUnit> RecordingSource::findOtherUnitOfTime() const {
+    if (timeColumns.empty() || plan.hasOwnTimes || wishes.getHasTimeForm()) return std::nullopt;
+    return findOtherUnit(timeColumns.front().name);
 }
 
 namespace {
@@ -383,8 +474,8 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
         for (std::uint64_t i = 0; i < most; ++i)
             if (takeAhead(ahead) == RecordingRows::Row::End) break;
         account = ahead.getAccount();
-        if (rate) account.otherClock = findOtherClock(getPath(), *rate, most, getWish());
-        if (timeColumn) account.otherUnit = findOtherUnit(timeColumn->name);
+        if (rate) account.otherClock = findOtherClock(getPath(), *rate, most, gatherWishes());
+        account.otherUnit = findOtherUnitOfTime();
     } catch (const RecordingException&) {
         // The file is gone.
     }
@@ -395,7 +486,8 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
 std::optional<SampleRate> RecordingSource::getSampleRate(const Core::AbstractOutputPin& pin) const {
     if (recording == nullptr) return std::nullopt;
     const double rowsASample = static_cast<double>(std::max<std::size_t>(hop, 1));
-    const auto stated = rate ? std::optional(SampleRate{.perSecond = *rate / rowsASample}) : std::nullopt;
+    const auto stated =
+        plan.rate > 0.0 ? std::optional(SampleRate{.perSecond = plan.rate / rowsASample}) : std::nullopt;
     if (getComesByItself()) return stated;
     RateMeter meter;
     bool isSparse = false;

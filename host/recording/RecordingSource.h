@@ -7,7 +7,7 @@
 #include "host/ends/RecordedSource.h"
 #include "host/ends/Source.h"
 #include "host/ends/WakingSource.h"
-#include "host/recording/DataChoice.h"
+#include "host/recording/ReadingWishes.h"
 #include "host/recording/RecordingRows.h"
 
 #include <cstdint>
@@ -20,10 +20,10 @@
 
 namespace Quillmere::Host {
 
-/// Reads a CSV recording: each row becomes one sample on each pin, or N rows one sample of N rows.
+/// Reads a recording: each row becomes one sample on each pin, or N rows one sample of N rows.
 ///
 /// A pin is a list of columns; its sample is 1 by n, one element a column, or N by n with `frame: N`, row by
-/// row. The time stamp is the row's time column in seconds, or the row's number divided by `rate`; a frame
+/// row. The time stamp is the row's time in seconds, or the row's number divided by `rate`; a frame
 /// has that of its last row, and the next frame begins `hop` rows after it began. Rows at the end that fill
 /// no frame are not sent. A row in which all cells of a pin are empty gives no sample on that pin, as a
 /// result has it where nothing came; a pin with some cells empty, and an empty cell in a frame, are bad rows.
@@ -85,25 +85,31 @@ private:
     void takeSetting(const GraphDescription::Setting& setting, const std::string& folder,
                      Complaints& complaints);
     void takePins(const Value& value, Complaints& complaints);
+    void takeTime(const Value& value, Complaints& complaints);
     void takeColumns(const Value& value, Output& output, Complaints& complaints);
     std::optional<std::int64_t> takeCount(const Value& value, Complaints& complaints);
     void takeMissing(const Value& value, Complaints& complaints);
-    void requireClock(const GraphDescription::Block& description, Complaints& complaints) const;
+    void refuseTwoClocks(const GraphDescription::Block& description, Complaints& complaints) const;
+    ReadingWishes gatherWishes() const;
     std::unique_ptr<RecordingReader> openReader() const;
-    DataWish getWish() const;
+    bool unfoldPatterns(const std::vector<std::string>& names, Complaints& complaints);
     bool planCells(const RecordingReader& reader, Complaints& complaints);
+    bool planTimes(const RecordingReader& reader, Complaints& complaints);
     void warnOfShortFile(Complaints& complaints) const;
+
+    std::optional<SourceAccount::OtherUnit> findOtherUnitOfTime() const;
 
     bool readOn();
     bool takeRowIntoFrame();
     void fill(std::size_t pin);
     std::size_t findOutput(const Core::AbstractOutputPin& pin) const;
 
-    std::deque<Output> outputs; ///< Pins can't move.
-    std::string data; ///< The path of what is read in a file that holds several; empty: the only one.
-    std::optional<Column> timeColumn;
-    std::optional<double> rate; ///< Rows a second.
-    std::size_t frameRows = 0;  ///< 0: no frames.
+    std::deque<Output> outputs;      ///< Pins can't move.
+    std::vector<Column> timeColumns; ///< One, or the date and the time; none: the file says which.
+    std::optional<double> rate;      ///< Rows a second.
+    ReadingWishes wishes;            ///< Of how to read; `gatherWishes` has those of what, too.
+    bool isRateOfFile = false;       ///< Nobody but the file says a rate.
+    std::size_t frameRows = 0;       ///< 0: no frames.
     Place frameWhere;
     std::size_t hop = 0; ///< Rows from frame to frame; 0 until told: the frame's own length.
     RowPlan plan;        ///< Whole when the recording is open.

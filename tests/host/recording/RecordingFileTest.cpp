@@ -51,6 +51,32 @@ TEST(RecordingFile, OfAPipeTooAndItIsReadableMeanwhile) {
     EXPECT_EQ(restOf(file, 5), "t,x\n1,2\n");
 }
 
+TEST(RecordingForms, OfAPipeAnotherDialectIsFoundOutByItsFirstRows) {
+    Support::StandardPipe input(STDIN_FILENO);
+    std::string text = "Device Type,A\nRate,50.0 Hz\nSerial,7\n";
+    for (int i = 10; i < 30; ++i)
+        text += "2019-08-06 10:25:50:0" + std::to_string(i) + ",1,2,3\n";
+    input.write(text); // and the pipe stays open: nobody waits for more than ten rows
+    Quillmere::Host::ReadingWishes wishes;
+    wishes.findsTimes = true;
+    const auto reader = openRecording("-", wishes);
+    EXPECT_EQ(reader->getColumnNames(), (std::vector<std::string>{"time", "x", "y", "z"}));
+    EXPECT_TRUE(reader->getHasOwnTimes());
+    reader->select({1, 3});
+    double row[2] = {};
+    ASSERT_EQ(reader->takeRow(row), Quillmere::Host::RecordingReader::Row::Sound);
+    EXPECT_EQ(row[1], 3.0);
+    EXPECT_EQ(reader->getLine(), 4u);
+}
+
+TEST(RecordingForms, OfAPipeThePlainHeaderIsEnoughForWhoKnowsItsColumns) {
+    Support::StandardPipe input(STDIN_FILENO);
+    input.write("t,x\n");
+    Quillmere::Host::ReadingWishes wishes;
+    wishes.time = wishes.names = {"t"};
+    EXPECT_EQ(openRecording("-", wishes)->getColumnNames(), (std::vector<std::string>{"t", "x"}));
+}
+
 TEST(RecordingForms, AReaderSaysWhatItsColumnsAre) {
     const Support::TemporaryFolder folder;
     const auto reader = openRecording(folder.write("in.csv", "t,x\n1,2\n"));

@@ -185,9 +185,32 @@ TEST_F(RecordingSourceTest, WrongSettingsAreComplainedOf) {
         {"file: in.csv, time: t", "g.yaml:3:10: found the RecordingSource 'in' without pins; expected "
                                   "'pins:' and for each pin its columns, as in "
                                   "{accel: [ax, ay, az]}\n"},
-        {"file: in.csv, pins: {p: x}", "g.yaml:3:10: found the RecordingSource 'in' without a clock; "
-                                       "expected either 'time:' and a column or 'rate:' and "
-                                       "rows a second\n"},
+        {"file: in.csv, pins: {p: x}",
+         "g.yaml:3:56: found steps of 0.5 without a unit in in.csv: column 't'; expected 'timeUnit:' and s, "
+         "ms, us or ns, or 'rate:' and rows a second\n"},
+        {"file: in.csv, time: [t, x, y], pins: {p: x}",
+         "g.yaml:3:70: found a list; expected a column, or two with the date and the time: [date, time]\n"},
+        {"file: in.csv, time: t, separator: semicolom, pins: {p: x}",
+         "g.yaml:3:84: found 'semicolom'; expected one of comma, semicolon, tab and bar; did you mean "
+         "semicolon?\n"},
+        {"file: in.csv, time: t, decimal: '.', pins: {p: x}",
+         "g.yaml:3:82: found '.'; expected one of point and comma\n"},
+        {"file: in.csv, time: t, headerRows: 3, pins: {p: x}",
+         "g.yaml:3:85: found '3'; expected a whole number from 0 to 2\n"},
+        {"file: in.csv, time: t, unitsRow: perhaps, pins: {p: x}",
+         "g.yaml:3:83: found 'perhaps'; expected true or false\n"},
+        {"file: in.csv, time: t, profile: GENEActive, pins: {p: x}",
+         "g.yaml:3:82: found 'GENEActive'; expected one of Xsens MT, Movella DOT, Shimmer, ActiGraph, "
+         "GENEActiv, Axivity, MbientLab, Sensor Logger, x-io, phyphox and none; did you mean GENEActiv?\n"},
+        {"file: in.csv, time: t, timeUnit: msec, pins: {p: x}",
+         "g.yaml:3:83: found 'msec'; expected one of s, ms, us and ns\n"},
+        {"file: in.csv, time: t, timeStart: noon, pins: {p: x}",
+         "g.yaml:3:84: found 'noon'; expected a date and a time, as in \"2019-08-06 10:25:50\"\n"},
+        {"file: in.csv, time: t, pins: {p: 'a*'}",
+         "g.yaml:3:83: found no column 'a*'; expected one of in.csv: t, x and y\n"},
+        {"file: in.csv, time: t, pins: {p: '*'}",
+         "g.yaml:3:83: found '*', which is t, x and y in in.csv; expected a pattern for one column, or for "
+         "columns whose names differ by their axis alone: x, y and z, or w, x, y and z\n"},
         {"file: in.csv, time: t, rate: 5, pins: {p: x}",
          "g.yaml:3:10: found the RecordingSource 'in' with two clocks; expected either 'time:' and a column "
          "or 'rate:' and "
@@ -206,9 +229,8 @@ TEST_F(RecordingSourceTest, WrongSettingsAreComplainedOf) {
          "g.yaml:3:79: found 'p'; expected for each pin its columns, as in {accel: [ax, ay, az]}\n"},
         {"file: in.csv, time: t, pin: {}, pins: {p: x}",
          "g.yaml:3:73: found the property 'pin' of RecordingSource; expected one of file, data, pins, time, "
-         "rate, "
-         "frame, hop, onBadRow, missing and onCutEnd; "
-         "did you mean pins?\n"},
+         "rate, frame, hop, onBadRow, missing, onCutEnd, separator, decimal and 10 more; did you mean "
+         "pins?\n"},
         {"file: in.csv, time: time, pins: {p: [x, z]}",
          "g.yaml:3:70: found no column 'time'; expected one of in.csv: t, x and y\n"
          "g.yaml:3:90: found no column 'z'; expected one of in.csv: t, x and y\n"},

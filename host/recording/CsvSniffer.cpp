@@ -1,0 +1,376 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/CsvSniffer.h"
+
+#include "host/ends/RecordingException.h"
+#include "host/recording/CsvCells.h"
+#include "host/recording/CsvHeader.h"
+#include "host/text/Complaint.h"
+#include "host/text/Counted.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <utility>
+
+namespace Quillmere::Host {
+
+namespace {
+
+constexpr std::size_t kLinesScored = 200;
+constexpr char kNoSeparator = '\0'; ///< One column.
+constexpr std::array kSeparators{',', ';', '\t', '|'};
+constexpr std::array<std::string_view, 3> kComments{"#", "//", "%"};
+
+using Lines = std::vector<std::string_view>;
+
+bool isBlankLine(std::string_view line) {
+    return trimmed(line).empty();
+}
+
+Lines linesOf(std::string_view head, bool isWhole) {
+    Lines lines;
+    while (!head.empty()) {
+        const std::size_t end = head.find('\n');
+        if (end == std::string_view::npos && !isWhole) break;
+        std::string_view line = head.substr(0, end);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        lines.push_back(line);
+        head.remove_prefix(end == std::string_view::npos ? head.size() : end + 1);
+    }
+    return lines;
+}
+
+/// How well a separator and a decimal sign make a table of numbers out of lines.
+struct Split {
+    char separator = ',';
+    char decimal = '.';
+    std::size_t width = 0;  ///< Cells of those lines that have the most numbers and times.
+    std::size_t fits = 0;   ///< Cells of such lines that are numbers or times,
+    std::size_t others = 0; ///< and those that are text.
+
+    /// Many numbers, and few other texts between them.
+    double getScore() const {
+        const auto all = static_cast<double>(fits + others);
+        return all > 0.0 ? static_cast<double>(fits) * static_cast<double>(fits) / all : 0.0;
+    }
+};
+
+/// A line ends in a separator without a cell behind it.
+bool endsEmpty(const std::vector<std::string_view>& cells) {
+    return cells.size() > 1 && trimmed(cells.back()).empty();
+}
+
+Split splitOf(const Lines& lines, char separator, char decimal, const ReadingWishes& wishes) {
+    std::map<std::size_t, Split> ofWidth;
+    for (const std::string_view line : lines) {
+        const auto cells =
+            separator == kNoSeparator ? std::vector<std::string_view>{line} : cellsOf(line, separator);
+        Split& split = ofWidth[cells.size()];
+        split.width = cells.size();
+        std::size_t fits = 0;
+        std::size_t others = 0;
+        for (const std::string_view cell : cells) {
+            const CellKind kind = cellKindOf(cell, decimal, wishes);
+            if (kind == CellKind::Text) ++others;
+            if (kind == CellKind::Number || kind == CellKind::Time) ++fits;
+        }
+        if (fits == 0) continue; // a line of names tells nothing about numbers
+        split.fits += fits;
+        split.others += others;
+    }
+    Split best;
+    for (const auto& [width, split] : ofWidth)
+        if (best.width == 0 || split.fits > best.fits) best = split;
+    best.separator = separator;
+    best.decimal = decimal;
+    return best;
+}
+
+/// The best of those that `wishes` leaves; a comma and a point where nothing is better.
+Split bestSplit(const Lines& lines, const ReadingWishes& wishes) {
+    Split best;
+    const auto look = [&](char separator, char decimal) {
+        if (wishes.separator && separator != *wishes.separator) return;
+        if (wishes.decimal && decimal != *wishes.decimal) return;
+        const Split split = splitOf(lines, separator, decimal, wishes);
+        if (split.width < 2 && separator != kNoSeparator && !wishes.separator) return;
+        if (best.width == 0 || split.getScore() > best.getScore()) best = split;
+    };
+    for (const char separator : kSeparators)
+        look(separator, '.');
+    for (const char separator : kSeparators) // between commas, numbers with a comma are quoted
+        look(separator, ',');
+    if (best.width == 0 && !wishes.separator) {
+        look(kNoSeparator, '.');
+        look(kNoSeparator, ',');
+    }
+    if (best.width == 0) best.separator = wishes.separator.value_or(',');
+    return best;
+}
+
+/// What stands in each column of rows: that of most of their cells.
+std::vector<CellKind> signatureOf(const Lines& lines, const Split& split, const ReadingWishes& wishes) {
+    std::vector<std::array<std::size_t, 4>> counts(split.width);
+    for (const std::string_view line : lines) {
+        const auto cells = cellsOf(line, split.separator, split.width + 1);
+        if (cells.size() != split.width) continue;
+        for (std::size_t i = 0; i < split.width; ++i)
+            ++counts[i][static_cast<std::size_t>(cellKindOf(cells[i], split.decimal, wishes))];
+    }
+    std::vector<CellKind> kinds;
+    for (auto& count : counts) {
+        count[0] = 0; // an empty cell says nothing, where others do
+        const auto most = std::max_element(count.begin(), count.end());
+        kinds.push_back(*most == 0 ? CellKind::Empty : static_cast<CellKind>(most - count.begin()));
+    }
+    return kinds;
+}
+
+/// Whether a line is a row: numbers where rows have them, and times.
+bool isRow(std::string_view line, const Split& split, const std::vector<CellKind>& signature,
+           const ReadingWishes& wishes) {
+    const auto cells = cellsOf(line, split.separator, split.width + 1);
+    if (cells.size() != split.width) return false;
+    bool hasOne = false;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        if (signature[i] != CellKind::Number && signature[i] != CellKind::Time) continue;
+        const CellKind kind = cellKindOf(cells[i], split.decimal, wishes);
+        if (kind == CellKind::Text) return false;
+        hasOne = hasOne || kind == signature[i];
+    }
+    return hasOne;
+}
+
+/// The steps of sniffing, over the lines of a file's begin.
+class Sniffing {
+public:
+    Sniffing(const std::string& filePath, const ReadingWishes& allWishes, Lines allLines)
+        : path(filePath), wishes(allWishes), lines(std::move(allLines)) {}
+
+    CsvDialect get() {
+        if (!wishes.getHasForm() && getIsPlain()) return {};
+        takeFirstLines();
+        sortLines();
+        Lines last = content;
+        if (last.size() > kLinesScored)
+            last.erase(last.begin(), last.end() - static_cast<std::ptrdiff_t>(kLinesScored));
+        split = bestSplit(last, fixedWishes);
+        if (split.width == 0 || split.fits == 0) return withoutRows();
+        if (split.separator == kNoSeparator) split.separator = ',';
+        signature = signatureOf(last, split, wishes);
+        const auto row = std::find_if(content.begin(), content.end(), [&](std::string_view line) {
+            return isRow(line, split, signature, wishes);
+        });
+        if (row == content.end()) return withoutRows();
+        auto begin = row; // a line with numbers above is a row too, a bad one, and no header
+        while (begin != content.begin() && getHasNumber(*(begin - 1)))
+            --begin;
+        return around(static_cast<std::size_t>(begin - content.begin()));
+    }
+
+private:
+    /// Whether the plain form fits: a row of names, and rows of as many cells, most of them numbers.
+    bool getIsPlain() const {
+        Lines rows;
+        std::string_view header;
+        for (const std::string_view line : lines) {
+            if (isBlankLine(line) || (header.empty() && line.starts_with('#'))) continue;
+            if (header.empty())
+                header = line;
+            else
+                rows.push_back(line);
+        }
+        if (rows.empty()) return !getSeparatorLine();
+        if (getSeparatorLine()) return false;
+        if (rows.size() > kLinesScored)
+            rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(kLinesScored / 2),
+                       rows.end() - static_cast<std::ptrdiff_t>(kLinesScored / 2));
+        const auto names = cellsOf(header, ',');
+        const Split best = bestSplit(rows, wishes);
+        if (best.width == 0 || best.fits == 0) return true; // no numbers: nothing to be found out
+        if (best.separator == kNoSeparator)
+            return names.size() == 1 && best.decimal == '.' && !isNumberRow(names);
+        if (best.separator != ',' || best.decimal != '.' || best.width != names.size()) return false;
+        const std::vector<CellKind> kinds = signatureOf(rows, best, wishes);
+        if (isRow(header, best, kinds, wishes)) return getHasAllNames(names);
+        return isRow(rows.front(), best, kinds, wishes) || !getIsHeaderRow(names, cellsOf(rows.front(), ','));
+    }
+
+    /// Whether a line has as many cells as the rows, and a number among them where they have one.
+    bool getHasNumber(std::string_view line) const {
+        if (wishes.headerRows) return false;
+        const auto cells = cellsOf(line, split.separator, split.width + 1);
+        if (cells.size() != split.width) return false;
+        for (std::size_t i = 0; i < cells.size(); ++i)
+            if (signature[i] == CellKind::Number &&
+                cellKindOf(cells[i], split.decimal, wishes) == CellKind::Number)
+                return true;
+        return false;
+    }
+
+    bool isNumberRow(const std::vector<std::string_view>& cells) const {
+        return std::all_of(cells.begin(), cells.end(),
+                           [&](std::string_view cell) {
+                               return cellKindOf(cell, '.', wishes) == CellKind::Number;
+                           }) &&
+               !getHasAllNames(cells);
+    }
+
+    /// Whether columns are asked for by what stands in the first row, numbers or not: then it is the header.
+    bool getHasAllNames(const std::vector<std::string_view>& cells) const {
+        return !wishes.names.empty() &&
+               std::all_of(wishes.names.begin(), wishes.names.end(), [&](const std::string& name) {
+                   return std::any_of(cells.begin(), cells.end(),
+                                      [&](std::string_view cell) { return plainText(cell) == name; });
+               });
+    }
+
+    /// `sep=;`, as some programs write for spreadsheets.
+    std::optional<char> getSeparatorLine() const {
+        if (lines.empty()) return std::nullopt;
+        std::string_view line = trimmed(lines.front());
+        if (line.starts_with('"')) line.remove_prefix(1);
+        if (line.size() < 5 || (line.substr(0, 4) != "sep=" && line.substr(0, 4) != "SEP="))
+            return std::nullopt;
+        const char separator = line[4];
+        const bool isKnown =
+            std::find(kSeparators.begin(), kSeparators.end(), separator) != kSeparators.end();
+        const bool isAlone = line.find_first_not_of("\",;\t ", 5) == std::string_view::npos;
+        return isKnown && isAlone ? std::optional(separator) : std::nullopt;
+    }
+
+    void takeFirstLines() {
+        fixedWishes = wishes;
+        if (wishes.skipLines) first = std::min(*wishes.skipLines, lines.size());
+        const auto separator = first == 0 ? getSeparatorLine() : std::nullopt;
+        if (!separator) return;
+        first = 1;
+        if (!fixedWishes.separator) fixedWishes.separator = separator;
+    }
+
+    bool isComment(std::string_view line) const {
+        if (wishes.comment) return !wishes.comment->empty() && line.starts_with(*wishes.comment);
+        return std::any_of(kComments.begin(), kComments.end(),
+                           [&](std::string_view sign) { return trimmed(line).starts_with(sign); });
+    }
+
+    /// Blank lines and comments apart from the others.
+    void sortLines() {
+        for (std::size_t i = first; i < lines.size(); ++i) {
+            if (isBlankLine(lines[i]) || isComment(lines[i])) continue;
+            content.push_back(lines[i]);
+            places.push_back(i);
+        }
+    }
+
+    /// A table of which no row has come, or no table.
+    CsvDialect withoutRows() const {
+        CsvDialect dialect;
+        dialect.separator = fixedWishes.separator.value_or(',');
+        dialect.decimal = wishes.decimal.value_or('.');
+        if (!wishes.getHasForm()) return dialect;
+        const std::size_t rows = wishes.headerRows.value_or(1) + (wishes.hasUnitsRow.value_or(false) ? 1 : 0);
+        if (content.size() < rows || rows == 0)
+            throw RecordingException({{path}, "no row of numbers in its begin", "a table of numbers"});
+        return headed(std::move(dialect), rows);
+    }
+
+    CsvDialect around(std::size_t row) {
+        CsvDialect dialect;
+        dialect.separator = split.separator;
+        dialect.decimal = split.decimal;
+        if (split.decimal == ',' && !wishes.decimal)
+            dialect.notes.emplace_back("numbers taken with a decimal comma");
+        dialect.endsWithSeparator =
+            endsEmpty(cellsOf(content[row], split.separator)) && signature.back() == CellKind::Empty;
+        width = split.width - (dialect.endsWithSeparator ? 1 : 0);
+        return headed(std::move(dialect), row);
+    }
+
+    /// With what stands above content line `row`, the first of the rows.
+    CsvDialect headed(CsvDialect dialect, std::size_t row) const {
+        dialect.isPlain = false;
+        dialect.linesBefore = row < places.size() ? places[row] : lines.size();
+        HeaderSearch search;
+        search.separator = dialect.separator;
+        search.width = width;
+        search.headerRows = wishes.headerRows;
+        search.hasUnitsRow = wishes.hasUnitsRow;
+        search.isLineAboveName = row == 1 && !wishes.skipLines;
+        search.lines.assign(content.begin(), content.begin() + static_cast<std::ptrdiff_t>(row));
+        search.comment = commentAbove(row);
+        const CsvHeader header = findHeader(search);
+        refuseAmbiguous(header, dialect, row);
+        dialect.hasHeader = !header.names.empty();
+        dialect.names = header.names;
+        dialect.units = header.units;
+        if (header.endsWithSeparator) dialect.endsWithSeparator = true;
+        for (std::size_t i = header.names.size(); i < width && (i > 0 || !dialect.hasHeader); ++i)
+            if (!dialect.hasHeader) dialect.names.push_back(std::to_string(i + 1));
+        const std::size_t begin = header.rows == 0 ? dialect.linesBefore : places[row - header.rows];
+        for (std::size_t i = 0; i < begin; ++i)
+            dialect.preamble.emplace_back(lines[i]);
+        return dialect;
+    }
+
+    /// The last comment in front of the rows, without its sign: it may hold the names.
+    std::string_view commentAbove(std::size_t row) const {
+        for (std::size_t i = row < places.size() ? places[row] : lines.size(); i-- > first;) {
+            if (isBlankLine(lines[i])) continue;
+            if (!isComment(lines[i])) return {};
+            const std::string_view line = trimmed(lines[i]);
+            return line.substr(std::min(line.find_first_not_of("#/% \t"), line.size()));
+        }
+        return {};
+    }
+
+    /// `1,5` under one name, or twice as many cells as names: a decimal comma or a separator?
+    void refuseAmbiguous(const CsvHeader& header, const CsvDialect& dialect, std::size_t row) const {
+        const std::size_t names = header.names.size();
+        if (dialect.separator != ',' || wishes.separator || names == 0 || width != 2 * names) return;
+        const std::string place = path + ":" + std::to_string(places[row] + 1);
+        throw UnclearRecording(
+            {{place},
+             counted(width, "cell") + " below " + counted(names, "name") +
+                 ", so commas may be decimal commas",
+             names == 1 ? "'separator: semicolon' and 'decimal: comma' for numbers such as 1,5, or "
+                          "'separator: comma' and 'headerRows: 0' for cells without names"
+                        : "another separator than the comma between numbers with a decimal comma, or "
+                          "'separator: comma' and 'headerRows: 0' for cells without names"});
+    }
+
+    const std::string& path;
+    const ReadingWishes& wishes;
+    ReadingWishes fixedWishes; ///< With what a `sep=` line says.
+    Lines lines;
+    std::size_t first = 0; ///< The first line that counts.
+    Lines content;
+    std::vector<std::size_t> places; ///< Of content among all lines.
+    Split split;
+    std::vector<CellKind> signature;
+    std::size_t width = 0; ///< Columns.
+};
+
+} // namespace
+
+CellKind cellKindOf(std::string_view cell, char decimal, const ReadingWishes& wishes) {
+    constexpr std::array<std::string_view, 6> kMissing{"NA", "N/A", "n/a", "null", "NULL", "-"};
+    const std::string_view text = trimmed(unquoted(cell));
+    if (text.empty() || std::find(kMissing.begin(), kMissing.end(), text) != kMissing.end() ||
+        std::find(wishes.missing.begin(), wishes.missing.end(), text) != wishes.missing.end())
+        return CellKind::Empty;
+    double value = 0.0;
+    if (cellToNumber(text, decimal, value) != NumberFault::NoNumber) return CellKind::Number;
+    return getIsTimeText(text) ? CellKind::Time : CellKind::Text;
+}
+
+CsvSniffer::CsvSniffer(std::string filePath, const ReadingWishes& allWishes)
+    : path(std::move(filePath)), wishes(allWishes) {}
+
+CsvDialect CsvSniffer::sniff(std::string_view head, bool isWhole) const {
+    const bool isCut = head.size() > kSniffedBytes;
+    return Sniffing(path, wishes, linesOf(head.substr(0, kSniffedBytes), isWhole && !isCut)).get();
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/ReadingSettings.h"
+
+#include "host/recording/RecordingProfile.h"
+#include "host/text/NearestName.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace Quillmere::Host {
+
+namespace {
+
+constexpr std::int64_t kMostLines = 1'000'000'000;
+constexpr int kMostBits = 48;
+
+std::optional<std::int64_t> takeUpTo(const Value& value, std::int64_t most, Complaints& complaints) {
+    const auto count = toWhole(value, complaints);
+    if (!count || (*count >= 0 && *count <= most)) return count;
+    complaints.add(value.where, value.describe(), "a whole number from 0 to " + std::to_string(most));
+    return std::nullopt;
+}
+
+std::vector<std::string> profileNames() {
+    std::vector<std::string> names;
+    for (const RecordingProfile& profile : recordingProfiles())
+        if (std::find(names.begin(), names.end(), profile.name) == names.end())
+            names.emplace_back(profile.name);
+    names.emplace_back("none");
+    return names;
+}
+
+/// The sign itself will do too.
+void takeSeparator(const Value& value, ReadingWishes& wishes, Complaints& complaints) {
+    constexpr std::array kSigns{',', ';', '\t', '|'};
+    const auto sign = value.isScalar() && value.text.size() == 1
+                          ? std::find(kSigns.begin(), kSigns.end(), value.text.front())
+                          : kSigns.end();
+    wishes.separator = sign != kSigns.end()
+                           ? *sign
+                           : kSigns[takeChoice(value, {"comma", "semicolon", "tab", "bar"}, complaints)];
+}
+
+void takeStart(const Value& value, ReadingWishes& wishes, Complaints& complaints) {
+    const auto text = toText(value, complaints);
+    if (!text) return;
+    wishes.start = nanosecondsOf(*text, DateOrder::YearFirst);
+    if (!wishes.start || getIsYearLast(*text))
+        complaints.add(value.where, value.describe(), "a date and a time, as in \"2019-08-06 10:25:50\"");
+}
+
+bool takeTimeSetting(const std::string& name, const Value& value, ReadingWishes& wishes,
+                     Complaints& complaints) {
+    if (name == "timeUnit") {
+        constexpr std::array kPerSecond{1.0, 1e3, 1e6, 1e9};
+        wishes.perSecond = kPerSecond[takeChoice(value, {"s", "ms", "us", "ns"}, complaints)];
+    } else if (name == "timeFormat") {
+        wishes.dateOrder = static_cast<DateOrder>(takeChoice(value, {"ymd", "dmy", "mdy"}, complaints));
+    } else if (name == "timeStart") {
+        takeStart(value, wishes, complaints);
+    } else if (name == "counterBits") {
+        if (const auto bits = takeUpTo(value, kMostBits, complaints))
+            wishes.counterBits = static_cast<int>(*bits);
+    } else if (name == "wholeSeconds") {
+        wishes.isSpread = takeChoice(value, {"keep", "spread"}, complaints) == 1;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::vector<HostBlock::SettingDescription> getReadingSettings() {
+    return {
+        {"separator", "comma, semicolon, tab or bar", "as the file looks", "what stands between cells"},
+        {"decimal", "point or comma", "as the file looks", "the decimal sign of numbers"},
+        {"comment", "text", "#, // and %", "what lines in front of the rows begin with that are passed over"},
+        {"skipLines", "whole number", "as the file looks", "lines in front of the column names"},
+        {"headerRows", "0, 1 or 2", "as the file looks",
+         "rows of column names; of two the upper one names groups, as in left.acc_x; without any columns are "
+         "1, 2 and so on"},
+        {"unitsRow", "flag", "as the file looks", "whether a row of units follows the names"},
+        {"profile", "text", "by its fingerprint", "the device or program that wrote the file, or none"},
+        {"timeUnit", "s, ms, us or ns", "as the file looks", "the unit of a time column of numbers"},
+        {"timeFormat", "ymd, dmy or mdy", "as the file looks", "the order of year, month and day in dates"},
+        {"timeStart", "text", "the first row", "the date and time that times count from"},
+        {"counterBits", "whole number", "as the file looks",
+         "bits of a time counter that begins anew when it is full; 0 for one that doesn't"},
+        {"wholeSeconds", "keep or spread", "as the file looks",
+         "whether rows with the same whole second are spread evenly over it"},
+    };
+}
+
+bool takeReadingSetting(const GraphDescription::Setting& setting, ReadingWishes& wishes,
+                        Complaints& complaints) {
+    const Value& value = setting.value;
+    if (setting.name == "separator") {
+        takeSeparator(value, wishes, complaints);
+    } else if (setting.name == "decimal") {
+        wishes.decimal = takeChoice(value, {"point", "comma"}, complaints) == 1 ? ',' : '.';
+    } else if (setting.name == "comment") {
+        wishes.comment = toText(value, complaints);
+    } else if (setting.name == "skipLines") {
+        if (const auto count = takeUpTo(value, kMostLines, complaints))
+            wishes.skipLines = static_cast<std::size_t>(*count);
+    } else if (setting.name == "headerRows") {
+        if (const auto count = takeUpTo(value, 2, complaints))
+            wishes.headerRows = static_cast<std::size_t>(*count);
+    } else if (setting.name == "unitsRow") {
+        wishes.hasUnitsRow = toFlag(value, complaints);
+    } else if (setting.name == "profile") {
+        const std::vector<std::string> names = profileNames();
+        wishes.profile = names[takeChoice(value, names, complaints)];
+    } else {
+        return takeTimeSetting(setting.name, value, wishes, complaints);
+    }
+    return true;
+}
+
+std::size_t takeChoice(const Value& value, const std::vector<std::string>& words, Complaints& complaints) {
+    const auto found = value.isScalar() ? std::find(words.begin(), words.end(), value.text) : words.end();
+    if (found != words.end()) return static_cast<std::size_t>(found - words.begin());
+    complaints.add(value.where, value.describe(), "one of " + listOfNames(words),
+                   value.isScalar() ? nearestName(value.text, words) : "");
+    return 0;
+}
+
+} // namespace Quillmere::Host

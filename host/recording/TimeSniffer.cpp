@@ -1,0 +1,312 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/TimeSniffer.h"
+
+#include "host/ends/RecordingException.h"
+#include "host/recording/ColumnPattern.h"
+#include "host/recording/CsvCells.h"
+#include "host/recording/UnitText.h"
+#include "host/text/Complaint.h"
+#include "host/text/Printable.h"
+#include "host/text/ShortestText.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <set>
+
+namespace Quillmere::Host {
+
+namespace {
+
+using Column = RecordingReader::Column;
+
+/// Of the usual rates of movement sensors, rows a second.
+constexpr double kSlowest = 2.0;
+constexpr double kFastest = 5000.0;
+/// Seconds since 1970 in 2001 and in 2096: what is between in some unit is a date in that unit.
+constexpr double kEarliest = 1e9;
+constexpr double kLatest = 4e9;
+
+struct Unit {
+    const char* word;
+    const char* plural;
+    double perSecond;
+};
+constexpr std::array kUnits{Unit{"s", "seconds", 1.0}, Unit{"ms", "milliseconds", 1e3},
+                            Unit{"us", "microseconds", 1e6}, Unit{"ns", "nanoseconds", 1e9}};
+
+/// In the order in which they are looked for.
+constexpr std::array<std::string_view, 12> kTimeNames{
+    "time",        "timestamp",    "t",  "datetime", "seconds",   "elapsed", "timeelapsed",
+    "elapsedtime", "milliseconds", "ms", "epoch",    "sampletime"};
+
+/// `Time (s)`, `time_stamp`, `t_us` and `timestampNs` without blanks, signs and units.
+std::string plainName(const Column& column) {
+    const std::string name = nameWithoutUnit(column.name);
+    if (name == "T") return {}; // may well be a temperature
+    std::vector<std::string> words = wordsOfName(name);
+    if (words.size() > 1 && unitsPerSecond(words.back())) words.pop_back();
+    std::string text;
+    for (const std::string& word : words)
+        text += word;
+    return text;
+}
+
+class TimeSniffing {
+public:
+    TimeSniffing(const TimeEvidence& allEvidence, const ReadingWishes& allWishes)
+        : evidence(allEvidence), wishes(allWishes) {}
+
+    TimePlan get() {
+        if (!wishes.time.empty())
+            plan.columns = findNamed();
+        else if (wishes.findsTimes)
+            plan.columns = findColumns();
+        if (plan.columns.empty()) return {};
+        gather();
+        const bool isNamed = !wishes.time.empty();
+        const bool isTime = plan.columns.size() > 1 || kind == CellKind::Time;
+        if (isNamed && !isTime && !wishes.getHasTimeForm()) return plan; // as they stand
+        if (isTime)
+            planText();
+        else
+            planNumbers();
+        if (wishes.start) plan.start = wishes.start;
+        plan.isSpread = wishes.isSpread.value_or(getIsRepeating());
+        if (plan.isSpread && !wishes.isSpread) note("the rows of each whole second spread evenly over it");
+        plan.isPlain = !plan.isText && plan.perSecond == 1.0 && !plan.isRelative && !plan.start &&
+                       plan.counterBits == 0 && !plan.isSpread;
+        return plan;
+    }
+
+private:
+    std::vector<std::size_t> findNamed() const {
+        std::vector<std::size_t> found;
+        for (const std::string& name : wishes.time) {
+            const auto hasName = [&](const Column& column) { return column.name == name; };
+            const auto hasLabel = [&](const Column& column) { return nameWithoutUnit(column.name) == name; };
+            auto column = std::find_if(evidence.columns.begin(), evidence.columns.end(), hasName);
+            if (column == evidence.columns.end())
+                column = std::find_if(evidence.columns.begin(), evidence.columns.end(), hasLabel);
+            if (column == evidence.columns.end()) return {}; // the source complains of it
+            found.push_back(static_cast<std::size_t>(column - evidence.columns.begin()));
+        }
+        return found;
+    }
+
+    std::vector<std::size_t> findColumns() const {
+        const RecordingProfile* const profile = evidence.profile;
+        if (profile != nullptr && !profile->hasTimes) return {};
+        if (profile != nullptr)
+            for (const std::string_view pattern : profile->times)
+                for (std::size_t i = 0; i < evidence.columns.size() && !pattern.empty(); ++i)
+                    if (getFitsPattern(evidence.columns[i].name, pattern)) return {i};
+        const auto date = findPlain("date");
+        const auto time = findPlain("time");
+        if (date && time && kindOf(*date) == CellKind::Time && kindOf(*time) == CellKind::Time)
+            return {*date, *time};
+        for (const std::string_view name : kTimeNames)
+            if (const auto found = findPlain(name)) return {*found};
+        // Without names a table has times where it has a column of them.
+        for (std::size_t i = 0; i < evidence.columns.size() && !evidence.dialect.hasHeader; ++i)
+            if (kindOf(i) == CellKind::Time) return {i};
+        return {};
+    }
+
+    std::optional<std::size_t> findPlain(std::string_view name) const {
+        for (std::size_t i = 0; i < evidence.columns.size(); ++i)
+            if (plainName(evidence.columns[i]) == name) return i;
+        return std::nullopt;
+    }
+
+    /// Of most cells of a column, as far as any holds something.
+    CellKind kindOf(std::size_t column) const {
+        std::size_t times = 0;
+        std::size_t numbers = 0;
+        for (const auto& row : evidence.rows) {
+            if (column >= row.size()) continue;
+            const CellKind one = cellKindOf(row[column], evidence.dialect.decimal, wishes);
+            times += one == CellKind::Time ? 1 : 0;
+            numbers += one == CellKind::Number ? 1 : 0;
+        }
+        return times > numbers ? CellKind::Time : numbers > 0 ? CellKind::Number : CellKind::Empty;
+    }
+
+    void gather() {
+        kind = kindOf(plan.columns.front());
+        for (const auto& row : evidence.rows) {
+            std::string text;
+            for (const std::size_t column : plan.columns)
+                if (column < row.size()) text += (text.empty() ? "" : " ") + plainText(row[column]);
+            if (!text.empty()) texts.push_back(std::move(text));
+        }
+    }
+
+    const Column& getColumn() const { return evidence.columns[plan.columns.front()]; }
+    std::string getColumnText() const {
+        return "the column '" + printable(getColumn().name, kLongestName) + "'";
+    }
+    void note(const std::string& text) { plan.notes.push_back(getColumnText() + ": " + text); }
+
+    void planText() {
+        plan.isText = true;
+        plan.perSecond = 1e9;
+        plan.isRelative = true;
+        plan.order = wishes.dateOrder ? *wishes.dateOrder : findOrder();
+        if (wishes.counterBits) plan.counterBits = 0; // dates don't wrap
+        for (const std::string& text : texts)
+            if (const auto tick = nanosecondsOf(text, plan.order)) ticks.push_back({*tick, 0.0});
+    }
+
+    /// Day or month first, of dates with the year behind.
+    DateOrder findOrder() const {
+        if (std::none_of(texts.begin(), texts.end(), getIsYearLast)) return DateOrder::YearFirst;
+        for (const std::string& line : evidence.dialect.preamble) {
+            constexpr std::string_view kFormat = "date format ";
+            const std::size_t at = line.find(kFormat);
+            if (at == std::string::npos || at + kFormat.size() >= line.size()) continue;
+            const char first = line[at + kFormat.size()];
+            if (first == 'M' || first == 'd')
+                return first == 'M' ? DateOrder::MonthFirst : DateOrder::DayFirst;
+        }
+        for (const std::string& text : texts)
+            if (const auto order = dateOrderOf(text)) return *order;
+        throw UnclearRecording({{evidence.path + ": " + getColumnText().substr(4)},
+                                "\"" + printable(texts.front(), 40) + "\", of which both may be the month",
+                                "'timeFormat: dmy' with the day first, or 'timeFormat: mdy' with the month"});
+    }
+
+    void planNumbers() {
+        for (const std::string& text : texts)
+            if (const auto tick = tickOfNumber(trimmed(text), evidence.dialect.decimal))
+                ticks.push_back(*tick);
+        plan.perSecond = findUnit();
+        const bool isDate = !ticks.empty() && ticks.front().getValue() / plan.perSecond >= kEarliest &&
+                            ticks.front().getValue() / plan.perSecond <= kLatest;
+        plan.isRelative = isDate && wishes.time.empty();
+        const int bits = evidence.profile != nullptr ? evidence.profile->counterBits : 0;
+        plan.counterBits = wishes.counterBits.value_or(bits > 0 ? bits : getMayWrap() ? 32 : 0);
+    }
+
+    /// Whole numbers of a fine unit that 32 bits hold, as microcontrollers count them.
+    bool getMayWrap() const {
+        return wishes.time.empty() && plan.perSecond > 1.0 && !ticks.empty() &&
+               std::all_of(ticks.begin(), ticks.end(), [](const Tick& tick) {
+                   return tick.fraction == 0.0 && tick.whole >= 0 && tick.whole < (std::int64_t{1} << 32);
+               });
+    }
+
+    double findUnit() {
+        if (wishes.perSecond) return *wishes.perSecond;
+        if (!wishes.time.empty()) return 1.0;
+        if (const auto stated = unitsPerSecond(getColumn().unit)) return *stated;
+        for (const std::string& word : wordsOfName(getColumn().name))
+            if (word.size() > 1 || word == "s")
+                if (const auto stated = unitsPerSecond(word)) return *stated;
+        if (evidence.profile != nullptr && evidence.profile->perSecond > 0.0)
+            return evidence.profile->perSecond;
+        return guessUnit();
+    }
+
+    /// By the size of the numbers, of a column that doesn't say its unit.
+    double guessUnit() {
+        const std::optional<double> step = getMedianStep();
+        if (!step) return 1.0;
+        std::vector<Unit> likely;
+        for (const Unit& unit : kUnits) {
+            const double first = ticks.front().getValue() / unit.perSecond;
+            if (first >= kEarliest && first <= kLatest) return told(unit);
+            const double rate = unit.perSecond / *step;
+            const bool isSeconds = unit.perSecond == 1.0;
+            if (rate >= kSlowest && (rate <= kFastest || isSeconds)) likely.push_back(unit);
+        }
+        // A column of whole numbers that grow by one may count rows.
+        const bool isCount = *step == 1.0;
+        if (likely.size() == 1 && !isCount) return told(likely.front());
+        std::string found = "steps of " + shortestText(*step) + " without a unit";
+        if (isCount) found += ", which may count rows";
+        throw UnclearRecording({{evidence.path + ": " + getColumnText().substr(4)},
+                                found,
+                                "'timeUnit:' and s, ms, us or ns, or 'rate:' and rows a second"});
+    }
+
+    double told(const Unit& unit) {
+        if (unit.perSecond != 1.0)
+            note(std::string("taken for ") + unit.plural + ", by the size of its numbers");
+        return unit.perSecond;
+    }
+
+    std::optional<double> getMedianStep() const {
+        std::vector<double> steps;
+        for (std::size_t i = 1; i < ticks.size(); ++i)
+            if (const double step = ticks[i].since(ticks[i - 1]); step > 0.0) steps.push_back(step);
+        if (steps.empty()) return std::nullopt;
+        const auto middle = steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2);
+        std::nth_element(steps.begin(), middle, steps.end());
+        return *middle;
+    }
+
+    /// Whole seconds only, and the most of them several times.
+    bool getIsRepeating() const {
+        if (ticks.size() < 4 || (!plan.isText && plan.perSecond != 1.0)) return false;
+        if (!wishes.time.empty() && !plan.isText) return false; // seconds as they stand
+        std::size_t repeats = 0;
+        for (std::size_t i = 0; i < ticks.size(); ++i) {
+            if (ticks[i].fraction != 0.0 || (plan.isText && ticks[i].whole % 1'000'000'000 != 0))
+                return false;
+            if (i > 0 && ticks[i].whole == ticks[i - 1].whole) ++repeats;
+            if (i > 0 && ticks[i].whole < ticks[i - 1].whole) return false;
+        }
+        return 2 * repeats >= ticks.size();
+    }
+
+    const TimeEvidence& evidence;
+    const ReadingWishes& wishes;
+    TimePlan plan;
+    CellKind kind = CellKind::Empty;
+    std::vector<std::string> texts; ///< Of the column, or of both, row by row.
+    std::vector<Tick> ticks;        ///< Of those that are times.
+};
+
+/// The number in front of `Hz`, or behind a word that ends a key of rates.
+std::optional<double> rateOf(const std::string& line) {
+    std::string small = line;
+    std::transform(small.begin(), small.end(), small.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto numberFrom = [&](std::size_t at) -> std::optional<double> {
+        double value = 0.0;
+        const char* const end = small.data() + small.size();
+        const auto [stop, error] = std::from_chars(small.data() + at, end, value);
+        if (error != std::errc() || !(value > 0.0) || !std::isfinite(value)) return std::nullopt;
+        const std::size_t unit =
+            small.find_first_not_of(" \t", static_cast<std::size_t>(stop - small.data()));
+        const bool isHertz = unit != std::string::npos && small.compare(unit, 2, "hz") == 0;
+        const bool isKey = small.find("rate") < at || small.find("frequency") < at;
+        const bool isAlone =
+            unit == std::string::npos || small.find_first_not_of("\",;\t ", unit) == std::string::npos;
+        return isHertz || (isKey && isAlone) ? std::optional(value) : std::nullopt;
+    };
+    for (std::size_t at = 0; (at = small.find_first_of("0123456789", at)) != std::string::npos;) {
+        if (const auto rate = numberFrom(at)) return rate;
+        at = small.find_first_not_of("0123456789.", at);
+        if (at == std::string::npos) break;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+TimePlan findTimes(const TimeEvidence& evidence, const ReadingWishes& wishes) {
+    return TimeSniffing(evidence, wishes).get();
+}
+
+std::optional<double> statedRate(const std::vector<std::string>& preamble) {
+    std::set<double> rates;
+    for (const std::string& line : preamble)
+        if (const auto rate = rateOf(line)) rates.insert(*rate);
+    return rates.size() == 1 ? std::optional(*rates.begin()) : std::nullopt;
+}
+
+} // namespace Quillmere::Host

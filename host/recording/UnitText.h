@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Units as the names of columns have them.
+namespace Quillmere::Host {
+
+/// Whether a text is nothing but a unit, in brackets or not: `m/s^2`, `[deg/s]`, `(g)`, `no_units`. [any]
+QUILLMERE_API bool getIsUnit(std::string_view text);
+
+/// The unit in a column's name: what stands in brackets at its end, as in `Time (s)` and `acc [g]`, or behind
+/// its last `_` where that is a unit, as in `acc_x_m/s^2`; else empty. [any]
+QUILLMERE_API std::string unitOfName(std::string_view name);
+/// The name without that. [any]
+QUILLMERE_API std::string nameWithoutUnit(std::string_view name);
+
+/// How many of a unit of time make a second: of `ms`, `[ms]` or `milliseconds` a thousand; nothing for what
+/// is no unit of time. [any]
+QUILLMERE_API std::optional<double> unitsPerSecond(std::string_view unit);
+
+/// The words of a name in small letters: `time (ms)`, `t_ms` and `timeMs` have two. A micro sign is a `u`.
+/// [any]
+QUILLMERE_API std::vector<std::string> wordsOfName(const std::string& name);
+
+} // namespace Quillmere::Host

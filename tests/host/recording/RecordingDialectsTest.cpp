@@ -1,0 +1,471 @@
+// SPDX-License-Identifier: MIT
+#include "host/ends/RecordingException.h"
+#include "host/recording/RecordingForms.h"
+
+#include "tests/host/kit/TemporaryFolder.h"
+#include "tests/support/Numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Quillmere::Host;
+using namespace std::string_literals;
+using Strings = std::vector<std::string>;
+using Numbers = std::vector<double>;
+
+/// What a reader makes of a file, as a person would note it.
+struct Reading {
+    Strings columns;
+    Strings units;
+    Numbers times;             ///< Seconds; rows' numbers over the rate where there is one.
+    std::vector<Numbers> rows; ///< Of columns of numbers.
+    Strings notes;
+    std::string complaint;
+};
+
+class DialectTest : public testing::Test {
+protected:
+    Reading read(const std::string& text, ReadingWishes wishes = {}) {
+        wishes.findsTimes = wishes.time.empty();
+        const std::string path = folder.write("in.csv", text);
+        Reading reading;
+        try {
+            take(*openRecording(path, wishes), reading);
+        } catch (const RecordingException& exception) {
+            reading.complaint = exception.what();
+            reading.complaint.erase(0, path.size());
+        }
+        return reading;
+    }
+
+    static void take(RecordingReader& reader, Reading& reading) {
+        std::vector<std::size_t> chosen;
+        for (std::size_t i = 0; i < reader.getColumns().size(); ++i) {
+            const RecordingReader::Column& column = reader.getColumns()[i];
+            reading.columns.push_back(column.name);
+            reading.units.push_back(column.unit);
+            const bool isTimeItself = column.kind == RecordingReader::Column::Kind::Time;
+            if (column.kind == RecordingReader::Column::Kind::Number ||
+                (isTimeItself && !reader.getHasOwnTimes()))
+                chosen.push_back(i);
+        }
+        reader.select(chosen);
+        Numbers row(chosen.size());
+        for (;;) {
+            const RecordingReader::Row kind = reader.takeRow(row.data());
+            if (kind == RecordingReader::Row::End) break;
+            if (kind == RecordingReader::Row::Faulty) throw RecordingException(reader.getFault());
+            reading.rows.push_back(row);
+            if (reader.getHasOwnTimes()) {
+                if (!std::isfinite(reader.getTime()))
+                    throw RecordingException(reader.getFaultOfCell(*reader.getTimeColumn(), "a time"));
+                reading.times.push_back(reader.getTime());
+            } else if (reader.getTimeColumn()) {
+                for (std::size_t i = 0; i < chosen.size(); ++i)
+                    if (chosen[i] == *reader.getTimeColumn()) reading.times.push_back(row[i]);
+            } else if (reader.getRate()) {
+                reading.times.push_back(static_cast<double>(reading.times.size()) / *reader.getRate());
+            }
+        }
+        reading.notes = reader.getNotes();
+    }
+
+    const Support::TemporaryFolder folder;
+};
+
+struct FormRow {
+    std::string name;
+    std::string text;
+    Strings columns;
+    Strings units;
+    std::vector<Numbers> rows;
+    Strings notes = {};
+};
+
+TEST_F(DialectTest, TablesAreReadAsTheyLook) {
+    const std::string body = "0;1,5;2\n0,01;2,5;3\n";
+    const std::vector<Numbers> numbers = {{0, 1.5, 2}, {0.01, 2.5, 3}};
+    const Strings names = {"time_s", "x", "y"};
+    const Strings units = {"s", "", ""};
+    const Strings comma = {"numbers taken with a decimal comma"};
+    const FormRow rows[] = {
+        {"plain", "time_s,x,y\n0,1.5,2\n0.01,2.5,3\n", names, units, numbers},
+        {"semicolons and decimal commas", "time_s;x;y\n" + body, names, units, numbers, comma},
+        {"semicolons alone", "time_s;x;y\n0;1.5;2\n0.01;2.5;3\n", names, units, numbers},
+        {"tabs", "time_s\tx\ty\n0\t1.5\t2\n0.01\t2.5\t3\n", names, units, numbers},
+        {"bars", "time_s|x|y\n0|1.5|2\n0.01|2.5|3\n", names, units, numbers},
+        {"commas in quotes", "time_s,x,y\n\"0,00\",\"1,5\",\"2,0\"\n\"0,01\",\"2,5\",\"3,0\"\n", names, units,
+         numbers, comma},
+        {"CRLF and a mark", "\xEF\xBB\xBFtime_s;x;y\r\n0;1.5;2\r\n0.01;2.5;3\r\n", names, units, numbers},
+        {"sep line", "sep=;\ntime_s;x;y\n" + body, names, units, numbers, comma},
+        {"quoted sep line", "\"sep=\t\"\ntime_s\tx\ty\n0\t1.5\t2\n0.01\t2.5\t3\n", names, units, numbers},
+        {"trailing separators",
+         "time_s,x,y,\n0,1.5,2,\n0.01,2.5,3,\n",
+         {"time_s", "x", "y", ""},
+         {"s", "", "", ""},
+         {{0, 1.5, 2, 0}, {0.01, 2.5, 3, 0}}},
+        {"trailing separators of rows", "time_s,x,y\n0,1.5,2,\n0.01,2.5,3,\n", names, units, numbers},
+        {"trailing separator of names", "time_s;x;y;\n0;1.5;2\n0.01;2.5;3\n", names, units, numbers},
+        {"slashes", "// made by\n// somebody, 3.1\ntime_s,x,y\n0,1.5,2\n0.01,2.5,3\n", names, units, numbers},
+        {"percents", "% made by\ntime_s;x;y\n0;1.5;2\n0.01;2.5;3\n", names, units, numbers},
+        {"names in a comment", "# time_s,x,y\n0,1.5,2\n0.01,2.5,3\n", names, units, numbers},
+        {"a preamble", "Device,A 1\n\nSerial,77\nRange,-8 to 8\ntime_s,x,y\n0,1.5,2\n0.01,2.5,3\n", names,
+         units, numbers},
+        {"a row of units",
+         "time,x,y\ns,g,m/s^2\n0,1.5,2\n0.01,2.5,3\n",
+         {"time", "x", "y"},
+         {"s", "g", "m/s^2"},
+         numbers},
+        {"units in brackets",
+         "time [s];x [g];y (deg/s)\n" + body,
+         {"time [s]", "x [g]", "y (deg/s)"},
+         {"s", "g", "deg/s"},
+         numbers,
+         comma},
+        {"groups and axes",
+         "time_s,left,left\n,acc_x,acc_y\n0,1.5,2\n0.01,2.5,3\n",
+         {"time_s", "left.acc_x", "left.acc_y"},
+         units,
+         numbers},
+        {"groups named once",
+         "time;acc;\ns;x;y\n0;1.5;2\n0.01;2.5;3\n",
+         {"time.s", "acc.x", "acc.y"},
+         {"", "", ""},
+         numbers},
+        {"an index name below",
+         "sensor,left,left\naxis,x,y\ntime_s,,\n0,1.5,2\n0.01,2.5,3\n",
+         {"time_s", "left.x", "left.y"},
+         units,
+         numbers},
+        {"blank lines between",
+         "time_s,left,left\n,x,y\n\n0,1.5,2\n\n0.01,2.5,3\n",
+         {"time_s", "left.x", "left.y"},
+         units,
+         numbers},
+        {"a bad row later on is no reason", "time_s;x;y\n0;1.5;2\n0.01;2.5;3\n\n", names, units, numbers},
+    };
+    for (const FormRow& row : rows) {
+        const Reading reading = read(row.text);
+        EXPECT_EQ(reading.complaint, "") << row.name;
+        EXPECT_EQ(reading.columns, row.columns) << row.name;
+        EXPECT_EQ(reading.units, row.units) << row.name;
+        EXPECT_EQ(reading.rows, row.rows) << row.name;
+        EXPECT_EQ(reading.notes, row.notes) << row.name;
+    }
+}
+
+TEST_F(DialectTest, RowsWithoutNamesHaveNumberedColumns) {
+    ReadingWishes wishes;
+    wishes.perSecond = 1.0;
+    const Reading reading = read("2019-08-06T10:25:50.00,1.5\n2019-08-06T10:25:50.01,2.5\n");
+    EXPECT_EQ(reading.columns, (Strings{"1", "2"}));
+    EXPECT_EQ(reading.rows, (std::vector<Numbers>{{1.5}, {2.5}}));
+    EXPECT_EQ(reading.times, (Numbers{0, 0.01}));
+    ReadingWishes named; // as it has always been: who asks for what stands in the first row gets what follows
+    named.names = {"2"};
+    EXPECT_EQ(read("1,2\n3,4\n5,6\n", named).rows, (std::vector<Numbers>{{3, 4}, {5, 6}}));
+    EXPECT_EQ(read("1,2\n3,4\n5,6\n").rows.size(), 3u);
+}
+
+struct TimeRow {
+    std::string name;
+    std::string text;
+    Numbers times;
+    Strings notes = {};
+};
+
+std::string column(const std::string& name, const Strings& cells) {
+    std::string text = name + ",x\n";
+    for (const std::string& cell : cells)
+        text += cell + ",1\n";
+    return text;
+}
+
+TEST_F(DialectTest, TimesAreFoundByNameUnitAndSize) {
+    const TimeRow rows[] = {
+        {"seconds", column("Time", {"0", "0.01", "0.02"}), {0, 0.01, 0.02}},
+        {"milliseconds in the header", column("time (ms)", {"0", "10", "20"}), {0, 0.01, 0.02}},
+        {"microseconds in the name", column("t_us", {"0", "10000"}), {0, 0.01}},
+        {"milliseconds by size",
+         column("t", {"5", "15", "25"}),
+         {0.005, 0.015, 0.025},
+         {"the column 't': taken for milliseconds, by the size of its numbers"}},
+        {"microseconds by size",
+         column("timestamp", {"0", "10000", "20000"}),
+         {0, 0.01, 0.02},
+         {"the column 'timestamp': taken for microseconds, by the size of its numbers"}},
+        {"nanoseconds by size",
+         column("timestamp", {"0", "10000000", "20000000"}),
+         {0, 0.01, 0.02},
+         {"the column 'timestamp': taken for nanoseconds, by the size of its numbers"}},
+        {"nanoseconds since 1970",
+         column("time", {"1565087150000000001", "1565087150000000003"}),
+         {0, 2e-9},
+         {"the column 'time': taken for nanoseconds, by the size of its numbers",
+          "times count from 2019-08-06 10:25:50.000000001"}},
+        {"seconds since 1970",
+         column("time", {"1565087150.5", "1565087150.515625"}),
+         {0, 0.015625},
+         {"times count from 2019-08-06 10:25:50.5"}},
+        {"ISO with a zone",
+         column("Timestamp", {"2019-08-06T10:25:50.000+02:00", "2019-08-06T08:25:50.02Z"}),
+         {0, 0.02},
+         {"times count from 2019-08-06 08:25:50"}},
+        {"day first by a later row",
+         column("time", {"03/04/2021 23:59:59.5", "13/04/2021 00:00:00.5"}),
+         {0, 9 * 86400 + 1.0},
+         {"times count from 2021-04-03 23:59:59.5"}},
+        {"date and time apart",
+         "Date,Time,x\n2019-08-06,23:59:59.5,1\n2019-08-07,00:00:00.5,1\n",
+         {0, 1},
+         {"times count from 2019-08-06 23:59:59.5"}},
+        {"times of day past midnight",
+         column("time", {"23:59:59.5", "00:00:00.5"}),
+         {0, 1},
+         {"times count from 23:59:59.5", "1 turn of midnight mended in its times"}},
+        {"a counter that begins anew",
+         column("time_us", {"4294950000", "4294960000", "2704", "12704"}),
+         {4294.95, 4294.96, 4294.97, 4294.98},
+         {"1 turn of the 32-bit counter mended in its times"}},
+        {"a step back that is none", column("time_us", {"10000", "30000", "20000"}), {0.01, 0.03, 0.02}},
+        {"whole seconds",
+         column("time (s)", {"7", "7", "8", "8", "8", "8", "9", "9", "9", "9", "10"}),
+         {7.5, 7.75, 8, 8.25, 8.5, 8.75, 9, 9.25, 9.5, 9.75, 10},
+         {"the column 'time (s)': the rows of each whole second spread evenly over it"}},
+    };
+    for (const TimeRow& row : rows) {
+        const Reading reading = read(row.text);
+        EXPECT_EQ(reading.complaint, "") << row.name;
+        EXPECT_EQ(reading.times, row.times) << row.name;
+        EXPECT_EQ(reading.notes, row.notes) << row.name;
+    }
+}
+
+TEST_F(DialectTest, ANamedColumnHoldsSecondsAsItAlwaysDid) {
+    ReadingWishes wishes;
+    wishes.time = {"time (ms)"};
+    const std::string whole = column("time (ms)", {"0", "0", "10", "10", "20"});
+    EXPECT_EQ(read(whole, wishes).times, (Numbers{0, 0, 10, 10, 20}));
+    wishes.perSecond = 1e3;
+    EXPECT_EQ(read(whole, wishes).times, (Numbers{0, 0, 0.01, 0.01, 0.02}));
+    EXPECT_EQ(read(whole, wishes).notes, Strings()) << "nothing was guessed";
+}
+
+TEST_F(DialectTest, WhatAGraphSaysIsNotGuessed) {
+    ReadingWishes start;
+    start.start = *nanosecondsOf("2019-08-06 10:25:50", DateOrder::YearFirst);
+    EXPECT_EQ(read(column("time", {"2019-08-06 10:25:51", "2019-08-06 10:25:52.5"}), start).times,
+              (Numbers{1, 2.5}));
+    ReadingWishes order;
+    order.dateOrder = DateOrder::MonthFirst;
+    EXPECT_EQ(read(column("time", {"03/04/2021 10:00:00", "03/05/2021 10:00:00"}), order).times,
+              (Numbers{0, 86400}));
+    ReadingWishes bits;
+    bits.perSecond = 1e3;
+    bits.counterBits = 16;
+    EXPECT_EQ(read(column("time", {"65530", "4"}), bits).times, (Numbers{65.53, 65.54}));
+    bits.counterBits = 0;
+    EXPECT_EQ(read(column("time", {"65530", "4"}), bits).times, (Numbers{65.53, 0.004}));
+    ReadingWishes form;
+    form.skipLines = 2;
+    form.separator = ';';
+    EXPECT_EQ(read("a;b\nc;d\ntime_s;x\n0;1\n1;2\n", form).columns, (Strings{"time_s", "x"}));
+    ReadingWishes headless;
+    headless.headerRows = 0;
+    EXPECT_EQ(read("7,8\n0.01,1\n0.02,2\n", headless).rows.size(), 3u);
+    ReadingWishes comment;
+    comment.comment = "$";
+    EXPECT_EQ(read("$ no\ntime_s,x\n0,1\n", comment).columns, (Strings{"time_s", "x"}));
+    ReadingWishes comma;
+    comma.decimal = ',';
+    comma.separator = ';';
+    EXPECT_EQ(read("time_s\n0,5\n1,5\n", comma).rows, (std::vector<Numbers>{{0.5}, {1.5}}));
+}
+
+TEST_F(DialectTest, WhatMayBeReadInTwoWaysNamesTheProperty) {
+    const struct {
+        std::string text;
+        std::string complaint;
+    } rows[] = {
+        {"x\n1,5\n2,5\n",
+         ":2: found 2 cells below 1 name, so commas may be decimal commas; expected 'separator: semicolon' "
+         "and "
+         "'decimal: comma' for numbers such as 1,5, or 'separator: comma' and 'headerRows: 0' for cells "
+         "without names"},
+        {"a,b\n1,5,2,5\n2,5,3,5\n",
+         ":2: found 4 cells below 2 names, so commas may be decimal commas; expected another separator than "
+         "the comma between numbers with a decimal comma, or 'separator: comma' and 'headerRows: 0' for "
+         "cells without names"},
+        {column("time", {"03/04/2021 10:00:00", "04/04/2021 10:00:00"}),
+         ": column 'time': found \"03/04/2021 10:00:00\", of which both may be the month; expected "
+         "'timeFormat: dmy' with the day first, or 'timeFormat: mdy' with the month"},
+        {column("time", {"0", "1", "2"}), ": column 'time': found steps of 1 without a unit, which may count "
+                                          "rows; expected 'timeUnit:' and s, ms, us or ns, or 'rate:' and "
+                                          "rows a second"},
+        {column("time", {"0", "300", "600"}),
+         ": column 'time': found steps of 300 without a unit; expected "
+         "'timeUnit:' and s, ms, us or ns, or 'rate:' and rows a second"},
+        {column("time (s)", {"7", "7", "7", "8", "8", "8"}),
+         ":2: found rows of the same whole second, and no second of them all; expected 'rate:' and rows a "
+         "second"},
+        {"time_s;x\n0;1,5\n0,01;2.5\n1;2,5\n",
+         ":3: column 'x': found \"2.5\"; expected a number with a decimal comma"},
+        {column("time", {"2019-08-06 10:25:50.0", "later"}),
+         ":3: column 'time': found \"later\"; expected a time"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(read(row.text).complaint, row.complaint) << row.text;
+}
+
+TEST_F(DialectTest, BadFilesAreComplainedOfOrReadAndNothingElse) {
+    // Each a whole file, cut behind every byte: whatever comes out is a prefix of what the whole file gives.
+    const std::string texts[] = {
+        "sep=;\r\n\"Time (s)\";\"a\"\r\n0,25;1,5\r\n0,50;2,5\r\n0,75;3,5\r\n",
+        "// Rate: 100.0Hz\n// b\nPacketCounter\tAcc_X\n1\t0.5\n2\t0.25\n3\t0.75\n",
+        "D_Timestamp_Unix_CAL,D_Acc_X_CAL,\nms,m/s^2,\n1565087150000.5,1.5,\n1565087150010.5,2.5,\n",
+        "2019-08-06 10:25:50:000,-0.4,0.7,0.5\n2019-08-06 10:25:50:020,-0.4,0.7,0.4\n",
+    };
+    for (const std::string& text : texts) {
+        const Reading whole = read(text);
+        ASSERT_EQ(whole.complaint, "") << text;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const Reading cut = read(text.substr(0, i));
+            EXPECT_LE(cut.rows.size(), whole.rows.size()) << i << " bytes of " << text;
+            if (cut.columns == whole.columns && cut.rows.size() > 1 && cut.times.size() == cut.rows.size()) {
+                EXPECT_EQ(cut.rows.front(), whole.rows.front()) << i << " bytes of " << text;
+                EXPECT_EQ(cut.times.front(), whole.times.front()) << i << " bytes of " << text;
+            }
+        }
+        std::string odd = text;
+        odd[odd.size() / 2] = '\0';
+        read(odd);
+        odd[odd.size() / 2] = '\xFF';
+        read(odd);
+    }
+    EXPECT_EQ(read("").complaint, ": found no header row; expected a row of column names");
+    EXPECT_EQ(read("a;b\n\0;1\n0.5;1\n"s).complaint, ":2: column 'a': found \"\\x00\"; expected a number");
+    EXPECT_EQ(read("a;b\n\xFF;1\n0.5;1\n0.5;1\n").complaint,
+              ":2: column 'a': found \"\\xff\"; expected a number");
+}
+
+TEST_F(DialectTest, AWideTableOfAnotherDialectNeedsItsHeaderInTheFirstBytes) {
+    std::string header = "t";
+    std::string row = "0.5";
+    for (int i = 0; i < 100'000; ++i) {
+        header += ";c" + std::to_string(i);
+        row += ";1";
+    }
+    const Reading reading = read(header + "\n" + row + "\n" + row + "\n");
+    EXPECT_EQ(reading.columns.size(), 1u) << "which a source complains of, as 'looks separated by'";
+}
+
+struct ProfileRow {
+    std::string name;
+    std::string text;
+    Strings columns;
+    Strings units;
+    Numbers times;
+    Strings notes = {};
+};
+
+TEST_F(DialectTest, DevicesAreKnownByTheirFiles) {
+    const ProfileRow rows[] = {
+        {"x-io",
+         "Time (s),Gyroscope X (deg/s),Accelerometer X (g)\n0,1,2\n0.01,1,2\n0.01,1,2\n",
+         {"Time (s)", "Gyroscope X (deg/s)", "Accelerometer X (g)"},
+         {"s", "deg/s", "g"},
+         {0, 0.01, 0.01}},
+        {"Movella DOT",
+         "sep=,\nPacketCounter,SampleTimeFine,Acc_X,\n7,4294960000,1,\n8,9371,1,\n",
+         {"PacketCounter", "SampleTimeFine", "Acc_X"},
+         {"", "", ""},
+         {4294.96, 4294.976667},
+         {"1 turn of the 32-bit counter mended in its times"}},
+        {"Movella DOT with a packet counter alone",
+         "PacketCounter,Acc_X\n1,0.5\n2,0.5\n",
+         {"PacketCounter", "Acc_X"},
+         {"", ""},
+         {}},
+        {"Xsens MT",
+         "// Start Time: Unknown\n// Update Rate: 100.0Hz\n// Filter Profile: human\n"
+         "PacketCounter\tUTC_Second\tAcc_X\n1\t\t0.5\n2\t\t0.5\n",
+         {"PacketCounter", "UTC_Second", "Acc_X"},
+         {"", "", ""},
+         {0, 0.01}},
+        {"Xsens MT without a rate",
+         "// Start Time: Unknown\nPacketCounter;SampleTimeFine;Acc_X\n1;0;0.5\n2;100;0.5\n",
+         {"PacketCounter", "SampleTimeFine", "Acc_X"},
+         {"", "", ""},
+         {}},
+        {"Shimmer",
+         "\"sep=\t\"\nA_Timestamp_Unix_CAL\tA_Accel_LN_X_CAL\tA_Accel_WR_X_CAL\t\n"
+         "ms\tm/(s^2)\tm/(s^2)\t\n1565087150000.5\t1\t2\t\n1565087150010.5\t1\t2\t\n",
+         {"A_Timestamp_Unix_CAL", "A_Accel_LN_X_CAL", "A_Accel_WR_X_CAL"},
+         {"ms", "m/(s^2)", "m/(s^2)"},
+         {0, 0.01},
+         {"times count from 2019-08-06 10:25:50.0005"}},
+        {"ActiGraph without times",
+         "------------ Data File Created By ActiGraph GT3X+ date format d/M/yyyy at 30 Hz  Filter Normal "
+         "-----------\n"
+         "Serial Number: 1\nStart Time 10:00:00\nEpoch Period (hh:mm:ss) 00:00:00\n"
+         "--------------------------------------------------\n"
+         "Accelerometer X;Accelerometer Y;Accelerometer Z\n0,5;1,5;0,25\n0,5;1,5;0,25\n0,5;1,5;0,25\n",
+         {"Accelerometer X", "Accelerometer Y", "Accelerometer Z"},
+         {"", "", ""},
+         {0, 1.0 / 30, 2.0 / 30},
+         {"numbers taken with a decimal comma"}},
+        {"ActiGraph with times",
+         "------------ Data File Created By ActiGraph GT3X+ date format d/M/yyyy at 50 Hz  Filter Normal "
+         "-----------\n"
+         "Timestamp,Accelerometer X\n03/04/2021 10:00:00.000,0.5\n03/04/2021 10:00:00.020,0.5\n",
+         {"Timestamp", "Accelerometer X"},
+         {"", ""},
+         {0, 0.02},
+         {"times count from 2021-04-03 10:00:00"}},
+        {"GENEActiv",
+         "Device Type,GENEActiv\nMeasurement Frequency,50.0 Hz\n\nUnits,g\nResolution,0.0039\n"
+         "2019-08-06 10:25:50:000,1,2,3,0,0,31.6\n2019-08-06 10:25:50:020,1,2,3,0,0,31.6\n",
+         {"time", "x", "y", "z", "light", "button", "temperature"},
+         {"", "g", "g", "g", "lux", "", "degC"},
+         {0, 0.02},
+         {"times count from 2019-08-06 10:25:50"}},
+        {"Axivity",
+         "2019-08-06 10:25:50.000,1,2,3\n2019-08-06 10:25:50.010,1,2,3\n",
+         {"time", "x", "y", "z"},
+         {"", "g", "g", "g"},
+         {0, 0.01},
+         {"times count from 2019-08-06 10:25:50"}},
+        {"MbientLab",
+         "epoc (ms),timestamp (-0400),elapsed (s),x-axis (g)\n"
+         "1565087150000,2019-08-06T06:25:50.000,0,1\n1565087150010,2019-08-06T06:25:50.010,0.01,1\n",
+         {"epoc (ms)", "timestamp (-0400)", "elapsed (s)", "x-axis (g)"},
+         {"ms", "", "s", "g"},
+         {0, 0.01}},
+        {"Sensor Logger",
+         "time,seconds_elapsed,z,y,x\n1565087150000000000,0.25,3,2,1\n1565087150010000000,0.26,3,2,1\n",
+         {"time", "seconds_elapsed", "z", "y", "x"},
+         {"", "", "", "", ""},
+         {0.25, 0.26}},
+        {"phyphox",
+         "\"Time (s)\";\"Acceleration x (m/s^2)\"\n0,00E0;1,5E-1\n1,00E-2;2,5E-1\n",
+         {"Time (s)", "Acceleration x (m/s^2)"},
+         {"s", "m/s^2"},
+         {0, 0.01},
+         {"numbers taken with a decimal comma"}},
+    };
+    for (const ProfileRow& row : rows) {
+        const Reading reading = read(row.text);
+        EXPECT_EQ(reading.complaint, "") << row.name;
+        EXPECT_EQ(reading.columns, row.columns) << row.name;
+        EXPECT_EQ(reading.units, row.units) << row.name;
+        EXPECT_EQ(reading.times, row.times) << row.name;
+        EXPECT_EQ(reading.notes, row.notes) << row.name;
+    }
+}
+
+} // namespace
