@@ -105,7 +105,10 @@ void BidsReader::readChannels(const std::string& path) {
         Column& column = columns.emplace_back();
         column.name = cellUnder(names, cells, "name");
         column.unit = cellUnder(names, cells, "units");
-        if (cellUnder(names, cells, "type") == "LATENCY") column.kind = Column::Kind::Time;
+        if (cellUnder(names, cells, "type") != "LATENCY") continue;
+        column.kind = Column::Kind::Time;
+        // Another unit would have to be said in the graph.
+        if (!timeColumn && (column.unit.empty() || column.unit == "s")) timeColumn = columns.size() - 1;
     }
     if (columns.empty())
         throw RecordingException({{printable(path, kLongestRow)}, "no channels", "a row for each"});

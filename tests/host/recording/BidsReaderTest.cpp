@@ -85,6 +85,9 @@ TEST_F(BidsReader, AChannelOfTimesGoesBeforeTheRate) {
     EXPECT_EQ(reader->getColumnNames(), (Strings{"latency", "x"}));
     EXPECT_EQ(reader->getColumns()[0].kind, RecordingReader::Column::Kind::Time);
     EXPECT_FALSE(reader->getRate());
+    EXPECT_EQ(reader->getTimeColumn(), 0u);
+    folder.write("walk_channels.tsv", "name\ttype\tunits\nlatency\tLATENCY\tms\nx\tACCEL\tg\n");
+    EXPECT_FALSE(open("0\t1\n")->getTimeColumn()) << "not in seconds";
 }
 
 TEST_F(BidsReader, ARowOfNamesIsNoRow) {

@@ -95,13 +95,15 @@ TEST_F(WavForm, WholeNumbersAreScaledToOne) {
     }
 }
 
-TEST_F(WavForm, ARateOfTheGraphGoesBeforeTheFilesOwn) {
+TEST_F(WavForm, TheRateIsTheFilesOwnUnlessTheGraphSaysOne) {
     write(path, SF_FORMAT_WAV | SF_FORMAT_DOUBLE, {1, 2, 3, 4}, 4);
     const auto graph = [](const std::string& rate) {
         return "format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: in.wav, " + rate +
                "pins: {x: 2}}}\n  - {id: out, type: RecordingSink, properties: {file: out.csv, overwrite: "
                "true}}\nconnections:\n  - {from: in.x, to: out.x}\n";
     };
+    EXPECT_EQ(run(graph("")), "");
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,2\n0.25,4\n");
     EXPECT_EQ(run(graph("rate: 2, ")), "");
     EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,2\n0.5,4\n");
 }
