@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <iosfwd>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -62,6 +63,7 @@ public:
 
 private:
     GraphArguments arguments;
+    bool asJson = false;
 };
 
 class ResponseCommand final : public Command {
@@ -96,13 +98,14 @@ private:
     Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Job& job, ProgressLine& progress,
                                            const std::stop_token& stop) const;
     Quillmere::Host::RunOutcome runLive(Quillmere::Host::Job job, ProgressLine& progress,
-                                        const std::stop_token& stop) const;
+                                        std::ostream& report, const std::stop_token& stop) const;
 
     GraphArguments arguments;
     std::optional<std::uint64_t> steps; ///< Rounds.
     std::optional<double> duration;     ///< Seconds of stream time.
     std::string speed = "1";
     std::optional<std::string> control;
+    std::string summary; ///< Where the outcome is written as JSON; empty for nowhere.
     bool isLive = false;
     bool isQuiet = false;
     bool printsStatistics = false;

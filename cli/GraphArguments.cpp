@@ -76,8 +76,7 @@ void GraphArguments::enter(CLI::App& command) {
     plugins.enter(command);
 }
 
-void settle(const Complaints& complaints, bool isStrict) {
-    complaints.raise(isStrict);
+void printDoubts(const Complaints& complaints) {
     for (const Warning& warning : complaints.getSortedWarnings())
         std::cerr << warning.getText() << "\n";
     if (complaints.getMoreWarnings() > 0) std::cerr << "and " << complaints.getMoreWarnings() << " more\n";

@@ -37,9 +37,8 @@ struct GraphArguments {
 /// The options as changes to a graph. Raises `UsageError` for one that isn't `name=value`.
 Quillmere::Host::GraphChanges changesOf(const GraphArguments& arguments);
 
-/// Raises what is wrong with a graph, as `GraphException`, and prints what is doubtful; when strict, raises
-/// that too.
-void settle(const Quillmere::Host::Complaints& complaints, bool isStrict);
+/// Prints what is doubtful about a graph.
+void printDoubts(const Quillmere::Host::Complaints& complaints);
 
 /// The block types of the plug-ins. Raises `PluginException`, and `UsageError` when there is no plug-in at
 /// all.

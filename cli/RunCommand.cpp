@@ -60,6 +60,10 @@ std::string checkDuration(const std::string& text) {
     return refusal(text, "a number of seconds above 0");
 }
 
+std::string checkFile(const std::string& text) {
+    return text.empty() ? refusal(text, "the name of a file, or -") : "";
+}
+
 std::string checkSpeed(const std::string& text) {
     if (speedOf(text) > 0.0) return {};
     return refusal(text, "a factor above 0, or max");
@@ -77,6 +81,11 @@ RunCommand::RunCommand(CLI::App& command) {
         ->type_name("SECONDS")
         ->check(checkDuration)
         ->excludes(rounds);
+    command
+        .add_option("--summary-json", summary,
+                    "Write how it ended to FILE, for programs; - is standard output.")
+        ->type_name("FILE")
+        ->check(checkFile);
     command.add_flag("--quiet", isQuiet, "Print neither progress nor a summary.");
     CLI::Option* const live = command.add_flag(
         "--live", isLive, "Run in real time, a thread for each layout; pipes are read as they come.");
@@ -98,7 +107,9 @@ JobOptions RunCommand::jobOptions() const {
             .overwrites = arguments.overwrites,
             .isControlled = control.has_value(),
             .roundsName = {.name = "--steps", .value = "N"},
-            .secondsName = {.name = "--duration", .value = "SECONDS"}};
+            .secondsName = {.name = "--duration", .value = "SECONDS"},
+            .summary = summary,
+            .summaryName = "--summary-json " + printable(summary, kLongestName)};
 }
 
 ExitCode RunCommand::run() {
@@ -108,7 +119,9 @@ ExitCode RunCommand::run() {
     // A reader that goes away is a failure to write, which ends the run in order.
     std::signal(SIGPIPE, SIG_IGN);
     Job job = Job::fromFile(arguments.graph, std::move(catalogue), std::move(options));
-    settle(job.check(isLive ? RunMode::Live : RunMode::Offline), arguments.isStrict);
+    const RunMode mode = isLive ? RunMode::Live : RunMode::Offline;
+    job.require(mode);
+    printDoubts(job.check(mode));
     try {
         return runAndTell(std::move(job), start);
     } catch (const std::bad_alloc&) {
@@ -119,16 +132,17 @@ ExitCode RunCommand::run() {
 
 ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point start) const {
     ProgressLine progress(start, job.getGraph().getSources().empty());
+    std::ostream& report = reportStream(job);
     const StopSignals signals;
     const std::stop_token stop = signals.getToken();
     const RunOutcome outcome =
-        isLive ? runLive(std::move(job), progress, stop) : runOffline(job, progress, stop);
+        isLive ? runLive(std::move(job), progress, report, stop) : runOffline(job, progress, stop);
     progress.clear();
-    if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start);
+    if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start, report);
     printWarnings(outcome);
     if (outcome.getIsWhole()) return kDone;
     printFailure(outcome);
-    return kFailedMidway;
+    return outcome.hasBegun || outcome.isInterrupted ? kFailedMidway : kNothingRun;
 }
 
 bool RunCommand::showsProgress() const {
@@ -140,7 +154,8 @@ RunOutcome RunCommand::runOffline(Job& job, ProgressLine& progress, const std::s
     return job.run(stop, [&](const RunProgress& now) { progress.show(now); });
 }
 
-RunOutcome RunCommand::runLive(Job job, ProgressLine& progress, const std::stop_token& stop) const {
+RunOutcome RunCommand::runLive(Job job, ProgressLine& progress, std::ostream& report,
+                               const std::stop_token& stop) const {
     LiveRun run(std::move(job), {.speed = speedOf(speed)});
     std::optional<ControlServer> server;
     if (control) server.emplace(*control);
@@ -150,9 +165,9 @@ RunOutcome RunCommand::runLive(Job job, ProgressLine& progress, const std::stop_
     while (!run.waitFor(kBetweenLooks))
         if (showsProgress()) progress.show(run.getProgress());
     progress.clear();
-    if (printsStatistics)
+    if (printsStatistics && run.getOutcome().hasBegun)
         for (const std::string& line : run.getStatistics().getText())
-            reportStream(run.getJob().getGraph()) << line << "\n";
+            report << line << "\n";
     return run.getOutcome();
 }
 

@@ -50,7 +50,7 @@ std::string textOf(const RunOutcome::Recording& recording) {
     if (!recording.path.empty()) text += " from " + pathText(recording.path, "standard input");
     if (recording.processedRows < recording.rows)
         text += ", " + std::to_string(recording.processedRows) + " of them processed";
-    if (recording.rows > 1) text += ", " + formatted("%.6g", account.getLength()) + " s";
+    if (account.rows > 1) text += ", " + formatted("%.6g", account.getLength()) + " s";
     if (account.getMedianRate()) text += " at " + formatted("%.4g", *account.getMedianRate()) + " rows/s";
     if (account.missingCells > 0) text += ", " + counted(account.missingCells, "cell") + " missing";
     return text;
@@ -58,8 +58,7 @@ std::string textOf(const RunOutcome::Recording& recording) {
 
 /// Where a result is, whole or not: its file, or the block where it has none.
 std::string placeOf(const RunOutcome::Result& result) {
-    if (result.path.empty()) return "'" + result.id + "'";
-    return result.isComplete ? result.path : result.partialPath;
+    return result.getWhere().empty() ? "'" + result.id + "'" : result.getWhere();
 }
 
 } // namespace
@@ -84,17 +83,14 @@ void ProgressLine::clear() {
     isShown = false;
 }
 
-std::ostream& reportStream(const Graph& graph) {
-    for (const Graph::Node& node : graph.getNodes())
+std::ostream& reportStream(const Job& job) {
+    if (getIsStandardStream(job.getOptions().summary)) return std::cerr;
+    for (const Graph::Node& node : job.getGraph().getNodes())
         if (node.result != nullptr && getIsStandardStream(node.result->getPath())) return std::cerr;
     return std::cout;
 }
 
-void printSummary(const RunOutcome& outcome, Clock::time_point start) {
-    const bool isDataOnOutput =
-        std::any_of(outcome.results.begin(), outcome.results.end(),
-                    [](const RunOutcome::Result& result) { return getIsStandardStream(result.path); });
-    std::ostream& out = isDataOnOutput ? std::cerr : std::cout;
+void printSummary(const RunOutcome& outcome, Clock::time_point start, std::ostream& out) {
     const double seconds = secondsSince(start);
     const Work work(outcome.progress, outcome.recordings.empty());
     out << outcome.graph << ": " << work.getText() << " (in " << formatted("%.2f", seconds) << " s, "
@@ -127,7 +123,9 @@ void printWarnings(const RunOutcome& outcome) {
 }
 
 void printFailure(const RunOutcome& outcome) {
-    std::cerr << "quillmere: " << outcome.failure << "\n";
+    // What a graph is refused for stands alone.
+    if (outcome.hasBegun || outcome.isInterrupted) std::cerr << "quillmere: ";
+    std::cerr << outcome.failure << "\n";
     for (const RunOutcome::Recording& recording : outcome.recordings)
         if (recording.processedRows < recording.rows)
             std::cerr << "  " << recording.id << ": " << counted(recording.rows, "row") << " read, "

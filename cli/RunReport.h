@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/graph/Graph.h"
+#include "host/run/Job.h"
 #include "host/run/RunOutcome.h"
 
 #include <chrono>
+#include <iosfwd>
 #include <string>
 
 namespace Cli {
@@ -28,16 +29,17 @@ private:
     bool isShown = false;
 };
 
-/// Where people are told things: standard output, unless a result goes there.
-std::ostream& reportStream(const Quillmere::Host::Graph& graph);
+/// Where people are told things: standard output, unless a result or the summary for programs goes there.
+std::ostream& reportStream(const Quillmere::Host::Job& job);
 
 /// What a run has done, and what came from where and went to where.
-void printSummary(const Quillmere::Host::RunOutcome& outcome, ProgressLine::Clock::time_point start);
+void printSummary(const Quillmere::Host::RunOutcome& outcome, ProgressLine::Clock::time_point start,
+                  std::ostream& out);
 
 /// What may well not be what the user meant, on standard error.
 void printWarnings(const Quillmere::Host::RunOutcome& outcome);
 
-/// Why a run failed, and what is left of its results.
+/// Why a run failed, and what is left of its results, if it has begun any.
 void printFailure(const Quillmere::Host::RunOutcome& outcome);
 
 } // namespace Cli

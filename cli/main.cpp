@@ -4,7 +4,7 @@
 #include "cli/StandardStreams.h"
 #include "cli/Usage.h"
 #include "cli/UsageError.h"
-#include "host/ends/RecordingException.h"
+#include "host/plugins/PluginLibrary.h"
 #include "host/recording/RecordingForms.h"
 
 #include <CLI/CLI.hpp>
@@ -96,10 +96,6 @@ int main(int count, char** arguments) {
         code = Cli::finishStandardOutput(call(program, count, arguments));
     } catch (const Cli::UsageError& error) {
         std::cerr << "quillmere: " << error.what() << "\n";
-    } catch (const Quillmere::Host::InterruptedException& error) {
-        // Before its first round, a run waited for somebody to read a result.
-        std::cerr << "quillmere: " << error.what() << "\n";
-        code = Cli::kFailedMidway;
     } catch (const std::bad_alloc&) {
         // Nothing is put together here: there may be no memory for that either.
         std::cerr << Cli::kOutOfMemory;

@@ -18,8 +18,14 @@ set_target_properties(quillmere PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INS
 install(TARGETS velmarind_numerics QuillmereCore QuillmereHost quillmere Velmarind EXPORT VelmarindTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/framework" "${PROJECT_SOURCE_DIR}/host" DESTINATION "${headers}"
-  FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/framework" DESTINATION "${headers}" FILES_MATCHING PATTERN "*.h")
+# Of the host what programs and plug-ins need: its umbrella header and what that includes, as a test looks.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/host/InstalledHeaders.txt")
+file(STRINGS "${PROJECT_SOURCE_DIR}/host/InstalledHeaders.txt" hostHeaders REGEX "^[^#]")
+foreach(header IN LISTS hostHeaders)
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${headers}/${folder}")
+endforeach()
 foreach(header IN ITEMS EntryPoints FilterFactory PluginEntry)
   install(FILES "${PROJECT_SOURCE_DIR}/plugin/${header}.h" DESTINATION "${headers}/plugin")
 endforeach()

@@ -24,7 +24,7 @@ connections:
 /// A run and the settings that it has at first.
 class Target {
 public:
-    Target() : run(job()), settings(run.list()) {}
+    Target() : run(job()), settings(run.getSettings().list()) {}
 
     void answer(std::string_view requests) {
         ControlConsole console(run, [](const std::string&) {});
@@ -36,7 +36,8 @@ public:
     }
     void putBack() {
         for (const SettingState& setting : settings)
-            if (!setting.isCommand && setting.isWritable) run.write(setting.name, setting.value);
+            if (!setting.isCommand && setting.isWritable)
+                run.getSettings().write(setting.name, setting.value);
     }
 
 private:

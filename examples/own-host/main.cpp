@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "host/recording/HostCatalogue.h"
-#include "host/run/Job.h"
+#include "host/QuillmereHost.h"
 
 #include <exception>
 #include <iostream>

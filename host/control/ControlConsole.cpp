@@ -113,21 +113,21 @@ struct ControlConsole::Handlers {
 
     static Lines set(ControlConsole& self, Words& words) {
         const std::string name = words.require();
-        self.run.write(name, words.requireRest(name));
+        self.run.getSettings().write(name, words.requireRest(name));
         return {};
     }
     static Lines get(ControlConsole& self, Words& words) {
-        return {self.run.read(words.requireLast()).value};
+        return {self.run.getSettings().read(words.requireLast()).value};
     }
     static Lines fire(ControlConsole& self, Words& words) {
-        self.run.fire(words.requireLast());
+        self.run.getSettings().fire(words.requireLast());
         return {};
     }
     static Lines list(ControlConsole& self, Words& words) {
         const std::string pattern = words.take();
         words.requireEnd();
         Lines lines;
-        for (const SettingState& setting : self.run.list(pattern.empty() ? "*" : pattern)) {
+        for (const SettingState& setting : self.run.getSettings().list(pattern.empty() ? "*" : pattern)) {
             const std::string kind = setting.isCommand ? "command" : setting.expected;
             lines.push_back(lineOf(setting) + "  (" + kind +
                             (setting.isCommand || setting.isWritable ? ")" : ", not writable)"));
@@ -136,10 +136,10 @@ struct ControlConsole::Handlers {
     }
     static Lines watch(ControlConsole& self, Words& words) {
         const std::string pattern = words.requireLast();
-        self.watches.push_back(self.run.observe(
+        self.watches.push_back(self.run.getSettings().observe(
             pattern, [&self](const SettingState& setting) { self.tell(asOneLine(lineOf(setting))); }));
         Lines lines;
-        for (const SettingState& setting : self.run.list(pattern))
+        for (const SettingState& setting : self.run.getSettings().list(pattern))
             lines.push_back(lineOf(setting));
         return lines;
     }

@@ -93,17 +93,6 @@ void Graph::setStop(const std::stop_token& stop) {
     }
 }
 
-void Graph::openSinks() {
-    try {
-        for (Sink* const sink : parts.sinks)
-            sink->open();
-    } catch (...) {
-        for (Sink* const sink : parts.sinks)
-            sink->discard();
-        throw;
-    }
-}
-
 void Graph::cutLoose(Core::Filter& block) {
     for (Core::AbstractInputPin* const pin : block.getInputPins())
         pin->detachAll();

@@ -70,9 +70,6 @@ public:
     /// From then on sources and sinks that wait for the other end of a pipe raise `InterruptedException` when
     /// a stop is requested. Requires: the sources are open. [setup]
     void setStop(const std::stop_token& stop);
-    /// Starts the results. When one can't be started, those that could are thrown away, and
-    /// `RecordingException` is raised. [setup]
-    void openSinks();
 
     /// Takes `block` out of the graph's layout and takes down all its links, so that it can be run by itself;
     /// it stays the graph's. [setup]

@@ -39,8 +39,7 @@ RunFiles::RunFiles(const GraphDescription& description, const BlockCatalogue& ca
 
 void RunFiles::check(std::vector<GraphParts::Node>& nodes) {
     for (GraphParts::Node& node : nodes)
-        if (node.sink != nullptr && node.file != nullptr && !node.file->getPath().empty())
-            addWriting(node);
+        if (node.sink != nullptr && node.file != nullptr && !node.file->getPath().empty()) addWriting(node);
     const Source* fromStandardInput = nullptr;
     for (const GraphParts::Node& node : nodes) {
         if (node.source == nullptr || node.file == nullptr || node.file->getPath().empty()) continue;
@@ -54,6 +53,26 @@ void RunFiles::check(std::vector<GraphParts::Node>& nodes) {
         }
         checkReading(file);
     }
+}
+
+bool RunFiles::checkOwn(const std::vector<FileEnd::File>& files, const Place& where,
+                        const std::vector<GraphParts::Node>& nodes) {
+    Register<std::string> others = readings;
+    for (const GraphParts::Node& node : nodes) {
+        if (node.file == nullptr || node.file->getPath().empty()) continue;
+        const std::string use =
+            "which '" + node.description->id + (node.sink == nullptr ? "' reads" : "' writes");
+        for (const File& file : filesOf(*node.file))
+            others.add(file, use);
+    }
+    for (const FileEnd::File& own : files) {
+        const File file = fileOf(own);
+        const std::string* const use = others.find(file);
+        if (use == nullptr) continue;
+        complaints.add(where, quoted(file.name) + ", " + *use, "a file that the run has for nothing else");
+        return false; // its other names would say the same
+    }
+    return true;
 }
 
 void RunFiles::addWriting(GraphParts::Node& node) {
@@ -117,8 +136,12 @@ RunFiles::File RunFiles::openFile(int descriptor) {
 std::vector<RunFiles::File> RunFiles::filesOf(const FileEnd& end) {
     std::vector<File> files;
     for (const FileEnd::File& file : end.getFiles())
-        files.push_back(file.descriptor < 0 ? namedFile(file.name) : openFile(file.descriptor));
+        files.push_back(fileOf(file));
     return files;
+}
+
+RunFiles::File RunFiles::fileOf(const FileEnd::File& file) {
+    return file.descriptor < 0 ? namedFile(file.name) : openFile(file.descriptor);
 }
 
 } // namespace Quillmere::Host

@@ -23,6 +23,10 @@ public:
 
     /// Complains of files that are meant for two things; their sinks are faulty then.
     void check(std::vector<GraphParts::Node>& nodes);
+    /// Complains of `files`, which the run writes beside its results, when it reads one of them or a sink
+    /// writes one; false then. `where` names them.
+    bool checkOwn(const std::vector<FileEnd::File>& files, const Place& where,
+                  const std::vector<GraphParts::Node>& nodes);
 
 private:
     /// A file, or the place of one that isn't there yet.
@@ -48,6 +52,7 @@ private:
 
     static File namedFile(const std::string& path);
     static File openFile(int descriptor);
+    static File fileOf(const FileEnd::File& file);
     static std::vector<File> filesOf(const FileEnd& end);
 
     void addWriting(GraphParts::Node& node);

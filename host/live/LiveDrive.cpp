@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/LiveDrive.h"
 
+#include <utility>
+
 namespace Quillmere::Host {
 
 void LiveDrive::end() {
@@ -10,16 +12,23 @@ void LiveDrive::end() {
 }
 
 void LiveDrive::cut(std::string reason) {
+    RunEnding ofText;
+    ofText.failure.swap(reason);
+    cut(std::move(ofText));
+}
+
+void LiveDrive::cut(RunEnding reason) {
     const std::lock_guard lock(state);
     if (isCut) return;
-    failure.swap(reason); // needs no memory, of which there may be none
+    std::swap(ending, reason); // needs no memory, of which there may be none
+    ending.isCutShort = true;
     isOver = isCut = true;
     hasEnded.notify_all();
 }
 
-std::string LiveDrive::getFailure() const {
+RunEnding LiveDrive::getEnding() const {
     const std::lock_guard lock(state);
-    return failure;
+    return ending;
 }
 
 void LiveDrive::waitForEnd() const {

@@ -6,6 +6,7 @@
 #include "host/live/PipeWatcher.h"
 #include "host/live/RoomBoard.h"
 #include "host/run/RunEnd.h"
+#include "host/run/RunLimit.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -46,13 +47,15 @@ public:
     /// Nothing new shall come. [any]
     void end();
     /// The run ends here and now, for this reason; of several the first counts. [any]
+    void cut(RunEnding reason);
+    /// The same for who has no more to say than a text, which needs no memory if it is short. [any]
     void cut(std::string reason);
 
     /// [any]
     bool getIsOver() const { return isOver.load(std::memory_order_relaxed); }
     bool getIsCut() const { return isCut.load(std::memory_order_relaxed); }
-    /// Why the run was cut; empty if it wasn't. [any]
-    std::string getFailure() const;
+    /// Why the run was cut; whole if it wasn't. [any]
+    RunEnding getEnding() const;
     /// Sleeps until the run is over or cut. [any]
     void waitForEnd() const;
 
@@ -62,7 +65,7 @@ private:
     std::atomic<bool> isCut{false};
     mutable std::mutex state;
     mutable std::condition_variable hasEnded;
-    std::string failure; ///< Under `state`.
+    RunEnding ending; ///< Under `state`.
 };
 
 } // namespace Quillmere::Host

@@ -5,6 +5,7 @@
 #include "host/graph/RateValues.h"
 #include "host/graph/RunOrder.h"
 #include "host/live/ControlException.h"
+#include "host/run/RunReview.h"
 #include "host/text/Complaint.h"
 
 #include <algorithm>
@@ -71,23 +72,25 @@ void LiveGraph::start() {
     if (std::any_of(sources.begin(), sources.end(), isWaking)) drive.pipes.start();
     for (const Graph::Node& node : graph.getNodes())
         if (node.result != nullptr) node.result->setWritesThrough(true);
-    anchorClock();
+    if (!anchorClock()) return;
     for (LiveLayout& layout : layouts)
         layout.start();
 }
 
-/// The earliest sample of all recordings is due now.
-void LiveGraph::anchorClock() {
+/// The earliest sample of all recordings is due now. False where one can't be read.
+bool LiveGraph::anchorClock() {
     double first = std::numeric_limits<double>::infinity();
     for (const RunSource& source : sources) {
         if (getComesByItself(source.waking)) continue;
         try {
             if (source.source->prepare()) first = std::min(first, source.source->getNextTimeStamp());
         } catch (const std::exception& exception) {
-            throw RunException(failureText(source.source, 0.0, exception));
+            drive.cut(endingOf(source.source, 0.0, exception));
+            return false;
         }
     }
     drive.clock.start(first == std::numeric_limits<double>::infinity() ? 0.0 : first);
+    return true;
 }
 
 /// Asleep at two looks and never awake in between: then all slept at one time, and nobody was there to wake
@@ -116,13 +119,22 @@ void LiveGraph::stop() {
         layout.join();
 }
 
-void LiveGraph::endSinks(bool isWhole) {
+RunEnding LiveGraph::endSinks(bool isWhole) {
     const Standstill still(*this);
-    Quillmere::Host::endSinks(graph.getSinks(), isWhole);
+    return Quillmere::Host::endSinks(graph.getSinks(), isWhole, getStreamTime());
 }
 
-RunOutcome LiveGraph::getOutcome(const RunProgress& progress, const RunEnding& ending) const {
+/// Of the layout that has come furthest.
+double LiveGraph::getStreamTime() const {
+    double time = 0.0;
+    for (const LiveLayout& layout : layouts)
+        time = std::max(time, layout.getStreamTime());
+    return time;
+}
+
+RunOutcome LiveGraph::getOutcome(RunProgress progress, const RunEnding& ending) const {
     const std::lock_guard lock(structure);
+    progress.streamTime = getStreamTime();
     std::vector<FirstNonFinite> nonFinite;
     for (const LiveLayout& layout : layouts)
         nonFinite.insert(nonFinite.end(), layout.getNonFinite().begin(), layout.getNonFinite().end());

@@ -7,6 +7,7 @@
 #include "host/live/LiveLayout.h"
 #include "host/live/LiveStatistics.h"
 #include "host/live/OverflowRules.h"
+#include "host/run/RunEnd.h"
 #include "host/run/RunOutcome.h"
 
 #include <cstdint>
@@ -45,8 +46,8 @@ public:
     /// Requires: no thread runs.
     ~LiveGraph();
 
-    /// Reads what each recording begins with, for the time of the start, and starts a thread for each layout.
-    /// [setup]
+    /// Reads what each recording begins with, for the time of the start, and starts a thread for each layout;
+    /// cuts the run where that fails. [setup]
     void start();
     /// Whether, the run being over, nothing moves in any layout. [any]
     bool getIsAtRest();
@@ -54,11 +55,11 @@ public:
     void stir();
     /// Wakes all layouts for good and waits until their threads have ended. [setup]
     void stop();
-    /// Ends all results, as whole ones or as what is left. Raises `RunException`. Requires: no thread runs.
-    /// [any]
-    void endSinks(bool isWhole);
+    /// Ends all results, as whole ones or as what is left; the ending says why they aren't whole that were to
+    /// be. Requires: no thread runs. [any]
+    RunEnding endSinks(bool isWhole);
     /// What the run has done. Requires: no thread runs. [any]
-    RunOutcome getOutcome(const RunProgress& progress, const RunEnding& ending) const;
+    RunOutcome getOutcome(RunProgress progress, const RunEnding& ending) const;
     /// Rounds of all layouts. [any]
     std::uint64_t getRounds() const;
 
@@ -94,7 +95,8 @@ public:
 private:
     void dealOut();
     void placeTimeline();
-    void anchorClock();
+    bool anchorClock();
+    double getStreamTime() const;
     void arrangeAll();
     void arrange(LiveLayout& layout);
     std::uint64_t getMostDrainRounds() const;

@@ -92,7 +92,7 @@ void LiveLayout::runUntilEnd() {
         while (!drive.getIsCut() && !getGate().getIsShutDown())
             turn();
     } catch (const InterruptedException& exception) {
-        drive.cut(exception.what()); // no block's fault
+        drive.cut(interruptionFor(exception.what())); // no block's fault
     } catch (const std::exception& exception) {
         cutForFailure(exception);
     } catch (...) {
@@ -102,7 +102,7 @@ void LiveLayout::runUntilEnd() {
 
 void LiveLayout::cutForFailure(const std::exception& exception) {
     const Core::Filter* const block = current != nullptr ? current : rounds.getAsked();
-    drive.cut(failureText(block, timeOfFailure(), exception));
+    drive.cut(endingOf(block, timeOfFailure(), exception));
 }
 
 /// The round's time; in a layout without rounds that of the sample which the block took last.

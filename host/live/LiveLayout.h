@@ -55,6 +55,8 @@ public:
     /// How many links come from other layouts. Requires: no thread runs. [setup]
     std::uint64_t getLinksFromElsewhere() const { return waiting.getLinksFromElsewhere(); }
 
+    /// Of its last round, in seconds. Requires: no thread runs.
+    double getStreamTime() const { return streamTime; }
     /// What its blocks sent that wasn't finite. Requires: no thread runs.
     const std::vector<FirstNonFinite>& getNonFinite() const { return finite.getFound(); }
 

@@ -3,6 +3,7 @@
 
 #include "host/live/LiveDrive.h"
 #include "host/live/LiveGraph.h"
+#include "host/run/RunEnd.h"
 
 #include <algorithm>
 #include <atomic>
@@ -38,9 +39,9 @@ public:
     }
 
     void start(const std::stop_token& stop) {
-        job.begin(RunMode::Live, stop);
+        if (std::optional<RunOutcome> refused = job.begin(RunMode::Live, stop)) return endRefused(*refused);
         state = State::Running;
-        interrupter.emplace(stop, [this] { drive.cut("interrupted"); });
+        interrupter.emplace(stop, [this] { drive.cut(interruptionFor("interrupted")); });
         // First who sees the run to its end: a layout that runs without it would run for ever.
         try {
             startSupervisor();
@@ -78,8 +79,17 @@ public:
 
 private:
     static Graph& checkedGraph(Job& job) {
-        job.check(RunMode::Live).raise(job.getOptions().isStrict);
+        job.require(RunMode::Live);
         return job.getGraph();
+    }
+
+    /// Nothing has run, and nothing is left to end.
+    void endRefused(RunOutcome& refused) {
+        const std::lock_guard lock(ending);
+        outcome = std::move(refused);
+        failure = outcome.failure;
+        state = State::Failed;
+        hasEnded.notify_all();
     }
 
     /// Counts down however the start ends: the supervisor waits for it.
@@ -153,19 +163,13 @@ private:
 
     /// Ends the results and takes down what the run has done; gives back why it failed.
     std::string endResults() {
-        RunEnding result{.failure = drive.getFailure()};
-        result.isCutShort = !result.failure.empty();
-        if (!result.isCutShort && job.getOptions().isStrict) {
-            const std::vector<Warning> warnings = live.getOutcome(getProgress(), {}).warnings;
-            if (!warnings.empty()) result.failure = strictFailureText(warnings);
-        }
-        try {
-            live.endSinks(result.failure.empty());
-        } catch (const RunException& exception) {
-            result.failure = exception.what();
-        }
+        RunEnding result = drive.getEnding();
+        if (result.getIsWhole() && job.getOptions().isStrict)
+            result = endingOf(live.getOutcome(getProgress(), {}).warnings);
+        const RunEnding ofResults = live.endSinks(result.getIsWhole());
+        if (result.getIsWhole()) result = ofResults;
         outcome = job.completed(live.getOutcome(getProgress(), result));
-        return result.failure;
+        return outcome.failure;
     }
 
     std::latch hasStarted{1};
@@ -195,7 +199,7 @@ void LiveRun::stop() {
 }
 
 void LiveRun::interrupt(const std::string& reason) {
-    implementation->drive.cut(reason);
+    implementation->drive.cut(interruptionFor(reason));
 }
 
 LiveRun::State LiveRun::getState() const {
@@ -213,7 +217,8 @@ const RunOutcome& LiveRun::getOutcome() const {
 void LiveRun::wait() {
     std::unique_lock lock(implementation->ending);
     implementation->hasEnded.wait(lock, [this] { return getState() >= State::Ended; });
-    if (getState() == State::Failed) throw RunException(implementation->failure);
+    if (getState() == State::Failed)
+        throw RunException(implementation->failure, implementation->outcome.complaints);
 }
 
 bool LiveRun::waitFor(std::chrono::milliseconds time) {
@@ -221,45 +226,20 @@ bool LiveRun::waitFor(std::chrono::milliseconds time) {
     return implementation->hasEnded.wait_for(lock, time, [this] { return getState() >= State::Ended; });
 }
 
-std::vector<SettingState> LiveRun::list(const std::string& pattern) const {
-    return implementation->settings.list(pattern);
-}
-
-SettingState LiveRun::read(const std::string& name) const {
-    return implementation->settings.read(name);
-}
-
-void LiveRun::write(const std::string& name, const std::string& value) {
-    implementation->settings.write(name, value);
-}
-
-void LiveRun::fire(const std::string& name) {
-    implementation->settings.fire(name);
-}
-
-std::unique_ptr<SettingWatch> LiveRun::observe(const std::string& pattern,
-                                               SettingWatch::Handler handler) const {
-    return implementation->settings.observe(pattern, std::move(handler));
-}
-
 LiveStatistics LiveRun::getStatistics() {
     return implementation->live.getStatistics();
 }
 
-void LiveRun::move(const std::string& block, const std::string& layout) {
-    implementation->structure.move(block, layout);
+LiveSettings& LiveRun::getSettings() {
+    return implementation->settings;
 }
 
-void LiveRun::attach(const LinkRequest& request) {
-    implementation->structure.attach(request);
+const LiveSettings& LiveRun::getSettings() const {
+    return implementation->settings;
 }
 
-void LiveRun::detach(const std::string& input) {
-    implementation->structure.detach(input);
-}
-
-void LiveRun::add(const std::string& id, const std::string& type, const std::string& layout) {
-    implementation->structure.add(id, type, layout);
+LiveStructure& LiveRun::getStructure() {
+    return implementation->structure;
 }
 
 } // namespace Quillmere::Host

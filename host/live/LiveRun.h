@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/live/ControlException.h"
 #include "host/live/LiveSettings.h"
 #include "host/live/LiveStatistics.h"
 #include "host/live/LiveStructure.h"
@@ -21,7 +22,7 @@ struct LiveOptions {
     /// longer than they take.
     double speed = 1.0;
     bool countsSteps = true; ///< Whether the statistics have steps and times; samples are counted always.
-    std::optional<Overflow> overflow{}; ///< Of links between layouts that say nothing; see `OverflowRules`.
+    std::optional<Overflow> overflow{}; ///< Of links between layouts that say nothing; see docs/live.md.
 };
 
 /// Runs a graph live: a thread for each of its layouts, recordings paced by their time stamps, pipes read as
@@ -41,8 +42,9 @@ public:
     LiveRun(const LiveRun&) = delete;
     LiveRun& operator=(const LiveRun&) = delete;
 
-    /// Begins the results and then the run. When a stop is requested, it is interrupted. Raises
-    /// `RecordingException` when a result can't be begun: nothing has run then. Requires: not called before.
+    /// Begins the results and then the run. When a stop is requested, it is interrupted. Where a result can't
+    /// be begun the run has failed at once, and its outcome says that it hasn't begun. Requires: not called
+    /// before.
     void start(const std::stop_token& stop = {});
     const Job& getJob() const;
     Job& getJob();
@@ -60,23 +62,11 @@ public:
     /// What the run has done, also when it failed. Requires: it has ended.
     const RunOutcome& getOutcome() const;
 
-    /// Settings and commands as `block.Setting`; values are written as in a graph file. Patterns have `*` and
-    /// `?`.
-    std::vector<SettingState> list(const std::string& pattern = "*") const;
-    SettingState read(const std::string& name) const;
-    void write(const std::string& name, const std::string& value);
-    void fire(const std::string& name);
-    std::unique_ptr<SettingWatch> observe(const std::string& pattern, SettingWatch::Handler handler) const;
     LiveStatistics getStatistics();
-
-    /// Moves a block to another layout: its links choose their kind anew, and what is in flight on them is
-    /// lost.
-    void move(const std::string& block, const std::string& layout);
-    /// Makes a link, takes down the one of an input.
-    void attach(const LinkRequest& request);
-    void detach(const std::string& input);
-    /// Adds a block of a plug-in, without links and with the settings that it is born with.
-    void add(const std::string& id, const std::string& type, const std::string& layout);
+    /// What may be read and turned while it runs, and what of its links, layouts and blocks may be changed.
+    LiveSettings& getSettings();
+    const LiveSettings& getSettings() const;
+    LiveStructure& getStructure();
 
 private:
     class Implementation;

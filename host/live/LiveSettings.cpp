@@ -5,6 +5,7 @@
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/RateSettings.h"
 #include "host/live/ControlException.h"
+#include "host/live/LiveGraph.h"
 #include "host/description/ValueReader.h"
 #include "host/graph/BlockDescription.h"
 #include "host/text/CaughtText.h"

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "framework/core/AbstractProperty.h"
+#include "framework/core/Api.h"
 #include "host/graph/BlockDescription.h"
-#include "host/live/LiveGraph.h"
 
 #include <functional>
 #include <memory>
@@ -11,6 +11,8 @@
 #include <vector>
 
 namespace Quillmere::Host {
+
+class LiveGraph;
 
 /// A setting as a program shows it. Values are written as in a graph file.
 struct SettingState {
@@ -45,14 +47,14 @@ private:
     const Handler onChange;
 };
 
-/// Settings and commands of a live run, by name. Every operation may be called by any thread; what is refused
-/// is a `ControlException`.
-class LiveSettings {
+/// Settings and commands of a live run, by name: `block.Setting`. Patterns have `*` and `?`. Every operation
+/// may be called by any thread; what is refused is a `ControlException`.
+class QUILLMERE_API LiveSettings {
 public:
     /// The graph is not owned.
     explicit LiveSettings(LiveGraph& liveGraph) : graph(liveGraph) {}
 
-    std::vector<SettingState> list(const std::string& pattern) const;
+    std::vector<SettingState> list(const std::string& pattern = "*") const;
     SettingState read(const std::string& name) const;
     void write(const std::string& name, const std::string& text);
     void fire(const std::string& name);

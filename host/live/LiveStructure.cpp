@@ -3,6 +3,7 @@
 
 #include "host/ends/HostBlock.h"
 #include "host/live/ControlException.h"
+#include "host/live/LiveGraph.h"
 #include "host/text/Complaint.h"
 #include "host/text/CaughtText.h"
 

@@ -1,13 +1,22 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/live/LiveGraph.h"
+#include "framework/core/Api.h"
+#include "host/description/GraphDescription.h"
+#include "host/plugins/BlockCatalogue.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 
+namespace Quillmere::Core {
+class AbstractInputPin;
+class AbstractOutputPin;
+} // namespace Quillmere::Core
+
 namespace Quillmere::Host {
+
+class LiveGraph;
 
 /// A link as somebody asks for it: the ends as `block.pin`.
 struct LinkRequest {
@@ -22,7 +31,7 @@ struct LinkRequest {
 /// each change; what is refused is a `ControlException`.
 ///
 /// Requires: the caller is not inside a step, a handler or an observer, which hold a gate already. [any]
-class LiveStructure {
+class QUILLMERE_API LiveStructure {
 public:
     /// None of the two is owned. [setup]
     LiveStructure(LiveGraph& liveGraph, const BlockCatalogue& blockCatalogue)

@@ -65,10 +65,11 @@ std::uint64_t ArrayReader::getBytesRead() const {
                : static_cast<std::uint64_t>(part * static_cast<double>(getSize()));
 }
 
-std::string ArrayReader::getFaultOfCell(std::size_t column, const std::string& expected,
-                                        const std::string& suggestion) const {
-    const std::string place = getPlace() + ": column '" + printable(columns[column].name, kLongestName) + "'";
-    return Complaint{{place}, shortestText(getValue(column)), expected, suggestion}.getText();
+Complaint ArrayReader::getFaultOfCell(std::size_t column, const std::string& expected,
+                                      const std::string& suggestion) const {
+    Complaint complaint({getPlace()}, shortestText(getValue(column)), expected, suggestion);
+    complaint.part = "column '" + printable(columns[column].name, kLongestName) + "'";
+    return complaint;
 }
 
 std::string ArrayReader::getPlace() const {

@@ -213,18 +213,18 @@ bool BidsReader::refill() {
     return count > 0;
 }
 
-std::string BidsReader::getFault() const {
+Complaint BidsReader::getFault() const {
     if (hasAllCells) return getFaultOfCell(faultyColumn, "a number, or n/a");
-    return Complaint{{getPlace()},
-                     counted(cellsFound, "cell") + " in " + getRowText(),
-                     counted(columns.size(), "cell") + ", as it has channels"}
-        .getText();
+    return {{getPlace()},
+            counted(cellsFound, "cell") + " in " + getRowText(),
+            counted(columns.size(), "cell") + ", as it has channels"};
 }
 
-std::string BidsReader::getFaultOfCell(std::size_t column, const std::string& expected,
-                                       const std::string& suggestion) const {
-    const std::string place = getPlace() + ": column '" + printable(columns[column].name, kLongestName) + "'";
-    return Complaint{{place}, quoted(getCell(column)), expected, suggestion}.getText();
+Complaint BidsReader::getFaultOfCell(std::size_t column, const std::string& expected,
+                                     const std::string& suggestion) const {
+    Complaint complaint({getPlace()}, quoted(getCell(column)), expected, suggestion);
+    complaint.part = "column '" + printable(columns[column].name, kLongestName) + "'";
+    return complaint;
 }
 
 std::string_view BidsReader::getCell(std::size_t column) const {

@@ -34,9 +34,9 @@ public:
     std::uint64_t getSize() const override { return file->getSize(); }
     bool getIsChanged() const override { return file->getIsChanged(); }
 
-    std::string getFault() const override;
-    std::string getFaultOfCell(std::size_t column, const std::string& expected,
-                               const std::string& suggestion = {}) const override;
+    Complaint getFault() const override;
+    Complaint getFaultOfCell(std::size_t column, const std::string& expected,
+                             const std::string& suggestion = {}) const override;
     std::string getPlace() const override;
     std::string getRowText() const override;
 

@@ -268,26 +268,27 @@ bool CsvReader::getIsSecondAhead() {
     return lines.getIsAllAhead();
 }
 
-std::string CsvReader::getFault() const {
+Complaint CsvReader::getFault() const {
     switch (fault) {
-    case Fault::NoNumber:
-        return getFaultOfCell(faultyColumn, decimal == '.' ? "a number" : "a number with a decimal comma",
-                              decimal == '.' ? suggestionFor(textOfCell(faultyColumn)) : "");
     case Fault::TooLarge:
         return getFaultOfCell(faultyColumn, "a number that a 64-bit float can hold");
     case Fault::CellsMissing:
         return getFaultOfRow("a row that ends before it, ");
     case Fault::CellsTooMany:
         return getFaultOfRow("more cells behind it in ");
+    case Fault::NoNumber:
     case Fault::None:
         break;
     }
-    return {};
+    return getFaultOfCell(faultyColumn, decimal == '.' ? "a number" : "a number with a decimal comma",
+                          decimal == '.' ? suggestionFor(textOfCell(faultyColumn)) : "");
 }
 
-std::string CsvReader::getFaultOfCell(std::size_t column, const std::string& expected,
-                                      const std::string& suggestion) const {
-    return Complaint{{placeOf(column)}, quoted(textOfCell(column)), expected, suggestion}.getText();
+Complaint CsvReader::getFaultOfCell(std::size_t column, const std::string& expected,
+                                    const std::string& suggestion) const {
+    Complaint complaint = faultAt(column, quoted(textOfCell(column)), expected);
+    complaint.suggestion = suggestion;
+    return complaint;
 }
 
 std::string CsvReader::textOfCell(std::size_t column) const {
@@ -305,16 +306,19 @@ std::string CsvReader::getPlace() const {
     return getPath() + ":" + std::to_string(line);
 }
 
-std::string CsvReader::placeOf(std::size_t column) const {
-    return getPlace() + ": column '" + printable(columns[column].name, kLongestName) + "'";
+Complaint CsvReader::faultAt(std::size_t column, const std::string& found,
+                             const std::string& expected) const {
+    const bool hasNumber = line <= static_cast<std::uint64_t>(std::numeric_limits<int>::max());
+    Complaint complaint(hasNumber ? Place{getPath(), static_cast<int>(line), 0} : Place{getPlace(), 0, 0},
+                        found, expected);
+    complaint.part = "column '" + printable(columns[column].name, kLongestName) + "'";
+    return complaint;
 }
 
 /// Of a line with too few or too many cells.
-std::string CsvReader::getFaultOfRow(const std::string& found) const {
-    return Complaint{{placeOf(faultyColumn)},
-                     found + quoted(lines.getText()),
-                     counted(columns.size(), "cell") + ", as the header has"}
-        .getText();
+Complaint CsvReader::getFaultOfRow(const std::string& found) const {
+    return faultAt(faultyColumn, found + quoted(lines.getText()),
+                   counted(columns.size(), "cell") + ", as the header has");
 }
 
 } // namespace Quillmere::Host

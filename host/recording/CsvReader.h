@@ -59,9 +59,9 @@ public:
     std::uint64_t getSize() const override { return lines.getFile().getSize(); }
     bool getIsChanged() const override { return lines.getFile().getIsChanged(); }
 
-    std::string getFault() const override;
-    std::string getFaultOfCell(std::size_t column, const std::string& expected,
-                               const std::string& suggestion = {}) const override;
+    Complaint getFault() const override;
+    Complaint getFaultOfCell(std::size_t column, const std::string& expected,
+                             const std::string& suggestion = {}) const override;
     std::string getPlace() const override;
     std::string getRowText() const override;
 
@@ -78,8 +78,8 @@ private:
     double parse(std::string_view text, std::size_t column);
     void noteFault(Fault fault, std::size_t column);
     std::string textOfCell(std::size_t column) const;
-    std::string placeOf(std::size_t column) const;
-    std::string getFaultOfRow(const std::string& found) const;
+    Complaint faultAt(std::size_t column, const std::string& found, const std::string& expected) const;
+    Complaint getFaultOfRow(const std::string& found) const;
     bool nextRow();
     std::string_view timeTextOf(std::string_view text);
     void takeTime();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/text/Complaint.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -108,10 +109,10 @@ public:
 
     /// What was wrong with the last row: `PLACE: column 'NAME': found "TEXT"; expected ...`. Requires: it was
     /// faulty.
-    virtual std::string getFault() const = 0;
+    virtual Complaint getFault() const = 0;
     /// The same about a cell of the last row that is wrong for a reason of the caller's.
-    virtual std::string getFaultOfCell(std::size_t column, const std::string& expected,
-                                       const std::string& suggestion = {}) const = 0;
+    virtual Complaint getFaultOfCell(std::size_t column, const std::string& expected,
+                                     const std::string& suggestion = {}) const = 0;
     /// Where the last row stands, `FILE:LINE` or what else finds it there, and the row itself in quotes.
     virtual std::string getPlace() const = 0;
     virtual std::string getRowText() const = 0;

@@ -43,7 +43,8 @@ RecordingRows::Row RecordingRows::take() {
 
 /// False when the row is to be skipped.
 bool RecordingRows::takeUnsound(bool isFaulty) {
-    std::string fault = isFaulty ? reader->getFault() : "";
+    std::optional<Complaint> fault;
+    if (isFaulty) fault = reader->getFault();
     bool canMend = reader->getHasAllCells();
     if (canMend && !getHasTime()) {
         canMend = false;
@@ -53,12 +54,12 @@ bool RecordingRows::takeUnsound(bool isFaulty) {
                         : reader->getFaultOfCell(plan.chosen[*plan.timeCell], "a time in seconds");
     }
     if (canMend) {
-        const std::string hole = mendHoles();
+        const std::optional<Complaint> hole = mendHoles();
         if (!isFaulty) fault = hole;
     }
-    if (fault.empty()) return true;
-    if (plan.onBadRow == OnBadRow::Error) throw RecordingException(fault);
-    noteFault(std::move(fault));
+    if (!fault) return true;
+    if (plan.onBadRow == OnBadRow::Error) throw RecordingException(*fault);
+    noteFault(fault->getText());
     const bool isMended = canMend && plan.onBadRow == OnBadRow::Nan;
     ++(isMended ? account.mendedRows : account.skippedRows);
     return isMended;
@@ -71,8 +72,8 @@ bool RecordingRows::getHasTime() const {
 
 /// Finds the pins that have no sample in this row, and empty cells that may not be, which become
 /// not-a-number. Gives back what is wrong with the first of these, or nothing.
-std::string RecordingRows::mendHoles() {
-    std::string fault;
+std::optional<Complaint> RecordingRows::mendHoles() {
+    std::optional<Complaint> fault;
     const auto isEmpty = [&](std::size_t cell) { return reader->getIsEmpty(cell); };
     for (std::size_t i = 0; i < plan.pins.size(); ++i) {
         const RowPlan::Pin& pin = plan.pins[i];
@@ -80,7 +81,7 @@ std::string RecordingRows::mendHoles() {
         const bool hasNone = std::all_of(pin.cells.begin(), pin.cells.end(), isEmpty);
         hasSample[i] = !hasNone || plan.isFramed;
         if (first == pin.cells.end() || !hasSample[i]) continue;
-        if (fault.empty())
+        if (!fault)
             fault = reader->getFaultOfCell(plan.chosen[*first],
                                            hasNone ? "a number, since a frame has no holes"
                                                    : "a number, or nothing in all columns of the pin '" +

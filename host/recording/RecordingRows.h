@@ -79,7 +79,7 @@ private:
     bool takeUnsound(bool isFaulty);
     bool getHasTime() const;
     bool getHasTimes() const { return plan.timeCell || plan.hasOwnTimes; }
-    std::string mendHoles();
+    std::optional<Complaint> mendHoles();
     Row endAtCut();
     void noteFault(std::string text);
     void tellTimesOfRate(SourceAccount& account) const;

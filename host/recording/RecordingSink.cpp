@@ -171,11 +171,7 @@ Core::AbstractInputPin* RecordingSink::makePin(const std::string& name) {
 }
 
 std::vector<FileEnd::File> RecordingSink::getFiles() const {
-    if (getPath().empty()) return {};
-    const ResultPath result(getPath());
-    if (result.getKind() == ResultPath::Kind::Descriptor) return {{result.getPath(), result.getDescriptor()}};
-    if (!result.getIsFile()) return {{result.getPath()}};
-    return {{result.getPath()}, {result.getPartialPath()}, {result.getWidenedPath()}};
+    return getPath().empty() ? std::vector<File>() : ResultPath(getPath()).getFiles();
 }
 
 void RecordingSink::checkPins(Complaints& complaints) const {

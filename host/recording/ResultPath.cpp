@@ -127,6 +127,12 @@ ResultPath::ResultPath(std::string name) : path(std::move(name)) {
     widenedPath = getIsFile() ? partialPath + kWidened : path;
 }
 
+std::vector<FileEnd::File> ResultPath::getFiles() const {
+    if (kind == Kind::Descriptor) return {{path, descriptor}};
+    if (!getIsFile()) return {{path}};
+    return {{path}, {partialPath}, {widenedPath}};
+}
+
 Refusal ResultPath::findRefusal(const ResultOptions& options) const {
     if (kind == Kind::Descriptor) return {};
     if (!getIsFile()) return findRefusalOfFinal(options);

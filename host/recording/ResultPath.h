@@ -2,11 +2,13 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/ends/FileEnd.h"
 
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 struct stat;
 
@@ -53,6 +55,9 @@ public:
     const std::string& getWidenedPath() const { return widenedPath; }
     /// Requires: `Kind::Descriptor`.
     int getDescriptor() const { return descriptor; }
+
+    /// Every file that it is until it is whole.
+    std::vector<FileEnd::File> getFiles() const;
 
     /// Looks whether the result could be written now. Touches nothing.
     std::optional<ResultRefusal> findRefusal(const ResultOptions& options) const;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/Quillmere.h"
-#include "host/run/RunEnd.h"
+#include "host/run/RunLimit.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/Job.h"
 
+#include "host/ends/RecordingException.h"
 #include "host/graph/BurstWarnings.h"
 #include "host/graph/ClockWarnings.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/graph/SettingRules.h"
 #include "host/response/DesignWarnings.h"
 #include "host/run/OfflineRunner.h"
+#include "host/run/RunReview.h"
+#include "host/run/RunSummary.h"
 
 #include <chrono>
 #include <cmath>
@@ -61,6 +64,8 @@ public:
           graph(description, catalogue, building) {
         graph.requireDrive(building);
         if (options.overwrites) graph.allowOverwriting();
+        if (!options.summary.empty())
+            summary.emplace(options.summary, options.summaryName, options.overwrites);
     }
 
     const Complaints& check(RunMode mode);
@@ -68,8 +73,9 @@ public:
     /// blocks out by then.
     const Complaints& checkOnce(RunMode mode) { return checked == mode ? all : check(mode); }
     bool getHasLeftPipes() const { return hasLeftPipes; }
-    void begin(const std::stop_token& stop);
-    RunOutcome completed(RunOutcome outcome) const;
+    void require(RunMode mode);
+    std::optional<RunOutcome> begin(const std::stop_token& stop);
+    RunOutcome completed(RunOutcome outcome);
 
     const JobOptions options;
     const GraphDescription description;
@@ -80,13 +86,18 @@ public:
 
 private:
     const Complaints& open(RunMode mode);
+    RunEnding beginResults(const std::stop_token& stop);
+    void summarise(RunOutcome& outcome);
+    Complaints refuse();
 
     std::optional<Complaints> opening; ///< What opening the recordings complained of; nothing before.
     Complaints all;                    ///< What the last check gathered, and for what.
     std::optional<RunMode> checked;
     bool hasLeftPipes = false; ///< When the recordings were opened.
     bool hasBegun = false;
-    Clock::time_point start{};
+    Clock::time_point start = Clock::now();
+    std::optional<RunSummary> summary;
+    bool isSummaryRefused = false; ///< There is something wrong with its name.
 };
 
 /// Recordings are opened once.
@@ -110,21 +121,88 @@ const Complaints& Job::Implementation::check(RunMode mode) {
         requireStreamClock(graph, all);
     if (!options.isControlled) warnOfIdleBlocks(graph, all);
     if (mode != RunMode::Offline && all.isEmpty()) warnOfBursts(graph, all);
+    if (summary) isSummaryRefused = !summary->check(graph, catalogue, all);
     return all;
 }
 
-void Job::Implementation::begin(const std::stop_token& stop) {
+/// Who reads the summary hears of a run that isn't begun what its caller does.
+void Job::Implementation::require(RunMode mode) {
+    if (checkOnce(mode).getIsRefusal(options.isStrict)) refuse().raise(options.isStrict);
+}
+
+/// What is complained of, with what the summary adds that can't be written.
+Complaints Job::Implementation::refuse() {
+    Complaints complaints = all;
+    if (!summary || isSummaryRefused) return complaints;
+    RunEnding ending;
+    try {
+        complaints.raise(options.isStrict);
+    } catch (const GraphException& exception) {
+        ending.failure = exception.what();
+        ending.complaints = exception.getComplaints();
+    }
+    RunOutcome outcome = refusedBy(graph, ending);
+    outcome.doubts = all.getSortedWarnings();
+    try {
+        summary->write(outcome);
+    } catch (const RecordingException& exception) {
+        complaints.add({options.summaryName}, std::string("no summary (") + exception.what() + ")",
+                       "a place where it can be written");
+    }
+    return complaints;
+}
+
+std::optional<RunOutcome> Job::Implementation::begin(const std::stop_token& stop) {
     if (hasBegun) throw RunException(Complaint{{}, "a job that has run", "a new one for each run", {}});
     hasBegun = true;
     start = Clock::now();
     graph.setStop(stop);
-    graph.openSinks();
+    const RunEnding ending = beginResults(stop);
+    if (ending.getIsWhole()) return std::nullopt;
+    return completed(refusedBy(graph, ending));
 }
 
-RunOutcome Job::Implementation::completed(RunOutcome outcome) const {
+/// The summary first: what it can't tell of is better not begun.
+RunEnding Job::Implementation::beginResults(const std::stop_token& stop) {
+    try {
+        if (summary) summary->open(stop);
+    } catch (const InterruptedException& exception) {
+        summary.reset();
+        return interruptionFor(exception.what());
+    } catch (const RecordingException& exception) {
+        summary.reset();
+        RunEnding ending;
+        ending.failure = exception.what();
+        ending.complaints = exception.getComplaints();
+        return ending;
+    }
+    try {
+        return beginSinks(graph.getSinks());
+    } catch (...) { // no memory to say why
+        if (summary) summary->discard();
+        throw;
+    }
+}
+
+RunOutcome Job::Implementation::completed(RunOutcome outcome) {
     outcome.doubts = all.getSortedWarnings();
     outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    if (summary) summarise(outcome);
     return outcome;
+}
+
+/// A summary that can't be written makes a failure of a run that was whole, whose results have their names.
+void Job::Implementation::summarise(RunOutcome& outcome) {
+    try {
+        summary->write(outcome);
+    } catch (const RecordingException& exception) {
+        if (!outcome.getIsWhole()) {
+            outcome.warnings.push_back(Warning{{options.summaryName}, exception.what()});
+            return;
+        }
+        outcome.failure = exception.what();
+        outcome.complaints = exception.getComplaints();
+    }
 }
 
 Job::Job(const GraphDescription& description, BlockCatalogue catalogue, JobOptions options,
@@ -154,18 +232,30 @@ const Complaints& Job::check(RunMode mode) {
 }
 
 RunOutcome Job::run(const std::stop_token& stop, const ProgressHandler& onProgress) {
-    begin(RunMode::Offline, stop);
+    if (std::optional<RunOutcome> refused = begin(RunMode::Offline, stop)) return *refused;
     const JobOptions& options = implementation->options;
     OfflineRunner runner(implementation->graph, options.limit, options.isStrict);
     return implementation->completed(runner.run(stop, onProgress));
 }
 
-void Job::begin(RunMode mode, const std::stop_token& stop) {
-    check(mode).raise(getOptions().isStrict);
-    implementation->begin(stop);
+void Job::require(RunMode mode) {
+    check(mode);
+    implementation->require(mode);
 }
 
-RunOutcome Job::completed(RunOutcome outcome) const {
+std::optional<RunOutcome> Job::begin(RunMode mode, const std::stop_token& stop) {
+    require(mode);
+    return implementation->begin(stop);
+}
+
+std::vector<std::string> Job::getPipedSources() const {
+    std::vector<std::string> sources;
+    for (const Graph::Node& node : implementation->graph.getNodes())
+        if (getComesByItself(node.waking)) sources.push_back(node.description->id);
+    return sources;
+}
+
+RunOutcome Job::completed(RunOutcome outcome) {
     return implementation->completed(std::move(outcome));
 }
 

@@ -5,14 +5,16 @@
 #include "host/description/GraphDescription.h"
 #include "host/graph/Graph.h"
 #include "host/plugins/BlockCatalogue.h"
-#include "host/run/RunEnd.h"
+#include "host/run/RunLimit.h"
 #include "host/run/RunOutcome.h"
 #include "host/text/Complaint.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <string>
+#include <vector>
 
 namespace Quillmere::Host {
 
@@ -34,6 +36,10 @@ struct JobOptions {
     bool isControlled = false; ///< Whether somebody can fire commands while it runs, as through a console.
     LimitName roundsName{.name = "limit.rounds"};
     LimitName secondsName{.name = "limit.seconds"};
+    /// Where the outcome is written as JSON when it is known, of a refused run too; `-` is standard output.
+    /// It is a result file like every other. Empty: nowhere.
+    std::string summary{};
+    std::string summaryName = "summary"; ///< What the caller calls it, for messages.
 };
 
 /// One run of a graph, from its description to what came of it. A job owns all that the run needs, so it can
@@ -63,10 +69,14 @@ public:
     /// the graph. [setup]
     const Complaints& check(RunMode mode = RunMode::Offline);
 
-    /// Runs the graph offline to its end, and gives back what it did, also when it failed midway. Raises
-    /// `GraphException` if there is anything that `check` complains of, and `RecordingException` when a
-    /// result can't be begun: nothing has run then. So nobody has to `check` first, but who wants to tell of
-    /// warnings before the run. Ends midway when a stop is requested. Requires: not called before. [run]
+    /// Raises `GraphException` if there is anything that `check` complains of; the summary tells it, too.
+    /// [setup]
+    void require(RunMode mode);
+
+    /// Runs the graph offline to its end, and gives back what it did, also when it failed midway or when a
+    /// result couldn't be begun: nothing has run then. Raises `GraphException` if there is anything that
+    /// `check` complains of. So nobody has to `check` first, but who wants to tell of warnings before the
+    /// run. Ends midway when a stop is requested. Requires: not called before. [run]
     RunOutcome run(const std::stop_token& stop = {}, const ProgressHandler& onProgress = {});
 
     const GraphDescription& getDescription() const;
@@ -75,11 +85,15 @@ public:
     Graph& getGraph();
     const Graph& getGraph() const;
 
+    /// The sources whose samples come through pipes, which a check for no mode leaves to the run. [setup]
+    std::vector<std::string> getPipedSources() const;
+
     /// What `run` does before its first round, for who runs the graph otherwise: raises what it would, and
-    /// begins the results. [setup]
-    void begin(RunMode mode, const std::stop_token& stop);
-    /// An outcome of the run, completed by what the job knows of it. Requires: it has begun. [any]
-    RunOutcome completed(RunOutcome outcome) const;
+    /// begins the results. Gives back the outcome when one of them can't be begun. [setup]
+    std::optional<RunOutcome> begin(RunMode mode, const std::stop_token& stop);
+    /// An outcome of the run, completed by what the job knows of it, and written as its summary. Requires: it
+    /// has begun, and this is its end. [any]
+    RunOutcome completed(RunOutcome outcome);
 
 private:
     class Implementation;

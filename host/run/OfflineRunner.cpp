@@ -3,6 +3,7 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/RecordingException.h"
+#include "host/run/RunReview.h"
 #include "host/run/WaitingSamples.h"
 #include "host/text/Complaint.h"
 
@@ -29,17 +30,13 @@ RunOutcome OfflineRunner::run(const std::stop_token& stop,
     RunEnding ending;
     try {
         ending = runToEnd(stop);
-        if (isStrict && ending.failure.empty()) ending.failure = strictFailure();
+        if (isStrict && ending.getIsWhole()) ending = endingOf(gatherOutcome({}).warnings);
     } catch (...) { // no memory to say why
-        endSinks(graph.getSinks(), false);
+        endSinks(graph.getSinks(), false, streamTime);
         throw;
     }
-    try {
-        endSinks(graph.getSinks(), ending.failure.empty());
-    } catch (const RunException& exception) {
-        ending.failure = exception.what();
-    }
-    return gatherOutcome(ending);
+    RunEnding ofResults = endSinks(graph.getSinks(), ending.getIsWhole(), streamTime);
+    return gatherOutcome(ending.getIsWhole() ? ofResults : ending);
 }
 
 /// Runs as far as it goes, and gives back why it came no further: nothing when it came to its end.
@@ -47,24 +44,14 @@ RunEnding OfflineRunner::runToEnd(const std::stop_token& stop) {
     try {
         runRounds(stop);
     } catch (const InterruptedException& exception) {
-        return endingOf(nullptr, exception); // no block's fault
+        return endingOf(nullptr, streamTime, exception); // no block's fault
     } catch (const std::exception& exception) {
-        return endingOf(getBlockAtWork(), exception);
+        return endingOf(getBlockAtWork(), streamTime, exception);
     } catch (...) {
-        return endingOf(getBlockAtWork(), std::runtime_error("something that is no std::exception"));
+        return endingOf(getBlockAtWork(), streamTime,
+                        std::runtime_error("something that is no std::exception"));
     }
     return {};
-}
-
-RunEnding OfflineRunner::endingOf(const Core::Filter* block, const std::exception& exception) const {
-    RunEnding ending{.failure = failureText(block, streamTime, exception), .isCutShort = true, .block = {}};
-    if (block != nullptr) ending.block = RunOutcome::Spot{block->getName(), block->getTypeName(), streamTime};
-    return ending;
-}
-
-std::string OfflineRunner::strictFailure() const {
-    const std::vector<Warning> warnings = gatherOutcome({}).warnings;
-    return warnings.empty() ? std::string() : strictFailureText(warnings);
 }
 
 RunOutcome OfflineRunner::gatherOutcome(const RunEnding& ending) const {
@@ -115,7 +102,7 @@ void OfflineRunner::beginClockedRound() {
 }
 
 void OfflineRunner::requireGoesOn(const std::stop_token& stop) {
-    if (stop.stop_requested()) throw RunException("interrupted");
+    if (stop.stop_requested()) throw InterruptedException();
 }
 
 /// `time` is what the timeline counts, which in a graph without sources isn't the stream's.

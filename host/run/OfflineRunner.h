@@ -6,6 +6,7 @@
 #include "host/run/FiniteWatch.h"
 #include "host/run/RoundChooser.h"
 #include "host/run/RunEnd.h"
+#include "host/run/RunLimit.h"
 #include "host/run/RunOutcome.h"
 
 #include <atomic>
@@ -51,9 +52,7 @@ private:
     /// For messages; null between two steps.
     const Core::Filter* getBlockAtWork() const { return current != nullptr ? current : rounds.getAsked(); }
     RunEnding runToEnd(const std::stop_token& stop);
-    RunEnding endingOf(const Core::Filter* block, const std::exception& exception) const;
     RunOutcome gatherOutcome(const RunEnding& ending) const;
-    std::string strictFailure() const;
     void applyTimeline(double time);
     void runRounds(const std::stop_token& stop);
     void takeUpRounds();

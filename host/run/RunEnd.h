@@ -2,10 +2,10 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "framework/core/Filter.h"
 #include "host/ends/Sink.h"
-#include "host/text/HostException.h"
+#include "host/run/RunOutcome.h"
 
-#include <cstdint>
 #include <exception>
 #include <optional>
 #include <string>
@@ -13,38 +13,36 @@
 
 namespace Quillmere::Host {
 
-/// A run that ended midway. The text says which block, at what stream time, and why.
-class QUILLMERE_API RunException : public HostException {
-public:
-    using HostException::HostException;
+/// How a run ended. It can be moved without memory, of which there may be none.
+struct RunEnding {
+    std::string failure = {};                   ///< Why it failed; empty when the results are whole.
+    std::vector<Complaint> complaints = {};     ///< The same part by part, where it has parts.
+    std::optional<RunOutcome::Spot> block = {}; ///< Whose step failed.
+    /// Whether it failed midway; else it failed by its results or by its warnings only.
+    bool isCutShort = false;
+    bool isInterrupted = false;
+
+    bool getIsWhole() const { return failure.empty(); }
 };
 
-/// What ends the run of a graph without sources; without either of them it ends at once, and a live one when
-/// it is told.
-struct RunLimit {
-    std::optional<std::uint64_t> rounds;
-    /// Of stream time, from its begin: 0, where a generator has a time of its own, or the start of the run,
-    /// where it stamps the wall clock. The round that reaches it is the last.
-    std::optional<double> seconds;
+/// What a run is cut short by: `block 'smooth' (FilterButterworth) at 12.5 s: reason`, or without the block
+/// (null) between two steps.
+QUILLMERE_API RunEnding endingOf(const Core::Filter* block, double streamTime,
+                                 const std::exception& exception);
 
-    bool getIsAny() const { return rounds || seconds; }
-};
+/// What a run is cut short by that somebody ends before its time.
+QUILLMERE_API RunEnding interruptionFor(std::string reason);
 
-/// How far a run has come.
-struct RunProgress {
-    std::uint64_t rounds = 0;    ///< Before the sources had ended, or the limit was reached.
-    std::uint64_t rows = 0;      ///< Read by all sources.
-    std::uint64_t bytesRead = 0; ///< Of all recordings.
-    std::uint64_t bytes = 0;     ///< Of all recordings; 0 when unknown.
-    double streamTime = 0.0;     ///< Seconds, of the last round.
-};
+/// The end of a run that takes these warnings for errors; whole when there are none.
+QUILLMERE_API RunEnding endingOf(const std::vector<Warning>& warnings);
 
-/// `block 'smooth' (FilterButterworth) at 12.5 s: reason`, or without the block (null) between two steps.
-QUILLMERE_API std::string failureText(const Core::Filter* block, double streamTime,
-                                      const std::exception& exception);
+/// Starts every result. Where one can't be started, those that could are thrown away, and the ending says
+/// why: nothing has run.
+QUILLMERE_API RunEnding beginSinks(const std::vector<Sink*>& sinks);
 
 /// Ends every result: whole, or kept under its partial name. A failure of one must not keep the others from
-/// being ended, and makes none of those behind it look whole; then it is raised as a `RunException`.
-QUILLMERE_API void endSinks(const std::vector<Sink*>& sinks, bool isWhole);
+/// being ended, and makes none of those behind it look whole; the ending says why those that were to be
+/// whole aren't.
+QUILLMERE_API RunEnding endSinks(const std::vector<Sink*>& sinks, bool isWhole, double streamTime);
 
 } // namespace Quillmere::Host

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "framework/core/Filter.h"
+#include "host/ends/ResultAccount.h"
+#include "host/ends/SourceAccount.h"
+#include "host/graph/RateConversion.h"
 #include "host/text/Complaint.h"
-#include "host/graph/Graph.h"
-#include "host/run/FiniteWatch.h"
-#include "host/run/RunEnd.h"
+#include "host/text/HostException.h"
 
 #include <cstdint>
 #include <optional>
@@ -14,6 +14,21 @@
 #include <vector>
 
 namespace Quillmere::Host {
+
+/// A run that ended midway. The text says which block, at what stream time, and why.
+class QUILLMERE_API RunException : public HostException {
+public:
+    using HostException::HostException;
+};
+
+/// How far a run has come.
+struct RunProgress {
+    std::uint64_t rounds = 0;    ///< Before the sources had ended, or the limit was reached.
+    std::uint64_t rows = 0;      ///< Read by all sources.
+    std::uint64_t bytesRead = 0; ///< Of all recordings.
+    std::uint64_t bytes = 0;     ///< Of all recordings; 0 when unknown.
+    double streamTime = 0.0;     ///< Seconds, of the last round.
+};
 
 /// What a run has done, whole or failed midway: a value, which outlives the run and its graph.
 struct RunOutcome {
@@ -36,6 +51,9 @@ struct RunOutcome {
         ResultAccount account;
         /// Of a result with rows, for each pin to which nothing came its name and why.
         std::vector<std::string> silentPins;
+
+        /// Where it is, whole or not; empty for a sink that writes no file.
+        const std::string& getWhere() const { return isComplete || path.empty() ? path : partialPath; }
     };
     /// A link that samples went over; ends are `block.pin`.
     struct Link {
@@ -54,9 +72,15 @@ struct RunOutcome {
         double time = 0.0; ///< Seconds of stream time.
     };
 
-    std::string graph;               ///< Its name.
-    std::string failure;             ///< Why it failed; empty when the results are whole.
+    std::string graph;     ///< Its name.
+    std::string graphFile; ///< Empty for a graph of which there is none.
+    std::string failure;   ///< Why it failed; empty when the results are whole.
+    /// The failure part by part, also of warnings that count as errors; empty where the text alone says it.
+    std::vector<Complaint> complaints;
     std::optional<Spot> failedBlock; ///< What raised the failure; nothing when it was no block.
+    /// False of a run that is refused: nothing has run, and no result was touched.
+    bool hasBegun = true;
+    bool isInterrupted = false; ///< Somebody has ended it: nothing need be wrong.
     RunProgress progress;
     double seconds = 0.0;              ///< That the run took, of a clock on the wall.
     std::vector<Recording> recordings; ///< In file order, as the others.
@@ -70,22 +94,5 @@ struct RunOutcome {
 
     bool getIsWhole() const { return failure.empty(); }
 };
-
-/// How a run ended.
-struct RunEnding {
-    std::string failure; ///< Why it failed; empty when the results are whole.
-    /// Whether it failed midway; else it failed by its results or by its warnings only.
-    bool isCutShort = false;
-    std::optional<RunOutcome::Spot> block = {}; ///< Whose step failed.
-};
-
-/// What a run of `graph` has done so far, and how it ended. `blocks` are those that take part, the graph's
-/// own and later ones, `nonFinite` what was found of them. Requires: none of them is in a step. [any]
-QUILLMERE_API RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
-                                   const std::vector<FirstNonFinite>& nonFinite, const RunProgress& progress,
-                                   const RunEnding& ending);
-
-/// Why a run is a failure that ended with these warnings and takes them for errors.
-QUILLMERE_API std::string strictFailureText(const std::vector<Warning>& warnings);
 
 } // namespace Quillmere::Host

@@ -41,6 +41,12 @@ std::string textOf(const Place& place) {
     return text.empty() ? text : text + ": ";
 }
 
+std::vector<Complaint> withWarnings(std::vector<Complaint> complaints, const std::vector<Warning>& warnings) {
+    for (const Warning& warning : warnings)
+        complaints.push_back(warning.getComplaint());
+    return complaints;
+}
+
 template <class Things>
 Things sortedByPlace(Things things) {
     std::stable_sort(things.begin(), things.end(), [](const auto& a, const auto& b) {
@@ -59,14 +65,19 @@ Complaint Complaint::unknown(Place where, std::string found, const std::string& 
 }
 
 std::string Complaint::getText() const {
-    std::string text = textOf(where) + "found " + printable(found, kLongestPart) + "; expected " +
-                       printable(expected, kLongestPart);
+    std::string text = textOf(where);
+    if (!part.empty()) text += printable(part, kLongestPart) + ": ";
+    text += "found " + printable(found, kLongestPart) + "; expected " + printable(expected, kLongestPart);
     if (!suggestion.empty()) text += "; did you mean " + printable(suggestion, kLongestPart) + "?";
     return text;
 }
 
 std::string Warning::getText() const {
     return textOf(where) + "warning: " + printable(text, kLongestPart);
+}
+
+Complaint Warning::getComplaint() const {
+    return {where, text, "nothing to warn of, since warnings are taken for errors"};
 }
 
 void Complaints::add(const Place& where, std::string found, std::string expected, std::string suggestion) {
@@ -105,13 +116,13 @@ std::vector<Warning> Complaints::getSortedWarnings() const {
 }
 
 void Complaints::raise(bool isStrict) const {
-    const bool isRaised = !list.empty() || (isStrict && !warnings.empty());
+    const bool isRaised = getIsRefusal(isStrict);
     if (isRaised && isStrict) throw GraphException(getSorted(), getSortedWarnings(), more + moreWarnings);
     if (isRaised) throw GraphException(getSorted(), {}, more);
 }
 
 GraphException::GraphException(const std::vector<Complaint>& list, const std::vector<Warning>& warnings,
                                std::size_t more)
-    : HostException(joined(list, warnings, more), list) {}
+    : HostException(joined(list, warnings, more), withWarnings(list, warnings)) {}
 
 } // namespace Quillmere::Host

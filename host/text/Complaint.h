@@ -20,7 +20,7 @@ struct Place {
 };
 
 /// One thing that is wrong, with a graph or whatever else. Written out it is one line:
-/// `file:line:column: found ...; expected ...; did you mean ...?`.
+/// `file:line:column: part: found ...; expected ...; did you mean ...?`.
 /// Nobody else puts such a sentence together: a refusal or a warning in this form is a complaint's text.
 struct Complaint {
     /// Made by a constructor: GCC 12 ends a member of an aggregate twice when one behind it finds no memory.
@@ -29,6 +29,7 @@ struct Complaint {
           suggestion(std::move(nearest)) {}
 
     Place where;
+    std::string part; ///< What it is about of what stands there, as `column 'x'`; empty for all of it.
     std::string found;
     std::string expected;
     std::string suggestion; ///< The nearest thing that is known; empty when nothing is near.
@@ -50,6 +51,8 @@ struct Warning {
     std::string text;
 
     QUILLMERE_API std::string getText() const;
+    /// The same for who takes it for an error, part by part.
+    QUILLMERE_API Complaint getComplaint() const;
 };
 
 /// What is wrong, gathered, so that a user hears of all of it at once; and what is doubtful.
@@ -67,10 +70,15 @@ public:
     /// By line and column; what stands at one place keeps its order.
     std::vector<Complaint> getSorted() const;
     std::vector<Warning> getSortedWarnings() const;
-    /// Warnings beyond those that are kept.
+    /// Complaints and warnings beyond those that are kept.
+    std::size_t getMore() const { return more; }
     std::size_t getMoreWarnings() const { return moreWarnings; }
 
-    /// Raises a `GraphException` if anything is wrong; when strict, also if anything is doubtful.
+    /// Whether anything is wrong; when strict, also whether anything is doubtful.
+    bool getIsRefusal(bool isStrict = false) const {
+        return !list.empty() || (isStrict && !warnings.empty());
+    }
+    /// Raises a `GraphException` if so.
     void raise(bool isStrict = false) const;
 
 private:
@@ -85,7 +93,7 @@ private:
 };
 
 /// A graph that can't be built or run. The text is the complaints, a line each, and behind them the warnings
-/// that count as complaints.
+/// that count as complaints; so are its parts.
 class QUILLMERE_API GraphException : public HostException {
 public:
     /// `more` is how many there are beyond `complaints` and `warnings`.

@@ -12,9 +12,17 @@ HostException::HostException(const Complaint& complaint) : HostException(complai
 HostException::HostException(const std::string& text, const std::vector<Complaint>& list)
     : std::runtime_error(text), complaints(std::make_shared<const std::vector<Complaint>>(list)) {}
 
+namespace {
+const std::vector<Complaint> kNone;
+} // namespace
+
 const std::vector<Complaint>& HostException::getComplaints() const noexcept {
-    static const std::vector<Complaint> none;
-    return complaints == nullptr ? none : *complaints;
+    return complaints == nullptr ? kNone : *complaints;
+}
+
+const std::vector<Complaint>& complaintsOf(const std::exception& exception) noexcept {
+    const auto* const own = dynamic_cast<const HostException*>(&exception);
+    return own == nullptr ? kNone : own->getComplaints();
 }
 
 } // namespace Quillmere::Host

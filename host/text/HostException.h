@@ -3,6 +3,7 @@
 
 #include "framework/core/Api.h"
 
+#include <exception>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -30,5 +31,8 @@ private:
     /// Shared, since copying an exception must not fail.
     std::shared_ptr<const std::vector<Complaint>> complaints;
 };
+
+/// What is wrong, part by part, if the host has raised it; else nothing.
+QUILLMERE_API const std::vector<Complaint>& complaintsOf(const std::exception& exception) noexcept;
 
 } // namespace Quillmere::Host

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "host/text/Json.h"
 
+#include "host/text/Printable.h"
 #include "host/text/ShortestText.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace Quillmere::Host::Json {
 
@@ -29,14 +32,18 @@ Text bracketed(const std::vector<Text>& values, char open, char close) {
 Text text(std::string_view value) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     Text quoted = "\"";
-    for (const char letter : value) {
-        const auto code = static_cast<unsigned char>(letter);
-        if (letter == '"' || letter == '\\')
-            quoted += {'\\', letter};
+    while (!value.empty()) {
+        const std::size_t length = lengthOfCharacter(value);
+        const auto code = static_cast<unsigned char>(value.front());
+        if (length == 0) // of no character in UTF-8, which JSON is
+            quoted += "\\ufffd";
+        else if (code == '"' || code == '\\')
+            quoted += {'\\', value.front()};
         else if (code < 0x20)
             quoted += {'\\', 'u', '0', '0', kDigits[code / 16], kDigits[code % 16]};
         else
-            quoted += letter;
+            quoted += value.substr(0, length);
+        value.remove_prefix(std::max<std::size_t>(length, 1));
     }
     return quoted + '"';
 }

@@ -15,6 +15,7 @@ namespace Quillmere::Host::Json {
 using Text = std::string;
 using Members = std::vector<std::pair<std::string, Text>>;
 
+/// What is no UTF-8 in it becomes U+FFFD, a byte each.
 QUILLMERE_API Text text(std::string_view value);
 /// Reads back to the same bits; what isn't finite is null, since JSON has no word for it.
 QUILLMERE_API Text number(double value);

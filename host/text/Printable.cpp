@@ -31,9 +31,7 @@ bool isPrintable(char32_t character) {
     return true;
 }
 
-/// How many bytes the character at the front of `text` has; 0 when it is none in UTF-8: a byte out of place,
-/// one that is cut, a longer form than needed, half of a surrogate pair or beyond the last. Requires: not
-/// empty.
+/// What `lengthOfCharacter` tells, and the character.
 std::size_t lengthOfCharacter(std::string_view text, char32_t& character) {
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned char lead = byte(0);
@@ -79,6 +77,11 @@ std::string takePiece(std::string_view& text) {
 }
 
 } // namespace
+
+std::size_t lengthOfCharacter(std::string_view text) {
+    char32_t character = 0;
+    return lengthOfCharacter(text, character);
+}
 
 std::string printable(std::string_view text, std::size_t longest) {
     std::string shown;

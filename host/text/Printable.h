@@ -15,6 +15,11 @@ namespace Quillmere::Host {
 /// `\t`, `\r`, or `\x1b` for the byte 27; a backslash stays as it is. Requires: `longest` above 0.
 QUILLMERE_API std::string printable(std::string_view text, std::size_t longest);
 
+/// How many bytes the character at the front of `text` has; 0 when it is none in UTF-8: a byte out of place,
+/// one that is cut, a longer form than needed, half of a surrogate pair or beyond the last. Requires: not
+/// empty.
+std::size_t lengthOfCharacter(std::string_view text);
+
 /// How much of a name, or of a value that somebody wrote, a message repeats.
 inline constexpr std::size_t kLongestName = 80;
 

@@ -125,7 +125,7 @@ TEST_F(ControlConsoleTest, AWatchTellsValuesNowAndEachChange) {
                    {"set odd.number 4", "ok\n"}});
     EXPECT_EQ(told, (std::vector<std::string>{"odd.whole = 3", "odd.number = 4"}));
     console = nullptr;
-    liveRun->write("odd.whole", "5");
+    liveRun->getSettings().write("odd.whole", "5");
     EXPECT_EQ(told.size(), 2u) << "nobody watches any more";
 }
 

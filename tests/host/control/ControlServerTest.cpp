@@ -110,7 +110,8 @@ protected:
             return text + "]]";
         };
         for (int i = 0; i < kWrites; ++i)
-            liveRun->write("odd.matrix", matrix(i % 2 == 0 ? "1.23456789012345" : "2.34567890123456"));
+            liveRun->getSettings().write("odd.matrix",
+                                         matrix(i % 2 == 0 ? "1.23456789012345" : "2.34567890123456"));
     }
     static void expectTornOff(Client& watcher) {
         int lines = 0;
@@ -221,7 +222,7 @@ TEST_F(ControlServerTest, AWatchHearsOfChangesByOthers) {
     Client writer(path);
     EXPECT_EQ(writer.ask("set g.Gain 2"), (Lines{"ok"}));
     EXPECT_EQ(watcher.readLine(), " g.Gain = 2");
-    liveRun->write("g.Gain", "3");
+    liveRun->getSettings().write("g.Gain", "3");
     EXPECT_EQ(watcher.readLine(), " g.Gain = 3");
     EXPECT_EQ(writer.ask("get g.Gain"), (Lines{" 3", "ok"})) << "who doesn't watch isn't told";
 }
@@ -284,7 +285,7 @@ TEST_F(ControlServerTest, HalfALineIsNoRequest) {
     EXPECT_EQ(client.readLine(), " 1");
     EXPECT_EQ(client.readLine(), "ok");
     EXPECT_EQ(client.readLine(), std::nullopt);
-    EXPECT_EQ(liveRun->read("g.Gain").value, "1");
+    EXPECT_EQ(liveRun->getSettings().read("g.Gain").value, "1");
 }
 
 TEST_F(ControlServerTest, ALineWithoutAnEndIsCutOff) {
@@ -301,7 +302,7 @@ TEST_F(ControlServerTest, ALineWithoutAnEndIsCutOff) {
 TEST_F(ControlServerTest, OneWhoHangsUpWatchesNoMore) {
     { EXPECT_EQ(Client(path).ask("watch *").back(), "ok"); }
     for (int i = 2; i < 100; ++i)
-        liveRun->write("g.Gain", std::to_string(i));
+        liveRun->getSettings().write("g.Gain", std::to_string(i));
     EXPECT_EQ(Client(path).ask("get g.Gain"), (Lines{" 99", "ok"}));
 }
 
@@ -320,7 +321,7 @@ TEST_F(ControlServerTest, ItsEndEndsAllConnectionsAndRemovesTheName) {
     EXPECT_EQ(watcher.readLine(), std::nullopt);
     EXPECT_EQ(idle.readLine(), std::nullopt);
     EXPECT_FALSE(folder.has("control"));
-    liveRun->write("g.Gain", "2"); // nobody is told
+    liveRun->getSettings().write("g.Gain", "2"); // nobody is told
     EXPECT_THROW(Client{path}, ControlException);
 }
 

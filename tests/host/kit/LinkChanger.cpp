@@ -22,14 +22,14 @@ void LinkChanger::change() {
     case 2:
         return attempt(counts.moves, [&] {
             const std::string& block = dice.oneOf(range.blocks);
-            run.move(block, dice.oneOf(range.layouts));
+            run.getStructure().move(block, dice.oneOf(range.layouts));
         });
     case 3:
     case 4:
         return attach();
     case 5:
     case 6:
-        return attempt(counts.detaches, [&] { run.detach(dice.oneOf(range.inputs)); });
+        return attempt(counts.detaches, [&] { run.getStructure().detach(dice.oneOf(range.inputs)); });
     default:
         if (dice.oneIn(10)) add();
         run.getStatistics();
@@ -58,7 +58,7 @@ void LinkChanger::attach() {
                               .to = input,
                               .buffer = static_cast<std::uint32_t>(1 + dice.below(6)),
                               .isNewestFirst = dice.oneIn(3)};
-    attempt(counts.attaches, [&] { run.attach(request); });
+    attempt(counts.attaches, [&] { run.getStructure().attach(request); });
 }
 
 bool LinkChanger::mayLead(const std::string& output, const std::string& input) const {
@@ -72,7 +72,7 @@ bool LinkChanger::mayLead(const std::string& output, const std::string& input) c
 void LinkChanger::add() {
     if (counts.adds == kMostAdded) return;
     const std::string id = "added" + std::to_string(counts.adds);
-    run.add(id, "FilterGain", dice.oneOf(range.layouts));
+    run.getStructure().add(id, "FilterGain", dice.oneOf(range.layouts));
     ++counts.adds;
     range.blocks.push_back(id);
     range.inputs.push_back(id + ".input");

@@ -8,11 +8,12 @@ namespace Support {
 using namespace Quillmere::Host;
 
 Hold::Hold(LiveRun& run, const std::string& setting, const std::string& value) {
-    watch = run.observe(setting, [this, waitsFor = released.get_future().share()](const SettingState&) {
-        entered.set_value();
-        waitsFor.wait();
-    });
-    writer = std::thread([&run, setting, value] { run.write(setting, value); });
+    watch = run.getSettings().observe(setting,
+                                      [this, waitsFor = released.get_future().share()](const SettingState&) {
+                                          entered.set_value();
+                                          waitsFor.wait();
+                                      });
+    writer = std::thread([&run, setting, value] { run.getSettings().write(setting, value); });
     entered.get_future().wait();
 }
 

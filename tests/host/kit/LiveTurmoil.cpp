@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/host/kit/LiveTurmoil.h"
 
+#include "host/live/LiveClock.h"
 #include "tests/host/kit/TurmoilCheck.h"
 #include "tests/host/kit/Watchdog.h"
 
@@ -162,7 +163,7 @@ void LiveTurmoil::feedPipes(LiveRun& run, FedPipe& src, FedPipe& slow) {
 
 /// Nobody stops before the run has ended: that it ends must not depend on their leaving it alone.
 void LiveTurmoil::stirUp(LiveRun& run) {
-    const auto watch = run.observe("*", [](const SettingState&) {});
+    const auto watch = run.getSettings().observe("*", [](const SettingState&) {});
     std::vector<std::thread> threads;
     for (unsigned i = 0; i < kKnobTurners; ++i)
         threads.emplace_back([this, &run, i] {

@@ -94,13 +94,13 @@ RandomKnobs::Counts& RandomKnobs::Counts::operator+=(const Counts& other) {
 }
 
 void RandomKnobs::turn() {
-    if (settings.empty() || dice.oneIn(kTurnsBetweenLooks)) settings = run.list();
+    if (settings.empty() || dice.oneIn(kTurnsBetweenLooks)) settings = run.getSettings().list();
     const SettingState& setting = dice.oneOf(settings);
     if (setting.isCommand) return fire(setting);
     switch (dice.below(8)) {
     case 0:
     case 1:
-        run.read(setting.name);
+        run.getSettings().read(setting.name);
         ++counts.reads;
         return;
     case 2:
@@ -116,7 +116,7 @@ void RandomKnobs::turn() {
 void RandomKnobs::write(const SettingState& setting) {
     const std::string value = drawValue(setting, dice);
     try {
-        run.write(setting.name, value);
+        run.getSettings().write(setting.name, value);
         ++counts.writes;
     } catch (const ControlException& exception) {
         ++counts.refusals;
@@ -128,7 +128,7 @@ void RandomKnobs::write(const SettingState& setting) {
 
 void RandomKnobs::writeNonsense(const SettingState& setting) {
     try {
-        run.write(setting.name, "none of that kind");
+        run.getSettings().write(setting.name, "none of that kind");
     } catch (const ControlException&) {
         ++counts.refusals;
         return;
@@ -137,7 +137,7 @@ void RandomKnobs::writeNonsense(const SettingState& setting) {
 }
 
 void RandomKnobs::fire(const SettingState& setting) {
-    run.fire(setting.name);
+    run.getSettings().fire(setting.name);
     ++counts.fires;
 }
 
@@ -145,8 +145,8 @@ void RandomKnobs::fire(const SettingState& setting) {
 void RandomKnobs::watch() {
     std::atomic<std::uint64_t> changes{0};
     const std::string block = dice.oneOf(settings).name;
-    const auto listening =
-        run.observe(block.substr(0, block.find('.')) + ".*", [&](const SettingState&) { ++changes; });
+    const auto listening = run.getSettings().observe(block.substr(0, block.find('.')) + ".*",
+                                                     [&](const SettingState&) { ++changes; });
     for (int i = 0; i < 10; ++i)
         if (const SettingState& setting = dice.oneOf(settings); !setting.isCommand) write(setting);
     counts.changesSeen += changes;

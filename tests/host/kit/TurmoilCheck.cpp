@@ -10,7 +10,7 @@ using namespace Quillmere::Host;
 TurmoilCheck::TurmoilCheck(LiveRun& liveRun, std::uint64_t samplesOfSource, bool mayLeaveSome)
     : run(liveRun), samples(samplesOfSource), leavesSome(mayLeaveSome) {
     for (const char* const reader : {"near", "far", "last"})
-        run.fire(std::string(reader) + ".Report");
+        run.getSettings().fire(std::string(reader) + ".Report");
     statistics = run.getStatistics();
     const std::uint64_t sent = sentBy("src");
     expect("sent by the source", sent, samples);
@@ -88,7 +88,7 @@ LiveStatistics::Link TurmoilCheck::linkTo(const std::string& input) const {
 }
 
 std::uint64_t TurmoilCheck::shownBy(const std::string& setting) {
-    return std::stoull(run.read(setting).value);
+    return std::stoull(run.getSettings().read(setting).value);
 }
 
 } // namespace Support

@@ -3,6 +3,7 @@
 #include "tests/host/kit/GraphFixture.h"
 
 #include "host/live/ControlException.h"
+#include "host/live/LiveClock.h"
 #include "host/live/LiveRun.h"
 
 #include <chrono>
@@ -74,8 +75,9 @@ TEST_F(LiveChangesTest, ABufferThatIsMadeMeanwhileIsEmptiedAtTheEnd) {
           "  - {id: gain, type: FilterGain, layout: b}\n"
           "  - {id: out, type: RecordingSink, layout: b, properties: {file: out.csv}}\n"
           "connections:\n  - {from: in, to: gain}\n  - {from: gain, to: out.x}\n");
-    live->detach("gain.input");
-    live->attach({.from = "in.x", .to = "gain.input", .buffer = kRows, .isNewestFirst = false});
+    live->getStructure().detach("gain.input");
+    live->getStructure().attach(
+        {.from = "in.x", .to = "gain.input", .buffer = kRows, .isNewestFirst = false});
     {
         // Its reader stands still until all has come and the run is over.
         const Synchronizer::DisablerLocker guard(&gateOf("gain"), nullptr);
@@ -96,10 +98,10 @@ TEST_F(LiveChangesTest, TheTimelineGoesWithTheSourceThatTellsItsTime) {
           "connections:\n  - {from: in, to: gain}\n  - {from: gain, to: out.x}\n"
           "timeline:\n  - {at: 1, set: {gain.Gain: 2}}\n  - {at: 3, set: {gain.Gain: 3}}\n");
     feed(rows(0, 2));
-    waitUntil([&] { return live->read("gain.Gain").value == "2"; });
-    live->move("in", "b");
+    waitUntil([&] { return live->getSettings().read("gain.Gain").value == "2"; });
+    live->getStructure().move("in", "b");
     feed(rows(2, 4));
-    waitUntil([&] { return live->read("gain.Gain").value == "3"; });
+    waitUntil([&] { return live->getSettings().read("gain.Gain").value == "3"; });
     pipe.close();
     EXPECT_EQ(linesOfResult().back(), "3,9");
 }
@@ -111,7 +113,7 @@ TEST_F(LiveChangesTest, ASourceThatIsMovedKeepsOneAccountOfWhatIsNotFinite) {
           "connections:\n  - {from: in, to: out.x}\n");
     feed("0,0\n1,nan\n");
     waitUntil([&] { return live->getProgress().rounds == 2; });
-    live->move("in", "b");
+    live->getStructure().move("in", "b");
     feed("2,nan\n3,nan\n");
     pipe.close();
     linesOfResult();

@@ -36,23 +36,23 @@ TEST_F(LiveDriveTest, WhoeverSaysSoEndsItWhateverStillDrives) {
     drive.end();
     EXPECT_TRUE(drive.getIsOver());
     EXPECT_FALSE(drive.getIsCut());
-    EXPECT_EQ(drive.getFailure(), "");
+    EXPECT_EQ(drive.getEnding().failure, "");
 }
 
 TEST_F(LiveDriveTest, ACutIsAnEndWithAReason) {
     drive.cut("no room");
     EXPECT_TRUE(drive.getIsCut());
     EXPECT_TRUE(drive.getIsOver());
-    EXPECT_EQ(drive.getFailure(), "no room");
+    EXPECT_EQ(drive.getEnding().failure, "no room");
     drive.cut("no paper");
-    EXPECT_EQ(drive.getFailure(), "no room") << "the first counts";
+    EXPECT_EQ(drive.getEnding().failure, "no room") << "the first counts";
 }
 
 TEST_F(LiveDriveTest, ARunThatDrainsCanBeCut) {
     drive.end();
     drive.cut("no room");
     EXPECT_TRUE(drive.getIsCut());
-    EXPECT_EQ(drive.getFailure(), "no room");
+    EXPECT_EQ(drive.getEnding().failure, "no room");
 }
 
 TEST_F(LiveDriveTest, EveryoneWhoWaitsHearsOfTheEnd) {
@@ -77,11 +77,11 @@ TEST_F(LiveDriveTest, OfManyWhoCutItAtOnceOneIsHeard) {
     for (const char* const reason : {"aaaaaaaaaaaaaaaaaaaa", "bbbbbbbbbbbbbbbbbbbb", "cccccccccccccccccccc"})
         cutting.emplace_back([this, reason] { drive.cut(reason); });
     drive.waitForEnd();
-    const std::string failure = drive.getFailure();
+    const std::string failure = drive.getEnding().failure;
     for (std::thread& thread : cutting)
         thread.join();
     EXPECT_EQ(failure, std::string(20, failure.at(0)));
-    EXPECT_EQ(drive.getFailure(), failure);
+    EXPECT_EQ(drive.getEnding().failure, failure);
 }
 
 } // namespace

@@ -92,6 +92,45 @@ TEST_F(LiveEndTest, AnInterruptLeavesEverythingWhereItIs) {
     EXPECT_THROW(liveRun->wait(), RunException) << "however often one asks";
 }
 
+TEST_F(LiveEndTest, ItsOutcomeTellsWhetherSomebodyHasEndedIt) {
+    start(kStraight);
+    pipe.write("0,1\n");
+    ASSERT_TRUE(waitForRows(1));
+    liveRun->interrupt("enough");
+    EXPECT_EQ(end(), "enough");
+    EXPECT_TRUE(liveRun->getOutcome().isInterrupted);
+    EXPECT_FALSE(liveRun->getOutcome().failedBlock.has_value());
+    EXPECT_TRUE(liveRun->getOutcome().hasBegun);
+}
+
+TEST_F(LiveEndTest, ItsOutcomeNamesTheBlockThatFailedAndWhatItFound) {
+    start(piped("  - {id: hot, layout: two, type: OddFailing, properties: {good: 0}}\n",
+                "  - {from: in, to: hot}\n  - {from: hot, to: out.x, buffer: 9}\n"));
+    pipe.write("0,1\n");
+    EXPECT_TRUE(end().starts_with("block 'hot' (OddFailing of "));
+    const RunOutcome& failed = liveRun->getOutcome();
+    ASSERT_TRUE(failed.failedBlock.has_value());
+    EXPECT_EQ(failed.failedBlock->block, "hot");
+    EXPECT_EQ(failed.failedBlock->type, "OddFailing");
+    EXPECT_FALSE(failed.isInterrupted);
+
+    folder.write("in.csv", "t,x\n0,one\n");
+    EXPECT_NE(runLive("format: 1\nblocks:\n" + sourceLine("file", "in.csv", "x: x") +
+                      sinkLine("out", "out.csv") + "connections: [{from: file, to: out.x}]\n"),
+              "");
+    const RunOutcome& unread = liveRun->getOutcome(); // at its first row, before any thread
+    ASSERT_TRUE(unread.failedBlock.has_value());
+    EXPECT_EQ(unread.failedBlock->block, "file");
+    ASSERT_EQ(unread.complaints.size(), 1u);
+    EXPECT_EQ(unread.complaints[0].where.line, 2);
+    try {
+        liveRun->wait();
+        ADD_FAILURE() << "nothing is raised";
+    } catch (const RunException& exception) {
+        EXPECT_EQ(exception.getComplaints().size(), 1u);
+    }
+}
+
 TEST_F(LiveEndTest, ARunForWhichNoThreadCanBeMadeFailsInAMessage) {
     prepare(kStraight);
     {

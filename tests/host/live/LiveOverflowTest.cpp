@@ -171,15 +171,16 @@ TEST_F(LiveOverflowTest, ALayoutThatWaitsGoesOnWhenItsLinkGoesOrStopsWaiting) {
     const struct {
         const char* name;
         void (*change)(LiveRun&);
-    } rows[] = {
-        {"detached", [](LiveRun& run) { run.detach("smooth.reset"); }},
-        {"moved together", [](LiveRun& run) { run.move("smooth", "one"); }},
-        {"made a loop", [](LiveRun& run) { run.attach({.from = "smooth.out", .to = "back.input"}); }}};
+    } rows[] = {{"detached", [](LiveRun& run) { run.getStructure().detach("smooth.reset"); }},
+                {"moved together", [](LiveRun& run) { run.getStructure().move("smooth", "one"); }},
+                {"made a loop", [](LiveRun& run) {
+                     run.getStructure().attach({.from = "smooth.out", .to = "back.input"});
+                 }}};
     for (const auto& row : rows) {
         Fifo pipe(folder.path("pipe"));
         pipe.write("t,x\n");
         prepare(heldBack(", overflow: wait"));
-        liveRun->add("back", "FilterGain", "one");
+        liveRun->getStructure().add("back", "FilterGain", "one");
         liveRun->start();
         EXPECT_LE(receivedAtRest("smooth.reset", 1), 2u);
         row.change(*liveRun);
@@ -234,11 +235,11 @@ TEST_F(LiveOverflowTest, LayoutsThatFeedEachOtherNeverWait) {
     EXPECT_EQ(complaintsOf(text(", overflow: wiat")),
               "g.yaml:10:36: found 'wiat'; expected drop or wait; did you mean wait?\n");
     prepare(text(""));
-    liveRun->detach("far.input");
-    liveRun->detach("sum.back");
-    liveRun->attach({.from = "sum.out", .to = "far.input", .overflow = Overflow::Wait});
+    liveRun->getStructure().detach("far.input");
+    liveRun->getStructure().detach("sum.back");
+    liveRun->getStructure().attach({.from = "sum.out", .to = "far.input", .overflow = Overflow::Wait});
     try {
-        liveRun->attach({.from = "far.output", .to = "sum.back", .overflow = Overflow::Wait});
+        liveRun->getStructure().attach({.from = "far.output", .to = "sum.back", .overflow = Overflow::Wait});
         ADD_FAILURE() << "no refusal";
     } catch (const ControlException& exception) {
         EXPECT_STREQ(exception.what(),

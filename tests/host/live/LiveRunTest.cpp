@@ -174,25 +174,25 @@ TEST_F(SleepTest, HalfARowWakesNobodyForAPass) {
 TEST_F(SleepTest, ASettingWakesTheLayoutOfItsBlockAndNoOther) {
     const std::uint64_t near = stepsAtRest("near");
     const std::uint64_t far = stepsAtRest("far");
-    liveRun->write("far.Gain", "3");
+    liveRun->getSettings().write("far.Gain", "3");
     EXPECT_TRUE(waitUntil([&] { return blockStatistics("far").steps > far; }));
     EXPECT_EQ(stepsAtRest("far"), far + 1) << "for one pass";
     EXPECT_EQ(blockStatistics("near").steps, near);
-    EXPECT_THROW(liveRun->write("far.Gain", "much"), ControlException);
+    EXPECT_THROW(liveRun->getSettings().write("far.Gain", "much"), ControlException);
     EXPECT_EQ(stepsAtRest("far"), far + 1) << "what is refused wakes nobody";
 }
 
 TEST_F(SleepTest, ACommandWakesTheLayoutOfItsBlock) {
     const std::uint64_t far = stepsAtRest("far");
-    liveRun->fire("count.Reset");
+    liveRun->getSettings().fire("count.Reset");
     EXPECT_TRUE(waitUntil([&] { return blockStatistics("far").steps > far; }));
 }
 
 TEST_F(SleepTest, ReadingAndListingWakeNobody) {
     const std::uint64_t far = stepsAtRest("far");
-    EXPECT_EQ(liveRun->read("far.Gain").value, "1");
-    EXPECT_FALSE(liveRun->list().empty());
-    const auto watch = liveRun->observe("far.*", [](const SettingState&) {});
+    EXPECT_EQ(liveRun->getSettings().read("far.Gain").value, "1");
+    EXPECT_FALSE(liveRun->getSettings().list().empty());
+    const auto watch = liveRun->getSettings().observe("far.*", [](const SettingState&) {});
     EXPECT_EQ(stepsAtRest("far"), far);
 }
 

@@ -40,8 +40,8 @@ protected:
         return "no refusal";
     }
     std::string valueAfterWriting(const std::string& name, const std::string& value) {
-        liveRun->write(name, value);
-        return liveRun->read(name).value;
+        liveRun->getSettings().write(name, value);
+        return liveRun->getSettings().read(name).value;
     }
 
     Fifo pipe;
@@ -49,7 +49,7 @@ protected:
 
 TEST_F(LiveSettingsTest, AListHasEverythingInTheOrderOfTheFile) {
     std::vector<std::string> lines;
-    for (const SettingState& setting : liveRun->list())
+    for (const SettingState& setting : liveRun->getSettings().list())
         lines.push_back(setting.name + " = " + setting.value + " (" + setting.expected + ")" +
                         (setting.isCommand ? " command" : "") + (setting.isWritable ? "" : " locked"));
     EXPECT_EQ(lines, (std::vector<std::string>{
@@ -65,17 +65,17 @@ TEST_F(LiveSettingsTest, AListHasEverythingInTheOrderOfTheFile) {
 
 TEST_F(LiveSettingsTest, AStateHasTheValueItselfBesideItsText) {
     using Held = PropertyDescription::Held;
-    liveRun->write("odd.matrix", "[[1, 2], [3, 4]]");
+    liveRun->getSettings().write("odd.matrix", "[[1, 2], [3, 4]]");
     const Quillmere::Core::MatrixXd matrix{{1, 2}, {3, 4}};
     const std::pair<const char*, Held> rows[] = {{"odd.flag", false},        {"odd.whole", std::int64_t{0}},
                                                  {"odd.ranged.number", 0.5}, {"odd.choice", std::int64_t{0}},
                                                  {"odd.matrix", matrix},     {"odd.Reset", std::monostate{}}};
     for (const auto& [name, held] : rows)
-        EXPECT_TRUE(liveRun->read(name).held == held) << name;
+        EXPECT_TRUE(liveRun->getSettings().read(name).held == held) << name;
     std::vector<Held> seen;
-    const auto watch =
-        liveRun->observe("odd.number", [&](const SettingState& setting) { seen.push_back(setting.held); });
-    liveRun->write("odd.number", "2.5");
+    const auto watch = liveRun->getSettings().observe(
+        "odd.number", [&](const SettingState& setting) { seen.push_back(setting.held); });
+    liveRun->getSettings().write("odd.number", "2.5");
     ASSERT_EQ(seen.size(), 1u);
     EXPECT_EQ(std::get<double>(seen.front()), 2.5);
 }
@@ -94,7 +94,7 @@ TEST_F(LiveSettingsTest, PatternsChoose) {
                   "odd.choice", "odd.matrix", "odd.locked", "odd.unlock", "odd.Reset", "g.Gain"}}};
     for (const auto& row : rows) {
         std::vector<std::string> names;
-        for (const SettingState& setting : liveRun->list(row.pattern))
+        for (const SettingState& setting : liveRun->getSettings().list(row.pattern))
             names.push_back(setting.name);
         EXPECT_EQ(names, row.names) << row.pattern;
     }
@@ -108,11 +108,12 @@ TEST_F(LiveSettingsTest, AFullNameIsFoundWhateverItHolds) {
         "format: 1\nblocks:\n" + sourceLine("in", "pipe", "x: x") + sinkLine("out", "out.csv") +
         "  - {id: three, type: OddThrice}\nconnections: [{from: in, to: three}, {from: three, to: out.x}]\n");
     const std::string name = "three.rise [units]"; // brackets are a set of letters in a pattern
-    const std::vector<SettingState> found = liveRun->list(name);
+    const std::vector<SettingState> found = liveRun->getSettings().list(name);
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found.front().name, name);
     std::string heard;
-    const auto watch = liveRun->observe(name, [&](const SettingState& state) { heard = state.value; });
+    const auto watch =
+        liveRun->getSettings().observe(name, [&](const SettingState& state) { heard = state.value; });
     EXPECT_EQ(valueAfterWriting(name, "2"), "2");
     EXPECT_EQ(heard, "2");
 }
@@ -130,15 +131,15 @@ TEST_F(LiveSettingsTest, ValuesAreWrittenAsInAGraphFile) {
     EXPECT_EQ(valueAfterWriting("odd.choice", "1"), "HiPass") << "an index";
     EXPECT_EQ(valueAfterWriting("odd.matrix", "[[1, 2], [3, 4.5]]"), "[[1, 2], [3, 4.5]]");
     EXPECT_EQ(valueAfterWriting("odd.unlock", "true"), "true");
-    EXPECT_TRUE(liveRun->read("odd.locked").isWritable) << "the block has opened it";
+    EXPECT_TRUE(liveRun->getSettings().read("odd.locked").isWritable) << "the block has opened it";
     EXPECT_EQ(valueAfterWriting("odd.locked", "3"), "3");
-    EXPECT_NO_THROW(liveRun->fire("odd.Reset"));
+    EXPECT_NO_THROW(liveRun->getSettings().fire("odd.Reset"));
 }
 
 TEST_F(LiveSettingsTest, AWriteActsOnTheNextSample) {
     pipe.write("0,2\n");
     ASSERT_TRUE(waitUntil([&] { return linkStatistics("out.x").taken == 1; }));
-    liveRun->write("g.Gain", "-3");
+    liveRun->getSettings().write("g.Gain", "-3");
     pipe.write("1,2\n");
     pipe.close();
     EXPECT_EQ(end(), "");
@@ -183,20 +184,20 @@ TEST_F(LiveSettingsTest, ARefusedWriteAnswersWithTheSettingsOwnWordsAndChangesNo
         {"", "1", "found ''; expected BLOCK.SETTING"},
     };
     std::vector<std::string> before;
-    for (const SettingState& setting : liveRun->list())
+    for (const SettingState& setting : liveRun->getSettings().list())
         before.push_back(setting.value);
     for (const auto& row : rows)
-        EXPECT_EQ(refusalOf([&] { liveRun->write(row.name, row.value); }), row.refusal)
+        EXPECT_EQ(refusalOf([&] { liveRun->getSettings().write(row.name, row.value); }), row.refusal)
             << row.name << " = " << row.value;
     std::vector<std::string> after;
-    for (const SettingState& setting : liveRun->list())
+    for (const SettingState& setting : liveRun->getSettings().list())
         after.push_back(setting.value);
     EXPECT_EQ(after, before);
 }
 
 TEST_F(LiveSettingsTest, AValueThatWouldNotEndIsRefusedAndTheRunGoesOn) {
     const auto refusal = [&](const std::string& value) {
-        return refusalOf([&] { liveRun->write("odd.matrix", value); });
+        return refusalOf([&] { liveRun->getSettings().write("odd.matrix", value); });
     };
     EXPECT_EQ(refusal("&x [*x]"),
               "found a value that contains itself; expected a reference to a value that has ended");
@@ -213,26 +214,28 @@ TEST_F(LiveSettingsTest, AValueThatWouldNotEndIsRefusedAndTheRunGoesOn) {
 }
 
 TEST_F(LiveSettingsTest, OtherRefusals) {
-    EXPECT_EQ(refusalOf([&] { liveRun->fire("odd.whole"); }),
+    EXPECT_EQ(refusalOf([&] { liveRun->getSettings().fire("odd.whole"); }),
               "found the setting 'odd.whole'; expected a command, which is fired, not set");
-    EXPECT_EQ(refusalOf([&] { liveRun->fire("g.Reset"); }),
+    EXPECT_EQ(refusalOf([&] { liveRun->getSettings().fire("g.Reset"); }),
               "found the setting 'Reset' of 'g'; expected one of Gain");
-    EXPECT_EQ(refusalOf([&] { static_cast<void>(liveRun->read("g.gain")); }),
+    EXPECT_EQ(refusalOf([&] { static_cast<void>(liveRun->getSettings().read("g.gain")); }),
               "found the setting 'gain' of 'g'; expected one of Gain; did you mean Gain?");
-    EXPECT_EQ(refusalOf([&] { static_cast<void>(liveRun->observe("h.*", [](const SettingState&) {})); }),
+    EXPECT_EQ(refusalOf([&] {
+                  static_cast<void>(liveRun->getSettings().observe("h.*", [](const SettingState&) {}));
+              }),
               "found no setting that 'h.*' matches; expected one at least");
 }
 
 TEST_F(LiveSettingsTest, AnObserverHearsOfRealChanges) {
     std::vector<std::string> heard;
-    const auto watch = liveRun->observe("odd.*", [&](const SettingState& setting) {
+    const auto watch = liveRun->getSettings().observe("odd.*", [&](const SettingState& setting) {
         heard.push_back(setting.name + " = " + setting.value + (setting.isWritable ? "" : " locked"));
     });
-    liveRun->write("odd.whole", "4");
-    liveRun->write("odd.whole", "4");
-    liveRun->write("g.Gain", "4");
-    EXPECT_THROW(liveRun->write("odd.ranged whole", "11"), ControlException);
-    liveRun->write("odd.unlock", "true");
+    liveRun->getSettings().write("odd.whole", "4");
+    liveRun->getSettings().write("odd.whole", "4");
+    liveRun->getSettings().write("g.Gain", "4");
+    EXPECT_THROW(liveRun->getSettings().write("odd.ranged whole", "11"), ControlException);
+    liveRun->getSettings().write("odd.unlock", "true");
     EXPECT_EQ(heard, (std::vector<std::string>{"odd.whole = 4", "odd.locked = 0", "odd.unlock = true"}))
         << "the block's handler goes first, and opens another setting";
 }
@@ -247,11 +250,11 @@ TEST_F(LiveSettingsTest, AnObserverHearsOfEveryWriteOfEveryThreadAndOfNoneWhenIt
         ++heard;
         if (isGone) ++heardTooLate;
     };
-    auto watch = liveRun->observe("*", handler);
+    auto watch = liveRun->getSettings().observe("*", handler);
     const auto writeFrom = [&](int writer) {
         const std::string name = writer % 2 == 0 ? "g.Gain" : "odd.number";
         for (int i = 0; i < kWrites; ++i)
-            liveRun->write(name, std::to_string(2 + writer * kWrites + i)); // no value twice
+            liveRun->getSettings().write(name, std::to_string(2 + writer * kWrites + i)); // no value twice
     };
     std::vector<std::thread> writers;
     for (int i = 0; i < kWriters; ++i)
@@ -308,17 +311,17 @@ protected:
 };
 
 TEST_F(LiveRateTest, AFrequencyIsConvertedByTheRateThatTheGraphStates) {
-    EXPECT_EQ(liveRun->read("even.RelativeCutOffFreq").value, "0.08");
-    liveRun->write("even.RelativeCutOffFreq", "5 Hz");
-    EXPECT_EQ(liveRun->read("even.RelativeCutOffFreq").value, "0.1");
+    EXPECT_EQ(liveRun->getSettings().read("even.RelativeCutOffFreq").value, "0.08");
+    liveRun->getSettings().write("even.RelativeCutOffFreq", "5 Hz");
+    EXPECT_EQ(liveRun->getSettings().read("even.RelativeCutOffFreq").value, "0.1");
     try {
-        liveRun->write("other.RelativeCutOffFreq", "5 Hz");
+        liveRun->getSettings().write("other.RelativeCutOffFreq", "5 Hz");
         FAIL() << "a rate that nobody knows";
     } catch (const ControlException& exception) {
         EXPECT_NE(std::string(exception.what()).find("can't be known before the run"), std::string::npos)
             << exception.what();
     }
-    EXPECT_EQ(liveRun->read("other.RelativeCutOffFreq").value, "0.05");
+    EXPECT_EQ(liveRun->getSettings().read("other.RelativeCutOffFreq").value, "0.05");
 }
 
 } // namespace

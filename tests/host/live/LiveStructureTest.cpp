@@ -68,7 +68,7 @@ TEST_F(LiveStructureTest, BlocksMoveToAnotherLayoutAndBackWhileSamplesCome) {
     sendNext();
     for (const char* const block : {"g", "in", "out", "g", "out", "in"}) {
         const std::string to = layoutOf(block) == "one" ? "two" : "one";
-        liveRun->move(block, to);
+        liveRun->getStructure().move(block, to);
         EXPECT_EQ(layoutOf(block), to);
         sendNext();
         sendNext();
@@ -87,7 +87,7 @@ TEST_F(LiveStructureTest, WhatIsInFlightOnAMovedBlocksLinksIsLostAndCounted) {
     send("0,1\n");
     send("1,2\n");
     ASSERT_EQ(linkStatistics("out.x").waiting, 4u) << "the sink takes one a round";
-    liveRun->move("out", "two");
+    liveRun->getStructure().move("out", "two");
     const LiveStatistics::Link link = linkStatistics("out.x");
     EXPECT_EQ(link.received, 6u);
     EXPECT_EQ(link.taken, 2u);
@@ -105,23 +105,23 @@ TEST_F(LiveStructureTest, WhatIsInFlightOnAMovedBlocksLinksIsLostAndCounted) {
 
 TEST_F(LiveStructureTest, RefusedMoves) {
     startPiped();
-    EXPECT_EQ(refusalOf([&] { liveRun->move("h", "two"); }),
+    EXPECT_EQ(refusalOf([&] { liveRun->getStructure().move("h", "two"); }),
               "found the block 'h'; expected one of in, g and out");
-    EXPECT_EQ(refusalOf([&] { liveRun->move("g", "tow"); }),
+    EXPECT_EQ(refusalOf([&] { liveRun->getStructure().move("g", "tow"); }),
               "found the layout 'tow'; expected one of one and two; did you mean two?");
-    EXPECT_EQ(refusalOf([&] { liveRun->move("g", "one"); }), "no refusal") << "where it is";
+    EXPECT_EQ(refusalOf([&] { liveRun->getStructure().move("g", "one"); }), "no refusal") << "where it is";
     EXPECT_EQ(layoutOf("g"), "one");
 }
 
 TEST_F(LiveStructureTest, TheClockOfALayoutStays) {
     start(kLayouts + "  - {id: gen, type: OddGenerator}\n  - {id: other, type: OddGenerator}\n" +
           sinkLine("out", "out.csv") + "connections: [{from: gen, to: out.x}, {from: other, to: out.y}]\n");
-    EXPECT_EQ(refusalOf([&] { liveRun->move("gen", "two"); }),
+    EXPECT_EQ(refusalOf([&] { liveRun->getStructure().move("gen", "two"); }),
               "found the block 'gen', which is the clock of 'one'; expected a block that another one drives");
-    EXPECT_EQ(refusalOf([&] { liveRun->move("other", "two"); }), "no refusal");
+    EXPECT_EQ(refusalOf([&] { liveRun->getStructure().move("other", "two"); }), "no refusal");
     EXPECT_TRUE(waitUntil([&] { return linkStatistics("out.y").taken > 100; })) << "it is a clock itself now";
     EXPECT_EQ(
-        refusalOf([&] { liveRun->move("other", "one"); }),
+        refusalOf([&] { liveRun->getStructure().move("other", "one"); }),
         "found the block 'other', which is the clock of 'two'; expected a block that another one drives");
     liveRun->stop();
     EXPECT_EQ(end(), "");
@@ -132,8 +132,8 @@ TEST_F(LiveStructureTest, AGeneratorThatIsAddedIsOneMoreThatTheRunWaitsFor) {
     start(kLayouts + "  - {id: gen, type: FilterFunctionGenerator, properties: " + ramp + "}\n" +
               sinkLine("out", "out.csv") + "connections: [{from: gen, to: out.x}]\n",
           {.speed = 100.0}, {.rounds = {}, .seconds = 1000.0});
-    liveRun->add("late", "FilterFunctionGenerator", "two");
-    liveRun->write("late.SampleRate", "1000"); // its next step is its last
+    liveRun->getStructure().add("late", "FilterFunctionGenerator", "two");
+    liveRun->getSettings().write("late.SampleRate", "1000"); // its next step is its last
     std::uint64_t steps = 0;
     EXPECT_TRUE(waitUntil([&] {
         const std::uint64_t before = std::exchange(steps, blockStatistics("late").steps);
@@ -148,16 +148,16 @@ TEST_F(LiveStructureTest, AGeneratorThatIsAddedIsOneMoreThatTheRunWaitsFor) {
 TEST_F(LiveStructureTest, LinksAreTakenDownAndMadeWhileSamplesCome) {
     startPiped();
     send("0,1\n");
-    liveRun->detach("out.x");
+    liveRun->getStructure().detach("out.x");
     EXPECT_EQ(linkStatistics("out.x").from, "") << "its counts stay";
     EXPECT_EQ(linkStatistics("out.x").received, 1u);
     send("1,2\n", "g.input");
-    liveRun->attach({.from = "in.x", .to = "out.x"});
+    liveRun->getStructure().attach({.from = "in.x", .to = "out.x"});
     EXPECT_EQ(linkStatistics("out.x").from, "in.x");
-    liveRun->write("g.Gain", "100");
+    liveRun->getSettings().write("g.Gain", "100");
     send("2,3\n");
-    liveRun->detach("out.x");
-    liveRun->attach({.from = "g.output", .to = "out.x", .buffer = 9});
+    liveRun->getStructure().detach("out.x");
+    liveRun->getStructure().attach({.from = "g.output", .to = "out.x", .buffer = 9});
     send("3,4\n");
     liveRun->stop();
     EXPECT_EQ(end(), "");
@@ -167,8 +167,8 @@ TEST_F(LiveStructureTest, LinksAreTakenDownAndMadeWhileSamplesCome) {
 TEST_F(LiveStructureTest, ALinkTakesItsBufferAndItsOrder) {
     start(kLayouts + sourceLine("in", "pipe", "x: x") + "  - {id: three, type: OddThrice}\n" +
           sinkLine("out", "out.csv") + "connections: [{from: in, to: three}, {from: in, to: out.x}]\n");
-    liveRun->detach("out.x");
-    liveRun->attach({.from = "three.out", .to = "out.x", .buffer = 2, .isNewestFirst = true});
+    liveRun->getStructure().detach("out.x");
+    liveRun->getStructure().attach({.from = "three.out", .to = "out.x", .buffer = 2, .isNewestFirst = true});
     send("0,1\n");
     EXPECT_EQ(linkStatistics("out.x").lost, 1u) << "of three the oldest";
     liveRun->stop();
@@ -192,31 +192,32 @@ TEST_F(LiveStructureTest, RefusedLinks) {
          "found the output 'x' of 'out'; expected something that is there"},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(refusalOf([&] { liveRun->attach(row.request); }), row.refusal)
+        EXPECT_EQ(refusalOf([&] { liveRun->getStructure().attach(row.request); }), row.refusal)
             << row.request.from << " to " << row.request.to;
-    EXPECT_EQ(refusalOf([&] { liveRun->detach("out.y"); }),
+    EXPECT_EQ(refusalOf([&] { liveRun->getStructure().detach("out.y"); }),
               "found the input 'y' of 'out'; expected one of x");
-    liveRun->detach("out.x");
-    EXPECT_EQ(refusalOf([&] { liveRun->detach("out.x"); }),
+    liveRun->getStructure().detach("out.x");
+    EXPECT_EQ(refusalOf([&] { liveRun->getStructure().detach("out.x"); }),
               "found the input 'out.x', which has no link; expected one that has");
-    EXPECT_EQ(refusalOf([&] { liveRun->attach({.from = "g.output", .to = "out.x", .buffer = 0}); }),
-              "found a buffer of 0; expected 1 sample at least");
-    liveRun->attach({.from = "g.output", .to = "out.x"});
+    EXPECT_EQ(
+        refusalOf([&] { liveRun->getStructure().attach({.from = "g.output", .to = "out.x", .buffer = 0}); }),
+        "found a buffer of 0; expected 1 sample at least");
+    liveRun->getStructure().attach({.from = "g.output", .to = "out.x"});
     send("0,1\n");
 }
 
 TEST_F(LiveStructureTest, ABlockIsAddedBetweenTwoOthers) {
     startPiped();
     send("0,1\n");
-    liveRun->add("h", "FilterGain", "two");
+    liveRun->getStructure().add("h", "FilterGain", "two");
     EXPECT_EQ(layoutOf("h"), "two");
-    liveRun->write("h.Gain", "-1");
-    EXPECT_EQ(liveRun->list("h.*").size(), 1u);
-    liveRun->attach({.from = "in.x", .to = "h.input", .buffer = 9});
-    liveRun->detach("out.x");
-    liveRun->attach({.from = "h.output", .to = "out.x", .buffer = 9});
+    liveRun->getSettings().write("h.Gain", "-1");
+    EXPECT_EQ(liveRun->getSettings().list("h.*").size(), 1u);
+    liveRun->getStructure().attach({.from = "in.x", .to = "h.input", .buffer = 9});
+    liveRun->getStructure().detach("out.x");
+    liveRun->getStructure().attach({.from = "h.output", .to = "out.x", .buffer = 9});
     send("1,2\n");
-    liveRun->move("h", "one");
+    liveRun->getStructure().move("h", "one");
     send("2,3\n");
     liveRun->stop();
     EXPECT_EQ(end(), "");
@@ -226,21 +227,22 @@ TEST_F(LiveStructureTest, ABlockIsAddedBetweenTwoOthers) {
 
 TEST_F(LiveStructureTest, RefusedBlocks) {
     startPiped();
-    EXPECT_EQ(refusalOf([&] { liveRun->add("g", "FilterGain", "one"); }),
+    EXPECT_EQ(refusalOf([&] { liveRun->getStructure().add("g", "FilterGain", "one"); }),
               "found the id 'g' a second time; expected an id of its own");
-    EXPECT_EQ(refusalOf([&] { liveRun->add("h", "FilterGain", "three"); }),
+    EXPECT_EQ(refusalOf([&] { liveRun->getStructure().add("h", "FilterGain", "three"); }),
               "found the layout 'three'; expected one of one and two");
     for (const char* const id : {"", "a.b", "a b"})
-        EXPECT_EQ(refusalOf([&] { liveRun->add(id, "FilterGain", "one"); }),
+        EXPECT_EQ(refusalOf([&] { liveRun->getStructure().add(id, "FilterGain", "one"); }),
                   "found the id '" + std::string(id) + "'; expected letters, digits, '_' and '-'");
     EXPECT_TRUE(refusalOf([&] {
-                    liveRun->add("h", "FilterGian", "one");
+                    liveRun->getStructure().add("h", "FilterGian", "one");
                 }).starts_with("found the block type 'FilterGian'; expected one of Filter"));
-    EXPECT_TRUE(
-        refusalOf([&] { liveRun->add("h", "FilterGian", "one"); }).ends_with("; did you mean FilterGain?"));
+    EXPECT_TRUE(refusalOf([&] {
+                    liveRun->getStructure().add("h", "FilterGian", "one");
+                }).ends_with("; did you mean FilterGain?"));
     for (const char* const type : {"RecordingSource", "RecordingSink"})
         EXPECT_TRUE(refusalOf([&] {
-                        liveRun->add("h", type, "one");
+                        liveRun->getStructure().add("h", type, "one");
                     }).starts_with("found the block type '" + std::string(type) + "'; expected one of"))
             << "it would have to be told what it reads or writes";
     EXPECT_EQ(liveRun->getStatistics().blocks.size(), 3u);
@@ -251,10 +253,10 @@ TEST_F(LiveStructureTest, AResultWhoseOtherSenderIsGoneWaitsForItNoMore) {
           "  - {id: never, type: FilterGain, layout: two}\n" + sinkLine("out", "out.csv", "two") +
           "connections: [{from: in, to: g}, {from: g, to: out.x}, {from: g, to: never}, {from: never, to: "
           "out.y, buffer: 2}]\n");
-    liveRun->detach("never.input");
+    liveRun->getStructure().detach("never.input");
     send("0,1\n");
     EXPECT_EQ(graphOfRun().getSinks().at(0)->getRows(), 0u) << "the row waits for the second pin";
-    liveRun->detach("out.y");
+    liveRun->getStructure().detach("out.y");
     EXPECT_TRUE(waitUntil([&] { return blockStatistics("out").steps >= 2; }));
     liveRun->stop();
     EXPECT_EQ(end(), "");
@@ -275,7 +277,7 @@ protected:
                   sinkLine("out", "out.csv") +
                   "connections: [{from: noise, to: g, buffer: 3}, {from: g, to: out.x}, {from: g, to: h}]\n",
               {.speed = 1.0});
-        liveRun->detach("h.input");
+        liveRun->getStructure().detach("h.input");
     }
     /// Either nothing has changed and the run goes on, or something has and it ends. Tells how often it was
     /// which.
@@ -305,8 +307,8 @@ protected:
 };
 
 TEST_F(ShortOfMemory, AMoveIsMadeForAllLayoutsOrEndsTheRun) {
-    const auto [unchanged, ended] =
-        failEach([&] { liveRun->move("g", "two"); }, [&] { return blockStatistics("g").layout == "two"; });
+    const auto [unchanged, ended] = failEach([&] { liveRun->getStructure().move("g", "two"); },
+                                             [&] { return blockStatistics("g").layout == "two"; });
     EXPECT_GT(unchanged, 0);
     EXPECT_GT(ended, 5);
 }
@@ -320,7 +322,7 @@ TEST_F(ShortOfMemory, ALinkIsMadeForAllLayoutsOrEndsTheRun) {
                                       .buffer = 7,
                                       .isNewestFirst = true,
                                       .overflow = Overflow::Drop};
-            liveRun->attach(request);
+            liveRun->getStructure().attach(request);
         },
         [&] {
             EXPECT_TRUE(!isLinked() || (inputOf(2).getBufferCapacity() == 7 && inputOf(2).getIsLifo()));
@@ -331,8 +333,9 @@ TEST_F(ShortOfMemory, ALinkIsMadeForAllLayoutsOrEndsTheRun) {
 }
 
 TEST_F(ShortOfMemory, ABlockIsAddedForAllLayoutsOrEndsTheRun) {
-    const auto [unchanged, ended] = failEach([&] { liveRun->add("late", "FilterGain", "two"); },
-                                             [&] { return liveRun->getStatistics().blocks.size() > 4; });
+    const auto [unchanged, ended] =
+        failEach([&] { liveRun->getStructure().add("late", "FilterGain", "two"); },
+                 [&] { return liveRun->getStatistics().blocks.size() > 4; });
     EXPECT_GT(unchanged, 5);
     EXPECT_GT(ended, 5);
 }
@@ -353,7 +356,7 @@ TEST_F(LiveStructureTest, NothingIsTouchedTwiceWhileEverythingMoves) {
         const char* const blocks[] = {"in", "out", "g", "second", "other", "h"};
         while (liveRun->getState() < LiveRun::State::Ended) {
             seed = seed * 1664525u + 1013904223u;
-            liveRun->move(blocks[(seed >> 16) % 6], (seed >> 24) % 2 == 0 ? "one" : "two");
+            liveRun->getStructure().move(blocks[(seed >> 16) % 6], (seed >> 24) % 2 == 0 ? "one" : "two");
         }
     };
     std::thread first(moveOn, 1u);
@@ -380,8 +383,8 @@ TEST_F(LiveStructureTest, LinksMayChangeWhileTheRunEnds) {
         const std::chrono::microseconds pause{i % 5 == 0 ? 0 : 40 * i};
         std::thread changer([&] {
             while (!isEnding) {
-                liveRun->detach("out.y");
-                liveRun->attach({.from = "g.output", .to = "out.y", .buffer = 9});
+                liveRun->getStructure().detach("out.y");
+                liveRun->getStructure().attach({.from = "g.output", .to = "out.y", .buffer = 9});
                 if (pause.count() > 0) std::this_thread::sleep_for(pause);
             }
         });

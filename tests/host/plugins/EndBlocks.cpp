@@ -7,6 +7,7 @@
 #include "host/ends/Source.h"
 #include "plugin/PluginEntry.h"
 
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -80,7 +81,7 @@ public:
                    Complaints& complaints) override {
         for (const GraphDescription::Setting& setting : description.settings)
             if (setting.name == "into")
-                file = folder + "/" + toText(setting.value, complaints).value_or("");
+                file = std::filesystem::path(folder) / toText(setting.value, complaints).value_or("");
             else
                 refuseSetting(setting, complaints);
     }
@@ -103,7 +104,7 @@ public:
 
 private:
     InputPin<MatrixXd> in;
-    std::string file;
+    std::filesystem::path file;
     double sum = 0.0;
     Tally rows;
     bool isComplete = false;

@@ -73,7 +73,7 @@ TEST_F(EndPluginTest, NeitherIsAddedToARunThatIsOn) {
     prepare(graph("to: 3"));
     for (const std::string type : {"CountingSource", "SummingSink"})
         try {
-            liveRun->add("more", type, "main");
+            liveRun->getStructure().add("more", type, "main");
             ADD_FAILURE() << type;
         } catch (const Quillmere::Host::HostException& exception) {
             EXPECT_EQ(exception.what(),

@@ -50,7 +50,7 @@ protected:
         reader->select({0, 1});
         double row[2];
         EXPECT_EQ(reader->takeRow(row), RecordingReader::Row::Faulty) << text;
-        return reader->getFault().substr(folder.path("").size());
+        return reader->getFault().getText().substr(folder.path("").size());
     }
 
     const Support::TemporaryFolder folder;

@@ -438,7 +438,8 @@ TEST(CsvReader, FaultsMayBeAskedForInsteadOfRaised) {
     double row[3] = {};
     ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Faulty);
     EXPECT_TRUE(reader.getHasAllCells());
-    EXPECT_EQ(reader.getFault(), path + ":2: column 'x': found \"oops\"; expected a number") << "the first";
+    EXPECT_EQ(reader.getFault().getText(), path + ":2: column 'x': found \"oops\"; expected a number")
+        << "the first";
     EXPECT_TRUE(agree(row[0], 0.0, same));
     EXPECT_TRUE(agree(row[1], kNan, same));
     EXPECT_TRUE(agree(row[2], kNan, same));
@@ -449,7 +450,7 @@ TEST(CsvReader, FaultsMayBeAskedForInsteadOfRaised) {
     EXPECT_EQ(row[2], 5.0);
     ASSERT_EQ(reader.takeRow(row), CsvReader::Row::Faulty);
     EXPECT_FALSE(reader.getHasAllCells()) << "although a bad cell was found first";
-    EXPECT_EQ(reader.getFault(), path + ":5: column 'x': found \"a\"; expected a number");
+    EXPECT_EQ(reader.getFault().getText(), path + ":5: column 'x': found \"a\"; expected a number");
     EXPECT_EQ(reader.takeRow(row), CsvReader::Row::End);
 }
 

@@ -319,7 +319,7 @@ TEST_F(Hdf5Form, AFaultyCellIsToldWithItsPlace) {
     reader->takeRow(row);
     EXPECT_EQ(reader->getPlace(), path + ": imu/acc: row 2");
     EXPECT_EQ(reader->getRowText(), "\"3,4.5\"");
-    EXPECT_EQ(reader->getFaultOfCell(1, "a time in seconds"),
+    EXPECT_EQ(reader->getFaultOfCell(1, "a time in seconds").getText(),
               path + ": imu/acc: row 2: column '2': found 4.5; expected a time in seconds");
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/GeneratorClock.h"
 
+#include "host/run/RunOutcome.h"
+
 #include <Poco/Timestamp.h>
 #include <gtest/gtest.h>
 

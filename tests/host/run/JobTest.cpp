@@ -2,8 +2,11 @@
 #include "host/run/Job.h"
 
 #include "host/live/LiveRun.h"
+#include "host/recording/ResultFile.h"
 #include "tests/host/kit/Fifo.h"
 #include "tests/host/kit/GraphFixture.h"
+
+#include <sys/stat.h>
 
 #include <optional>
 #include <string>
@@ -122,6 +125,47 @@ TEST_F(JobTest, WhatIsDoubtfulBeforeTheRunIsInItsOutcomeAndRefusedWhenStrict) {
     EXPECT_TRUE(done.doubts[0].text.starts_with("the graph has no sink")) << done.doubts[0].text;
     isStrict = true;
     EXPECT_NE(refusalOf(jobOf(text)).find("the graph has no sink"), std::string::npos);
+}
+
+TEST_F(JobTest, AResultThatCantBeBegunIsAnOutcome) {
+    const ResultFile others(folder.path("out.csv"));
+    const RunOutcome refused = jobOf(kRecorded).run();
+    EXPECT_EQ(withoutFolder(refused.failure), "out.csv.partial: another run is writing this result");
+    EXPECT_FALSE(refused.getIsWhole());
+    EXPECT_FALSE(refused.hasBegun);
+    EXPECT_FALSE(refused.isInterrupted);
+    ASSERT_TRUE(refused.failedBlock.has_value());
+    EXPECT_EQ(refused.failedBlock->block, "out");
+    EXPECT_TRUE(refused.results.empty());
+    LiveRun live(jobOf(kRecorded));
+    live.start();
+    EXPECT_EQ(live.getState(), LiveRun::State::Failed);
+    EXPECT_FALSE(live.getOutcome().hasBegun);
+    EXPECT_THROW(live.wait(), RunException);
+}
+
+TEST_F(JobTest, WhoWaitsForAReaderAndIsStoppedWasInterrupted) {
+    ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    stop.request_stop();
+    const RunOutcome ended =
+        jobOf(kRecorded, {.outputs = {{"out", folder.path("pipe"), "--output"}}}).run(stop.get_token());
+    EXPECT_EQ(ended.failure, "interrupted");
+    EXPECT_FALSE(ended.hasBegun);
+    EXPECT_TRUE(ended.isInterrupted);
+    EXPECT_FALSE(ended.failedBlock.has_value());
+}
+
+TEST_F(JobTest, AFailureHasItsParts) {
+    folder.write("in.csv", "t,x\n0,1\n1,three\n");
+    const RunOutcome failed = jobOf(kRecorded).run();
+    ASSERT_EQ(failed.complaints.size(), 1u);
+    EXPECT_EQ(withoutFolder(failed.complaints[0].where.file), "in.csv");
+    EXPECT_EQ(failed.complaints[0].where.line, 3);
+    EXPECT_EQ(failed.complaints[0].part, "column 'x'");
+    EXPECT_NE(failed.complaints[0].found.find("three"), std::string::npos) << failed.complaints[0].found;
+    EXPECT_NE(failed.complaints[0].expected, "");
+    ASSERT_TRUE(failed.failedBlock.has_value());
+    EXPECT_EQ(failed.failedBlock->block, "in");
 }
 
 TEST_F(JobTest, ItRunsOnce) {

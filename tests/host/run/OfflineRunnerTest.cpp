@@ -92,7 +92,8 @@ TEST_F(OfflineRunnerTest, AClockThatStampsTheWallClockHasNoStreamTimeToGive) {
     limit.rounds = 3;
     Job job = jobOf(text, {}, limit);
     EXPECT_THROW(job.run(), GraphException) << "before it runs, where the generator's type is known";
-    job.getGraph().openSinks();
+    for (Sink* const sink : job.getGraph().getSinks())
+        sink->open();
     const std::string failure = OfflineRunner(job.getGraph(), limit).run({}).failure;
     EXPECT_NE(
         failure.find(

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/RunEnd.h"
 
+#include "host/ends/RecordingException.h"
+
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -38,20 +40,17 @@ private:
 
 class EndSinksTest : public testing::Test {
 protected:
-    /// Ends `a` and `b`, each of which fails at what is given. What was raised, or nothing.
+    /// Ends `a` and `b`, each of which fails at what is given. Why they aren't whole, or nothing.
     std::string end(bool isWhole, const std::string& failureOfA = "", const std::string& failureOfB = "") {
         notes.clear();
         NotingSink a("a", notes, failureOfA);
         NotingSink b("b", notes, failureOfB);
-        try {
-            endSinks({&a, &b}, isWhole);
-        } catch (const RunException& exception) {
-            return exception.what();
-        }
-        return "";
+        ending = endSinks({&a, &b}, isWhole, 0.5);
+        return ending.failure;
     }
 
     std::string notes;
+    RunEnding ending;
 };
 
 TEST_F(EndSinksTest, AllAreFinishedBeforeOneTakesThePlaceOfAFormerResult) {
@@ -61,6 +60,10 @@ TEST_F(EndSinksTest, AllAreFinishedBeforeOneTakesThePlaceOfAFormerResult) {
 
 TEST_F(EndSinksTest, OneThatCantBeFinishedMakesNoneLookWhole) {
     EXPECT_EQ(end(true, "", "finish"), "b can't finish");
+    EXPECT_FALSE(ending.isCutShort);
+    ASSERT_TRUE(ending.block.has_value());
+    EXPECT_EQ(ending.block->block, "b");
+    EXPECT_EQ(ending.block->time, 0.5);
     EXPECT_EQ(notes, "finish a\nfinish b\nabandon a\nabandon b\n");
     EXPECT_EQ(end(true, "finish", ""), "a can't finish");
     EXPECT_EQ(notes, "finish a\nfinish b\nabandon a\nabandon b\n") << "the others are finished all the same";
@@ -81,12 +84,32 @@ TEST_F(EndSinksTest, WhatIsNotWholeIsKeptAndItsOwnFailureTellsNothingNew) {
     EXPECT_EQ(notes, "abandon a\nabandon b\n");
 }
 
-TEST(FailureText, NamesTheBlockTheTimeAndTheReason) {
+TEST(BeginSinks, OneThatCantBeStartedTakesTheOthersBack) {
+    std::string notes;
+    NotingSink a("a", notes);
+    NotingSink b("b", notes, "open");
+    const RunEnding ending = beginSinks({&a, &b});
+    EXPECT_EQ(ending.failure, "b can't open");
+    EXPECT_EQ(ending.block.value_or(RunOutcome::Spot()).block, "b");
+    EXPECT_EQ(notes, "open a\nopen b\ndiscard a\ndiscard b\n");
+    EXPECT_TRUE(beginSinks({&a}).getIsWhole());
+}
+
+TEST(EndingOf, NamesTheBlockTheTimeAndTheReason) {
     std::string notes;
     const NotingSink block("smooth", notes);
     const std::runtime_error reason("no room");
-    EXPECT_EQ(failureText(&block, 12.5, reason), "block 'smooth' (NotingSink) at 12.5 s: no room");
-    EXPECT_EQ(failureText(nullptr, 0.1, reason), "at 0.1 s: no room") << "between two steps";
+    const RunEnding ending = endingOf(&block, 12.5, reason);
+    EXPECT_EQ(ending.failure, "block 'smooth' (NotingSink) at 12.5 s: no room");
+    EXPECT_TRUE(ending.isCutShort);
+    EXPECT_FALSE(ending.isInterrupted);
+    EXPECT_TRUE(ending.complaints.empty());
+    EXPECT_EQ(ending.block.value_or(RunOutcome::Spot()).type, "NotingSink");
+    const RunEnding between = endingOf(nullptr, 0.1, InterruptedException());
+    EXPECT_EQ(between.failure, "at 0.1 s: interrupted") << "between two steps";
+    EXPECT_TRUE(between.isInterrupted);
+    EXPECT_FALSE(between.block.has_value());
+    EXPECT_EQ(endingOf(nullptr, 0.1, RecordingException({{"x"}, "a", "b"})).complaints.at(0).found, "a");
 }
 
 } // namespace

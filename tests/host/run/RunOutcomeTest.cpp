@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/RunOutcome.h"
 
+#include "host/run/RunEnd.h"
 #include "host/run/SourceWarnings.h"
 #include "tests/host/kit/GraphFixture.h"
 
@@ -279,8 +280,13 @@ TEST_F(RunOutcomeTest, StrictTellsOfTheResultThatReceivedNothingOnWhichItFails) 
 }
 
 TEST(StrictFailure, SaysHowManyWarningsThereAre) {
-    EXPECT_EQ(strictFailureText({{}}), "ended with a warning, taken for an error");
-    EXPECT_EQ(strictFailureText({{}, {}}), "ended with 2 warnings, taken for errors");
+    EXPECT_TRUE(endingOf(std::vector<Warning>()).getIsWhole());
+    EXPECT_EQ(endingOf({Warning{}}).failure, "ended with a warning, taken for an error");
+    const RunEnding ending = endingOf({Warning{{"a.yaml", 2, 1}, "odd"}, Warning{}});
+    EXPECT_EQ(ending.failure, "ended with 2 warnings, taken for errors");
+    ASSERT_EQ(ending.complaints.size(), 2u);
+    EXPECT_EQ(ending.complaints[0].where.line, 2);
+    EXPECT_EQ(ending.complaints[0].found, "odd");
 }
 
 } // namespace

@@ -17,6 +17,9 @@ TEST(Complaint, IsOneSentence) {
     EXPECT_EQ((Complaint{{"--set"}, "'x'", "NAME=VALUE"}).getText(), "--set: found 'x'; expected NAME=VALUE");
     EXPECT_EQ((Complaint{{}, "nothing", "something", "anything"}).getText(),
               "found nothing; expected something; did you mean anything?");
+    Complaint ofPart{{"in.csv", 3}, "\"a\"", "a number"};
+    ofPart.part = "column 'x'";
+    EXPECT_EQ(ofPart.getText(), "in.csv:3: column 'x': found \"a\"; expected a number");
 }
 
 TEST(Complaint, OfAnUnknownNameListsThoseThatThereAre) {
@@ -48,12 +51,12 @@ TEST(Complaints, AreRaisedInTheOrderOfTheFileAndWarningsOnlyWhereTheyCount) {
     Complaints complaints;
     complaints.warn({"a.yaml", 1, 1}, "odd");
     EXPECT_EQ(raised(complaints, false), "");
-    EXPECT_EQ(raised(complaints, true), "0 a.yaml:1:1: warning: odd");
+    EXPECT_EQ(raised(complaints, true), "1 a.yaml:1:1: warning: odd");
     complaints.add({"a.yaml", 9, 1}, "b", "c");
     complaints.add({{"a.yaml", 2, 1}, "d", "e", "f"});
     EXPECT_EQ(raised(complaints, false), "2 a.yaml:2:1: found d; expected e; did you mean f?\n"
                                          "a.yaml:9:1: found b; expected c");
-    EXPECT_EQ(raised(complaints, true), "2 a.yaml:2:1: found d; expected e; did you mean f?\n"
+    EXPECT_EQ(raised(complaints, true), "3 a.yaml:2:1: found d; expected e; did you mean f?\n"
                                         "a.yaml:9:1: found b; expected c\n"
                                         "a.yaml:1:1: warning: odd");
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "host/run/RunOutcome.h"
+#include "host/run/RunReview.h"
 
 #include "framework/Quillmere.h"
 #include "host/text/Counted.h"
@@ -60,11 +60,11 @@ void addRecording(const Graph::Node& node, RunOutcome& outcome) {
     recording.id = node.source->getName();
     if (node.file != nullptr) recording.path = node.file->getPath();
     recording.processedRows = node.source->getRows();
-    if (node.recorded != nullptr)
+    recording.rows = recording.processedRows;
+    if (node.recorded != nullptr) {
         recording.account = node.recorded->getAccount();
-    else
-        recording.account.rows = recording.processedRows;
-    recording.rows = recording.account.rows;
+        recording.rows = recording.account.rows;
+    }
     std::vector<Warning> warnings = warningsOf(recording.path, recording.account);
     for (Warning& warning : warnings)
         if (node.file == nullptr)
@@ -210,13 +210,23 @@ void warnOfLosses(RunOutcome& outcome) {
 }
 } // namespace
 
+RunOutcome refusedBy(const Graph& graph, const RunEnding& ending) {
+    RunOutcome outcome;
+    outcome.graph = graph.getName();
+    outcome.graphFile = graph.getDescription().path;
+    outcome.failure = ending.failure;
+    outcome.complaints = ending.complaints;
+    outcome.failedBlock = ending.block;
+    outcome.isInterrupted = ending.isInterrupted;
+    outcome.hasBegun = false;
+    return outcome;
+}
+
 RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& blocks,
                      const std::vector<FirstNonFinite>& nonFinite, const RunProgress& progress,
                      const RunEnding& ending) {
-    RunOutcome outcome;
-    outcome.failure = ending.failure;
-    outcome.failedBlock = ending.block;
-    outcome.graph = graph.getName();
+    RunOutcome outcome = refusedBy(graph, ending);
+    outcome.hasBegun = true;
     outcome.progress = progress;
     for (const Graph::Node& node : graph.getNodes())
         if (node.source != nullptr) addRecording(node, outcome);
@@ -229,11 +239,6 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
     warnOfNonFinite(graph, nonFinite, outcome);
     warnOfLosses(outcome);
     return outcome;
-}
-
-std::string strictFailureText(const std::vector<Warning>& warnings) {
-    return "ended with " + (warnings.size() == 1 ? "a warning" : counted(warnings.size(), "warning")) +
-           ", taken for " + (warnings.size() == 1 ? "an error" : "errors");
 }
 
 } // namespace Quillmere::Host
