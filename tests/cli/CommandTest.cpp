@@ -629,8 +629,7 @@ TEST_F(Command, ABlockIsShownFromALivingOne) {
     EXPECT_NE(odd.find("read-only\n"), std::string::npos) << odd;
     EXPECT_NE(odd.find("  Reset          command\n"), std::string::npos) << odd;
     const std::string source = call({"blocks", "RecordingSource"}).out;
-    EXPECT_NE(source.find("  file      text                 required  the CSV recording"), std::string::npos)
-        << source;
+    EXPECT_NE(source.find("  the recording; - is standard input\n"), std::string::npos) << source;
 }
 
 TEST_F(Command, JsonHoldsTheSame) {
