@@ -139,8 +139,8 @@ void BidsReader::readFacts(const std::string& path) {
     }
 }
 
-void BidsReader::setMissing(std::vector<std::string> texts) {
-    missing = std::move(texts);
+void BidsReader::setMissing(const std::vector<std::string>& texts) {
+    missing = texts;
     missing.emplace_back("n/a");
 }
 

@@ -27,7 +27,7 @@ public:
     explicit BidsReader(std::unique_ptr<RecordingFile> openFile);
 
     const std::string& getPath() const override { return file->getName(); }
-    void setMissing(std::vector<std::string> texts) override;
+    void setMissing(const std::vector<std::string>& texts) override;
     Row takeRow(double* values) override;
 
     std::uint64_t getBytesRead() const override { return bytesBefore + cursor; }

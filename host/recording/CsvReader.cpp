@@ -73,8 +73,8 @@ std::vector<std::string> CsvReader::getNotes() const {
     return all;
 }
 
-void CsvReader::setMissing(std::vector<std::string> texts) {
-    missing = std::move(texts);
+void CsvReader::setMissing(const std::vector<std::string>& texts) {
+    missing = texts;
     isEveryCellOdd = decimal != '.' || std::any_of(missing.begin(), missing.end(), isNumber);
 }
 

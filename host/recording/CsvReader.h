@@ -40,7 +40,7 @@ public:
 
     const std::string& getPath() const override { return lines.getFile().getName(); }
     std::vector<std::string> getNotes() const override;
-    void setMissing(std::vector<std::string> texts) override;
+    void setMissing(const std::vector<std::string>& texts) override;
     void setStop(const std::stop_token& token) override { lines.getFile().setStop(token); }
 
     /// As `takeRow`, but raises what is wrong with a row; false at the end of the file.

@@ -41,6 +41,17 @@ Lines linesOf(std::string_view head, bool isWhole) {
     return lines;
 }
 
+/// `1,000` and `-12,345`, but neither `0,500` nor `1,5`.
+bool getMayHaveThousands(std::string_view text) {
+    if (text.starts_with('-') || text.starts_with('+')) text.remove_prefix(1);
+    const std::size_t comma = text.find(',');
+    const auto areDigits = [](std::string_view part) {
+        return part.find_first_not_of("0123456789") == std::string_view::npos;
+    };
+    return comma != std::string_view::npos && comma >= 1 && comma <= 3 && text.front() != '0' &&
+           text.size() == comma + 4 && areDigits(text.substr(0, comma)) && areDigits(text.substr(comma + 1));
+}
+
 /// How well a separator and a decimal sign make a table of numbers out of lines.
 struct Split {
     char separator = ',';
@@ -280,8 +291,10 @@ private:
         CsvDialect dialect;
         dialect.separator = split.separator;
         dialect.decimal = split.decimal;
-        if (split.decimal == ',' && !wishes.decimal)
+        if (split.decimal == ',' && !wishes.decimal) {
+            refuseThousands();
             dialect.notes.emplace_back("numbers taken with a decimal comma");
+        }
         dialect.endsWithSeparator =
             endsEmpty(cellsOf(content[row], split.separator)) && signature.back() == CellKind::Empty;
         width = split.width - (dialect.endsWithSeparator ? 1 : 0);
@@ -323,6 +336,22 @@ private:
             return line.substr(std::min(line.find_first_not_of("#/% \t"), line.size()));
         }
         return {};
+    }
+
+    /// `"1,000"` between commas, with three digits behind every comma: a decimal comma or one of thousands?
+    void refuseThousands() const {
+        if (split.separator != ',') return;
+        for (std::size_t row = 0; row < content.size(); ++row)
+            for (const std::string_view cell : cellsOf(content[row], ',')) {
+                const std::string text = plainText(cell);
+                if (text.find(',') != std::string::npos &&
+                    cellKindOf(cell, ',', wishes) == CellKind::Number && !getMayHaveThousands(text))
+                    return;
+            }
+        throw UnclearRecording({{path},
+                                "numbers such as \"1,000\" in quotes, whose commas may be decimal commas or "
+                                "stand between thousands",
+                                "'decimal: comma', or numbers without a comma between thousands"});
     }
 
     /// `1,5` under one name, or twice as many cells as names: a decimal comma or a separator?

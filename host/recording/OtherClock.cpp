@@ -73,12 +73,16 @@ constexpr std::array kOtherUnits{
     Unit{"milliseconds", 1e-3, {"ms", "msec", "millis", "millisecond", "milliseconds"}},
     Unit{"microseconds", 1e-6, {"us", "usec", "micros", "microsecond", "microseconds"}},
     Unit{"nanoseconds", 1e-9, {"ns", "nsec", "nanos", "nanosecond", "nanoseconds"}},
+    Unit{"minutes", 60.0, {"min", "mins", "minute", "minutes", ""}},
+    Unit{"hours", 3600.0, {"hr", "hrs", "hour", "hours", ""}},
 };
 
 } // namespace
 
 std::optional<SourceAccount::OtherUnit> findOtherUnit(const std::string& column) {
-    const std::vector<std::string> words = wordsOfName(column);
+    std::vector<std::string> words = wordsOfName(column);
+    // A lone letter is a unit where it stands as one.
+    if (unitOfName(column) == "h") words.emplace_back("hours");
     for (const Unit& unit : kOtherUnits)
         if (std::find_first_of(words.begin(), words.end(), unit.words.begin(), unit.words.end()) !=
             words.end())

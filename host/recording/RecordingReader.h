@@ -62,7 +62,7 @@ public:
     void select(const std::vector<std::size_t>& chosen);
     /// Takes cells of one of these texts for missing values: they become not-a-number, and are counted. An
     /// empty text stands for empty cells. A form whose cells are no texts has none of them. [setup]
-    virtual void setMissing(std::vector<std::string>) {}
+    virtual void setMissing(const std::vector<std::string>&) {}
     /// From then on waiting for a pipe ends with `InterruptedException` when a stop is requested. [setup]
     virtual void setStop(const std::stop_token&) {}
 

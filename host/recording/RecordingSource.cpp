@@ -452,7 +452,16 @@ SourceAccount RecordingSource::getAccount() const {
 /// Of numbers that are taken for seconds since the graph says so.
 std::optional<SourceAccount::OtherUnit> RecordingSource::findOtherUnitOfTime() const {
     if (timeColumns.empty() || plan.hasOwnTimes || wishes.getHasTimeForm()) return std::nullopt;
-    return findOtherUnit(timeColumns.front().name);
+    const std::string& name = timeColumns.front().name;
+    if (auto found = findOtherUnit(name)) return found;
+    // In a row of units under the name.
+    for (const RecordingReader::Column& column : recording->getReader().getColumns()) {
+        if (column.name != name || column.unit.empty()) continue;
+        auto found = findOtherUnit(name + " [" + column.unit + "]");
+        if (found) found->column = name;
+        return found;
+    }
+    return std::nullopt;
 }
 
 namespace {

@@ -270,30 +270,51 @@ private:
     std::vector<Tick> ticks;        ///< Of those that are times.
 };
 
-/// The number in front of `Hz`, or behind a word that ends a key of rates.
+/// Whether a line in small letters tells how often rows come, and not of a filter, a heart or a metronome.
+bool getTellsRate(const std::string& line) {
+    const auto has = [&](const char* word) { return line.find(word) != std::string::npos; };
+    constexpr std::array kRates{"rate", "sampl", "frequency"};
+    constexpr std::array kOthers{"cut",   "filter", "pass", "band", "notch",
+                                 "mains", "heart",  "baud", "bit",  "metronome"};
+    return std::any_of(kRates.begin(), kRates.end(), has) &&
+           std::none_of(kOthers.begin(), kOthers.end(), has);
+}
+
+/// Of a text that begins with a number, the number, `0` where it can't be read, and its length. A comma in it
+/// is a decimal comma.
+std::pair<double, std::size_t> numberAt(std::string_view text) {
+    std::string digits(text.substr(0, text.find_first_not_of("0123456789.,")));
+    while (!digits.empty() && (digits.back() == ',' || digits.back() == '.'))
+        digits.pop_back();
+    const std::size_t length = digits.size();
+    std::replace(digits.begin(), digits.end(), ',', '.');
+    double value = 0.0;
+    const auto [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    const bool isWhole = error == std::errc() && stop == digits.data() + digits.size();
+    return {isWhole ? value : 0.0, length};
+}
+
+/// The rate in a line that tells one, a number in front of `Hz` or alone behind its key; nothing where there
+/// are several. `at 30 Hz` is that of a file of ActiGraph's, which tells of its filter in the same line.
 std::optional<double> rateOf(const std::string& line) {
     std::string small = line;
     std::transform(small.begin(), small.end(), small.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    const auto numberFrom = [&](std::size_t at) -> std::optional<double> {
-        double value = 0.0;
-        const char* const end = small.data() + small.size();
-        const auto [stop, error] = std::from_chars(small.data() + at, end, value);
-        if (error != std::errc() || !(value > 0.0) || !std::isfinite(value)) return std::nullopt;
-        const std::size_t unit =
-            small.find_first_not_of(" \t", static_cast<std::size_t>(stop - small.data()));
-        const bool isHertz = unit != std::string::npos && small.compare(unit, 2, "hz") == 0;
-        const bool isKey = small.find("rate") < at || small.find("frequency") < at;
-        const bool isAlone =
-            unit == std::string::npos || small.find_first_not_of("\",;\t ", unit) == std::string::npos;
-        return isHertz || (isKey && isAlone) ? std::optional(value) : std::nullopt;
-    };
+    const bool isActiGraph = small.find("actigraph") != std::string::npos;
+    if (!isActiGraph && !getTellsRate(small)) return std::nullopt;
+    std::set<double> rates;
     for (std::size_t at = 0; (at = small.find_first_of("0123456789", at)) != std::string::npos;) {
-        if (const auto rate = numberFrom(at)) return rate;
-        at = small.find_first_not_of("0123456789.", at);
-        if (at == std::string::npos) break;
+        const auto [value, length] = numberAt(std::string_view(small).substr(at));
+        const std::size_t unit = std::min(small.find_first_not_of(" \t", at + length), small.size());
+        const bool isHertz = small.compare(unit, 2, "hz") == 0;
+        const bool isAlone = small.find_first_not_of("\",;\t ", unit) == std::string::npos;
+        const bool isNamed =
+            isActiGraph ? at >= 3 && small.compare(at - 3, 3, "at ") == 0 : isHertz || isAlone;
+        if (isNamed && (isHertz || !isActiGraph)) rates.insert(value);
+        at += std::max<std::size_t>(length, 1);
     }
-    return std::nullopt;
+    const bool isOne = rates.size() == 1 && *rates.begin() > 0.0 && std::isfinite(*rates.begin());
+    return isOne ? std::optional(*rates.begin()) : std::nullopt;
 }
 
 } // namespace

@@ -45,6 +45,8 @@ constexpr std::array kTimeUnits{
     TimeUnit{1e3, {"ms", "msec", "millis", "millisecond", "milliseconds", "", ""}},
     TimeUnit{1e6, {"us", "usec", "micros", "microsecond", "microseconds", "", ""}},
     TimeUnit{1e9, {"ns", "nsec", "nanos", "nanosecond", "nanoseconds", "", ""}},
+    TimeUnit{1.0 / 60.0, {"min", "mins", "minute", "minutes", "", "", ""}},
+    TimeUnit{1.0 / 3600.0, {"h", "hr", "hrs", "hour", "hours", "", ""}},
 };
 
 bool isLetter(char c) {

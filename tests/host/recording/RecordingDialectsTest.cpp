@@ -322,6 +322,43 @@ TEST_F(DialectTest, WhatMayBeReadInTwoWaysNamesTheProperty) {
         EXPECT_EQ(read(row.text).complaint, row.complaint) << row.text;
 }
 
+TEST_F(DialectTest, ALineTellsTheRateOnlyWhereItSpeaksOfRows) {
+    const auto rateWith = [&](const std::string& line) {
+        const std::string path = folder.write("in.csv", "# " + line + "\na,b\n1,2\n3,4\n5,6\n");
+        ReadingWishes wishes;
+        wishes.findsTimes = true;
+        return openRecording(path, wishes)->getRate().value_or(0.0);
+    };
+    EXPECT_EQ(rateWith("Update Rate: 100.0Hz"), 100.0);
+    EXPECT_EQ(rateWith("Update Rate: 100,5 Hz"), 100.5);
+    EXPECT_EQ(rateWith("Sampling frequency, 50"), 50.0);
+    EXPECT_EQ(rateWith("ActiGraph at 30 Hz  Filter Normal"), 30.0);
+    for (const char* const line : {"Low pass filter: 40 Hz", "Bandwidth: 40 Hz", "Cutoff frequency 40 Hz",
+                                   "Notch 50 Hz", "Mains: 50 Hz", "walked to a metronome at 2 Hz",
+                                   "Vibration motor at 30 Hz, sampled at 100 Hz", "Heart rate: 60"})
+        EXPECT_EQ(rateWith(line), 0.0) << line;
+}
+
+TEST_F(DialectTest, MinutesAndHoursAreTakenAsSuch) {
+    for (const char* const name : {"time (min)", "time [min]", "time_min", "t_min", "time (minutes)"})
+        EXPECT_EQ(read(std::string(name) + ",x\n0,1\n0.5,2\n1,3\n").times, (Numbers{0.0, 30.0, 60.0}))
+            << name;
+    EXPECT_EQ(read("time (h),x\n0,1\n0.5,2\n1,3\n").times, (Numbers{0.0, 1800.0, 3600.0}));
+    EXPECT_EQ(read("time,x\nmin,g\n0,1\n0.5,2\n1,3\n").times, (Numbers{0.0, 30.0, 60.0})) << "a row of units";
+}
+
+TEST_F(DialectTest, CommasThatMayStandBetweenThousandsAreAskedAbout) {
+    const auto table = [](const char* x, const char* y) {
+        const std::string row = std::string(",\"") + x + "\",\"" + y + "\"\n";
+        return "time (s),x,y\n0" + row + "1" + row + "2" + row;
+    };
+    const Reading unclear = read(table("1,000", "2,000"));
+    EXPECT_NE(unclear.complaint.find("'decimal: comma'"), std::string::npos) << unclear.complaint;
+    const Reading plain = read(table("0,500", "2,000"));
+    ASSERT_EQ(plain.rows.size(), 3u) << plain.complaint;
+    EXPECT_EQ(plain.rows.front(), (Numbers{0.0, 0.5, 2.0}));
+}
+
 TEST_F(DialectTest, BadFilesAreComplainedOfOrReadAndNothingElse) {
     // Each a whole file, cut behind every byte: whatever comes out is a prefix of what the whole file gives.
     const std::string texts[] = {
