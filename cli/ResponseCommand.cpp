@@ -40,13 +40,6 @@ struct CutGraph {
     CutGraph(const GraphDescription& description, const BlockCatalogue& catalogue, const std::string& id)
         : graph(description, catalogue, complaints) {
         complaints.raise();
-        // A cut-off in hertz needs the recording's rate.
-        if (graph.getAwaitsRates()) graph.openRecordings(complaints, Graph::Pipes::Leave);
-        complaints.raise();
-        if (graph.getAwaitsRates())
-            throw UsageError({{description.path},
-                              "settings in hertz or seconds, and a recording that comes through a pipe",
-                              "a file in its place, or numbers without a unit"});
         std::vector<std::string> ids;
         for (const Graph::Node& node : graph.getNodes()) {
             ids.push_back(node.description->id);
@@ -60,6 +53,23 @@ struct CutGraph {
     Graph graph;
     Filter* block = nullptr;
 };
+
+/// The description with numbers in place of frequencies and times, for which the recordings are opened, once.
+GraphDescription withNumbers(const GraphDescription& description, const BlockCatalogue& catalogue) {
+    Complaints complaints;
+    Graph graph(description, catalogue, complaints);
+    if (complaints.isEmpty() && !graph.getAwaitsRates()) return description;
+    complaints.raise();
+    graph.openRecordings(complaints, Graph::Pipes::Leave);
+    complaints.raise();
+    if (graph.getAwaitsRates())
+        throw UsageError({{description.path},
+                          "settings in hertz or seconds, and a recording that comes through a pipe",
+                          "a file in its place, or numbers without a unit"});
+    GraphDescription settled = graph.getDescription();
+    settled.timeline.clear(); // has been rehearsed; the block is measured as it begins
+    return settled;
+}
 
 /// A lone block with settings as `PROPERTY=VALUE`.
 BlockPtr configuredBlock(const BlockCatalogue& catalogue, const std::string& type,
@@ -183,8 +193,9 @@ FrequencyResponse ResponseCommand::measureGraph(BlockCatalogue& catalogue) const
         GraphDescription::fromFile(target, complaints).with(changesOf(arguments), complaints);
     loadPlugins(description, catalogue, complaints);
     complaints.raise();
+    const GraphDescription settled = withNumbers(description, catalogue);
     const BlockMaker make = [&] {
-        const auto graph = std::make_shared<CutGraph>(description, catalogue, block);
+        const auto graph = std::make_shared<CutGraph>(settled, catalogue, block);
         return std::shared_ptr<Filter>(graph, graph->block);
     };
     return measureResponse(make, measurement);

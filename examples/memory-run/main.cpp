@@ -6,7 +6,8 @@
 using namespace Quillmere::Host;
 
 /// memory-run PLUGIN: sends a matrix through a graph, a sample each row, and prints what came out.
-int main(int, char** argv) {
+int main(int argc, char** argv) {
+    if (argc != 2) return 2;
     HostCatalogue catalogue;
     catalogue.load(argv[1]);
     MemoryEnds ends;

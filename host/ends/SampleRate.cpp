@@ -59,7 +59,9 @@ double toSixDigits(double number) {
 std::optional<SampleRate> RateMeter::measure() const {
     const std::vector<double> steps = stepsOf(times);
     if (std::none_of(steps.begin(), steps.end(), [](double step) { return step > 0.0; })) return std::nullopt;
+    // Between steps of the largest and the smallest numbers there is no rate that is a number.
     const double mean = meanStep(steps, singleStep(steps, medianOfForward(steps)));
+    if (!std::isnormal(mean) || !std::isnormal(toSixDigits(1.0 / mean))) return std::nullopt;
     const auto unsteady = std::count_if(steps.begin(), steps.end(), [&](double step) {
         return !(std::abs(step - mean) <= kUnsteady * mean);
     });

@@ -2,14 +2,10 @@
 #include "host/graph/BlockManual.h"
 
 #include "host/description/ValueReader.h"
-#include "host/text/NearestName.h"
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 namespace Quillmere::Host {
 
@@ -33,7 +29,7 @@ public:
 
     void take(const Value& file) {
         const Value::Entry* const rate = file.find("rate");
-        if (rate == nullptr) return;
+        if (rate == nullptr || !getIsMap(rate->value)) return;
         for (const Value::Entry& entry : rate->value.entries) {
             if (entry.key == "settings")
                 takeRelations(entry.value, manual.settings);
@@ -47,7 +43,14 @@ public:
     }
 
 private:
+    bool getIsMap(const Value& value) {
+        if (value.kind == Value::Kind::Map) return true;
+        complaints.add(value.where, value.describe(), "a map");
+        return false;
+    }
+
     void takeRelations(const Value& value, std::map<std::string, RelativeTo>& relations) {
+        if (!getIsMap(value)) return;
         for (const Value::Entry& entry : value.entries) {
             const auto known =
                 std::find_if(kRelations.begin(), kRelations.end(), [&](const Relation& relation) {
@@ -61,6 +64,7 @@ private:
     }
 
     void takeOutputs(const Value& value) {
+        if (!getIsMap(value)) return;
         for (const Value::Entry& entry : value.entries) {
             const Value::Entry* const step = entry.value.find("step");
             if (step != nullptr && step->value.isScalar())

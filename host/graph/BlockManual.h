@@ -6,7 +6,6 @@
 #include "host/text/Complaint.h"
 
 #include <map>
-#include <optional>
 #include <string>
 
 namespace Quillmere::Host {

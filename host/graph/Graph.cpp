@@ -45,6 +45,7 @@ void Graph::requireDrive(Complaints& complaints) const {
 void Graph::settle(Complaints& complaints) {
     Complaints own;
     RateSettings rates(parts, description, catalogue, own);
+    rates.measureSources();
     if (parts.awaitsRates) {
         rates.write();
         // What has no number yet would only be refused again.
@@ -53,6 +54,7 @@ void Graph::settle(Complaints& complaints) {
     }
     rates.warnOfUnevenTime();
     complaints.add(own);
+    complaints.add(rates.getManualComplaints());
 }
 
 void Graph::openRecordings(Complaints& complaints, Pipes pipes) {

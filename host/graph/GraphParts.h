@@ -7,6 +7,7 @@
 #include "host/description/IdIndex.h"
 #include "host/ends/RecordedSource.h"
 #include "host/ends/ResultEnd.h"
+#include "host/ends/SampleRate.h"
 #include "host/ends/Sink.h"
 #include "host/ends/Source.h"
 #include "host/ends/WakingSource.h"
@@ -15,10 +16,14 @@
 #include "host/plugins/PluginLibrary.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace Quillmere::Host {
+
+/// How often outputs of sources send; nothing for one of which that isn't known before the run.
+using SourceRates = std::map<const Core::AbstractOutputPin*, std::optional<SampleRate>>;
 
 /// What a graph is made of once it is built. Requires: the description outlives it.
 struct QUILLMERE_API GraphParts {
@@ -63,7 +68,8 @@ struct QUILLMERE_API GraphParts {
     /// were.
     bool awaitsRates = false;
     std::vector<RateConversion> conversions;
-    Timeline timeline; ///< Goes before the blocks that it is linked with.
+    SourceRates sourceRates; ///< Once the sources are open, and if a block has a use for rates.
+    Timeline timeline;       ///< Goes before the blocks that it is linked with.
 };
 
 } // namespace Quillmere::Host

@@ -32,51 +32,68 @@ const BlockManual& RateFinder::getManual(const std::string& type) {
     return manuals.emplace(type, BlockManual::read(type, catalogue, complaints)).first->second;
 }
 
-const FoundRate& RateFinder::rateAt(const Core::Filter& block) {
-    const auto known = found.find(&block);
-    if (known != found.end()) return known->second;
-    FoundRate rate = follow(block);
-    return found.emplace(&block, std::move(rate)).first->second;
+RateFinder::RateFinder(const std::vector<GraphParts::Node>& graphNodes, const SourceRates& sourceRates,
+                       const BlockCatalogue& blockCatalogue)
+    : sources(sourceRates), catalogue(blockCatalogue) {
+    for (const GraphParts::Node& node : graphNodes)
+        if (node.block != nullptr) nodes.emplace(node.block.get(), &node);
 }
 
-FoundRate RateFinder::follow(const Core::Filter& block) {
+/// What holds at the end of the way holds for every block on it.
+const FoundRate& RateFinder::rateAt(const Core::Filter& block) {
+    std::vector<const Core::Filter*> way;
+    FoundRate rate;
+    for (const Core::Filter* next = &block; next != nullptr;) {
+        if (const auto known = found.find(next); known != found.end()) {
+            rate = known->second;
+            break;
+        }
+        if (std::find(way.begin(), way.end(), next) != way.end()) {
+            rate = unknown("'" + next->getName() + "' stands in a loop, which has no rate of its own");
+            break;
+        }
+        way.push_back(next);
+        Step step = stepBack(*next);
+        rate = std::move(step.rate);
+        next = step.before;
+    }
+    for (const Core::Filter* const passed : way)
+        found.emplace(passed, rate);
+    return found.at(&block);
+}
+
+RateFinder::Step RateFinder::stepBack(const Core::Filter& block) {
     const Core::AbstractInputPin* const input = mainInputOf(block);
     const Core::AbstractOutputPin* const sender = input == nullptr ? nullptr : input->getConnectedOutput();
-    if (sender == nullptr) return unknown("no samples come to '" + block.getName() + "'");
-    if (!onTheWay.insert(&block).second)
-        return unknown("'" + block.getName() + "' stands in a loop, which has no rate of its own");
-    FoundRate rate = rateOf(*sender);
-    onTheWay.erase(&block);
-    return rate;
+    if (sender == nullptr) return {unknown("no samples come to '" + block.getName() + "'")};
+    return stepInto(*sender);
 }
 
-const GraphParts::Node* RateFinder::nodeOf(const Core::PinManager* block) const {
-    const auto node = std::find_if(nodes.begin(), nodes.end(),
-                                   [&](const GraphParts::Node& one) { return one.block.get() == block; });
-    return node == nodes.end() ? nullptr : &*node;
-}
-
-FoundRate RateFinder::rateOf(const Core::AbstractOutputPin& output) {
-    const GraphParts::Node* const node = nodeOf(output.getManager());
-    if (node == nullptr) return unknown("a block that isn't in the graph file sends the samples");
-    if (node->source != nullptr) return rateOfSource(*node, output);
-    const auto& outputs = getManual(node->description->type).outputs;
+RateFinder::Step RateFinder::stepInto(const Core::AbstractOutputPin& output) {
+    const auto sender = nodes.find(output.getManager());
+    if (sender == nodes.end())
+        return {unknown("its samples come from no block of the graph file, but from the timeline or a block "
+                        "that was added")};
+    const GraphParts::Node& node = *sender->second;
+    if (node.source != nullptr) return {rateOfSource(node, output)};
+    const auto& outputs = getManual(node.description->type).outputs;
     const auto told = outputs.find(output.getName());
-    if (told == outputs.end()) return unknown("nothing says how often " + node->getQuoted() + " sends");
+    if (told == outputs.end()) return {unknown("nothing says how often " + node.getQuoted() + " sends")};
     switch (told->second.kind) {
     case BlockManual::OutputRate::Kind::Same:
-        return rateAt(*node->block);
+        return {{}, node.block.get()};
     case BlockManual::OutputRate::Kind::Step:
-        return rateByStep(*node, told->second.setting);
+        return {rateByStep(node, told->second.setting)};
     case BlockManual::OutputRate::Kind::None:
         break;
     }
-    return unknown("'" + output.getName() + "' of " + node->getQuoted() + " sends at no even rate");
+    return {unknown("'" + output.getName() + "' of " + node.getQuoted() + " sends at no even rate")};
 }
 
 FoundRate RateFinder::rateOfSource(const GraphParts::Node& node,
                                    const Core::AbstractOutputPin& output) const {
-    const auto rate = node.recorded == nullptr ? std::nullopt : node.recorded->getSampleRate(output);
+    const auto known = sources.find(&output);
+    const auto rate = known == sources.end() ? std::nullopt : known->second;
     FoundRate source = unknown("that of " + node.getEndName() + " can't be known before the run");
     source.origin = &node;
     if (!rate) return source;
@@ -96,7 +113,8 @@ FoundRate RateFinder::rateByStep(const GraphParts::Node& node, const std::string
     if (const auto* const number = std::get_if<double>(&described.value)) step = *number;
     if (const auto* const whole = std::get_if<std::int64_t>(&described.value))
         step = static_cast<double>(*whole);
-    if (!(step > 0.0)) return unknown("the step '" + setting + "' of " + node.getQuoted() + " is no time");
+    if (!(step > 0.0) || !std::isnormal(1.0 / step))
+        return unknown("the step '" + setting + "' of " + node.getQuoted() + " is no time");
     FoundRate rate;
     rate.rate = SampleRate{.perSecond = 1.0 / step};
     rate.origin = &node;

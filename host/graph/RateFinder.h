@@ -7,7 +7,6 @@
 
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -23,11 +22,12 @@ struct FoundRate {
 /// Follows links back from a block to what drives it: through blocks whose manuals say how often they send,
 /// up to a recording or a generator. What no manual tells is unknown, not guessed.
 ///
-/// Requires: the sources are open, nobody changes links, and nodes and catalogue outlive it.
+/// Requires: nobody changes links, and nodes, rates and catalogue outlive it.
 class RateFinder {
 public:
-    RateFinder(const std::vector<GraphParts::Node>& graphNodes, const BlockCatalogue& blockCatalogue)
-        : nodes(graphNodes), catalogue(blockCatalogue) {}
+    /// `sources` are the rates at which the graph's sources send, as far as they are known.
+    RateFinder(const std::vector<GraphParts::Node>& nodes, const SourceRates& sources,
+               const BlockCatalogue& catalogue);
 
     /// At the block's main input.
     const FoundRate& rateAt(const Core::Filter& block);
@@ -36,18 +36,22 @@ public:
     const Complaints& getComplaints() const { return complaints; }
 
 private:
-    FoundRate follow(const Core::Filter& block);
-    FoundRate rateOf(const Core::AbstractOutputPin& output);
+    /// The rate of an output, or the block at whose main input its rate is.
+    struct Step {
+        FoundRate rate = {};
+        const Core::Filter* before = nullptr;
+    };
+    Step stepBack(const Core::Filter& block);
+    Step stepInto(const Core::AbstractOutputPin& output);
     FoundRate rateOfSource(const GraphParts::Node& node, const Core::AbstractOutputPin& output) const;
     FoundRate rateByStep(const GraphParts::Node& node, const std::string& setting) const;
-    const GraphParts::Node* nodeOf(const Core::PinManager* block) const;
 
-    const std::vector<GraphParts::Node>& nodes;
+    std::map<const Core::PinManager*, const GraphParts::Node*> nodes;
+    const SourceRates& sources;
     const BlockCatalogue& catalogue;
     Complaints complaints;
     std::map<std::string, BlockManual> manuals;
     std::map<const Core::Filter*, FoundRate> found;
-    std::set<const Core::Filter*> onTheWay; ///< Blocks that are being followed.
 };
 
 /// `100 samples/s, as measured in walk.csv`. Requires: a rate was found.

@@ -2,6 +2,7 @@
 #include "host/graph/RateSettings.h"
 
 #include "framework/Quillmere.h"
+#include "host/description/Quantity.h"
 #include "host/graph/BlockDescription.h"
 
 #include <algorithm>
@@ -26,12 +27,27 @@ bool getAwaitsRate(const PropertyWrite& write) {
     return toQuantity(*write.value) && getIsNumeric(*write.property);
 }
 
+void RateSettings::measureSources() {
+    const bool isOfUse =
+        std::any_of(parts.nodes.begin(), parts.nodes.end(), [&](const GraphParts::Node& node) {
+            if (node.block == nullptr || node.hostBlock != nullptr) return false;
+            const BlockManual& manual = values.getFinder().getManual(node.description->type);
+            return !manual.settings.empty() || !manual.inputs.empty();
+        });
+    if (!isOfUse) return;
+    for (const GraphParts::Node& node : parts.nodes) {
+        if (node.recorded == nullptr || node.isFaulty) continue;
+        for (const Core::AbstractOutputPin* const output : node.block->getOutputPins())
+            if (!output->getInputs().empty())
+                parts.sourceRates.emplace(output, node.recorded->getSampleRate(*output));
+    }
+}
+
 void RateSettings::write() {
     for (GraphParts::Node& node : parts.nodes)
         if (node.block != nullptr && node.hostBlock == nullptr && !node.isFaulty) writeSettings(node);
     writeTimeline();
     parts.awaitsRates = false;
-    complaints.add(values.getFinder().getComplaints());
 }
 
 bool RateSettings::convert(const RateValues::Target& target, Value& value, Complaints& own,

@@ -16,12 +16,16 @@ public:
     /// None is owned.
     RateSettings(GraphParts& graphParts, GraphDescription& graphDescription, const BlockCatalogue& catalogue,
                  Complaints& list)
-        : parts(graphParts), description(graphDescription), complaints(list), values(parts.nodes, catalogue) {
-    }
+        : parts(graphParts), description(graphDescription), complaints(list),
+          values(parts.nodes, parts.sourceRates, catalogue) {}
 
+    /// Asks the sources how often they send, if there is a block that has a use for it.
+    void measureSources();
     void write();
     /// Warns, once for each recording, of time stamps that aren't even where a block counts on a rate.
     void warnOfUnevenTime();
+    /// What is wrong with the manuals that were looked at.
+    const Complaints& getManualComplaints() { return values.getFinder().getComplaints(); }
 
 private:
     void writeSettings(GraphParts::Node& node);

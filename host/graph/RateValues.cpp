@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/RateValues.h"
 
+#include "host/description/Quantity.h"
 #include "host/text/Printable.h"
 #include "host/text/ShortestText.h"
 

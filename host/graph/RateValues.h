@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "host/description/Quantity.h"
+#include "host/description/Value.h"
 #include "host/graph/RateConversion.h"
 #include "host/graph/RateFinder.h"
 
@@ -15,8 +15,9 @@ namespace Quillmere::Host {
 /// samples that come to a block. Requires: as `RateFinder`.
 class RateValues {
 public:
-    RateValues(const std::vector<GraphParts::Node>& nodes, const BlockCatalogue& catalogue)
-        : finder(nodes, catalogue) {}
+    RateValues(const std::vector<GraphParts::Node>& nodes, const SourceRates& sources,
+               const BlockCatalogue& catalogue)
+        : finder(nodes, sources, catalogue) {}
 
     /// Whose number it is.
     struct Target {

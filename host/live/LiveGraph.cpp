@@ -168,12 +168,13 @@ std::optional<Value> LiveGraph::withRate(const LiveBlocks::Setting& setting, con
                                          Complaints& complaints) {
     const std::lock_guard<std::mutex> still(structure); // links are followed
     const Graph::Node* const node = std::as_const(graph).find(setting.block.getName());
+    RateValues values(graph.getNodes(), graph.getSourceRates(), graph.getCatalogue());
     const auto conversion =
-        RateValues(graph.getNodes(), graph.getCatalogue())
-            .convert({.block = setting.block,
-                      .type = node == nullptr ? setting.block.getTypeName() : node->description->type,
-                      .name = setting.property.getName()},
-                     value, complaints);
+        values.convert({.block = setting.block,
+                        .type = node == nullptr ? setting.block.getTypeName() : node->description->type,
+                        .name = setting.property.getName()},
+                       value, complaints);
+    complaints.add(values.getFinder().getComplaints());
     return conversion ? std::optional(conversion->getValue(value)) : std::nullopt;
 }
 

@@ -61,6 +61,9 @@ std::string complaintAbout(const std::string& path, const std::string& included)
     const auto room = std::find_if(kRooms.begin(), kRooms.end(),
                                    [&](const Room& candidate) { return path.starts_with(candidate.folder); });
     if (room == kRooms.end()) return "";
+    const bool isUmbrella = room->folder == "framework/" || room->folder == "host/";
+    if (isUmbrella && path.find('/', room->folder.size()) != std::string::npos)
+        return path + " lies in a folder without a row";
     const bool isOfOurs = std::any_of(kRooms.begin(), kRooms.end(), [&](const Room& candidate) {
         return included.starts_with(candidate.folder);
     });

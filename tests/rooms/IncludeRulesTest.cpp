@@ -57,6 +57,8 @@ TEST(IncludeRulesTest, ArrowsRunOneWay) {
         {.file = "host/live/A.cpp", .included = "host/control/B.h", .isAllowed = false},
         {.file = "host/run/A.cpp", .included = "framework/core/B.h", .isAllowed = true},
         {.file = "host/run/A.cpp", .included = "blocks/B.h", .isAllowed = false},
+        {.file = "host/elsewhere/A.cpp", .included = "host/run/B.h", .isAllowed = false},
+        {.file = "host/QuillmereHost.h", .included = "host/run/B.h", .isAllowed = true},
         {.file = "host/run/A.cpp", .included = "plugin/B.h", .isAllowed = false},
         {.file = "cli/A.cpp", .included = "host/run/B.h", .isAllowed = true},
         {.file = "cli/A.cpp", .included = "blocks/B.h", .isAllowed = false},

@@ -55,6 +55,15 @@ TEST(SampleRateTest, StampsInBunchesAreNotSteady) {
     EXPECT_FALSE(measured(100.0, 0.001, 4000, isLost).getIsSteady()) << "a tenth lost";
 }
 
+TEST(SampleRateTest, StepsOfWhichNoRateIsANumberGiveNone) {
+    for (const double step : {5e-324, 1e-310, 1e304}) {
+        RateMeter meter;
+        for (int i = 0; i < 5; ++i)
+            meter.take(i * step);
+        EXPECT_FALSE(meter.measure()) << step;
+    }
+}
+
 TEST(SampleRateTest, NoStepForwardIsNoRate) {
     RateMeter meter;
     EXPECT_FALSE(meter.measure());

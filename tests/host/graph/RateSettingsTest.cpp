@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 namespace {
@@ -117,6 +118,49 @@ TEST_F(RateSettingsTest, ABlockThatSendsAtNoEvenRateAndAnUnknownOneLeaveNoRate) 
         "g.yaml:4:71: found '5 Hz' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected a number "
         "without a unit, since there is no rate to convert it with: nothing says how often 'g' "
         "(OddSettings) sends");
+}
+
+TEST_F(RateSettingsTest, AGeneratorSendsByItsStepAndALoopAndTheTimelineAtNoRate) {
+    const auto refusal = [&](const std::string& text) {
+        const std::string line = complaintOf(text);
+        return line.substr(std::min(line.find("with: "), line.size()));
+    };
+    const auto behind = [&](const std::string& step) {
+        return graph("FilterButterworth", "RelativeCutOffFreq: 0.02 Hz", "in", "", "g",
+                     "  - {id: g, type: FilterFunctionGenerator, properties: {SampleRate: " + step + "}}\n",
+                     "  - {from: in.x, to: out.x}\n");
+    };
+    EXPECT_EQ(
+        valueOf(behind("4"), "RelativeCutOffFreq"),
+        "0.16; b.RelativeCutOffFreq: 0.02 Hz is 0.16 of half the rate (0.25 samples/s, as stated for 'g')");
+    EXPECT_EQ(refusal(behind("0")),
+              "with: the step 'SampleRate' of 'g' (FilterFunctionGenerator) is no time");
+    EXPECT_EQ(refusal(graph("FilterButterworth", "RelativeCutOffFreq: 1 Hz", "in", "", "g",
+                            "  - {id: g, type: FilterGain}\n  - {id: h, type: FilterGain}\n",
+                            "  - {from: g, to: h}\n  - {from: h, to: g}\n  - {from: in.x, to: out.x}\n")),
+              "with: 'g' stands in a loop, which has no rate of its own");
+    EXPECT_EQ(
+        refusal("format: 1\nblocks:\n" + source() +
+                "  - {id: b, type: FilterButterworth, properties: {RelativeCutOffFreq: 1 Hz}}\n"
+                "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+                "connections: [{from: in.x, to: out.x}, {from: b, to: out.y}]\n"
+                "timeline: [{at: 1, send: {b.in: 1}}]\n"),
+        "with: its samples come from no block of the graph file, but from the timeline or a block that was "
+        "added");
+}
+
+TEST_F(RateSettingsTest, ALongChainIsFollowedToItsEnd) {
+    std::string blocks;
+    std::string connections = "  - {from: in.x, to: g0}\n";
+    for (int i = 0; i < 3000; ++i)
+        blocks += "  - {id: g" + std::to_string(i) + ", type: FilterGain}\n";
+    for (int i = 1; i < 3000; ++i)
+        connections += "  - {from: g" + std::to_string(i - 1) + ", to: g" + std::to_string(i) + "}\n";
+    EXPECT_EQ(valueOf(graph("FilterButterworth", "RelativeCutOffFreq: 5 Hz", "in", "", "g2999", blocks,
+                            connections),
+                      "RelativeCutOffFreq")
+                  .substr(0, 4),
+              "0.1;");
 }
 
 TEST_F(RateSettingsTest, WhatTheRateOrTheSettingDoesNotTakeIsRefusedBeforeTheRun) {
