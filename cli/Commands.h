@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -19,6 +20,9 @@ class App;
 
 namespace Quillmere::Host {
 class Job;
+class RecordingReader;
+struct Inspection;
+struct InspectionSettings;
 struct JobOptions;
 struct RunOutcome;
 } // namespace Quillmere::Host
@@ -64,6 +68,26 @@ public:
 private:
     GraphArguments arguments;
     bool asJson = false;
+};
+
+class InspectCommand final : public Command {
+public:
+    explicit InspectCommand(CLI::App& command);
+    ExitCode run() override;
+
+private:
+    std::unique_ptr<Quillmere::Host::RecordingReader>
+    open(const Quillmere::Host::InspectionSettings& said) const;
+    void checkFiles() const;
+    ExitCode writeFiles(const Quillmere::Host::Inspection& found,
+                        const Quillmere::Host::InspectionSettings& said) const;
+
+    std::string file;
+    std::vector<std::string> settings;
+    std::string profile; ///< Where the properties of a source are written; empty for nowhere.
+    std::string graph;   ///< The same of a graph.
+    bool asJson = false;
+    bool overwrites = false;
 };
 
 class ResponseCommand final : public Command {

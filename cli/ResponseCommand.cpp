@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
+#include "cli/SideFile.h"
 #include "cli/Usage.h"
 #include "cli/UsageError.h"
 #include "host/graph/Graph.h"
@@ -10,14 +11,11 @@
 #include "host/text/Printable.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/description/ValueReader.h"
-#include "host/ends/RecordingException.h"
-#include "host/recording/ResultFile.h"
 #include "host/response/ResponseReport.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -27,6 +25,8 @@ using namespace Quillmere::Host;
 using Quillmere::Core::Filter;
 
 namespace {
+
+constexpr const char* kPictureOption = "--picture";
 
 std::vector<std::string> namesOf(const Quillmere::Core::PropertyBag& properties) {
     std::vector<std::string> names;
@@ -100,38 +100,6 @@ ResultOptions pictureOptions(bool overwrites) {
     return {.overwrites = overwrites, .looksOwn = getIsResponseSvg};
 }
 
-/// Before the measurement, which may take long.
-void checkPicture(const std::string& path, bool overwrites) {
-    const auto refusal = ResultPath(path).findRefusal(pictureOptions(overwrites));
-    if (refusal) throw UsageError({{"--picture"}, refusal->found, refusal->expected});
-}
-
-/// What the command reads is never replaced, whatever the user allows.
-void keepFromPicture(const std::string& picture, const std::string& file, const std::string& what) {
-    std::error_code error; // of what isn't there, which can't be the same
-    if (std::filesystem::equivalent(picture, file, error))
-        throw UsageError(
-            {{"--picture"}, what + " '" + printable(file, kLongestName) + "'", "a file that isn't read"});
-}
-
-/// False, with a message, where it can't be written; half a picture is of no use to anybody.
-bool writePicture(const std::string& path, bool overwrites, const std::string& svg) {
-    try {
-        ResultFile file(path, pictureOptions(overwrites));
-        try {
-            file.write(svg.data(), svg.size());
-            file.complete();
-        } catch (...) {
-            file.discard();
-            throw;
-        }
-    } catch (const RecordingException& exception) {
-        std::cerr << "quillmere: " << exception.what() << "\n";
-        return false;
-    }
-    return true;
-}
-
 } // namespace
 
 ResponseCommand::ResponseCommand(CLI::App& command) {
@@ -152,23 +120,23 @@ ResponseCommand::ResponseCommand(CLI::App& command) {
         ->type_name("COUNT")
         ->check(wholeNumber(1, 10000))
         ->capture_default_str();
-    command.add_option("--picture", picture, "Write a picture, too.")->type_name("FILE.svg");
+    command.add_option(kPictureOption, picture, "Write a picture, too.")->type_name("FILE.svg");
     command.add_flag("--overwrite", overwrites, "Let the picture replace a file that is none of these.");
     plugins.enter(command);
 }
 
 ExitCode ResponseCommand::run() {
     if (!picture.empty()) {
-        checkPicture(picture, overwrites);
-        if (!block.empty()) keepFromPicture(picture, target, "the graph");
+        checkSideFile(kPictureOption, picture, pictureOptions(overwrites));
+        if (!block.empty()) keepFromSideFile(kPictureOption, picture, target, "the graph");
         for (const std::string& plugin : plugins.plugins)
-            keepFromPicture(picture, plugin, "the plug-in");
+            keepFromSideFile(kPictureOption, picture, plugin, "the plug-in");
     }
     BlockCatalogue catalogue = loadCatalogue(plugins);
     const FrequencyResponse response = block.empty() ? measureType(catalogue) : measureGraph(catalogue);
     std::cout << responseAsCsv(response);
-    const bool isWhole =
-        picture.empty() || writePicture(picture, overwrites, responseAsSvg(response, title()));
+    const bool isWhole = picture.empty() ||
+                         writeSideFile(picture, pictureOptions(overwrites), responseAsSvg(response, title()));
     if (const std::size_t count = response.countUnsettled(); count > 0)
         std::cerr << "at " << count << " of " << response.points.size()
                   << " frequencies the output grows without bound, doesn't settle or isn't finite\n";

@@ -48,6 +48,7 @@ struct CommandEntry {
 const CommandEntry kCommands[] = {
     {"run", "Run a graph over its recordings and write the results.", make<Cli::RunCommand>},
     {"check", "Tell whether a graph could run, and everything that is wrong.", make<Cli::CheckCommand>},
+    {"inspect", "Tell what is in a recording, and write a graph that reads it.", make<Cli::InspectCommand>},
     {"blocks", "List the block types, or show one.", make<Cli::BlocksCommand>},
     {"response", "Measure what a block does to each frequency: CSV, and a picture.",
      make<Cli::ResponseCommand>},

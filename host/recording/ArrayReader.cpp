@@ -28,6 +28,11 @@ ArrayReader::ArrayReader(std::unique_ptr<RecordingFile> openFile, ArrayContent w
 
 ArrayReader::~ArrayReader() = default;
 
+std::vector<std::string> ArrayReader::getForm() const {
+    if (content.path.empty()) return {"samples of a WAV file"};
+    return {"the variable '" + printable(content.path, kLongestName) + "' of the file"};
+}
+
 RecordingReader::Row ArrayReader::takeRow(double* values) {
     beginRow();
     if (next == content.data->getRows()) return Row::End;

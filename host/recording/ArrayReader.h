@@ -49,6 +49,7 @@ public:
     ~ArrayReader() override;
 
     const std::string& getPath() const override { return file->getName(); }
+    std::vector<std::string> getForm() const override;
     Row takeRow(double* values) override;
 
     std::uint64_t getBytesRead() const override;

@@ -27,6 +27,9 @@ public:
     explicit BidsReader(std::unique_ptr<RecordingFile> openFile);
 
     const std::string& getPath() const override { return file->getName(); }
+    std::vector<std::string> getForm() const override {
+        return {"motion data of BIDS, with its channels and its description beside it"};
+    }
     void setMissing(const std::vector<std::string>& texts) override;
     Row takeRow(double* values) override;
 

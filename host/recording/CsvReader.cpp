@@ -52,6 +52,7 @@ CsvReader::CsvReader(std::unique_ptr<RecordingFile> file, const ReadingWishes& w
     decimal = table.dialect.decimal;
     endsWithSeparator = table.dialect.endsWithSeparator;
     isEveryCellOdd = decimal != '.';
+    form = std::move(table.form);
     notes = std::move(table.dialect.notes);
     columns = std::move(table.columns);
     rate = table.rate;

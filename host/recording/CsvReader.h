@@ -39,6 +39,7 @@ public:
     explicit CsvReader(std::unique_ptr<RecordingFile> file, const ReadingWishes& wishes = {});
 
     const std::string& getPath() const override { return lines.getFile().getName(); }
+    std::vector<std::string> getForm() const override { return form; }
     std::vector<std::string> getNotes() const override;
     void setMissing(const std::vector<std::string>& texts) override;
     void setStop(const std::stop_token& token) override { lines.getFile().setStop(token); }
@@ -92,6 +93,7 @@ private:
     char separator = ',';
     char decimal = '.';
     bool endsWithSeparator = false;
+    std::vector<std::string> form;
     std::vector<std::string> notes;
 
     std::unique_ptr<RowClock> clock; ///< Null where times are numbers in seconds.

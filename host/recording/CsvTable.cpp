@@ -5,6 +5,7 @@
 #include "host/recording/CsvCells.h"
 #include "host/recording/CsvSniffer.h"
 #include "host/recording/Dialect.h"
+#include "host/recording/FormText.h"
 #include "host/recording/RecordingProfile.h"
 #include "host/recording/TimeSniffer.h"
 #include "host/recording/UnitText.h"
@@ -48,6 +49,8 @@ public:
         for (const std::size_t column : table.times.columns)
             table.columns[column].kind = RecordingReader::Column::Kind::Time;
         table.rate = statedRate(table.dialect.preamble);
+        table.form = describeForm(table.dialect, profile, !wishes.profile.empty());
+        if (lines.getFile().getIsPacked()) table.form.emplace_back("compressed by gzip");
         return std::move(table);
     }
 

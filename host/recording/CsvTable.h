@@ -19,7 +19,8 @@ struct CsvTable {
     CsvDialect dialect;
     std::vector<RecordingReader::Column> columns;
     TimePlan times;
-    std::optional<double> rate; ///< Rows a second, as lines in front of the header state it.
+    std::vector<std::string> form; ///< What it was taken for and why, for people: each a part of a sentence.
+    std::optional<double> rate;    ///< Rows a second, as lines in front of the header state it.
 };
 
 /// Reads the begin of a table: what `lines` give next is its first row. Of a pipe it waits for the header;

@@ -53,6 +53,8 @@ public:
     /// Whether that column's cells have to be made seconds of, which `getTime` gives; else they are numbers
     /// in seconds, and whoever wants them selects the column.
     bool getHasOwnTimes() const { return hasOwnTimes; }
+    /// What the file was taken for and why, for people: each a part of a sentence, the form first. [any]
+    virtual std::vector<std::string> getForm() const { return {}; }
     /// What was guessed or mended and changes numbers, for the user: each a part of a sentence. [run, or
     /// behind it]
     virtual std::vector<std::string> getNotes() const { return {}; }

@@ -504,7 +504,7 @@ TEST_F(Command, WrongUsageIsNamedAndGuessed) {
         Strings words;
         const char* text;
     };
-    const char* const commands = "expected one of run, check, blocks, response, ctl and help";
+    const char* const commands = "expected one of run, check, inspect, blocks, response, ctl and help";
     const Row rows[] = {
         {{}, "found no command; COMMANDS ('quillmere help' tells what they do)"},
         {{"runn", "g.yaml"}, "found the command 'runn'; COMMANDS; did you mean run?"},
@@ -556,7 +556,7 @@ TEST_F(Command, WrongUsageIsNamedAndGuessed) {
 
 TEST_F(Command, HelpIsACommandToo) {
     EXPECT_EQ(call({"help"}).out, call({"--help"}).out);
-    for (const char* const command : {"run", "check", "blocks", "response", "ctl", "help"}) {
+    for (const char* const command : {"run", "check", "inspect", "blocks", "response", "ctl", "help"}) {
         const Ended helped = call({"help", command});
         EXPECT_EQ(helped.exitCode, 0) << helped.err;
         EXPECT_EQ(helped.out, call({command, "--help"}).out);
@@ -573,13 +573,13 @@ TEST_F(Command, CompletionKnowsEveryCommandAndOption) {
         EXPECT_EQ(ended.err, "");
         return ended.out;
     };
-    EXPECT_EQ(complete("quillmere ''"), "run check blocks response ctl help --help --version\n");
+    EXPECT_EQ(complete("quillmere ''"), "run check inspect blocks response ctl help --help --version\n");
     EXPECT_EQ(complete("quillmere re"), "response\n");
     EXPECT_EQ(complete("quillmere run --in"), "--input\n");
     EXPECT_EQ(complete("quillmere help c"), "check ctl\n");
     EXPECT_EQ(complete("quillmere run g"), "\n") << "files are the shell's own matter";
     const std::regex option("--[a-z]+");
-    for (const std::string command : {"run", "check", "blocks", "response", "ctl"}) {
+    for (const std::string command : {"run", "check", "inspect", "blocks", "response", "ctl"}) {
         const std::string known = complete("quillmere " + command + " --");
         const std::string help = call({command, "--help"}).out;
         const std::size_t options = help.find("Options:");

@@ -47,9 +47,17 @@ protected:
 };
 
 TEST_F(FullDisk, WhatCannotBePrintedIsAFailure) {
-    const Strings calls[] = {{"--help"},          {"--version"},        {"run", "--help"},
-                             {"blocks"},          {"blocks", "--json"}, {"blocks", "FilterGain"},
-                             {"check", "g.yaml"}, {"run", "g.yaml"},    {"response", "FilterGain"}};
+    const Strings calls[] = {{"--help"},
+                             {"--version"},
+                             {"run", "--help"},
+                             {"blocks"},
+                             {"blocks", "--json"},
+                             {"blocks", "FilterGain"},
+                             {"check", "g.yaml"},
+                             {"run", "g.yaml"},
+                             {"response", "FilterGain"},
+                             {"inspect", "in.csv", "--set", "time=t"},
+                             {"inspect", "in.csv", "--json", "--set", "time=t"}};
     for (const Strings& arguments : calls) {
         const Ended ended = call(arguments, "/dev/full");
         EXPECT_EQ(ended.exitCode, 1) << testing::PrintToString(arguments);

@@ -42,6 +42,7 @@ const std::vector<Room> kRooms = {
     hostRoom("ends", {"text", "plugins", "description"}),
     hostRoom("graph", {"text", "plugins", "description", "ends"}),
     hostRoom("recording", {"text", "plugins", "description", "ends"}),
+    hostRoom("inspection", {"text", "plugins", "description", "ends", "recording"}),
     hostRoom("response", {"text", "plugins", "description", "ends", "graph"}),
     hostRoom("run", {"text", "plugins", "description", "ends", "graph", "recording", "response"}),
     hostRoom("live", {"text", "plugins", "description", "ends", "graph", "run"}),

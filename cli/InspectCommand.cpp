@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+#include "cli/Commands.h"
+
+#include "cli/GraphArguments.h"
+#include "cli/RunReport.h"
+#include "cli/SideFile.h"
+#include "cli/StopSignals.h"
+#include "cli/UsageError.h"
+#include "host/description/ValueReader.h"
+#include "host/ends/RecordingException.h"
+#include "host/ends/StandardStream.h"
+#include "host/inspection/Inspection.h"
+#include "host/inspection/InspectionFiles.h"
+#include "host/inspection/InspectionJson.h"
+#include "host/inspection/InspectionReport.h"
+#include "host/recording/RecordingForms.h"
+#include "host/text/Printable.h"
+
+#include <CLI/CLI.hpp>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+
+namespace Cli {
+
+using namespace Quillmere::Host;
+
+namespace {
+
+constexpr const char* kProfileOption = "--profile";
+constexpr const char* kGraphOption = "--graph";
+
+InspectionSettings settingsOf(const std::vector<std::string>& texts) {
+    InspectionSettings settings;
+    Complaints complaints;
+    for (const std::string& text : texts) {
+        const auto [name, value] = splitSetting(text, "--set", "PROPERTY=VALUE");
+        const std::string option = "--set " + printable(text, kLongestName);
+        if (auto read = readValueText(value, option, false, complaints)) {
+            GraphDescription::Setting setting;
+            setting.name = name;
+            setting.where = {option};
+            setting.value = std::move(*read);
+            settings.take(std::move(setting), complaints);
+        }
+    }
+    settings.finish(complaints);
+    complaints.raise();
+    return settings;
+}
+
+ResultOptions optionsOf(bool overwrites) {
+    return {.overwrites = overwrites, .looksOwn = getIsOfInspection};
+}
+
+/// Whether standard output is a terminal of people who read more than ASCII: what goes to a file or another
+/// program is the same everywhere.
+bool getShowsUtf8() {
+    if (::isatty(STDOUT_FILENO) == 0) return false;
+    for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* const value = std::getenv(name);
+        if (value == nullptr || *value == '\0') continue;
+        std::string locale = value;
+        std::transform(locale.begin(), locale.end(), locale.begin(),
+                       [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+        return locale.find("utf-8") != std::string::npos || locale.find("utf8") != std::string::npos;
+    }
+    return false;
+}
+
+Inspection look(RecordingReader& reader, const InspectionSettings& settings) {
+    ProgressLine progress(ProgressLine::Clock::now(), false);
+    const StopSignals signals;
+    if (::isatty(STDERR_FILENO) == 0) return inspect(reader, settings, signals.getToken());
+    return inspect(reader, settings, signals.getToken(), [&](const InspectionProgress& now) {
+        progress.show({.rows = now.rows, .bytesRead = now.bytesRead, .bytes = now.bytes});
+    });
+}
+
+} // namespace
+
+InspectCommand::InspectCommand(CLI::App& command) {
+    command.add_option("FILE", file, "The recording; - is standard input.")->required();
+    command
+        .add_option("--set", settings,
+                    "Say how to read it, by a setting of RecordingSource: time, rate, data and the like.")
+        ->type_name("PROPERTY=VALUE")
+        ->allow_extra_args(false);
+    command.add_flag("--json", asJson, "Print what is found as JSON.");
+    command.add_option(kProfileOption, profile, "Write the properties of a source that reads it, as YAML.")
+        ->type_name("FILE.yaml");
+    command.add_option(kGraphOption, graph, "Write a graph that reads it and runs.")->type_name("FILE.yaml");
+    command.add_flag("--overwrite", overwrites, "Let these replace files that are none of these.");
+}
+
+ExitCode InspectCommand::run() {
+    checkFiles();
+    const InspectionSettings said = settingsOf(settings);
+    // A reader that goes away is a failure to write, which is told.
+    std::signal(SIGPIPE, SIG_IGN);
+    const std::unique_ptr<RecordingReader> reader = open(said);
+    if (reader == nullptr) return kNothingRun;
+    Inspection found;
+    try {
+        found = look(*reader, said);
+    } catch (const RecordingException& exception) {
+        std::cerr << "quillmere: " << exception.what() << "\n";
+        return kFailedMidway;
+    }
+    found.path = file;
+    std::ostream& out = getIsStandardStream(profile) || getIsStandardStream(graph) ? std::cerr : std::cout;
+    if (asJson)
+        out << Json::inspection(found) << "\n";
+    else
+        out << inspectionAsText(found, getShowsUtf8());
+    return writeFiles(found, said);
+}
+
+/// Null, with a message, where the file has to be explained: it says a graph's property, and there is none.
+std::unique_ptr<RecordingReader> InspectCommand::open(const InspectionSettings& said) const {
+    try {
+        return openRecording(file, said.wishes);
+    } catch (const UnclearRecording& exception) {
+        std::cerr << exception.what() << "\nquillmere: here a property is given by '--set PROPERTY=VALUE'\n";
+        return nullptr;
+    }
+}
+
+/// Before the recording is read, which may take long.
+void InspectCommand::checkFiles() const {
+    for (const auto& [option, path] : {std::pair(kProfileOption, profile), std::pair(kGraphOption, graph)}) {
+        if (path.empty()) continue;
+        checkSideFile(option, path, optionsOf(overwrites));
+        keepFromSideFile(option, path, file, "the recording");
+    }
+    if (!graph.empty() && graph == profile)
+        throw UsageError({{kGraphOption}, "the file of " + std::string(kProfileOption), "another one"});
+}
+
+ExitCode InspectCommand::writeFiles(const Inspection& found, const InspectionSettings& said) const {
+    if (profile.empty() && graph.empty()) return kDone;
+    if (const auto hindrance = findHindrance(found)) throw UsageError(*hindrance);
+    const ResultOptions options = optionsOf(overwrites);
+    const bool isProfileWhole =
+        profile.empty() || writeSideFile(profile, options, inspectionAsProfile(found, said, profile));
+    const bool isGraphWhole =
+        graph.empty() || writeSideFile(graph, options, inspectionAsGraph(found, said, graph));
+    return isProfileWhole && isGraphWhole ? kDone : kFailedMidway;
+}
+
+} // namespace Cli
