@@ -44,11 +44,11 @@ TEST_F(BlockManualTest, EveryBlockOfThePlugInHasOneThatNamesItsOutputsAndNothing
         }
         for (const auto& [name, relation] : manual.settings)
             EXPECT_NE(block->getPropertyBag().find(name), nullptr) << type << "." << name;
-        for (const auto& [name, relation] : manual.inputs) {
+        for (const auto& input : manual.inputs) {
             const auto& pins = block->getInputPins();
             EXPECT_TRUE(std::any_of(pins.begin(), pins.end(),
-                                    [&](const auto* pin) { return pin->getName() == name; }))
-                << type << "." << name;
+                                    [&](const auto* pin) { return pin->getName() == input.first; }))
+                << type << "." << input.first;
         }
         ++pages;
         folderOfPages = BlockManual::folderOf(type, catalogue);
