@@ -197,7 +197,10 @@ void Job::Implementation::summarise(RunOutcome& outcome) {
         summary->write(outcome);
     } catch (const RecordingException& exception) {
         if (!outcome.getIsWhole()) {
-            outcome.warnings.push_back(Warning{{options.summaryName}, exception.what()});
+            // Put together part by part: GCC 12 takes the parts of a temporary for uninitialized.
+            Warning& warning = outcome.warnings.emplace_back();
+            warning.where.file = options.summaryName;
+            warning.text = exception.what();
             return;
         }
         outcome.failure = exception.what();
