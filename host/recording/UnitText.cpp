@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/UnitText.h"
 
+#include "host/description/Unit.h"
 #include "host/recording/CsvCells.h"
 
 #include <algorithm>
@@ -12,63 +13,19 @@ namespace Quillmere::Host {
 
 namespace {
 
-/// As programs of devices write them, in small letters, with `u` for a micro sign and `deg` for a degree
-/// sign. Not all that there are: whatever stands in brackets is a unit too.
-constexpr std::array<std::string_view, 66> kUnits{"s",          "sec",   "secs",    "second",
-                                                  "seconds",    "ms",    "msec",    "millisecond",
-                                                  "us",         "usec",  "ns",      "min",
-                                                  "h",          "hz",    "khz",     "m/s^2",
-                                                  "m/s2",       "m/s/s", "m/(s^2)", "m/(sec^2)",
-                                                  "m/s**2",     "ms^-2", "g",       "mg",
-                                                  "gravity",    "deg/s", "deg/sec", "degrees/s",
-                                                  "dps",        "deg",   "degrees", "rad/s",
-                                                  "rad/sec",    "rad",   "mdps",    "ut",
-                                                  "mt",         "nt",    "t",       "gauss",
-                                                  "mgauss",     "gs",    "uv",      "mv",
-                                                  "v",          "ma",    "kohm",    "kohms",
-                                                  "usiemens",   "degc",  "c",       "degrees celsius",
-                                                  "celsius",    "pa",    "hpa",     "kpa",
-                                                  "mbar",       "n",     "nm",      "m",
-                                                  "mm",         "cm",    "lux",     "%",
-                                                  "local_flux", "bpm"};
+/// As programs of devices write them, in small letters, beside symbols that `Unit` knows. Not all that there
+/// are: whatever stands in brackets is a unit too. Names of columns may be words (`minutes`), so few of them
+/// are units where they stand alone.
+constexpr std::array<std::string_view, 19> kWords{
+    "sec",     "secs",    "second",    "seconds",         "msec",    "millisecond", "usec",
+    "gravity", "degrees", "degrees/s", "degrees celsius", "celsius", "c",           "gauss",
+    "mgauss",  "kohms",   "usiemens",  "local_flux",      "m/sec^2"};
 
 /// A row of units has these where there is none; alone they say nothing.
 constexpr std::array<std::string_view, 6> kNoUnits{"no_units", "no units", "n/a", "u.i.", "a.u.", "counts"};
 
-struct TimeUnit {
-    double perSecond;
-    std::array<std::string_view, 7> words;
-};
-
-constexpr std::array kTimeUnits{
-    TimeUnit{1.0, {"s", "sec", "secs", "second", "seconds", "", ""}},
-    TimeUnit{1e3, {"ms", "msec", "millis", "millisecond", "milliseconds", "", ""}},
-    TimeUnit{1e6, {"us", "usec", "micros", "microsecond", "microseconds", "", ""}},
-    TimeUnit{1e9, {"ns", "nsec", "nanos", "nanosecond", "nanoseconds", "", ""}},
-    TimeUnit{1.0 / 60.0, {"min", "mins", "minute", "minutes", "", "", ""}},
-    TimeUnit{1.0 / 3600.0, {"h", "hr", "hrs", "hour", "hours", "", ""}},
-};
-
 bool isLetter(char c) {
     return std::isalpha(static_cast<unsigned char>(c)) != 0;
-}
-
-/// With a `u` for a micro sign, of which there are two, `deg` for a degree sign, and `^2` for a raised 2.
-std::string withoutSigns(std::string_view name) {
-    constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kSigns{
-        {{"\xC2\xB5", "u"}, {"\xCE\xBC", "u"}, {"\xC2\xB0", "deg"}, {"\xC2\xB2", "^2"}}};
-    std::string text;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const auto sign = std::find_if(kSigns.begin(), kSigns.end(),
-                                       [&](const auto& one) { return name.substr(i, 2) == one.first; });
-        if (sign == kSigns.end()) {
-            text += name[i];
-            continue;
-        }
-        text += sign->second;
-        ++i;
-    }
-    return text;
 }
 
 std::string smallUnit(std::string_view text) {
@@ -83,7 +40,8 @@ std::string smallUnit(std::string_view text) {
 }
 
 bool isKnownUnit(std::string_view text) {
-    return std::find(kUnits.begin(), kUnits.end(), smallUnit(text)) != kUnits.end();
+    const std::string small = smallUnit(text);
+    return getIsSymbol(small) || std::find(kWords.begin(), kWords.end(), small) != kWords.end();
 }
 
 /// Whether a unit may stand behind a `_`: `UTC_Second` and `vel_n` have none.
@@ -95,7 +53,7 @@ bool isSuffix(std::string_view text) {
 }
 
 /// Where the unit in a name begins, and whether it stands in brackets; the name's length when it has none.
-std::pair<std::size_t, bool> findUnit(std::string_view name) {
+std::pair<std::size_t, bool> placeOfUnit(std::string_view name) {
     if (name.size() > 2 && (name.back() == ')' || name.back() == ']')) {
         const char opening = name.back() == ')' ? '(' : '[';
         int depth = 0; // `(m/(s^2))`
@@ -121,7 +79,7 @@ bool getIsUnit(std::string_view text) {
 
 std::string unitOfName(std::string_view name) {
     name = trimmed(name);
-    const auto [begin, isBracketed] = findUnit(name);
+    const auto [begin, isBracketed] = placeOfUnit(name);
     if (begin == name.size()) return {};
     const std::string_view unit = name.substr(begin + 1, name.size() - begin - (isBracketed ? 2 : 1));
     // `timestamp (-0400)` has a zone there.
@@ -132,15 +90,13 @@ std::string unitOfName(std::string_view name) {
 
 std::string nameWithoutUnit(std::string_view name) {
     name = trimmed(name);
-    return std::string(trimmed(name.substr(0, findUnit(name).first)));
+    return std::string(trimmed(name.substr(0, placeOfUnit(name).first)));
 }
 
 std::optional<double> unitsPerSecond(std::string_view unit) {
-    const std::string small = smallUnit(unit);
-    if (small.empty()) return std::nullopt;
-    for (const TimeUnit& one : kTimeUnits)
-        if (std::find(one.words.begin(), one.words.end(), small) != one.words.end()) return one.perSecond;
-    return std::nullopt;
+    const Unit* const found = findUnitOfTime(smallUnit(unit));
+    if (found == nullptr) return std::nullopt;
+    return static_cast<double>(found->denominator) / static_cast<double>(found->numerator);
 }
 
 std::vector<std::string> wordsOfName(const std::string& name) {

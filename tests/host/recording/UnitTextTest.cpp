@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/UnitText.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace Quillmere::Host;
+
+TEST(UnitTextTest, TellsUnitsThatStandAlone) {
+    for (const char* const unit : {"s",        "sec",        "ms",
+                                   "us",       "µs",         "ns",
+                                   "min",      "h",          "Hz",
+                                   "m/s^2",    "m/s2",       "m/s²",
+                                   "m/s/s",    "m/(s^2)",    "m/(sec^2)",
+                                   "m/s**2",   "ms^-2",      "g",
+                                   "mg",       "gravity",    "deg/s",
+                                   "°/s",      "deg/sec",    "degrees/s",
+                                   "dps",      "deg",        "degrees",
+                                   "rad/s",    "rad/sec",    "rad",
+                                   "mdps",     "uT",         "µT",
+                                   "mT",       "nT",         "T",
+                                   "gauss",    "mgauss",     "Gs",
+                                   "uV",       "mV",         "V",
+                                   "mA",       "kOhm",       "kOhms",
+                                   "uSiemens", "degC",       "°C",
+                                   "C",        "celsius",    "degrees celsius",
+                                   "Pa",       "hPa",        "kPa",
+                                   "mbar",     "N",          "Nm",
+                                   "m",        "mm",         "cm",
+                                   "lux",      "%",          "local_flux",
+                                   "bpm",      "[furlongs]", "(x)",
+                                   "no_units", "n/a",        "counts"})
+        EXPECT_TRUE(getIsUnit(unit)) << unit;
+    for (const char* const name : {"", "a", "x", "time", "hours", "minutes", "millis", "acc_x", "1", "left"})
+        EXPECT_FALSE(getIsUnit(name)) << name;
+}
+
+TEST(UnitTextTest, TakesUnitsFromNames) {
+    struct Row {
+        const char* name;
+        const char* label;
+        const char* unit;
+    };
+    constexpr Row rows[]{
+        {"Time (s)", "Time", "s"},
+        {"acc [m/(s^2)]", "acc", "m/(s^2)"},
+        {"acc_x_m/s^2", "acc_x", "m/s^2"},
+        {"gyr_x_dps", "gyr_x", "dps"},
+        {"accel[0] [g]", "accel[0]", "g"},
+        {"accel[0]", "accel", ""}, // a number is no unit, though brackets aren't the name's
+        {"timestamp (-0400)", "timestamp", ""},
+        {"UTC_Second", "UTC_Second", ""},
+        {"vel_n", "vel_n", ""},
+        {"acc", "acc", ""},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(nameWithoutUnit(row.name), row.label) << row.name;
+        EXPECT_EQ(unitOfName(row.name), row.unit) << row.name;
+    }
+}
+
+TEST(UnitTextTest, CountsUnitsOfTimeInWhateverLetters) {
+    EXPECT_EQ(unitsPerSecond("s"), 1.0);
+    EXPECT_EQ(unitsPerSecond("[MS]"), 1e3);
+    EXPECT_EQ(unitsPerSecond("µs"), 1e6);
+    EXPECT_EQ(unitsPerSecond("Nanoseconds"), 1e9);
+    EXPECT_EQ(unitsPerSecond("mins"), 1.0 / 60.0);
+    EXPECT_EQ(unitsPerSecond("hours"), 1.0 / 3600.0);
+    EXPECT_EQ(unitsPerSecond("g"), std::nullopt);
+    EXPECT_EQ(unitsPerSecond(""), std::nullopt);
+}
+
+} // namespace
