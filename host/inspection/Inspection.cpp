@@ -95,8 +95,8 @@ private:
         told.columns.resize(reader.getColumns().size());
         for (std::size_t i = 0; i < told.columns.size(); ++i)
             told.columns[i].described = reader.getColumns()[i];
-        told.statedRate = settings.rate ? settings.rate : reader.getRate();
-        if (settings.rate) {
+        told.statedRate = settings.clock.rate ? settings.clock.rate : reader.getRate();
+        if (settings.clock.rate) {
             told.clock = Inspection::Clock::SaidRate;
         } else if (const auto column = findTimeColumn()) {
             told.clock = Inspection::Clock::Column;

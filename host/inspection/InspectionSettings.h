@@ -3,10 +3,10 @@
 
 #include "framework/core/Api.h"
 #include "host/description/GraphDescription.h"
+#include "host/recording/ReadingSettings.h"
 #include "host/recording/ReadingWishes.h"
 #include "host/text/Complaint.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,15 +17,12 @@ namespace Quillmere::Host {
 struct QUILLMERE_API InspectionSettings {
     std::vector<GraphDescription::Setting> written; ///< As they were given, for a graph.
     ReadingWishes wishes;
-    std::optional<double> rate; ///< Rows a second.
+    RecordingClock clock;
 
     /// Takes one, in place of one of the same name. What is wrong with it is complained of. [setup]
     void take(GraphDescription::Setting setting, Complaints& complaints);
     /// Complains of what doesn't go together, and makes the wishes whole. [setup]
     void finish(Complaints& complaints);
-
-private:
-    void takeTime(const Value& value, Complaints& complaints);
 };
 
 } // namespace Quillmere::Host

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <optional>
 
 namespace Quillmere::Host {
@@ -70,6 +71,54 @@ bool takeTimeSetting(const std::string& name, const Value& value, ReadingWishes&
     return true;
 }
 
+bool takeFormSetting(const std::string& name, const Value& value, ReadingWishes& wishes,
+                     Complaints& complaints) {
+    if (name == "separator") {
+        takeSeparator(value, wishes, complaints);
+    } else if (name == "decimal") {
+        wishes.decimal = takeChoice(value, {"point", "comma"}, complaints) == 1 ? ',' : '.';
+    } else if (name == "comment") {
+        wishes.comment = toText(value, complaints);
+    } else if (name == "skipLines") {
+        if (const auto count = takeUpTo(value, kMostLines, complaints))
+            wishes.skipLines = static_cast<std::size_t>(*count);
+    } else if (name == "headerRows") {
+        if (const auto count = takeUpTo(value, 2, complaints))
+            wishes.headerRows = static_cast<std::size_t>(*count);
+    } else if (name == "unitsRow") {
+        wishes.hasUnitsRow = toFlag(value, complaints);
+    } else if (name == "profile") {
+        const std::vector<std::string> names = profileNames();
+        wishes.profile = names[takeChoice(value, names, complaints)];
+    } else {
+        return takeTimeSetting(name, value, wishes, complaints);
+    }
+    return true;
+}
+
+void takeTime(const Value& value, RecordingClock& clock, Complaints& complaints) {
+    clock.columns.clear();
+    if (value.kind != Value::Kind::List) {
+        if (const auto name = toText(value, complaints)) clock.columns.push_back({*name, value.where});
+        return;
+    }
+    for (const Value& item : value.items)
+        if (const auto name = toText(item, complaints)) clock.columns.push_back({*name, item.where});
+    if (value.items.empty() || value.items.size() > 2)
+        complaints.add(value.where, value.describe(),
+                       "a column, or two with the date and the time: [date, time]");
+}
+
+void takeMissing(const Value& value, ReadingWishes& wishes, Complaints& complaints) {
+    if (value.kind == Value::Kind::Map || value.kind == Value::Kind::Null) {
+        complaints.add(value.where, value.describe(), "a list of texts, as in [NA, \"\"]");
+        return;
+    }
+    wishes.missing.clear();
+    for (const Value& text : value.isScalar() ? std::vector<Value>{value} : value.items)
+        if (const auto word = toText(text, complaints)) wishes.missing.push_back(*word);
+}
+
 } // namespace
 
 std::vector<HostBlock::SettingDescription> getReadingSettings() {
@@ -94,27 +143,20 @@ std::vector<HostBlock::SettingDescription> getReadingSettings() {
 }
 
 bool takeReadingSetting(const GraphDescription::Setting& setting, ReadingWishes& wishes,
-                        Complaints& complaints) {
+                        RecordingClock& clock, Complaints& complaints) {
     const Value& value = setting.value;
-    if (setting.name == "separator") {
-        takeSeparator(value, wishes, complaints);
-    } else if (setting.name == "decimal") {
-        wishes.decimal = takeChoice(value, {"point", "comma"}, complaints) == 1 ? ',' : '.';
-    } else if (setting.name == "comment") {
-        wishes.comment = toText(value, complaints);
-    } else if (setting.name == "skipLines") {
-        if (const auto count = takeUpTo(value, kMostLines, complaints))
-            wishes.skipLines = static_cast<std::size_t>(*count);
-    } else if (setting.name == "headerRows") {
-        if (const auto count = takeUpTo(value, 2, complaints))
-            wishes.headerRows = static_cast<std::size_t>(*count);
-    } else if (setting.name == "unitsRow") {
-        wishes.hasUnitsRow = toFlag(value, complaints);
-    } else if (setting.name == "profile") {
-        const std::vector<std::string> names = profileNames();
-        wishes.profile = names[takeChoice(value, names, complaints)];
+    if (setting.name == "data") {
+        wishes.data = toText(value, complaints).value_or("");
+    } else if (setting.name == "time") {
+        takeTime(value, clock, complaints);
+    } else if (setting.name == "rate") {
+        clock.rate = toNumber(value, complaints);
+        if (clock.rate && !(*clock.rate > 0.0 && std::isfinite(*clock.rate)))
+            complaints.add(value.where, value.describe(), "a rate above 0 rows a second");
+    } else if (setting.name == "missing") {
+        takeMissing(value, wishes, complaints);
     } else {
-        return takeTimeSetting(setting.name, value, wishes, complaints);
+        return takeFormSetting(setting.name, value, wishes, complaints);
     }
     return true;
 }

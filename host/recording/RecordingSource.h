@@ -7,8 +7,8 @@
 #include "host/ends/RecordedSource.h"
 #include "host/ends/Source.h"
 #include "host/ends/WakingSource.h"
-#include "host/recording/ReadingWishes.h"
 #include "host/recording/RecordingRows.h"
+#include "host/recording/RecordingSettings.h"
 
 #include <cstdint>
 #include <deque>
@@ -70,31 +70,14 @@ public:
     std::optional<SampleRate> getSampleRate(const Core::AbstractOutputPin& pin) const override;
 
 private:
-    struct Column {
-        std::string name;
-        Place where;
-    };
     struct Output {
         Output(const std::string& name, Core::PinManager* manager) : pin(name, manager) {}
         Core::OutputPin<Core::MatrixXd> pin;
-        std::vector<Column> columns;
         std::vector<double> frame; ///< The rows of the frame that is being gathered,
         std::vector<char> missing; ///< and which of its elements are missing values.
     };
 
-    void takeSetting(const GraphDescription::Setting& setting, const std::string& folder,
-                     Complaints& complaints);
-    void takePins(const Value& value, Complaints& complaints);
-    void takeTime(const Value& value, Complaints& complaints);
-    void takeColumns(const Value& value, Output& output, Complaints& complaints);
-    std::optional<std::int64_t> takeCount(const Value& value, Complaints& complaints);
-    void takeMissing(const Value& value, Complaints& complaints);
-    void refuseTwoClocks(const GraphDescription::Block& description, Complaints& complaints) const;
-    ReadingWishes gatherWishes() const;
     std::unique_ptr<RecordingReader> openReader() const;
-    bool unfoldPatterns(const std::vector<std::string>& names, Complaints& complaints);
-    bool planCells(const RecordingReader& reader, Complaints& complaints);
-    bool planTimes(const RecordingReader& reader, Complaints& complaints);
     void warnOfShortFile(Complaints& complaints) const;
 
     std::optional<SourceAccount::OtherUnit> findOtherUnitOfTime() const;
@@ -104,15 +87,8 @@ private:
     void fill(std::size_t pin);
     std::size_t findOutput(const Core::AbstractOutputPin& pin) const;
 
-    std::deque<Output> outputs;      ///< Pins can't move.
-    std::vector<Column> timeColumns; ///< One, or the date and the time; none: the file says which.
-    std::optional<double> rate;      ///< Rows a second.
-    ReadingWishes wishes;            ///< Of how to read; `gatherWishes` has those of what, too.
-    bool isRateOfFile = false;       ///< Nobody but the file says a rate.
-    std::size_t frameRows = 0;       ///< 0: no frames.
-    Place frameWhere;
-    std::size_t hop = 0; ///< Rows from frame to frame; 0 until told: the frame's own length.
-    RowPlan plan;        ///< Whole when the recording is open.
+    RecordingSettings settings; ///< Without patterns when the recording is open.
+    std::deque<Output> outputs; ///< For each pin of the settings; pins can't move.
 
     std::unique_ptr<RecordingRows> recording;
     Core::Tally rows;         ///< Sent, or taken into a frame.

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/ends/HostBlock.h"
+#include "host/recording/ReadingSettings.h"
+#include "host/recording/ReadingWishes.h"
+#include "host/recording/RecordingRows.h"
+#include "host/text/Complaint.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// What a graph says of a recording: how it is read, which of its columns go to which pin, when its rows were
+/// taken and what becomes of them. All settings of a `RecordingSource` but its file.
+struct RecordingSettings {
+    struct Pin {
+        std::string name;
+        std::vector<NamedColumn> columns;
+    };
+
+    ReadingWishes wishes; ///< Of how to read; `gatherWishes` has those of what, too.
+    RecordingClock clock;
+    std::vector<Pin> pins;
+    std::size_t frameRows = 0; ///< 0: no frames.
+    Place frameWhere;
+    std::size_t hop = 0; ///< Rows from frame to frame; 0 until told: the frame's own length.
+    OnBadRow onBadRow = OnBadRow::Error;
+    OnCutEnd onCutEnd = OnCutEnd::Keep;
+
+    static std::vector<HostBlock::SettingDescription> getDescriptions();
+
+    /// Takes one; false for a setting that isn't a recording's. What is wrong with its value is complained
+    /// of. [setup]
+    bool take(const GraphDescription::Setting& setting, Complaints& complaints);
+    /// Complains of what is missing or doesn't go together, in the source named `block`. [setup]
+    void finish(const std::string& block, const GraphDescription::Block& description, Complaints& complaints);
+
+    ReadingWishes gatherWishes() const;
+
+private:
+    void takePins(const Value& value, Complaints& complaints);
+};
+
+} // namespace Quillmere::Host
