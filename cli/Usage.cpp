@@ -97,7 +97,8 @@ UsageError refusalOf(const CLI::ParseError& error, const CLI::App& command, cons
         return UsageError({{}, printable(flag, kLongestName), flag.substr(0, flag.find(' ')) + " alone"});
     }
     default:
-        return UsageError(text); // our own checks have the house's form
+        // Our own checks have the house's form.
+        return UsageError(text, {Complaint::sentence({}, text, "a call as '" + whole + " --help' tells")});
     }
 }
 } // namespace

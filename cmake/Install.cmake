@@ -1,6 +1,6 @@
-# `cmake --install` gives bin/quillmere, the three libraries, the headers in the tree in which they are written here, a
-# package that `find_package(Velmarind)` finds, with the targets Quillmere::Core, Quillmere::Host and Quillmere::Testing,
-# and, under share/doc, the licence, the documents and the examples.
+# `cmake --install` gives bin/quillmere, the three libraries, the headers in the tree in which they are
+# written here, a package that `find_package(Velmarind)` finds, with the targets Quillmere::Core,
+# Quillmere::Host and Quillmere::Testing, and, under share/doc, the licence, the documents and the examples.
 
 include(CMakePackageConfigHelpers)
 
@@ -10,7 +10,8 @@ set(package "${CMAKE_INSTALL_LIBDIR}/cmake/Velmarind")
 set_target_properties(velmarind_numerics PROPERTIES EXPORT_NAME numerics)
 file(STRINGS "${PROJECT_SOURCE_DIR}/framework/core/Version.h" frameworkVersion REGEX "kFrameworkVersion =")
 string(REGEX MATCH "[0-9.]+[0-9]" frameworkVersion "${frameworkVersion}")
-# The version of the framework is part of the libraries' names: a plug-in runs with the one that it was built for.
+# The version of the framework is part of the libraries' names: a plug-in runs with the one that it was built
+# for.
 set_target_properties(QuillmereCore QuillmereHost PROPERTIES VERSION ${frameworkVersion} SOVERSION 0)
 set_target_properties(QuillmereCore QuillmereHost Velmarind PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(quillmere PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
@@ -29,7 +30,8 @@ endforeach()
 foreach(header IN ITEMS EntryPoints FilterFactory PluginEntry)
   install(FILES "${PROJECT_SOURCE_DIR}/plugin/${header}.h" DESTINATION "${headers}/plugin")
 endforeach()
-# Of the blocks' headers one is needed to build; the others are what each block's comment is read in, and what they hold.
+# Of the blocks' headers one is needed to build; the others are what each block's comment is read in, and what
+# they hold.
 foreach(folder IN ITEMS blocks design spectral estimation)
   install(DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}" DESTINATION "${headers}"
     FILES_MATCHING PATTERN "*.h" PATTERN kernels EXCLUDE)
@@ -39,7 +41,7 @@ foreach(file IN ITEMS Feed.h Feed.cpp Numbers.h Numbers.cpp)
   install(FILES "${PROJECT_SOURCE_DIR}/tests/support/${file}" DESTINATION "${headers}/tests/support")
 endforeach()
 
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/manual/" DESTINATION "${CMAKE_INSTALL_LIBDIR}/libVelmarind.manual"
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/manual/" DESTINATION "${CMAKE_INSTALL_LIBDIR}/${VELMARIND_MANUAL}"
   FILES_MATCHING PATTERN "*.yaml")
 
 # Under the command's name, as bash looks for it.

@@ -1,9 +1,9 @@
-# Libraries that read recordings of one form each. A form is built in where its library is found, and off elsewhere: then
-# RecordingForms.cpp refuses its files by name. The libraries stay private to the one that links them, and their headers
-# are none of ours.
+# Libraries that read recordings of one form each. A form is built in where its library is found, and off
+# elsewhere: then RecordingForms.cpp refuses its files by name. The libraries stay private to the one that
+# links them, and their headers are none of ours.
 
-# velmarind_recording_library(NAME what LIBRARY names HEADER file [SUFFIXES folders] SOURCES files...): adds what reads the
-# form to QuillmereHost, and QUILLMERE_WITH_NAME to RecordingForms.cpp.
+# velmarind_recording_library(NAME what LIBRARY names HEADER file [SUFFIXES folders] SOURCES files...): adds
+# what reads the form to QuillmereHost, and QUILLMERE_WITH_NAME to RecordingForms.cpp.
 function(velmarind_recording_library name what)
   cmake_parse_arguments(ARG "" "HEADER" "LIBRARY;SUFFIXES;SOURCES" ${ARGN})
   option(VELMARIND_WITH_${name} "Read recordings: ${what}, where the library is found" ON)

@@ -11,13 +11,19 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 
-# What gets -O3 in every build but those for debugging: loops that are unrolled and kept in registers cost half there.
+# What a plug-in's blocks say of themselves stands beside it: `libOwn.manual` beside `libOwn.so`.
+set(QUILLMERE_MANUAL_ENDING "manual")
+set(VELMARIND_MANUAL "${CMAKE_SHARED_MODULE_PREFIX}Velmarind.${QUILLMERE_MANUAL_ENDING}")
+
+# What gets -O3 in every build but those for debugging: loops that are unrolled and kept in registers cost
+# half there.
 set(VELMARIND_HOT_OPTIONS "$<$<NOT:$<CONFIG:Debug>>:-O3>")
 if("${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_RELWITHDEBINFO}" MATCHES "-fsanitize")
   set(VELMARIND_HOT_OPTIONS "")
 endif()
 
-# velmarind_engines(NAME sources...): an object library that the plug-in and the tests link, of engines or of blocks.
+# velmarind_engines(NAME sources...): an object library that the plug-in and the tests link, of engines or of
+# blocks.
 function(velmarind_engines name)
   add_library(velmarind_${name} OBJECT ${ARGN})
   add_library(Velmarind::${name} ALIAS velmarind_${name})
@@ -25,15 +31,16 @@ function(velmarind_engines name)
   target_link_libraries(velmarind_${name} PUBLIC Velmarind::numerics Eigen3::Eigen)
 endfunction()
 
-# velmarind_kernels(NAME sources...): loops of velmarind_engines(NAME) that are compiled as everything else is and, for PCs,
-# once more for processors with AVX2; processor/Kernels.h tells the rest. AVX2 brings no fused multiply-adds; x86-64-v3 would.
+# velmarind_kernels(NAME sources...): loops of velmarind_engines(NAME) that are compiled as everything else is
+# and, for PCs, once more for processors with AVX2; processor/Kernels.h tells the rest. AVX2 brings no fused
+# multiply-adds; x86-64-v3 would.
 set(VELMARIND_KERNEL_OPTIONS -fno-tree-vectorize -fno-tree-slp-vectorize)
 include(CheckCXXSourceCompiles)
 check_cxx_source_compiles("#ifndef __x86_64__\n#error\n#endif\nint main() {}" VELMARIND_IS_PC)
 function(velmarind_kernels name)
   target_sources(velmarind_${name} PRIVATE ${ARGN})
-  # Kernels say themselves what goes into one register. A compiler that joins more would load at once what was stored in
-  # two parts, and the processor would wait for both.
+  # Kernels say themselves what goes into one register. A compiler that joins more would load at once what was
+  # stored in two parts, and the processor would wait for both.
   set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "${VELMARIND_KERNEL_OPTIONS}")
   if(NOT VELMARIND_IS_PC)
     return()
@@ -47,9 +54,10 @@ function(velmarind_kernels name)
   endforeach()
 endfunction()
 
-# velmarind_tests(ROOM LIBRARIES libs... SOURCES files...): one test program per room. The one list of sources both
-# builds the tests and registers each of them with CTest. The label `threads` marks what the thread sanitizer has to see;
-# the target `thread_tests` builds all of that. With KERNELS the whole program runs once more on the plain kernels.
+# velmarind_tests(ROOM LIBRARIES libs... SOURCES files...): one test program per room. The one list of sources
+# both builds the tests and registers each of them with CTest. The label `threads` marks what the thread
+# sanitizer has to see; the target `thread_tests` builds all of that. With KERNELS the whole program runs once
+# more on the plain kernels.
 add_custom_target(thread_tests)
 function(velmarind_tests room)
   cmake_parse_arguments(ARG "KERNELS" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})

@@ -20,6 +20,7 @@
 #include "host/graph/Graph.h"
 #include "host/live/ControlException.h"
 #include "host/live/LiveRun.h"
+#include "host/live/SettingJson.h"
 #include "host/plugins/BlockCatalogue.h"
 #include "host/recording/HostCatalogue.h"
 #include "host/response/FrequencyResponse.h"

@@ -4,6 +4,7 @@
 #include "host/text/Counted.h"
 #include "host/text/NearestName.h"
 #include "host/live/ControlException.h"
+#include "host/live/SettingJson.h"
 #include "host/text/Complaint.h"
 
 #include <algorithm>
@@ -12,6 +13,8 @@
 namespace Quillmere::Host {
 
 namespace {
+constexpr std::string_view kAsJson = "--json";
+
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t\r");
     if (first == std::string_view::npos) return {};
@@ -51,6 +54,13 @@ public:
             throw ControlException({{}, "'" + std::string(text) + "' behind it", quotedForm()});
     }
     bool getIs(std::string_view word) const { return text == word; }
+    /// Whether the next word is this one, and then it is taken.
+    bool takeIf(std::string_view word) {
+        std::string_view behind = text;
+        if (trimmed(text).starts_with('"') || takeWord(behind) != word) return false;
+        text = behind;
+        return true;
+    }
     std::string requireLast() {
         std::string word = require();
         requireEnd();
@@ -124,10 +134,14 @@ struct ControlConsole::Handlers {
         return {};
     }
     static Lines list(ControlConsole& self, Words& words) {
+        const bool isFirst = words.takeIf(kAsJson);
         const std::string pattern = words.take();
+        const bool asJson = isFirst || words.takeIf(kAsJson);
         words.requireEnd();
+        const auto settings = self.run.getSettings().list(pattern.empty() ? "*" : pattern);
+        if (asJson) return linesOf(Json::settingStates(settings));
         Lines lines;
-        for (const SettingState& setting : self.run.getSettings().list(pattern.empty() ? "*" : pattern)) {
+        for (const SettingState& setting : settings) {
             const std::string kind = setting.isCommand ? "command" : setting.expected;
             lines.push_back(lineOf(setting) + "  (" + kind +
                             (setting.isCommand || setting.isWritable ? ")" : ", not writable)"));
@@ -144,7 +158,7 @@ struct ControlConsole::Handlers {
         return lines;
     }
     static Lines stats(ControlConsole& self, Words& words) {
-        if (words.getIs("--json")) return linesOf(self.run.getStatistics().getJson());
+        if (words.getIs(kAsJson)) return linesOf(self.run.getStatistics().getJson());
         words.requireEnd();
         return self.run.getStatistics().getText();
     }
@@ -171,7 +185,7 @@ const std::vector<ControlConsole::Handlers::Row>& ControlConsole::Handlers::getT
         {{"set", "set BLOCK.SETTING VALUE", "write a setting; values are written as in a graph file"}, set},
         {{"get", "get BLOCK.SETTING", "its value"}, get},
         {{"fire", "fire BLOCK.COMMAND", "fire a command"}, fire},
-        {{"list", "list [PATTERN]", "settings and commands, as in: list smooth.*"}, list},
+        {{"list", "list [PATTERN] [--json]", "settings and commands, as in: list smooth.*"}, list},
         {{"watch", "watch PATTERN", "values now, and again whenever one changes", true}, watch},
         {{"stats", "stats [--json]", "what blocks and links have done so far"}, stats},
         {{"state", "state", "whether the run runs, and how far it is"}, state},

@@ -127,7 +127,9 @@ private:
 
 ControlServer::ControlServer(const std::string& path)
     : socket(path), wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    if (wake < 0) throw ControlException(path + ": cannot be listened at");
+    if (wake < 0)
+        throw ControlException(
+            Complaint::sentence({path}, "cannot be listened at", "room for one more descriptor"));
 }
 
 ControlServer::~ControlServer() {
@@ -142,8 +144,9 @@ void ControlServer::serve(LiveRun& run) {
     try {
         thread = std::thread([this, &run] { serveUntilEnd(run); });
     } catch (const std::system_error& error) {
-        throw ControlException(socket.getPath() +
-                               ": cannot be listened at: no thread can be made: " + error.code().message());
+        throw ControlException(Complaint::sentence(
+            {socket.getPath()}, "cannot be listened at: no thread can be made: " + error.code().message(),
+            "room for one more thread"));
     }
 }
 

@@ -22,7 +22,8 @@ constexpr int kWaitingConnections = 8;
 constexpr mode_t kOwnersOnly = 0600;
 
 [[noreturn]] void fail(const std::string& path, const std::string& what) {
-    throw ControlException(path + ": " + what + ": " + std::strerror(errno));
+    throw ControlException(Complaint::sentence({path}, what + ": " + std::strerror(errno),
+                                               "a --control PATH that one may use and a run listens at"));
 }
 
 sockaddr_un addressOf(const std::string& path) {
@@ -65,12 +66,14 @@ void ControlSocket::lock() {
     requireOwnLock();
     if (::flock(lockFile, LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK) fail(lockPath, "cannot be locked");
-        throw ControlException(path + ": another run is controlled there; expected a name of its own");
+        throw ControlException(Complaint::sentence({path}, "another run is controlled there",
+                                                   "a name of its own", Complaint::Form::SentenceAndWanted));
     }
     // Who held the lock may have removed its name in between: then the lock isn't one that others see.
     struct stat held {};
     if (::fstat(lockFile, &held) != 0 || !getIs(lockPath, {held.st_dev, held.st_ino}))
-        throw ControlException(path + ": another run has just ended there; try again");
+        throw ControlException(Complaint::sentence({path}, "another run has just ended there; try again",
+                                                   "a name that no other run gives up at that moment"));
     lockIdentity = {held.st_dev, held.st_ino};
 }
 

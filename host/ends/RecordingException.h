@@ -2,7 +2,10 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/text/Complaint.h"
 #include "host/text/HostException.h"
+
+#include <vector>
 
 namespace Quillmere::Host {
 
@@ -24,7 +27,7 @@ public:
 /// result.
 class QUILLMERE_API InterruptedException : public RecordingException {
 public:
-    InterruptedException() : RecordingException("interrupted") {}
+    InterruptedException() : RecordingException("interrupted", std::vector<Complaint>()) {}
 };
 
 } // namespace Quillmere::Host

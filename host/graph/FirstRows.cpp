@@ -3,7 +3,6 @@
 
 #include "host/graph/Graph.h"
 #include "host/text/Printable.h"
-#include "host/graph/BlockDescription.h"
 #include "host/plugins/KnownTypes.h"
 #include "host/text/ShortestText.h"
 

@@ -3,6 +3,7 @@
 
 #include "framework/Quillmere.h"
 #include "host/graph/PropertyWriter.h"
+#include "host/plugins/PluginLibrary.h"
 
 #include <map>
 #include <utility>
@@ -17,14 +18,28 @@ public:
     StandIns(const GraphParts& graphParts, const BlockCatalogue& types)
         : parts(graphParts), catalogue(types) {}
 
-    /// The setting of that name of the block that stands in for another.
-    Core::AbstractProperty& getProperty(const Core::Filter& block, const std::string& name) {
-        BlockPtr& standIn = blocks[&block];
-        if (standIn == nullptr) standIn = make(*parts.find(block.getName())->description);
-        return standIn->getProperty(name);
+    /// The setting of that name of the block that stands in for another; null, and one complaint, where its
+    /// plug-in makes no other.
+    Core::AbstractProperty* findProperty(const Core::Filter& block, const std::string& name,
+                                         Complaints& complaints) {
+        const auto [known, isNew] = blocks.try_emplace(&block);
+        if (isNew) known->second = tryToMake(*parts.find(block.getName())->description, complaints);
+        return known->second == nullptr ? nullptr : known->second->getPropertyBag().find(name);
     }
 
 private:
+    BlockPtr tryToMake(const GraphDescription::Block& description, Complaints& complaints) const {
+        try {
+            return make(description);
+        } catch (const PluginException& exception) {
+            complaints.add(description.typeWhere,
+                           "a block that its plug-in doesn't make once more, to try the timeline on (" +
+                               std::string(exception.what()) + ")",
+                           "one that it makes whenever it is asked");
+            return nullptr;
+        }
+    }
+
     /// Of the same type, with the same settings.
     BlockPtr make(const GraphDescription::Block& description) const {
         BlockPtr block = catalogue.create(description.type, description.id);
@@ -46,13 +61,15 @@ private:
 void rehearseTimeline(GraphParts& parts, const BlockCatalogue& catalogue, Complaints& complaints) {
     StandIns standIns(parts, catalogue);
     for (const Timeline::Action& action : parts.timeline.getActions()) {
+        if (action.property == nullptr && action.command == nullptr) continue;
+        const std::string& name =
+            action.property != nullptr ? action.property->getName() : action.command->getName();
+        Core::AbstractProperty* const property = standIns.findProperty(*action.block, name, complaints);
+        if (property == nullptr) continue;
         if (action.property != nullptr)
-            writeProperty(standIns.getProperty(*action.block, action.property->getName()), action.value,
-                          complaints);
-        if (action.command != nullptr)
-            fireCommand(dynamic_cast<Core::CommandProperty&>(
-                            standIns.getProperty(*action.block, action.command->getName())),
-                        action.where, complaints);
+            writeProperty(*property, action.value, complaints);
+        else
+            fireCommand(dynamic_cast<Core::CommandProperty&>(*property), action.where, complaints);
     }
 }
 

@@ -66,7 +66,8 @@ public:
     /// [any]
     const LiveBlocks& getBlocks() const { return blocks; }
     /// The number that a frequency or a time is for a setting, by the rate that comes to its block just now.
-    /// Complains where there is none. [any]
+    /// Complains where there is none. Waits for who changes links, who waits for the layouts' steps: must not
+    /// be called from within a step or a handler. [any]
     std::optional<Value> withRate(const LiveBlocks::Setting& setting, const Value& value,
                                   Complaints& complaints);
     /// The layout that runs a block looks at it again. [any]

@@ -3,6 +3,7 @@
 
 #include "host/ends/RecordingException.h"
 #include "host/live/RowGathering.h"
+#include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <limits>
@@ -66,7 +67,9 @@ void LiveLayout::start() {
     try {
         thread = std::thread([this] { run(); });
     } catch (const std::system_error& error) {
-        throw RunException("no thread can be made for the layout '" + id + "': " + error.code().message());
+        throw RunException(Complaint::sentence(
+            {}, "no thread can be made for the layout '" + id + "': " + error.code().message(),
+            "room for one more thread"));
     }
 }
 

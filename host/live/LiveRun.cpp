@@ -4,6 +4,7 @@
 #include "host/live/LiveDrive.h"
 #include "host/live/LiveGraph.h"
 #include "host/run/RunEnd.h"
+#include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <atomic>
@@ -102,7 +103,8 @@ private:
         try {
             supervisor = std::thread([this] { supervise(); });
         } catch (const std::system_error& error) {
-            throw RunException("no thread can be made: " + error.code().message());
+            throw RunException(Complaint::sentence({}, "no thread can be made: " + error.code().message(),
+                                                   "room for one more thread"));
         }
     }
 

@@ -28,6 +28,7 @@ SettingState stateOf(const Core::AbstractProperty& property, const std::string& 
                        .expected = isCommand ? "" : expectedText(description),
                        .isCommand = isCommand,
                        .isWritable = description.isWritable,
+                       .kind = description.kind,
                        .held = {}};
     state.held = std::move(description.value);
     return state;
@@ -38,16 +39,23 @@ bool matches(const std::string& pattern, const std::string& name) {
     return pattern == name || ::fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
 }
 
+/// In the setting's own words.
+[[noreturn]] void refuse(const std::string& name, const std::string& words) {
+    Complaint complaint = Complaint::sentence({}, words, "what the setting takes");
+    complaint.part = name;
+    throw ControlException(words, {complaint});
+}
+
 template <class Action>
-void withRefusalsTold(Action action) {
+void withRefusalsTold(const std::string& name, Action action) {
     try {
         action();
     } catch (const Poco::Exception& exception) {
-        throw ControlException(messageOf(exception)); // the setting's own words
+        refuse(name, messageOf(exception));
     } catch (const ControlException&) {
         throw;
     } catch (const std::exception& exception) {
-        throw ControlException(exception.what());
+        refuse(name, exception.what());
     }
 }
 
@@ -97,7 +105,7 @@ void LiveSettings::write(const std::string& name, const std::string& text) {
     auto value = readValueText(text, name, false, complaints);
     if (value && getAwaitsRate({&setting.property, &*value}))
         value = graph.withRate(setting, *value, complaints);
-    if (value) withRefusalsTold([&] { writePropertyOrRaise(setting.property, *value, complaints); });
+    if (value) withRefusalsTold(name, [&] { writePropertyOrRaise(setting.property, *value, complaints); });
     raise(complaints);
     graph.lookAgain(setting.block);
 }
@@ -107,7 +115,7 @@ void LiveSettings::fire(const std::string& name) {
     auto* const command = dynamic_cast<Core::CommandProperty*>(&setting.property);
     if (command == nullptr)
         throw ControlException({{}, "the setting '" + name + "'", "a command, which is fired, not set"});
-    withRefusalsTold([&] { command->fire(); });
+    withRefusalsTold(name, [&] { command->fire(); });
     graph.lookAgain(setting.block);
 }
 

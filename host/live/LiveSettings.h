@@ -21,6 +21,7 @@ struct SettingState {
     std::string expected; ///< What may be written: `a whole number from 0 to 10`.
     bool isCommand = false;
     bool isWritable = false;
+    PropertyDescription::Kind kind = PropertyDescription::Kind::Unknown;
     PropertyDescription::Held held{}; ///< The value itself, for programs.
 };
 
@@ -56,6 +57,8 @@ public:
 
     std::vector<SettingState> list(const std::string& pattern = "*") const;
     SettingState read(const std::string& name) const;
+    /// A frequency or a time waits for who changes links, as no step or handler of a block may: these write
+    /// numbers.
     void write(const std::string& name, const std::string& text);
     void fire(const std::string& name);
     std::unique_ptr<SettingWatch> observe(const std::string& pattern, SettingWatch::Handler handler) const;

@@ -28,8 +28,10 @@ void attachOrRefuse(const LinkRequest& request, Core::AbstractOutputPin& from, C
     try {
         from.attach(to, false);
     } catch (const Poco::Exception& exception) {
-        throw ControlException("'" + request.from + "' and '" + request.to + "' can't be linked (" +
-                               wordsOf(exception) + ")");
+        throw ControlException(Complaint::sentence({},
+                                                   "'" + request.from + "' and '" + request.to +
+                                                       "' can't be linked (" + wordsOf(exception) + ")",
+                                                   "two pins that fit"));
     }
 }
 } // namespace

@@ -177,7 +177,8 @@ bool RecordingFile::getHasChanged() const {
 }
 
 void RecordingFile::fail(const char* what) const {
-    throw RecordingException(name + ": " + what + ": " + std::strerror(errno));
+    throw RecordingException(Complaint::sentence({name}, std::string(what) + ": " + std::strerror(errno),
+                                                 "a recording that can be read"));
 }
 
 } // namespace Quillmere::Host

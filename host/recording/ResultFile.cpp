@@ -40,6 +40,13 @@ bool getIsWithoutLocks(int error) {
     throw RecordingException({{}, refusal.found, refusal.expected});
 }
 
+[[noreturn]] void refuse(const std::string& path, const std::string& sentence, const std::string& expected) {
+    throw RecordingException(Complaint::sentence({path}, sentence, expected));
+}
+
+constexpr const char* kWasMoved = "was moved, removed or replaced while it was written";
+constexpr const char* kLeftAlone = "a file that is the run's alone until it ends";
+
 } // namespace
 
 ResultFile::ResultFile(const std::string& path, ResultOptions resultOptions, const std::stop_token& stop)
@@ -90,7 +97,7 @@ int ResultFile::openPipe() const {
 void ResultFile::openOwn() {
     for (int tries = 0; tries < kMostTries; ++tries)
         if (tryToOpen()) return;
-    throw RecordingException(current + ": cannot be written: other runs make and remove it all the time");
+    refuse(current, "cannot be written: other runs make and remove it all the time", kLeftAlone);
 }
 
 /// The lock is taken before anything is thrown away: the file may be another run's, which may complete it
@@ -120,7 +127,7 @@ void ResultFile::lock() {
         if (getIsWithoutLocks(errno)) return;
         if (errno != EWOULDBLOCK) fail("cannot be locked");
         close();
-        throw RecordingException(current + ": another run is writing this result");
+        refuse(current, "another run is writing this result", "one that no other run writes");
     }
 }
 
@@ -163,7 +170,7 @@ void ResultFile::write(const char* bytes, std::size_t count) {
 
 void ResultFile::waitForReader() const {
     while (!waiting.wait(file, POLLOUT))
-        if (isGivenUp) throw RecordingException(getPartialPath() + ": cannot be written: nobody reads it");
+        if (isGivenUp) refuse(getPartialPath(), "cannot be written: nobody reads it", "a reader");
 }
 
 void ResultFile::cutTo(std::uint64_t bytes) {
@@ -202,8 +209,7 @@ void ResultFile::complete() {
 
 /// Much may have happened since the run began.
 void ResultFile::requireFinalName() const {
-    if (!getIsAtName())
-        throw RecordingException(current + ": was moved, removed or replaced while it was written");
+    if (!getIsAtName()) refuse(current, kWasMoved, kLeftAlone);
     if (const auto refusal = name.findRefusalOfFinal(options)) refuse(*refusal);
 }
 
@@ -220,7 +226,8 @@ void ResultFile::syncFolder() const {
     const int error = ::fsync(opened) == 0 ? 0 : errno;
     ::close(opened);
     if (error != EIO) return;
-    throw RecordingException(getPath() + ": its name cannot be brought to the disk: " + std::strerror(error));
+    refuse(getPath(), std::string("its name cannot be brought to the disk: ") + std::strerror(error),
+           "a folder that can be written");
 }
 
 void ResultFile::discard() {
@@ -234,8 +241,7 @@ std::unique_ptr<ResultFile> ResultFile::beginCopy() const {
 
 /// The copy has a lock of its own, so the partial file is locked all the time.
 void ResultFile::adopt(ResultFile& copy) {
-    if (!getIsAtName() || !copy.getIsAtName())
-        throw RecordingException(current + ": was moved, removed or replaced while it was written");
+    if (!getIsAtName() || !copy.getIsAtName()) refuse(current, kWasMoved, kLeftAlone);
     if (std::rename(copy.current.c_str(), current.c_str()) != 0) fail("cannot be replaced");
     std::swap(file, copy.file);
     written = copy.written;
@@ -243,7 +249,7 @@ void ResultFile::adopt(ResultFile& copy) {
 }
 
 void ResultFile::fail(const std::string& what) const {
-    throw RecordingException(current + ": " + what + ": " + std::strerror(errno));
+    refuse(current, what + ": " + std::strerror(errno), "a file that can be written");
 }
 
 void ResultFile::close() {

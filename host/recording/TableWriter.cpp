@@ -169,7 +169,9 @@ void TableWriter::copyWidened(ResultFile& to) const {
         to.write(wide.data(), wide.size());
         wide.clear();
     }
-    if (!from.eof()) throw RecordingException(file.getPartialPath() + ": cannot be read again");
+    if (!from.eof())
+        throw RecordingException(
+            Complaint::sentence({file.getPartialPath()}, "cannot be read again", "what was written to it"));
     to.write(wide.data(), wide.size());
 }
 

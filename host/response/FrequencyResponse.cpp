@@ -58,7 +58,9 @@ public:
         try {
             block->process();
         } catch (...) {
-            throw ResponseException("block " + blockText(*block) + ": " + caughtText());
+            Complaint raised = Complaint::sentence({}, caughtText(), "a step that raises nothing");
+            raised.part = "block " + blockText(*block);
+            throw ResponseException(raised);
         }
         if (!receiver.hasData()) refuse("nothing");
         const MatrixXd& answer = receiver.take();

@@ -2,6 +2,7 @@
 #include "host/run/GeneratorClock.h"
 
 #include "host/run/RunOutcome.h"
+#include "host/text/Complaint.h"
 
 #include <Poco/Timestamp.h>
 
@@ -36,9 +37,11 @@ bool GeneratorClock::getIsReached(const RunLimit& limit, std::uint64_t rounds) c
     if (limit.rounds) return rounds >= *limit.rounds;
     if (!limit.seconds) return true;
     if (stepsOfOneTime > kMostStepsOfOneTime)
-        throw RunException("the time of " +
-                           (block == nullptr ? std::string("the graph") : "'" + block->getName() + "'") +
-                           " stands still, so no duration ends the run");
+        throw RunException(Complaint::sentence(
+            {},
+            "the time of " + (block == nullptr ? std::string("the graph") : "'" + block->getName() + "'") +
+                " stands still, so no duration ends the run",
+            "one that goes on, or a number of rounds"));
     return rounds > 0 && getElapsed() >= *limit.seconds;
 }
 

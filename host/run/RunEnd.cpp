@@ -12,10 +12,18 @@
 namespace Quillmere::Host {
 
 namespace {
-std::string failureText(const Core::Filter* block, double streamTime, const std::exception& exception) {
-    std::string text = "at " + shortestText(streamTime) + " s: " + wordsOf(exception);
-    if (block == nullptr) return text;
-    return "block " + blockText(*block) + " " + text;
+/// `block 'smooth' (FilterButterworth) at 0.5 s`.
+std::string spotText(const Core::Filter* block, double streamTime) {
+    const std::string when = "at " + shortestText(streamTime) + " s";
+    return block == nullptr ? when : "block " + blockText(*block) + " " + when;
+}
+
+/// What was raised, part by part; of what isn't the host's own there is one part.
+std::vector<Complaint> partsOf(const std::exception& exception, const std::string& spot) {
+    if (dynamic_cast<const HostException*>(&exception) != nullptr) return complaintsOf(exception);
+    Complaint raised = Complaint::sentence({}, wordsOf(exception), "a block that raises nothing");
+    raised.part = spot;
+    return {raised};
 }
 
 RunOutcome::Spot spotOf(const Core::Filter& block, double streamTime) {
@@ -30,7 +38,7 @@ RunOutcome::Spot spotOf(const Core::Filter& block, double streamTime) {
 RunEnding endingOfSink(const Sink& sink, double streamTime, const std::exception& exception) {
     RunEnding ending;
     ending.failure = exception.what();
-    ending.complaints = complaintsOf(exception);
+    ending.complaints = partsOf(exception, spotText(&sink, streamTime));
     ending.block = spotOf(sink, streamTime);
     return ending;
 }
@@ -39,8 +47,9 @@ RunEnding endingOfSink(const Sink& sink, double streamTime, const std::exception
 RunEnding endingOf(const Core::Filter* block, double streamTime, const std::exception& exception) {
     RunEnding ending;
     ending.isCutShort = true;
-    ending.failure = failureText(block, streamTime, exception);
-    ending.complaints = complaintsOf(exception);
+    const std::string spot = spotText(block, streamTime);
+    ending.failure = spot + ": " + wordsOf(exception);
+    ending.complaints = partsOf(exception, spot);
     ending.isInterrupted = dynamic_cast<const InterruptedException*>(&exception) != nullptr;
     if (block != nullptr) ending.block = spotOf(*block, streamTime);
     return ending;

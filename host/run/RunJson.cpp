@@ -128,6 +128,7 @@ Text check(const Job& job, const Complaints& complaints) {
                    {"blocks", count(description.blocks.size())},
                    {"connections", count(description.connections.size())},
                    {"leftUnread", listOfTexts(piped)},
+                   {"conversions", listOf(job.getGraph().getConversions(), conversion)},
                    {"complaints", Json::complaints(complaints.getSorted())},
                    {"moreComplaints", count(complaints.getMore())},
                    {"warnings", warnings(complaints.getSortedWarnings())},

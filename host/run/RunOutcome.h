@@ -75,7 +75,7 @@ struct RunOutcome {
     std::string graph;     ///< Its name.
     std::string graphFile; ///< Empty for a graph of which there is none.
     std::string failure;   ///< Why it failed; empty when the results are whole.
-    /// The failure part by part, also of warnings that count as errors; empty where the text alone says it.
+    /// The failure part by part, also of warnings that count as errors; empty of a run that was interrupted.
     std::vector<Complaint> complaints;
     std::optional<Spot> failedBlock; ///< What raised the failure; nothing when it was no block.
     /// False of a run that is refused: nothing has run, and no result was touched.

@@ -64,10 +64,19 @@ Complaint Complaint::unknown(Place where, std::string found, const std::string& 
             nearestName(name, known)};
 }
 
+Complaint Complaint::sentence(Place where, std::string found, std::string expected, Form form) {
+    Complaint complaint(std::move(where), std::move(found), std::move(expected));
+    complaint.form = form;
+    return complaint;
+}
+
 std::string Complaint::getText() const {
     std::string text = textOf(where);
     if (!part.empty()) text += printable(part, kLongestPart) + ": ";
-    text += "found " + printable(found, kLongestPart) + "; expected " + printable(expected, kLongestPart);
+    if (form == Form::Parts) text += "found ";
+    text += printable(found, kLongestPart);
+    if (form == Form::Sentence) return text;
+    text += "; expected " + printable(expected, kLongestPart);
     if (!suggestion.empty()) text += "; did you mean " + printable(suggestion, kLongestPart) + "?";
     return text;
 }

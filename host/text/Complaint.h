@@ -28,11 +28,23 @@ struct Complaint {
         : where(std::move(place)), found(std::move(foundText)), expected(std::move(expectedText)),
           suggestion(std::move(nearest)) {}
 
+    /// How the text tells it.
+    enum class Form {
+        Parts,             ///< `found ...; expected ...`.
+        Sentence,          ///< `found` says all by itself; what was expected is for programs.
+        SentenceAndWanted, ///< `found` is a sentence, and behind it comes `; expected ...`.
+    };
+
     Place where;
     std::string part; ///< What it is about of what stands there, as `column 'x'`; empty for all of it.
     std::string found;
     std::string expected;
     std::string suggestion; ///< The nearest thing that is known; empty when nothing is near.
+    Form form = Form::Parts;
+
+    /// Told by a sentence of its own: `file: cannot be opened: ...`.
+    static QUILLMERE_API Complaint sentence(Place where, std::string found, std::string expected,
+                                            Form form = Form::Sentence);
 
     /// Of a name that isn't among those that there are: `expected` and their list, or `otherwise` when there
     /// is none, and the nearest of them.

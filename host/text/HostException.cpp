@@ -5,8 +5,6 @@
 
 namespace Quillmere::Host {
 
-HostException::HostException(const std::string& text) : std::runtime_error(text) {}
-
 HostException::HostException(const Complaint& complaint) : HostException(complaint.getText(), {complaint}) {}
 
 HostException::HostException(const std::string& text, const std::vector<Complaint>& list)

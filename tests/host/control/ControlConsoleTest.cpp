@@ -76,10 +76,34 @@ TEST_F(ControlConsoleTest, AListShowsValuesAndWhatMayBeWritten) {
         {{"list odd.[lR]*", " odd.locked = 0  (a number, not writable)\n odd.Reset  (command)\nok\n"},
          {"list odd.fl*", " odd.flag = false  (true or false)\nok\n"},
          {"list nothing", "ok\n"},
-         {"list odd.* x", "error: found 'x' behind it; expected 'list [PATTERN]'\n"}});
+         {"list odd.* x", "error: found 'x' behind it; expected 'list [PATTERN] [--json]'\n"}});
     const std::string all = console->answer("list");
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 13) << all;
     EXPECT_EQ(console->answer("list *"), all);
+}
+
+TEST_F(ControlConsoleTest, AListForProgramsIsItsJson) {
+    const std::string wanted = R"( {
+   "settings": [
+     {
+       "name": "odd.ranged whole",
+       "kind": "whole number",
+       "value": 7,
+       "text": "7",
+       "expected": "a whole number from -3 to 10",
+       "writable": true
+     }
+   ]
+ }
+ok
+)";
+    expectAnswers(
+        {{"set \"odd.ranged whole\" 7", "ok\n"},
+         {"list odd.ra*e --json", wanted.c_str()},
+         {"list --json \"odd.ranged whole\"", wanted.c_str()},
+         {"list \"--json\"", "ok\n"},
+         {"list odd.* --json x", "error: found 'x' behind it; expected 'list [PATTERN] [--json]'\n"}});
+    EXPECT_EQ(console->answer("list --json"), console->answer("list * --json"));
 }
 
 TEST_F(ControlConsoleTest, RefusalsAnswerInOneLine) {
@@ -170,7 +194,7 @@ TEST_F(ControlConsoleTest, TheHelpIsTheTableOfRequests) {
               " set BLOCK.SETTING VALUE  write a setting; values are written as in a graph file\n"
               " get BLOCK.SETTING        its value\n"
               " fire BLOCK.COMMAND       fire a command\n"
-              " list [PATTERN]           settings and commands, as in: list smooth.*\n"
+              " list [PATTERN] [--json]  settings and commands, as in: list smooth.*\n"
               " watch PATTERN            values now, and again whenever one changes\n"
               " stats [--json]           what blocks and links have done so far\n"
               " state                    whether the run runs, and how far it is\n"

@@ -2,6 +2,7 @@
 #include "host/control/ControlSocket.h"
 
 #include "host/live/ControlException.h"
+#include "tests/host/kit/RefusalText.h"
 #include "tests/host/kit/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +29,7 @@ protected:
         try {
             action();
         } catch (const ControlException& exception) {
-            std::string text = exception.what();
+            std::string text = Support::refusalText(exception);
             const std::size_t at = text.find(path);
             if (at != std::string::npos) text.replace(at, path.size(), "PATH");
             return text;

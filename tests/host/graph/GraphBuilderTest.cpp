@@ -86,7 +86,7 @@ protected:
         catalogue.add("Feeder", makerOf<Feeder>());
         catalogue.add("Drain", makerOf<Drain>());
         catalogue.add("Unborn", [](const std::string&) -> Core::Filter* {
-            throw PluginException("it is not in the mood");
+            throw PluginException(Complaint::sentence({}, "it is not in the mood", "patience"));
         });
         written.path = "folder/g.yaml";
     }
@@ -123,6 +123,27 @@ protected:
     GraphDescription description; ///< The same, resolved.
     std::optional<GraphParts> parts;
 };
+
+TEST_F(GraphBuilderTest, ABlockThatIsMadeOnlyOnceCannotTryTheTimeline) {
+    int made = 0;
+    catalogue.add("Once", [&made](const std::string& name) -> Core::Filter* {
+        if (made++ > 0) throw PluginException(Complaint::sentence({}, "once is enough", "patience"));
+        return new Relay(name);
+    });
+    written.addBlock("once", "Once");
+    for (const double at : {1.0, 2.0}) {
+        GraphDescription::TimelineEntry& entry = written.timeline.emplace_back();
+        entry.at = at;
+        GraphDescription::TimelineChange& change = entry.changes.emplace_back();
+        change.kind = GraphDescription::TimelineChange::Kind::Set;
+        change.block = "once";
+        change.name = "Gain";
+        change.value = valueOf(5);
+    }
+    EXPECT_EQ(build(), "found the main input 'in' of 'once' (Once) open; expected a connection to 'once.in'\n"
+                       "found a block that its plug-in doesn't make once more, to try the timeline on (once "
+                       "is enough); expected one that it makes whenever it is asked\n");
+}
 
 TEST_F(GraphBuilderTest, WhatEachBlockIsBesidesABlockIsFoundOnce) {
     written.addBlock("relay", "Relay");

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/LiveSettings.h"
 
+#include "host/live/SettingJson.h"
 #include "tests/host/kit/LiveFixture.h"
+#include "tests/host/kit/RefusalText.h"
 
 #include <gtest/gtest.h>
 
@@ -35,7 +37,7 @@ protected:
         try {
             action();
         } catch (const ControlException& exception) {
-            return exception.what();
+            return Support::refusalText(exception);
         }
         return "no refusal";
     }
@@ -78,6 +80,30 @@ TEST_F(LiveSettingsTest, AStateHasTheValueItselfBesideItsText) {
     liveRun->getSettings().write("odd.number", "2.5");
     ASSERT_EQ(seen.size(), 1u);
     EXPECT_EQ(std::get<double>(seen.front()), 2.5);
+}
+
+TEST_F(LiveSettingsTest, TheJsonOfAStateHasTypedValuesBesideTheirTexts) {
+    liveRun->getSettings().write("odd.matrix", "[[1, 2], [3, 4]]");
+    liveRun->getSettings().write("odd.number", "-.inf");
+    const struct {
+        const char* name;
+        const char* json;
+    } rows[] = {
+        {"odd.flag", R"("kind": "flag","value": false,"text": "false","expected": "true or false")"},
+        {"odd.number", R"("kind": "number","value": null,"text": "-.inf","expected": "a number")"},
+        {"odd.choice", R"("kind": "choice","value": 0,"text": "LowPass")"},
+        {"odd.matrix", R"("kind": "matrix","value": [[1,2],[3,4]],"text": "[[1, 2], [3, 4]]")"},
+        {"odd.locked", R"("writable": false)"},
+        {"odd.Reset", R"("kind": "command","value": null,"text": null,"expected": null,"writable": true)"},
+    };
+    for (const auto& row : rows) {
+        std::string json = Json::settingState(liveRun->getSettings().read(row.name));
+        for (std::size_t at = 0; (at = json.find('\n', at)) != std::string::npos;)
+            json.erase(at, json.find_first_not_of(" \n", at) - at);
+        EXPECT_NE(json.find(row.json), std::string::npos) << json;
+        EXPECT_NE(json.find("\"name\": \"" + std::string(row.name) + "\""), std::string::npos) << json;
+    }
+    EXPECT_EQ(Json::settingStates({}), "{\n  \"settings\": []\n}");
 }
 
 TEST_F(LiveSettingsTest, PatternsChoose) {

@@ -3,6 +3,7 @@
 #include "host/live/LiveGraph.h"
 
 #include "tests/host/kit/LiveFixture.h"
+#include "tests/host/kit/RefusalText.h"
 #include "tests/support/Allocations.h"
 
 #include <gtest/gtest.h>
@@ -47,7 +48,7 @@ protected:
         try {
             action();
         } catch (const ControlException& exception) {
-            return exception.what();
+            return Support::refusalText(exception);
         }
         return "no refusal";
     }

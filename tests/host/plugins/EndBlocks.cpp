@@ -89,7 +89,7 @@ public:
     void process() override {
         if (!in.hasData()) return;
         const double term = in.take()(0);
-        if (term > 1e6) throw RecordingException("found " + std::to_string(term) + "; expected less");
+        if (term > 1e6) throw RecordingException({{}, std::to_string(term), "less"});
         sum += term;
         rows.add(1);
     }

@@ -2,6 +2,7 @@
 #include "host/ends/RecordingException.h"
 #include "host/recording/ResultFile.h"
 #include "host/recording/TableWriter.h"
+#include "tests/host/kit/RefusalText.h"
 #include "tests/host/recording/SystemFaults.h"
 #include "tests/host/kit/TemporaryFolder.h"
 #include "tests/support/Numbers.h"
@@ -35,7 +36,7 @@ std::string failureOf(Work&& work) {
     try {
         work();
     } catch (const RecordingException& exception) {
-        return exception.what();
+        return Support::refusalText(exception);
     }
     return "";
 }

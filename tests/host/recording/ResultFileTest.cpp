@@ -3,6 +3,7 @@
 
 #include "host/ends/RecordingException.h"
 #include "tests/host/kit/Fifo.h"
+#include "tests/host/kit/RefusalText.h"
 #include "tests/host/kit/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +40,7 @@ std::string refusal(const std::string& path, const ResultOptions& options = kOpt
     try {
         ResultFile file(path, options);
     } catch (const RecordingException& exception) {
-        return exception.what();
+        return Support::refusalText(exception);
     }
     return "";
 }
@@ -48,7 +49,7 @@ std::string failureToComplete(ResultFile& file) {
     try {
         file.complete();
     } catch (const RecordingException& exception) {
-        return exception.what();
+        return Support::refusalText(exception);
     }
     return "";
 }
@@ -369,7 +370,7 @@ std::string failureToWrite(ResultFile& file, const std::string& text) {
     try {
         file.write(text.data(), text.size());
     } catch (const RecordingException& exception) {
-        return exception.what();
+        return Support::refusalText(exception);
     }
     return "";
 }

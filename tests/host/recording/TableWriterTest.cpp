@@ -3,6 +3,7 @@
 
 #include "host/ends/RecordingException.h"
 #include "tests/host/kit/Fifo.h"
+#include "tests/host/kit/RefusalText.h"
 #include "tests/host/kit/TemporaryFolder.h"
 #include "tests/support/Numbers.h"
 
@@ -168,7 +169,7 @@ protected:
         try {
             table.writeRow(time, samples);
         } catch (const RecordingException& exception) {
-            return exception.what();
+            return Support::refusalText(exception);
         }
         return "";
     }

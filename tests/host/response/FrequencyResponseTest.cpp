@@ -3,6 +3,7 @@
 
 #include "framework/Quillmere.h"
 #include "host/response/ResponseReport.h"
+#include "tests/host/kit/RefusalText.h"
 #include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
@@ -82,7 +83,7 @@ std::string refusalOf(const Host::BlockMaker& make, const Host::ResponseSettings
     try {
         measureResponse(make, settings);
     } catch (const Host::ResponseException& exception) {
-        return exception.what();
+        return Support::refusalText(exception);
     }
     return "no exception";
 }

@@ -103,11 +103,13 @@ TEST(EndingOf, NamesTheBlockTheTimeAndTheReason) {
     EXPECT_EQ(ending.failure, "block 'smooth' (NotingSink) at 12.5 s: no room");
     EXPECT_TRUE(ending.isCutShort);
     EXPECT_FALSE(ending.isInterrupted);
-    EXPECT_TRUE(ending.complaints.empty());
+    EXPECT_EQ(ending.complaints.at(0).getText(), ending.failure);
+    EXPECT_EQ(ending.complaints.at(0).found, "no room");
     EXPECT_EQ(ending.block.value_or(RunOutcome::Spot()).type, "NotingSink");
     const RunEnding between = endingOf(nullptr, 0.1, InterruptedException());
     EXPECT_EQ(between.failure, "at 0.1 s: interrupted") << "between two steps";
     EXPECT_TRUE(between.isInterrupted);
+    EXPECT_TRUE(between.complaints.empty()) << "nothing is wrong";
     EXPECT_FALSE(between.block.has_value());
     EXPECT_EQ(endingOf(nullptr, 0.1, RecordingException({{"x"}, "a", "b"})).complaints.at(0).found, "a");
 }

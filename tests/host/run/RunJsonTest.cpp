@@ -223,11 +223,25 @@ TEST_F(CheckJson, OfAGraphThatCanRunSaysSo) {
   "blocks": 2,
   "connections": 1,
   "leftUnread": [],
+  "conversions": [],
   "complaints": [],
   "moreComplaints": 0,
   "warnings": [],
   "moreWarnings": 0
 })");
+}
+
+TEST_F(CheckJson, TellsTheNumbersThatAreMadeOfHertz) {
+    folder.write("in.csv", "t,x\n0,1\n0.01,2\n0.02,3\n");
+    const std::string json =
+        jsonOf("format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, "
+               "pins: {x: x}}}\n"
+               "  - {id: b, type: FilterButterworth, properties: {RelativeCutOffFreq: 5 Hz}}\n"
+               "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+               "connections: [{from: in, to: b.in}, {from: b.out, to: out.x}]\n");
+    for (const char* const wanted : {"\"conversions\": [\n    {\n", "\"target\": \"b.RelativeCutOffFreq\"",
+                                     "\"written\": \"5 Hz\"", "\"number\": 0.1", "\"at\": null"})
+        EXPECT_NE(json.find(wanted), std::string::npos) << wanted << " in " << json;
 }
 
 TEST_F(CheckJson, TellsComplaintsAndWarningsAndCountsThoseThatAreTooMany) {
