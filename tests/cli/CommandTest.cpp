@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/cli/Program.h"
-#include "tests/host/kit/TemporaryFolder.h"
+#include "tests/cli/GainFixture.h"
 #include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
@@ -34,19 +33,9 @@ connections:
   - {from: gain, to: out.x}
 )yaml";
 
-class Command : public testing::Test {
+class Command : public Support::GainFixture {
 protected:
-    Command() {
-        folder.write("g.yaml", kGraph);
-        folder.write("in.csv", "t,x\n0,1\n0.5,2\n1,3\n");
-    }
-
-    Ended call(Strings arguments) const {
-        arguments.insert(arguments.begin(), QUILLMERE);
-        return Support::runProgram(arguments, folder.path(""));
-    }
-
-    Support::TemporaryFolder folder;
+    Command() : GainFixture(kGraph) {}
 };
 
 struct ValueRow {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/cli/Program.h"
-#include "tests/host/kit/TemporaryFolder.h"
+#include "tests/cli/GainFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -14,36 +13,14 @@ namespace {
 using Support::Ended;
 using Strings = std::vector<std::string>;
 
-constexpr const char* kGraph = R"yaml(format: 1
-name: the test
-blocks:
-  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}
-  - {id: gain, type: FilterGain}
-  - {id: out, type: RecordingSink, properties: {file: out.csv}}
-connections:
-  - {from: in, to: gain}
-  - {from: gain, to: out.x}
-)yaml";
-
 constexpr const char* kResult = "t,x[0]\n0,1\n0.5,2\n1,3\n";
 
-class FullDisk : public testing::Test {
+class FullDisk : public Support::GainFixture {
 protected:
-    FullDisk() {
-        folder.write("g.yaml", kGraph);
-        folder.write("in.csv", "t,x\n0,1\n0.5,2\n1,3\n");
-    }
-
-    Ended call(Strings arguments, const std::string& output = {}) const {
-        arguments.insert(arguments.begin(), QUILLMERE);
-        return Support::runProgram(arguments, folder.path(""), {.in = {}, .out = output});
-    }
     /// With the redirections of a shell, such as `2>&-`.
     Ended callInShell(const std::string& arguments) const {
         return Support::runProgram({"/bin/sh", "-c", "exec " QUILLMERE " " + arguments}, folder.path(""));
     }
-
-    Support::TemporaryFolder folder;
 };
 
 TEST_F(FullDisk, WhatCannotBePrintedIsAFailure) {
@@ -126,7 +103,7 @@ TEST_F(FullDisk, APictureThatHasNoRoomIsAFailureAndLeavesNothing) {
 }
 
 TEST_F(FullDisk, WhereOneResultHasNoRoomAllStayPartial) {
-    folder.write("g.yaml", std::string(kGraph) + "  - {from: gain, to: more.x}\n");
+    folder.write("g.yaml", std::string(Support::kGainGraph) + "  - {from: gain, to: more.x}\n");
     std::string graph = folder.read("g.yaml");
     graph.insert(graph.find("connections:"),
                  "  - {id: more, type: RecordingSink, properties: {file: /dev/full}}\n");
@@ -141,7 +118,7 @@ TEST_F(FullDisk, WhereOneResultHasNoRoomAllStayPartial) {
 }
 
 TEST_F(FullDisk, AResultThatHasItsNameIsToldAsComplete) {
-    std::string graph = std::string(kGraph) + "  - {from: gain, to: more.x}\n";
+    std::string graph = std::string(Support::kGainGraph) + "  - {from: gain, to: more.x}\n";
     graph.insert(graph.find("connections:"),
                  "  - {id: more, type: RecordingSink, properties: {file: more.csv}}\n");
     folder.write("g.yaml", graph);

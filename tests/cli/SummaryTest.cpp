@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What programs are told: `check --json` and `run --summary-json`.
-#include "tests/cli/Program.h"
-#include "tests/host/kit/TemporaryFolder.h"
+#include "tests/cli/GainFixture.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -15,28 +14,8 @@ using nlohmann::json;
 using Support::Ended;
 using Strings = std::vector<std::string>;
 
-constexpr const char* kGraph = R"yaml(format: 1
-name: the test
-blocks:
-  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}
-  - {id: gain, type: FilterGain}
-  - {id: out, type: RecordingSink, properties: {file: out.csv}}
-connections:
-  - {from: in, to: gain}
-  - {from: gain, to: out.x}
-)yaml";
-
-class Summary : public testing::Test {
+class Summary : public Support::GainFixture {
 protected:
-    Summary() {
-        folder.write("g.yaml", kGraph);
-        folder.write("in.csv", "t,x\n0,1\n0.5,2\n1,3\n");
-    }
-
-    Ended call(Strings arguments) const {
-        arguments.insert(arguments.begin(), QUILLMERE);
-        return Support::runProgram(arguments, folder.path(""));
-    }
     /// Runs the graph so; what the summary says.
     json summaryOf(const Strings& more, int exitCode) {
         Strings arguments{"run", "g.yaml", "--quiet", "--summary-json", "s.json"};

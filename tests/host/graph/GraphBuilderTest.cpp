@@ -2,6 +2,7 @@
 #include "host/graph/GraphBuilder.h"
 
 #include "framework/Quillmere.h"
+#include "tests/host/kit/TimelineSend.h"
 
 #include <gtest/gtest.h>
 
@@ -104,15 +105,6 @@ protected:
         return lines;
     }
     /// Sends 5 to an input when the time is 1.
-    static void sendFive(GraphDescription& graph, const std::string& block, const std::string& pin) {
-        GraphDescription::TimelineEntry& entry = graph.timeline.emplace_back();
-        entry.at = 1.0;
-        GraphDescription::TimelineChange& change = entry.changes.emplace_back();
-        change.kind = GraphDescription::TimelineChange::Kind::Send;
-        change.block = block;
-        change.name = pin;
-        change.value = valueOf(5);
-    }
     template <class Block>
     Block& at(const std::string& id) {
         return dynamic_cast<Block&>(*parts->find(id)->block);
@@ -217,7 +209,7 @@ TEST_F(GraphBuilderTest, TheLayoutHoldsTheBlocksAsTheyRun) {
 
 TEST_F(GraphBuilderTest, AValueOfTheTimelineComesFromASenderInTheSameLayout) {
     written.addBlock("relay", "Relay");
-    sendFive(written, "relay", "in");
+    Support::sendAtOneSecond(written, "relay", "in", 5);
     ASSERT_EQ(build(), "") << "its main input isn't open";
     Core::Filter* const sender = parts->timeline.getSender();
     ASSERT_NE(sender, nullptr);

@@ -4,6 +4,7 @@
 #include "framework/Quillmere.h"
 #include "host/live/ControlException.h"
 #include "tests/host/kit/Fifo.h"
+#include "tests/host/kit/TimelineSend.h"
 #include "tests/host/run/ScriptedSource.h"
 
 #include <gtest/gtest.h>
@@ -61,15 +62,6 @@ protected:
         return live.emplace(*graph, *drive, std::nullopt);
     }
     /// Sends 5 to an input when the time is 1.
-    static void sendFive(GraphDescription& graph, const std::string& block, const std::string& pin) {
-        GraphDescription::TimelineEntry& entry = graph.timeline.emplace_back();
-        entry.at = 1.0;
-        GraphDescription::TimelineChange& change = entry.changes.emplace_back();
-        change.kind = GraphDescription::TimelineChange::Kind::Send;
-        change.block = block;
-        change.name = pin;
-        change.value = valueOf(5);
-    }
     /// Two relays that feed each other.
     void addPair(const std::string& layoutOfFirst, const std::string& layoutOfSecond) {
         add("first", "Relay", layoutOfFirst);
@@ -135,7 +127,7 @@ TEST_F(LiveGraphTest, EachSourceKeepsTheRunGoing) {
 TEST_F(LiveGraphTest, TheTimelineStandsWhereASourceTellsItsTime) {
     add("relay", "Relay", "a");
     add("source", "Ended", "c");
-    sendFive(description, "relay", "in");
+    Support::sendAtOneSecond(description, "relay", "in", 5);
     deal();
     EXPECT_EQ(namesIn("c"), "source timeline ");
     EXPECT_EQ(namesIn("a"), "relay ");
@@ -147,7 +139,7 @@ TEST_F(LiveGraphTest, OnlyALoopBoundsWhatIsLetOutAtTheEnd) {
     description.connect("first.out", "second.in");
     add("feed", "Relay", "a");
     description.connect("feed.out", "first.in");
-    sendFive(description, "feed", "in");
+    Support::sendAtOneSecond(description, "feed", "in", 5);
     deal();
     EXPECT_EQ(drive->mostDrainRounds, std::numeric_limits<std::uint64_t>::max());
     live.reset();
