@@ -27,7 +27,6 @@ protected:
         return json::parse(folder.read("s.json"));
     }
 
-    Support::TemporaryFolder folder;
     std::string message; ///< What people were told.
 };
 
