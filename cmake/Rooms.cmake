@@ -54,10 +54,11 @@ function(velmarind_kernels name)
   endforeach()
 endfunction()
 
-# velmarind_tests(ROOM LIBRARIES libs... SOURCES files...): one test program per room. The one list of sources
-# both builds the tests and registers each of them with CTest. The label `threads` marks what the thread
-# sanitizer has to see; the target `thread_tests` builds all of that. With KERNELS the whole program runs once
-# more on the plain kernels.
+# velmarind_tests(ROOM LIBRARIES libs... SOURCES files...): one test program per room. The one list of
+# sources both builds the tests and registers each of them with CTest; with VELMARIND_TESTS_IN_HALVES it
+# registers the two halves of the program, since a sanitizer takes longer to start a process than most tests
+# to run. The label `threads` marks what the thread sanitizer has to see; the target `thread_tests` builds
+# all of that. With KERNELS the whole program runs once more on the plain kernels.
 add_custom_target(thread_tests)
 function(velmarind_tests room)
   cmake_parse_arguments(ARG "KERNELS" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
@@ -70,8 +71,16 @@ function(velmarind_tests room)
   if(count GREATER 8 AND "${ARG_LIBRARIES}" MATCHES "framework")
     target_precompile_headers(${target} PRIVATE <gtest/gtest.h> "${PROJECT_SOURCE_DIR}/framework/Quillmere.h")
   endif()
-  gtest_discover_tests(${target} TEST_PREFIX "${room}." DISCOVERY_TIMEOUT 60
-                       PROPERTIES TIMEOUT 300 LABELS "${room};${ARG_LABELS}")
+  if(VELMARIND_TESTS_IN_HALVES)
+    foreach(half RANGE 1)
+      add_test(NAME ${room}.Half${half} COMMAND ${target} --gtest_brief=1)
+      set_tests_properties(${room}.Half${half} PROPERTIES TIMEOUT 1800 LABELS "${room};${ARG_LABELS}"
+                           ENVIRONMENT "GTEST_TOTAL_SHARDS=2;GTEST_SHARD_INDEX=${half}")
+    endforeach()
+  else()
+    gtest_discover_tests(${target} TEST_PREFIX "${room}." DISCOVERY_TIMEOUT 60
+                         PROPERTIES TIMEOUT 300 LABELS "${room};${ARG_LABELS}")
+  endif()
   if(ARG_KERNELS)
     target_sources(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests/support/KernelsTest.cpp")
     add_test(NAME ${room}.WithPlainKernels COMMAND ${target})
