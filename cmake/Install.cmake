@@ -55,7 +55,7 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${CMAKE_INSTALL_DOCD
   FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${CMAKE_INSTALL_DOCDIR}"
   USE_SOURCE_PERMISSIONS FILES_MATCHING PATTERN "*.yaml" PATTERN "*.py" PATTERN "*.gnuplot" PATTERN "*.h" PATTERN "*.cpp"
-  PATTERN "CMakeLists.txt" PATTERN "build" EXCLUDE PATTERN "__pycache__" EXCLUDE)
+  PATTERN "CMakeLists.txt" PATTERN "recordings/*" PATTERN "build" EXCLUDE PATTERN "__pycache__" EXCLUDE)
 
 install(EXPORT VelmarindTargets NAMESPACE Quillmere:: DESTINATION "${package}")
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/VelmarindConfig.cmake.in"

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -72,6 +73,36 @@ TEST_F(Examples, TheSpectrumShowsATremorAtFiveHertz) {
         if (k < 9 || k > 11) {
             EXPECT_LT(rows[6][1 + k], 0.005) << "row " << k;
         }
+}
+
+TEST_F(Examples, TheTremorAtRestIsFollowedInHertz) {
+    const Ended ended =
+        call({"run", EXAMPLES "/rest-tremor.yaml", "--output", "result=" + folder.path("tremor.csv")});
+    ASSERT_EQ(ended.exitCode, 0) << ended.err;
+    const auto rows = numbersOf(folder.read("tremor.csv"));
+    ASSERT_EQ(rows.size(), 862u);
+    for (const std::vector<double>& row : rows) {
+        const double hertz = row[2] * 92.7743 / (2.0 * std::numbers::pi);
+        if (row[0] >= 3.0 && row[0] < 8.0) {
+            EXPECT_GT(hertz, 6.2) << "at " << row[0] << " s";
+            EXPECT_LT(hertz, 6.85) << "at " << row[0] << " s";
+        }
+    }
+}
+
+TEST_F(Examples, TheSpectrumOfTheTremorAtRestHasItToo) {
+    const Ended ended = call(
+        {"run", EXAMPLES "/rest-tremor-spectrum.yaml", "--output", "result=" + folder.path("spectrum.csv")});
+    ASSERT_EQ(ended.exitCode, 0) << ended.err;
+    const auto frames = numbersOf(folder.read("spectrum.csv"));
+    ASSERT_EQ(frames.size(), 6u);
+    for (const std::vector<double>& frame :
+         frames) { // an amplitude every quarter of a hertz, behind the time
+        const auto largest = std::max_element(frame.begin() + 1 + 8, frame.end());
+        const auto place = largest - (frame.begin() + 1);
+        EXPECT_GE(place, 25) << "6.25 Hz";
+        EXPECT_LE(place, 29) << "7.25 Hz";
+    }
 }
 
 TEST_F(Examples, TheStepResponseNeedsNoRecording) {
