@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/description/Unit.h"
 
+#include "host/text/NearestName.h"
+
 #include <algorithm>
 #include <cctype>
 #include <numbers>
@@ -207,6 +209,23 @@ std::string withoutSigns(std::string_view text) {
     return plain;
 }
 
+std::string nearestUnit(const std::string& text) {
+    std::vector<std::string> likely;
+    std::vector<std::string> others;
+    for (const Unit& unit : kUnits) {
+        // Of two that are equally near, what people measure most is meant: deg/s by degs.
+        const bool isLikely =
+            unit.dimension == Dimension::TurnRate || unit.dimension == Dimension::Acceleration;
+        std::vector<std::string>& spellings = isLikely ? likely : others;
+        for (const std::string_view symbol : unit.symbols)
+            if (!symbol.empty()) spellings.emplace_back(symbol);
+        for (const std::string_view word : unit.words)
+            if (!word.empty()) spellings.emplace_back(word);
+    }
+    likely.insert(likely.end(), others.begin(), others.end());
+    return nearestName(withoutSigns(text), likely);
+}
+
 std::vector<std::string> namesOfUnits() {
     std::vector<std::string> names;
     for (const Unit& unit : kUnits)
@@ -222,11 +241,24 @@ std::vector<std::string> namesOfUnits(Unit::Dimension dimension) {
 }
 
 const char* nameOf(Unit::Dimension dimension) {
-    constexpr const char* kNames[]{"an angle",      "a turn rate",     "an acceleration", "a magnetic field",
-                                   "a time",        "a frequency",     "a length",        "a speed",
-                                   "a voltage",     "a current",       "a resistance",    "a pressure",
-                                   "a force",       "a torque",        "a temperature",   "an illuminance",
-                                   "a part of 100", "a rate of pulses"};
+    constexpr const char* kNames[]{"angle",
+                                   "turn rate",
+                                   "acceleration",
+                                   "magnetic field",
+                                   "time",
+                                   "frequency",
+                                   "length",
+                                   "speed",
+                                   "voltage",
+                                   "current",
+                                   "resistance",
+                                   "pressure",
+                                   "force",
+                                   "torque",
+                                   "temperature",
+                                   "illuminance",
+                                   "part of a hundred",
+                                   "pulse"};
     return kNames[static_cast<std::size_t>(dimension)];
 }
 

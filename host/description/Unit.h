@@ -61,10 +61,15 @@ QUILLMERE_API bool getIsSymbol(std::string_view small);
 /// whether they stand there in UTF-8 or in one byte each. [any]
 QUILLMERE_API std::string withoutSigns(std::string_view text);
 
+/// The spelling of a unit that somebody who wrote `text` may have meant, or an empty text. [any]
+QUILLMERE_API std::string nearestUnit(const std::string& text);
+/// For messages that refuse a unit.
+inline constexpr const char* kSomeUnits = "a unit such as g, m/s^2, deg/s, rad/s, deg, uT, mV or ms";
+
 /// The names of all units, and of those that one can be converted to or from, itself among them. [any]
 QUILLMERE_API std::vector<std::string> namesOfUnits();
 QUILLMERE_API std::vector<std::string> namesOfUnits(Unit::Dimension dimension);
-/// What a dimension is called in messages: `an acceleration`. [any]
+/// What a dimension is called in messages: `acceleration`. [any]
 QUILLMERE_API const char* nameOf(Unit::Dimension dimension);
 
 /// How numbers of one unit become those of another: by one multiplication or one division, whichever has the

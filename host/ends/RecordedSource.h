@@ -37,6 +37,9 @@ public:
     virtual std::vector<std::string> getColumnNames() const { return {}; }
     /// The shape of each sample of an output; nothing when that can't be known beforehand. [setup]
     virtual std::optional<Shape> getSampleShape(const Core::AbstractOutputPin&) const { return std::nullopt; }
+    /// The unit that all elements have of what an output sends; empty where nobody states it, or they differ.
+    /// Requires: open. [setup]
+    virtual std::string getUnit(const Core::AbstractOutputPin&) const { return {}; }
     /// How often an output sends; nothing when that can't be known beforehand. Takes nothing away from the
     /// run. Requires: open. [setup]
     virtual std::optional<SampleRate> getSampleRate(const Core::AbstractOutputPin&) const {

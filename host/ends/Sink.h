@@ -24,6 +24,9 @@ public:
     /// Complains of settings that don't fit the pins which connections have made. [setup]
     virtual void checkPins(Complaints&) const {}
 
+    /// The unit of what comes to a pin, where it is known. Requires: not open. [setup]
+    virtual void setUnit(const Core::AbstractInputPin&, const std::string&) {}
+
     /// Starts the result. Raises `RecordingException`. [setup]
     virtual void open() = 0;
     /// The time of the round that comes, in seconds. [run]

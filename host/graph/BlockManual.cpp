@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/BlockManual.h"
 
+#include "host/description/Unit.h"
 #include "host/description/ValueReader.h"
 
 #include <algorithm>
@@ -22,15 +23,21 @@ constexpr std::array<Relation, 3> kRelations{{{"nyquist", RelativeTo::Nyquist, "
                                               {"radians", RelativeTo::Radians, "radians a sample"},
                                               {"samples", RelativeTo::Samples, "samples"}}};
 
-/// Takes the part `rate` of a manual to pieces.
+/// Takes the parts `rate` and `units` of a manual to pieces.
 class ManualReader {
 public:
     ManualReader(BlockManual& target, Complaints& list) : manual(target), complaints(list) {}
 
     void take(const Value& file) {
         const Value::Entry* const rate = file.find("rate");
-        if (rate == nullptr || !getIsMap(rate->value)) return;
-        for (const Value::Entry& entry : rate->value.entries) {
+        if (rate != nullptr && getIsMap(rate->value)) takeRate(rate->value);
+        const Value::Entry* const units = file.find("units");
+        if (units != nullptr && getIsMap(units->value)) takeUnits(units->value);
+    }
+
+private:
+    void takeRate(const Value& rate) {
+        for (const Value::Entry& entry : rate.entries) {
             if (entry.key == "settings")
                 takeRelations(entry.value, manual.settings);
             else if (entry.key == "inputs")
@@ -42,7 +49,40 @@ public:
         }
     }
 
-private:
+    void takeUnits(const Value& units) {
+        for (const Value::Entry& entry : units.entries) {
+            if (entry.key == "inputs")
+                takeInputUnits(entry.value);
+            else if (entry.key == "outputs")
+                takeOutputUnits(entry.value);
+            else
+                complaints.add(entry.where, "the key '" + entry.key + "'", "inputs or outputs");
+        }
+    }
+
+    void takeInputUnits(const Value& value) {
+        if (!getIsMap(value)) return;
+        for (const Value::Entry& entry : value.entries) {
+            if (entry.value.isScalar() && findUnit(entry.value.text) != nullptr)
+                manual.inputUnits.emplace(entry.key, entry.value.text);
+            else
+                complaints.add(entry.value.where, entry.value.describe(), kSomeUnits);
+        }
+    }
+
+    void takeOutputUnits(const Value& value) {
+        if (!getIsMap(value)) return;
+        for (const Value::Entry& entry : value.entries) {
+            const Value::Entry* const input = entry.value.find("as");
+            if (input != nullptr && input->value.isScalar())
+                manual.outputUnits.emplace(entry.key, BlockManual::OutputUnit{input->value.text});
+            else if (entry.value.isScalar() && entry.value.text == "same")
+                manual.outputUnits.emplace(entry.key, BlockManual::OutputUnit{});
+            else
+                complaints.add(entry.value.where, entry.value.describe(), "same or {as: INPUT}");
+        }
+    }
+
     bool getIsMap(const Value& value) {
         if (value.kind == Value::Kind::Map) return true;
         complaints.add(value.where, value.describe(), "a map");

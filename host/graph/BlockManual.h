@@ -11,7 +11,7 @@
 namespace Quillmere::Host {
 
 /// What a plug-in tells of a block type beside its code: what of it is relative to the rate at which samples
-/// come.
+/// come, and which units it takes and keeps.
 struct QUILLMERE_API BlockManual {
     /// What a number is told in.
     enum class RelativeTo { Nyquist, Radians, Samples };
@@ -23,9 +23,16 @@ struct QUILLMERE_API BlockManual {
         std::string setting = {}; ///< which is the time from one sample to the next.
     };
 
+    /// The unit of what an output sends.
+    struct OutputUnit {
+        std::string input = {}; ///< That of what comes there; empty for the main input.
+    };
+
     std::map<std::string, RelativeTo> settings = {};
     std::map<std::string, RelativeTo> inputs = {};
     std::map<std::string, OutputRate> outputs = {};
+    std::map<std::string, OutputUnit> outputUnits = {}; ///< Of outputs that keep a unit.
+    std::map<std::string, std::string> inputUnits = {}; ///< Of inputs that take one unit only.
 
     /// The manual of a type, from the file `TYPE.yaml` in the folder of its plug-in's manual; empty when the
     /// plug-in has none, which it doesn't need. What is wrong with it is complained of. [setup]

@@ -8,6 +8,7 @@
 #include "host/graph/RateSettings.h"
 #include "host/graph/SettingRules.h"
 #include "host/graph/TimelineRehearsal.h"
+#include "host/graph/UnitFinder.h"
 
 #include <algorithm>
 #include <utility>
@@ -41,7 +42,7 @@ void Graph::requireDrive(Complaints& complaints) const {
             "the graph has no sink, so nothing is kept of what it does; a RecordingSink writes a result");
 }
 
-/// Writes what had to wait for the rates.
+/// Writes what had to wait for the rates, and tells sinks the units of what comes to them.
 void Graph::settle(Complaints& complaints) {
     Complaints own;
     RateSettings rates(parts, description, catalogue, own);
@@ -53,6 +54,7 @@ void Graph::settle(Complaints& complaints) {
         warnOfContradictions(*this, own);
     }
     rates.warnOfUnevenTime();
+    carryUnits(parts, rates.getManuals(), own);
     complaints.add(own);
     complaints.add(rates.getManualComplaints());
 }

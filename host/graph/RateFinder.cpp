@@ -26,15 +26,9 @@ std::string percent(double part) {
 }
 } // namespace
 
-const BlockManual& RateFinder::getManual(const std::string& type) {
-    const auto known = manuals.find(type);
-    if (known != manuals.end()) return known->second;
-    return manuals.emplace(type, BlockManual::read(type, catalogue, complaints)).first->second;
-}
-
 RateFinder::RateFinder(const std::vector<GraphParts::Node>& graphNodes, const SourceRates& sourceRates,
                        const BlockCatalogue& blockCatalogue)
-    : sources(sourceRates), catalogue(blockCatalogue) {
+    : sources(sourceRates), manuals(blockCatalogue) {
     for (const GraphParts::Node& node : graphNodes)
         if (node.block != nullptr) nodes.emplace(node.block.get(), &node);
 }

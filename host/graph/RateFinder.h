@@ -2,8 +2,8 @@
 #pragma once
 
 #include "host/ends/SampleRate.h"
-#include "host/graph/BlockManual.h"
 #include "host/graph/GraphParts.h"
+#include "host/graph/ManualShelf.h"
 
 #include <map>
 #include <optional>
@@ -31,9 +31,10 @@ public:
 
     /// At the block's main input.
     const FoundRate& rateAt(const Core::Filter& block);
-    const BlockManual& getManual(const std::string& type);
+    const BlockManual& getManual(const std::string& type) { return manuals.get(type); }
+    ManualShelf& getManuals() { return manuals; }
     /// What was wrong with manuals so far.
-    const Complaints& getComplaints() const { return complaints; }
+    const Complaints& getComplaints() const { return manuals.getComplaints(); }
 
 private:
     /// The rate of an output, or the block at whose main input its rate is.
@@ -48,9 +49,7 @@ private:
 
     std::map<const Core::PinManager*, const GraphParts::Node*> nodes;
     const SourceRates& sources;
-    const BlockCatalogue& catalogue;
-    Complaints complaints;
-    std::map<std::string, BlockManual> manuals;
+    ManualShelf manuals;
     std::map<const Core::Filter*, FoundRate> found;
 };
 

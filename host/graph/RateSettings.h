@@ -24,6 +24,7 @@ public:
     void write();
     /// Warns, once for each recording, of time stamps that aren't even where a block counts on a rate.
     void warnOfUnevenTime();
+    ManualShelf& getManuals() { return values.getFinder().getManuals(); }
     /// What is wrong with the manuals that were looked at.
     const Complaints& getManualComplaints() { return values.getFinder().getComplaints(); }
 

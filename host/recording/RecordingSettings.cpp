@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSettings.h"
 
+#include "host/text/Printable.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <limits>
@@ -36,6 +38,24 @@ void takeColumns(const Value& value, RecordingSettings::Pin& pin, Complaints& co
         if (const auto name = toText(item, complaints)) pin.columns.push_back({*name, item.where});
 }
 
+/// `{columns: [ax, ay, az], unit: g}`.
+void takePin(const Value& value, RecordingSettings::Pin& pin, Complaints& complaints) {
+    if (value.kind != Value::Kind::Map) return takeColumns(value, pin, complaints);
+    for (const Value::Entry& entry : value.entries) {
+        if (entry.key == "columns")
+            takeColumns(entry.value, pin, complaints);
+        else if (entry.key == "unit")
+            pin.unit = takeUnit(entry.value, complaints).value_or(NamedUnit{});
+        else
+            complaints.add(Complaint::unknown(entry.where,
+                                              "the key '" + printable(entry.key, kLongestName) + "'",
+                                              entry.key, {"columns", "unit"}));
+    }
+    if (value.find("columns") == nullptr)
+        complaints.add(value.where, "no columns for the pin '" + printable(pin.name, kLongestName) + "'",
+                       "'columns:' and a list, as in {columns: [ax, ay, az], unit: g}");
+}
+
 /// Of none it is the file that may have one.
 void refuseTwoClocks(const GraphDescription::Block& description, const std::string& name,
                      Complaints& complaints) {
@@ -65,7 +85,9 @@ std::vector<HostBlock::SettingDescription> RecordingSettings::getDescriptions() 
         {"data", "text", "the one", "the path of a variable in a MAT or HDF5 file, as in imu/LowerBack/Acc"},
         {"pins", "map", "",
          "for each output pin the list of its columns, as in {accel: [ax, ay, az]}, or a pattern: "
-         "{accel: acc*}"},
+         "{accel: acc*}; or with the unit that it is to have: {accel: {columns: acc*, unit: g}}"},
+        {"units", "map", "as the file says",
+         "the unit that columns have, by name or by pattern, as in {ax: mg, \"gyr*\": deg/s}"},
         {"time", "text or list", "as the file looks",
          "the column, or the path of the variable, that holds the time in seconds, or [date, time]"},
         {"rate", "number", "by time", "rows a second, for a recording without a time column"},
@@ -91,6 +113,8 @@ bool RecordingSettings::take(const GraphDescription::Setting& setting, Complaint
         hop = takeCount(value, complaints);
     } else if (setting.name == "pins") {
         takePins(value, complaints);
+    } else if (setting.name == "units") {
+        units = takeUnits(value, complaints);
     } else if (setting.name == "onBadRow") {
         onBadRow = static_cast<OnBadRow>(takeChoice(value, {"error", "skip", "nan"}, complaints));
     } else if (setting.name == "onCutEnd") {
@@ -110,7 +134,7 @@ void RecordingSettings::takePins(const Value& value, Complaints& complaints) {
     for (const Value::Entry& entry : value.entries) {
         if (entry.key.empty()) complaints.add(entry.where, "a pin without a name", "a name");
         pins.emplace_back().name = entry.key;
-        takeColumns(entry.value, pins.back(), complaints);
+        takePin(entry.value, pins.back(), complaints);
     }
 }
 

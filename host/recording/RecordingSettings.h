@@ -5,6 +5,7 @@
 #include "host/recording/ReadingSettings.h"
 #include "host/recording/ReadingWishes.h"
 #include "host/recording/RecordingRows.h"
+#include "host/recording/UnitSettings.h"
 #include "host/text/Complaint.h"
 
 #include <cstddef>
@@ -19,12 +20,14 @@ struct RecordingSettings {
     struct Pin {
         std::string name;
         std::vector<NamedColumn> columns;
+        NamedUnit unit; ///< That its samples are to have; none: as the columns come.
     };
 
     ReadingWishes wishes; ///< Of how to read; `gatherWishes` has those of what, too.
     RecordingClock clock;
     std::vector<Pin> pins;
-    std::size_t frameRows = 0; ///< 0: no frames.
+    std::vector<StatedUnit> units; ///< Of columns.
+    std::size_t frameRows = 0;     ///< 0: no frames.
     Place frameWhere;
     std::size_t hop = 0; ///< Rows from frame to frame; 0 until told: the frame's own length.
     OnBadRow onBadRow = OnBadRow::Error;

@@ -8,6 +8,7 @@
 #include "host/text/Printable.h"
 #include "host/ends/ShapeGiver.h"
 #include "host/ends/ColumnName.h"
+#include "host/recording/UnitText.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,9 +21,10 @@ namespace Quillmere::Host {
 namespace {
 constexpr const char* kExpectedName = "a name in one line, without control characters";
 
-/// The pin that would have a column of this name, counted as in `accel[0]`; empty when the name doesn't
-/// count.
-std::string countedPin(const std::string& name) {
+/// The pin that would have a column of this name, counted as in `accel[0]`, with a unit or without; empty
+/// when the name doesn't count.
+std::string countedPin(std::string name) {
+    if (name.find(" [") != std::string::npos) name = nameWithoutUnit(name);
     const std::size_t bracket = name.rfind('[');
     if (bracket == std::string::npos || name.size() < bracket + 3 || name.back() != ']') return {};
     if (name.find_first_not_of("0123456789", bracket + 1) + 1 != name.size()) return {};
@@ -106,6 +108,8 @@ const std::vector<HostBlock::SettingDescription>& RecordingSink::getSettingDescr
         {"time", "text", "t", "the name of the time column"},
         {"columns", "map", "accel[0] and so on",
          "for a pin the names of its columns, as in {accel: [ax, ay, az]}"},
+        {"units", "flag", "unless named",
+         "whether the units that are known stand behind the names of columns, as in accel[0] [g]"},
         {"overwrite", "flag", "false",
          "whether a file under that name may be replaced that no run has written"}};
     return descriptions;
@@ -122,6 +126,8 @@ void RecordingSink::configure(const GraphDescription::Block& description, const 
             takeFile(setting, folder, complaints);
         } else if (setting.name == "overwrite") {
             overwrites = toFlag(setting.value, complaints).value_or(false);
+        } else if (setting.name == "units") {
+            showsUnits = toFlag(setting.value, complaints);
         } else if (setting.name == "columns") {
             takeColumns(setting.value, complaints);
         } else {
@@ -162,6 +168,10 @@ void RecordingSink::takeColumns(const Value& value, Complaints& complaints) {
             named.names.push_back(*name);
         }
     }
+}
+
+void RecordingSink::setUnit(const Core::AbstractInputPin& pin, const std::string& unit) {
+    units[pin.getName()] = unitForName(unit);
 }
 
 Core::AbstractInputPin* RecordingSink::makePin(const std::string& name) {
@@ -228,9 +238,31 @@ std::vector<TableWriter::Group> RecordingSink::groups() const {
     for (const NamedColumns& named : columns)
         names.emplace(named.pin, named.names);
     std::vector<TableWriter::Group> list;
-    for (const Core::InputPin<Core::MatrixXd>& pin : inputs)
-        list.push_back({pin.getName(), names[pin.getName()]});
+    for (const Core::InputPin<Core::MatrixXd>& pin : inputs) {
+        TableWriter::Group& group = list.emplace_back();
+        group.name = pin.getName();
+        group.columns = names[group.name];
+        const auto unit = units.find(group.name);
+        const bool isShown = showsUnits.value_or(group.columns.empty());
+        if (isShown && unit != units.end()) group.unit = unit->second;
+    }
     return list;
+}
+
+/// A name and a unit may be what another column is called.
+void RecordingSink::checkUnits(Complaints& complaints) const {
+    std::set<std::string> used{timeName};
+    for (const NamedColumns& named : columns)
+        used.insert(named.names.begin(), named.names.end());
+    for (const TableWriter::Group& group : groups()) {
+        const auto named = std::find_if(columns.begin(), columns.end(), [&](const NamedColumns& candidate) {
+            return candidate.pin == group.name;
+        });
+        for (std::size_t i = 0; i < group.columns.size() && !group.unit.empty(); ++i)
+            if (!used.insert(group.getColumn(i)).second)
+                complaints.add(named->where, "the column name '" + group.getColumn(i) + "' a second time",
+                               "each name once");
+    }
 }
 
 ResultOptions RecordingSink::options() const {
@@ -240,6 +272,7 @@ ResultOptions RecordingSink::options() const {
 
 void RecordingSink::checkFile(const std::vector<std::string>& columnsOfRecordings, Complaints& complaints) {
     recorded = columnsOfRecordings;
+    checkUnits(complaints);
     if (const auto refusal = ResultPath(getPath()).findRefusal(options()))
         complaints.add(getPathPlace(), refusal->found, refusal->expected);
 }

@@ -10,6 +10,7 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <unordered_map>
@@ -38,6 +39,7 @@ public:
     bool getMakesPins() const override { return true; }
     Core::AbstractInputPin* makePin(const std::string& name) override;
     void checkPins(Complaints& complaints) const override;
+    void setUnit(const Core::AbstractInputPin& pin, const std::string& unit) override;
     void setOverwrites(bool flag) override { overwrites = flag; }
     void checkFile(const std::vector<std::string>& recorded, Complaints& complaints) override;
     std::vector<File> getFiles() const override;
@@ -68,6 +70,7 @@ private:
     void checkWidth(const NamedColumns& named, const Core::AbstractInputPin& pin,
                     Complaints& complaints) const;
     std::vector<TableWriter::Group> groups() const;
+    void checkUnits(Complaints& complaints) const;
     ResultOptions options() const;
     void gather(std::size_t pin);
     bool getIsRowFull() const;
@@ -82,7 +85,9 @@ private:
     std::string timeName = "t";
     Place timePlace;
     bool overwrites = false;
-    std::vector<std::string> recorded; ///< Columns of the graph's recordings.
+    std::optional<bool> showsUnits; ///< Of all columns or of none; else of those without names of their own.
+    std::unordered_map<std::string, std::string> units; ///< Of pins, as far as they are known.
+    std::vector<std::string> recorded;                  ///< Columns of the graph's recordings.
 
     std::stop_token stop;
     std::unique_ptr<TableWriter> table;

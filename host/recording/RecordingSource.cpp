@@ -72,6 +72,8 @@ void RecordingSource::fill(std::size_t pin) {
     else
         for (std::size_t i = 0; i < columns; ++i)
             to[i] = recording->getElement(pin, i);
+    const UnitPlan::Pin& unit = units.pins[pin];
+    if (unit.getConverts()) unit.convert(to, static_cast<std::size_t>(sample.size()));
 }
 
 std::vector<std::string> RecordingSource::getColumnNames() const {
@@ -112,7 +114,10 @@ void RecordingSource::open(Complaints& complaints) {
         return;
     }
     std::optional<RowPlan> plan = planRows(*reader, getPath(), getPathPlace(), settings, complaints);
-    if (!plan) return;
+    std::optional<UnitPlan> unitPlan;
+    if (plan) unitPlan = planUnits(*reader, getPath(), settings, *plan, complaints);
+    if (!unitPlan) return;
+    units = std::move(*unitPlan);
     recording = std::make_unique<RecordingRows>(std::move(reader), std::move(*plan));
     if (settings.frameRows > 0 && settings.frameRows <= kLongestFrameFilled && !getComesByItself())
         warnOfShortFile(complaints);
@@ -219,12 +224,18 @@ bool RecordingSource::getIsMissing(const Core::AbstractOutputPin& pin, std::size
     return outputs[found].missing.at(element) != 0;
 }
 
+std::string RecordingSource::getUnit(const Core::AbstractOutputPin& pin) const {
+    const std::size_t found = findOutput(pin);
+    return found < units.pins.size() ? units.pins[found].unit : std::string();
+}
+
 SourceAccount RecordingSource::getAccount() const {
     if (recording == nullptr) return {};
     SourceAccount account = recording->getAccount();
     const double rate = recording->getPlan().rate;
     if (!settings.clock.rate && rate > 0.0)
         account.notes.push_back(shortestText(rate) + " rows a second, as the file states");
+    account.notes.insert(account.notes.end(), units.notes.begin(), units.notes.end());
     // Of a file it was told before the run.
     if (getComesByItself()) account.otherUnit = findOtherUnitOfTime();
     return account;

@@ -9,6 +9,7 @@
 #include "host/ends/WakingSource.h"
 #include "host/recording/RecordingRows.h"
 #include "host/recording/RecordingSettings.h"
+#include "host/recording/UnitPlanner.h"
 
 #include <cstdint>
 #include <deque>
@@ -67,6 +68,7 @@ public:
     SourceAccount getAccount() const override;
     std::vector<File> getFiles() const override;
     std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
+    std::string getUnit(const Core::AbstractOutputPin& pin) const override;
     std::optional<SampleRate> getSampleRate(const Core::AbstractOutputPin& pin) const override;
 
 private:
@@ -89,6 +91,7 @@ private:
 
     RecordingSettings settings; ///< Without patterns when the recording is open.
     std::deque<Output> outputs; ///< For each pin of the settings; pins can't move.
+    UnitPlan units;             ///< Of these, when the recording is open.
 
     std::unique_ptr<RecordingRows> recording;
     Core::Tally rows;         ///< Sent, or taken into a frame.

@@ -20,12 +20,15 @@ std::string_view takeCell(std::string_view& line) {
     return cell;
 }
 
-/// The columns that count, as in `accel[0],accel[1]`.
+/// The columns that count, as in `accel[0],accel[1]`, whatever units stand behind them.
 class Counting {
 public:
     bool takes(std::string_view cell) {
         const bool isQuoted = cell.size() > 1 && cell.front() == '"' && cell.back() == '"';
         if (isQuoted) cell = cell.substr(1, cell.size() - 2);
+        const std::size_t unit = cell.rfind(" [");
+        const bool hasUnit = unit != std::string_view::npos && unit > 0 && cell[unit - 1] == ']';
+        if (hasUnit && cell.back() == ']') cell = cell.substr(0, unit);
         const std::size_t bracket = cell.rfind('[');
         if (bracket == std::string_view::npos) return false;
         const std::string_view name = cell.substr(0, bracket);
@@ -71,8 +74,10 @@ bool TableForm::fits(std::string_view head) const {
 bool TableForm::fitsHeader(std::string_view line) const {
     std::set<std::string, std::less<>> own;
     for (const TableWriter::Group& group : groups)
-        for (const std::string& name : group.columns)
-            own.insert(CsvWriter::quoted(name));
+        for (std::size_t i = 0; i < group.columns.size(); ++i) {
+            own.insert(CsvWriter::quoted(group.columns[i]));
+            own.insert(CsvWriter::quoted(group.getColumn(i)));
+        }
     std::set<std::string, std::less<>> read;
     for (const std::string& name : recorded)
         read.insert(CsvWriter::quoted(name));

@@ -25,6 +25,12 @@ std::size_t copyCells(std::string& to, const std::string& row, std::size_t from,
 }
 } // namespace
 
+std::string TableWriter::Group::getColumn(std::size_t element) const {
+    const std::string column =
+        columns.empty() ? name + "[" + std::to_string(element) + "]" : columns[element];
+    return unit.empty() ? column : column + " [" + unit + "]";
+}
+
 TableWriter::TableWriter(const std::string& path, std::string name, std::vector<Group> list,
                          ResultOptions options, const std::stop_token& stop)
     : file(path, std::move(options), stop), writer(file), timeName(std::move(name)), groups(std::move(list)) {
@@ -88,8 +94,7 @@ std::vector<std::string> TableWriter::header(const std::vector<std::size_t>& col
     std::vector<std::string> names{timeName};
     for (std::size_t group = 0; group < groups.size(); ++group)
         for (std::size_t i = 0; i < columns[group]; ++i)
-            names.push_back(groups[group].columns.empty() ? groups[group].name + "[" + std::to_string(i) + "]"
-                                                          : groups[group].columns[i]);
+            names.push_back(groups[group].getColumn(i));
     return names;
 }
 

@@ -14,8 +14,8 @@
 namespace Quillmere::Host {
 
 /// Writes samples of several groups as one CSV table: a time column, then for each group one column an
-/// element, named `group[0]`, `group[1]` and so on, or by names of its own. A group that has no sample in a
-/// row leaves its cells empty.
+/// element, named `group[0]`, `group[1]` and so on, or by names of its own, with the unit behind it where the
+/// group has one: `group[0] [g]`. A group that has no sample in a row leaves its cells empty.
 ///
 /// How wide a group is, is known when its first sample comes, which may be long after the first row. Rows are
 /// written at once all the same, in the widths known so far; when widths have grown in between, closing the
@@ -28,6 +28,10 @@ public:
     struct Group {
         std::string name;
         std::vector<std::string> columns; ///< Names of its own, or empty.
+        std::string unit = {};            ///< Behind the name of each column, or empty.
+
+        /// The name of the column of an element: `accel[0]`, or its own, and the unit behind it.
+        std::string getColumn(std::size_t element) const;
     };
 
     /// Opens the result. Raises `RecordingException` when it can't be written. `stop`: see `ResultFile`.

@@ -3,10 +3,12 @@
 
 #include "host/description/Unit.h"
 #include "host/recording/CsvCells.h"
+#include "host/text/Printable.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <span>
 #include <utility>
 
 namespace Quillmere::Host {
@@ -21,8 +23,14 @@ constexpr std::array<std::string_view, 19> kWords{
     "gravity", "degrees", "degrees/s", "degrees celsius", "celsius", "c",           "gauss",
     "mgauss",  "kohms",   "usiemens",  "local_flux",      "m/sec^2"};
 
-/// A row of units has these where there is none; alone they say nothing.
-constexpr std::array<std::string_view, 6> kNoUnits{"no_units", "no units", "n/a", "u.i.", "a.u.", "counts"};
+/// A row of units has these where there is none,
+constexpr std::array<std::string_view, 4> kNoUnits{"no_units", "no units", "n/a", "-"};
+/// or these where it is no other's.
+constexpr std::array<std::string_view, 3> kOwnUnits{"u.i.", "a.u.", "counts"};
+
+bool getIsAmong(std::span<const std::string_view> words, std::string_view word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
 
 bool isLetter(char c) {
     return std::isalpha(static_cast<unsigned char>(c)) != 0;
@@ -41,7 +49,7 @@ std::string smallUnit(std::string_view text) {
 
 bool isKnownUnit(std::string_view text) {
     const std::string small = smallUnit(text);
-    return getIsSymbol(small) || std::find(kWords.begin(), kWords.end(), small) != kWords.end();
+    return getIsSymbol(small) || getIsAmong(kWords, small);
 }
 
 /// Whether a unit may stand behind a `_`: `UTC_Second` and `vel_n` have none.
@@ -74,7 +82,12 @@ bool getIsUnit(std::string_view text) {
     const bool isBracketed = text.size() > 2 && ((text.front() == '(' && text.back() == ')') ||
                                                  (text.front() == '[' && text.back() == ']'));
     if (isBracketed || isKnownUnit(text)) return true;
-    return std::find(kNoUnits.begin(), kNoUnits.end(), smallUnit(text)) != kNoUnits.end();
+    const std::string small = smallUnit(text);
+    return (small != "-" && getIsAmong(kNoUnits, small)) || getIsAmong(kOwnUnits, small);
+}
+
+bool getSaysNoUnit(std::string_view unit) {
+    return trimmed(unit).empty() || getIsAmong(kNoUnits, smallUnit(unit));
 }
 
 std::string unitOfName(std::string_view name) {
@@ -91,6 +104,14 @@ std::string unitOfName(std::string_view name) {
 std::string nameWithoutUnit(std::string_view name) {
     name = trimmed(name);
     return std::string(trimmed(name.substr(0, placeOfUnit(name).first)));
+}
+
+std::string unitForName(const std::string& unit) {
+    const bool isPlain = !unit.empty() && unit.find_first_of("[],\"") == std::string::npos &&
+                         printable(unit, kLongestName) == unit;
+    if (isPlain && unitOfName("x [" + unit + "]") == unit) return unit;
+    const Unit* const known = findUnit(unit);
+    return known == nullptr ? "" : known->getName();
 }
 
 std::optional<double> unitsPerSecond(std::string_view unit) {

@@ -14,11 +14,18 @@ namespace Quillmere::Host {
 /// Whether a text is nothing but a unit, in brackets or not: `m/s^2`, `[deg/s]`, `(g)`, `no_units`. [any]
 QUILLMERE_API bool getIsUnit(std::string_view text);
 
+/// Whether such a text says that there is none: `no_units`, `n/a`. [any]
+QUILLMERE_API bool getSaysNoUnit(std::string_view unit);
+
 /// The unit in a column's name: what stands in brackets at its end, as in `Time (s)` and `acc [g]`, or behind
 /// its last `_` where that is a unit, as in `acc_x_m/s^2`; else empty. [any]
 QUILLMERE_API std::string unitOfName(std::string_view name);
 /// The name without that. [any]
 QUILLMERE_API std::string nameWithoutUnit(std::string_view name);
+
+/// A unit as it can stand in brackets behind the name of a column, `accel[0] [g]`, and be found there again:
+/// as it is written, or as the host calls it; empty where neither will do. [any]
+QUILLMERE_API std::string unitForName(const std::string& unit);
 
 /// How many of a unit of time make a second: of `ms`, `[ms]` or `milliseconds` a thousand; nothing for what
 /// is no unit of time. [any]

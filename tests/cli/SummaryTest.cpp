@@ -30,6 +30,24 @@ protected:
     std::string message; ///< What people were told.
 };
 
+TEST_F(Summary, TellsOfUnitsThatWereConverted) {
+    folder.write("in.csv", "t,x (mg)\n0,1000\n0.5,2000\n");
+    const Strings asked{"--set", "in.pins={x: {columns: [x], unit: g}}"};
+    for (const Strings& way : {Strings{}, Strings{"--live", "--speed", "max"}}) {
+        Strings arguments = asked;
+        arguments.insert(arguments.end(), way.begin(), way.end());
+        EXPECT_EQ(summaryOf(arguments, 0)["recordings"][0]["notes"], json({"x: g from mg"}));
+        EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.5,2\n") << "a gain may have a unit";
+    }
+    const Ended people = call({"run", "g.yaml", "--set", asked[1]});
+    EXPECT_NE(people.out.find("\n        x: g from mg\n"), std::string::npos) << people.out;
+    const Ended slip = call({"check", "g.yaml", "--set", "in.units={x: gee}"});
+    EXPECT_EQ(slip.exitCode, 2);
+    EXPECT_EQ(slip.err,
+              "--set in.units={x: gee}: found the unit 'gee'; expected a unit such as g, m/s^2, deg/s, "
+              "rad/s, deg, uT, mV or ms\n");
+}
+
 TEST_F(Summary, TellsWhatARunHasDone) {
     for (const Strings& way : {Strings{}, Strings{"--live", "--speed", "max"}}) {
         const json summary = summaryOf(way, 0);

@@ -107,8 +107,16 @@ TEST(UnitTest, EachNameFindsItsUnitAndIsOfOneDimension) {
         }
     }
     EXPECT_EQ(namesOfUnits(Unit::Dimension::Angle), (std::vector<std::string>{"deg", "mdeg", "rad", "mrad"}));
-    EXPECT_STREQ(nameOf(Unit::Dimension::Acceleration), "an acceleration");
-    EXPECT_STREQ(nameOf(Unit::Dimension::Pulse), "a rate of pulses");
+    EXPECT_STREQ(nameOf(Unit::Dimension::Acceleration), "acceleration");
+    EXPECT_STREQ(nameOf(Unit::Dimension::Pulse), "pulse");
+}
+
+TEST(UnitTest, NamesWhatMayBeMeant) {
+    EXPECT_EQ(nearestUnit("degs"), "deg/s");
+    EXPECT_EQ(nearestUnit("UT"), "uT");
+    EXPECT_EQ(nearestUnit("m/ss"), "m/s2");
+    EXPECT_EQ(nearestUnit("radian/s"), "radians/s");
+    EXPECT_EQ(nearestUnit("furlongs"), "");
 }
 
 TEST(UnitTest, ConvertsByTheNumberThatPeopleKnow) {

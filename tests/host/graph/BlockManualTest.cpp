@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/BlockManual.h"
 
+#include "host/description/Unit.h"
 #include "host/graph/BlockDescription.h"
 #include "tests/host/kit/GraphFixture.h"
 
@@ -50,6 +51,17 @@ TEST_F(BlockManualTest, EveryBlockOfThePlugInHasOneThatNamesItsOutputsAndNothing
                                     [&](const auto* pin) { return pin->getName() == input.first; }))
                 << type << "." << input.first;
         }
+        const auto hasInput = [&](const std::string& name) {
+            const auto& pins = block->getInputPins();
+            return std::any_of(pins.begin(), pins.end(),
+                               [&](const auto* pin) { return pin->getName() == name; });
+        };
+        for (const auto& [name, unit] : manual.outputUnits) {
+            EXPECT_TRUE(manual.outputs.contains(name)) << type << "." << name;
+            EXPECT_TRUE(unit.input.empty() || hasInput(unit.input)) << type << "." << unit.input;
+        }
+        for (const auto& input : manual.inputUnits)
+            EXPECT_TRUE(hasInput(input.first)) << type << "." << input.first;
         ++pages;
         folderOfPages = BlockManual::folderOf(type, catalogue);
     }
@@ -77,6 +89,14 @@ TEST_F(BlockManualTest, WhatNoManualSaysIsComplainedOf) {
     EXPECT_EQ(complaintsOfManual("rate: {outputs: same}\n"), "Own.yaml:1:17: found 'same'; expected a map");
     EXPECT_EQ(complaintsOfManual("rate: {output: {A: same}}\n"),
               "Own.yaml:1:8: found the key 'output'; expected settings, inputs or outputs");
+    EXPECT_EQ(complaintsOfManual("units: {inputs: {a: rad/s}, outputs: {x: same, y: {as: a}}}\n"), "");
+    EXPECT_EQ(complaintsOfManual("units: {inputs: {a: furlongs}}\n"),
+              std::string("Own.yaml:1:21: found 'furlongs'; expected ") + kSomeUnits);
+    EXPECT_EQ(complaintsOfManual("units: {outputs: {x: a}}\n"),
+              "Own.yaml:1:22: found 'a'; expected same or {as: INPUT}");
+    EXPECT_EQ(complaintsOfManual("units: {x: same}\n"),
+              "Own.yaml:1:9: found the key 'x'; expected inputs or outputs");
+    EXPECT_EQ(complaintsOfManual("units: same\n"), "Own.yaml:1:8: found 'same'; expected a map");
 }
 
 } // namespace

@@ -173,9 +173,9 @@ TEST_F(RecordingSinkTest, WrongSettingsAreComplainedOf) {
     const RefusalRow rows[] = {
         {"", "g.yaml:4:10: found the RecordingSink 'out' without a file; expected 'file:' and the name of a "
              "file\n"},
-        {"file: out.csv, name: x",
-         "g.yaml:4:64: found the property 'name' of RecordingSink; expected one of file, time, columns and "
-         "overwrite\n"},
+        {"file: out.csv, name: x", "g.yaml:4:64: found the property 'name' of RecordingSink; expected one of "
+                                   "file, time, columns, units and "
+                                   "overwrite\n"},
         {"file: out.csv, columns: {frist: [a]}",
          "g.yaml:4:74: found the pin 'frist' that no connection leads to; expected one of second one and "
          "first; did you mean "

@@ -38,6 +38,14 @@ TEST(UnitTextTest, TellsUnitsThatStandAlone) {
         EXPECT_FALSE(getIsUnit(name)) << name;
 }
 
+TEST(UnitTextTest, KnowsWhatSaysThatThereIsNone) {
+    for (const char* const none : {"", " ", "no_units", "[No units]", "n/a", "-"})
+        EXPECT_TRUE(getSaysNoUnit(none)) << none;
+    for (const char* const unit : {"g", "counts", "a.u.", "furlongs"})
+        EXPECT_FALSE(getSaysNoUnit(unit)) << unit;
+    EXPECT_FALSE(getIsUnit("-")) << "a cell that is left out";
+}
+
 TEST(UnitTextTest, TakesUnitsFromNames) {
     struct Row {
         const char* name;
@@ -60,6 +68,16 @@ TEST(UnitTextTest, TakesUnitsFromNames) {
         EXPECT_EQ(nameWithoutUnit(row.name), row.label) << row.name;
         EXPECT_EQ(unitOfName(row.name), row.unit) << row.name;
     }
+}
+
+TEST(UnitTextTest, PutsInANameWhatIsFoundThereAgain) {
+    for (const char* const unit : {"g", "m/s²", "°/s", "m/(s^2)", "counts", "a.u.", "%"}) {
+        EXPECT_EQ(unitForName(unit), unit);
+        EXPECT_EQ(unitOfName("accel[0] [" + std::string(unit) + "]"), unit);
+    }
+    EXPECT_EQ(unitForName("\xB0/s"), "deg/s") << "no UTF-8, so by its name";
+    for (const char* const other : {"", " g ", "a]b", "[x]", "1", "a,b", "a\"b", "a\nb", "\xFF"})
+        EXPECT_EQ(unitForName(other), std::string(other) == " g " ? "g" : "") << other;
 }
 
 TEST(UnitTextTest, CountsUnitsOfTimeInWhateverLetters) {
