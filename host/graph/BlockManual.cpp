@@ -131,7 +131,8 @@ const char* meaningOf(RelativeTo relation) {
 
 std::string BlockManual::folderOf(const std::string& type, const BlockCatalogue& catalogue) {
     const std::string plugin = catalogue.getPluginPath(type);
-    return plugin.empty() ? "" : std::filesystem::path(plugin).replace_extension(QUILLMERE_MANUAL_ENDING).string();
+    return plugin.empty() ? ""
+                          : std::filesystem::path(plugin).replace_extension(QUILLMERE_MANUAL_ENDING).string();
 }
 
 BlockManual BlockManual::fromFile(const std::string& path, Complaints& complaints) {

@@ -6,6 +6,7 @@
 #include "host/inspection/LogHistogram.h"
 #include "host/inspection/UnitGuess.h"
 #include "host/recording/ColumnFinder.h"
+#include "host/recording/ColumnUnits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -69,6 +70,7 @@ public:
         told.path = reader.getPath();
         told.form = reader.getForm();
         findClock();
+        takeUnits();
         chooseCells();
         chooseGroups();
         reader.select(chosen);
@@ -115,6 +117,20 @@ private:
         const auto found = finder.find(settings.wishes.time.front(), {"--set time"}, complaints);
         complaints.raise();
         return found;
+    }
+
+    void takeUnits() {
+        if (settings.units.empty()) return;
+        Complaints complaints;
+        const std::vector<ColumnUnit> units =
+            findUnits(reader.getColumns(), settings.units, reader.getPath(), complaints);
+        for (std::size_t i = 0; i < units.size(); ++i) {
+            if (told.columns[i].isTime)
+                refuseUnitOfTime(told.columns[i].described.name, settings.units, complaints);
+            else
+                told.columns[i].described.unit = units[i].text;
+        }
+        complaints.raise();
     }
 
     /// Everything that holds numbers. What makes a time that the reader tells is no number.

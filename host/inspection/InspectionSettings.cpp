@@ -8,7 +8,7 @@ namespace Quillmere::Host {
 namespace {
 
 std::vector<std::string> knownSettings() {
-    std::vector<std::string> names{"data", "time", "rate", "missing"};
+    std::vector<std::string> names{"data", "time", "rate", "missing", "units"};
     for (const HostBlock::SettingDescription& setting : getReadingSettings())
         names.push_back(setting.name);
     return names;
@@ -17,7 +17,9 @@ std::vector<std::string> knownSettings() {
 } // namespace
 
 void InspectionSettings::take(GraphDescription::Setting setting, Complaints& complaints) {
-    if (!takeReadingSetting(setting, wishes, clock, complaints))
+    if (setting.name == "units")
+        units = takeUnits(setting.value, complaints);
+    else if (!takeReadingSetting(setting, wishes, clock, complaints))
         complaints.add(Complaint::unknown(
             setting.where, "the setting '" + printable(setting.name, kLongestName) + "' of a recording",
             setting.name, knownSettings()));

@@ -5,6 +5,7 @@
 #include "host/description/GraphDescription.h"
 #include "host/recording/ReadingSettings.h"
 #include "host/recording/ReadingWishes.h"
+#include "host/recording/UnitSettings.h"
 #include "host/text/Complaint.h"
 
 #include <string>
@@ -18,6 +19,7 @@ struct QUILLMERE_API InspectionSettings {
     std::vector<GraphDescription::Setting> written; ///< As they were given, for a graph.
     ReadingWishes wishes;
     RecordingClock clock;
+    std::vector<StatedUnit> units; ///< Of columns.
 
     /// Takes one, in place of one of the same name. What is wrong with it is complained of. [setup]
     void take(GraphDescription::Setting setting, Complaints& complaints);

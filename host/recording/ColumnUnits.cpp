@@ -102,4 +102,13 @@ std::vector<ColumnUnit> findUnits(const std::vector<RecordingReader::Column>& co
     return units;
 }
 
+void refuseUnitOfTime(const std::string& name, const std::vector<StatedUnit>& stated,
+                      Complaints& complaints) {
+    for (const StatedUnit& one : stated)
+        if (one.column.name == name || one.column.name == nameWithoutUnit(name))
+            complaints.add(one.column.where,
+                           "a unit for the column of times '" + printable(name, kLongestName) + "'",
+                           "'timeUnit' for that");
+}
+
 } // namespace Quillmere::Host

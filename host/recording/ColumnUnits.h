@@ -24,4 +24,7 @@ std::vector<ColumnUnit> findUnits(const std::vector<RecordingReader::Column>& co
                                   const std::vector<StatedUnit>& stated, const std::string& path,
                                   Complaints& complaints);
 
+/// Complains of units for the column of times, by name, which would change nothing. [setup]
+void refuseUnitOfTime(const std::string& name, const std::vector<StatedUnit>& stated, Complaints& complaints);
+
 } // namespace Quillmere::Host

@@ -118,17 +118,6 @@ std::optional<UnitPlan::Pin> planPin(const RecordingSettings::Pin& pin,
     return planned;
 }
 
-/// A unit for the column of times would change nothing where no pin has it.
-void refuseUnitOfTime(const Columns& columns, std::size_t time, const std::vector<StatedUnit>& stated,
-                      Complaints& complaints) {
-    const std::string& name = columns[time].name;
-    for (const StatedUnit& one : stated)
-        if (one.column.name == name || one.column.name == nameWithoutUnit(name))
-            complaints.add(one.column.where,
-                           "a unit for the column of times '" + printable(name, kLongestName) + "'",
-                           "'timeUnit' for that");
-}
-
 } // namespace
 
 void UnitPlan::Pin::convert(double* sample, std::size_t size) const {
@@ -161,7 +150,7 @@ std::optional<UnitPlan> planUnits(const RecordingReader& reader, const std::stri
     }
     const auto time = plan.timeCell ? std::optional(plan.chosen[*plan.timeCell]) : reader.getTimeColumn();
     const bool isTimed = time && plan.rate == 0.0;
-    if (isTimed && isRead[*time] == 0) refuseUnitOfTime(reader.getColumns(), *time, settings.units, own);
+    if (isTimed && isRead[*time] == 0) refuseUnitOfTime(reader.getColumns()[*time].name, settings.units, own);
     complaints.add(own);
     return own.isEmpty() ? std::optional(std::move(result)) : std::nullopt;
 }

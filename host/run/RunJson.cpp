@@ -57,6 +57,7 @@ Text source(const RunOutcome::Recording& recording) {
                    {"firstTime", hasTimes ? number(account.firstTime) : null()},
                    {"lastTime", hasTimes ? number(account.lastTime) : null()},
                    {"medianRate", numberOrNull(account.getMedianRate())},
+                   {"notes", listOfTexts(account.notes)},
                    {"repairs", repairs(account)},
                    {"timesBackward", finding(account.backward)},
                    {"timesEqual", finding(account.equal)},

@@ -86,6 +86,22 @@ TEST_F(InspectCommand, WritesAGraphThatRuns) {
     EXPECT_EQ(call({"walk.csv", "--graph", "mine.yaml", "--overwrite"}).exitCode, 0);
 }
 
+TEST_F(InspectCommand, TakesUnitsThatTheFileDoesNotState) {
+    const Strings said{"walk.csv", "--set", "units={acc*: m/s^2}", "--graph", "walk.yaml"};
+    const Ended told = call(said);
+    EXPECT_EQ(told.exitCode, 0) << told.err;
+    EXPECT_NE(told.out.find("acc_x   m/s^2  0 "), std::string::npos) << told.out;
+    EXPECT_EQ(told.out.find("no unit is stated for acc"), std::string::npos) << told.out;
+    EXPECT_EQ(run("walk.yaml").exitCode, 0);
+    EXPECT_TRUE(folder.read("walk-result.csv").starts_with("t,acc[0] [m/s^2],acc[1] [m/s^2],acc[2] [m/s^2],"))
+        << folder.read("walk-result.csv");
+    const Ended slip = call({"walk.csv", "--set", "units={bcc*: g}"});
+    EXPECT_EQ(slip.exitCode, 2);
+    EXPECT_TRUE(slip.err.ends_with("found no column that fits 'bcc*'; expected one of walk.csv: time, acc_x, "
+                                   "acc_y, acc_z and level\n"))
+        << slip.err;
+}
+
 TEST_F(InspectCommand, WritesAGraphThatRunsOverABadRecording) {
     folder.write("bad.csv",
                  "time,x,y,z,e\n0,1,2,3,4\n0.1,1,,3,4\n0.2,oops,2,3,4\n0.3,1\nnan,1,2,3,4\n0.1,1,2,3,\n");

@@ -36,11 +36,11 @@ TEST_F(Summary, TellsOfUnitsThatWereConverted) {
     for (const Strings& way : {Strings{}, Strings{"--live", "--speed", "max"}}) {
         Strings arguments = asked;
         arguments.insert(arguments.end(), way.begin(), way.end());
-        EXPECT_EQ(summaryOf(arguments, 0)["recordings"][0]["notes"], json({"x: g from mg"}));
+        EXPECT_EQ(summaryOf(arguments, 0)["sources"][0]["notes"], json::array({"x: g from mg"}));
         EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.5,2\n") << "a gain may have a unit";
     }
     const Ended people = call({"run", "g.yaml", "--set", asked[1]});
-    EXPECT_NE(people.out.find("\n        x: g from mg\n"), std::string::npos) << people.out;
+    EXPECT_NE(people.out.find("\n       x: g from mg\n"), std::string::npos) << people.out;
     const Ended slip = call({"check", "g.yaml", "--set", "in.units={x: gee}"});
     EXPECT_EQ(slip.exitCode, 2);
     EXPECT_EQ(slip.err,

@@ -103,6 +103,21 @@ TEST_F(InspectionTest, GuessesAUnitWhereNoneIsStated) {
     EXPECT_FALSE(stated.groups[0].medianLength);
 }
 
+TEST_F(InspectionTest, TakesUnitsThatAreSaid) {
+    Value units;
+    units.kind = Value::Kind::Map;
+    Value::Entry& entry = units.entries.emplace_back();
+    entry.key = "*";
+    entry.value = valueOf("mg");
+    const Inspection said =
+        look("time,acc_x,acc_y,acc_z (g)\n0,0,0,9.81\n0.1,9.81,0,0\n", {{"units", units}});
+    EXPECT_EQ(said.columns[1].described.unit, "mg");
+    EXPECT_EQ(said.columns[3].described.unit, "mg") << "whatever the file states";
+    EXPECT_EQ(said.columns[0].described.unit, "") << "times have theirs by 'timeUnit'";
+    units.entries[0].key = "time";
+    EXPECT_THROW(look("time,acc\n0,0\n0.1,9.81\n", {{"units", units}}), GraphException);
+}
+
 TEST_F(InspectionTest, NeedsNoTimes) {
     const Inspection found = look("a,b\n1,2\n3,4\n5,6\n");
     EXPECT_EQ(found.clock, Clock::None);

@@ -53,6 +53,7 @@ RunOutcome::Recording recording() {
     account.firstTime = 0.5;
     account.lastTime = 2.5;
     account.medianStep = 0.25;
+    account.notes.emplace_back("accel: g from mg");
     account.skippedRows = 1;
     account.mendedRows = 2;
     account.missingCells = 3;
@@ -80,6 +81,9 @@ TEST(OutcomeJson, TellsWhatASourceHasReadAndHowItWasMended) {
       "firstTime": 0.5,
       "lastTime": 2.5,
       "medianRate": 4.0,
+      "notes": [
+        "accel: g from mg"
+      ],
       "repairs": {
         "skippedRows": 1,
         "mendedRows": 2,
