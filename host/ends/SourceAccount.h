@@ -21,6 +21,24 @@ struct SourceAccount {
     struct Finding {
         std::uint64_t count = 0;
         Spot first; ///< Of nothing when there are none.
+
+        void note(const Spot& spot) {
+            if (count++ == 0) first = spot;
+        }
+    };
+    /// What was done about times since the graph asks for it.
+    struct TimeRepairs {
+        Finding duplicates; ///< Rows left out, whole or in part, that repeat the time stamp before,
+        Finding backward;   ///< and those that go back.
+        Finding gaps;       ///< Steps of more than the limit that weren't kept as they are.
+        double gapLimit = 0.0;        ///< Seconds.
+        bool isHeld = false;          ///< Gaps were filled with the values in front of them, else with nan.
+        std::uint64_t rowsFilled = 0; ///< Made in gaps, whole or in part.
+        std::uint64_t gapsLeft = 0;   ///< Since the rows in front of them have no step that fills them.
+        std::uint64_t earlyRows = 0;  ///< Cut off in front of the start.
+        double lastSeen = 0.0;        ///< Seconds, of the last row that was read, cut off or not.
+        std::optional<double> resampledRate; ///< Rows a second,
+        std::uint64_t resampledRows = 0;     ///< and of how many they were made.
     };
     /// A column that looks like a clock and goes at another pace than the rate that the graph gives.
     struct OtherClock {
@@ -56,6 +74,7 @@ struct SourceAccount {
     Finding backward;
     Finding equal;
     Finding jumps; ///< Forward by more than ten median steps.
+    TimeRepairs repairs;
 
     std::optional<OtherClock> otherClock;
     std::optional<OtherUnit> otherUnit;

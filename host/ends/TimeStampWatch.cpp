@@ -7,10 +7,6 @@ namespace Quillmere::Host {
 
 namespace {
 constexpr double kJump = 10.0; ///< Median steps.
-
-void note(SourceAccount::Finding& finding, const SourceAccount::Spot& spot) {
-    if (finding.count++ == 0) finding.first = spot;
-}
 } // namespace
 
 TimeStampWatch::TimeStampWatch() : bins(kLastBin - kFirstBin + 1) {}
@@ -22,7 +18,7 @@ void TimeStampWatch::takeOddStep(const SourceAccount::Spot& spot) {
         return;
     }
     noteFirstStep(spot);
-    note(spot.time < spot.before ? backward : equal, spot);
+    (spot.time < spot.before ? backward : equal).note(spot);
 }
 
 /// Every bin is empty before the first step, so the first step is noted here or as an odd one.

@@ -40,6 +40,9 @@ public:
         last = time;
     }
 
+    /// Goes on from a row whose step is told of elsewhere. Requires: it isn't the first.
+    void skipTo(double time) { last = time; }
+
     /// Fills in what is to be told of times and steps.
     void tell(SourceAccount& account) const;
 

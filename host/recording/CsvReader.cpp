@@ -66,6 +66,10 @@ CsvReader::CsvReader(std::unique_ptr<RecordingFile> file, const ReadingWishes& w
         notes.insert(notes.end(), table.times.notes.begin(), table.times.notes.end());
 }
 
+std::optional<std::int64_t> CsvReader::getOrigin() const {
+    return clock == nullptr ? std::nullopt : clock->getOrigin();
+}
+
 std::vector<std::string> CsvReader::getNotes() const {
     std::vector<std::string> all = notes;
     if (clock == nullptr) return all;

@@ -41,6 +41,7 @@ public:
     const std::string& getPath() const override { return lines.getFile().getName(); }
     std::vector<std::string> getForm() const override { return form; }
     std::vector<std::string> getNotes() const override;
+    std::optional<std::int64_t> getOrigin() const override;
     void setMissing(const std::vector<std::string>& texts) override;
     void setStop(const std::stop_token& token) override { lines.getFile().setStop(token); }
 

@@ -109,6 +109,10 @@ public:
     /// Whether the file was written to while it was read. Requires: its end has been reached.
     virtual bool getIsChanged() const { return false; }
 
+    /// What times count from: nanoseconds since 1970, or since midnight where times are those of a day;
+    /// nothing where they count from no date. Known as soon as a row has been read. [run]
+    virtual std::optional<std::int64_t> getOrigin() const { return std::nullopt; }
+
     /// What was wrong with the last row: `PLACE: column 'NAME': found "TEXT"; expected ...`. Requires: it was
     /// faulty.
     virtual Complaint getFault() const = 0;

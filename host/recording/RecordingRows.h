@@ -60,6 +60,8 @@ public:
     bool getIsReady() { return reader->getIsRowReady(); }
     void setStop(const std::stop_token& token) { reader->setStop(token); }
     const RowPlan& getPlan() const { return plan; }
+    /// How many rows were read, also those that were not taken.
+    std::uint64_t getNumber() const { return number; }
 
     /// Of the row: its time in seconds, the elements of a pin's sample, and whether there is a sample, which
     /// there isn't where all cells of the pin are empty. Requires: the last `take` took it.

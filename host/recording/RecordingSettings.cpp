@@ -99,8 +99,8 @@ std::vector<HostBlock::SettingDescription> RecordingSettings::getDescriptions() 
         {"onCutEnd", "keep, error or drop", "keep",
          "what a last line without its end does: it is a row as any other, ends the run, or is left "
          "out"}};
-    for (HostBlock::SettingDescription& description : getReadingSettings())
-        all.push_back(std::move(description));
+    for (auto& more : {getReadingSettings(), RepairSettings::getDescriptions()})
+        all.insert(all.end(), more.begin(), more.end());
     return all;
 }
 
@@ -119,7 +119,7 @@ bool RecordingSettings::take(const GraphDescription::Setting& setting, Complaint
         onBadRow = static_cast<OnBadRow>(takeChoice(value, {"error", "skip", "nan"}, complaints));
     } else if (setting.name == "onCutEnd") {
         onCutEnd = static_cast<OnCutEnd>(takeChoice(value, {"keep", "error", "drop"}, complaints));
-    } else {
+    } else if (!repairs.take(setting, complaints)) {
         return takeReadingSetting(setting, wishes, clock, complaints);
     }
     return true;
@@ -148,6 +148,11 @@ void RecordingSettings::finish(const std::string& block, const GraphDescription:
     if (hop != 0 && frameRows == 0)
         complaints.add(description.where, "a hop without a frame in '" + block + "'", "'frame:' too");
     if (hop == 0) hop = frameRows;
+    std::vector<std::string> names;
+    for (const Pin& pin : pins)
+        names.push_back(pin.name);
+    repairs.finish(names, complaints);
+    if (clock.rate) repairs.refuseRate(complaints);
 }
 
 ReadingWishes RecordingSettings::gatherWishes() const {

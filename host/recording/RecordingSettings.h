@@ -5,6 +5,7 @@
 #include "host/recording/ReadingSettings.h"
 #include "host/recording/ReadingWishes.h"
 #include "host/recording/RecordingRows.h"
+#include "host/recording/RepairSettings.h"
 #include "host/recording/UnitSettings.h"
 #include "host/text/Complaint.h"
 
@@ -32,6 +33,7 @@ struct RecordingSettings {
     std::size_t hop = 0; ///< Rows from frame to frame; 0 until told: the frame's own length.
     OnBadRow onBadRow = OnBadRow::Error;
     OnCutEnd onCutEnd = OnCutEnd::Keep;
+    RepairSettings repairs;
 
     static std::vector<HostBlock::SettingDescription> getDescriptions();
 

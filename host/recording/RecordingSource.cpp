@@ -118,13 +118,44 @@ void RecordingSource::open(Complaints& complaints) {
     if (plan) unitPlan = planUnits(*reader, getPath(), settings, *plan, complaints);
     if (!unitPlan) return;
     units = std::move(*unitPlan);
-    recording = std::make_unique<RecordingRows>(std::move(reader), std::move(*plan));
+    if (!settings.clock.rate && plan->rate > 0.0) settings.repairs.refuseRate(complaints);
+    TimeRepairPlan repairPlan = planRepair();
+    if (!reader->getIsPiped()) refuseDates(*plan, repairPlan, complaints);
+    recording = std::make_unique<RepairedRows>(std::move(reader), std::move(*plan), std::move(repairPlan));
     if (settings.frameRows > 0 && settings.frameRows <= kLongestFrameFilled && !getComesByItself())
         warnOfShortFile(complaints);
 }
 
 std::unique_ptr<RecordingReader> RecordingSource::openReader() const {
     return openRecording(getPath(), settings.gatherWishes());
+}
+
+TimeRepairPlan RecordingSource::planRepair() const {
+    std::vector<TimeRepairPlan::Pin> pins;
+    for (const RecordingSettings::Pin& pin : settings.pins) {
+        TimeRepairPlan::Pin& one = pins.emplace_back();
+        one.name = pin.name;
+        one.size = pin.columns.size();
+    }
+    return settings.repairs.getPlan(std::move(pins));
+}
+
+/// What a date counts from may stand in the first row only.
+void RecordingSource::refuseDates(const RowPlan& plan, TimeRepairPlan repairPlan,
+                                  Complaints& complaints) const {
+    if (!repairPlan.startDate && !repairPlan.endDate) return;
+    try {
+        RecordingRows ahead(openReader(), plan);
+        ahead.take();
+        if (auto fault = resolveDates(repairPlan, ahead.getReader())) complaints.add(std::move(*fault));
+    } catch (const RecordingException&) {
+        // A bad row, or a file that is gone: the run will tell of it.
+    }
+}
+
+/// The same rows once more, beside those of the run.
+RepairedRows RecordingSource::readAhead() const {
+    return RepairedRows(openReader(), recording->getPlan(), recording->getRepairPlan());
 }
 
 bool RecordingSource::getComesByItself() const {
@@ -134,12 +165,12 @@ bool RecordingSource::getComesByItself() const {
 /// Of a file that ends before the first frame is full.
 void RecordingSource::warnOfShortFile(Complaints& complaints) const {
     try {
-        RecordingRows ahead(openReader(), recording->getPlan());
+        RepairedRows ahead = readAhead();
         std::size_t found = 0;
         while (found < settings.frameRows) {
-            const RecordingRows::Row row = ahead.take();
-            if (row == RecordingRows::Row::Taken) ++found;
-            if (row != RecordingRows::Row::End) continue;
+            const RepairedRows::Row row = ahead.take();
+            if (row == RepairedRows::Row::Taken) ++found;
+            if (row != RepairedRows::Row::End) continue;
             const Complaint complaint{{},
                                       counted(found, "row") + " in " + getPath() + " for a frame of " +
                                           std::to_string(settings.frameRows),
@@ -161,17 +192,17 @@ bool RecordingSource::prepare() {
 bool RecordingSource::getIsPrepared() {
     // Rows that have come are taken at once until one, or the last of a frame, makes a sample.
     while (!isReady && recording->getIsReady()) {
-        if (recording->getReader().getIsAtEnd()) return true;
+        if (recording->getIsAtEnd()) return true;
         readOn();
     }
     return isReady;
 }
 
-/// Reads one row; false at the end.
+/// Goes on by one row; false at the end.
 bool RecordingSource::readOn() {
-    const RecordingRows::Row read = recording->take();
-    if (read == RecordingRows::Row::Taken) isReady = settings.frameRows == 0 || takeRowIntoFrame();
-    return read != RecordingRows::Row::End;
+    const RepairedRows::Row read = recording->take();
+    if (read == RepairedRows::Row::Taken) isReady = settings.frameRows == 0 || takeRowIntoFrame();
+    return read != RepairedRows::Row::End;
 }
 
 /// Adds the row that was read to the frame; true when the frame is full.
@@ -219,7 +250,8 @@ RecordedSource::Cell RecordingSource::getCell(const Core::AbstractOutputPin& pin
 
 bool RecordingSource::getIsMissing(const Core::AbstractOutputPin& pin, std::size_t element) const {
     const std::size_t found = findOutput(pin);
-    if (found == outputs.size() || recording->getPlan().missing.empty()) return false;
+    if (found == outputs.size()) return false;
+    if (recording->getPlan().missing.empty() && !recording->getIsRepairing()) return false;
     if (settings.frameRows == 0) return recording->getIsMissing(found, element);
     return outputs[found].missing.at(element) != 0;
 }
@@ -260,11 +292,14 @@ std::optional<SourceAccount::OtherUnit> RecordingSource::findOtherUnitOfTime() c
 
 namespace {
 /// The next row of a look ahead; a bad one, which the run will tell of, is the end of it.
-RecordingRows::Row takeAhead(RecordingRows& rows) {
+RepairedRows::Row takeAhead(RepairedRows& rows) {
     try {
-        return rows.take();
+        RepairedRows::Row row = rows.take();
+        while (row == RepairedRows::Row::Nothing)
+            row = rows.take();
+        return row;
     } catch (const RecordingException&) {
-        return RecordingRows::Row::End;
+        return RepairedRows::Row::End;
     }
 }
 } // namespace
@@ -273,9 +308,9 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
     if (recording == nullptr || getComesByItself()) return std::nullopt;
     SourceAccount account;
     try {
-        RecordingRows ahead(openReader(), recording->getPlan());
+        RepairedRows ahead = readAhead();
         for (std::uint64_t i = 0; i < most; ++i)
-            if (takeAhead(ahead) == RecordingRows::Row::End) break;
+            if (takeAhead(ahead) == RepairedRows::Row::End) break;
         account = ahead.getAccount();
         if (settings.clock.rate)
             account.otherClock =
@@ -291,19 +326,20 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
 std::optional<SampleRate> RecordingSource::getSampleRate(const Core::AbstractOutputPin& pin) const {
     if (recording == nullptr) return std::nullopt;
     const double rowsASample = static_cast<double>(std::max<std::size_t>(settings.hop, 1));
-    const double rate = recording->getPlan().rate;
+    const std::optional<double>& resampled = recording->getRepairPlan().resampleRate;
+    const double rate = resampled.value_or(recording->getPlan().rate);
     const auto stated =
         rate > 0.0 ? std::optional(SampleRate{.perSecond = rate / rowsASample}) : std::nullopt;
-    if (getComesByItself()) return stated;
+    if (resampled || getComesByItself()) return stated;
     RateMeter meter;
     bool isSparse = false;
     try {
-        RecordingRows ahead(openReader(), recording->getPlan());
+        RepairedRows ahead = readAhead();
         const std::size_t output = findOutput(pin);
         for (std::uint64_t i = 0; i < kRowsMeasured; ++i) {
-            const RecordingRows::Row row = takeAhead(ahead);
-            if (row == RecordingRows::Row::End) break;
-            if (row != RecordingRows::Row::Taken) continue;
+            const RepairedRows::Row row = takeAhead(ahead);
+            if (row == RepairedRows::Row::End) break;
+            if (row != RepairedRows::Row::Taken) continue;
             isSparse = isSparse || !ahead.getHasSample(output);
             if (ahead.getHasSample(output)) meter.take(ahead.getTime());
         }

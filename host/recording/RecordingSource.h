@@ -7,8 +7,8 @@
 #include "host/ends/RecordedSource.h"
 #include "host/ends/Source.h"
 #include "host/ends/WakingSource.h"
-#include "host/recording/RecordingRows.h"
 #include "host/recording/RecordingSettings.h"
+#include "host/recording/RepairedRows.h"
 #include "host/recording/UnitPlanner.h"
 
 #include <cstdint>
@@ -80,6 +80,9 @@ private:
     };
 
     std::unique_ptr<RecordingReader> openReader() const;
+    TimeRepairPlan planRepair() const;
+    void refuseDates(const RowPlan& plan, TimeRepairPlan repairPlan, Complaints& complaints) const;
+    RepairedRows readAhead() const;
     void warnOfShortFile(Complaints& complaints) const;
 
     std::optional<SourceAccount::OtherUnit> findOtherUnitOfTime() const;
@@ -93,7 +96,7 @@ private:
     std::deque<Output> outputs; ///< For each pin of the settings; pins can't move.
     UnitPlan units;             ///< Of these, when the recording is open.
 
-    std::unique_ptr<RecordingRows> recording;
+    std::unique_ptr<RepairedRows> recording;
     Core::Tally rows;         ///< Sent, or taken into a frame.
     std::size_t gathered = 0; ///< Rows in the frames.
     std::size_t toSkip = 0;   ///< Rows before the next frame begins, when frames lie apart.

@@ -66,10 +66,20 @@ std::int64_t RowClock::nanosecondsOfUnit() const {
     return plan.isText ? 1 : static_cast<std::int64_t>(1e9 / plan.perSecond);
 }
 
-std::string RowClock::startText() const {
+/// Requires: there is a first.
+std::int64_t RowClock::nanosecondsOfFirst() const {
     const std::int64_t unit = nanosecondsOfUnit();
-    const std::string text = dateText(first->whole * unit +
-                                      static_cast<std::int64_t>(first->fraction * static_cast<double>(unit)));
+    return first->whole * unit + static_cast<std::int64_t>(first->fraction * static_cast<double>(unit));
+}
+
+std::optional<std::int64_t> RowClock::getOrigin() const {
+    if (plan.start) return plan.start;
+    if (plan.isRelative && first) return nanosecondsOfFirst();
+    return std::nullopt;
+}
+
+std::string RowClock::startText() const {
+    const std::string text = dateText(nanosecondsOfFirst());
     const bool isOfDay = plan.isText && first->whole >= 0 && first->whole < kDay;
     return isOfDay ? text.substr(text.find(' ') + 1) : text;
 }

@@ -31,6 +31,9 @@ public:
     /// A row of that second without a time of its own. [run]
     void passRow() { ++rowOfSecond; }
 
+    /// What times count from, in nanoseconds since 1970 or since midnight, as soon as it is known; nothing
+    /// where they count from no date. [run]
+    std::optional<std::int64_t> getOrigin() const;
     /// What has been done to times that a user should know of: each a sentence's part. [run, or behind it]
     std::vector<std::string> getNotes() const;
 
@@ -38,6 +41,7 @@ private:
     std::optional<Tick> tickOf(std::string_view text) const;
     void unwrap(Tick& tick);
     std::int64_t nanosecondsOfUnit() const;
+    std::int64_t nanosecondsOfFirst() const;
     std::string startText() const;
 
     TimePlan plan;

@@ -47,6 +47,18 @@ Text repairs(const SourceAccount& account) {
                    {"firstFaults", listOfTexts(account.firstFaults)}});
 }
 
+/// What was left out, filled and resampled.
+Text timeRepairs(const SourceAccount::TimeRepairs& repairs) {
+    return object({{"repeated", finding(repairs.duplicates)},
+                   {"backward", finding(repairs.backward)},
+                   {"gaps", finding(repairs.gaps)},
+                   {"rowsFilled", count(repairs.rowsFilled)},
+                   {"gapsLeft", count(repairs.gapsLeft)},
+                   {"earlyRows", count(repairs.earlyRows)},
+                   {"resampledRate", numberOrNull(repairs.resampledRate)},
+                   {"resampledRows", count(repairs.resampledRows)}});
+}
+
 Text source(const RunOutcome::Recording& recording) {
     const SourceAccount& account = recording.account;
     const bool hasTimes = account.rows > 0;
@@ -59,6 +71,7 @@ Text source(const RunOutcome::Recording& recording) {
                    {"medianRate", numberOrNull(account.getMedianRate())},
                    {"notes", listOfTexts(account.notes)},
                    {"repairs", repairs(account)},
+                   {"timeRepairs", timeRepairs(account.repairs)},
                    {"timesBackward", finding(account.backward)},
                    {"timesEqual", finding(account.equal)},
                    {"timesJumping", finding(account.jumps)},

@@ -25,6 +25,32 @@ std::string timesText(const SourceAccount::Finding& finding, const char* doesOne
            " (from " + shortestText(spot.before) + " s to " + shortestText(spot.time) + " s)";
 }
 
+/// What was done about times since the graph asks for it.
+std::vector<std::string> repairTexts(const SourceAccount::TimeRepairs& repairs) {
+    std::vector<std::string> texts;
+    const auto leftOut = [](const SourceAccount::Finding& finding) {
+        return finding.count == 1 ? "; its row is left out" : "; their rows are left out";
+    };
+    if (repairs.backward.count > 0)
+        texts.push_back(timesText(repairs.backward, "goes back", "go back") + leftOut(repairs.backward));
+    if (repairs.duplicates.count > 0)
+        texts.push_back(timesText(repairs.duplicates, "repeats the one before", "repeat the one before") +
+                        leftOut(repairs.duplicates));
+    if (repairs.gaps.count == 0) return texts;
+    const std::string limit = shortestText(repairs.gapLimit);
+    std::string text = timesText(repairs.gaps, ("jumps by more than " + limit + " s").c_str(),
+                                 ("jump by more than " + limit + " s").c_str());
+    if (repairs.rowsFilled > 0)
+        text += "; " + counted(repairs.rowsFilled, "row") + (repairs.rowsFilled == 1 ? " fills " : " fill ") +
+                (repairs.gaps.count == 1 ? "it with " : "them with ") +
+                (repairs.isHeld ? "the values before" : "nan");
+    if (repairs.gapsLeft > 0)
+        text += "; " + counted(repairs.gapsLeft, "gap") +
+                " stayed, since the rows in front don't tell what is missing";
+    texts.push_back(std::move(text));
+    return texts;
+}
+
 /// What is wrong with rows, with the first places of it.
 std::string faultsText(const SourceAccount& account) {
     std::vector<std::string> parts;
@@ -48,6 +74,11 @@ std::vector<Warning> warningsOf(const std::string& path, const SourceAccount& ac
     std::vector<Warning> warnings;
     const auto warn = [&](const std::string& text) { warnings.push_back({place, text}); };
     if (const std::string faults = faultsText(account); !faults.empty()) warn(faults);
+    for (const std::string& text : repairTexts(account.repairs))
+        warn(text);
+    if (account.rows == 0 && account.repairs.earlyRows > 0)
+        warn("none of its rows counts by 'start' and 'end', the last that was read being that of " +
+             shortestText(account.repairs.lastSeen) + " s");
     if (account.isChangedMeanwhile) warn("the file was written to while it was read");
     if (account.backward.count > 0) warn(timesText(account.backward, "goes back", "go back"));
     if (account.equal.count > 0)

@@ -229,7 +229,7 @@ TEST_F(RecordingSourceTest, WrongSettingsAreComplainedOf) {
          "g.yaml:3:79: found 'p'; expected for each pin its columns, as in {accel: [ax, ay, az]}\n"},
         {"file: in.csv, time: t, pin: {}, pins: {p: x}",
          "g.yaml:3:73: found the property 'pin' of RecordingSource; expected one of file, data, pins, units, "
-         "time, rate, frame, hop, onBadRow, missing, onCutEnd, separator and 11 more; did you mean pins?\n"},
+         "time, rate, frame, hop, onBadRow, missing, onCutEnd, separator and 19 more; did you mean pins?\n"},
         {"file: in.csv, time: time, pins: {p: [x, z]}",
          "g.yaml:3:70: found no column 'time'; expected one of in.csv: t, x and y\n"
          "g.yaml:3:90: found no column 'z'; expected one of in.csv: t, x and y\n"},

@@ -65,6 +65,12 @@ RunOutcome::Recording recording() {
     account.backward.first.before = 1.5;
     account.backward.first.time = 1.0;
     account.isChangedMeanwhile = true;
+    account.repairs.duplicates.note({4, 5, 1.5, 1.5});
+    account.repairs.rowsFilled = 6;
+    account.repairs.gapsLeft = 2;
+    account.repairs.earlyRows = 5;
+    account.repairs.resampledRate = 64.0;
+    account.repairs.resampledRows = 11;
     return recording;
 }
 
@@ -92,6 +98,26 @@ TEST(OutcomeJson, TellsWhatASourceHasReadAndHowItWasMended) {
         "firstFaults": [
           "line 3"
         ]
+      },
+      "timeRepairs": {
+        "repeated": {
+          "count": 1,
+          "firstRow": 4,
+          "firstLine": 5,
+          "before": 1.5,
+          "time": 1.5
+        },
+        "backward": {
+          "count": 0
+        },
+        "gaps": {
+          "count": 0
+        },
+        "rowsFilled": 6,
+        "gapsLeft": 2,
+        "earlyRows": 5,
+        "resampledRate": 64.0,
+        "resampledRows": 11
       },
       "timesBackward": {
         "count": 1,

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/Resampler.h"
+
+#include "host/text/ShortestText.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace Quillmere::Host {
+
+namespace {
+constexpr double kNear = 1e-6; ///< Of a step: stamps and t0 + k / rate are rounded, each in its own way.
+constexpr double kPlaces = 4.0 * std::numeric_limits<double>::epsilon();
+/// Two minutes at 1 kHz. A pin that is silent for longer isn't one to draw lines for.
+constexpr std::size_t kMostWaiting = 131072;
+} // namespace
+
+Resampler::Resampler(const TimeRepairPlan& plan)
+    : rate(*plan.resampleRate), onGap(plan.onGap), end(plan.end),
+      hasOrigin(plan.start > -TimeRepairPlan::kForever), origin(hasOrigin ? plan.start : 0.0) {
+    std::size_t count = 0;
+    for (const TimeRepairPlan::Pin& pin : plan.pins) {
+        Around& around = arounds.emplace_back();
+        around.pin = pin;
+        around.offset = count;
+        count += pin.size;
+    }
+    left.resize(arounds.size(), count);
+    out.resize(arounds.size(), count);
+}
+
+double Resampler::toleranceAt(double time) const {
+    return std::max(kNear / rate, kPlaces * std::abs(time));
+}
+
+bool Resampler::getIsHit(double rowTime, double time) const {
+    return std::abs(rowTime - time) <= toleranceAt(time);
+}
+
+std::optional<Complaint> Resampler::take(const TimedRow& row, bool isBehindGap) {
+    if (!hasOrigin) origin = row.time;
+    hasOrigin = true;
+    const double rows = hasLast ? (std::min(row.time, end) - std::max(last, origin)) * rate : 0.0;
+    if (rows > kMostRowsMade && !(isBehindGap && onGap == OnGap::Keep))
+        return Complaint({},
+                         "no row from " + shortestText(last) + " s to " + shortestText(row.time) +
+                             " s, where 'resample' would make " + shortestText(std::round(rows)),
+                         "at most " + std::to_string(std::lround(kMostRowsMade)) +
+                             ", or 'gapLimit' and 'gaps: keep' to leave gaps as they are");
+    hasLast = true;
+    last = row.time;
+    const Around* const waiting = queue.getSize() == kMostWaiting ? findWaiting() : nullptr;
+    queue.push(row, isBehindGap);
+    if (waiting == nullptr) return std::nullopt;
+    return Complaint({},
+                     "more than " + std::to_string(kMostWaiting) + " rows without a sample of the pin '" +
+                         waiting->pin.name + "', for whose next one 'resample' waits",
+                     "'interpolate: {" + waiting->pin.name + ": hold}', or a source of its own for it");
+}
+
+const Resampler::Around* Resampler::findWaiting() const {
+    const auto found = std::find_if(arounds.begin(), arounds.end(), [&](const Around& around) {
+        return getAwaitsNext(around) && around.seek == queue.getEnd();
+    });
+    return found == arounds.end() ? nullptr : &*found;
+}
+
+const TimedRow* Resampler::next() {
+    while (moveUp()) {
+        const double time = nextTime();
+        if (!getIsDecided(time)) return nullptr;
+        bool isAny = false;
+        bool isFilled = false;
+        for (std::size_t pin = 0; pin < arounds.size(); ++pin) {
+            const Made made = make(arounds[pin], time);
+            out.hasSample[pin] = made != Made::Nothing;
+            isAny = isAny || made != Made::Nothing;
+            isFilled = isFilled || made == Made::Filled;
+        }
+        step += 1.0;
+        if (!isAny) continue;
+        if (isFilled) ++rowsFilled;
+        out.time = time;
+        out.row = queue.front().row.row;
+        out.line = queue.front().row.line;
+        return &out;
+    }
+    return nullptr;
+}
+
+/// Until the first row that waits reaches the time of the next one; false when none does.
+bool Resampler::moveUp() {
+    if (!hasOrigin) return false;
+    skipEmptyTimes();
+    const double time = nextTime();
+    if (getReaches(time, end)) {
+        queue.clear();
+        return false;
+    }
+    while (!queue.isEmpty() && !getReaches(queue.front().row.time, time))
+        absorbFront();
+    return !queue.isEmpty();
+}
+
+/// In front of the first row and in gaps that are kept nothing is sent, and there may be much of it.
+void Resampler::skipEmptyTimes() {
+    if (queue.isEmpty()) return;
+    const auto hasLeft = [](const Around& around) { return around.hasLeft; };
+    const bool isFirst = std::none_of(arounds.begin(), arounds.end(), hasLeft);
+    const RowQueue::Entry& front = queue.front();
+    if (!isFirst && !(front.isBehindGap && onGap == OnGap::Keep)) return;
+    step = std::max(step, std::ceil((front.row.time - origin) * rate - kNear));
+}
+
+void Resampler::absorbFront() {
+    const RowQueue::Entry& front = queue.front();
+    const std::uint64_t number = queue.getFirst();
+    for (std::size_t pin = 0; pin < arounds.size(); ++pin) {
+        Around& around = arounds[pin];
+        const bool isOver = around.seek <= number;
+        if (isOver) around.seek = number + 1;
+        if (front.row.hasSample[pin] == 0) {
+            around.isGapPassed = around.isGapPassed || front.isBehindGap;
+            if (isOver) around.isGapSeen = around.isGapSeen || front.isBehindGap;
+            continue;
+        }
+        const auto offset = static_cast<std::ptrdiff_t>(around.offset);
+        const auto size = static_cast<std::ptrdiff_t>(around.pin.size);
+        std::copy_n(front.row.values.begin() + offset, size, left.values.begin() + offset);
+        std::copy_n(front.row.isMissing.begin() + offset, size, left.isMissing.begin() + offset);
+        around.hasLeft = true;
+        around.leftTime = front.row.time;
+        around.isGapPassed = around.isGapSeen = false;
+    }
+    queue.pop();
+}
+
+/// Looks for the pin's first sample among the rows that wait; true when there is one, in row `seek`.
+bool Resampler::findNext(Around& around) const {
+    const auto pin = static_cast<std::size_t>(&around - arounds.data());
+    for (; around.seek < queue.getEnd(); ++around.seek) {
+        const RowQueue::Entry& entry = queue[around.seek];
+        if (entry.row.hasSample[pin] != 0) return true;
+        around.isGapSeen = around.isGapSeen || entry.isBehindGap;
+    }
+    return false;
+}
+
+/// Whether nothing that may still come changes the row of that time. A sample of the time itself may.
+bool Resampler::getIsDecided(double time) {
+    bool isDecided = true;
+    for (Around& around : arounds) {
+        if (findNext(around) || isFinished) continue;
+        isDecided = isDecided && !getAwaitsNext(around) && getPasses(last, time);
+    }
+    return isDecided;
+}
+
+Resampler::Made Resampler::make(const Around& around, double time) {
+    const bool hasNext = around.seek < queue.getEnd();
+    const RowQueue::Entry& front = queue.front();
+    if (hasNext && getIsHit(queue[around.seek].row.time, time)) {
+        copyRow(around, queue[around.seek].row);
+        return Made::Sample;
+    }
+    if (!around.hasLeft) return Made::Nothing;
+    if (around.pin.isHeld) {
+        if (around.isGapPassed || front.isBehindGap) return fill(around);
+        copyLeft(around);
+        return Made::Sample;
+    }
+    if (around.isGapSeen || (hasNext && queue[around.seek].isBehindGap)) return fill(around);
+    if (!hasNext) return Made::Nothing;
+    drawLine(around, queue[around.seek].row, time);
+    return Made::Sample;
+}
+
+Resampler::Made Resampler::fill(const Around& around) {
+    if (onGap == OnGap::Keep || onGap == OnGap::Error) return Made::Nothing;
+    copyLeft(around);
+    if (onGap == OnGap::Hold) return Made::Filled;
+    for (std::size_t i = around.offset; i < around.offset + around.pin.size; ++i) {
+        out.values[i] = std::numeric_limits<double>::quiet_NaN();
+        out.isMissing[i] = 1;
+    }
+    return Made::Filled;
+}
+
+void Resampler::copyRow(const Around& around, const TimedRow& row) {
+    for (std::size_t i = around.offset; i < around.offset + around.pin.size; ++i) {
+        out.values[i] = row.values[i];
+        out.isMissing[i] = row.isMissing[i];
+    }
+}
+
+void Resampler::copyLeft(const Around& around) {
+    copyRow(around, left);
+}
+
+void Resampler::drawLine(const Around& around, const TimedRow& right, double time) {
+    // Order matters: the documented formula.
+    const double part = (time - around.leftTime) / (right.time - around.leftTime);
+    for (std::size_t i = around.offset; i < around.offset + around.pin.size; ++i) {
+        const double x = left.values[i];
+        out.values[i] = x + (right.values[i] - x) * part;
+        out.isMissing[i] = static_cast<char>(std::isnan(out.values[i]) &&
+                                             (left.isMissing[i] != 0 || right.isMissing[i] != 0));
+    }
+}
+
+} // namespace Quillmere::Host

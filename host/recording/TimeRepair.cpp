@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include "host/recording/TimeRepair.h"
+
+#include "host/text/Counted.h"
+#include "host/text/ShortestText.h"
+
+#include <string>
+#include <utility>
+
+namespace Quillmere::Host {
+
+namespace {
+std::string cutText(const TimeRepairPlan& plan) {
+    const bool hasStart = plan.start > -TimeRepairPlan::kForever;
+    const bool hasEnd = plan.end < TimeRepairPlan::kForever;
+    if (!hasStart && !hasEnd) return "";
+    return "rows " + (hasStart ? "before " + shortestText(plan.start) + " s" : "") +
+           (hasStart && hasEnd ? " and " : "") + (hasEnd ? "from " + shortestText(plan.end) + " s on" : "") +
+           " are left out";
+}
+} // namespace
+
+TimeRepair::TimeRepair(TimeRepairPlan repairPlan) : plan(std::move(repairPlan)), gate(plan) {
+    if (plan.resampleRate)
+        resampler.emplace(plan);
+    else if (plan.onGap == OnGap::Nan || plan.onGap == OnGap::Hold)
+        filler.emplace(plan);
+}
+
+std::optional<Complaint> TimeRepair::take(TimedRow& row) {
+    isEarly = false;
+    switch (gate.judge(row)) {
+    case TimeGate::Answer::Early:
+        isEarly = true;
+        return takeEarly(row);
+    case TimeGate::Answer::LeftOut:
+        return std::nullopt;
+    case TimeGate::Answer::Over:
+        return takeLast(row);
+    case TimeGate::Answer::Refused:
+        return gate.getFault();
+    case TimeGate::Answer::Counts:
+        break;
+    }
+    const bool isFirst = rowsIn++ == 0;
+    const bool isGap = findGap(row);
+    const bool isRepaired = isGap && (filler || resampler);
+    if (isRepaired) gaps.note({row.row, row.line, last, row.time});
+    if (isRepaired && !isFirst)
+        watch.skipTo(row.time);
+    else
+        watch.take(row.time, row.row, row.line);
+    if (!isGap || isFirst || plan.onGap != OnGap::Error) return pass(row);
+    return Complaint({}, "a gap from " + shortestText(last) + " s to " + shortestText(row.time) + " s",
+                     "steps of at most " + shortestText(plan.gapLimit) +
+                         " s, or 'gaps: nan', 'hold' or 'keep'");
+}
+
+/// Rows in front of the start lead to the first times behind it, as far as they go on.
+std::optional<Complaint> TimeRepair::takeEarly(const TimedRow& row) {
+    if (!resampler || rowsIn > 0 || (hasLast && row.time < last)) return std::nullopt;
+    return pass(row);
+}
+
+/// The first row behind the end leads to the last times in front of it.
+std::optional<Complaint> TimeRepair::takeLast(const TimedRow& row) {
+    std::optional<Complaint> fault;
+    if (resampler && rowsIn > 0) {
+        if (findGap(row)) gaps.note({row.row, row.line, last, row.time});
+        fault = pass(row);
+    }
+    finish();
+    return fault;
+}
+
+std::optional<Complaint> TimeRepair::pass(const TimedRow& row) {
+    const bool isGap = findGap(row);
+    last = row.time;
+    hasLast = true;
+    if (resampler) return resampler->take(row, isGap);
+    if (filler) return filler->take(row, isGap);
+    passed = &row;
+    return std::nullopt;
+}
+
+bool TimeRepair::findGap(const TimedRow& row) {
+    return hasLast && row.time - last > plan.gapLimit;
+}
+
+void TimeRepair::finish() {
+    isOver = true;
+    if (resampler) resampler->finish();
+}
+
+const TimedRow* TimeRepair::next() {
+    const TimedRow* const row = resampler ? resampler->next()
+                                : filler  ? filler->next()
+                                          : std::exchange(passed, nullptr);
+    if (row == nullptr) return nullptr;
+    if (rows++ == 0) firstTime = row->time;
+    lastTime = row->time;
+    return row;
+}
+
+void TimeRepair::tell(SourceAccount& account) const {
+    watch.tell(account);
+    account.rows = rows;
+    account.firstTime = firstTime;
+    account.lastTime = lastTime;
+    SourceAccount::TimeRepairs& repairs = account.repairs;
+    gate.tell(repairs);
+    repairs.gaps = gaps;
+    repairs.gapLimit = plan.gapLimit;
+    repairs.isHeld = plan.onGap == OnGap::Hold;
+    if (const std::string cut = cutText(plan); !cut.empty()) account.notes.push_back(cut);
+    if (filler) {
+        repairs.rowsFilled = filler->getRowsMade();
+        repairs.gapsLeft = filler->getGapsLeft();
+    }
+    if (!resampler) return;
+    account.notes.push_back(shortestText(*plan.resampleRate) + " rows a second, resampled from " +
+                            counted(rowsIn, "row"));
+    repairs.rowsFilled = resampler->getRowsFilled();
+    repairs.resampledRate = plan.resampleRate;
+    repairs.resampledRows = rowsIn;
+    account.firstStep = account.medianStep = std::nullopt;
+    if (rows > 1) account.firstStep = account.medianStep = 1.0 / *plan.resampleRate;
+}
+
+} // namespace Quillmere::Host
