@@ -3,8 +3,10 @@
 // of them through files in the page cache. An iteration is the whole table.
 #include "benchmarks/support/Pair.h"
 
+#include "host/inspection/Inspection.h"
 #include "host/recording/CsvReader.h"
 #include "host/recording/CsvWriter.h"
+#include "host/recording/RecordingForms.h"
 #include "host/ends/TimeStampWatch.h"
 
 #include <fcntl.h>
@@ -115,6 +117,18 @@ void read(benchmark::State& state, const Table& table) {
     }
 }
 
+/// All that is told of a recording, from the same bytes.
+void look(benchmark::State& state, const Table& table) {
+    Quillmere::Host::InspectionSettings settings;
+    Quillmere::Host::Complaints complaints;
+    settings.finish(complaints);
+    for (auto _ : state) {
+        const auto reader = Quillmere::Host::openRecording(table.path(), settings.wishes);
+        const Quillmere::Host::Inspection found = Quillmere::Host::inspect(*reader, settings);
+        if (found.rows != kRows) state.SkipWithError("the table was not read whole");
+    }
+}
+
 /// What looking at time stamps adds to a table of `kRows`.
 void watch(benchmark::State& state) {
     Quillmere::Host::TimeStampWatch watch;
@@ -164,6 +178,11 @@ const Bench::Suite suite([] {
                   .ours = [](benchmark::State& state) { read(state, longTable()); },
                   .goal = 1.0});
     Bench::note("read/times", watch);
+    // Against reading the table, not against the bare loop.
+    Bench::enter({.name = "inspect",
+                  .bare = [](benchmark::State& state) { read(state, shortTable()); },
+                  .ours = [](benchmark::State& state) { look(state, shortTable()); },
+                  .goal = 1.2});
     Bench::enter({.name = "write/short",
                   .bare = [](benchmark::State& state) { bareWrite(state, shortTable()); },
                   .ours = [](benchmark::State& state) { write(state, shortTable()); },
