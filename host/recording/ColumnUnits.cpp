@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace Quillmere::Host {
@@ -82,11 +84,14 @@ std::vector<ColumnUnit> findUnits(const std::vector<RecordingReader::Column>& co
                                   Complaints& complaints) {
     std::vector<ColumnUnit> units(columns.size());
     std::vector<std::string> names;
+    std::unordered_map<std::string_view, const Unit*> known; // of a hundred thousand columns a few units
     for (std::size_t i = 0; i < columns.size(); ++i) {
         names.push_back(columns[i].name);
         if (getSaysNoUnit(columns[i].unit)) continue;
         units[i].text = columns[i].unit;
-        units[i].unit = findUnit(columns[i].unit);
+        const auto [unit, isNew] = known.try_emplace(columns[i].unit, nullptr);
+        if (isNew) unit->second = findUnit(columns[i].unit);
+        units[i].unit = unit->second;
     }
     if (stated.empty()) return units;
     UnitDealer dealer(std::move(names), path, complaints);

@@ -34,7 +34,8 @@ public:
         const std::string_view name = cell.substr(0, bracket);
         next = name == group ? next + 1 : 0;
         group = name;
-        return cell.substr(bracket) == "[" + std::to_string(next) + "]";
+        const std::string_view count = cell.substr(bracket + 1);
+        return count.ends_with(']') && count.substr(0, count.size() - 1) == std::to_string(next);
     }
 
 private:

@@ -7,6 +7,8 @@
 #include "host/text/Printable.h"
 
 #include <algorithm>
+#include <map>
+#include <tuple>
 #include <utility>
 
 namespace Quillmere::Host {
@@ -24,16 +26,13 @@ struct UnitGroup {
 std::vector<UnitGroup> groupsOf(const std::vector<std::size_t>& indices, const Columns& columns,
                                 const std::vector<ColumnUnit>& units) {
     std::vector<UnitGroup> groups;
+    std::map<std::tuple<const Unit*, std::string, std::string>, std::size_t> known; // there may be many
     for (const std::size_t index : indices) {
         const ColumnUnit& unit = units[index];
-        const auto known = std::find_if(groups.begin(), groups.end(), [&](const UnitGroup& group) {
-            return group.unit.unit == unit.unit && group.unit.overruled == unit.overruled &&
-                   (unit.unit != nullptr || group.unit.text == unit.text);
-        });
-        const bool isNew = known == groups.end();
-        UnitGroup& group = isNew ? groups.emplace_back() : *known;
-        if (isNew) group.unit = unit;
-        group.columns.push_back(columns[index].name);
+        const std::string text = unit.unit == nullptr ? unit.text : std::string();
+        const auto [group, isNew] = known.try_emplace({unit.unit, text, unit.overruled}, groups.size());
+        if (isNew) groups.emplace_back().unit = unit;
+        groups[group->second].columns.push_back(columns[index].name);
     }
     return groups;
 }
@@ -86,6 +85,7 @@ std::string noteOf(const RecordingSettings::Pin& pin, const std::vector<UnitGrou
 /// What all elements of a pin's samples have.
 std::string unitOf(const RecordingSettings::Pin& pin, const std::vector<UnitGroup>& groups) {
     if (pin.unit.unit != nullptr) return pin.unit.text;
+    if (groups.empty()) return {};
     const ColumnUnit& first = groups.front().unit;
     const bool isOne = std::all_of(groups.begin(), groups.end(), [&](const UnitGroup& group) {
         return group.unit.unit == first.unit && (first.unit != nullptr || group.unit.text == first.text);
