@@ -139,7 +139,8 @@ std::string remarkOf(const Inspection::Column& column) {
 
 std::string shareText(double share) {
     char text[40];
-    std::snprintf(text, sizeof text, "%.2g %%", 100.0 * share);
+    const double percent = 100.0 * share;
+    std::snprintf(text, sizeof text, percent < 99.5 ? "%.2g %%" : "%.3g %%", percent); // no 1e+02
     return share > 0.0 ? text : "";
 }
 

@@ -61,7 +61,7 @@ Dialect dialectOf(std::string_view head) {
     const std::string_view line = head.substr(0, head.find('\n'));
     const std::size_t nul = line.find('\0');
     // Names in plain letters have a NUL beside each in UTF-16.
-    if (nul == 0 || nul == 1) return {"text in UTF-16", kUtf8};
+    if (nul == 1 || (nul == 0 && line.size() > 1 && line[1] != '\0')) return {"text in UTF-16", kUtf8};
     if (nul != std::string_view::npos) return {"a file that is no text", kExported};
     const std::size_t lineEnd = line.find('\r');
     if (lineEnd != std::string_view::npos && line.find_first_not_of('\r', lineEnd) != std::string_view::npos)

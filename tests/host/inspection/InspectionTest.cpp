@@ -90,6 +90,12 @@ TEST_F(InspectionTest, CountsBadCellsAndRows) {
     EXPECT_EQ(found.columns[2].largest, 3.0);
 }
 
+TEST_F(InspectionTest, TellsWhatShareOfAColumnIsMissing) {
+    const std::string text = inspectionAsText(look("time,a,b\n0,,1\n0.1,,\n0.2,,3\n"), false);
+    EXPECT_NE(text.find("  100 %"), std::string::npos) << text;
+    EXPECT_NE(text.find("  33 %"), std::string::npos) << text;
+}
+
 TEST_F(InspectionTest, GuessesAUnitWhereNoneIsStated) {
     const Inspection plain = look("time,acc_x,acc_y,acc_z\n0,0,0,9.81\n0.1,9.81,0,0\n");
     ASSERT_EQ(plain.groups.size(), 1U);

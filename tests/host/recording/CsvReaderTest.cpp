@@ -412,6 +412,7 @@ TEST(CsvReader, WhatIsNoTableIsNamed) {
         {"t\0,\0x\0\n\0"s, inUtf8},
         {"\0t\0,\0x\0\n"s, inUtf8},
         {"shape\0\x01\n"s, ": found a file that is no text" + exported},
+        {"\0\0\0\0"s, ": found a file that is no text" + exported},
         {"t,x\r1,2\r3,4\r", ": found lines that end with CR alone; expected LF or CRLF at the end of each"},
         {"t,x\r" + std::string(70'000'000, '1'), // more than the longest row
          ": found lines that end with CR alone; expected LF or CRLF at the end of each"},
