@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Units from a recording's header, over the source's settings and through blocks, to a result's header.
+#include "tests/host/kit/Fifo.h"
 #include "tests/host/kit/GraphFixture.h"
 #include "tests/support/Allocations.h"
 
 #include "host/recording/RecordingSource.h"
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -99,6 +102,47 @@ TEST_F(RecordingUnitsTest, ARowOfUnitsAndTwoRowsOfNamesHaveUnits) {
             "connections:\n  - {from: in.p, to: out.p}\n"),
         "");
     EXPECT_EQ(folder.read("out.csv"), "t,p[0] [g]\n0,1\n0.01,2\n0.02,0\n");
+}
+
+TEST_F(RecordingUnitsTest, WhatStandsBesideAFileHasUnits) {
+    folder.write("walk_channels.tsv", "name\ttype\tunits\nacc_x\tACCEL\tg\ntemp\tMISC\tn/a\n");
+    folder.write("walk_motion.json", "{\"SamplingFrequency\": 2}\n");
+    folder.write("walk_motion.tsv", "0.5\t20\n-1\t21\n");
+    const auto fromBids = [&](const std::string& pin) {
+        return run(
+            "format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: walk_motion.tsv, "
+            "pins: {p: " +
+            pin +
+            "}}}\n  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+            "connections:\n  - {from: in.p, to: out.p}\n");
+    };
+    EXPECT_EQ(fromBids("{columns: [acc_x], unit: mg}"), "");
+    EXPECT_EQ(folder.read("out.csv"), "t,p[0] [mg]\n0,500\n0.5,-1000\n");
+    EXPECT_EQ(fromBids("[temp]"), "");
+    EXPECT_EQ(folder.read("out.csv"), "t,p[0]\n0,20\n0.5,21\n") << "n/a is no unit";
+}
+
+TEST_F(RecordingUnitsTest, UnitsOfAPipeAreKnownWhenItsHeaderHasCome) {
+    const auto fromPipe = [&](const std::string& unit) {
+        Support::StandardPipe input(STDIN_FILENO);
+        input.write("t,a [g]\n0,1\n1,2\n");
+        input.close();
+        return run(
+            "format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: \"-\", time: t, "
+            "pins: {p: {columns: a, unit: " +
+            unit +
+            "}}}}\n  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+            "connections:\n  - {from: in.p, to: out.p}\n");
+    };
+    EXPECT_EQ(fromPipe("mg"), "");
+    EXPECT_EQ(folder.read("out.csv"), "t,p[0] [mg]\n0,1000\n1,2000\n");
+    EXPECT_THROW(fromPipe("s"), GraphException);
+}
+
+TEST_F(RecordingUnitsTest, RowsThatAreRepairedAreConvertedAsOthers) {
+    folder.write("in.csv", "t,a [g],b [mg]\n0,1,1000\n1,2,2000\n1,2,2000\n3,4,4000\n");
+    EXPECT_EQ(result("duplicates: drop, resample: 1, pins: {p: {columns: [a, b], unit: mg}}"),
+              "t,p[0] [mg],p[1] [mg]\n0,1000,1000\n1,2000,2000\n2,3000,3000\n3,4000,4000\n");
 }
 
 TEST_F(RecordingUnitsTest, TheGraphSaysWhatTheFileDoesNot) {
