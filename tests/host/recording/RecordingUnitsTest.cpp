@@ -161,6 +161,8 @@ TEST_F(RecordingUnitsTest, TheGraphCountsMoreThanTheFile) {
               "t,p[0] [mg],p[1] [mg]");
     EXPECT_EQ(notes(), std::vector<std::string>{"p: mg from m/s^2 as the graph says, not g (ax [g])"})
         << "a name counts more than a pattern";
+    EXPECT_EQ(headerOf("units: {ax: m/s^2, \"a*\": mg}, pins: {p: [ax]}"), "t,p[0] [m/s^2]")
+        << "in any order";
 }
 
 TEST_F(RecordingUnitsTest, WhatCanNotBeConvertedIsAnErrorWithItsPlace) {
