@@ -61,4 +61,23 @@ NumberFault cellToNumber(std::string_view text, char decimal, double& value) {
     return error == std::errc::result_out_of_range ? NumberFault::TooLarge : NumberFault::NoNumber;
 }
 
+bool getHasThousands(std::string_view text, char decimal) {
+    constexpr std::string_view kDigits = "0123456789";
+    if (text.starts_with('-') || text.starts_with('+')) text.remove_prefix(1);
+    const std::size_t point = text.find(decimal);
+    const bool hasPoint = point != std::string_view::npos;
+    const std::string_view fraction = text.substr(hasPoint ? point + 1 : text.size());
+    if (fraction.find_first_not_of(kDigits) != std::string_view::npos) return false;
+    std::size_t groups = 0;
+    for (std::string_view whole = text.substr(0, point);; ++groups) {
+        const std::size_t digits = std::min(whole.find_first_not_of(kDigits), whole.size());
+        if (groups == 0 ? digits < 1 || digits > 3 || whole.front() == '0' : digits != 3) return false;
+        whole.remove_prefix(digits);
+        if (whole.empty()) break;
+        if (whole.front() != (decimal == '.' ? ',' : '.')) return false;
+        whole.remove_prefix(1);
+    }
+    return groups > 1 || (groups == 1 && hasPoint);
+}
+
 } // namespace Quillmere::Host

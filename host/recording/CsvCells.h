@@ -49,4 +49,8 @@ enum class NumberFault { None, NoNumber, TooLarge };
 /// place of the point where that is the decimal sign, and a leading `+`. [any]
 QUILLMERE_API NumberFault cellToNumber(std::string_view text, char decimal, double& value);
 
+/// Whether a text is surely a number with signs between its thousands, the comma where `decimal` is a point
+/// and the other way round: `1.234,5` and `1.234.567`, but not `1.234`. [any]
+QUILLMERE_API bool getHasThousands(std::string_view text, char decimal);
+
 } // namespace Quillmere::Host

@@ -25,10 +25,14 @@ bool isNumber(const std::string& text) {
     return std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc();
 }
 
-/// What somebody may have meant who wrote a decimal comma.
-std::string suggestionFor(std::string text) {
+/// What somebody may have meant who wrote a decimal comma, or signs between thousands.
+std::string suggestionFor(std::string text, char decimal) {
+    if (getHasThousands(text, decimal)) {
+        std::erase(text, decimal == '.' ? ',' : '.');
+        return text;
+    }
     const std::size_t comma = text.find(',');
-    if (comma == std::string::npos) return {};
+    if (decimal != '.' || comma == std::string::npos) return {};
     text[comma] = '.';
     double value = 0.0;
     const char* const end = text.data() + text.size();
@@ -226,9 +230,11 @@ CsvReader::Second CsvReader::countSecond(std::size_t& offset) {
 }
 
 void CsvReader::refuseSpreading() const {
-    throw UnclearRecording({{getPath() + ":" + std::to_string(lines.getNumber() + 1)},
-                            "rows of the same whole second, and no second of them all",
-                            "'rate:' and rows a second"});
+    throw UnclearRecording(
+        {{getPath() + ":" + std::to_string(lines.getNumber() + 1)},
+         "times in whole seconds, none of which is there from its first row to its last, so "
+         "nothing tells how many rows a second has",
+         "'rate:' and rows a second"});
 }
 
 void CsvReader::noteFault(Fault kind, std::size_t column) {
@@ -286,7 +292,7 @@ Complaint CsvReader::getFault() const {
         break;
     }
     return getFaultOfCell(faultyColumn, decimal == '.' ? "a number" : "a number with a decimal comma",
-                          decimal == '.' ? suggestionFor(textOfCell(faultyColumn)) : "");
+                          suggestionFor(textOfCell(faultyColumn), decimal));
 }
 
 Complaint CsvReader::getFaultOfCell(std::size_t column, const std::string& expected,

@@ -167,6 +167,7 @@ public:
         if (last.size() > kLinesScored)
             last.erase(last.begin(), last.end() - static_cast<std::ptrdiff_t>(kLinesScored));
         split = bestSplit(last, fixedWishes);
+        refuseThousandsIn(last);
         if (split.width == 0 || split.fits == 0) return withoutRows();
         if (split.separator == kNoSeparator) split.separator = ',';
         signature = signatureOf(last, split, wishes);
@@ -336,6 +337,35 @@ private:
             return line.substr(std::min(line.find_first_not_of("#/% \t"), line.size()));
         }
         return {};
+    }
+
+    /// `1.234,5` between semicolons, which no other way to read a line should hide: so it is asked about
+    /// where half of the lines are numbers only if some signs stand between thousands.
+    void refuseThousandsIn(const Lines& rows) const {
+        for (const char separator : {';', '\t', '|'})
+            for (const char sign : {',', '.'}) {
+                if (separator == split.separator) continue;
+                const auto found = std::count_if(rows.begin(), rows.end(), [&](std::string_view line) {
+                    return getIsRowWithThousands(line, separator, sign);
+                });
+                if (found == 0 || 2 * static_cast<std::size_t>(found) < rows.size()) continue;
+                throw UnclearRecording({{path},
+                                        sign == ','
+                                            ? "numbers such as 1.234,5, whose points stand between thousands"
+                                            : "numbers such as 1,234.5, whose commas stand between thousands",
+                                        "numbers without a sign between thousands: 1234,5 or 1234.5"});
+            }
+    }
+
+    bool getIsRowWithThousands(std::string_view line, char separator, char sign) const {
+        const auto cells = cellsOf(line, separator);
+        bool hasSome = false;
+        for (const std::string_view cell : cells) {
+            const bool isOne = getHasThousands(trimmed(unquoted(cell)), sign);
+            hasSome = hasSome || isOne;
+            if (!isOne && cellKindOf(cell, sign, wishes) == CellKind::Text) return false;
+        }
+        return hasSome && cells.size() > 1;
     }
 
     /// `"1,000"` between commas, with three digits behind every comma: a decimal comma or one of thousands?

@@ -10,7 +10,8 @@ namespace Quillmere::Host {
 
 namespace {
 constexpr std::int64_t kDay = 86'400'000'000'000; // nanoseconds
-}
+constexpr std::int64_t kShortTurn = 1 << 16;      // of a counter of 16 bits
+} // namespace
 
 RowClock::RowClock(TimePlan timePlan, char decimalSign) : plan(std::move(timePlan)), decimal(decimalSign) {}
 
@@ -46,6 +47,7 @@ std::optional<Tick> RowClock::tickOf(std::string_view text) const {
 void RowClock::unwrap(Tick& tick) {
     const bool isOfDay = plan.isText && tick.whole >= 0 && tick.whole < kDay;
     const std::int64_t turn = isOfDay ? kDay : plan.counterBits > 0 ? std::int64_t{1} << plan.counterBits : 0;
+    if (!plan.isText && turn != kShortTurn) lookForShortWrap(tick.whole);
     if (turn == 0) return;
     if (tick.whole < 0 || tick.whole >= turn) return;
     if (last && last->whole - tick.whole > turn / 2) {
@@ -54,6 +56,14 @@ void RowClock::unwrap(Tick& tick) {
     }
     last = tick;
     tick.whole += turns;
+}
+
+/// A small counter isn't taken for one unless the graph says so: its numbers may be what they look like.
+void RowClock::lookForShortWrap(std::int64_t tick) {
+    const std::int64_t end = kShortTurn / 8;
+    if (largest < kShortTurn && former >= kShortTurn - end && tick >= 0 && tick < end) ++shortWraps;
+    former = tick;
+    largest = std::max(largest, tick);
 }
 
 void RowClock::beginSecond(std::uint64_t rows, std::uint64_t usual, bool isFirst) {
@@ -87,6 +97,9 @@ std::string RowClock::startText() const {
 std::vector<std::string> RowClock::getNotes() const {
     std::vector<std::string> notes = plan.notes;
     if (first && plan.isRelative && !plan.start) notes.push_back("times count from " + startText());
+    if (shortWraps > 0)
+        notes.push_back(counted(shortWraps, "step") + " back at " + std::to_string(kShortTurn) +
+                        ", as a counter of 16 bits makes; 'counterBits: 16' would mend it");
     if (wraps > 0)
         notes.push_back(counted(wraps, "turn") + " of " +
                         (plan.isText ? std::string("midnight")

@@ -40,6 +40,7 @@ public:
 private:
     std::optional<Tick> tickOf(std::string_view text) const;
     void unwrap(Tick& tick);
+    void lookForShortWrap(std::int64_t tick);
     std::int64_t nanosecondsOfUnit() const;
     std::int64_t nanosecondsOfFirst() const;
     std::string startText() const;
@@ -50,6 +51,9 @@ private:
     std::optional<Tick> last;
     std::int64_t turns = 0; ///< Added to a counter that began anew.
     std::uint64_t wraps = 0;
+    std::int64_t former = 0;      ///< What it showed last,
+    std::int64_t largest = 0;     ///< and at most.
+    std::uint64_t shortWraps = 0; ///< Steps back as a counter of 16 bits makes them, which nobody has stated.
     std::uint64_t rowOfSecond = 0;
     std::uint64_t before = 0;    ///< Rows that would have been in front of the first second's.
     std::uint64_t perSecond = 1; ///< Rows in the second.

@@ -38,9 +38,10 @@ constexpr std::array kUnits{Unit{"s", "seconds", 1.0}, Unit{"ms", "milliseconds"
                             Unit{"us", "microseconds", 1e6}, Unit{"ns", "nanoseconds", 1e9}};
 
 /// In the order in which they are looked for.
-constexpr std::array<std::string_view, 12> kTimeNames{
-    "time",        "timestamp",    "t",  "datetime", "seconds",   "elapsed", "timeelapsed",
-    "elapsedtime", "milliseconds", "ms", "epoch",    "sampletime"};
+constexpr std::array<std::string_view, 18> kTimeNames{
+    "time",        "timestamp",    "t",     "datetime", "seconds",    "elapsed", "timeelapsed",
+    "elapsedtime", "milliseconds", "ms",    "epoch",    "sampletime", "zeit",    "zeitstempel",
+    "temps",       "tiempo",       "tempo", "tijd"};
 
 /// `Time (s)`, `time_stamp`, `t_us` and `timestampNs` without blanks, signs and units.
 std::string plainName(const Column& column) {
@@ -52,6 +53,19 @@ std::string plainName(const Column& column) {
     for (const std::string& word : words)
         text += word;
     return text;
+}
+
+/// The `10ms` of `Time (10ms)`, which is no unit but some of one; empty for what is no such number.
+std::string multipleOfUnit(const Column& column) {
+    const std::string& text = column.unit.empty() ? column.name : column.unit;
+    const std::size_t bracket = text.find_last_of("([");
+    if (bracket == std::string::npos && column.unit.empty()) return {};
+    const std::size_t begin = bracket == std::string::npos ? 0 : bracket + 1;
+    const std::string inside = text.substr(begin, text.find_first_of(")]", begin) - begin);
+    double number = 0.0;
+    const auto [stop, error] = std::from_chars(inside.data(), inside.data() + inside.size(), number);
+    if (error != std::errc() || number == 1.0) return {};
+    return unitsPerSecond(inside.substr(static_cast<std::size_t>(stop - inside.data()))) ? inside : "";
 }
 
 class TimeSniffing {
@@ -201,6 +215,7 @@ private:
     double findUnit() {
         if (wishes.perSecond) return *wishes.perSecond;
         if (!wishes.time.empty()) return 1.0;
+        refuseMultiple();
         if (const auto stated = unitsPerSecond(getColumn().unit)) return *stated;
         for (const std::string& word : wordsOfName(getColumn().name))
             if (word.size() > 1 || word == "s")
@@ -208,6 +223,16 @@ private:
         if (evidence.profile != nullptr && evidence.profile->perSecond > 0.0)
             return evidence.profile->perSecond;
         return guessUnit();
+    }
+
+    /// `Time (10ms)` counts steps of ten: neither milliseconds nor any other unit that can be stated.
+    void refuseMultiple() const {
+        const std::string multiple = multipleOfUnit(getColumn());
+        if (multiple.empty()) return;
+        throw UnclearRecording(
+            {{evidence.path + ": " + getColumnText().substr(4)},
+             "the unit '" + printable(multiple, kLongestName) + "', which is several of one",
+             "'timeUnit:' and s, ms, us or ns, or 'rate:' and rows a second"});
     }
 
     /// By the size of the numbers, of a column that doesn't say its unit.
@@ -270,10 +295,47 @@ private:
     std::vector<Tick> ticks;        ///< Of those that are times.
 };
 
+/// How `Fs`, the usual sign, stands in a line in small letters; `FS` is a sensor's full scale.
+constexpr const char* kSampleFrequency = "{fs}";
+
+/// In small letters, where `Fs` or `fs` stands alone with its sign.
+std::string smallLine(const std::string& line) {
+    std::string small;
+    const auto isLetterAt = [&](std::size_t at) {
+        return at < line.size() && std::isalnum(static_cast<unsigned char>(line[at])) != 0;
+    };
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const bool isSign = (line.compare(i, 2, "Fs") == 0 || line.compare(i, 2, "fs") == 0) &&
+                            (i == 0 || !isLetterAt(i - 1)) && !isLetterAt(i + 2);
+        if (isSign)
+            small += kSampleFrequency;
+        else
+            small += static_cast<char>(std::tolower(static_cast<unsigned char>(line[i])));
+        i += isSign ? 1 : 0;
+    }
+    return small;
+}
+
+struct RateUnit {
+    std::string_view word;
+    double perSecond;
+};
+/// The longer ones first.
+constexpr std::array kRateUnits{
+    RateUnit{"khz", 1e3},       RateUnit{"hz", 1.0},     RateUnit{"samples per second", 1.0},
+    RateUnit{"samples/s", 1.0}, RateUnit{"rows/s", 1.0}, RateUnit{"sps", 1.0}};
+
+/// So many a second; nothing for what begins with no such unit.
+std::optional<double> rateUnitAt(std::string_view text) {
+    for (const RateUnit& unit : kRateUnits)
+        if (text.starts_with(unit.word)) return unit.perSecond;
+    return std::nullopt;
+}
+
 /// Whether a line in small letters tells how often rows come, and not of a filter, a heart or a metronome.
 bool getTellsRate(const std::string& line) {
     const auto has = [&](const char* word) { return line.find(word) != std::string::npos; };
-    constexpr std::array kRates{"rate", "sampl", "frequency"};
+    constexpr std::array kRates{"rate", "sampl", "frequency", kSampleFrequency};
     constexpr std::array kOthers{"cut",   "filter", "pass", "band", "notch",
                                  "mains", "heart",  "baud", "bit",  "metronome"};
     return std::any_of(kRates.begin(), kRates.end(), has) &&
@@ -294,23 +356,22 @@ std::pair<double, std::size_t> numberAt(std::string_view text) {
     return {isWhole ? value : 0.0, length};
 }
 
-/// The rate in a line that tells one, a number in front of `Hz` or alone behind its key; nothing where there
-/// are several. `at 30 Hz` is that of a file of ActiGraph's, which tells of its filter in the same line.
+/// The rate in a line that tells one, a number in front of `Hz` or its like or alone behind its key; nothing
+/// where there are several. `at 30 Hz` is that of a file of ActiGraph's, which tells of its filter in the
+/// same line.
 std::optional<double> rateOf(const std::string& line) {
-    std::string small = line;
-    std::transform(small.begin(), small.end(), small.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string small = smallLine(line);
     const bool isActiGraph = small.find("actigraph") != std::string::npos;
     if (!isActiGraph && !getTellsRate(small)) return std::nullopt;
     std::set<double> rates;
     for (std::size_t at = 0; (at = small.find_first_of("0123456789", at)) != std::string::npos;) {
         const auto [value, length] = numberAt(std::string_view(small).substr(at));
         const std::size_t unit = std::min(small.find_first_not_of(" \t", at + length), small.size());
-        const bool isHertz = small.compare(unit, 2, "hz") == 0;
+        const std::optional<double> perSecond = rateUnitAt(std::string_view(small).substr(unit));
         const bool isAlone = small.find_first_not_of("\",;\t ", unit) == std::string::npos;
         const bool isNamed =
-            isActiGraph ? at >= 3 && small.compare(at - 3, 3, "at ") == 0 : isHertz || isAlone;
-        if (isNamed && (isHertz || !isActiGraph)) rates.insert(value);
+            isActiGraph ? at >= 3 && small.compare(at - 3, 3, "at ") == 0 : perSecond || isAlone;
+        if (isNamed && (perSecond || !isActiGraph)) rates.insert(value * perSecond.value_or(1.0));
         at += std::max<std::size_t>(length, 1);
     }
     const bool isOne = rates.size() == 1 && *rates.begin() > 0.0 && std::isfinite(*rates.begin());

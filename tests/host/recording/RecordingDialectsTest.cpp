@@ -232,6 +232,16 @@ TEST_F(DialectTest, TimesAreFoundByNameUnitAndSize) {
          column("time_us", {"4294950000", "4294960000", "2704", "12704"}),
          {4294.95, 4294.96, 4294.97, 4294.98},
          {"1 turn of the 32-bit counter mended in its times"}},
+        {"a counter that would begin anew, were it stated",
+         column("t_ms", {"65515", "65525", "65535", "9"}),
+         {65.515, 65.525, 65.535, 0.009},
+         {"1 step back at 65536, as a counter of 16 bits makes; 'counterBits: 16' would mend it"}},
+        {"in German", column("Zeit [ms]", {"0", "10", "20"}), {0, 0.01, 0.02}},
+        {"in French", column("Temps (s)", {"0", "0.01", "0.02"}), {0, 0.01, 0.02}},
+        {"in Spanish", column("tiempo", {"0", "0.01", "0.02"}), {0, 0.01, 0.02}},
+        {"in Italian", column("Tempo_ms", {"0", "10", "20"}), {0, 0.01, 0.02}},
+        {"in Dutch", column("TIJD", {"0", "0.01", "0.02"}), {0, 0.01, 0.02}},
+        {"one of a unit", column("Time (1 ms)", {"0", "10", "20"}), {0, 0.01, 0.02}},
         {"a step back that is none", column("time_us", {"10000", "30000", "20000"}), {0.01, 0.03, 0.02}},
         {"whole seconds",
          column("time (s)", {"7", "7", "8", "8", "8", "8", "9", "9", "9", "9", "10"}),
@@ -311,8 +321,23 @@ TEST_F(DialectTest, WhatMayBeReadInTwoWaysNamesTheProperty) {
          ": column 'time': found steps of 300 without a unit; expected "
          "'timeUnit:' and s, ms, us or ns, or 'rate:' and rows a second"},
         {column("time (s)", {"7", "7", "7", "8", "8", "8"}),
-         ":2: found rows of the same whole second, and no second of them all; expected 'rate:' and rows a "
-         "second"},
+         ":2: found times in whole seconds, none of which is there from its first row to its last, so "
+         "nothing "
+         "tells how many rows a second has; expected 'rate:' and rows a second"},
+        {column("Time (10ms)", {"0", "1", "2"}), ": column 'Time (10ms)': found the unit '10ms', which is "
+                                                 "several of one; expected 'timeUnit:' and s, "
+                                                 "ms, us or ns, or 'rate:' and rows a second"},
+        {"time,x\n[5 ms],g\n0,1\n1,2\n2,3\n", ": column 'time': found the unit '5 ms', which is several of "
+                                              "one; expected 'timeUnit:' and s, ms, us "
+                                              "or ns, or 'rate:' and rows a second"},
+        {"time_s;x\n0;1.234,5\n0,01;-2.345,6\n0,02;3.456,7\n",
+         ": found numbers such as 1.234,5, whose points stand between thousands; expected numbers without a "
+         "sign between thousands: 1234,5 or 1234.5"},
+        {"time_s\tx\n0\t1,234.5\n0.01\t2,345.6\n0.02\t3,456.7\n",
+         ": found numbers such as 1,234.5, whose commas stand between thousands; expected numbers without a "
+         "sign between thousands: 1234,5 or 1234.5"},
+        {"time_s;x\n0;1,5\n0,01;2,5\n1;1.002,5\n",
+         ":4: column 'x': found \"1.002,5\"; expected a number with a decimal comma; did you mean 1002,5?"},
         {"time_s;x\n0;1,5\n0,01;2.5\n1;2,5\n",
          ":3: column 'x': found \"2.5\"; expected a number with a decimal comma"},
         {column("time", {"2019-08-06 10:25:50.0", "later"}),
@@ -333,6 +358,13 @@ TEST_F(DialectTest, ALineTellsTheRateOnlyWhereItSpeaksOfRows) {
     EXPECT_EQ(rateWith("Update Rate: 100,5 Hz"), 100.5);
     EXPECT_EQ(rateWith("Sampling frequency, 50"), 50.0);
     EXPECT_EQ(rateWith("ActiGraph at 30 Hz  Filter Normal"), 30.0);
+    EXPECT_EQ(rateWith("100 samples/s"), 100.0);
+    EXPECT_EQ(rateWith("Data: 25 samples per second"), 25.0);
+    EXPECT_EQ(rateWith("Fs=100"), 100.0);
+    EXPECT_EQ(rateWith("fs: 128 Hz"), 128.0);
+    EXPECT_EQ(rateWith("Sample rate: 0.1 kHz"), 100.0);
+    EXPECT_EQ(rateWith("FS=16"), 0.0) << "a full scale";
+    EXPECT_EQ(rateWith("offs=16"), 0.0) << "part of a word";
     for (const char* const line : {"Low pass filter: 40 Hz", "Bandwidth: 40 Hz", "Cutoff frequency 40 Hz",
                                    "Notch 50 Hz", "Mains: 50 Hz", "walked to a metronome at 2 Hz",
                                    "Vibration motor at 30 Hz, sampled at 100 Hz", "Heart rate: 60"})
