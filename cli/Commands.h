@@ -117,7 +117,8 @@ public:
 
 private:
     Quillmere::Host::JobOptions jobOptions() const;
-    ExitCode runAndTell(Quillmere::Host::Job job, std::chrono::steady_clock::time_point start) const;
+    ExitCode runAndTell(Quillmere::Host::Job job, std::chrono::steady_clock::time_point start,
+                        const std::stop_token& stop) const;
     bool showsProgress() const;
     Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Job& job, ProgressLine& progress,
                                            const std::stop_token& stop) const;

@@ -76,9 +76,9 @@ bool getShowsUtf8() {
 
 Inspection look(RecordingReader& reader, const InspectionSettings& settings) {
     ProgressLine progress(ProgressLine::Clock::now(), false);
-    const StopSignals signals;
-    if (::isatty(STDERR_FILENO) == 0) return inspect(reader, settings, signals.getToken());
-    return inspect(reader, settings, signals.getToken(), [&](const InspectionProgress& now) {
+    const std::stop_token& stop = settings.wishes.stop;
+    if (::isatty(STDERR_FILENO) == 0) return inspect(reader, settings, stop);
+    return inspect(reader, settings, stop, [&](const InspectionProgress& now) {
         progress.show({.rows = now.rows, .bytesRead = now.bytesRead, .bytes = now.bytes});
     });
 }
@@ -101,12 +101,20 @@ InspectCommand::InspectCommand(CLI::App& command) {
 
 ExitCode InspectCommand::run() {
     checkFiles();
-    const InspectionSettings said = settingsOf(settings);
+    const StopSignals signals;
+    InspectionSettings said = settingsOf(settings);
+    said.wishes.stop = signals.getToken();
     // A reader that goes away is a failure to write, which is told.
     std::signal(SIGPIPE, SIG_IGN);
-    const std::unique_ptr<RecordingReader> reader = open(said);
-    if (reader == nullptr) return kNothingRun;
     Inspection found;
+    std::unique_ptr<RecordingReader> reader;
+    try {
+        reader = open(said);
+    } catch (const InterruptedException& exception) {
+        std::cerr << "quillmere: " << exception.what() << "\n";
+        return kFailedMidway;
+    }
+    if (reader == nullptr) return kNothingRun;
     try {
         found = look(*reader, said);
     } catch (const RecordingException& exception) {

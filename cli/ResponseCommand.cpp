@@ -11,6 +11,7 @@
 #include "host/text/Printable.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/description/ValueReader.h"
+#include "host/response/GraphBlock.h"
 #include "host/response/ResponseReport.h"
 
 #include <CLI/CLI.hpp>
@@ -33,42 +34,6 @@ std::vector<std::string> namesOf(const Quillmere::Core::PropertyBag& properties)
     for (const auto* const property : properties)
         names.push_back(property->getName());
     return names;
-}
-
-/// A graph that is built for one of its blocks; that block, cut loose from the others.
-struct CutGraph {
-    CutGraph(const GraphDescription& description, const BlockCatalogue& catalogue, const std::string& id)
-        : graph(description, catalogue, complaints) {
-        complaints.raise();
-        std::vector<std::string> ids;
-        for (const Graph::Node& node : graph.getNodes()) {
-            ids.push_back(node.description->id);
-            if (node.description->id == id) block = node.block.get();
-        }
-        if (block == nullptr) throw UsageError(Complaint::unknown({}, "the block '" + id + "'", id, ids));
-        graph.cutLoose(*block);
-    }
-
-    Complaints complaints;
-    Graph graph;
-    Filter* block = nullptr;
-};
-
-/// The description with numbers in place of frequencies and times, for which the recordings are opened, once.
-GraphDescription withNumbers(const GraphDescription& description, const BlockCatalogue& catalogue) {
-    Complaints complaints;
-    Graph graph(description, catalogue, complaints);
-    if (complaints.isEmpty() && !graph.getAwaitsRates()) return description;
-    complaints.raise();
-    graph.openRecordings(complaints, Graph::Pipes::Leave);
-    complaints.raise();
-    if (graph.getAwaitsRates())
-        throw UsageError({{description.path},
-                          "settings in hertz or seconds, and a recording that comes through a pipe",
-                          "a file in its place, or numbers without a unit"});
-    GraphDescription settled = graph.getDescription();
-    settled.timeline.clear(); // has been rehearsed; the block is measured as it begins
-    return settled;
 }
 
 /// A lone block with settings as `PROPERTY=VALUE`.
@@ -94,6 +59,16 @@ BlockPtr configuredBlock(const BlockCatalogue& catalogue, const std::string& typ
     writeProperties(std::move(writes), complaints);
     complaints.raise();
     return block;
+}
+
+/// What can't be measured of a graph is a fault of the call.
+BlockMaker makerOf(const GraphDescription& description, const BlockCatalogue& catalogue,
+                   const std::string& id) {
+    try {
+        return makerOfGraphBlock(description, catalogue, id);
+    } catch (const ResponseException& exception) {
+        throw UsageError(exception.getComplaints().front());
+    }
 }
 
 ResultOptions pictureOptions(bool overwrites) {
@@ -161,12 +136,7 @@ FrequencyResponse ResponseCommand::measureGraph(BlockCatalogue& catalogue) const
         GraphDescription::fromFile(target, complaints).with(changesOf(arguments), complaints);
     loadPlugins(description, catalogue, complaints);
     complaints.raise();
-    const GraphDescription settled = withNumbers(description, catalogue);
-    const BlockMaker make = [&] {
-        const auto graph = std::make_shared<CutGraph>(settled, catalogue, block);
-        return std::shared_ptr<Filter>(graph, graph->block);
-    };
-    return measureResponse(make, measurement);
+    return measureResponse(makerOf(description, catalogue, block), measurement);
 }
 
 std::string ResponseCommand::title() const {

@@ -6,6 +6,7 @@
 #include "cli/StopSignals.h"
 #include "host/text/Printable.h"
 #include "host/control/ControlServer.h"
+#include "host/ends/RecordingException.h"
 #include "host/live/LiveRun.h"
 #include "host/run/Job.h"
 
@@ -114,27 +115,33 @@ JobOptions RunCommand::jobOptions() const {
 
 ExitCode RunCommand::run() {
     const ProgressLine::Clock::time_point start = ProgressLine::Clock::now();
+    const StopSignals signals; // a pipe that nobody writes is waited for before the run
     JobOptions options = jobOptions();
+    options.stop = signals.getToken();
     BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
     // A reader that goes away is a failure to write, which ends the run in order.
     std::signal(SIGPIPE, SIG_IGN);
     Job job = Job::fromFile(arguments.graph, std::move(catalogue), std::move(options));
     const RunMode mode = isLive ? RunMode::Live : RunMode::Offline;
-    job.require(mode);
+    try {
+        job.require(mode);
+    } catch (const InterruptedException& exception) {
+        std::cerr << "quillmere: " << exception.what() << "\n";
+        return kFailedMidway;
+    }
     printDoubts(job.check(mode));
     try {
-        return runAndTell(std::move(job), start);
+        return runAndTell(std::move(job), start, signals.getToken());
     } catch (const std::bad_alloc&) {
         std::cerr << kOutOfMemory; // results may have been touched
         return kFailedMidway;
     }
 }
 
-ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point start) const {
+ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point start,
+                                const std::stop_token& stop) const {
     ProgressLine progress(start, job.getGraph().getSources().empty());
     std::ostream& report = reportStream(job);
-    const StopSignals signals;
-    const std::stop_token stop = signals.getToken();
     const RunOutcome outcome =
         isLive ? runLive(std::move(job), progress, report, stop) : runOffline(job, progress, stop);
     progress.clear();

@@ -24,6 +24,7 @@
 #include "host/plugins/BlockCatalogue.h"
 #include "host/recording/HostCatalogue.h"
 #include "host/response/FrequencyResponse.h"
+#include "host/response/GraphBlock.h"
 #include "host/response/ResponseReport.h"
 #include "host/run/Job.h"
 #include "host/run/RunJson.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/description/GivenValues.h"
 
+#include "host/description/Quantity.h"
 #include "host/text/NearestName.h"
 
 #include <cmath>
@@ -37,7 +38,7 @@ std::optional<Overflow> toOverflow(const Value& value, Complaints& complaints) {
 
 std::optional<double> toStreamTime(const Value& value, Complaints& complaints) {
     if (value.isMissing()) return std::nullopt;
-    const auto seconds = toNumber(value, complaints);
+    const auto seconds = toNumberOf(Quantity::Kind::Time, value, complaints);
     if (!seconds || !checkStreamTime(*seconds, value.where, value.describe(), complaints))
         return std::nullopt;
     return seconds;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/description/Quantity.h"
 
+#include "host/text/ShortestText.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -61,9 +63,32 @@ std::optional<Quantity> toQuantity(const Value& value) {
     return Quantity{unit->kind, parts->number * unit->numerator / unit->denominator};
 }
 
+std::optional<double> toNumberOf(Quantity::Kind kind, const Value& value, Complaints& complaints) {
+    const auto quantity = toQuantity(value);
+    if (!quantity) return toNumber(value, complaints);
+    if (quantity->kind == kind) return quantity->number;
+    complaints.add(value.where, value.describe(),
+                   kind == Quantity::Kind::Time ? "a time, as 0.2 s" : "a frequency, as 50 Hz");
+    return std::nullopt;
+}
+
+namespace {
+/// `5.0 Hz` for `5,0 Hz`.
+std::string withPoint(const Value& value) {
+    const std::size_t comma = value.text.find(',');
+    if (!value.isScalar() || comma == std::string::npos) return {};
+    Value pointed = value;
+    pointed.text[comma] = '.';
+    return toQuantity(pointed) ? pointed.text : "";
+}
+} // namespace
+
 std::string withNearestUnit(const Value& value) {
+    if (std::string pointed = withPoint(value); !pointed.empty()) return pointed;
     const auto parts = split(value);
-    if (!parts || parts->unit.empty() || parts->unit.front() == 'M') return {}; // mega is not milli
+    if (!parts || parts->unit.empty()) return {};
+    if (parts->unit == "MHz") return shortestText(1000.0 * parts->number) + " kHz"; // mega is not milli
+    if (parts->unit.front() == 'M') return {};
     const auto with = [&](std::string_view unit) {
         return value.text.substr(0, value.text.size() - parts->unit.size()).append(unit);
     };

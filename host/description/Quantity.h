@@ -3,6 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "host/description/Value.h"
+#include "host/text/Complaint.h"
 
 #include <optional>
 
@@ -20,8 +21,13 @@ struct Quantity {
 /// one.
 QUILLMERE_API std::optional<Quantity> toQuantity(const Value& value);
 
-/// What is meant by a number with a unit in other letters: `5 Hz` for `5 hz`. Empty for whatever is no such
-/// slip.
+/// A number as it stands, or what a quantity is in hertz or seconds; one of the other kind, and whatever is
+/// neither, is a complaint.
+QUILLMERE_API std::optional<double> toNumberOf(Quantity::Kind kind, const Value& value,
+                                               Complaints& complaints);
+
+/// What is meant by a number with a unit in other letters or with a decimal comma: `5 Hz` for `5 hz`. Empty
+/// for whatever is no such slip.
 QUILLMERE_API std::string withNearestUnit(const Value& value);
 
 } // namespace Quillmere::Host

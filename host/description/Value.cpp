@@ -65,7 +65,7 @@ bool isNumeric(const Value& value, const std::string& expected, Complaints& comp
     }
     if (value.isQuoted) {
         complaints.add(value.where, "the text " + value.describe(), expected + " without quotes",
-                       parsed<double>(value.text) ? value.text : "");
+                       parsed<double>(value.text) ? value.text : withNearestUnit(value));
         return false;
     }
     if (hasLeadingZero(value.text)) {

@@ -41,10 +41,17 @@ public:
     /// Requires: open. [setup]
     virtual std::string getUnit(const Core::AbstractOutputPin&) const { return {}; }
     /// How often an output sends; nothing when that can't be known beforehand. Takes nothing away from the
-    /// run. Requires: open. [setup]
+    /// run. Requires: open, or settled. [setup]
     virtual std::optional<SampleRate> getSampleRate(const Core::AbstractOutputPin&) const {
         return std::nullopt;
     }
+    /// Whether `getSampleRate` says before it is open what it will say then. [setup]
+    virtual bool getIsRateSettled() const { return false; }
+    /// Why there is no rate to count on, as in `it comes through a pipe`; empty where that is unknown.
+    /// [setup]
+    virtual std::string getRateHindrance(const Core::AbstractOutputPin&) const { return {}; }
+    /// The setting that would state it; empty where there is none. [setup]
+    virtual std::string getRateSetting() const { return {}; }
     /// Where an element stands in the recording of the sample that an output has sent last. [run]
     virtual Cell getCell(const Core::AbstractOutputPin& output, std::size_t element) const = 0;
 

@@ -21,6 +21,8 @@ public:
     /// From then on a `prepare` that waits raises `InterruptedException` when a stop is requested. Requires:
     /// open. [setup]
     virtual void setStop(const std::stop_token& stop) = 0;
+    /// The same of `open`, where that waits. Requires: not open. [setup]
+    virtual void setStopOfOpening(const std::stop_token&) {}
 };
 
 /// Whether a source waits for nobody's pace but its sender's; false for null. [any]

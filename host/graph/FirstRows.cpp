@@ -47,6 +47,20 @@ std::string shortText(double number) {
     return shortestText(std::round(number * digits) / digits);
 }
 
+bool getHasNominalRate(const GraphDescription::Block& block) {
+    return std::any_of(
+        block.settings.begin(), block.settings.end(),
+        [](const GraphDescription::Setting& setting) { return setting.name == "nominalRate"; });
+}
+
+void warnOfNominalRate(const Graph::Node& node, const SourceAccount::OtherClock& clock,
+                       Complaints& complaints) {
+    complaints.warn(node.getEndPlace(), "the times of " + node.getEndName() + " tell " +
+                                            shortText(clock.rate) +
+                                            " rows a second, evenly, which is not the 'nominalRate' of '" +
+                                            node.description->id + "'; without that they would be taken");
+}
+
 void warnOfRate(const Graph::Node& node, const SourceAccount::OtherClock& clock, Complaints& complaints) {
     complaints.warn(node.getEndPlace(), "the column '" + clock.column + "' of " + node.getEndName() +
                                             " looks like a clock that goes at " + shortText(clock.rate) +
@@ -90,7 +104,10 @@ void warnOfFirstRows(const Graph& graph, Complaints& complaints) {
         if (node.recorded == nullptr || node.isFaulty) continue;
         const std::optional<SourceAccount> account = node.recorded->lookAhead(kRowsLookedAt);
         if (!account) continue;
-        if (account->otherClock) warnOfRate(node, *account->otherClock, complaints);
+        if (account->otherClock && getHasNominalRate(*node.description))
+            warnOfNominalRate(node, *account->otherClock, complaints);
+        else if (account->otherClock)
+            warnOfRate(node, *account->otherClock, complaints);
         if (account->otherUnit)
             complaints.warn(node.getEndPlace(), otherUnitText(*account) + " (" + node.getEndName() + ")");
         if (!getIsFirstStepOdd(*account) || getIsFramed(*node.description)) continue;

@@ -65,10 +65,12 @@ void Graph::openRecordings(Complaints& complaints, Pipes pipes) {
     for (const Node& node : parts.nodes) {
         if (node.source == nullptr) continue;
         const bool isLeft = pipes == Pipes::Leave && getComesByItself(node.waking);
-        areAllOpen = areAllOpen && !isLeft && !node.isFaulty;
+        // What a graph states of a pipe is all that is known of its rate, also when it is open.
+        const bool isSettled = node.recorded != nullptr && node.recorded->getIsRateSettled();
+        areAllOpen = areAllOpen && (!isLeft || isSettled) && !node.isFaulty;
         if (!isLeft && !node.isFaulty) node.source->open(refusals);
     }
-    // Without a recording there is no rate, which is no complaint of its own.
+    // Without a recording there may be no rate, which is no complaint of its own.
     if (areAllOpen && refusals.isEmpty()) settle(complaints);
     complaints.add(refusals);
 }
@@ -88,6 +90,11 @@ void Graph::openSources(Complaints& complaints, Pipes pipes) {
 void Graph::allowOverwriting() {
     for (const Node& node : parts.nodes)
         if (node.result != nullptr) node.result->setOverwrites(true);
+}
+
+void Graph::setStopOfOpening(const std::stop_token& stop) {
+    for (const Node& node : parts.nodes)
+        if (node.waking != nullptr) node.waking->setStopOfOpening(stop);
 }
 
 void Graph::setStop(const std::stop_token& stop) {

@@ -63,6 +63,8 @@ public:
     /// The same, and complains of results that have no place. No result is touched. [setup]
     void openSources(Complaints& complaints, Pipes pipes = Pipes::Read);
     /// Whether settings stand in hertz or seconds that aren't written yet.
+    /// What `openRecordings` waits for ends with an `InterruptedException` when a stop is requested. [setup]
+    void setStopOfOpening(const std::stop_token& stop);
     bool getAwaitsRates() const { return parts.awaitsRates; }
     /// What was made of those: of settings in file order, then of the timeline.
     const std::vector<RateConversion>& getConversions() const { return parts.conversions; }

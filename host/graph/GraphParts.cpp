@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/GraphParts.h"
 
+#include "host/ends/StandardStream.h"
+
 namespace Quillmere::Host {
 
 GraphParts::GraphParts(const GraphDescription& description)
@@ -21,7 +23,8 @@ std::string GraphParts::Node::getQuoted() const {
 }
 
 std::string GraphParts::Node::getEndName() const {
-    return file != nullptr ? file->getPath() : "'" + description->id + "'";
+    if (file == nullptr) return "'" + description->id + "'";
+    return getIsStandardStream(file->getPath()) ? "standard input" : file->getPath();
 }
 
 const Place& GraphParts::Node::getEndPlace() const {

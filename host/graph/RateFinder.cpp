@@ -3,7 +3,6 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/MainInput.h"
-#include "host/ends/StandardStream.h"
 #include "host/graph/BlockDescription.h"
 #include "host/text/ShortestText.h"
 
@@ -88,11 +87,18 @@ FoundRate RateFinder::rateOfSource(const GraphParts::Node& node,
                                    const Core::AbstractOutputPin& output) const {
     const auto known = sources.find(&output);
     const auto rate = known == sources.end() ? std::nullopt : known->second;
-    FoundRate source = unknown("that of " + node.getEndName() + " can't be known before the run");
+    FoundRate source;
     source.origin = &node;
-    if (!rate) return source;
+    if (const std::string setting = node.recorded == nullptr ? "" : node.recorded->getRateSetting();
+        !setting.empty())
+        source.remedy = "'" + setting + ":' of " + node.getQuoted() + " and rows a second would state it";
+    if (!rate) {
+        source.reason = "that of " + node.getEndName() + " can't be known before the run";
+        const std::string hindrance = node.recorded == nullptr ? "" : node.recorded->getRateHindrance(output);
+        if (!hindrance.empty()) source.reason += ", since " + hindrance;
+        return source;
+    }
     source.rate = rate;
-    source.reason.clear();
     if (rate->getIsSteady()) return source;
     source.reason = percent(rate->unsteadyPart) + " of the steps in " + node.getEndName() +
                     " differ from their mean by more than half of it, which is no even rate";
@@ -116,12 +122,8 @@ FoundRate RateFinder::rateByStep(const GraphParts::Node& node, const std::string
 }
 
 std::string textOf(const FoundRate& found) {
-    const GraphParts::Node& origin = *found.origin;
-    std::string name = "'" + origin.description->id + "'";
-    if (origin.file != nullptr) name = origin.file->getPath();
-    if (getIsStandardStream(name)) name = "standard input";
     return shortestText(found.rate->perSecond) + " samples/s, as " +
-           (found.rate->isMeasured ? "measured in " : "stated for ") + name;
+           (found.rate->isMeasured ? "measured in " : "stated for ") + found.origin->getEndName();
 }
 
 } // namespace Quillmere::Host

@@ -17,6 +17,7 @@ struct FoundRate {
     std::optional<SampleRate> rate = {};
     const GraphParts::Node* origin = nullptr; ///< Where they come from; null when that is unknown.
     std::string reason = {};                  ///< Why there is no rate.
+    std::string remedy = {};                  ///< What would state one.
 };
 
 /// Follows links back from a block to what drives it: through blocks whose manuals say how often they send,

@@ -77,7 +77,8 @@ std::optional<RateConversion> RateValues::convert(const Target& target, const Va
                                                    : "a frequency, as 5 Hz, or a number without a unit");
     const FoundRate& found = finder.rateAt(target.block);
     if (!found.rate || !found.rate->getIsSteady())
-        return refuse("a number without a unit, since there is no rate to convert it with: " + found.reason);
+        return refuse("a number without a unit, since there is no rate to convert it with: " + found.reason +
+                      (found.remedy.empty() ? "" : "; " + found.remedy));
     if (const std::string expected = expectedOf(*relation, quantity, found); !expected.empty())
         return refuse(expected);
     return RateConversion{.target = target.block.getName() + "." + target.name,

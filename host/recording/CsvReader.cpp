@@ -47,7 +47,7 @@ std::string quoted(std::string_view text) {
 } // namespace
 
 CsvReader::CsvReader(const std::string& path, const ReadingWishes& wishes)
-    : CsvReader(std::make_unique<RecordingFile>(path), wishes) {}
+    : CsvReader(std::make_unique<RecordingFile>(path, wishes.stop), wishes) {}
 
 CsvReader::CsvReader(std::unique_ptr<RecordingFile> file, const ReadingWishes& wishes)
     : lines(std::move(file)) {

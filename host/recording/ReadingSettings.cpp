@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/ReadingSettings.h"
 
+#include "host/description/Quantity.h"
 #include "host/recording/RecordingProfile.h"
 #include "host/text/NearestName.h"
 
@@ -150,15 +151,20 @@ bool takeReadingSetting(const GraphDescription::Setting& setting, ReadingWishes&
     } else if (setting.name == "time") {
         takeTime(value, clock, complaints);
     } else if (setting.name == "rate") {
-        clock.rate = toNumber(value, complaints);
-        if (clock.rate && !(*clock.rate > 0.0 && std::isfinite(*clock.rate)))
-            complaints.add(value.where, value.describe(), "a rate above 0 rows a second");
+        clock.rate = takeRate(value, complaints);
     } else if (setting.name == "missing") {
         takeMissing(value, wishes, complaints);
     } else {
         return takeFormSetting(setting.name, value, wishes, complaints);
     }
     return true;
+}
+
+std::optional<double> takeRate(const Value& value, Complaints& complaints) {
+    const auto rate = toNumberOf(Quantity::Kind::Frequency, value, complaints);
+    if (rate && !(*rate > 0.0 && std::isfinite(*rate)))
+        complaints.add(value.where, value.describe(), "a rate above 0 rows a second");
+    return rate;
 }
 
 std::size_t takeChoice(const Value& value, const std::vector<std::string>& words, Complaints& complaints) {

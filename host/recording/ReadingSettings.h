@@ -33,6 +33,9 @@ std::vector<HostBlock::SettingDescription> getReadingSettings();
 bool takeReadingSetting(const GraphDescription::Setting& setting, ReadingWishes& wishes,
                         RecordingClock& clock, Complaints& complaints);
 
+/// Rows a second, as a number or in hertz; what is none is complained of.
+std::optional<double> takeRate(const Value& value, Complaints& complaints);
+
 /// The place of a word among `words`, which a message lists; 0 when it isn't one of them, which is a
 /// complaint.
 std::size_t takeChoice(const Value& value, const std::vector<std::string>& words, Complaints& complaints);

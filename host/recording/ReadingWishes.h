@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,7 @@ struct ReadingWishes {
     std::optional<int> counterBits;    ///< 0: the counter doesn't wrap.
     std::optional<bool> isSpread;      ///< Rows of one whole second are spread over it.
 
+    std::stop_token stop;             ///< Ends a wait for whoever writes a pipe.
     std::vector<std::string> names;   ///< Columns that are asked for.
     std::vector<std::string> missing; ///< Texts of cells that stand for not-a-number.
 

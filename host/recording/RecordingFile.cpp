@@ -25,10 +25,13 @@ constexpr const char* kStandardInput = "standard input";
 constexpr std::size_t kPackedPiece = std::size_t{1} << 16;
 constexpr std::size_t kUnpackedPiece = std::size_t{1} << 14;
 
-/// A descriptor of its own, also of standard input, so that closing it closes nobody else's.
+/// A descriptor of its own, also of standard input, so that closing it closes nobody else's. A pipe that
+/// nobody writes is opened at once: what waits for its writer is the first read, which a stop ends.
 int openForReading(const std::string& path) {
     if (getIsStandardStream(path)) return ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
-    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat facts {};
+    const bool isPipe = ::stat(path.c_str(), &facts) == 0 && S_ISFIFO(facts.st_mode);
+    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | (isPipe ? O_NONBLOCK : 0));
 }
 } // namespace
 
@@ -39,10 +42,11 @@ bool getIsPipe(const std::string& path) {
     return result == 0 && !S_ISREG(facts.st_mode) && !S_ISDIR(facts.st_mode);
 }
 
-RecordingFile::RecordingFile(const std::string& filePath)
+RecordingFile::RecordingFile(const std::string& filePath, const std::stop_token& stop)
     : path(filePath), name(getIsStandardStream(path) ? kStandardInput : printable(path, PATH_MAX)),
       file(openForReading(path)) {
     if (file < 0) fail("cannot be opened");
+    setStop(stop);
     struct stat facts {};
     if (::fstat(file, &facts) != 0) return;
     if (S_ISDIR(facts.st_mode)) {

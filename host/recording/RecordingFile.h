@@ -28,8 +28,8 @@ bool getIsPipe(const std::string& path);
 class QUILLMERE_API RecordingFile {
 public:
     /// Opens the file, or standard input for `-`. Raises when there is none that can be read, and for a
-    /// folder.
-    explicit RecordingFile(const std::string& filePath);
+    /// folder. Nothing is waited for yet; what waits later ends when a stop is requested, see `setStop`.
+    explicit RecordingFile(const std::string& filePath, const std::stop_token& stop = {});
     ~RecordingFile();
     RecordingFile(const RecordingFile&) = delete;
     RecordingFile& operator=(const RecordingFile&) = delete;
@@ -45,7 +45,7 @@ public:
     /// What to wait on for more of a pipe.
     int getDescriptor() const { return file; }
 
-    /// From then on waiting for a pipe ends with `InterruptedException` when `flag` is true. [setup]
+    /// From then on waiting for a pipe ends with `InterruptedException` when a stop is requested. [setup]
     void setStop(const std::stop_token& token) { waiting.setStop(token); }
     /// From then on what is looked at and read is what the file holds, unpacked. Requires: nothing has been
     /// read. [setup]

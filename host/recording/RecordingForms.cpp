@@ -174,7 +174,7 @@ const std::vector<std::string>& getRecordingForms() {
 }
 
 std::unique_ptr<RecordingReader> openRecording(const std::string& path, const ReadingWishes& wishes) {
-    auto file = std::make_unique<RecordingFile>(path);
+    auto file = std::make_unique<RecordingFile>(path, wishes.stop);
     const std::string_view head = lookAtBegin(*file);
     const auto form =
         std::find_if(kForms.begin(), kForms.end(), [&](const Form& one) { return one.getIsOf(path, head); });

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSettings.h"
 
+#include "host/description/Quantity.h"
+#include "host/text/Counted.h"
 #include "host/text/Printable.h"
+#include "host/text/ShortestText.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -90,9 +94,12 @@ std::vector<HostBlock::SettingDescription> RecordingSettings::getDescriptions() 
          "the unit that columns have, by name or by pattern, as in {ax: mg, \"gyr*\": deg/s}"},
         {"time", "text or list", "as the file looks",
          "the column, or the path of the variable, that holds the time in seconds, or [date, time]"},
-        {"rate", "number", "by time", "rows a second, for a recording without a time column"},
-        {"frame", "whole number", "none", "rows that make one sample; without it each row is one"},
-        {"hop", "whole number", "as frame", "rows from the begin of a frame to the begin of the next"},
+        {"rate", "number or frequency", "by time", "rows a second, for a recording without a time column"},
+        {"nominalRate", "number or frequency", "by time",
+         "rows a second for settings in hertz and seconds, beside times that don't tell it"},
+        {"frame", "whole number or time", "none", "rows that make one sample; without it each row is one"},
+        {"hop", "whole number or time", "as frame",
+         "rows from the begin of a frame to the begin of the next"},
         {"onBadRow", "error, skip or nan", "error",
          "what a row with a bad cell does: it ends the run, is passed over, or has nan there"},
         {"missing", "list", "none", "texts of cells that stand for nan, as in [NA, \"\"]"},
@@ -108,9 +115,11 @@ bool RecordingSettings::take(const GraphDescription::Setting& setting, Complaint
     const Value& value = setting.value;
     if (setting.name == "frame") {
         frameWhere = value.where;
-        frameRows = takeCount(value, complaints);
+        frameRows = takeLength(value, frameTime, complaints);
     } else if (setting.name == "hop") {
-        hop = takeCount(value, complaints);
+        hop = takeLength(value, hopTime, complaints);
+    } else if (setting.name == "nominalRate") {
+        nominalRate = takeRate(value, complaints);
     } else if (setting.name == "pins") {
         takePins(value, complaints);
     } else if (setting.name == "units") {
@@ -145,14 +154,62 @@ void RecordingSettings::finish(const std::string& block, const GraphDescription:
     if (std::none_of(description.settings.begin(), description.settings.end(), isPins))
         complaints.add(description.where, "the RecordingSource '" + block + "' without pins",
                        "'pins:' and for each pin its columns, as in {accel: [ax, ay, az]}");
-    if (hop != 0 && frameRows == 0)
+    if ((hop != 0 || hopTime.seconds > 0.0) && !getIsFramed())
         complaints.add(description.where, "a hop without a frame in '" + block + "'", "'frame:' too");
-    if (hop == 0) hop = frameRows;
+    if (nominalRate && (clock.rate || repairs.getResampleRate()))
+        complaints.add(description.where, "the RecordingSource '" + block + "' with two rates",
+                       "'rate:' or 'resample:' alone, or 'nominalRate:' beside times as they are");
+    if (hop == 0 && hopTime.seconds == 0.0) hop = frameRows;
     std::vector<std::string> names;
     for (const Pin& pin : pins)
         names.push_back(pin.name);
     repairs.finish(names, complaints);
     if (clock.rate) repairs.refuseRate(complaints);
+    if (const auto stated = getStatedRate(); stated && complaints.isEmpty())
+        settleFrames(*stated, complaints);
+}
+
+std::optional<double> RecordingSettings::getStatedRate() const {
+    if (const auto& resampled = repairs.getResampleRate()) return resampled;
+    return nominalRate ? nominalRate : clock.rate;
+}
+
+/// Rows; 0 where they are said in seconds.
+std::size_t RecordingSettings::takeLength(const Value& value, Length& length, Complaints& complaints) {
+    const auto quantity = toQuantity(value);
+    if (!quantity) return takeCount(value, complaints);
+    if (quantity->kind != Quantity::Kind::Time || !(quantity->number > 0.0))
+        complaints.add(value.where, value.describe(), "a number of rows, or a time above 0, as 200 ms");
+    else
+        length = {.seconds = quantity->number, .written = printable(value.text, kLongestName)};
+    return 0;
+}
+
+void RecordingSettings::settleFrames(double rowsASecond, Complaints& complaints) {
+    settle(frameTime, frameRows, rowsASecond, complaints);
+    settle(hopTime, hop, rowsASecond, complaints);
+    if (hop == 0) hop = frameRows;
+}
+
+void RecordingSettings::settle(Length& length, std::size_t& rows, double rowsASecond,
+                               Complaints& complaints) const {
+    if (!length.getIsOpen()) return;
+    const double count = std::round(length.seconds * rowsASecond);
+    const bool isCount = count >= 1.0 && count <= static_cast<double>(kLargestCount);
+    if (!isCount)
+        complaints.add(frameWhere,
+                       "'" + length.written + "' at " + shortestText(rowsASecond) + " rows a second",
+                       "a time of 1 to 2147483647 rows");
+    rows = length.rows = isCount ? static_cast<std::size_t>(count) : 1;
+}
+
+std::vector<std::string> RecordingSettings::getNotes() const {
+    std::vector<std::string> notes;
+    if (frameTime.rows > 0)
+        notes.push_back("a frame of " + frameTime.written + " is " + counted(frameTime.rows, "row"));
+    if (hopTime.rows > 0)
+        notes.push_back("a hop of " + hopTime.written + " is " + counted(hopTime.rows, "row"));
+    return notes;
 }
 
 ReadingWishes RecordingSettings::gatherWishes() const {

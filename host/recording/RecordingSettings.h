@@ -10,6 +10,7 @@
 #include "host/text/Complaint.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,9 @@ struct RecordingSettings {
     ReadingWishes wishes; ///< Of how to read; `gatherWishes` has those of what, too.
     RecordingClock clock;
     std::vector<Pin> pins;
-    std::vector<StatedUnit> units; ///< Of columns.
-    std::size_t frameRows = 0;     ///< 0: no frames.
+    std::vector<StatedUnit> units;     ///< Of columns.
+    std::optional<double> nominalRate; ///< Rows a second, for what is said in hertz and seconds alone.
+    std::size_t frameRows = 0;         ///< 0: no frames.
     Place frameWhere;
     std::size_t hop = 0; ///< Rows from frame to frame; 0 until told: the frame's own length.
     OnBadRow onBadRow = OnBadRow::Error;
@@ -45,7 +47,30 @@ struct RecordingSettings {
 
     ReadingWishes gatherWishes() const;
 
+    /// Rows a second, where the graph states them.
+    std::optional<double> getStatedRate() const;
+    bool getIsFramed() const { return frameRows > 0 || frameTime.seconds > 0.0; }
+    /// Whether frames are said in seconds, whose rows aren't known yet.
+    bool getAwaitsRate() const { return frameTime.getIsOpen() || hopTime.getIsOpen(); }
+    /// Makes rows of them. [setup]
+    void settleFrames(double rowsASecond, Complaints& complaints);
+    /// What became of what was said in seconds: a sentence's part each.
+    std::vector<std::string> getNotes() const;
+
 private:
+    /// A length in seconds: what was written, and what came of it.
+    struct Length {
+        double seconds = 0.0; ///< 0: not said so.
+        std::string written = {};
+        std::size_t rows = 0;
+        bool getIsOpen() const { return seconds > 0.0 && rows == 0; }
+    };
+    std::size_t takeLength(const Value& value, Length& length, Complaints& complaints);
+    void settle(Length& length, std::size_t& rows, double rowsASecond, Complaints& complaints) const;
+
+    Length frameTime;
+    Length hopTime;
+
     void takePins(const Value& value, Complaints& complaints);
 };
 

@@ -11,6 +11,7 @@
 #include "host/ends/StandardStream.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace Quillmere::Host {
@@ -95,6 +96,7 @@ RecordingSource::getSampleShape(const Core::AbstractOutputPin& pin) const {
     };
     // How many columns a pattern is, its file says.
     if (recording == nullptr && std::any_of(columns.begin(), columns.end(), isPattern)) return std::nullopt;
+    if (settings.getAwaitsRate()) return std::nullopt;
     return Shape{std::max(settings.frameRows, std::size_t{1}), columns.size()};
 }
 
@@ -107,10 +109,12 @@ void RecordingSource::open(Complaints& complaints) {
             complaints.add(getPathPlace(), complaint.found + " in " + complaint.where.file,
                            complaint.expected, complaint.suggestion);
         return;
+    } catch (const InterruptedException&) {
+        throw; // no fault of the recording's
     } catch (const RecordingException& exception) {
         complaints.add(getPathPlace(),
                        std::string("no recording that can be read (") + exception.what() + ")",
-                       "a CSV file with a row of column names");
+                       "a recording, such as a CSV file with a row of column names");
         return;
     }
     std::optional<RowPlan> plan = planRows(*reader, getPath(), getPathPlace(), settings, complaints);
@@ -122,6 +126,7 @@ void RecordingSource::open(Complaints& complaints) {
     TimeRepairPlan repairPlan = planRepair();
     if (!reader->getIsPiped()) refuseDates(*plan, repairPlan, complaints);
     recording = std::make_unique<RepairedRows>(std::move(reader), std::move(*plan), std::move(repairPlan));
+    if (!settleFrames(complaints)) return;
     if (settings.frameRows > 0 && settings.frameRows <= kLongestFrameFilled && !getComesByItself())
         warnOfShortFile(complaints);
 }
@@ -268,6 +273,8 @@ SourceAccount RecordingSource::getAccount() const {
     if (!settings.clock.rate && rate > 0.0)
         account.notes.push_back(shortestText(rate) + " rows a second, as the file states");
     account.notes.insert(account.notes.end(), units.notes.begin(), units.notes.end());
+    for (std::string& note : settings.getNotes())
+        account.notes.push_back(std::move(note));
     // Of a file it was told before the run.
     if (getComesByItself()) account.otherUnit = findOtherUnitOfTime();
     return account;
@@ -290,19 +297,15 @@ std::optional<SourceAccount::OtherUnit> RecordingSource::findOtherUnitOfTime() c
     return std::nullopt;
 }
 
-namespace {
-/// The next row of a look ahead; a bad one, which the run will tell of, is the end of it.
-RepairedRows::Row takeAhead(RepairedRows& rows) {
-    try {
-        RepairedRows::Row row = rows.take();
-        while (row == RepairedRows::Row::Nothing)
-            row = rows.take();
-        return row;
-    } catch (const RecordingException&) {
-        return RepairedRows::Row::End;
-    }
+/// By even times that tell another rate than the one that is stated beside them.
+std::optional<SourceAccount::OtherClock> RecordingSource::findOtherRateOfTimes() const {
+    constexpr double kTolerance = 0.05; // what a sensor's rate may well be off by
+    const RowsRate measured = measure(std::nullopt);
+    if (!measured.rate || !measured.rate->getIsSteady()) return std::nullopt;
+    const double rate = measured.rate->perSecond;
+    if (std::abs(rate - *settings.nominalRate) <= kTolerance * rate) return std::nullopt;
+    return SourceAccount::OtherClock{{}, rate};
 }
-} // namespace
 
 std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) const {
     if (recording == nullptr || getComesByItself()) return std::nullopt;
@@ -315,6 +318,7 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
         if (settings.clock.rate)
             account.otherClock =
                 findOtherClock(getPath(), *settings.clock.rate, most, settings.gatherWishes());
+        if (settings.nominalRate) account.otherClock = findOtherRateOfTimes();
         account.otherUnit = findOtherUnitOfTime();
     } catch (const RecordingException&) {
         // The file is gone.
@@ -322,34 +326,71 @@ std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) cons
     return account;
 }
 
-/// A pin that gets nothing from some rows, as a slow sensor beside a fast one, has a rate of its own.
-std::optional<SampleRate> RecordingSource::getSampleRate(const Core::AbstractOutputPin& pin) const {
-    if (recording == nullptr) return std::nullopt;
-    const double rowsASample = static_cast<double>(std::max<std::size_t>(settings.hop, 1));
-    const std::optional<double>& resampled = recording->getRepairPlan().resampleRate;
-    const double rate = resampled.value_or(recording->getPlan().rate);
-    const auto stated =
-        rate > 0.0 ? std::optional(SampleRate{.perSecond = rate / rowsASample}) : std::nullopt;
-    if (resampled || getComesByItself()) return stated;
-    RateMeter meter;
-    bool isSparse = false;
+/// Rows a second, as the graph or the file states them.
+std::optional<double> RecordingSource::getStatedRate() const {
+    if (const auto stated = settings.getStatedRate(); stated || recording == nullptr) return stated;
+    const double rate = recording->getPlan().rate;
+    return rate > 0.0 ? std::optional(rate) : std::nullopt;
+}
+
+/// Of what can be read twice. Requires: open.
+RowsRate RecordingSource::measure(std::optional<std::size_t> pin) const {
+    RowsRate found;
+    if (getComesByItself()) {
+        found.reason = "it comes through a pipe";
+        return found;
+    }
     try {
         RepairedRows ahead = readAhead();
-        const std::size_t output = findOutput(pin);
-        for (std::uint64_t i = 0; i < kRowsMeasured; ++i) {
-            const RepairedRows::Row row = takeAhead(ahead);
-            if (row == RepairedRows::Row::End) break;
-            if (row != RepairedRows::Row::Taken) continue;
-            isSparse = isSparse || !ahead.getHasSample(output);
-            if (ahead.getHasSample(output)) meter.take(ahead.getTime());
-        }
-    } catch (const RecordingException&) {
-        return std::nullopt; // the file is gone
+        return measureRows(ahead, pin);
+    } catch (const RecordingException& exception) {
+        found.reason = exception.what(); // the file is gone
+        return found;
     }
-    if (stated && !isSparse) return stated;
-    std::optional<SampleRate> measured = meter.measure();
-    if (measured) measured->perSecond /= rowsASample;
-    return measured;
+}
+
+/// A pin that gets nothing from some rows, as a slow sensor beside a fast one, has a rate of its own.
+std::optional<SampleRate> RecordingSource::getSampleRate(const Core::AbstractOutputPin& pin) const {
+    if (recording == nullptr && !getIsRateSettled()) return std::nullopt;
+    const double rowsASample = static_cast<double>(std::max<std::size_t>(settings.hop, 1));
+    auto stated = getStatedRate();
+    if (stated) *stated /= rowsASample;
+    if (stated && (settings.repairs.getResampleRate() || getComesByItself()))
+        return SampleRate{.perSecond = *stated};
+    if (recording == nullptr) return std::nullopt;
+    RowsRate measured = measure(findOutput(pin));
+    if (stated && !measured.isSparse) return SampleRate{.perSecond = *stated};
+    if (measured.rate) measured.rate->perSecond /= rowsASample;
+    return measured.rate;
+}
+
+/// Of what comes through a pipe nothing more is known than the graph states, unless it leaves it to the file.
+bool RecordingSource::getIsRateSettled() const {
+    return getComesByItself() && (getStatedRate() || !settings.clock.columns.empty());
+}
+
+std::string RecordingSource::getRateHindrance(const Core::AbstractOutputPin& pin) const {
+    if (getComesByItself()) return "it comes through a pipe";
+    return recording == nullptr ? "" : measure(findOutput(pin)).reason;
+}
+
+/// Makes rows of frames that are said in seconds; false, and a complaint, where nobody knows the rate.
+bool RecordingSource::settleFrames(Complaints& complaints) {
+    if (!settings.getAwaitsRate()) return true;
+    std::optional<double> rate = getStatedRate();
+    RowsRate measured;
+    if (!rate) {
+        measured = measure(std::nullopt);
+        if (measured.rate && !measured.rate->getIsSteady()) measured.reason = "its rows come at no even rate";
+        if (measured.rate && measured.rate->getIsSteady()) rate = measured.rate->perSecond;
+    }
+    if (rate)
+        settings.settleFrames(*rate, complaints);
+    else
+        complaints.add(settings.frameWhere, "a frame in seconds of '" + getName() + "'",
+                       "a number of rows, since the rate can't be known before the run (" + measured.reason +
+                           "); '" + getRateSetting() + ":' and rows a second would state it");
+    return rate.has_value();
 }
 
 std::vector<FileEnd::File> RecordingSource::getFiles() const {

@@ -7,6 +7,7 @@
 #include "host/ends/RecordedSource.h"
 #include "host/ends/Source.h"
 #include "host/ends/WakingSource.h"
+#include "host/recording/RowsRate.h"
 #include "host/recording/RecordingSettings.h"
 #include "host/recording/RepairedRows.h"
 #include "host/recording/UnitPlanner.h"
@@ -61,6 +62,7 @@ public:
         return recording == nullptr ? 0 : recording->getReader().getSize();
     }
     void setStop(const std::stop_token& stop) override { recording->setStop(stop); }
+    void setStopOfOpening(const std::stop_token& stop) override { settings.wishes.stop = stop; }
     std::vector<std::string> getColumnNames() const override;
     std::optional<Shape> getSampleShape(const Core::AbstractOutputPin& pin) const override;
     Cell getCell(const Core::AbstractOutputPin& pin, std::size_t element) const override;
@@ -70,6 +72,9 @@ public:
     std::optional<SourceAccount> lookAhead(std::uint64_t rows) const override;
     std::string getUnit(const Core::AbstractOutputPin& pin) const override;
     std::optional<SampleRate> getSampleRate(const Core::AbstractOutputPin& pin) const override;
+    bool getIsRateSettled() const override;
+    std::string getRateHindrance(const Core::AbstractOutputPin& pin) const override;
+    std::string getRateSetting() const override { return "nominalRate"; }
 
 private:
     struct Output {
@@ -84,8 +89,12 @@ private:
     void refuseDates(const RowPlan& plan, TimeRepairPlan repairPlan, Complaints& complaints) const;
     RepairedRows readAhead() const;
     void warnOfShortFile(Complaints& complaints) const;
+    bool settleFrames(Complaints& complaints);
+    std::optional<double> getStatedRate() const;
+    RowsRate measure(std::optional<std::size_t> pin) const;
 
     std::optional<SourceAccount::OtherUnit> findOtherUnitOfTime() const;
+    std::optional<SourceAccount::OtherClock> findOtherRateOfTimes() const;
 
     bool readOn();
     bool takeRowIntoFrame();

@@ -24,6 +24,8 @@ public:
     /// Complains of what asks for time stamps, since a rate counts the times. [setup]
     void refuseRate(Complaints& complaints) const;
 
+    /// Rows a second that the recording's are made into.
+    const std::optional<double>& getResampleRate() const { return plan.resampleRate; }
     /// `pins` are those of the recording, none of them held yet.
     TimeRepairPlan getPlan(std::vector<TimeRepairPlan::Pin> pins) const;
 

@@ -114,7 +114,7 @@ std::optional<RowPlan> planRows(const RecordingReader& reader, const std::string
                                 const Place& pathPlace, RecordingSettings& settings, Complaints& complaints) {
     if (!unfoldPatterns(reader.getColumnNames(), path, settings, complaints)) return std::nullopt;
     RowPlan plan;
-    plan.isFramed = settings.frameRows > 0;
+    plan.isFramed = settings.getIsFramed();
     plan.onBadRow = settings.onBadRow;
     plan.onCutEnd = settings.onCutEnd;
     plan.missing = settings.wishes.missing;

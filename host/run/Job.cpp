@@ -75,6 +75,7 @@ public:
     bool getHasLeftPipes() const { return hasLeftPipes; }
     void require(RunMode mode);
     std::optional<RunOutcome> begin(const std::stop_token& stop);
+    RunOutcome interrupted(const InterruptedException& exception);
     RunOutcome completed(RunOutcome outcome);
 
     const JobOptions options;
@@ -103,8 +104,10 @@ private:
 /// Recordings are opened once.
 const Complaints& Job::Implementation::open(RunMode mode) {
     if (opening) return *opening;
-    opening.emplace();
-    graph.openSources(*opening, mode == RunMode::Unsaid ? Graph::Pipes::Leave : Graph::Pipes::Read);
+    Complaints found;
+    graph.setStopOfOpening(options.stop);
+    graph.openSources(found, mode == RunMode::Unsaid ? Graph::Pipes::Leave : Graph::Pipes::Read);
+    opening = std::move(found);
     hasLeftPipes = mode == RunMode::Unsaid;
     warnOfLostDigits(graph, catalogue, *opening);
     return *opening;
@@ -184,6 +187,15 @@ RunEnding Job::Implementation::beginResults(const std::stop_token& stop) {
     }
 }
 
+/// The outcome of a run that somebody ends before its recordings are open.
+RunOutcome Job::Implementation::interrupted(const InterruptedException& exception) {
+    Complaints told;
+    if (summary && !summary->check(graph, catalogue, told)) summary.reset();
+    RunOutcome outcome = completed(refusedBy(graph, interruptionFor(exception.what())));
+    summary.reset();
+    return outcome;
+}
+
 RunOutcome Job::Implementation::completed(RunOutcome outcome) {
     outcome.doubts = all.getSortedWarnings();
     outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
@@ -242,12 +254,22 @@ RunOutcome Job::run(const std::stop_token& stop, const ProgressHandler& onProgre
 }
 
 void Job::require(RunMode mode) {
-    check(mode);
+    try {
+        check(mode);
+    } catch (const InterruptedException& exception) {
+        implementation->interrupted(exception);
+        throw;
+    }
     implementation->require(mode);
 }
 
 std::optional<RunOutcome> Job::begin(RunMode mode, const std::stop_token& stop) {
-    require(mode);
+    try {
+        check(mode);
+    } catch (const InterruptedException& exception) {
+        return implementation->interrupted(exception);
+    }
+    implementation->require(mode);
     return implementation->begin(stop);
 }
 

@@ -36,6 +36,8 @@ struct JobOptions {
     bool isControlled = false; ///< Whether somebody can fire commands while it runs, as through a console.
     LimitName roundsName{.name = "limit.rounds"};
     LimitName secondsName{.name = "limit.seconds"};
+    /// Ends a wait for whoever writes the begin of a recording through a pipe, before the run.
+    std::stop_token stop{};
     /// Where the outcome is written as JSON when it is known, of a refused run too; `-` is standard output.
     /// It is a result file like every other. Empty: nowhere.
     std::string summary{};
@@ -66,11 +68,12 @@ public:
 
     /// Everything that is wrong, limits included, and everything that is doubtful, all at once. Recordings
     /// are opened; nothing is touched that is written. The reference is good until the next call, and so is
-    /// the graph. [setup]
+    /// the graph. Raises `InterruptedException` when the options' stop is requested while it waits for who
+    /// writes a pipe; then nothing more can be done with the job. [setup]
     const Complaints& check(RunMode mode = RunMode::Offline);
 
-    /// Raises `GraphException` if there is anything that `check` complains of; the summary tells it, too.
-    /// [setup]
+    /// Raises `GraphException` if there is anything that `check` complains of, and what `check` raises; the
+    /// summary tells it, too. [setup]
     void require(RunMode mode);
 
     /// Runs the graph offline to its end, and gives back what it did, also when it failed midway or when a

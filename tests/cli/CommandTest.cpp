@@ -212,7 +212,7 @@ TEST_F(Command, CheckTellsTheSameAsRunAndTouchesNothing) {
     EXPECT_EQ(bad.exitCode, 2);
     EXPECT_EQ(bad.err,
               "g.yaml:5:56: found no recording that can be read (in.csv: cannot be opened: No such file or "
-              "directory); expected a CSV file with a row of column names\n");
+              "directory); expected a recording, such as a CSV file with a row of column names\n");
     EXPECT_EQ(call({"run", "g.yaml"}).err, bad.err);
 }
 
@@ -389,6 +389,33 @@ TEST_F(Interrupted, ControlCEndsARunThatWaitsForRows) {
         << ended.err;
     EXPECT_TRUE(folder.has("out.csv.partial"));
     EXPECT_FALSE(folder.has("out.csv"));
+}
+
+/// Nobody writes the pipe yet, or somebody has opened it and sent nothing.
+TEST_F(Interrupted, ControlCEndsWhatWaitsForTheBeginOfARecording) {
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"run", "g.yaml", "--summary-json", "s.json"},
+          {"run", "g.yaml", "--live", "--summary-json", "s.json"},
+          {"inspect", "in.csv"}})
+        for (const bool isOpened : {false, true}) {
+            std::vector<std::string> arguments{QUILLMERE};
+            arguments.insert(arguments.end(), words.begin(), words.end());
+            Support::Program program(arguments, folder.path(""));
+            std::ofstream rows;
+            if (isOpened) rows.open(folder.path("in.csv"));
+            // A signal that comes before the program listens ends it, too, but not in order.
+            std::this_thread::sleep_for(std::chrono::milliseconds(500));
+            program.signal(SIGINT);
+            const Ended ended = program.wait();
+            EXPECT_EQ(ended.exitCode, 1) << words.front() << " " << isOpened;
+            EXPECT_EQ(ended.err, "quillmere: interrupted\n");
+            EXPECT_FALSE(folder.has("out.csv.partial"));
+            if (words.front() == "inspect") continue;
+            const std::string summary = folder.read("s.json");
+            EXPECT_NE(summary.find("\"state\": \"refused\",\n  \"interrupted\": true"), std::string::npos)
+                << summary;
+            std::filesystem::remove(folder.path("s.json"));
+        }
 }
 
 TEST_F(Command, ControlCEndsARunWhoseResultNobodyReads) {

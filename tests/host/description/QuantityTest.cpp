@@ -47,7 +47,10 @@ TEST(QuantityTest, ASlipInAUnitIsSuggestedRightButMegaIsNotMilli) {
     EXPECT_EQ(withNearestUnit(plain("5 hz")), "5 Hz");
     EXPECT_EQ(withNearestUnit(plain("0.2 seconds")), "0.2 s");
     EXPECT_EQ(withNearestUnit(plain("200msec")), "200ms");
-    for (const char* const text : {"5 MHz", "5 Hz", "5", "5 apples", ""})
+    EXPECT_EQ(withNearestUnit(plain("5 MHz")), "5000 kHz");
+    EXPECT_EQ(withNearestUnit(plain("5,0 Hz")), "5.0 Hz");
+    EXPECT_EQ(withNearestUnit(plain("0,25s")), "0.25s");
+    for (const char* const text : {"5 Ms", "5 Hz", "5", "5 apples", "5,0", "1,2,3 Hz", ""})
         EXPECT_EQ(withNearestUnit(plain(text)), "") << text;
 }
 

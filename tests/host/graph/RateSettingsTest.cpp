@@ -2,11 +2,14 @@
 #include "host/graph/RateSettings.h"
 
 #include "host/graph/BlockDescription.h"
+#include "tests/host/kit/Fifo.h"
 #include "tests/host/kit/GraphFixture.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <optional>
 #include <string>
 
 namespace {
@@ -226,6 +229,117 @@ TEST_F(RateSettingsTest, TheTimelineSetsAndSendsByTheRate) {
         "50 Hz, half of 100 samples/s, as measured in in.csv");
 }
 
+TEST_F(RateSettingsTest, RatesMayBeStatedInHertzAndTimesOfTheTimelineInMilliseconds) {
+    EXPECT_EQ(
+        valueOf(graph("FilterDiscarder", "Samples: 1 s", "in", "", "in.x", "", "", source("rate: 0.04 kHz")),
+                "Samples"),
+        "40; b.Samples: 1 s is 40 samples (40 samples/s, as stated for in.csv)");
+    ASSERT_EQ(run(graph("FilterButterworth", "Order: 1", "in",
+                        "timeline:\n  - {at: 500 ms, set: {b.RelativeCutOffFreq: 10 Hz}}\n")),
+              "");
+    ASSERT_EQ(outcome.conversions.size(), 1u);
+    EXPECT_EQ(outcome.conversions.front().at, 0.5);
+    const auto refusal = [&](const std::string& origin) {
+        const std::string line =
+            complaintOf(graph("FilterGain", "", "input", "", "in.x", "", "", source(origin)));
+        return line.substr(std::min(line.find("found"), line.size()));
+    };
+    EXPECT_EQ(refusal("rate: 20 ms"), "found '20 ms'; expected a frequency, as 50 Hz");
+    EXPECT_EQ(refusal("rate: 0 Hz"), "found '0 Hz'; expected a rate above 0 rows a second");
+    EXPECT_EQ(refusal("rate: \"50,0 Hz\""),
+              "found the text '50,0 Hz'; expected a number without quotes; did you mean 50.0 Hz?");
+    EXPECT_EQ(refusal("rate: 5 MHz"), "found '5 MHz'; expected a number; did you mean 5000 kHz?");
+    for (const char* const two : {"rate: 50, nominalRate: 50", "time: t, nominalRate: 50, resample: 50"})
+        EXPECT_EQ(refusal(two),
+                  "found the RecordingSource 'in' with two rates; expected 'rate:' or 'resample:' alone, or "
+                  "'nominalRate:' beside times as they are");
+    const std::string line =
+        complaintOf(graph("FilterGain", "", "input", "timeline:\n  - {at: 2 Hz, set: {b.Gain: 1}}\n"));
+    EXPECT_NE(line.find("found '2 Hz'; expected a time, as 0.2 s"), std::string::npos) << line;
+}
+
+TEST_F(RateSettingsTest, ANominalRateThatTheTimesContradictDrawsAWarning) {
+    const auto warningsWith = [&](const char* rate) {
+        Job job = jobOf(graph("FilterDiscarder", "Samples: 1 s", "in", "", "in.x", "", "",
+                              source(std::string("time: t, nominalRate: ") + rate)));
+        std::string all;
+        for (const Warning& warning : job.check().getSortedWarnings())
+            all += withoutFolder(warning.getText()) + "\n";
+        return all;
+    };
+    EXPECT_EQ(warningsWith("50"),
+              "g.yaml:3:56: warning: the times of in.csv tell 100 rows a second, evenly, "
+              "which is not the 'nominalRate' of 'in'; without that they would be taken\n");
+    EXPECT_EQ(warningsWith("101"), "");
+}
+
+TEST_F(RateSettingsTest, WhyThereIsNoRateIsToldWithIt) {
+    folder.write("in.csv", "t,x,slow\n0,1,1\n0.01,oops,1\n");
+    EXPECT_EQ(complaintOf(graph("FilterButterworth", "RelativeCutOffFreq: 2 Hz", "in")),
+              "g.yaml:4:71: found '2 Hz' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected a "
+              "number without a unit, since there is no rate to convert it with: that of in.csv can't be "
+              "known before the run, since in.csv:3: column 'x': found \"oops\"; expected a number; "
+              "'nominalRate:' of 'in' (RecordingSource) and rows a second would state it");
+    folder.write("in.csv", "t,x,slow\n0,1,1\n");
+    const std::string line = complaintOf(graph("FilterButterworth", "RelativeCutOffFreq: 2 Hz", "in"));
+    EXPECT_NE(line.find("before the run, since no two of its samples have times that grow; 'nominalRate:'"),
+              std::string::npos)
+        << line;
+}
+
+/// What comes through a pipe is left to the run by a check that knows of none.
+class PipedRateTest : public RateSettingsTest {
+protected:
+    PipedRateTest() {
+        std::filesystem::remove(folder.path("in.csv"));
+        pipe.emplace(folder.path("in.csv"));
+        pipe->write("t,x,slow\n0,1,1\n0.01,2,1\n");
+    }
+    std::string check(const std::string& origin, RunMode mode) {
+        Job job = jobOf(
+            graph("FilterButterworth", "RelativeCutOffFreq: 5 Hz", "in", "", "in.x", "", "", source(origin)));
+        std::string text;
+        for (const Complaint& complaint : job.check(mode).getSorted())
+            text += complaint.getText();
+        for (const RateConversion& conversion : job.getGraph().getConversions())
+            text += conversion.getText();
+        return withoutFolder(text);
+    }
+    std::optional<Support::Fifo> pipe;
+};
+
+TEST_F(PipedRateTest, ACheckRefusesWhatARunWould) {
+    const std::string refusal =
+        "g.yaml:4:71: found '5 Hz' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected a number "
+        "without a unit, since there is no rate to convert it with: that of in.csv can't be known before "
+        "the run, since it comes through a pipe; 'nominalRate:' of 'in' (RecordingSource) and rows a second "
+        "would state it";
+    EXPECT_EQ(check("time: t", RunMode::Unsaid), refusal);
+    EXPECT_EQ(check("time: t", RunMode::Offline), refusal);
+}
+
+TEST_F(PipedRateTest, AStatedRateIsKnownToBoth) {
+    const std::string number = "5 Hz is 0.25 of half the rate (40 samples/s, as stated for in.csv)";
+    EXPECT_EQ(check("rate: 40", RunMode::Unsaid), number);
+    EXPECT_EQ(check("time: t, nominalRate: 40 Hz", RunMode::Unsaid), number);
+    EXPECT_EQ(check("time: t, nominalRate: 40 Hz", RunMode::Offline), number);
+}
+
+TEST_F(PipedRateTest, WhatTheFileMaySayIsLeftToTheRun) {
+    EXPECT_EQ(check("onBadRow: skip", RunMode::Unsaid), "");
+}
+
+TEST_F(PipedRateTest, AFrameInSecondsNeedsARateToo) {
+    EXPECT_EQ(
+        check("time: t, frame: 200 ms", RunMode::Offline),
+        "g.yaml:3:80: found a frame in seconds of 'in'; expected a number of rows, since the rate can't "
+        "be known before the run (it comes through a pipe); 'nominalRate:' and rows a second would "
+        "state it");
+    const std::string framed = check("time: t, nominalRate: 40, frame: 200 ms", RunMode::Unsaid);
+    EXPECT_NE(framed.find("at most 2.5 Hz, half of 5 samples/s, as stated for in.csv"), std::string::npos)
+        << framed;
+}
+
 TEST_F(RateSettingsTest, UnevenStampsGiveNoRateAndAWarningWhereABlockCountsOnOne) {
     std::string text = "t,x,slow\n";
     for (int i = 0; i < 100; ++i)
@@ -235,7 +349,8 @@ TEST_F(RateSettingsTest, UnevenStampsGiveNoRateAndAWarningWhereABlockCountsOnOne
         complaintOf(graph("FilterButterworth", "RelativeCutOffFreq: 2 Hz", "in")),
         "g.yaml:4:71: found '2 Hz' for 'RelativeCutOffFreq' of 'b' (FilterButterworth); expected a number "
         "without a unit, since there is no rate to convert it with: 91 % of the steps in in.csv differ "
-        "from their mean by more than half of it, which is no even rate");
+        "from their mean by more than half of it, which is no even rate; 'nominalRate:' of 'in' "
+        "(RecordingSource) and rows a second would state it");
     const auto warnings = [&](const std::string& graphText) {
         Job job = jobOf(graphText);
         std::string all;
@@ -243,6 +358,10 @@ TEST_F(RateSettingsTest, UnevenStampsGiveNoRateAndAWarningWhereABlockCountsOnOne
             all += withoutFolder(warning.getText()) + "\n";
         return all;
     };
+    EXPECT_EQ(valueOf(graph("FilterButterworth", "RelativeCutOffFreq: 2 Hz", "in", "", "in.x", "", "",
+                            source("time: t, nominalRate: 10")),
+                      "RelativeCutOffFreq"),
+              "0.4; b.RelativeCutOffFreq: 2 Hz is 0.4 of half the rate (10 samples/s, as stated for in.csv)");
     EXPECT_NE(
         warnings(graph("FilterButterworth", "Order: 1", "in"))
             .find("91 % of the steps in in.csv differ from their mean by more than half of it, which is no "

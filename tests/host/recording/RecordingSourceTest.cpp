@@ -80,6 +80,24 @@ TEST_F(RecordingSourceTest, AFrameGathersRowsAndIsStampedWithItsLast) {
     EXPECT_EQ(result("file: in.csv, time: t, frame: 4, pins: {p: [x]}", "p"), "t\n");
 }
 
+TEST_F(RecordingSourceTest, AFrameInSecondsIsTheRowsOfThatTime) {
+    const std::string inRows = result("file: in.csv, time: t, frame: 2, hop: 1, pins: {p: [x, y]}", "p");
+    for (const char* const clock :
+         {"time: t", "time: t, resample: 2 Hz", "rate: 2", "time: t, nominalRate: 2", "rate: 2 Hz"})
+        EXPECT_EQ(
+            result("file: in.csv, frame: 1 s, hop: 500 ms, pins: {p: [x, y]}, " + std::string(clock), "p"),
+            inRows)
+            << clock;
+    EXPECT_EQ(outcome.recordings.at(0).account.notes,
+              (std::vector<std::string>{"a frame of 1 s is 2 rows", "a hop of 500 ms is 1 row"}));
+    EXPECT_EQ(complaintsOf(graph("file: in.csv, time: t, frame: 100 ms, pins: {p: x}", "p")),
+              "g.yaml:3:80: found '100 ms' at 2 rows a second; expected a time of 1 to 2147483647 rows\n");
+    EXPECT_EQ(complaintsOf(graph("file: in.csv, time: t, frame: 2 Hz, pins: {p: x}", "p")),
+              "g.yaml:3:80: found '2 Hz'; expected a number of rows, or a time above 0, as 200 ms\n");
+    EXPECT_EQ(complaintsOf(graph("file: in.csv, time: t, hop: 1 s, pins: {p: x}", "p")),
+              "g.yaml:3:10: found a hop without a frame in 'in'; expected 'frame:' too\n");
+}
+
 TEST_F(RecordingSourceTest, FramesOverlapByAnyHop) {
     std::string text = "t,x\n";
     for (int i = 0; i < 12; ++i)
@@ -229,7 +247,8 @@ TEST_F(RecordingSourceTest, WrongSettingsAreComplainedOf) {
          "g.yaml:3:79: found 'p'; expected for each pin its columns, as in {accel: [ax, ay, az]}\n"},
         {"file: in.csv, time: t, pin: {}, pins: {p: x}",
          "g.yaml:3:73: found the property 'pin' of RecordingSource; expected one of file, data, pins, units, "
-         "time, rate, frame, hop, onBadRow, missing, onCutEnd, separator and 19 more; did you mean pins?\n"},
+         "time, rate, nominalRate, frame, hop, onBadRow, missing, onCutEnd and 20 more; did you mean "
+         "pins?\n"},
         {"file: in.csv, time: time, pins: {p: [x, z]}",
          "g.yaml:3:70: found no column 'time'; expected one of in.csv: t, x and y\n"
          "g.yaml:3:90: found no column 'z'; expected one of in.csv: t, x and y\n"},
@@ -248,7 +267,7 @@ TEST_F(RecordingSourceTest, WrongSettingsAreComplainedOf) {
         {"file: none.csv, time: t, pins: {p: x}",
          "g.yaml:3:56: found no recording that can be read (none.csv: cannot be opened: No such file or "
          "directory); expected "
-         "a CSV file with a row of column names\n"},
+         "a recording, such as a CSV file with a row of column names\n"},
     };
     for (const RefusalRow& row : rows) {
         const std::string text = graph(row.properties, "p");
@@ -633,7 +652,7 @@ TEST_F(RecordingSourceTest, OneSourceReadsStandardInput) {
                      "  - {id: b, type: RecordingSource, " + properties),
         "g.yaml:4:55: found standard input, which 'a' reads too; expected one source that reads it\n"
         "g.yaml:4:55: found no recording that can be read (standard input: found no header row; expected "
-        "a row of column names); expected a CSV file with a row of column names\n");
+        "a row of column names); expected a recording, such as a CSV file with a row of column names\n");
 }
 
 TEST_F(PipedSourceTest, AGarbledRowIsPassedOverWithoutWaiting) {

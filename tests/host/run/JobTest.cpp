@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/Job.h"
 
+#include "host/ends/RecordingException.h"
 #include "host/live/LiveRun.h"
 #include "host/recording/ResultFile.h"
 #include "tests/host/kit/Fifo.h"
@@ -8,7 +9,9 @@
 
 #include <sys/stat.h>
 
+#include <filesystem>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <utility>
 
@@ -202,6 +205,23 @@ TEST_F(JobTest, WhatComesThroughAPipeIsLeftByACheckThatDoesNotSayForWhat) {
     EXPECT_EQ(complaintsOf(job, RunMode::Unsaid), "") << "and waits for nobody";
     pipe.write("t,x\n4,5\n");
     pipe.close();
+}
+
+TEST_F(JobTest, AStopEndsTheWaitForAPipeThatNobodyWrites) {
+    std::stop_source source;
+    source.request_stop();
+    std::filesystem::remove(folder.path("in.csv"));
+    ASSERT_EQ(::mkfifo(folder.path("in.csv").c_str(), 0600), 0);
+    JobOptions options;
+    options.stop = source.get_token();
+    const std::string file = folder.write("g.yaml", kRecorded);
+    EXPECT_THROW(Job::fromFile(file, catalogue, options).check(), InterruptedException);
+    EXPECT_THROW(Job::fromFile(file, catalogue, options).require(RunMode::Live), InterruptedException);
+    const RunOutcome refused = Job::fromFile(file, catalogue, options).run();
+    EXPECT_TRUE(refused.isInterrupted);
+    EXPECT_FALSE(refused.hasBegun);
+    EXPECT_EQ(refused.failure, "interrupted");
+    EXPECT_TRUE(refused.complaints.empty());
 }
 
 TEST_F(JobTest, ALiveRunRefusesAJobThatCantBeRun) {
