@@ -5,12 +5,12 @@
 #include "framework/transport/InputPin.h"
 #include "host/ends/ResultEnd.h"
 #include "host/ends/Sink.h"
+#include "host/recording/ResultColumns.h"
 #include "host/recording/TableForm.h"
 #include "host/recording/TableWriter.h"
 
 #include <deque>
 #include <memory>
-#include <optional>
 #include <stop_token>
 #include <string>
 #include <unordered_map>
@@ -38,7 +38,7 @@ public:
                    Complaints& complaints) override;
     bool getMakesPins() const override { return true; }
     Core::AbstractInputPin* makePin(const std::string& name) override;
-    void checkPins(Complaints& complaints) const override;
+    void checkPins(Complaints& complaints) const override { columns.check(inputs, complaints); }
     void setUnit(const Core::AbstractInputPin& pin, const std::string& unit) override;
     void setOverwrites(bool flag) override { overwrites = flag; }
     void checkFile(const std::vector<std::string>& recorded, Complaints& complaints) override;
@@ -59,35 +59,18 @@ public:
     std::string getPartialPath() const override { return table == nullptr ? "" : table->getPartialPath(); }
 
 private:
-    struct NamedColumns {
-        std::string pin;
-        Place where;
-        std::vector<std::string> names;
-    };
-
-    void takeTimeName(const Value& value, Complaints& complaints);
-    void takeColumns(const Value& value, Complaints& complaints);
-    void checkWidth(const NamedColumns& named, const Core::AbstractInputPin& pin,
-                    Complaints& complaints) const;
-    std::vector<TableWriter::Group> groups() const;
-    void checkUnits(Complaints& complaints) const;
     ResultOptions options() const;
     void gather(std::size_t pin);
     bool getIsRowFull() const;
     void writeRow(double time);
     void noteNonFinite(std::size_t pin, double time);
-    std::string getColumnName(std::size_t pin, std::size_t element) const;
     void endGatheredRow();
 
     std::unordered_map<std::string, Core::InputPin<Core::MatrixXd>*> inputsByName;
     std::deque<Core::InputPin<Core::MatrixXd>> inputs; ///< Pins can't move.
-    std::vector<NamedColumns> columns;
-    std::string timeName = "t";
-    Place timePlace;
+    ResultColumns columns;
     bool overwrites = false;
-    std::optional<bool> showsUnits; ///< Of all columns or of none; else of those without names of their own.
-    std::unordered_map<std::string, std::string> units; ///< Of pins, as far as they are known.
-    std::vector<std::string> recorded;                  ///< Columns of the graph's recordings.
+    std::vector<std::string> recorded; ///< Columns of the graph's recordings.
 
     std::stop_token stop;
     std::unique_ptr<TableWriter> table;
