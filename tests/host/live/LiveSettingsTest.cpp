@@ -94,7 +94,7 @@ TEST_F(LiveSettingsTest, TheJsonOfAStateHasTypedValuesBesideTheirTexts) {
         {"odd.choice", R"("kind": "choice","value": 0,"text": "LowPass")"},
         {"odd.matrix", R"("kind": "matrix","value": [[1,2],[3,4]],"text": "[[1, 2], [3, 4]]")"},
         {"odd.locked", R"("writable": false)"},
-        {"odd.Reset", R"("kind": "command","value": null,"text": null,"expected": null,"writable": true)"},
+        {"odd.Reset", R"("kind": "command","value": null,"text": null,"expected": null,"writable": false)"},
     };
     for (const auto& row : rows) {
         std::string json = Json::settingState(liveRun->getSettings().read(row.name));
