@@ -90,9 +90,9 @@ TEST_F(LiveSettingsTest, TheJsonOfAStateHasTypedValuesBesideTheirTexts) {
         const char* json;
     } rows[] = {
         {"odd.flag", R"("kind": "flag","value": false,"text": "false","expected": "true or false")"},
-        {"odd.number", R"("kind": "number","value": null,"text": "-.inf","expected": "a number")"},
+        {"odd.number", R"("kind": "number","value": null,"text": "-inf","expected": "a number")"},
         {"odd.choice", R"("kind": "choice","value": 0,"text": "LowPass")"},
-        {"odd.matrix", R"("kind": "matrix","value": [[1,2],[3,4]],"text": "[[1, 2], [3, 4]]")"},
+        {"odd.matrix", R"("kind": "matrix","value": [[1.0,2.0],[3.0,4.0]],"text": "[[1, 2], [3, 4]]")"},
         {"odd.locked", R"("writable": false)"},
         {"odd.Reset", R"("kind": "command","value": null,"text": null,"expected": null,"writable": false)"},
     };
