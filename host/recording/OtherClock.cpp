@@ -27,8 +27,9 @@ bool isNameOfTime(const std::string& name) {
     for (const char c : name.substr(0, name.find_first_of("([")))
         if (c != ' ' && c != '_' && c != '-')
             word += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    constexpr std::array<std::string_view, 6> kWords{"time",         "timestamp", "seconds",
-                                                     "milliseconds", "ms",        "epoch"};
+    constexpr std::array<std::string_view, 11> kWords{"time",   "timestamp", "seconds", "milliseconds",
+                                                      "ms",     "epoch",     "zeit",    "temps",
+                                                      "tiempo", "tempo",     "tijd"};
     return name == "t" || std::find(kWords.begin(), kWords.end(), word) != kWords.end();
 }
 
@@ -80,6 +81,8 @@ constexpr std::array kOtherUnits{
 } // namespace
 
 std::optional<SourceAccount::OtherUnit> findOtherUnit(const std::string& column) {
+    if (const auto multiple = multipleOfUnit(column))
+        return SourceAccount::OtherUnit{column, multiple->text, multiple->seconds};
     std::vector<std::string> words = wordsOfName(column);
     // A lone letter is a unit where it stands as one.
     if (unitOfName(column) == "h") words.emplace_back("hours");

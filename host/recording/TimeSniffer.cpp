@@ -55,19 +55,6 @@ std::string plainName(const Column& column) {
     return text;
 }
 
-/// The `10ms` of `Time (10ms)`, which is no unit but some of one; empty for what is no such number.
-std::string multipleOfUnit(const Column& column) {
-    const std::string& text = column.unit.empty() ? column.name : column.unit;
-    const std::size_t bracket = text.find_last_of("([");
-    if (bracket == std::string::npos && column.unit.empty()) return {};
-    const std::size_t begin = bracket == std::string::npos ? 0 : bracket + 1;
-    const std::string inside = text.substr(begin, text.find_first_of(")]", begin) - begin);
-    double number = 0.0;
-    const auto [stop, error] = std::from_chars(inside.data(), inside.data() + inside.size(), number);
-    if (error != std::errc() || number == 1.0) return {};
-    return unitsPerSecond(inside.substr(static_cast<std::size_t>(stop - inside.data()))) ? inside : "";
-}
-
 class TimeSniffing {
 public:
     TimeSniffing(const TimeEvidence& allEvidence, const ReadingWishes& allWishes)
@@ -227,11 +214,12 @@ private:
 
     /// `Time (10ms)` counts steps of ten: neither milliseconds nor any other unit that can be stated.
     void refuseMultiple() const {
-        const std::string multiple = multipleOfUnit(getColumn());
-        if (multiple.empty()) return;
+        const Column& column = getColumn();
+        const auto multiple = multipleOfUnit(column.unit.empty() ? column.name : "[" + column.unit + "]");
+        if (!multiple) return;
         throw UnclearRecording(
             {{evidence.path + ": " + getColumnText().substr(4)},
-             "the unit '" + printable(multiple, kLongestName) + "', which is several of one",
+             "the unit '" + printable(multiple->text, kLongestName) + "', which is several of one",
              "'timeUnit:' and s, ms, us or ns, or 'rate:' and rows a second"});
     }
 

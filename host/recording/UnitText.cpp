@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
 #include <span>
 #include <utility>
 
@@ -118,6 +119,19 @@ std::optional<double> unitsPerSecond(std::string_view unit) {
     const Unit* const found = findUnitOfTime(smallUnit(unit));
     if (found == nullptr) return std::nullopt;
     return static_cast<double>(found->denominator) / static_cast<double>(found->numerator);
+}
+
+std::optional<UnitMultiple> multipleOfUnit(std::string_view name) {
+    const std::size_t bracket = name.find_last_of("([");
+    if (bracket == std::string_view::npos) return std::nullopt;
+    const std::size_t end = std::min(name.find_first_of(")]", bracket), name.size());
+    const std::string_view inside = name.substr(bracket + 1, end - bracket - 1);
+    double number = 0.0;
+    const auto [stop, error] = std::from_chars(inside.data(), inside.data() + inside.size(), number);
+    if (error != std::errc() || !(number > 0.0) || number == 1.0) return std::nullopt;
+    const auto perSecond = unitsPerSecond(inside.substr(static_cast<std::size_t>(stop - inside.data())));
+    if (!perSecond) return std::nullopt;
+    return UnitMultiple{std::string(inside), number / *perSecond};
 }
 
 std::vector<std::string> wordsOfName(const std::string& name) {

@@ -31,6 +31,15 @@ QUILLMERE_API std::string unitForName(const std::string& unit);
 /// is no unit of time. [any]
 QUILLMERE_API std::optional<double> unitsPerSecond(std::string_view unit);
 
+/// Several of a unit of time, which are no unit.
+struct UnitMultiple {
+    std::string text; ///< `10ms`.
+    double seconds = 0.0;
+};
+/// What stands so in brackets in a column's name, as in `Time (10ms)`; nothing for a unit, for one of it
+/// (`1 ms`) and for whatever else stands there, as the zone in `timestamp (-0400)`. [any]
+QUILLMERE_API std::optional<UnitMultiple> multipleOfUnit(std::string_view name);
+
 /// The words of a name in small letters: `time (ms)`, `t_ms` and `timeMs` have two. A micro sign is a `u`.
 /// [any]
 QUILLMERE_API std::vector<std::string> wordsOfName(const std::string& name);

@@ -82,6 +82,7 @@ TEST_F(FirstRowsTest, ATimeColumnNamedForAnotherUnitIsTakenForSecondsAndSaysSo) 
     for (const char* const name : {"timestamp_us", "t \xC2\xB5s", "t \xCE\xBCs"})
         EXPECT_EQ(written(name), begin + name + "', whose name says microseconds" + rates + "1e+05" + end);
     EXPECT_EQ(written("time.ns"), begin + "time.ns', whose name says nanoseconds" + rates + "1e+08" + end);
+    EXPECT_EQ(written("time (10ms)"), begin + "time (10ms)', whose name says 10ms" + rates + "10" + end);
     for (const char* const name : {"t", "time (s)", "seconds", "times", "rms", "status", "columns"})
         EXPECT_EQ(written(name), "") << name;
 }

@@ -91,4 +91,15 @@ TEST(UnitTextTest, CountsUnitsOfTimeInWhateverLetters) {
     EXPECT_EQ(unitsPerSecond(""), std::nullopt);
 }
 
+TEST(UnitTextTest, SeveralOfAUnitAreNone) {
+    for (const char* const name : {"Time (10ms)", "[10 ms]", "t [10ms]"}) {
+        ASSERT_TRUE(multipleOfUnit(name)) << name;
+        EXPECT_EQ(multipleOfUnit(name)->seconds, 0.01) << name;
+    }
+    EXPECT_EQ(multipleOfUnit("Time (10ms)")->text, "10ms");
+    for (const char* const name :
+         {"Time (ms)", "Time (1 ms)", "timestamp (-0400)", "timestamp (0400)", "acc (2g)", "10ms", "t (", ""})
+        EXPECT_FALSE(multipleOfUnit(name)) << name;
+}
+
 } // namespace
