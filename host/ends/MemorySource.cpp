@@ -28,7 +28,10 @@ void MemorySource::configure(const GraphDescription::Block& description, const s
 }
 
 bool MemorySource::prepare() {
-    if (taken == sent && sent < recording->getSize()) watchTime(taken++, watch);
+    if (taken == sent && sent < recording->getSize()) {
+        watchTime(taken++, watch);
+        if (taken == kRowsMeasured) watch.beginPart();
+    }
     return taken > sent;
 }
 

@@ -43,6 +43,9 @@ public:
     SourceAccount getAccount() const override { return accountOf(taken, watch); }
     std::optional<SourceAccount> lookAhead(std::uint64_t most) const override;
     std::optional<SampleRate> getSampleRate(const Core::AbstractOutputPin& pin) const override;
+    std::optional<SampleRate> getRateSoFar(const Core::AbstractOutputPin&) const override {
+        return watch.measureRate();
+    }
 
 private:
     SourceAccount accountOf(std::size_t count, const TimeStampWatch& times) const;

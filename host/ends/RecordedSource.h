@@ -52,6 +52,11 @@ public:
     virtual std::string getRateHindrance(const Core::AbstractOutputPin&) const { return {}; }
     /// The setting that would state it; empty where there is none. [setup]
     virtual std::string getRateSetting() const { return {}; }
+    /// The rate of all that it has sent so far, by the time stamps; nothing where it isn't measured by them.
+    /// [run, or when nothing runs]
+    virtual std::optional<SampleRate> getRateSoFar(const Core::AbstractOutputPin&) const {
+        return std::nullopt;
+    }
     /// Where an element stands in the recording of the sample that an output has sent last. [run]
     virtual Cell getCell(const Core::AbstractOutputPin& output, std::size_t element) const = 0;
 

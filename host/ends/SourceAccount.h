@@ -28,9 +28,9 @@ struct SourceAccount {
     };
     /// What was done about times since the graph asks for it.
     struct TimeRepairs {
-        Finding duplicates; ///< Rows left out, whole or in part, that repeat the time stamp before,
-        Finding backward;   ///< and those that go back.
-        Finding gaps;       ///< Steps of more than the limit that weren't kept as they are.
+        Finding duplicates;           ///< Rows left out, whole or in part, that repeat the time stamp before,
+        Finding backward;             ///< and those that go back.
+        Finding gaps;                 ///< Steps of more than the limit that weren't kept as they are.
         double gapLimit = 0.0;        ///< Seconds.
         bool isHeld = false;          ///< Gaps were filled with the values in front of them, else with nan.
         std::uint64_t rowsFilled = 0; ///< Made in gaps, whole or in part.

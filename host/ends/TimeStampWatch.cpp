@@ -44,6 +44,27 @@ std::optional<double> TimeStampWatch::medianStep() const {
     return std::nullopt;
 }
 
+void TimeStampWatch::beginPart() {
+    for (const Bin& bin : bins)
+        firstPart.push_back({bin.count, bin.sum});
+    oddInFirstPart = backward.count + equal.count;
+}
+
+std::optional<SampleRate> TimeStampWatch::measureRate() const {
+    std::vector<std::vector<StepGroup>> parts(2);
+    const auto add = [&](std::size_t part, std::uint64_t count, double sum) {
+        if (count > 0) parts[part].push_back({count, sum});
+    };
+    for (std::size_t i = 0; i < bins.size(); ++i) {
+        const StepGroup before = firstPart.empty() ? StepGroup{} : firstPart[i];
+        add(0, before.count, before.sum);
+        add(1, bins[i].count - before.count, bins[i].sum - before.sum);
+    }
+    add(0, oddInFirstPart, 0.0);
+    add(1, backward.count + equal.count - oddInFirstPart, 0.0);
+    return rateOfSteps(parts);
+}
+
 void TimeStampWatch::tell(SourceAccount& account) const {
     if (std::isnan(last)) return;
     account.firstTime = first;

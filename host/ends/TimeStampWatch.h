@@ -2,7 +2,9 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/ends/SampleRate.h"
 #include "host/ends/SourceAccount.h"
+#include "host/ends/StepRate.h"
 
 #include <algorithm>
 #include <bit>
@@ -45,6 +47,10 @@ public:
 
     /// Fills in what is to be told of times and steps.
     void tell(SourceAccount& account) const;
+    /// As `RateMeter`, of all steps so far; those of a bin are taken as one that is as long as their mean.
+    std::optional<SampleRate> measureRate() const;
+    /// The steps from here on are another part of the recording, for its rate. Done once.
+    void beginPart();
 
 private:
     struct Bin {
@@ -80,6 +86,8 @@ private:
     std::optional<double> firstStep;                        ///< Seconds.
     SourceAccount::Finding backward;
     SourceAccount::Finding equal;
+    std::vector<StepGroup> firstPart; ///< For each bin what was in it when the next part began; else nothing,
+    std::uint64_t oddInFirstPart = 0; ///< and how many steps that didn't lead forward.
 };
 
 } // namespace Quillmere::Host

@@ -70,6 +70,7 @@ public:
     const std::vector<RateConversion>& getConversions() const { return parts.conversions; }
     /// How often the outputs of sources send, as far as it was known before the run. [any]
     const SourceRates& getSourceRates() const { return parts.sourceRates; }
+    const EvenOutputs& getEvenOutputs() const { return parts.evenOutputs; }
     const BlockCatalogue& getCatalogue() const { return catalogue; }
     /// From then on sources and sinks that wait for the other end of a pipe raise `InterruptedException` when
     /// a stop is requested. Requires: the sources are open. [setup]

@@ -25,6 +25,9 @@ namespace Quillmere::Host {
 /// How often outputs of sources send; nothing for one of which that isn't known before the run.
 using SourceRates = std::map<const Core::AbstractOutputPin*, std::optional<SampleRate>>;
 
+/// Outputs of sources whose samples a block takes to come evenly: the first such block, as messages call it.
+using EvenOutputs = std::map<const Core::AbstractOutputPin*, std::string>;
+
 /// What a graph is made of once it is built. Requires: the description outlives it.
 struct QUILLMERE_API GraphParts {
     struct QUILLMERE_API Node {
@@ -69,6 +72,7 @@ struct QUILLMERE_API GraphParts {
     bool awaitsRates = false;
     std::vector<RateConversion> conversions;
     SourceRates sourceRates; ///< Once the sources are open, and if a block has a use for rates.
+    EvenOutputs evenOutputs; ///< The same.
     Timeline timeline;       ///< Goes before the blocks that it is linked with.
 };
 

@@ -17,6 +17,7 @@ struct RateConversion {
     std::string meaning;           ///< `of half the rate`.
     std::string rate;              ///< `100 samples/s, as measured in walk.csv`.
     std::optional<double> at = {}; ///< Seconds of stream time, where the timeline gives it.
+    std::string source = {};       ///< `block.output` of the recording whose rate it is; else empty.
 
     /// `5 Hz is 0.1 of half the rate (100 samples/s, as measured in walk.csv)`.
     QUILLMERE_API std::string getText() const;

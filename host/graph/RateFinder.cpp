@@ -89,6 +89,7 @@ FoundRate RateFinder::rateOfSource(const GraphParts::Node& node,
     const auto rate = known == sources.end() ? std::nullopt : known->second;
     FoundRate source;
     source.origin = &node;
+    source.output = &output;
     if (const std::string setting = node.recorded == nullptr ? "" : node.recorded->getRateSetting();
         !setting.empty())
         source.remedy = "'" + setting + ":' of " + node.getQuoted() + " and rows a second would state it";
@@ -100,8 +101,7 @@ FoundRate RateFinder::rateOfSource(const GraphParts::Node& node,
     }
     source.rate = rate;
     if (rate->getIsSteady()) return source;
-    source.reason = percent(rate->unsteadyPart) + " of the steps in " + node.getEndName() +
-                    " differ from their mean by more than half of it, which is no even rate";
+    source.reason = unevenText(*rate, node);
     return source;
 }
 
@@ -119,6 +119,15 @@ FoundRate RateFinder::rateByStep(const GraphParts::Node& node, const std::string
     rate.rate = SampleRate{.perSecond = 1.0 / step};
     rate.origin = &node;
     return rate;
+}
+
+std::string unevenText(const SampleRate& rate, const GraphParts::Node& source) {
+    return percent(rate.unsteadyPart) + " of the steps in " + source.getEndName() +
+           " differ from their mean by more than half of it, which is no even rate";
+}
+
+std::string nameOf(const Core::AbstractOutputPin& output) {
+    return output.getManager()->getName() + "." + output.getName();
 }
 
 std::string textOf(const FoundRate& found) {

@@ -18,6 +18,8 @@ struct FoundRate {
     const GraphParts::Node* origin = nullptr; ///< Where they come from; null when that is unknown.
     std::string reason = {};                  ///< Why there is no rate.
     std::string remedy = {};                  ///< What would state one.
+    /// The recording's output that they come from; null for another origin.
+    const Core::AbstractOutputPin* output = nullptr;
 };
 
 /// Follows links back from a block to what drives it: through blocks whose manuals say how often they send,
@@ -53,6 +55,11 @@ private:
     ManualShelf manuals;
     std::map<const Core::Filter*, FoundRate> found;
 };
+
+/// `12 % of the steps in walk.csv differ ...`, of a rate that isn't steady.
+std::string unevenText(const SampleRate& rate, const GraphParts::Node& source);
+/// `in.accel`.
+std::string nameOf(const Core::AbstractOutputPin& output);
 
 /// `100 samples/s, as measured in walk.csv`. Requires: a rate was found.
 std::string textOf(const FoundRate& found);

@@ -107,6 +107,7 @@ void RateSettings::warnOfUnevenTime() {
         if (node.block == nullptr || node.hostBlock != nullptr || node.isFaulty) continue;
         if (finder.getManual(node.description->type).settings.empty()) continue;
         const FoundRate& found = finder.rateAt(*node.block);
+        if (found.output != nullptr) parts.evenOutputs.emplace(found.output, node.getQuoted());
         if (!found.rate || found.rate->getIsSteady() || !told.insert(found.origin).second) continue;
         complaints.warn(found.origin->getEndPlace(),
                         found.reason + ", while " + node.getQuoted() + " takes its samples to come evenly");

@@ -86,7 +86,8 @@ std::optional<RateConversion> RateValues::convert(const Target& target, const Va
                           .number = numberOf(*relation, quantity.number, found.rate->perSecond),
                           .meaning = meaningOf(*relation),
                           .rate = textOf(found),
-                          .at = {}};
+                          .at = {},
+                          .source = found.output == nullptr ? "" : nameOf(*found.output)};
 }
 
 } // namespace Quillmere::Host

@@ -18,6 +18,7 @@ using Clock = Inspection::Clock;
 
 constexpr std::size_t kColumnsShown = 200;
 constexpr std::size_t kPictureWidth = 40;
+constexpr double kGap = 10.0; ///< Median steps, as gaps are counted.
 
 std::string shortNumber(double number) {
     char text[40];
@@ -177,12 +178,28 @@ std::string aboutGroups(const Inspection& found) {
     return text;
 }
 
+/// What a source can do about times that are odd, if that is what is wanted.
+std::string aboutRepairs(const Inspection& found) {
+    if (found.clock != Clock::Column) return "";
+    std::string text;
+    if (found.times.equal.count > 0)
+        text += "  'duplicates: drop' leaves out rows that repeat a time stamp\n";
+    if (found.times.backward.count > 0) text += "  'backwards: drop' leaves out rows that go back\n";
+    if (found.times.jumps.count > 0)
+        text += "  'gaps: nan' and 'gapLimit: " + shortNumber(kGap * *found.times.medianStep) +
+                "' fill the gaps of more than ten median steps\n";
+    if (found.measuredRate && !found.measuredRate->getIsSteady())
+        text += "  'resample: " + shortNumber(found.measuredRate->perSecond) + "' makes the steps even\n";
+    return text;
+}
+
 } // namespace
 
 std::string inspectionAsText(const Inspection& found, bool isUtf8) {
     std::string text = headOf(found) + "\n" + aboutRows(found) + "\n" + aboutColumns(found, isUtf8);
-    const std::string groups = aboutGroups(found);
-    return groups.empty() ? text : text + "\n" + groups;
+    for (const std::string& part : {aboutGroups(found), aboutRepairs(found)})
+        if (!part.empty()) text += "\n" + part;
+    return text;
 }
 
 } // namespace Quillmere::Host

@@ -37,7 +37,9 @@ RecordingRows::Row RecordingRows::take() {
     if (account.rows++ == 0) firstTaken = number;
     lastTaken = number;
     account.missingCells += reader->getMissingCells();
-    if (getHasTimes()) watch.take(time, number, reader->getLine());
+    if (!getHasTimes()) return Row::Taken;
+    watch.take(time, number, reader->getLine());
+    if (account.rows == kRowsMeasured) watch.beginPart();
     return Row::Taken;
 }
 

@@ -76,6 +76,8 @@ public:
     bool getHasSample(std::size_t pin) const { return isWhole || hasSample[pin] != 0; }
 
     SourceAccount getAccount() const;
+    /// Of the rows that were taken, by their time stamps; nothing where a rate counts the times.
+    std::optional<SampleRate> measureRate() const { return watch.measureRate(); }
 
 private:
     bool takeUnsound(bool isFaulty);

@@ -30,10 +30,21 @@ void RecordingSource::process() {
     isReleased = isReady = false;
     if (settings.frameRows == 0) rows.add(1);
     for (std::size_t pin = 0; pin < outputs.size(); ++pin) {
-        if (!recording->getHasSample(pin)) continue;
+        if (!getIsToSend(pin)) continue;
         fill(pin);
         outputs[pin].pin.send(getNextTimeStamp());
     }
+}
+
+/// Whether the row has a sample for a pin, whose times are its own as soon as one hasn't.
+bool RecordingSource::getIsToSend(std::size_t pin) {
+    std::unique_ptr<TimeStampWatch>& times = outputs[pin].times;
+    const bool hasSample = recording->getHasSample(pin);
+    if (!hasSample && times == nullptr) times = std::make_unique<TimeStampWatch>();
+    if (times == nullptr) return hasSample;
+    if (hasSample) times->take(getNextTimeStamp(), 0, 0);
+    if (rows.get() == kRowsMeasured) times->beginPart();
+    return hasSample;
 }
 
 const std::vector<HostBlock::SettingDescription>& RecordingSource::getSettingDescriptions() const {
@@ -352,7 +363,7 @@ RowsRate RecordingSource::measure(std::optional<std::size_t> pin) const {
 /// A pin that gets nothing from some rows, as a slow sensor beside a fast one, has a rate of its own.
 std::optional<SampleRate> RecordingSource::getSampleRate(const Core::AbstractOutputPin& pin) const {
     if (recording == nullptr && !getIsRateSettled()) return std::nullopt;
-    const double rowsASample = static_cast<double>(std::max<std::size_t>(settings.hop, 1));
+    const double rowsASample = getRowsASample();
     auto stated = getStatedRate();
     if (stated) *stated /= rowsASample;
     if (stated && (settings.repairs.getResampleRate() || getComesByItself()))
@@ -391,6 +402,16 @@ bool RecordingSource::settleFrames(Complaints& complaints) {
                        "a number of rows, since the rate can't be known before the run (" + measured.reason +
                            "); '" + getRateSetting() + ":' and rows a second would state it");
     return rate.has_value();
+}
+
+std::optional<SampleRate> RecordingSource::getRateSoFar(const Core::AbstractOutputPin& pin) const {
+    const std::size_t output = findOutput(pin);
+    if (recording == nullptr || output == outputs.size()) return std::nullopt;
+    const std::unique_ptr<TimeStampWatch>& own = outputs[output].times;
+    const bool isOwn = own != nullptr && !recording->getRepairPlan().resampleRate;
+    std::optional<SampleRate> rate = isOwn ? own->measureRate() : recording->measureRate();
+    if (rate) rate->perSecond /= getRowsASample();
+    return rate;
 }
 
 std::vector<FileEnd::File> RecordingSource::getFiles() const {

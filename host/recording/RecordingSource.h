@@ -12,6 +12,7 @@
 #include "host/recording/RepairedRows.h"
 #include "host/recording/UnitPlanner.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -75,6 +76,7 @@ public:
     bool getIsRateSettled() const override;
     std::string getRateHindrance(const Core::AbstractOutputPin& pin) const override;
     std::string getRateSetting() const override { return "nominalRate"; }
+    std::optional<SampleRate> getRateSoFar(const Core::AbstractOutputPin& pin) const override;
 
 private:
     struct Output {
@@ -82,6 +84,8 @@ private:
         Core::OutputPin<Core::MatrixXd> pin;
         std::vector<double> frame; ///< The rows of the frame that is being gathered,
         std::vector<char> missing; ///< and which of its elements are missing values.
+        /// Of its own samples, from the first row on that has none for it; null where each row has.
+        std::unique_ptr<TimeStampWatch> times;
     };
 
     std::unique_ptr<RecordingReader> openReader() const;
@@ -99,6 +103,8 @@ private:
     bool readOn();
     bool takeRowIntoFrame();
     void fill(std::size_t pin);
+    bool getIsToSend(std::size_t pin);
+    double getRowsASample() const { return static_cast<double>(std::max<std::size_t>(settings.hop, 1)); }
     std::size_t findOutput(const Core::AbstractOutputPin& pin) const;
 
     RecordingSettings settings; ///< Without patterns when the recording is open.

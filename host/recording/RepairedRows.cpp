@@ -94,6 +94,11 @@ void RepairedRows::copyRow() {
     }
 }
 
+std::optional<SampleRate> RepairedRows::measureRate() const {
+    if (plan.resampleRate || getPlan().rate > 0.0) return std::nullopt;
+    return repair ? repair->measureRate() : rows.measureRate();
+}
+
 SourceAccount RepairedRows::getAccount() const {
     SourceAccount account = rows.getAccount();
     if (!repair) return account;

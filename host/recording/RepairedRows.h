@@ -59,6 +59,8 @@ public:
     }
 
     SourceAccount getAccount() const;
+    /// Of the rows that came of it, by their time stamps; nothing where a rate is stated.
+    std::optional<SampleRate> measureRate() const;
 
 private:
     Row takeNext();

@@ -50,6 +50,7 @@ std::optional<Complaint> TimeRepair::take(TimedRow& row) {
         watch.skipTo(row.time);
     else
         watch.take(row.time, row.row, row.line);
+    if (rowsIn == kRowsMeasured) watch.beginPart();
     if (!isGap || isFirst || plan.onGap != OnGap::Error) return pass(row);
     return Complaint({}, "a gap from " + shortestText(last) + " s to " + shortestText(row.time) + " s",
                      "steps of at most " + shortestText(plan.gapLimit) +

@@ -37,6 +37,8 @@ public:
 
     /// What was done, and what is to be told of the times that came of it. [run]
     void tell(SourceAccount& account) const;
+    /// How often rows came that count, before they were resampled.
+    std::optional<SampleRate> measureRate() const { return watch.measureRate(); }
 
 private:
     std::optional<Complaint> takeEarly(const TimedRow& row);

@@ -2,6 +2,7 @@
 #include "host/run/RunReview.h"
 
 #include "framework/Quillmere.h"
+#include "host/run/RateReview.h"
 #include "host/text/Counted.h"
 #include "host/graph/BlockDescription.h"
 #include "host/text/ShortestText.h"
@@ -236,6 +237,7 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
     for (const Core::Filter* const block : blocks)
         addLinks(*block, known, outcome.links);
     outcome.conversions = graph.getConversions();
+    warnOfRates(graph, outcome);
     warnOfNonFinite(graph, nonFinite, outcome);
     warnOfLosses(outcome);
     return outcome;

@@ -63,6 +63,16 @@ TEST_F(InspectionTest, TellsOfTimes) {
     EXPECT_TRUE(found.columns[0].isTime);
 }
 
+TEST_F(InspectionTest, SaysWhatASourceCanDoAboutOddTimes) {
+    EXPECT_TRUE(inspectionAsText(look(kOddTimes), false)
+                    .ends_with("\n\n  'duplicates: drop' leaves out rows that repeat a time stamp\n"
+                               "  'backwards: drop' leaves out rows that go back\n"
+                               "  'gaps: nan' and 'gapLimit: 1' fill the gaps of more than ten median steps\n"
+                               "  'resample: 10' makes the steps even\n"));
+    EXPECT_EQ(inspectionAsText(look("time,x\n0,1\n0.1,2\n0.2,3\n"), false).find("duplicates:"),
+              std::string::npos);
+}
+
 TEST_F(InspectionTest, TellsOfColumns) {
     const Inspection found = look("time (s),acc [g],level,where\n0,1.5,7,home\n0.1,,7,home\n0.2,-2,7,away\n");
     ASSERT_EQ(found.columns.size(), 4U);
