@@ -12,8 +12,11 @@ namespace Quillmere::Host {
 namespace {
 constexpr double kNear = 1e-6; ///< Of a step: stamps and t0 + k / rate are rounded, each in its own way.
 constexpr double kPlaces = 4.0 * std::numeric_limits<double>::epsilon();
+constexpr double kFinest = 0.25; ///< Of a step: coarser stamps would all be at the same times.
 /// Two minutes at 1 kHz. A pin that is silent for longer isn't one to draw lines for.
 constexpr std::size_t kMostWaiting = 131072;
+/// Fewer of rows with so many values that they would take too much memory.
+constexpr std::size_t kMostValuesWaiting = std::size_t{1} << 24;
 } // namespace
 
 Resampler::Resampler(const TimeRepairPlan& plan)
@@ -41,20 +44,38 @@ bool Resampler::getIsHit(double rowTime, double time) const {
 std::optional<Complaint> Resampler::take(const TimedRow& row, bool isBehindGap) {
     if (!hasOrigin) origin = row.time;
     hasOrigin = true;
-    const double rows = hasLast ? (std::min(row.time, end) - std::max(last, origin)) * rate : 0.0;
-    if (rows > kMostRowsMade && !(isBehindGap && onGap == OnGap::Keep))
-        return Complaint({},
-                         "no row from " + shortestText(last) + " s to " + shortestText(row.time) +
-                             " s, where 'resample' would make " + shortestText(std::round(rows)),
-                         "at most " + std::to_string(std::lround(kMostRowsMade)) +
-                             ", or 'gapLimit' and 'gaps: keep' to leave gaps as they are");
+    std::optional<Complaint> fault = findFaultOfTime(row.time, isBehindGap);
+    if (!fault) fault = findTooManyWaiting();
     hasLast = true;
     last = row.time;
-    const Around* const waiting = queue.getSize() == kMostWaiting ? findWaiting() : nullptr;
     queue.push(row, isBehindGap);
+    return fault;
+}
+
+std::optional<Complaint> Resampler::findFaultOfTime(double time, bool isBehindGap) const {
+    if (kPlaces * std::max(std::abs(origin), std::abs(time)) > kFinest / rate)
+        return Complaint({},
+                         "a time stamp of " + shortestText(time) +
+                             " s, so large that 'resample' can't tell times " + shortestText(1.0 / rate) +
+                             " s apart",
+                         "times in seconds that count from less long ago, as 'timeUnit' and 'timeStart' make "
+                         "them");
+    const double rows = hasLast ? (std::min(time, end) - std::max(last, origin)) * rate : 0.0;
+    if (!(rows > kMostRowsMade) || (isBehindGap && onGap == OnGap::Keep)) return std::nullopt;
+    return Complaint({},
+                     "no row from " + shortestText(last) + " s to " + shortestText(time) +
+                         " s, where 'resample' would make " + shortestText(std::round(rows)),
+                     "at most " + std::to_string(std::lround(kMostRowsMade)) +
+                         ", or 'gapLimit' and 'gaps: keep' to leave gaps as they are");
+}
+
+std::optional<Complaint> Resampler::findTooManyWaiting() const {
+    const std::size_t most =
+        std::min(kMostWaiting, kMostValuesWaiting / std::max<std::size_t>(1, out.values.size()));
+    const Around* const waiting = queue.getSize() >= most ? findWaiting() : nullptr;
     if (waiting == nullptr) return std::nullopt;
     return Complaint({},
-                     "more than " + std::to_string(kMostWaiting) + " rows without a sample of the pin '" +
+                     "more than " + std::to_string(most) + " rows without a sample of the pin '" +
                          waiting->pin.name + "', for whose next one 'resample' waits",
                      "'interpolate: {" + waiting->pin.name + ": hold}', or a source of its own for it");
 }

@@ -65,6 +65,8 @@ private:
         return !around.pin.isHeld && around.hasLeft && !around.isGapSeen;
     }
 
+    std::optional<Complaint> findFaultOfTime(double time, bool isBehindGap) const;
+    std::optional<Complaint> findTooManyWaiting() const;
     bool moveUp();
     void skipEmptyTimes();
     void absorbFront();

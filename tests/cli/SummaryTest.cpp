@@ -48,6 +48,36 @@ TEST_F(Summary, TellsOfUnitsThatWereConverted) {
               "rad/s, deg, uT, mV or ms\n");
 }
 
+TEST_F(Summary, TellsWhatWasDoneAboutTimes) {
+    folder.write("in.csv", "t,x\n0,1\n0.5,2\n0.5,3\n2,5\n");
+    const Strings asked{"--set",      "in.duplicates=drop", "--set", "in.gaps=hold",
+                        "--set",      "in.gapLimit=0.6 s",  "--set", "in.resample=2 Hz",
+                        "--overwrite"};
+    for (const Strings& way : {Strings{}, Strings{"--live", "--speed", "max"}}) {
+        Strings arguments = asked;
+        arguments.insert(arguments.end(), way.begin(), way.end());
+        const json source = summaryOf(arguments, 0)["sources"][0];
+        EXPECT_EQ(source["rows"], 5);
+        EXPECT_EQ(source["medianRate"], 2.0);
+        EXPECT_EQ(source["notes"], json::array({"2 rows a second, resampled from 3 rows"}));
+        EXPECT_EQ(source["timeRepairs"]["repeated"]["firstLine"], 4);
+        EXPECT_EQ(source["timeRepairs"]["gaps"]["count"], 1);
+        EXPECT_EQ(source["timeRepairs"]["rowsFilled"], 2);
+        EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.5,2\n1,2\n1.5,2\n2,5\n");
+        EXPECT_EQ(message,
+                  "in.csv: warning: 1 time stamp repeats the one before, in line 4 (from 0.5 s to 0.5 "
+                  "s); its row is left out\n"
+                  "in.csv: warning: 1 time stamp jumps by more than 0.6 s, in line 5 (from 0.5 s to 2 "
+                  "s); 2 rows fill it with the values before\n");
+    }
+    EXPECT_EQ(call({"run", "g.yaml", "--strict", "--overwrite", "--set", "in.duplicates=drop"}).exitCode, 1);
+    const Ended slip = call({"check", "g.yaml", "--set", "in.gaps=hold"});
+    EXPECT_EQ(slip.exitCode, 2);
+    EXPECT_EQ(slip.err,
+              "--set in.gaps=hold: found 'gaps: hold' without a limit; expected 'gapLimit:' too, and "
+              "the seconds behind which a step is a gap\n");
+}
+
 TEST_F(Summary, TellsWhatARunHasDone) {
     for (const Strings& way : {Strings{}, Strings{"--live", "--speed", "max"}}) {
         const json summary = summaryOf(way, 0);

@@ -426,6 +426,37 @@ TEST(Resampling, TheStartIsTheOriginOfItsTimes) {
         << "two recordings agree";
 }
 
+TEST(Resampling, TimesThatCantBeToldApartAreRefused) {
+    EXPECT_EQ(
+        Repaired(resampled(100), rowsAt({1.5e18, 1.5e18})).text,
+        "row 1: found a time stamp of 1.5e+18 s, so large that 'resample' can't tell times 0.01 s apart; "
+        "expected times in seconds that count from less long ago, as 'timeUnit' and 'timeStart' make them");
+    EXPECT_EQ(Repaired(resampled(100), rowsAt({1.5e9, 1500000000.01})).out.size(), 2u);
+    TimeRepairPlan plan = resampled(1);
+    plan.start = -1e300;
+    EXPECT_TRUE(Repaired(plan, rowsAt({0, 1})).text.starts_with("row 1: found a time stamp of 0 s"));
+    EXPECT_EQ(Repaired(resampled(1e-300), rowsAt({0, 1, 1e9})).out.size(), 1u);
+}
+
+/// A row of many values takes its room, so that fewer of them may wait.
+TEST(Resampling, AWidePinMayBeSilentForFewerRows) {
+    TimeRepairPlan plan = resampled(1);
+    plan.pins = {{"wide", 1000000, false}, {"slow", 1, false}};
+    TimeRepair repair(plan);
+    TimedRow row;
+    row.resize(2, 1000001);
+    row.hasSample = {1, 1};
+    int taken = 0;
+    while (!repair.take(row) && taken < 100) {
+        while (repair.next() != nullptr) {
+        }
+        ++taken;
+        row.time += 1.0;
+        row.hasSample[1] = 0;
+    }
+    EXPECT_EQ(taken, 17);
+}
+
 TEST(Resampling, APinThatIsSilentForEverEndsTheRun) {
     TimeRepairPlan plan = resampled(1000);
     std::vector<Given> rows{{0, {0, 0}}};
