@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSource.h"
 
-#include "host/text/Counted.h"
 #include "host/text/ShortestText.h"
-#include "host/recording/OtherClock.h"
 #include "host/recording/RecordingFile.h"
 #include "host/recording/RecordingForms.h"
 #include "host/recording/RowPlanner.h"
@@ -11,7 +9,6 @@
 #include "host/ends/StandardStream.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace Quillmere::Host {
@@ -139,7 +136,7 @@ void RecordingSource::open(Complaints& complaints) {
     recording = std::make_unique<RepairedRows>(std::move(reader), std::move(*plan), std::move(repairPlan));
     if (!settleFrames(complaints)) return;
     if (settings.frameRows > 0 && settings.frameRows <= kLongestFrameFilled && !getComesByItself())
-        warnOfShortFile(complaints);
+        look().warnOfShortFile(getName(), complaints);
 }
 
 std::unique_ptr<RecordingReader> RecordingSource::openReader() const {
@@ -169,34 +166,8 @@ void RecordingSource::refuseDates(const RowPlan& plan, TimeRepairPlan repairPlan
     }
 }
 
-/// The same rows once more, beside those of the run.
-RepairedRows RecordingSource::readAhead() const {
-    return RepairedRows(openReader(), recording->getPlan(), recording->getRepairPlan());
-}
-
 bool RecordingSource::getComesByItself() const {
     return recording == nullptr ? getIsPipe(getPath()) : recording->getReader().getIsPiped();
-}
-
-/// Of a file that ends before the first frame is full.
-void RecordingSource::warnOfShortFile(Complaints& complaints) const {
-    try {
-        RepairedRows ahead = readAhead();
-        std::size_t found = 0;
-        while (found < settings.frameRows) {
-            const RepairedRows::Row row = ahead.take();
-            if (row == RepairedRows::Row::Taken) ++found;
-            if (row != RepairedRows::Row::End) continue;
-            const Complaint complaint{{},
-                                      counted(found, "row") + " in " + getPath() + " for a frame of " +
-                                          std::to_string(settings.frameRows),
-                                      "as many at least, or '" + getName() + "' sends nothing"};
-            complaints.warn(settings.frameWhere, complaint.getText());
-            return;
-        }
-    } catch (const RecordingException&) {
-        // A bad row, or a file that is gone: the run will tell of it.
-    }
 }
 
 bool RecordingSource::prepare() {
@@ -287,54 +258,13 @@ SourceAccount RecordingSource::getAccount() const {
     for (std::string& note : settings.getNotes())
         account.notes.push_back(std::move(note));
     // Of a file it was told before the run.
-    if (getComesByItself()) account.otherUnit = findOtherUnitOfTime();
+    if (getComesByItself()) account.otherUnit = look().findOtherUnitOfTime();
     return account;
-}
-
-/// Of numbers that are taken for seconds since the graph says so.
-std::optional<SourceAccount::OtherUnit> RecordingSource::findOtherUnitOfTime() const {
-    if (settings.clock.columns.empty() || recording->getPlan().hasOwnTimes ||
-        settings.wishes.getHasTimeForm())
-        return std::nullopt;
-    const std::string& name = settings.clock.columns.front().name;
-    if (auto found = findOtherUnit(name)) return found;
-    // In a row of units under the name.
-    for (const RecordingReader::Column& column : recording->getReader().getColumns()) {
-        if (column.name != name || column.unit.empty()) continue;
-        auto found = findOtherUnit(name + " [" + column.unit + "]");
-        if (found) found->column = name;
-        return found;
-    }
-    return std::nullopt;
-}
-
-/// By even times that tell another rate than the one that is stated beside them.
-std::optional<SourceAccount::OtherClock> RecordingSource::findOtherRateOfTimes() const {
-    constexpr double kTolerance = 0.05; // what a sensor's rate may well be off by
-    const RowsRate measured = measure(std::nullopt);
-    if (!measured.rate || !measured.rate->getIsSteady()) return std::nullopt;
-    const double rate = measured.rate->perSecond;
-    if (std::abs(rate - *settings.nominalRate) <= kTolerance * rate) return std::nullopt;
-    return SourceAccount::OtherClock{{}, rate};
 }
 
 std::optional<SourceAccount> RecordingSource::lookAhead(std::uint64_t most) const {
     if (recording == nullptr || getComesByItself()) return std::nullopt;
-    SourceAccount account;
-    try {
-        RepairedRows ahead = readAhead();
-        for (std::uint64_t i = 0; i < most; ++i)
-            if (takeAhead(ahead) == RepairedRows::Row::End) break;
-        account = ahead.getAccount();
-        if (settings.clock.rate)
-            account.otherClock =
-                findOtherClock(getPath(), *settings.clock.rate, most, settings.gatherWishes());
-        if (settings.nominalRate) account.otherClock = findOtherRateOfTimes();
-        account.otherUnit = findOtherUnitOfTime();
-    } catch (const RecordingException&) {
-        // The file is gone.
-    }
-    return account;
+    return look().account(most);
 }
 
 /// Rows a second, as the graph or the file states them.
@@ -342,22 +272,6 @@ std::optional<double> RecordingSource::getStatedRate() const {
     if (const auto stated = settings.getStatedRate(); stated || recording == nullptr) return stated;
     const double rate = recording->getPlan().rate;
     return rate > 0.0 ? std::optional(rate) : std::nullopt;
-}
-
-/// Of what can be read twice. Requires: open.
-RowsRate RecordingSource::measure(std::optional<std::size_t> pin) const {
-    RowsRate found;
-    if (getComesByItself()) {
-        found.reason = "it comes through a pipe";
-        return found;
-    }
-    try {
-        RepairedRows ahead = readAhead();
-        return measureRows(ahead, pin);
-    } catch (const RecordingException& exception) {
-        found.reason = exception.what(); // the file is gone
-        return found;
-    }
 }
 
 /// A pin that gets nothing from some rows, as a slow sensor beside a fast one, has a rate of its own.
@@ -369,7 +283,7 @@ std::optional<SampleRate> RecordingSource::getSampleRate(const Core::AbstractOut
     if (stated && (settings.repairs.getResampleRate() || getComesByItself()))
         return SampleRate{.perSecond = *stated};
     if (recording == nullptr) return std::nullopt;
-    RowsRate measured = measure(findOutput(pin));
+    RowsRate measured = look().measure(findOutput(pin));
     if (stated && !measured.isSparse) return SampleRate{.perSecond = *stated};
     if (measured.rate) measured.rate->perSecond /= rowsASample;
     return measured.rate;
@@ -382,7 +296,7 @@ bool RecordingSource::getIsRateSettled() const {
 
 std::string RecordingSource::getRateHindrance(const Core::AbstractOutputPin& pin) const {
     if (getComesByItself()) return "it comes through a pipe";
-    return recording == nullptr ? "" : measure(findOutput(pin)).reason;
+    return recording == nullptr ? "" : look().measure(findOutput(pin)).reason;
 }
 
 /// Makes rows of frames that are said in seconds; false, and a complaint, where nobody knows the rate.
@@ -391,7 +305,7 @@ bool RecordingSource::settleFrames(Complaints& complaints) {
     std::optional<double> rate = getStatedRate();
     RowsRate measured;
     if (!rate) {
-        measured = measure(std::nullopt);
+        measured = look().measure(std::nullopt);
         if (measured.rate && !measured.rate->getIsSteady()) measured.reason = "its rows come at no even rate";
         if (measured.rate && measured.rate->getIsSteady()) rate = measured.rate->perSecond;
     }

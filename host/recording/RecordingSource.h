@@ -7,7 +7,7 @@
 #include "host/ends/RecordedSource.h"
 #include "host/ends/Source.h"
 #include "host/ends/WakingSource.h"
-#include "host/recording/RowsRate.h"
+#include "host/recording/RecordingLook.h"
 #include "host/recording/RecordingSettings.h"
 #include "host/recording/RepairedRows.h"
 #include "host/recording/UnitPlanner.h"
@@ -91,14 +91,10 @@ private:
     std::unique_ptr<RecordingReader> openReader() const;
     TimeRepairPlan planRepair() const;
     void refuseDates(const RowPlan& plan, TimeRepairPlan repairPlan, Complaints& complaints) const;
-    RepairedRows readAhead() const;
-    void warnOfShortFile(Complaints& complaints) const;
     bool settleFrames(Complaints& complaints);
     std::optional<double> getStatedRate() const;
-    RowsRate measure(std::optional<std::size_t> pin) const;
-
-    std::optional<SourceAccount::OtherUnit> findOtherUnitOfTime() const;
-    std::optional<SourceAccount::OtherClock> findOtherRateOfTimes() const;
+    /// Requires: open.
+    RecordingLook look() const { return {getPath(), settings, *recording}; }
 
     bool readOn();
     bool takeRowIntoFrame();
