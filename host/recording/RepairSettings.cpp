@@ -29,7 +29,7 @@ std::optional<double> takeQuantity(const Value& value, Quantity::Kind kind, cons
 }
 
 /// One of the ends of what counts.
-void takeMoment(const Value& value, double& seconds, std::optional<TimeRepairPlan::Date>& date,
+void takeMoment(const Value& value, double& seconds, std::optional<TimeRepairDate>& date,
                 Complaints& complaints) {
     if (value.isScalar() && getIsTimeText(value.text)) {
         const auto nanoseconds = nanosecondsOf(value.text, DateOrder::YearFirst);

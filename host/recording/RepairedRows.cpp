@@ -12,8 +12,7 @@ namespace Quillmere::Host {
 namespace {
 
 /// Seconds from what the recording's times count from. Times of day count from a time of day.
-std::optional<Complaint> resolve(const TimeRepairPlan::Date& date, const RecordingReader& reader,
-                                 double& seconds) {
+std::optional<Complaint> resolve(const TimeRepairDate& date, const RecordingReader& reader, double& seconds) {
     constexpr std::int64_t kDay = 86'400'000'000'000; // nanoseconds
     constexpr double kNanoseconds = 1e9;
     const auto isOfDay = [](std::int64_t moment) { return moment >= 0 && moment < kDay; };

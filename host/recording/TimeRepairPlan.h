@@ -21,6 +21,13 @@ enum class OnBackward { Keep, Drop, Error };
 /// of not-a-number or of the values in front of it.
 enum class OnGap { Keep, Error, Nan, Hold };
 
+/// A moment that a graph tells by a date, or by a time of day.
+struct TimeRepairDate {
+    std::int64_t nanoseconds = 0; ///< Since 1970, or since midnight.
+    std::string text;             ///< As the graph has it.
+    Place where;
+};
+
 /// What is to be done about the times of rows, in this order: cut, left out, filled or resampled.
 struct TimeRepairPlan {
     struct Pin {
@@ -29,24 +36,17 @@ struct TimeRepairPlan {
         bool isHeld = false;  ///< Resampling holds its last sample instead of drawing a line to the next.
     };
 
-    /// A moment that is told by a date, or by a time of day, and what it counts from by the recording alone.
-    struct Date {
-        std::int64_t nanoseconds = 0; ///< Since 1970, or since midnight.
-        std::string text;             ///< As the graph has it.
-        Place where;
-    };
-
     static constexpr double kForever = std::numeric_limits<double>::infinity();
 
     OnDuplicate onDuplicate = OnDuplicate::Keep;
     OnBackward onBackward = OnBackward::Keep;
     OnGap onGap = OnGap::Keep;
-    double gapLimit = kForever;         ///< Seconds; a longer step is a gap.
-    std::optional<double> resampleRate; ///< Rows a second.
-    double start = -kForever;           ///< Seconds: the first time that counts,
-    double end = kForever;              ///< and the first behind it that doesn't.
-    std::optional<Date> startDate;      ///< Instead of the seconds.
-    std::optional<Date> endDate;
+    double gapLimit = kForever;              ///< Seconds; a longer step is a gap.
+    std::optional<double> resampleRate;      ///< Rows a second.
+    double start = -kForever;                ///< Seconds: the first time that counts,
+    double end = kForever;                   ///< and the first behind it that doesn't.
+    std::optional<TimeRepairDate> startDate; ///< Instead of the seconds.
+    std::optional<TimeRepairDate> endDate;
     std::vector<Pin> pins;
 
     /// Whether there is anything to be done.

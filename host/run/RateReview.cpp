@@ -31,8 +31,9 @@ std::string driftText(const GraphParts::Node& node, const Core::AbstractOutputPi
     if (!(std::abs(whole.perSecond / before.perSecond - 1.0) > kDrift)) return "";
     const std::string converted = conversionsBy(output, outcome);
     if (converted.empty()) return "";
+    const std::string name = nameOf(output);
     const std::string way = node.file == nullptr ? "" : "; 'resample' would give it one rate throughout";
-    return "'" + nameOf(output) + "' sent " + shortestText(whole.perSecond) + " samples/s over all of " +
+    return "'" + name + "' sent " + shortestText(whole.perSecond) + " samples/s over all of " +
            node.getEndName() + ", while numbers were made of " + converted + " by the " +
            shortestText(before.perSecond) + " samples/s of its first " + std::to_string(kRowsMeasured) +
            " rows" + way;

@@ -28,9 +28,11 @@ const double kNone = -1e300;
 
 std::string textOf(const TimedRow& row) {
     std::string text = shortestText(row.time) + ":";
-    for (std::size_t pin = 0; pin < row.hasSample.size(); ++pin)
-        text += " " + (row.hasSample[pin] == 0 ? "-" : shortestText(row.values[pin])) +
-                (row.hasSample[pin] != 0 && row.isMissing[pin] != 0 ? "*" : "");
+    for (std::size_t pin = 0; pin < row.hasSample.size(); ++pin) {
+        text += " ";
+        text += row.hasSample[pin] == 0 ? "-" : shortestText(row.values[pin]);
+        text += row.hasSample[pin] != 0 && row.isMissing[pin] != 0 ? "*" : "";
+    }
     return text;
 }
 
@@ -69,7 +71,7 @@ private:
     static TimeRepairPlan withPins(TimeRepairPlan plan, const std::vector<Given>& rows) {
         const std::size_t pins = rows.empty() ? 1 : rows.front().values.size();
         for (std::size_t pin = plan.pins.size(); pin < pins; ++pin)
-            plan.pins.push_back({"p" + std::to_string(pin), 1, false});
+            plan.pins.push_back({std::string("p").append(std::to_string(pin)), 1, false});
         return plan;
     }
     void fill(TimedRow& row, const Given& given) const {

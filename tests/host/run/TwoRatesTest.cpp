@@ -42,8 +42,10 @@ protected:
 
     static std::string line(const std::vector<double>& numbers) {
         std::string text;
-        for (const double number : numbers)
-            text += (text.empty() ? "" : ",") + shortestText(number);
+        for (const double number : numbers) {
+            text += text.empty() ? "" : ",";
+            text += shortestText(number);
+        }
         return text;
     }
     static std::string source(const std::string& id, const std::string& file, const std::string& pins,
