@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/ColumnPattern.h"
 
+#include "host/description/Unit.h"
+#include "host/ends/ColumnName.h"
+#include "host/recording/UnitText.h"
+
 #include <algorithm>
 #include <cctype>
+#include <optional>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -14,20 +20,43 @@ char small(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
-/// The one place in which the names differ; the length of the first where there is none.
-std::size_t placeOfAxis(const std::vector<std::string>& names, const std::vector<std::size_t>& found) {
-    const std::string& first = names[found.front()];
-    std::size_t place = first.size();
+/// `acc x (g)` without its unit, `acc[x]` as it is.
+std::string withoutUnit(const std::string& name) {
+    return findUnit(unitOfName(name)) == nullptr ? name : nameWithoutUnit(name);
+}
+
+/// The one place in which the names differ, but for their units; nothing where there is none, or several.
+std::optional<std::size_t> placeOfAxis(const std::vector<std::string>& names,
+                                       const std::vector<std::size_t>& found) {
+    const std::string first = withoutUnit(names[found.front()]);
+    std::optional<std::size_t> place;
     for (const std::size_t one : found) {
-        const std::string& name = names[one];
-        if (name.size() != first.size()) return first.size();
+        const std::string name = withoutUnit(names[one]);
+        if (name.size() != first.size()) return std::nullopt;
         for (std::size_t i = 0; i < name.size(); ++i) {
             if (name[i] == first[i]) continue;
-            if (place != first.size() && place != i) return first.size();
+            if (place && *place != i) return std::nullopt;
             place = i;
         }
     }
     return place;
+}
+
+/// Sorts the columns of one pin of a result, `accel[0]` and so on; false when they are others.
+bool sortCounted(const std::vector<std::string>& names, std::vector<std::size_t>& found) {
+    std::vector<std::pair<std::size_t, std::size_t>> places; // of each its count and its place
+    std::string pin;
+    for (const std::size_t one : found) {
+        const std::string name = withoutUnit(names[one]);
+        const std::optional<CountedName> counted = countedNameOf(name);
+        if (!counted || (!places.empty() && counted->pin != pin)) return false;
+        pin = counted->pin;
+        places.emplace_back(counted->count, one);
+    }
+    std::sort(places.begin(), places.end());
+    std::transform(places.begin(), places.end(), found.begin(),
+                   [](const auto& place) { return place.second; });
+    return true;
 }
 
 } // namespace
@@ -60,10 +89,11 @@ std::vector<std::size_t> findByPattern(const std::vector<std::string>& names, st
     for (std::size_t i = 0; i < names.size(); ++i)
         if (getFitsPattern(names[i], pattern)) found.push_back(i);
     if (found.size() <= 1) return found;
+    if (sortCounted(names, found)) return found;
     if (found.size() > kAxes.size()) return {};
-    const std::size_t place = placeOfAxis(names, found);
-    if (place == names[found.front()].size()) return {};
-    const auto axisOf = [&](std::size_t one) { return kAxes.find(small(names[one][place])); };
+    const std::optional<std::size_t> place = placeOfAxis(names, found);
+    if (!place) return {};
+    const auto axisOf = [&](std::size_t one) { return kAxes.find(small(names[one][*place])); };
     std::sort(found.begin(), found.end(),
               [&](std::size_t left, std::size_t right) { return axisOf(left) < axisOf(right); });
     for (std::size_t i = 0; i < found.size(); ++i) {

@@ -194,7 +194,7 @@ private:
             const bool isKnown = profile != nullptr && !table.dialect.hasHeader &&
                                  i < profile->names.size() && !profile->names[i].empty();
             if (isKnown) column.name = profile->names[i];
-            column.unit = i < table.dialect.units.size() ? table.dialect.units[i] : "";
+            column.unit = i < table.dialect.units.size() ? unitOfCell(table.dialect.units[i]) : "";
             if (column.unit.empty()) column.unit = isKnown ? profile->units[i] : unitOfName(column.name);
             if (getHoldsText(i)) column.kind = RecordingReader::Column::Kind::Other;
         }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/ResultColumns.h"
 
+#include "host/description/Unit.h"
 #include "host/ends/ColumnName.h"
 #include "host/ends/RecordedSource.h"
 #include "host/ends/ShapeGiver.h"
@@ -22,10 +23,8 @@ constexpr const char* kExpectedName = "a name in one line, without control chara
 /// when the name doesn't count.
 std::string countedPin(std::string name) {
     if (name.find(" [") != std::string::npos) name = nameWithoutUnit(name);
-    const std::size_t bracket = name.rfind('[');
-    if (bracket == std::string::npos || name.size() < bracket + 3 || name.back() != ']') return {};
-    if (name.find_first_not_of("0123456789", bracket + 1) + 1 != name.size()) return {};
-    return name.substr(0, bracket);
+    const std::optional<CountedName> counted = countedNameOf(name);
+    return counted ? std::string(counted->pin) : std::string();
 }
 
 /// How many elements a sample has is known beforehand where nothing between a recording and the sink changes
@@ -43,6 +42,18 @@ void checkWidth(const std::string& pin, const std::vector<std::string>& names, c
                    counted(names.size(), "column name") + " for '" + pin + "', whose samples have " +
                        counted(*size, "element"),
                    "as many names as elements");
+}
+
+/// Of a name with a unit in it that the values don't have.
+void warnOfOtherUnit(const std::string& name, const std::string& unit, const Place& where,
+                     Complaints& complaints) {
+    const Unit* const told = findUnit(unitOfName(name));
+    const Unit* const real = findUnit(unit);
+    if (told == nullptr || real == nullptr || told == real) return;
+    const Complaint complaint{{},
+                              "the column name '" + printable(name, kLongestName) + "' for values in " + unit,
+                              "a name with that unit, or without one"};
+    complaints.warn(where, complaint.getText());
 }
 } // namespace
 
@@ -136,6 +147,10 @@ void ResultColumns::checkUnits(const Pins& pins, Complaints& complaints) const {
                 complaints.add(find(group.name)->where,
                                "the column name '" + group.getColumn(i) + "' a second time",
                                "each name once");
+    for (const NamedColumns& named : columns)
+        if (const auto unit = units.find(named.pin); unit != units.end())
+            for (const std::string& name : named.names)
+                warnOfOtherUnit(name, unit->second, named.where, complaints);
 }
 
 std::vector<TableWriter::Group> ResultColumns::getGroups(const Pins& pins) const {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/TableForm.h"
 
+#include "host/ends/ColumnName.h"
+
 #include <algorithm>
 #include <charconv>
 #include <set>
@@ -29,13 +31,11 @@ public:
         const std::size_t unit = cell.rfind(" [");
         const bool hasUnit = unit != std::string_view::npos && unit > 0 && cell[unit - 1] == ']';
         if (hasUnit && cell.back() == ']') cell = cell.substr(0, unit);
-        const std::size_t bracket = cell.rfind('[');
-        if (bracket == std::string_view::npos) return false;
-        const std::string_view name = cell.substr(0, bracket);
-        next = name == group ? next + 1 : 0;
-        group = name;
-        const std::string_view count = cell.substr(bracket + 1);
-        return count.ends_with(']') && count.substr(0, count.size() - 1) == std::to_string(next);
+        const std::optional<CountedName> counted = countedNameOf(cell);
+        if (!counted) return false;
+        next = counted->pin == group ? next + 1 : 0;
+        group = counted->pin;
+        return counted->count == next;
     }
 
 private:

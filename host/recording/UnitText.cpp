@@ -37,12 +37,18 @@ bool isLetter(char c) {
     return std::isalpha(static_cast<unsigned char>(c)) != 0;
 }
 
-std::string smallUnit(std::string_view text) {
+bool isBracketed(std::string_view text) {
+    return text.size() > 2 &&
+           ((text.front() == '(' && text.back() == ')') || (text.front() == '[' && text.back() == ']'));
+}
+
+std::string_view withoutBrackets(std::string_view text) {
     text = trimmed(text);
-    const bool isBracketed = text.size() > 2 && ((text.front() == '(' && text.back() == ')') ||
-                                                 (text.front() == '[' && text.back() == ']'));
-    if (isBracketed) text = trimmed(text.substr(1, text.size() - 2));
-    std::string small = withoutSigns(text);
+    return isBracketed(text) ? trimmed(text.substr(1, text.size() - 2)) : text;
+}
+
+std::string smallUnit(std::string_view text) {
+    std::string small = withoutSigns(withoutBrackets(text));
     std::transform(small.begin(), small.end(), small.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return small;
@@ -79,10 +85,7 @@ std::pair<std::size_t, bool> placeOfUnit(std::string_view name) {
 } // namespace
 
 bool getIsUnit(std::string_view text) {
-    text = trimmed(text);
-    const bool isBracketed = text.size() > 2 && ((text.front() == '(' && text.back() == ')') ||
-                                                 (text.front() == '[' && text.back() == ']'));
-    if (isBracketed || isKnownUnit(text)) return true;
+    if (isBracketed(trimmed(text)) || isKnownUnit(text)) return true;
     const std::string small = smallUnit(text);
     return (small != "-" && getIsAmong(kNoUnits, small)) || getIsAmong(kOwnUnits, small);
 }
@@ -91,11 +94,15 @@ bool getSaysNoUnit(std::string_view unit) {
     return trimmed(unit).empty() || getIsAmong(kNoUnits, smallUnit(unit));
 }
 
+std::string unitOfCell(std::string_view cell) {
+    return std::string(withoutBrackets(cell));
+}
+
 std::string unitOfName(std::string_view name) {
     name = trimmed(name);
-    const auto [begin, isBracketed] = placeOfUnit(name);
+    const auto [begin, hasBrackets] = placeOfUnit(name);
     if (begin == name.size()) return {};
-    const std::string_view unit = name.substr(begin + 1, name.size() - begin - (isBracketed ? 2 : 1));
+    const std::string_view unit = name.substr(begin + 1, name.size() - begin - (hasBrackets ? 2 : 1));
     // `timestamp (-0400)` has a zone there.
     const bool isNumber = !unit.empty() && (unit.front() == '+' || unit.front() == '-' ||
                                             std::isdigit(static_cast<unsigned char>(unit.front())) != 0);

@@ -17,6 +17,9 @@ QUILLMERE_API bool getIsUnit(std::string_view text);
 /// Whether such a text says that there is none: `no_units`, `n/a`. [any]
 QUILLMERE_API bool getSaysNoUnit(std::string_view unit);
 
+/// The unit that a cell of a row of units holds: `m/s^2`, also in brackets. [any]
+QUILLMERE_API std::string unitOfCell(std::string_view cell);
+
 /// The unit in a column's name: what stands in brackets at its end, as in `Time (s)` and `acc [g]`, or behind
 /// its last `_` where that is a unit, as in `acc_x_m/s^2`; else empty. [any]
 QUILLMERE_API std::string unitOfName(std::string_view name);

@@ -34,6 +34,20 @@ TEST(ColumnPattern, AxesGoByTheirLetterAndNotByTheirPlace) {
     EXPECT_EQ(findByPattern({"t", "emg"}, "e*"), (Places{1})) << "a single one needs no axis";
 }
 
+TEST(ColumnPattern, UnitsTellNoAxes) {
+    EXPECT_EQ(findByPattern({"ay (mg)", "ax (g)", "az (g)"}, "a*"), (Places{1, 0, 2}));
+    EXPECT_EQ(findByPattern({"acc[y]", "acc[x]", "acc[z]"}, "acc*"), (Places{1, 0, 2}));
+    EXPECT_EQ(findByPattern({"acc_x (g)", "acc_x (mg)"}, "acc*"), Places()) << "one axis in two units";
+}
+
+TEST(ColumnPattern, ColumnsOfAResultGoByTheirCount) {
+    EXPECT_EQ(findByPattern({"t", "a[1] [g]", "a[0] [g]", "a[10] [g]", "a[2] [g]"}, "a*"),
+              (Places{2, 1, 4, 3}));
+    EXPECT_EQ(findByPattern({"a[0]", "a[1]"}, "a*"), (Places{0, 1}));
+    EXPECT_EQ(findByPattern({"a[0]", "ab[1]"}, "a*"), Places()) << "of two pins";
+    EXPECT_EQ(findByPattern({"a[0]", "a[1]", "a_norm"}, "a*"), Places());
+}
+
 TEST(ColumnPattern, OthersThanAxesAreNotPutInAnyOrder) {
     EXPECT_EQ(findByPattern({"emg1", "emg2"}, "emg*"), Places());
     EXPECT_EQ(findByPattern({"LN_X", "LN_Y", "WR_X", "WR_Y"}, "*_*"), Places()) << "two accelerometers";

@@ -104,6 +104,33 @@ TEST_F(RecordingUnitsTest, ARowOfUnitsAndTwoRowsOfNamesHaveUnits) {
     EXPECT_EQ(folder.read("out.csv"), "t,p[0] [g]\n0,1\n0.01,2\n0.02,0\n");
 }
 
+TEST_F(RecordingUnitsTest, UnitsOfARowMayStandInBrackets) {
+    folder.write("in.csv", "t;a;b\n[s];[mg];(g)\n0;1000;1\n0.1;2000;2\n0.2;0;0\n");
+    EXPECT_EQ(run("format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: in.csv, "
+                  "pins: {p: {columns: [a, b], unit: g}}}}\n"
+                  "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+                  "connections:\n  - {from: in.p, to: out.p}\n"),
+              "");
+    EXPECT_EQ(folder.read("out.csv"), "t,p[0] [g],p[1] [g]\n0,1,1\n0.1,2,2\n0.2,0,0\n");
+}
+
+TEST_F(RecordingUnitsTest, ANameWithAUnitThatTheValuesDoNotHaveIsWarnedOf) {
+    const auto warnings = [&](const std::string& name) {
+        Complaints list =
+            jobOf(graph("pins: {p: {columns: [ax], unit: m/s^2}}", ", columns: {p: [\"" + name + "\"]}"))
+                .check();
+        return list.getSortedWarnings().empty() ? std::string()
+                                                : withoutFolder(list.getSortedWarnings()[0].getText());
+    };
+    EXPECT_NE(warnings("ax (g)").find("warning: found the column name 'ax (g)' for values in m/s^2; expected "
+                                      "a name with that unit, or without one"),
+              std::string::npos)
+        << warnings("ax (g)");
+    EXPECT_EQ(warnings("ax (m/s2)"), "") << "another spelling";
+    EXPECT_EQ(warnings("ax (raw)"), "") << "no unit that is known";
+    EXPECT_EQ(warnings("ax"), "");
+}
+
 TEST_F(RecordingUnitsTest, WhatStandsBesideAFileHasUnits) {
     folder.write("walk_channels.tsv", "name\ttype\tunits\nacc_x\tACCEL\tg\ntemp\tMISC\tn/a\n");
     folder.write("walk_motion.json", "{\"SamplingFrequency\": 2}\n");
