@@ -80,8 +80,9 @@ void GapFiller::keep(const TimedRow& row) {
     hasLast = true;
 }
 
+/// Rows that share a stamp, as those of two sensors may, tell nothing of how far rows lie apart.
 void GapFiller::noteStep(double step) {
-    steps[stepsNoted++ % kSteps] = step;
+    if (step > 0.0) steps[stepsNoted++ % kSteps] = step;
 }
 
 double GapFiller::usualStep() const {

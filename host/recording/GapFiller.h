@@ -16,9 +16,9 @@ namespace Quillmere::Host {
 /// Fills the gaps between rows with rows of its own.
 ///
 /// A gap is a step of more than the limit. How many rows are missing tells the usual step, the mean of the
-/// last hundred steps in front of the gap that were none (of fewer, if there are fewer): n = gap / step,
-/// rounded to the nearest whole number, less one. They lie evenly in it: row i, from 1 on, has the time
-/// from + (to - from) * i / (n + 1). In front of the first step nothing is known, and the gap stays.
+/// last hundred steps above 0 in front of the gap that were none (of fewer, if there are fewer): n =
+/// gap / step, rounded to the nearest whole number, less one. They lie evenly in it: row i, from 1 on, has
+/// the time from + (to - from) * i / (n + 1). In front of the first step nothing is known, and the gap stays.
 ///
 /// A pin that lacked a sample in some row in front of the gap, as a slow sensor beside a fast one does, gets
 /// none in it: its samples don't come with each row.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/Resampler.h"
 
+#include "host/recording/TimeTolerance.h"
 #include "host/text/ShortestText.h"
 
 #include <algorithm>
@@ -10,8 +11,6 @@
 namespace Quillmere::Host {
 
 namespace {
-constexpr double kNear = 1e-6; ///< Of a step: stamps and t0 + k / rate are rounded, each in its own way.
-constexpr double kPlaces = 4.0 * std::numeric_limits<double>::epsilon();
 constexpr double kFinest = 0.25; ///< Of a step: coarser stamps would all be at the same times.
 /// Two minutes at 1 kHz. A pin that is silent for longer isn't one to draw lines for.
 constexpr std::size_t kMostWaiting = 131072;
@@ -34,7 +33,7 @@ Resampler::Resampler(const TimeRepairPlan& plan)
 }
 
 double Resampler::toleranceAt(double time) const {
-    return std::max(kNear / rate, kPlaces * std::abs(time));
+    return std::max(kNearStep / rate, kNearStamp * std::abs(time));
 }
 
 bool Resampler::getIsHit(double rowTime, double time) const {
@@ -53,7 +52,7 @@ std::optional<Complaint> Resampler::take(const TimedRow& row, bool isBehindGap) 
 }
 
 std::optional<Complaint> Resampler::findFaultOfTime(double time, bool isBehindGap) const {
-    if (kPlaces * std::max(std::abs(origin), std::abs(time)) > kFinest / rate)
+    if (kNearStamp * std::max(std::abs(origin), std::abs(time)) > kFinest / rate)
         return Complaint({},
                          "a time stamp of " + shortestText(time) +
                              " s, so large that 'resample' can't tell times " + shortestText(1.0 / rate) +
@@ -131,7 +130,8 @@ void Resampler::skipEmptyTimes() {
     const bool isFirst = std::none_of(arounds.begin(), arounds.end(), hasLeft);
     const RowQueue::Entry& front = queue.front();
     if (!isFirst && !(front.isBehindGap && onGap == OnGap::Keep)) return;
-    step = std::max(step, std::ceil((front.row.time - origin) * rate - kNear));
+    const double first = front.row.time - toleranceAt(front.row.time);
+    step = std::max(step, std::ceil((first - origin) * rate));
 }
 
 void Resampler::absorbFront() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/TimeRepair.h"
 
+#include "host/recording/TimeTolerance.h"
 #include "host/text/Counted.h"
 #include "host/text/ShortestText.h"
 
@@ -85,7 +86,7 @@ std::optional<Complaint> TimeRepair::pass(const TimedRow& row) {
 }
 
 bool TimeRepair::findGap(const TimedRow& row) {
-    return hasLast && row.time - last > plan.gapLimit;
+    return hasLast && getIsGap(last, row.time, plan.gapLimit);
 }
 
 void TimeRepair::finish() {

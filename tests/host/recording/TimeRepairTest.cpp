@@ -228,6 +228,25 @@ TEST(TimeRepair, OnlyTheLastHundredStepsAreUsual) {
     EXPECT_EQ(Repaired(filled(OnGap::Nan, 2), rowsAt(times)).account().repairs.rowsFilled, 11u);
 }
 
+TEST(TimeRepair, RowsThatShareAStampTellNothingOfTheUsualStep) {
+    const Repaired repaired(filled(OnGap::Hold, 1.5), rowsAt({0, 0, 1, 1, 2, 2, 5}));
+    EXPECT_EQ(repaired.text, "0: 10|0: 20|1: 30|1: 40|2: 50|2: 60|3: 60, 4: 60, 5: 70|");
+    EXPECT_EQ(repaired.account().repairs.rowsFilled, 2u);
+    EXPECT_EQ(Repaired(filled(OnGap::Hold, 1.5), rowsAt({2, 2, 5})).account().repairs.gapsLeft, 1u);
+}
+
+TEST(TimeRepair, AStepThatIsTheLimitButForRoundingIsNoGap) {
+    for (const double origin : {0.0, 1.5e9}) {
+        std::vector<double> times;
+        for (int i = 0; i < 1000; ++i)
+            times.push_back(origin + i / 100.0);
+        EXPECT_EQ(Repaired(filled(OnGap::Nan, 0.01), rowsAt(times)).account().repairs.gaps.count, 0u);
+        EXPECT_EQ(Repaired(resampled(100, 0.01), rowsAt(times)).account().repairs.gaps.count, 0u);
+        times.back() += 1e-5;
+        EXPECT_EQ(Repaired(filled(OnGap::Nan, 0.01), rowsAt(times)).account().repairs.gaps.count, 1u);
+    }
+}
+
 TEST(TimeRepair, AGapBehindTheFirstRowStays) {
     const Repaired repaired(filled(OnGap::Nan, 2), rowsAt({0, 10, 11, 13.25}));
     EXPECT_EQ(repaired.text, "0: 10|10: 20|11: 30|12.125: nan*, 13.25: 40|");
@@ -426,6 +445,18 @@ TEST(Resampling, TheStartIsTheOriginOfItsTimes) {
     plan.start = -2;
     EXPECT_EQ(Repaired(plan, {{0.25, {0}}, {1.25, {10}}}).text, "|0.5: 2.5, 1: 7.5|")
         << "two recordings agree";
+}
+
+TEST(Resampling, LargeStampsLoseNoRowAtTheStartNorBehindAGapThatStays) {
+    TimeRepairPlan plan = resampled(1000, 0.02, OnGap::Keep);
+    plan.start = 1500000000.129;
+    std::vector<double> times;
+    for (int i = 0; i < 4000; ++i)
+        if (i % 400 < 360) times.push_back(1500000000.0 + (129 + i) / 1000.0);
+    const Repaired repaired(plan, rowsAt(times));
+    ASSERT_EQ(repaired.out.size(), times.size());
+    for (std::size_t i = 0; i < times.size(); ++i)
+        EXPECT_EQ(repaired.out[i].values[0], 10.0 * static_cast<double>(i + 1)) << i;
 }
 
 TEST(Resampling, TimesThatCantBeToldApartAreRefused) {
