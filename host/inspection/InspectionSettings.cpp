@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "host/inspection/InspectionSettings.h"
 
+#include "host/recording/RecordingSettings.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
+
+#include <algorithm>
+
 namespace Quillmere::Host {
 
 namespace {
@@ -14,15 +18,24 @@ std::vector<std::string> knownSettings() {
     return names;
 }
 
+/// A look takes all rows as they are; what becomes of them is the graph's.
+Complaint refusalOf(const GraphDescription::Setting& setting) {
+    const std::string found = "the setting '" + printable(setting.name, kLongestName) + "' of a recording";
+    const auto all = RecordingSettings::getDescriptions();
+    const bool isOfGraph = std::any_of(
+        all.begin(), all.end(), [&](const auto& description) { return description.name == setting.name; });
+    if (!isOfGraph) return Complaint::unknown(setting.where, found, setting.name, knownSettings());
+    return {setting.where, found + ", which says what becomes of its rows",
+            "it in a graph (--graph writes one), or one of " + listOfNames(knownSettings())};
+}
+
 } // namespace
 
 void InspectionSettings::take(GraphDescription::Setting setting, Complaints& complaints) {
     if (setting.name == "units")
         units = takeUnits(setting.value, complaints);
     else if (!takeReadingSetting(setting, wishes, clock, complaints))
-        complaints.add(Complaint::unknown(
-            setting.where, "the setting '" + printable(setting.name, kLongestName) + "' of a recording",
-            setting.name, knownSettings()));
+        complaints.add(refusalOf(setting));
     std::erase_if(written,
                   [&](const GraphDescription::Setting& other) { return other.name == setting.name; });
     written.push_back(std::move(setting));

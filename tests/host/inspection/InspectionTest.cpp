@@ -172,7 +172,8 @@ TEST_F(InspectionTest, RefusesSettingsThatItHasNoUseFor) {
         return "none";
     };
     EXPECT_TRUE(complaintOf("pins", valueOf("a"))
-                    .starts_with("found the setting 'pins' of a recording; expected one of data, "));
+                    .starts_with("found the setting 'pins' of a recording, which says what becomes of its "
+                                 "rows; expected it in a graph (--graph writes one), or one of data, "));
     EXPECT_EQ(complaintOf("rate", valueOf(0.0)), "found '0'; expected a rate above 0 rows a second");
     EXPECT_EQ(complaintOf("decimal", valueOf("comma")), "none");
 }
