@@ -4,11 +4,13 @@
 #include "host/ends/RecordingException.h"
 #include "host/recording/CsvCells.h"
 #include "host/recording/CsvHeader.h"
+#include "host/recording/DecimalCommas.h"
 #include "host/text/Complaint.h"
 #include "host/text/Counted.h"
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <map>
 #include <optional>
 #include <utility>
@@ -39,6 +41,11 @@ Lines linesOf(std::string_view head, bool isWhole) {
         head.remove_prefix(end == std::string_view::npos ? head.size() : end + 1);
     }
     return lines;
+}
+
+bool getHasLetter(std::string_view text) {
+    return std::any_of(text.begin(), text.end(),
+                       [](unsigned char c) { return std::isalpha(c) != 0 || c > 127; });
 }
 
 /// `1,000` and `-12,345`, but neither `0,500` nor `1,5`.
@@ -384,19 +391,55 @@ private:
                                 "'decimal: comma', or numbers without a comma between thousands"});
     }
 
-    /// `1,5` under one name, or twice as many cells as names: a decimal comma or a separator?
+    /// `1,5` under one name, or more cells than names, or `0,001` without any: decimal commas or separators?
     void refuseAmbiguous(const CsvHeader& header, const CsvDialect& dialect, std::size_t row) const {
-        const std::size_t names = header.names.size();
-        if (dialect.separator != ',' || wishes.separator || names == 0 || width != 2 * names) return;
+        if (dialect.separator != ',' || wishes.separator) return;
+        std::size_t names = header.names.size();
+        const bool isUnnamed = names == 0;
+        if (names == width || (isUnnamed && wishes.decimal == '.')) return;
+        const DecimalCommas commas(rowsFrom(row), width);
+        if (isUnnamed) names = textsAbove(row);
+        const bool isTwice = !isUnnamed && width == 2 * names; // else the reader counts the cells
+        const bool isBetween =
+            isUnnamed && names < width && width <= 2 * names && commas.getMost() >= width - names;
+        const bool areShown = isUnnamed && commas.getAreShown();
+        if (!isTwice && !isBetween && !areShown) return;
         const std::string place = path + ":" + std::to_string(places[row] + 1);
         throw UnclearRecording(
             {{place},
-             counted(width, "cell") + " below " + counted(names, "name") +
-                 ", so commas may be decimal commas",
-             names == 1 ? "'separator: semicolon' and 'decimal: comma' for numbers such as 1,5, or "
+             counted(width, "cell") + (isTwice || isBetween ? " below " + counted(names, "name") : "") +
+                 (isTwice || isBetween ? ", so commas may be decimal commas"
+                                       : " without names, whose commas may be decimal commas"),
+             width == 2 ? "'separator: semicolon' and 'decimal: comma' for numbers such as 1,5, or "
                           "'separator: comma' and 'headerRows: 0' for cells without names"
                         : "another separator than the comma between numbers with a decimal comma, or "
                           "'separator: comma' and 'headerRows: 0' for cells without names"});
+    }
+
+    /// Cells of rows, as far as lines look like ones.
+    std::vector<std::vector<std::string_view>> rowsFrom(std::size_t begin) const {
+        std::vector<std::vector<std::string_view>> rows;
+        for (std::size_t i = begin; i < content.size() && rows.size() < kLinesScored; ++i) {
+            if (!isRow(content[i], split, signature, wishes)) continue;
+            rows.push_back(cellsOf(content[i], split.separator));
+            for (std::string_view& cell : rows.back())
+                cell = cellKindOf(cell, '.', wishes) == CellKind::Empty ? "" : trimmed(unquoted(cell));
+        }
+        return rows;
+    }
+
+    /// How many names a line directly above the rows may have, of whatever width it is.
+    std::size_t textsAbove(std::size_t row) const {
+        if (wishes.headerRows) return 0;
+        const std::string_view comment = commentAbove(row);
+        if (row == 0 && comment.empty()) return 0;
+        std::vector<std::string_view> cells = cellsOf(comment.empty() ? content[row - 1] : comment, ',');
+        if (endsEmpty(cells)) cells.pop_back();
+        const bool areTexts = std::all_of(cells.begin(), cells.end(), [&](std::string_view cell) {
+            return getHasLetter(cell) && cellKindOf(cell, '.', wishes) == CellKind::Text;
+        });
+        const bool isRemark = !comment.empty() && cells.size() < 2;
+        return areTexts && !isRemark ? cells.size() : 0;
     }
 
     const std::string& path;
