@@ -19,14 +19,15 @@ struct Unit {
     double denominator;
 };
 
-constexpr std::array<Unit, 8> kUnits{{{"Hz", Quantity::Kind::Frequency, 1.0, 1.0},
+constexpr std::array<Unit, 9> kUnits{{{"Hz", Quantity::Kind::Frequency, 1.0, 1.0},
                                       {"kHz", Quantity::Kind::Frequency, 1000.0, 1.0},
                                       {"mHz", Quantity::Kind::Frequency, 1.0, 1000.0},
                                       {"s", Quantity::Kind::Time, 1.0, 1.0},
                                       {"ms", Quantity::Kind::Time, 1.0, 1000.0},
                                       {"us", Quantity::Kind::Time, 1.0, 1e6},
                                       {"ns", Quantity::Kind::Time, 1.0, 1e9},
-                                      {"min", Quantity::Kind::Time, 60.0, 1.0}}};
+                                      {"min", Quantity::Kind::Time, 60.0, 1.0},
+                                      {"h", Quantity::Kind::Time, 3600.0, 1.0}}};
 
 struct Parts {
     double number;

@@ -153,14 +153,20 @@ TimeRepairPlan RecordingSource::planRepair() const {
     return settings.repairs.getPlan(std::move(pins));
 }
 
-/// What a date counts from may stand in the first row only.
+/// What a date counts from stands in the first row that is taken. Where there is none nothing is wrong with it.
 void RecordingSource::refuseDates(const RowPlan& plan, TimeRepairPlan repairPlan,
                                   Complaints& complaints) const {
     if (!repairPlan.startDate && !repairPlan.endDate) return;
     try {
         RecordingRows ahead(openReader(), plan);
-        ahead.take();
+        ahead.setStop(settings.wishes.stop);
+        RecordingRows::Row row = ahead.take();
+        while (row == RecordingRows::Row::Skipped)
+            row = ahead.take();
+        if (row == RecordingRows::Row::End) return;
         if (auto fault = resolveDates(repairPlan, ahead.getReader())) complaints.add(std::move(*fault));
+    } catch (const InterruptedException&) {
+        throw;
     } catch (const RecordingException&) {
         // A bad row, or a file that is gone: the run will tell of it.
     }

@@ -151,18 +151,30 @@ void RepairSettings::finish(const std::vector<std::string>& pins, Complaints& co
                        std::string("'backwards: keep' beside ") +
                            (plan.resampleRate ? "'resample'" : "'gaps'"),
                        "'error' or 'drop', since time has to go on for it");
-    const bool isReversed = plan.startDate && plan.endDate
-                                ? plan.startDate->nanoseconds >= plan.endDate->nanoseconds
-                                : !plan.startDate && !plan.endDate && plan.start >= plan.end;
-    if (isReversed)
-        complaints.add(findWritten("end")->where,
-                       "'" + findWritten("end")->text + "' that isn't behind '" + findWritten("start")->text +
-                           "'",
-                       "a later one");
+    finishCut(complaints);
     for (const HeldPin& pin : heldPins)
         if (std::find(pins.begin(), pins.end(), pin.name) == pins.end())
             refuseName(complaints, pin.where, pin.name, "no pin '" + printable(pin.name, kLongestName) + "'",
                        "one of ", [&] { return pins; });
+}
+
+/// Which of two times of day is the later one, the recording tells.
+void RepairSettings::finishCut(Complaints& complaints) const {
+    const Written* const start = findWritten("start");
+    const Written* const end = findWritten("end");
+    if (start == nullptr || end == nullptr) return;
+    if (plan.startDate.has_value() != plan.endDate.has_value())
+        complaints.add(end->where,
+                       "'" + end->text + "' beside '" + start->text +
+                           "', of which one is a moment and the other counts seconds from the first",
+                       "both as moments, or both in seconds of the recording's time");
+    const bool isReversed =
+        plan.startDate && plan.endDate
+            ? !plan.startDate->getIsOfDay() && plan.startDate->nanoseconds >= plan.endDate->nanoseconds
+            : !plan.startDate && !plan.endDate && plan.start >= plan.end;
+    if (isReversed)
+        complaints.add(end->where, "'" + end->text + "' that isn't behind '" + start->text + "'",
+                       "a later one");
 }
 
 void RepairSettings::refuseRate(Complaints& complaints) const {

@@ -44,6 +44,7 @@ private:
     void takeLimit(const Value& value, Complaints& complaints);
     void takeRate(const Value& value, Complaints& complaints);
     void takeInterpolation(const Value& value, Complaints& complaints);
+    void finishCut(Complaints& complaints) const;
     const Written* findWritten(const std::string& name) const;
     /// Whether something is asked for that needs times which go on.
     bool getNeedsOrder() const { return plan.resampleRate || getHasGaps(); }

@@ -11,20 +11,21 @@ namespace Quillmere::Host {
 
 namespace {
 
-/// Seconds from what the recording's times count from. Times of day count from a time of day.
+/// Seconds from what the recording's times count from. Times of day count from a time of day; one that lies in
+/// front of that is the next day's.
 std::optional<Complaint> resolve(const TimeRepairDate& date, const RecordingReader& reader, double& seconds) {
-    constexpr std::int64_t kDay = 86'400'000'000'000; // nanoseconds
     constexpr double kNanoseconds = 1e9;
-    const auto isOfDay = [](std::int64_t moment) { return moment >= 0 && moment < kDay; };
     const std::optional<std::int64_t> origin = reader.getOrigin();
     const std::string found = "'" + date.text + "'";
     const std::string times = "the times of " + reader.getPath();
     if (!origin) return Complaint(date.where, found, "seconds, since " + times + " count from no date");
-    if (isOfDay(*origin) != isOfDay(date.nanoseconds))
+    const bool isOfDay = *origin >= 0 && *origin < TimeRepairDate::kDay;
+    if (isOfDay != date.getIsOfDay())
         return Complaint(date.where, found,
-                         (isOfDay(*origin) ? "a time of day, as " : "a date and a time, as ") + times +
-                             " are");
-    seconds = static_cast<double>(date.nanoseconds - *origin) / kNanoseconds;
+                         (isOfDay ? "a time of day, as " : "a date and a time, as ") + times + " are");
+    const bool isOfNextDay = isOfDay && date.nanoseconds < *origin;
+    seconds = static_cast<double>(date.nanoseconds + (isOfNextDay ? TimeRepairDate::kDay : 0) - *origin) /
+              kNanoseconds;
     return std::nullopt;
 }
 
@@ -34,6 +35,13 @@ std::optional<Complaint> resolveDates(TimeRepairPlan& plan, const RecordingReade
     std::optional<Complaint> fault;
     if (plan.startDate) fault = resolve(*plan.startDate, reader, plan.start);
     if (plan.endDate && !fault) fault = resolve(*plan.endDate, reader, plan.end);
+    // Which of two times of day is the later one, only what they count from tells.
+    if (!fault && plan.startDate && plan.endDate && plan.start >= plan.end)
+        fault =
+            Complaint(plan.endDate->where,
+                      "'end: " + plan.endDate->text + "' that isn't behind 'start: " + plan.startDate->text +
+                          "' in " + reader.getPath(),
+                      "a later one");
     return fault;
 }
 
@@ -53,7 +61,7 @@ RepairedRows::Row RepairedRows::take() {
     const RecordingRows::Row taken = rows.take();
     if (taken == RecordingRows::Row::Skipped) return Row::Skipped;
     if (!isRepairing) return taken == RecordingRows::Row::Taken ? Row::Taken : Row::End;
-    if (!repair) begin();
+    if (!repair) begin(taken != RecordingRows::Row::End);
     if (taken == RecordingRows::Row::End) {
         repair->finish();
     } else {
@@ -74,8 +82,9 @@ RepairedRows::Row RepairedRows::takeNext() {
     return mayHaveMore ? Row::Taken : getIsOver() ? Row::End : Row::Nothing;
 }
 
-/// What times count from may be known by the first row only.
-void RepairedRows::begin() {
+/// What times count from may be known by the first row only; where there is none, nothing is to be cut.
+void RepairedRows::begin(bool hasRow) {
+    if (!hasRow) plan.startDate = plan.endDate = std::nullopt;
     if (const auto fault = resolveDates(plan, getReader())) throw RecordingException(*fault);
     repair.emplace(plan);
 }

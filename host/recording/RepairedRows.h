@@ -64,7 +64,7 @@ public:
 
 private:
     Row takeNext();
-    void begin();
+    void begin(bool hasRow);
     void copyRow();
     bool getIsOver() const { return repair && repair->getIsOver(); }
 

@@ -26,6 +26,9 @@ struct TimeRepairDate {
     std::int64_t nanoseconds = 0; ///< Since 1970, or since midnight.
     std::string text;             ///< As the graph has it.
     Place where;
+
+    static constexpr std::int64_t kDay = 86'400'000'000'000; ///< Nanoseconds.
+    bool getIsOfDay() const { return nanoseconds >= 0 && nanoseconds < kDay; }
 };
 
 /// What is to be done about the times of rows, in this order: cut, left out, filled or resampled.

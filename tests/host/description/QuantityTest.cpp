@@ -33,6 +33,7 @@ TEST(QuantityTest, ANumberAndAUnitAreAFrequencyOrATime) {
     EXPECT_EQ(seconds("3e2us"), 0.0003);
     EXPECT_EQ(seconds("10 ns"), 1e-8);
     EXPECT_EQ(seconds("1.5 min"), 90.0);
+    EXPECT_EQ(seconds("0.5 h"), 1800.0);
     EXPECT_TRUE(toQuantity(valueOf("5 Hz"))) << "in quotes";
 }
 

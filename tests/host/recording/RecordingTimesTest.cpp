@@ -136,6 +136,39 @@ TEST_F(RecordingTimesTest, StartAndEndMayBeDatesWhereTimesCountFromOne) {
         "date");
 }
 
+TEST_F(RecordingTimesTest, ATimeOfDayInFrontOfTheFirstRowIsTheNextDays) {
+    folder.write("in.csv", "time,x\n23:59:58,1\n23:59:59,2\n00:00:00,3\n00:00:01,4\n00:00:02,5\n");
+    const auto cut = [&](const std::string& properties) {
+        const std::string failure = run(graph("pins: {p: x}, " + properties));
+        return failure.empty() ? folder.read("out.csv") : failure;
+    };
+    EXPECT_EQ(cut("start: \"00:00:01\""), "t,p[0]\n3,4\n4,5\n");
+    EXPECT_EQ(cut("end: \"00:00:01\""), "t,p[0]\n0,1\n1,2\n2,3\n");
+    EXPECT_EQ(cut("start: \"23:59:59\", end: \"00:00:02\""), "t,p[0]\n1,2\n2,3\n3,4\n");
+    EXPECT_EQ(complaint("start: \"00:00:02\", end: \"23:59:59\""),
+              "g.yaml:3:102: found 'end: 23:59:59' that isn't behind 'start: 00:00:02' in in.csv; expected a "
+              "later one");
+}
+
+TEST_F(RecordingTimesTest, AMomentAndSecondsDontGoTogether) {
+    folder.write("in.csv", "time,x\n2019-08-06 10:25:50,1\n2019-08-06 10:25:51,2\n");
+    EXPECT_EQ(
+        complaint("start: 2019-08-06 10:25:50, end: 10"),
+        "g.yaml:3:111: found 'end: 10' beside 'start: 2019-08-06 10:25:50', of which one is a moment and "
+        "the other counts seconds from the first; expected both as moments, or both in seconds of the "
+        "recording's time");
+}
+
+TEST_F(RecordingTimesTest, ADateIsJudgedByTheFirstRowThatIsTaken) {
+    const std::string start = "pins: {p: x}, onBadRow: skip, start: \"2019-08-06 10:25:51\"";
+    folder.write("in.csv",
+                 "time,x\n,\n2019-08-06 10:25:50,1\n2019-08-06 10:25:51,2\n2019-08-06 10:25:52,3\n");
+    EXPECT_EQ(run(graph(start)), "");
+    EXPECT_EQ(folder.read("out.csv"), "t,p[0]\n1,2\n2,3\n");
+    folder.write("in.csv", "time,x\n");
+    EXPECT_EQ(run(graph("time: time, " + start)), "") << "nothing is wrong with it where there is no row";
+}
+
 TEST_F(RecordingTimesTest, RowsAreResampled) {
     folder.write("in.csv", "t,x\n0,1\n0.9,10\n2.1,22\n3,31\n");
     for (const char* const rate : {"1", "1 Hz", "1000 mHz"}) {
