@@ -5,6 +5,7 @@
 #include "host/recording/CsvCells.h"
 #include "host/recording/CsvHeader.h"
 #include "host/recording/DecimalCommas.h"
+#include "host/recording/UnitText.h"
 #include "host/text/Complaint.h"
 #include "host/text/Counted.h"
 
@@ -13,6 +14,7 @@
 #include <cctype>
 #include <map>
 #include <optional>
+#include <set>
 #include <utility>
 
 namespace Quillmere::Host {
@@ -182,10 +184,7 @@ public:
             return isRow(line, split, signature, wishes);
         });
         if (row == content.end()) return withoutRows();
-        auto begin = row; // a line with numbers above is a row too, a bad one, and no header
-        while (begin != content.begin() && getHasNumber(*(begin - 1)))
-            --begin;
-        return around(static_cast<std::size_t>(begin - content.begin()));
+        return around(firstRowAbove(static_cast<std::size_t>(row - content.begin())), *row);
     }
 
 private:
@@ -218,7 +217,6 @@ private:
 
     /// Whether a line has as many cells as the rows, and a number among them where they have one.
     bool getHasNumber(std::string_view line) const {
-        if (wishes.headerRows) return false;
         const auto cells = cellsOf(line, split.separator, split.width + 1);
         if (cells.size() != split.width) return false;
         for (std::size_t i = 0; i < cells.size(); ++i)
@@ -226,6 +224,52 @@ private:
                 cellKindOf(cells[i], split.decimal, wishes) == CellKind::Number)
                 return true;
         return false;
+    }
+
+    /// Where the rows begin of which content line `row` is the first sound one: a line of numbers above is a
+    /// bad row, and no header, and so is one of texts between the names and the others.
+    std::size_t firstRowAbove(std::size_t row) const {
+        if (wishes.headerRows) return row;
+        while (row > 0 && (getHasNumber(content[row - 1]) || getIsOfNumbers(content[row - 1])))
+            --row;
+        return row > 1 && getIsBadTexts(content[row - 1], content[row - 2]) ? row - 1 : row;
+    }
+
+    /// Whether a line is nothing but numbers and times, however many cells it has and whatever is quoted.
+    bool getIsOfNumbers(std::string_view line) const {
+        std::string plain(line);
+        std::erase(plain, '"');
+        bool hasOne = false;
+        for (const std::string_view cell : cellsOf(plain, split.separator)) {
+            const CellKind kind = cellKindOf(cell, split.decimal, wishes);
+            if (kind == CellKind::Text) return false;
+            hasOne = hasOne || kind == CellKind::Number;
+        }
+        return hasOne;
+    }
+
+    /// Whether a line of texts can't be the names, and the one above it can.
+    bool getIsBadTexts(std::string_view line, std::string_view above) const {
+        if (wishes.hasUnitsRow) return false;
+        const auto texts = cellsOf(line, split.separator, split.width + 1);
+        const auto names = cellsOf(above, split.separator, split.width + 1);
+        if (texts.size() != split.width || names.size() != split.width || split.width < 2) return false;
+        if (getIsHeaderRow(names, texts)) return false;
+        const auto isText = [&](std::string_view cell) {
+            return cellKindOf(cell, split.decimal, wishes) == CellKind::Text;
+        };
+        if (!std::all_of(names.begin(), names.end(), isText)) return false;
+        if (!std::all_of(texts.begin(), texts.end(), isText)) return false;
+        const auto isPlain = [](std::string_view cell) { return unitOfName(plainText(cell)).empty(); };
+        const bool hasUnits = !std::all_of(names.begin(), names.end(), isPlain) &&
+                              std::all_of(texts.begin(), texts.end(), isPlain);
+        return hasUnits || getRepeats(texts);
+    }
+
+    static bool getRepeats(const std::vector<std::string_view>& cells) {
+        std::set<std::string> seen;
+        return !std::all_of(cells.begin(), cells.end(),
+                            [&](std::string_view cell) { return seen.insert(plainText(cell)).second; });
     }
 
     bool isNumberRow(const std::vector<std::string_view>& cells) const {
@@ -295,7 +339,8 @@ private:
         return headed(std::move(dialect), rows);
     }
 
-    CsvDialect around(std::size_t row) {
+    /// With what stands around content line `row`, where rows begin, of which `sound` is one.
+    CsvDialect around(std::size_t row, std::string_view sound) {
         CsvDialect dialect;
         dialect.separator = split.separator;
         dialect.decimal = split.decimal;
@@ -304,7 +349,7 @@ private:
             dialect.notes.emplace_back("numbers taken with a decimal comma");
         }
         dialect.endsWithSeparator =
-            endsEmpty(cellsOf(content[row], split.separator)) && signature.back() == CellKind::Empty;
+            endsEmpty(cellsOf(sound, split.separator)) && signature.back() == CellKind::Empty;
         width = split.width - (dialect.endsWithSeparator ? 1 : 0);
         return headed(std::move(dialect), row);
     }

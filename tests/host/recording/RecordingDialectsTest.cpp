@@ -347,6 +347,43 @@ TEST_F(DialectTest, WhatMayBeReadInTwoWaysNamesTheProperty) {
         EXPECT_EQ(read(row.text).complaint, row.complaint) << row.text;
 }
 
+TEST_F(DialectTest, ABadFirstRowIsOneAndTakesNoNamesAway) {
+    const std::string names = "time (s);x\n";
+    const std::string rest = "0.01;2\n0.02;3\n0.03;4\n";
+    const struct {
+        std::string text;
+        std::string complaint;
+    } rows[] = {
+        {names + "0.00\n" + rest,
+         ":2: column 'x': found a row that ends before it, \"0.00\"; expected 2 cells, as the header has"},
+        {names + "0.00;1;5\n" + rest,
+         ":2: column 'x': found more cells behind it in \"0.00;1;5\"; expected 2 cells, as the header has"},
+        {names + "0.00;\"1\n" + rest, ":2: column 'x': found \"\"1\"; expected a number"},
+        {names + "\"0.00;1\n" + rest, ":2: column 'time (s)': found \"\"0.00;1\"; expected a number"},
+        {names + "oops;oops\n" + rest, ":2: column 'time (s)': found \"oops\"; expected a number"},
+        {names + "sensor;failed\n" + rest, ":2: column 'time (s)': found \"sensor\"; expected a number"},
+        {names + "0.00;oops\n" + rest, ":2: column 'x': found \"oops\"; expected a number"},
+        {names + "0.00\n0.005\n" + rest,
+         ":2: column 'x': found a row that ends before it, \"0.00\"; expected 2 cells, as the header has"},
+        {"Device;A 1\n" + names + "0.00\n" + rest,
+         ":3: column 'x': found a row that ends before it, \"0.00\"; expected 2 cells, as the header has"},
+        {"time (s)\tx\ty\n0.00\t1\n0.01\t2\t3\n0.02\t2\t3\n",
+         ":2: column 'y': found a row that ends before it, \"0.00\\t1\"; expected 3 cells, as the header "
+         "has"},
+        {"Serial: 7\ntime (s),x,y\n0.00,1\n0.01,2,3\n0.02,2,3\n",
+         ":3: column 'y': found a row that ends before it, \"0.00,1\"; expected 3 cells, as the header has"},
+    };
+    for (const auto& row : rows) {
+        const Reading reading = read(row.text);
+        EXPECT_EQ(reading.complaint, row.complaint) << row.text;
+        EXPECT_EQ(reading.columns.front(), "time (s)") << row.text;
+    }
+    // Lines that look like it, and aren't.
+    EXPECT_EQ(read("Device;A 1\nSerial;B 1\ntime (s);x\n" + rest).columns, (Strings{"time (s)", "x"}));
+    EXPECT_EQ(read("time;x\ns;g\n" + rest).columns, (Strings{"time", "x"}));
+    EXPECT_EQ(read("time;a\ns;s\n" + rest).units, (Strings{"s", "s"}));
+}
+
 TEST_F(DialectTest, ALineTellsTheRateOnlyWhereItSpeaksOfRows) {
     const auto rateWith = [&](const std::string& line) {
         const std::string path = folder.write("in.csv", "# " + line + "\na,b\n1,2\n3,4\n5,6\n");
