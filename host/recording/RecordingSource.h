@@ -30,8 +30,8 @@ namespace Quillmere::Host {
 /// has that of its last row, and the next frame begins `hop` rows after it began. Rows at the end that fill
 /// no frame are not sent. A row in which all cells of a pin are empty gives no sample on that pin, as a
 /// result has it where nothing came; a pin with some cells empty, and an empty cell in a frame, are bad rows.
-/// What becomes of bad rows: see `RowPlan`. A frame is made of the rows that are taken, as if the recording
-/// had no others.
+/// What becomes of bad rows: see `RowPlan`, and of times that go back, repeat or jump: `TimeRepairPlan`. A
+/// frame is made of the rows that are left and of those that are made, as if the recording had no others.
 class QUILLMERE_API RecordingSource final : public Source,
                                             public FileEnd,
                                             public RecordedSource,
