@@ -153,7 +153,8 @@ TimeRepairPlan RecordingSource::planRepair() const {
     return settings.repairs.getPlan(std::move(pins));
 }
 
-/// What a date counts from stands in the first row that is taken. Where there is none nothing is wrong with it.
+/// What a date counts from stands in the first row that is taken. Where there is none nothing is wrong with
+/// it.
 void RecordingSource::refuseDates(const RowPlan& plan, TimeRepairPlan repairPlan,
                                   Complaints& complaints) const {
     if (!repairPlan.startDate && !repairPlan.endDate) return;

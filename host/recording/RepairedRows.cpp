@@ -11,8 +11,8 @@ namespace Quillmere::Host {
 
 namespace {
 
-/// Seconds from what the recording's times count from. Times of day count from a time of day; one that lies in
-/// front of that is the next day's.
+/// Seconds from what the recording's times count from. Times of day count from a time of day; one that lies
+/// in front of that is the next day's.
 std::optional<Complaint> resolve(const TimeRepairDate& date, const RecordingReader& reader, double& seconds) {
     constexpr double kNanoseconds = 1e9;
     const std::optional<std::int64_t> origin = reader.getOrigin();
