@@ -14,7 +14,12 @@ public:
 
     bool getIsUnpaced() const override { return drive.clock.getIsUnpaced(); }
     Clock::time_point dueOf(double streamTime) const override { return drive.clock.dueOf(streamTime); }
-    void watch(const WakingSource& source) override { drive.pipes.watch(source.getDescriptor(), gate); }
+    void watch(const WakingSource& source) override {
+        if (source.getHasMore())
+            gate.stir();
+        else
+            drive.pipes.watch(source.getDescriptor(), gate);
+    }
 
     /// The time to choose a round at: where nothing is paced nobody looks at the clock. [run]
     Clock::time_point getNow() const { return getIsUnpaced() ? Clock::time_point::min() : Clock::now(); }

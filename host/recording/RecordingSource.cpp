@@ -16,6 +16,8 @@ namespace Quillmere::Host {
 namespace {
 /// Whether a longer frame is ever full is left to the run, since reading so far ahead takes time.
 constexpr std::size_t kLongestFrameFilled = 100000;
+/// Of rows that make no sample, as those in front of a start: about a millisecond.
+constexpr std::uint64_t kRowsBetweenLooks = 4096;
 } // namespace
 
 RecordingSource::RecordingSource(const std::string& instanceName) : Source(instanceName, true) {}
@@ -184,16 +186,28 @@ bool RecordingSource::prepare() {
 }
 
 bool RecordingSource::getIsPrepared() {
-    // Rows that have come are taken at once until one, or the last of a frame, makes a sample.
-    while (!isReady && recording->getIsReady()) {
+    // Rows that have come are taken at once until one, or the last of a frame, makes a sample. Who sends rows
+    // that don't count as fast as they are read doesn't keep the others from theirs.
+    hasMore = false;
+    for (std::uint64_t i = 0; !isReady && recording->getIsReady(); ++i) {
         if (recording->getIsAtEnd()) return true;
+        if (i == kRowsBetweenLooks) {
+            hasMore = true;
+            return false;
+        }
         readOn();
     }
     return isReady;
 }
 
+void RecordingSource::setStop(const std::stop_token& token) {
+    stop = token;
+    recording->setStop(token);
+}
+
 /// Goes on by one row; false at the end.
 bool RecordingSource::readOn() {
+    if (++rowsGone % kRowsBetweenLooks == 0 && stop.stop_requested()) throw InterruptedException();
     const RepairedRows::Row read = recording->take();
     if (read == RepairedRows::Row::Taken) isReady = settings.frameRows == 0 || takeRowIntoFrame();
     return read != RepairedRows::Row::End;

@@ -51,6 +51,7 @@ public:
     void open(Complaints& complaints) override;
     bool prepare() override;
     bool getIsPrepared() override;
+    bool getHasMore() const override { return hasMore; }
     bool getComesByItself() const override;
     int getDescriptor() const override { return recording->getReader().getDescriptor(); }
     double getNextTimeStamp() const override { return recording->getTime(); }
@@ -62,8 +63,8 @@ public:
     std::uint64_t getSize() const override {
         return recording == nullptr ? 0 : recording->getReader().getSize();
     }
-    void setStop(const std::stop_token& stop) override { recording->setStop(stop); }
-    void setStopOfOpening(const std::stop_token& stop) override { settings.wishes.stop = stop; }
+    void setStop(const std::stop_token& token) override;
+    void setStopOfOpening(const std::stop_token& token) override { settings.wishes.stop = token; }
     std::vector<std::string> getColumnNames() const override;
     std::optional<Shape> getSampleShape(const Core::AbstractOutputPin& pin) const override;
     Cell getCell(const Core::AbstractOutputPin& pin, std::size_t element) const override;
@@ -113,6 +114,9 @@ private:
     std::size_t toSkip = 0;   ///< Rows before the next frame begins, when frames lie apart.
     bool isReady = false;     ///< A sample is ready.
     bool isReleased = false;  ///< The next step sends it.
+    bool hasMore = false;     ///< More has come than a look at what has come went through.
+    std::stop_token stop;
+    std::uint64_t rowsGone = 0; ///< Read or made, for a look at the stop now and then.
 };
 
 } // namespace Quillmere::Host

@@ -2,6 +2,8 @@
 #include "host/recording/RecordingSource.h"
 
 #include "framework/Quillmere.h"
+#include "host/ends/RecordingException.h"
+#include "host/ends/WakingSource.h"
 #include "host/text/ShortestText.h"
 #include "tests/host/kit/Fifo.h"
 #include "tests/host/kit/GraphFixture.h"
@@ -324,6 +326,55 @@ TEST_F(PipedTimesTest, AGapIsFilledWhenItsEndComes) {
     EXPECT_EQ(sent(), "");
     pipe.write("5\n");
     EXPECT_EQ(sent(), "2 3 4 ");
+}
+
+TEST_F(PipedTimesTest, ALookAtRowsThatDontCountIsBoundedAndAReadingOfThemEndsWithTheRun) {
+    build("start: 1");
+    const auto early = [&] {
+        std::string rows;
+        for (int i = 0; i < 10000; ++i)
+            rows += "0,1\n";
+        return rows;
+    };
+    const auto* const waking = dynamic_cast<Host::WakingSource*>(source);
+    ASSERT_NE(waking, nullptr);
+    pipe.write(early());
+    EXPECT_FALSE(source->getIsPrepared());
+    EXPECT_TRUE(waking->getHasMore());
+    int looks = 1;
+    while (!source->getIsPrepared() && waking->getHasMore())
+        ++looks;
+    EXPECT_EQ(looks, 2) << "and one more that ends with what has come";
+    pipe.write("2,1\n");
+    EXPECT_TRUE(source->getIsPrepared());
+    EXPECT_FALSE(waking->getHasMore());
+    source->release();
+    source->process();
+
+    built->setStop(stop.get_token());
+    stop.request_stop();
+    pipe.write(early());
+    EXPECT_THROW(source->prepare(), Host::InterruptedException) << "before it waits for more";
+}
+
+TEST_F(RecordingTimesTest, RowsThatAreLeftOutDontKeepARunFromItsStop) {
+    std::string rows = "t,x\n";
+    for (int i = 0; i < 10000; ++i)
+        rows += "0,1\n";
+    folder.write("in.csv", rows);
+    Host::Complaints complaints;
+    const Host::GraphDescription description = Host::GraphDescription::fromFile(
+        folder.write("g.yaml", graph("time: t, pins: {p: x}, duplicates: drop")), complaints);
+    Host::Graph built(description, catalogue, complaints);
+    built.openSources(complaints);
+    complaints.raise();
+    Host::Source& source = *built.getSources().at(0);
+    built.setStop(stop.get_token());
+    stop.request_stop();
+    ASSERT_TRUE(source.prepare());
+    source.release();
+    source.process();
+    EXPECT_THROW(source.prepare(), Host::InterruptedException);
 }
 
 TEST_F(PipedTimesTest, AtTheEndThatIsSetNobodyWaitsForMore) {
