@@ -33,10 +33,7 @@ protected:
     }
 
     /// Calls the command there.
-    Ended call(std::vector<std::string> arguments, const std::string& output = {}) const {
-        arguments.insert(arguments.begin(), QUILLMERE);
-        return runProgram(arguments, folder.path(""), {.in = {}, .out = output});
-    }
+    Ended call(std::vector<std::string> arguments, const std::string& output = {}) const;
 
     TemporaryFolder folder;
 };
