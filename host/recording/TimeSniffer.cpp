@@ -43,6 +43,9 @@ constexpr std::array<std::string_view, 18> kTimeNames{
     "elapsedtime", "milliseconds", "ms",    "epoch",    "sampletime", "zeit",    "zeitstempel",
     "temps",       "tiempo",       "tempo", "tijd"};
 
+/// Of these, those that mean a pace and temperatures as well.
+constexpr std::array<std::string_view, 2> kOtherWords{"temps", "tempo"};
+
 /// `Time (s)`, `time_stamp`, `t_us` and `timestampNs` without blanks, signs and units.
 std::string plainName(const Column& column) {
     const std::string name = nameWithoutUnit(column.name);
@@ -109,7 +112,7 @@ private:
         if (date && time && kindOf(*date) == CellKind::Time && kindOf(*time) == CellKind::Time)
             return {*date, *time};
         for (const std::string_view name : kTimeNames)
-            if (const auto found = findPlain(name)) return {*found};
+            if (const auto found = findPlain(name); found && getMeansTime(*found)) return {*found};
         // Without names a table has times where it has a column of them.
         for (std::size_t i = 0; i < evidence.columns.size() && !evidence.dialect.hasHeader; ++i)
             if (kindOf(i) == CellKind::Time) return {i};
@@ -120,6 +123,16 @@ private:
         for (std::size_t i = 0; i < evidence.columns.size(); ++i)
             if (plainName(evidence.columns[i]) == name) return i;
         return std::nullopt;
+    }
+
+    /// Whether more than a word tells that a column holds times, where the word has other meanings.
+    bool getMeansTime(std::size_t column) const {
+        const Column& named = evidence.columns[column];
+        const std::string word = plainName(named);
+        if (std::find(kOtherWords.begin(), kOtherWords.end(), word) == kOtherWords.end()) return true;
+        const std::vector<std::string> words = wordsOfName(named.name);
+        return kindOf(column) == CellKind::Time || unitsPerSecond(named.unit) ||
+               (words.size() > 1 && unitsPerSecond(words.back()));
     }
 
     /// Of most cells of a column, as far as any holds something.

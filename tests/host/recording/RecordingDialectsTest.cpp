@@ -256,6 +256,19 @@ TEST_F(DialectTest, TimesAreFoundByNameUnitAndSize) {
     }
 }
 
+TEST_F(DialectTest, AWordThatMeansOtherThingsTooNeedsAUnitOfTime) {
+    for (const char* const name : {"tempo", "temps", "Tempo (bpm)", "Temps (degC)"}) {
+        const Reading reading = read(column(name, {"60", "120", "180"}));
+        EXPECT_EQ(reading.complaint, "") << name;
+        EXPECT_EQ(reading.times, Numbers()) << name;
+        EXPECT_EQ(reading.rows.size(), 3u) << name;
+    }
+    EXPECT_EQ(read("tempo,seconds\n60,0\n60,0.5\n").times, (Numbers{0, 0.5}));
+    EXPECT_EQ(read(column("tempo", {"10:00:00.0", "10:00:00.5"})).times, (Numbers{0, 0.5}));
+    EXPECT_EQ(read("temps,x\ns,g\n0,1\n0.5,1\n").times, (Numbers{0, 0.5})) << "a row of units";
+    EXPECT_EQ(read(column("tempoMs", {"0", "10"})).times, (Numbers{0, 0.01}));
+}
+
 TEST_F(DialectTest, ANamedColumnHoldsSecondsAsItAlwaysDid) {
     ReadingWishes wishes;
     wishes.time = {"time (ms)"};
@@ -443,12 +456,29 @@ const std::vector<ProfileRow> kProfiles = {
      {"Time (s)", "Gyroscope X (deg/s)", "Accelerometer X (g)"},
      {"s", "deg/s", "g"},
      {0, 0.01, 0.01}},
+    {"x-io with a slow magnetometer",
+     "Time (s),Gyroscope X (deg/s),Accelerometer X (g),Magnetometer X (uT)\n"
+     "0,1,2,9\n0.01,2,2,9\n0.02,3,2,8\n",
+     {"Time (s)", "Gyroscope X (deg/s)", "Accelerometer X (g)", "Magnetometer X (uT)"},
+     {"s", "deg/s", "g", "uT"},
+     {0, 0.01, 0.02}},
     {"Movella DOT",
      "sep=,\nPacketCounter,SampleTimeFine,Acc_X,\n7,4294960000,1,\n8,9371,1,\n",
      {"PacketCounter", "SampleTimeFine", "Acc_X"},
      {"", "", ""},
      {4294.96, 4294.976667},
      {"1 turn of the 32-bit counter mended in its times"}},
+    {"Movella DOT below a tag",
+     "DeviceTag: LeftLeg\nFirmwareVersion: 2.0.0\n\n"
+     "PacketCounter,SampleTimeFine,Acc_X,\n7,10000,1,\n8,26667,1,\n",
+     {"PacketCounter", "SampleTimeFine", "Acc_X"},
+     {"", "", ""},
+     {0.01, 0.026667}},
+    {"Movella DOT with a packet counter and a trailing comma",
+     "sep=,\nPacketCounter,Acc_X,\n1,0.5,\n2,0.5,\n",
+     {"PacketCounter", "Acc_X"},
+     {"", ""},
+     {}},
     {"Movella DOT with a packet counter alone",
      "PacketCounter,Acc_X\n1,0.5\n2,0.5\n",
      {"PacketCounter", "Acc_X"},
@@ -460,6 +490,14 @@ const std::vector<ProfileRow> kProfiles = {
      {"PacketCounter", "UTC_Second", "Acc_X"},
      {"", "", ""},
      {0, 0.01}},
+    {"Xsens MT with commas below ten lines",
+     "// Start Time: Unknown\n// Sample rate: 50.0Hz\n// Filter Profile: human\n// Option Flags: none\n"
+     "// Firmware Version: 1.2.3\n// Product Code: MTI-3\n// Device ID: 01234567\n// Hardware: 2, 0\n"
+     "// Coordinate system: ENU\n// SDI, not used\n"
+     "PacketCounter,UTC_Nano,UTC_Second,Acc_X\n1,,,0.5\n2,,,0.5\n",
+     {"PacketCounter", "UTC_Nano", "UTC_Second", "Acc_X"},
+     {"", "", "", ""},
+     {0, 0.02}},
     {"Xsens MT without a rate",
      "// Start Time: Unknown\nPacketCounter;SampleTimeFine;Acc_X\n1;0;0.5\n2;100;0.5\n",
      {"PacketCounter", "SampleTimeFine", "Acc_X"},
@@ -472,6 +510,26 @@ const std::vector<ProfileRow> kProfiles = {
      {"ms", "m/(s^2)", "m/(s^2)"},
      {0, 0.01},
      {"times count from 2019-08-06 10:25:50.0005"}},
+    {"Shimmer with commas",
+     "\"sep=,\"\nA_Timestamp_Unix_CAL,A_Accel_LN_X_CAL,A_Accel_WR_X_CAL,\n"
+     "ms,m/(s^2),m/(s^2),\n1565087150000.5,1,2,\n1565087150010.5,1,2,\n",
+     {"A_Timestamp_Unix_CAL", "A_Accel_LN_X_CAL", "A_Accel_WR_X_CAL"},
+     {"ms", "m/(s^2)", "m/(s^2)"},
+     {0, 0.01},
+     {"times count from 2019-08-06 10:25:50.0005"}},
+    {"ActiGraph with ten lines, the day first and decimal commas",
+     "------------ Data File Created By ActiGraph GT3X+ ActiLife v6.13.3 Firmware v2.5.0 date format "
+     "dd.MM.yyyy at 50 Hz  Filter Normal -----------\n"
+     "Serial Number: NEO1F1\nStart Time 10:00:00\nStart Date 03.04.2021\n"
+     "Epoch Period (hh:mm:ss) 00:00:00\nDownload Time 11:00:00\nDownload Date 05.04.2021\n"
+     "Current Memory Address: 0\nCurrent Battery Voltage: 4,21     Mode = 12\n"
+     "--------------------------------------------------\n"
+     "Timestamp;Accelerometer X;Accelerometer Y\n"
+     "03.04.2021 10:00:00,000;0,012;-0,5\n03.04.2021 10:00:00,020;0,013;-0,5\n",
+     {"Timestamp", "Accelerometer X", "Accelerometer Y"},
+     {"", "", ""},
+     {0, 0.02},
+     {"numbers taken with a decimal comma", "times count from 2021-04-03 10:00:00"}},
     {"ActiGraph without times",
      "------------ Data File Created By ActiGraph GT3X+ date format d/M/yyyy at 30 Hz  Filter Normal "
      "-----------\n"
@@ -516,6 +574,17 @@ const std::vector<ProfileRow> kProfiles = {
      {0.25, 0.26}},
     {"phyphox",
      "\"Time (s)\";\"Acceleration x (m/s^2)\"\n0,00E0;1,5E-1\n1,00E-2;2,5E-1\n",
+     {"Time (s)", "Acceleration x (m/s^2)"},
+     {"s", "m/s^2"},
+     {0, 0.01},
+     {"numbers taken with a decimal comma"}},
+    {"phyphox with commas",
+     "\"Time (s)\",\"Acceleration x (m/s^2)\"\n0.00E0,1.5E-1\n1.00E-2,2.5E-1\n",
+     {"Time (s)", "Acceleration x (m/s^2)"},
+     {"s", "m/s^2"},
+     {0, 0.01}},
+    {"phyphox with tabs",
+     "\"Time (s)\"\t\"Acceleration x (m/s^2)\"\n0,00E0\t1,5E-1\n1,00E-2\t2,5E-1\n",
      {"Time (s)", "Acceleration x (m/s^2)"},
      {"s", "m/s^2"},
      {0, 0.01},
