@@ -48,6 +48,57 @@ TEST_F(Summary, TellsOfUnitsThatWereConverted) {
               "rad/s, deg, uT, mV or ms\n");
 }
 
+/// A filter behind a hundred rows a second, whose cut-off a parameter sets.
+class SummaryOfHertz : public Support::GainFixture {
+protected:
+    SummaryOfHertz()
+        : GainFixture(
+              "format: 1\nname: hertz\nparameters: {cut: 10 Hz}\nblocks:\n"
+              "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"
+              "  - {id: low, type: FilterButterworth, properties: {RelativeCutOffFreq: '${cut}'}}\n"
+              "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+              "connections: [{from: in, to: low.in}, {from: low, to: out.x}]\n") {
+        std::string rows = "t,x\n";
+        for (int i = 0; i < 50; ++i)
+            rows += std::to_string(i * 0.01) + ",1\n";
+        folder.write("in.csv", rows);
+    }
+    /// The lines that tell of a conversion, without blanks in front.
+    Strings conversionsOf(Strings arguments) {
+        arguments.insert(arguments.begin(), {"run", "g.yaml", "--overwrite"});
+        const Ended ended = call(arguments);
+        EXPECT_EQ(ended.exitCode, 0) << ended.err;
+        Strings lines;
+        for (std::size_t at = 0; (at = ended.out.find(" Hz is ", at)) != std::string::npos; ++at) {
+            const std::size_t begin = ended.out.rfind('\n', at) + 1;
+            const std::string line = ended.out.substr(begin, ended.out.find('\n', at) - begin);
+            lines.push_back(line.substr(line.find_first_not_of(' ')));
+        }
+        return lines;
+    }
+};
+
+TEST_F(SummaryOfHertz, IsPrintedForTheGraphsOwnValue) {
+    EXPECT_EQ(
+        conversionsOf({}),
+        (Strings{
+            "low.RelativeCutOffFreq  10 Hz is 0.2 of half the rate (100 samples/s, as measured in in.csv)"}));
+}
+
+TEST_F(SummaryOfHertz, IsPrintedForASetting) {
+    EXPECT_EQ(
+        conversionsOf({"--set", "low.RelativeCutOffFreq=5 Hz"}),
+        (Strings{
+            "low.RelativeCutOffFreq  5 Hz is 0.1 of half the rate (100 samples/s, as measured in in.csv)"}));
+}
+
+TEST_F(SummaryOfHertz, IsPrintedForAParameter) {
+    EXPECT_EQ(
+        conversionsOf({"--param", "cut=20 Hz"}),
+        (Strings{
+            "low.RelativeCutOffFreq  20 Hz is 0.4 of half the rate (100 samples/s, as measured in in.csv)"}));
+}
+
 TEST_F(Summary, TellsWhatWasDoneAboutTimes) {
     folder.write("in.csv", "t,x\n0,1\n0.5,2\n0.5,3\n2,5\n");
     const Strings asked{"--set",      "in.duplicates=drop", "--set", "in.gaps=hold",

@@ -4,6 +4,7 @@
 #include "framework/Quillmere.h"
 #include "host/graph/BlockDescription.h"
 #include "tests/host/kit/GraphFixture.h"
+#include "tests/host/kit/WithoutRights.h"
 
 #include <gtest/gtest.h>
 
@@ -354,32 +355,13 @@ TEST_F(GraphTest, ALinkIsNoPlaceForAResultUnlessItLeadsToADevice) {
     EXPECT_EQ(complaintsOfOutput("stdout"), "");
 }
 
-/// For as long as it lives the program may do no more than a user without rights.
-class WithoutRights {
-public:
-    WithoutRights() : before(::geteuid()) {
-        if (before == 0) isLowered = ::seteuid(kNobody) == 0;
-    }
-    ~WithoutRights() {
-        if (!isLowered) return;
-        EXPECT_EQ(::seteuid(before), 0);
-    }
-    WithoutRights(const WithoutRights&) = delete;
-    WithoutRights& operator=(const WithoutRights&) = delete;
-
-private:
-    static constexpr uid_t kNobody = 65534;
-    uid_t before;
-    bool isLowered = false;
-};
-
 TEST_F(GraphTest, AResultNeedsAFolderThatCanBeWrittenTo) {
     namespace fs = std::filesystem;
     fs::create_directory(folder.path("locked"));
     fs::permissions(folder.path("locked"), fs::perms(0555));
     fs::permissions(folder.path(""), fs::perms(0777));
     const std::string text = std::string(kHead) + "connections:\n  - {from: in.x, to: out.x}\n";
-    const WithoutRights lowered;
+    const Support::WithoutRights lowered;
     if (::geteuid() == 0) GTEST_SKIP() << "no user without rights can be had here";
     EXPECT_EQ(complaintsOf(text), "");
     const GraphChanges changes{.parameters = {},

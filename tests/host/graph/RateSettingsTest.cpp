@@ -370,4 +370,19 @@ TEST_F(RateSettingsTest, UnevenStampsGiveNoRateAndAWarningWhereABlockCountsOnOne
     EXPECT_EQ(warnings(graph("FilterGain", "", "input")).find("evenly"), std::string::npos);
 }
 
+TEST_F(RateSettingsTest, UnevenStampsAreToldOnceForAllBlocksBehindThem) {
+    std::string text = "t,x,slow\n";
+    for (int i = 0; i < 100; ++i)
+        text += std::to_string(i / 10) + ",1,1\n";
+    folder.write("in.csv", text);
+    const std::string another = "  - {id: c, type: FilterButterworth, properties: {Order: 1}}\n";
+    Job job = jobOf(graph("FilterButterworth", "Order: 1", "in", "", "in.x", another,
+                          "  - {from: in.x, to: c.in}\n  - {from: c.out, to: out.z}\n"));
+    const auto found = job.check().getSortedWarnings();
+    const auto warnings = std::count_if(found.begin(), found.end(), [](const Warning& warning) {
+        return warning.getText().find("evenly") != std::string::npos;
+    });
+    EXPECT_EQ(warnings, 1);
+}
+
 } // namespace
