@@ -5,6 +5,7 @@
 #include "host/recording/CsvCells.h"
 #include "host/recording/CsvHeader.h"
 #include "host/recording/DecimalCommas.h"
+#include "host/recording/TimeNames.h"
 #include "host/recording/UnitText.h"
 #include "host/text/Complaint.h"
 #include "host/text/Counted.h"
@@ -260,10 +261,13 @@ private:
         };
         if (!std::all_of(names.begin(), names.end(), isText)) return false;
         if (!std::all_of(texts.begin(), texts.end(), isText)) return false;
-        const auto isPlain = [](std::string_view cell) { return unitOfName(plainText(cell)).empty(); };
-        const bool hasUnits = !std::all_of(names.begin(), names.end(), isPlain) &&
-                              std::all_of(texts.begin(), texts.end(), isPlain);
-        return hasUnits || getRepeats(texts);
+        const auto tells = [](std::string_view cell) {
+            const std::string name = plainText(cell);
+            return getIsTimeName(name) || !unitOfName(name).empty();
+        };
+        const bool isAboveNames =
+            std::any_of(names.begin(), names.end(), tells) && std::none_of(texts.begin(), texts.end(), tells);
+        return isAboveNames || getRepeats(texts);
     }
 
     static bool getRepeats(const std::vector<std::string_view>& cells) {

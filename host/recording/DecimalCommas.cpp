@@ -15,6 +15,9 @@ namespace {
 constexpr std::string_view kDigits = "0123456789";
 /// So many different decimals, none of which begins with a zero, are none: of decimals one in ten does.
 constexpr std::size_t kManyDecimals = 50;
+/// Where a number crosses so many whole ones, its decimals begin with more digits than those few.
+constexpr std::size_t kFewWholes = 3;
+constexpr std::size_t kFewFirstDigits = 3;
 /// So many different last digits, of ten, are those of decimals rather than of a flag or a button.
 constexpr std::size_t kManyDigits = 8;
 /// In fewer rows numbers with decimals may grow by chance from row to row.
@@ -95,12 +98,22 @@ DecimalCommas::Column DecimalCommas::columnOf(const std::vector<std::string_view
         seen.insert(text);
     }
     column.distinct = seen.size();
+    std::set<char> firstOnes;
+    for (const std::string_view text : seen) {
+        firstOnes.insert(text.front());
+        column.longOnes += text.size() > 1 ? 1 : 0;
+    }
+    column.firstOnes = firstOnes.size();
     if (cells.empty()) column.isWhole = column.isFraction = false;
     return column;
 }
 
 bool DecimalCommas::getIsPair(std::size_t behind) const {
-    return behind > 0 && behind < columns.size() && columns[behind].isFraction && columns[behind - 1].isWhole;
+    if (behind == 0 || behind >= columns.size()) return false;
+    const Column& front = columns[behind - 1];
+    const Column& decimals = columns[behind];
+    const bool lacksZeros = decimals.longOnes >= kManyDecimals && !decimals.hasZeros;
+    return front.isWhole && !front.hasZeros && decimals.isFraction && !lacksZeros;
 }
 
 std::size_t DecimalCommas::getMost() const {
@@ -147,10 +160,11 @@ bool DecimalCommas::getLooksLikePairs() const {
         const Column& front = columns[i - 1];
         const Column& decimals = columns[i];
         if (!getIsPair(i) || front.hasZeros || !decimals.isEven) return false;
-        if (front.isGrowing && rowCount >= kManyRows) return false;
+        const bool isSwept = front.distinct < kFewWholes || decimals.firstOnes > kFewFirstDigits;
+        if (rowCount >= kManyRows && (front.isGrowing || !isSwept)) return false;
         isLike = isLike && front.isEven && front.digits == decimals.digits;
         hasManyDigits = hasManyDigits || (decimals.digits == 1 && decimals.distinct >= kManyDigits);
-        if (decimals.digits > 1) distinct += decimals.distinct;
+        distinct += decimals.longOnes;
         hasLongOnes = hasLongOnes || decimals.digits > 1;
     }
     if (isLike || distinct >= kManyDecimals) return false;

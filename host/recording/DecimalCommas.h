@@ -33,10 +33,12 @@ private:
         bool isFraction = true; ///< Nothing but digits, maybe with an exponent.
         bool hasZeros = false;  ///< Some have a zero in front of digits.
         bool hasMinusZero = false;
-        bool isGrowing = true;    ///< From row to row, as counts and times do.
-        bool isEven = true;       ///< As many digits in every row.
-        std::size_t digits = 0;   ///< Of the last row.
-        std::size_t distinct = 0; ///< Texts.
+        bool isGrowing = true;     ///< From row to row, as counts and times do.
+        bool isEven = true;        ///< As many digits in every row.
+        std::size_t digits = 0;    ///< Of the last row.
+        std::size_t distinct = 0;  ///< Texts,
+        std::size_t longOnes = 0;  ///< those of them with several digits,
+        std::size_t firstOnes = 0; ///< and the characters that they begin with.
     };
     static Column columnOf(const std::vector<std::string_view>& cells);
     bool getIsPair(std::size_t behind) const;

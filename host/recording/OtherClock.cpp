@@ -3,6 +3,7 @@
 
 #include "host/recording/RecordingForms.h"
 #include "host/ends/TimeStampWatch.h"
+#include "host/recording/TimeNames.h"
 #include "host/recording/UnitText.h"
 
 #include <algorithm>
@@ -27,10 +28,10 @@ bool isNameOfTime(const std::string& name) {
     for (const char c : name.substr(0, name.find_first_of("([")))
         if (c != ' ' && c != '_' && c != '-')
             word += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    constexpr std::array<std::string_view, 11> kWords{"time",   "timestamp", "seconds", "milliseconds",
-                                                      "ms",     "epoch",     "zeit",    "temps",
-                                                      "tiempo", "tempo",     "tijd"};
-    return name == "t" || std::find(kWords.begin(), kWords.end(), word) != kWords.end();
+    const auto names = timeNames();
+    return name == "t" || std::any_of(names.begin(), names.end(), [&](const TimeName& known) {
+               return known.isClock && known.word == word;
+           });
 }
 
 /// Rows a second by one column: of the possible units the one that comes nearest to `rate`, and nothing when

@@ -4,6 +4,7 @@
 #include "host/ends/RecordingException.h"
 #include "host/recording/ColumnPattern.h"
 #include "host/recording/CsvCells.h"
+#include "host/recording/TimeNames.h"
 #include "host/recording/UnitText.h"
 #include "host/text/Complaint.h"
 #include "host/text/Printable.h"
@@ -36,27 +37,6 @@ struct Unit {
 };
 constexpr std::array kUnits{Unit{"s", "seconds", 1.0}, Unit{"ms", "milliseconds", 1e3},
                             Unit{"us", "microseconds", 1e6}, Unit{"ns", "nanoseconds", 1e9}};
-
-/// In the order in which they are looked for.
-constexpr std::array<std::string_view, 18> kTimeNames{
-    "time",        "timestamp",    "t",     "datetime", "seconds",    "elapsed", "timeelapsed",
-    "elapsedtime", "milliseconds", "ms",    "epoch",    "sampletime", "zeit",    "zeitstempel",
-    "temps",       "tiempo",       "tempo", "tijd"};
-
-/// Of these, those that mean a pace and temperatures as well.
-constexpr std::array<std::string_view, 2> kOtherWords{"temps", "tempo"};
-
-/// `Time (s)`, `time_stamp`, `t_us` and `timestampNs` without blanks, signs and units.
-std::string plainName(const Column& column) {
-    const std::string name = nameWithoutUnit(column.name);
-    if (name == "T") return {}; // may well be a temperature
-    std::vector<std::string> words = wordsOfName(name);
-    if (words.size() > 1 && unitsPerSecond(words.back())) words.pop_back();
-    std::string text;
-    for (const std::string& word : words)
-        text += word;
-    return text;
-}
 
 class TimeSniffing {
 public:
@@ -111,8 +91,9 @@ private:
         const auto time = findPlain("time");
         if (date && time && kindOf(*date) == CellKind::Time && kindOf(*time) == CellKind::Time)
             return {*date, *time};
-        for (const std::string_view name : kTimeNames)
-            if (const auto found = findPlain(name); found && getMeansTime(*found)) return {*found};
+        for (const TimeName& name : timeNames())
+            if (const auto found = findPlain(name.word); found && (!name.isUnclear || getMeansTime(*found)))
+                return {*found};
         // Without names a table has times where it has a column of them.
         for (std::size_t i = 0; i < evidence.columns.size() && !evidence.dialect.hasHeader; ++i)
             if (kindOf(i) == CellKind::Time) return {i};
@@ -121,18 +102,15 @@ private:
 
     std::optional<std::size_t> findPlain(std::string_view name) const {
         for (std::size_t i = 0; i < evidence.columns.size(); ++i)
-            if (plainName(evidence.columns[i]) == name) return i;
+            if (plainTimeName(evidence.columns[i].name) == name) return i;
         return std::nullopt;
     }
 
-    /// Whether more than a word tells that a column holds times, where the word has other meanings.
+    /// Whether more than its name tells that a column holds times.
     bool getMeansTime(std::size_t column) const {
         const Column& named = evidence.columns[column];
-        const std::string word = plainName(named);
-        if (std::find(kOtherWords.begin(), kOtherWords.end(), word) == kOtherWords.end()) return true;
-        const std::vector<std::string> words = wordsOfName(named.name);
         return kindOf(column) == CellKind::Time || unitsPerSecond(named.unit) ||
-               (words.size() > 1 && unitsPerSecond(words.back()));
+               getNamesUnitOfTime(named.name);
     }
 
     /// Of most cells of a column, as far as any holds something.

@@ -43,6 +43,15 @@ std::string wholeNumbers(int columns, int rows, int below, int from) {
     return text;
 }
 
+/// Two numbers of three digits and two of two, which hardly change.
+std::string atRest() {
+    std::string text;
+    for (int i = 0; i < 100; ++i)
+        text += std::to_string(512 + i % 5) + "," + std::to_string(48 + i % 3) + "," +
+                std::to_string(601 + i % 4) + "," + std::to_string(52 + i % 7) + "\n";
+    return text;
+}
+
 /// The complaint without the path; or `N columns`.
 std::string readingOf(const std::string& text, const ReadingWishes& wishes = {}) {
     const Support::TemporaryFolder folder;
@@ -125,6 +134,9 @@ TEST(DecimalCommasTest, WholeNumbersAreStillRead) {
         {"a converter's, four", wholeNumbers(4, 100, 1024, 0), "4 columns"},
         {"of one length", wholeNumbers(6, 30, 600, 400), "6 columns"},
         {"of one length, below zero", wholeNumbers(6, 100, 3000, -3000), "6 columns"},
+        {"a converter's at rest", atRest(), "4 columns"},
+        {"a converter's below a key and a value", "Device,A 1\nMode,raw\n" + wholeNumbers(4, 100, 1024, 0),
+         "4 columns"},
         {"milliseconds and a value", "1000,512\n1010,513\n1020,511\n", "2 columns"},
         {"a value and a flag", "512,0\n513,1\n9,0\n", "2 columns"},
         {"days and months filled up", "2019,08,06,10,25,50\n2019,08,06,10,25,51\n", "6 columns"},

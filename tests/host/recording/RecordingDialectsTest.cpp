@@ -393,6 +393,7 @@ TEST_F(DialectTest, ABadFirstRowIsOneAndTakesNoNamesAway) {
     }
     // Lines that look like it, and aren't.
     EXPECT_EQ(read("Device;A 1\nSerial;B 1\ntime (s);x\n" + rest).columns, (Strings{"time (s)", "x"}));
+    EXPECT_EQ(read("Range (g);low\ntime;x\n" + rest).columns, (Strings{"time", "x"}));
     EXPECT_EQ(read("time;x\ns;g\n" + rest).columns, (Strings{"time", "x"}));
     EXPECT_EQ(read("time;a\ns;s\n" + rest).units, (Strings{"s", "s"}));
 }
