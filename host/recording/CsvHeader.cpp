@@ -91,6 +91,74 @@ private:
     std::size_t taken = 0;
 };
 
+/// The steps of finding, from the rows upwards.
+class Finding {
+public:
+    explicit Finding(const HeaderSearch& wholeSearch)
+        : search(wholeSearch), above(wholeSearch), isTold(wholeSearch.headerRows.has_value()) {}
+
+    CsvHeader get() {
+        if (isTold && *search.headerRows == 0 && !search.hasUnitsRow.value_or(false)) return {};
+        takeIndexName();
+        takeUnits();
+        if (!cells && (search.isLineAboveName || isTold)) cells = above.look(true);
+        if (!cells || (isTold && *search.headerRows == 0)) {
+            header.rows = above.getTaken();
+            if (!isTold && header.rows == 0) takeComment();
+        } else {
+            takeNames();
+            header.rows = above.getTaken();
+        }
+        return header;
+    }
+
+private:
+    void takeIndexName() {
+        cells = above.look();
+        if (!cells || !isIndexName(*cells) || search.lines.size() <= 2) return;
+        indexName = plainText(cells->front());
+        above.take();
+        cells = above.look();
+    }
+
+    void takeUnits() {
+        if (!cells || !search.hasUnitsRow.value_or(isUnitsRow(*cells) && search.lines.size() > 1)) return;
+        header.units = textsOf(*cells, search.width == 0 ? cells->size() : search.width);
+        above.take();
+        cells = above.look();
+    }
+
+    void takeComment() {
+        const Cells commented = cellsOf(search.comment, search.separator, search.width + 1);
+        if (search.width > 1 && commented.size() == search.width)
+            header.names = textsOf(commented, search.width);
+    }
+
+    /// And those of their groups.
+    void takeNames() {
+        above.take();
+        header.endsWithSeparator =
+            cells->size() > 1 && isEmptyCell(cells->back()) && cells->size() == search.width + 1;
+        const std::size_t width = cells->size() - (header.endsWithSeparator ? 1 : 0);
+        header.names = textsOf(*cells, width);
+        std::optional<Cells> groups = above.look();
+        if (groups && groups->size() > width) groups->resize(width);
+        if (groups && (isTold ? *search.headerRows == 2 : isGroupRow(*groups))) {
+            header.names = joined(*groups, *cells, width);
+            above.take();
+        }
+        if (!indexName.empty()) header.names.front() = indexName;
+        if (!header.units.empty()) header.units.resize(header.names.size());
+    }
+
+    const HeaderSearch& search;
+    Above above;
+    const bool isTold; ///< How many rows there are.
+    CsvHeader header;
+    std::optional<Cells> cells; ///< Of the line that is looked at.
+    std::string indexName;
+};
+
 } // namespace
 
 bool getIsHeaderRow(const Cells& names, const Cells& below) {
@@ -98,48 +166,7 @@ bool getIsHeaderRow(const Cells& names, const Cells& below) {
 }
 
 CsvHeader findHeader(const HeaderSearch& search) {
-    CsvHeader header;
-    Above above(search);
-    const bool isTold = search.headerRows.has_value();
-    if (isTold && *search.headerRows == 0 && !search.hasUnitsRow.value_or(false)) return header;
-
-    std::optional<Cells> cells = above.look();
-    std::string indexName;
-    if (cells && isIndexName(*cells) && search.lines.size() > 2) {
-        indexName = plainText(cells->front());
-        above.take();
-        cells = above.look();
-    }
-    if (cells && search.hasUnitsRow.value_or(isUnitsRow(*cells) && (search.lines.size() > 1))) {
-        header.units = textsOf(*cells, search.width == 0 ? cells->size() : search.width);
-        above.take();
-        cells = above.look();
-    }
-    if (!cells && (search.isLineAboveName || isTold)) cells = above.look(true);
-    if (!cells || (isTold && *search.headerRows == 0)) {
-        header.rows = above.getTaken();
-        const Cells commented = cellsOf(search.comment, search.separator, search.width + 1);
-        const bool isHeader =
-            !isTold && header.rows == 0 && search.width > 1 && commented.size() == search.width;
-        if (isHeader) header.names = textsOf(commented, search.width);
-        return header;
-    }
-    above.take();
-    const bool hasExtra =
-        cells->size() > 1 && isEmptyCell(cells->back()) && cells->size() == search.width + 1;
-    header.endsWithSeparator = hasExtra;
-    const std::size_t width = cells->size() - (hasExtra ? 1 : 0);
-    header.names = textsOf(*cells, width);
-    std::optional<Cells> groups = above.look();
-    if (groups && groups->size() > width) groups->resize(width);
-    if (groups && (isTold ? *search.headerRows == 2 : isGroupRow(*groups))) {
-        header.names = joined(*groups, *cells, width);
-        above.take();
-    }
-    if (!indexName.empty()) header.names.front() = indexName;
-    if (!header.units.empty()) header.units.resize(header.names.size());
-    header.rows = above.getTaken();
-    return header;
+    return Finding(search).get();
 }
 
 } // namespace Quillmere::Host

@@ -4,6 +4,7 @@
 #include "host/ends/RecordingException.h"
 #include "host/recording/CsvCells.h"
 #include "host/recording/CsvHeader.h"
+#include "host/recording/CsvSplit.h"
 #include "host/recording/DecimalCommas.h"
 #include "host/recording/TimeNames.h"
 #include "host/recording/UnitText.h"
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -23,18 +23,14 @@ namespace Quillmere::Host {
 namespace {
 
 constexpr std::size_t kLinesScored = 200;
-constexpr char kNoSeparator = '\0'; ///< One column.
-constexpr std::array kSeparators{',', ';', '\t', '|'};
 constexpr std::array<std::string_view, 3> kComments{"#", "//", "%"};
-
-using Lines = std::vector<std::string_view>;
 
 bool isBlankLine(std::string_view line) {
     return trimmed(line).empty();
 }
 
-Lines linesOf(std::string_view head, bool isWhole) {
-    Lines lines;
+CsvLines linesOf(std::string_view head, bool isWhole) {
+    CsvLines lines;
     while (!head.empty()) {
         const std::size_t end = head.find('\n');
         if (end == std::string_view::npos && !isWhole) break;
@@ -62,118 +58,22 @@ bool getMayHaveThousands(std::string_view text) {
            text.size() == comma + 4 && areDigits(text.substr(0, comma)) && areDigits(text.substr(comma + 1));
 }
 
-/// How well a separator and a decimal sign make a table of numbers out of lines.
-struct Split {
-    char separator = ',';
-    char decimal = '.';
-    std::size_t width = 0;  ///< Cells of those lines that have the most numbers and times.
-    std::size_t fits = 0;   ///< Cells of such lines that are numbers or times,
-    std::size_t others = 0; ///< and those that are text.
-
-    /// Many numbers, and few other texts between them.
-    double getScore() const {
-        const auto all = static_cast<double>(fits + others);
-        return all > 0.0 ? static_cast<double>(fits) * static_cast<double>(fits) / all : 0.0;
-    }
-};
-
 /// A line ends in a separator without a cell behind it.
 bool endsEmpty(const std::vector<std::string_view>& cells) {
     return cells.size() > 1 && trimmed(cells.back()).empty();
 }
 
-Split splitOf(const Lines& lines, char separator, char decimal, const ReadingWishes& wishes) {
-    std::map<std::size_t, Split> ofWidth;
-    for (const std::string_view line : lines) {
-        const auto cells =
-            separator == kNoSeparator ? std::vector<std::string_view>{line} : cellsOf(line, separator);
-        Split& split = ofWidth[cells.size()];
-        split.width = cells.size();
-        std::size_t fits = 0;
-        std::size_t others = 0;
-        for (const std::string_view cell : cells) {
-            const CellKind kind = cellKindOf(cell, decimal, wishes);
-            if (kind == CellKind::Text) ++others;
-            if (kind == CellKind::Number || kind == CellKind::Time) ++fits;
-        }
-        if (fits == 0) continue; // a line of names tells nothing about numbers
-        split.fits += fits;
-        split.others += others;
-    }
-    Split best;
-    for (const auto& [width, split] : ofWidth)
-        if (best.width == 0 || split.fits > best.fits) best = split;
-    best.separator = separator;
-    best.decimal = decimal;
-    return best;
-}
-
-/// The best of those that `wishes` leaves; a comma and a point where nothing is better.
-Split bestSplit(const Lines& lines, const ReadingWishes& wishes) {
-    Split best;
-    const auto look = [&](char separator, char decimal) {
-        if (wishes.separator && separator != *wishes.separator) return;
-        if (wishes.decimal && decimal != *wishes.decimal) return;
-        const Split split = splitOf(lines, separator, decimal, wishes);
-        if (split.width < 2 && separator != kNoSeparator && !wishes.separator) return;
-        if (best.width == 0 || split.getScore() > best.getScore()) best = split;
-    };
-    for (const char separator : kSeparators)
-        look(separator, '.');
-    for (const char separator : kSeparators) // between commas, numbers with a comma are quoted
-        look(separator, ',');
-    if (best.width == 0 && !wishes.separator) {
-        look(kNoSeparator, '.');
-        look(kNoSeparator, ',');
-    }
-    if (best.width == 0) best.separator = wishes.separator.value_or(',');
-    return best;
-}
-
-/// What stands in each column of rows: that of most of their cells.
-std::vector<CellKind> signatureOf(const Lines& lines, const Split& split, const ReadingWishes& wishes) {
-    std::vector<std::array<std::size_t, 4>> counts(split.width);
-    for (const std::string_view line : lines) {
-        const auto cells = cellsOf(line, split.separator, split.width + 1);
-        if (cells.size() != split.width) continue;
-        for (std::size_t i = 0; i < split.width; ++i)
-            ++counts[i][static_cast<std::size_t>(cellKindOf(cells[i], split.decimal, wishes))];
-    }
-    std::vector<CellKind> kinds;
-    for (auto& count : counts) {
-        count[0] = 0; // an empty cell says nothing, where others do
-        const auto most = std::max_element(count.begin(), count.end());
-        kinds.push_back(*most == 0 ? CellKind::Empty : static_cast<CellKind>(most - count.begin()));
-    }
-    return kinds;
-}
-
-/// Whether a line is a row: numbers where rows have them, and times.
-bool isRow(std::string_view line, const Split& split, const std::vector<CellKind>& signature,
-           const ReadingWishes& wishes) {
-    const auto cells = cellsOf(line, split.separator, split.width + 1);
-    if (cells.size() != split.width) return false;
-    bool hasOne = false;
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (signature[i] != CellKind::Number && signature[i] != CellKind::Time) continue;
-        const CellKind kind = cellKindOf(cells[i], split.decimal, wishes);
-        if (kind == CellKind::Text) return false;
-        hasOne = hasOne || kind == signature[i];
-    }
-    return hasOne;
-}
-
 /// The steps of sniffing, over the lines of a file's begin.
 class Sniffing {
 public:
-    Sniffing(const std::string& filePath, const ReadingWishes& allWishes, Lines allLines)
+    Sniffing(const std::string& filePath, const ReadingWishes& allWishes, CsvLines allLines)
         : path(filePath), wishes(allWishes), lines(std::move(allLines)) {}
 
     CsvDialect get() {
         if (!wishes.getHasForm() && getIsPlain()) return {};
         takeFirstLines();
         sortLines();
-        Lines last = content;
+        CsvLines last = content;
         if (last.size() > kLinesScored)
             last.erase(last.begin(), last.end() - static_cast<std::ptrdiff_t>(kLinesScored));
         split = bestSplit(last, fixedWishes);
@@ -191,7 +91,7 @@ public:
 private:
     /// Whether the plain form fits: a row of names, and rows of as many cells, most of them numbers.
     bool getIsPlain() const {
-        Lines rows;
+        CsvLines rows;
         std::string_view header;
         for (const std::string_view line : lines) {
             if (isBlankLine(line) || (header.empty() && line.starts_with('#'))) continue;
@@ -206,7 +106,7 @@ private:
             rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(kLinesScored / 2),
                        rows.end() - static_cast<std::ptrdiff_t>(kLinesScored / 2));
         const auto names = cellsOf(header, ',');
-        const Split best = bestSplit(rows, wishes);
+        const CsvSplit best = bestSplit(rows, wishes);
         if (best.width == 0 || best.fits == 0) return true; // no numbers: nothing to be found out
         if (best.separator == kNoSeparator)
             return names.size() == 1 && best.decimal == '.' && !isNumberRow(names);
@@ -397,7 +297,7 @@ private:
 
     /// `1.234,5` between semicolons, which no other way to read a line should hide: so it is asked about
     /// where half of the lines are numbers only if some signs stand between thousands.
-    void refuseThousandsIn(const Lines& rows) const {
+    void refuseThousandsIn(const CsvLines& rows) const {
         for (const char separator : {';', '\t', '|'})
             for (const char sign : {',', '.'}) {
                 if (separator == split.separator) continue;
@@ -494,27 +394,16 @@ private:
     const std::string& path;
     const ReadingWishes& wishes;
     ReadingWishes fixedWishes; ///< With what a `sep=` line says.
-    Lines lines;
+    CsvLines lines;
     std::size_t first = 0; ///< The first line that counts.
-    Lines content;
+    CsvLines content;
     std::vector<std::size_t> places; ///< Of content among all lines.
-    Split split;
+    CsvSplit split;
     std::vector<CellKind> signature;
     std::size_t width = 0; ///< Columns.
 };
 
 } // namespace
-
-CellKind cellKindOf(std::string_view cell, char decimal, const ReadingWishes& wishes) {
-    constexpr std::array<std::string_view, 6> kMissing{"NA", "N/A", "n/a", "null", "NULL", "-"};
-    const std::string_view text = trimmed(unquoted(cell));
-    if (text.empty() || std::find(kMissing.begin(), kMissing.end(), text) != kMissing.end() ||
-        std::find(wishes.missing.begin(), wishes.missing.end(), text) != wishes.missing.end())
-        return CellKind::Empty;
-    double value = 0.0;
-    if (cellToNumber(text, decimal, value) != NumberFault::NoNumber) return CellKind::Number;
-    return getIsTimeText(text) ? CellKind::Time : CellKind::Text;
-}
 
 CsvSniffer::CsvSniffer(std::string filePath, const ReadingWishes& allWishes)
     : path(std::move(filePath)), wishes(allWishes) {}

@@ -13,10 +13,6 @@ namespace Quillmere::Host {
 /// As much of a file as is looked at, and as many lines.
 inline constexpr std::size_t kSniffedBytes = std::size_t{1} << 16;
 
-enum class CellKind { Empty, Number, Time, Text };
-/// What is in a cell. A text that stands for a missing value is as good as none. [any]
-QUILLMERE_API CellKind cellKindOf(std::string_view cell, char decimal, const ReadingWishes& wishes);
-
 /// Finds out how a table is written.
 ///
 /// A table that the plain form fits (commas, points, a row of names above rows of as many cells) is taken for

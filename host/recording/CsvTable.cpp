@@ -4,6 +4,7 @@
 #include "host/ends/RecordingException.h"
 #include "host/recording/CsvCells.h"
 #include "host/recording/CsvSniffer.h"
+#include "host/recording/CsvSplit.h"
 #include "host/recording/Dialect.h"
 #include "host/recording/FormText.h"
 #include "host/recording/RecordingProfile.h"

@@ -2,7 +2,8 @@
 #pragma once
 
 #include "framework/core/Api.h"
-#include "host/recording/CsvSniffer.h"
+#include "host/recording/CsvDialect.h"
+#include "host/recording/CsvSplit.h"
 
 #include <array>
 #include <span>

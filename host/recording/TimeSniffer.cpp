@@ -4,6 +4,7 @@
 #include "host/ends/RecordingException.h"
 #include "host/recording/ColumnPattern.h"
 #include "host/recording/CsvCells.h"
+#include "host/recording/CsvSplit.h"
 #include "host/recording/TimeNames.h"
 #include "host/recording/UnitText.h"
 #include "host/text/Complaint.h"
