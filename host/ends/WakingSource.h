@@ -18,11 +18,11 @@ public:
     /// What has something to read as soon as `getIsPrepared` may be true: a pipe, a socket, a device or an
     /// event. It is watched only. Requires: open. [any]
     virtual int getDescriptor() const = 0;
-    /// Whether more has come already, though `getIsPrepared` was false: it is to be asked again at once, since
-    /// the descriptor may have nothing more to read. [run]
+    /// Whether more has come already, though `getIsPrepared` was false: it is to be asked again at once,
+    /// since the descriptor may have nothing more to read. [run]
     virtual bool getHasMore() const { return false; }
-    /// From then on a `prepare` that waits, or reads for long, raises `InterruptedException` when a stop is requested. Requires:
-    /// open. [setup]
+    /// From then on a `prepare` that waits, or reads for long, raises `InterruptedException` when a stop is
+    /// requested. Requires: open. [setup]
     virtual void setStop(const std::stop_token& stop) = 0;
     /// The same of `open`, where that waits. Requires: not open. [setup]
     virtual void setStopOfOpening(const std::stop_token&) {}

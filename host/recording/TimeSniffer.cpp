@@ -131,8 +131,11 @@ private:
         kind = kindOf(plan.columns.front());
         for (const auto& row : evidence.rows) {
             std::string text;
-            for (const std::size_t column : plan.columns)
-                if (column < row.size()) text += (text.empty() ? "" : " ") + plainText(row[column]);
+            for (const std::size_t column : plan.columns) {
+                if (column >= row.size()) continue;
+                if (!text.empty()) text += ' ';
+                text += plainText(row[column]);
+            }
             if (!text.empty()) texts.push_back(std::move(text));
         }
     }
