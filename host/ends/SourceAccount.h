@@ -28,8 +28,11 @@ struct SourceAccount {
     };
     /// What was done about times since the graph asks for it.
     struct TimeRepairs {
-        Finding duplicates;           ///< Rows left out, whole or in part, that repeat the time stamp before,
+        /// Rows left out, whole or in part, that repeat the time stamp before,
+        Finding duplicates;
         Finding backward;             ///< and those that go back.
+        Finding wildest;              ///< Of these the most behind one stamp far ahead, whose row is `first`.
+        Finding behindEnd;            ///< Rows left out that alone lie behind the end.
         Finding gaps;                 ///< Steps of more than the limit that weren't kept as they are.
         double gapLimit = 0.0;        ///< Seconds.
         bool isHeld = false;          ///< Gaps were filled with the values in front of them, else with nan.

@@ -62,14 +62,10 @@ RepairedRows::Row RepairedRows::take() {
     if (taken == RecordingRows::Row::Skipped) return Row::Skipped;
     if (!isRepairing) return taken == RecordingRows::Row::Taken ? Row::Taken : Row::End;
     if (!repair) begin(taken != RecordingRows::Row::End);
-    if (taken == RecordingRows::Row::End) {
-        repair->finish();
-    } else {
-        copyRow();
-        if (auto fault = repair->take(read)) {
-            fault->where.file = getReader().getPlace();
-            throw RecordingException(*fault);
-        }
+    if (taken == RecordingRows::Row::Taken) copyRow();
+    if (auto fault = taken == RecordingRows::Row::Taken ? repair->take(read) : repair->finish()) {
+        fault->where.file = getReader().getPlace();
+        throw RecordingException(*fault);
     }
     mayHaveMore = true;
     const Row row = takeNext();

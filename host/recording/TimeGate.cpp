@@ -3,7 +3,6 @@
 
 #include "host/text/ShortestText.h"
 
-#include <algorithm>
 #include <limits>
 
 namespace Quillmere::Host {
@@ -19,7 +18,8 @@ TimeGate::Answer TimeGate::judge(TimedRow& row) {
         ++earlyRows;
         return Answer::Early;
     }
-    if (row.time >= end) return Answer::Over;
+    if (row.time >= end) return Answer::Behind;
+    isShared = false;
     Answer answer = row.time < largest ? judgeBackward(row) : Answer::Counts;
     if (answer == Answer::Counts && row.time == last) answer = judgeDuplicate(row);
     if (answer == Answer::Counts) remember(row);
@@ -32,6 +32,7 @@ TimeGate::Answer TimeGate::judgeBackward(const TimedRow& row) {
         break;
     case OnBackward::Drop:
         backward.note(spotOf(row, largest));
+        noteBehindLargest(row);
         return Answer::LeftOut;
     case OnBackward::Error:
         fault.emplace(Place{},
@@ -43,17 +44,24 @@ TimeGate::Answer TimeGate::judgeBackward(const TimedRow& row) {
     return Answer::Counts;
 }
 
+void TimeGate::noteBehindLargest(const TimedRow& row) {
+    if (behindPeak++ == 0) isPeakOdd = row.time >= peak.before;
+    if (!isPeakOdd || behindPeak <= wildest.count) return;
+    wildest.count = behindPeak;
+    wildest.first = peak;
+}
+
 TimeGate::Answer TimeGate::judgeDuplicate(TimedRow& row) {
-    if (onDuplicate == OnDuplicate::Keep) return Answer::Counts;
     bool repeats = false;
     bool hasNew = false;
     for (std::size_t pin = 0; pin < hasHad.size(); ++pin) {
         if (row.hasSample[pin] == 0) continue;
         const bool isRepeated = hasHad[pin] != 0;
         (isRepeated ? repeats : hasNew) = true;
-        if (isRepeated) row.hasSample[pin] = 0;
+        if (isRepeated && onDuplicate != OnDuplicate::Keep) row.hasSample[pin] = 0;
     }
-    if (!repeats) return Answer::Counts;
+    isShared = !repeats || onDuplicate == OnDuplicate::Drop;
+    if (!repeats || onDuplicate == OnDuplicate::Keep) return Answer::Counts;
     if (onDuplicate == OnDuplicate::Error) {
         fault.emplace(Place{}, "the time stamp of the row before, " + shortestText(row.time) + " s",
                       "another for each row, or 'duplicates: drop' to leave out such rows");
@@ -68,7 +76,10 @@ void TimeGate::remember(const TimedRow& row) {
     for (std::size_t pin = 0; pin < hasHad.size(); ++pin)
         hasHad[pin] = static_cast<char>(row.hasSample[pin] != 0 || (!isNew && hasHad[pin] != 0));
     last = row.time;
-    largest = std::max(largest, row.time);
+    if (!(row.time > largest)) return;
+    peak = spotOf(row, largest);
+    largest = row.time;
+    behindPeak = 0;
 }
 
 SourceAccount::Spot TimeGate::spotOf(const TimedRow& row, double before) const {
@@ -78,6 +89,7 @@ SourceAccount::Spot TimeGate::spotOf(const TimedRow& row, double before) const {
 void TimeGate::tell(SourceAccount::TimeRepairs& repairs) const {
     repairs.duplicates = duplicates;
     repairs.backward = backward;
+    repairs.wildest = wildest;
     repairs.earlyRows = earlyRows;
     repairs.lastSeen = lastSeen;
 }

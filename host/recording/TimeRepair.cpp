@@ -11,13 +11,13 @@
 namespace Quillmere::Host {
 
 namespace {
-std::string cutText(const TimeRepairPlan& plan) {
+std::string cutText(const TimeRepairPlan& plan, std::uint64_t earlyRows) {
     const bool hasStart = plan.start > -TimeRepairPlan::kForever;
     const bool hasEnd = plan.end < TimeRepairPlan::kForever;
     if (!hasStart && !hasEnd) return "";
-    return "rows " + (hasStart ? "before " + shortestText(plan.start) + " s" : "") +
-           (hasStart && hasEnd ? " and " : "") + (hasEnd ? "from " + shortestText(plan.end) + " s on" : "") +
-           " are left out";
+    return (hasStart ? counted(earlyRows, "row") + " before " + shortestText(plan.start) + " s" : "") +
+           (hasStart && hasEnd ? " and " : "") +
+           (hasEnd ? "all rows from " + shortestText(plan.end) + " s on" : "") + " left out";
 }
 } // namespace
 
@@ -30,14 +30,16 @@ TimeRepair::TimeRepair(TimeRepairPlan repairPlan) : plan(std::move(repairPlan)),
 
 std::optional<Complaint> TimeRepair::take(TimedRow& row) {
     isEarly = false;
-    switch (gate.judge(row)) {
+    const TimeGate::Answer answer = gate.judge(row);
+    if (isBehind && answer != TimeGate::Answer::Behind) forgetBehind();
+    switch (answer) {
     case TimeGate::Answer::Early:
         isEarly = true;
         return takeEarly(row);
     case TimeGate::Answer::LeftOut:
         return std::nullopt;
-    case TimeGate::Answer::Over:
-        return takeLast(row);
+    case TimeGate::Answer::Behind:
+        return takeBehind(row);
     case TimeGate::Answer::Refused:
         return gate.getFault();
     case TimeGate::Answer::Counts:
@@ -47,7 +49,8 @@ std::optional<Complaint> TimeRepair::take(TimedRow& row) {
     const bool isGap = findGap(row);
     const bool isRepaired = isGap && (filler || resampler);
     if (isRepaired) gaps.note({row.row, row.line, last, row.time});
-    if (isRepaired && !isFirst)
+    const bool isRepeatMeant = gate.getIsShared() && (resampler || plan.onDuplicate != OnDuplicate::Keep);
+    if ((isRepaired && !isFirst) || isRepeatMeant)
         watch.skipTo(row.time);
     else
         watch.take(row.time, row.row, row.line);
@@ -64,15 +67,26 @@ std::optional<Complaint> TimeRepair::takeEarly(const TimedRow& row) {
     return pass(row);
 }
 
+/// One stamp at or behind the end may be wrong; with the second it is over.
+std::optional<Complaint> TimeRepair::takeBehind(const TimedRow& row) {
+    if (isBehind) return finish();
+    isBehind = true;
+    behind = row;
+    return std::nullopt;
+}
+
+/// Time isn't over after all.
+void TimeRepair::forgetBehind() {
+    behindEnd.note({behind.row, behind.line, hasLast ? last : behind.time, behind.time});
+    isBehind = false;
+}
+
 /// The first row behind the end leads to the last times in front of it.
-std::optional<Complaint> TimeRepair::takeLast(const TimedRow& row) {
-    std::optional<Complaint> fault;
-    if (resampler && rowsIn > 0) {
-        if (findGap(row)) gaps.note({row.row, row.line, last, row.time});
-        fault = pass(row);
-    }
-    finish();
-    return fault;
+std::optional<Complaint> TimeRepair::takeLast() {
+    isBehind = false;
+    if (!resampler || rowsIn == 0) return std::nullopt;
+    if (findGap(behind)) gaps.note({behind.row, behind.line, last, behind.time});
+    return pass(behind);
 }
 
 std::optional<Complaint> TimeRepair::pass(const TimedRow& row) {
@@ -89,9 +103,12 @@ bool TimeRepair::findGap(const TimedRow& row) {
     return hasLast && getIsGap(last, row.time, plan.gapLimit);
 }
 
-void TimeRepair::finish() {
+std::optional<Complaint> TimeRepair::finish() {
+    std::optional<Complaint> fault;
+    if (isBehind) fault = takeLast();
     isOver = true;
     if (resampler) resampler->finish();
+    return fault;
 }
 
 const TimedRow* TimeRepair::next() {
@@ -111,10 +128,11 @@ void TimeRepair::tell(SourceAccount& account) const {
     account.lastTime = lastTime;
     SourceAccount::TimeRepairs& repairs = account.repairs;
     gate.tell(repairs);
+    repairs.behindEnd = behindEnd;
     repairs.gaps = gaps;
     repairs.gapLimit = plan.gapLimit;
     repairs.isHeld = plan.onGap == OnGap::Hold;
-    if (const std::string cut = cutText(plan); !cut.empty()) account.notes.push_back(cut);
+    if (const std::string cut = cutText(plan, repairs.earlyRows); !cut.empty()) account.notes.push_back(cut);
     if (filler) {
         repairs.rowsFilled = filler->getRowsMade();
         repairs.gapsLeft = filler->getGapsLeft();

@@ -26,8 +26,8 @@ public:
     /// row and ends the run, without its place. Requires: `next` gave null, and more rows are wanted; the row
     /// stays as it is until `next` gives null again. [run]
     std::optional<Complaint> take(TimedRow& row);
-    /// No more rows come. [run]
-    void finish();
+    /// No more rows come. What it gives back is as that of `take`. [run]
+    std::optional<Complaint> finish();
     /// Whether rows that come now would count for nothing. [run]
     bool getIsOver() const { return isOver; }
     /// Whether the last row was one in front of the start. [run]
@@ -42,7 +42,9 @@ public:
 
 private:
     std::optional<Complaint> takeEarly(const TimedRow& row);
-    std::optional<Complaint> takeLast(const TimedRow& row);
+    std::optional<Complaint> takeBehind(const TimedRow& row);
+    std::optional<Complaint> takeLast();
+    void forgetBehind();
     std::optional<Complaint> pass(const TimedRow& row);
     bool findGap(const TimedRow& row);
 
@@ -55,7 +57,10 @@ private:
     bool isEarly = false;
     bool hasLast = false;
     double last = 0.0; ///< The time of the last row that was passed on.
+    bool isBehind = false;
+    TimedRow behind; ///< The row that was taken last, if it is at or behind the end.
     TimeStampWatch watch;
+    SourceAccount::Finding behindEnd;
     SourceAccount::Finding gaps;
     std::uint64_t rowsIn = 0; ///< That count,
     std::uint64_t rows = 0;   ///< and that came of them.

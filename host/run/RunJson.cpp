@@ -51,6 +51,7 @@ Text repairs(const SourceAccount& account) {
 Text timeRepairs(const SourceAccount::TimeRepairs& repairs) {
     return object({{"repeated", finding(repairs.duplicates)},
                    {"backward", finding(repairs.backward)},
+                   {"behindEnd", finding(repairs.behindEnd)},
                    {"gaps", finding(repairs.gaps)},
                    {"rowsFilled", count(repairs.rowsFilled)},
                    {"gapsLeft", count(repairs.gapsLeft)},

@@ -14,15 +14,26 @@ namespace Quillmere::Host {
 namespace {
 using Spot = SourceAccount::Spot;
 
+std::string placeText(const Spot& spot) {
+    return spot.line == 0 ? "in row " + std::to_string(spot.row) : "in line " + std::to_string(spot.line);
+}
+
 /// `3 time stamps go back, the first in line 512 (from 5.12 s to 5.11 s)`; `does` is the verb for one and for
 /// several.
 std::string timesText(const SourceAccount::Finding& finding, const char* doesOne, const char* doSeveral) {
     const Spot& spot = finding.first;
     const bool isOne = finding.count == 1;
     return counted(finding.count, "time stamp") + " " + (isOne ? doesOne : doSeveral) + ", " +
-           (isOne ? "" : "the first ") +
-           (spot.line == 0 ? "in row " + std::to_string(spot.row) : "in line " + std::to_string(spot.line)) +
-           " (from " + shortestText(spot.before) + " s to " + shortestText(spot.time) + " s)";
+           (isOne ? "" : "the first ") + placeText(spot) + " (from " + shortestText(spot.before) + " s to " +
+           shortestText(spot.time) + " s)";
+}
+
+/// A hint at a stamp that leaves out rows which may be right. One row that it leaves out is none: it may as
+/// well be that row.
+std::string wildText(const SourceAccount::Finding& wildest) {
+    if (wildest.count < 2) return "";
+    return "; of these " + counted(wildest.count, "row") + " behind the " + shortestText(wildest.first.time) +
+           " s " + placeText(wildest.first) + ", which may be the wrong time stamp itself";
 }
 
 /// What was done about times since the graph asks for it.
@@ -32,7 +43,12 @@ std::vector<std::string> repairTexts(const SourceAccount::TimeRepairs& repairs) 
         return finding.count == 1 ? "; its row is left out" : "; their rows are left out";
     };
     if (repairs.backward.count > 0)
-        texts.push_back(timesText(repairs.backward, "goes back", "go back") + leftOut(repairs.backward));
+        texts.push_back(timesText(repairs.backward, "goes back", "go back") + leftOut(repairs.backward) +
+                        wildText(repairs.wildest));
+    if (repairs.behindEnd.count > 0)
+        texts.push_back(timesText(repairs.behindEnd, "is behind 'end' while the next isn't",
+                                  "are behind 'end' while the next aren't") +
+                        leftOut(repairs.behindEnd));
     if (repairs.duplicates.count > 0)
         texts.push_back(timesText(repairs.duplicates, "repeats the one before", "repeat the one before") +
                         leftOut(repairs.duplicates));

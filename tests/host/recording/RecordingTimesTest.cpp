@@ -102,19 +102,34 @@ TEST_F(RecordingTimesTest, GapsAreFilledAndTold) {
 }
 
 TEST_F(RecordingTimesTest, StartAndEndCutTheRecording) {
-    folder.write("in.csv", "t,x\n0,1\n1,2\n2,4\n5,7\nno time,8\n");
+    folder.write("in.csv", "t,x\n0,1\n1,2\n2,4\n5,7\n6,7\nno time,8\n");
     EXPECT_EQ(result("start: 1, end: 5 s"), "t,p[0]\n1,2\n2,4\n") << "and what is behind isn't read";
     EXPECT_EQ(warningsOfRun(), "");
-    EXPECT_EQ(notes(), "rows before 1 s and from 5 s on are left out\n");
+    EXPECT_EQ(notes(), "1 row before 1 s and all rows from 5 s on left out\n");
     EXPECT_EQ(outcome.recordings[0].rows, 2u);
     EXPECT_EQ(result("end: 0.02 min"), "t,p[0]\n0,1\n1,2\n");
     EXPECT_EQ(result("start: 8, onBadRow: skip"), "t\n");
     EXPECT_NE(warningsOfRun().find("in.csv: warning: none of its rows counts by 'start' and 'end', the last "
-                                   "that was read being that of 5 s\n"),
+                                   "that was read being that of 6 s\n"),
               std::string::npos);
     EXPECT_EQ(run(graph("rate: 2, pins: {p: x}, start: 0.5, end: 1.5")), "");
     EXPECT_EQ(folder.read("out.csv"), "t,p[0]\n0.5,2\n1,4\n")
         << "a rate counts from the first row of the file";
+}
+
+TEST_F(RecordingTimesTest, AWrongStampIsTold) {
+    folder.write("in.csv", "t,x\n0,1\n1,2\n1000000,3\n2,4\n3,5\n4,6\n");
+    EXPECT_EQ(result("end: 100"), "t,p[0]\n0,1\n1,2\n2,4\n3,5\n4,6\n");
+    EXPECT_EQ(warningsOfRun(),
+              "in.csv: warning: 1 time stamp is behind 'end' while the next isn't, in line 4 "
+              "(from 1 s to 1e+06 s); its row is left out\n");
+    EXPECT_EQ(notes(), "all rows from 100 s on left out\n");
+    EXPECT_EQ(result("backwards: drop"), "t,p[0]\n0,1\n1,2\n1e+06,3\n");
+    EXPECT_EQ(
+        warningsOfRun().substr(0, warningsOfRun().find('\n')),
+        "in.csv: warning: 3 time stamps go back, the first in line 5 (from 1e+06 s to 2 s); their rows "
+        "are left out; of these 3 rows behind the 1e+06 s in line 4, which may be the wrong time stamp "
+        "itself");
 }
 
 TEST_F(RecordingTimesTest, StartAndEndMayBeDatesWhereTimesCountFromOne) {

@@ -178,8 +178,8 @@ TEST(TimeRepair, RowsAreCutFromTheStartOnAndReadingStopsAtTheEnd) {
     plan.start = 2;
     plan.end = 4;
     const Repaired repaired(plan, rowsAt({0, 1, 2, 3, 3.5, 4, 5, 6}));
-    EXPECT_EQ(repaired.text, "||2: 30|3: 40|3.5: 50||") << "the start counts, the end doesn't";
-    EXPECT_EQ(repaired.taken, 6u) << "and nothing behind it is read";
+    EXPECT_EQ(repaired.text, "||2: 30|3: 40|3.5: 50|||") << "the start counts, the end doesn't";
+    EXPECT_EQ(repaired.taken, 7u) << "and nothing is read behind the second that is behind it";
     EXPECT_EQ(repaired.account().rows, 3u);
     EXPECT_EQ(repaired.account().repairs.earlyRows, 2u);
     EXPECT_EQ(repaired.account().firstTime, 2.0);
@@ -187,6 +187,43 @@ TEST(TimeRepair, RowsAreCutFromTheStartOnAndReadingStopsAtTheEnd) {
     plan.end = TimeRepairPlan::kForever;
     plan.onBackward = OnBackward::Error;
     EXPECT_EQ(Repaired(plan, rowsAt({1, 0, 0, 2, 3})).text, "|||2: 40|3: 50|") << "cut rows break no rule";
+}
+
+TEST(TimeRepair, OneStampBehindTheEndIsWrongWhereTheNextIsNot) {
+    TimeRepairPlan plan;
+    plan.end = 100;
+    const Repaired repaired(plan, rowsAt({0, 1, 1000000, 2, 100, 3, 4, 200, 100, 5}));
+    EXPECT_EQ(repaired.text, "0: 10|1: 20||2: 40||3: 60|4: 70|||");
+    EXPECT_EQ(spotText(repaired.account().repairs.behindEnd), "2, line 4 from 1 to 1e+06");
+    EXPECT_EQ(spotText(Repaired(plan, rowsAt({0, 1, 100})).account().repairs.behindEnd), "none");
+    plan.resampleRate = 1;
+    plan.onBackward = OnBackward::Error;
+    EXPECT_EQ(Repaired(plan, rowsAt({0, 1000000, 2, 3})).text, "0: 10||1: 20, 2: 30|3: 40|");
+    plan.end = 3;
+    EXPECT_EQ(Repaired(plan, rowsAt({0, 1, 4})).text, "0: 10|1: 20||2: 23.333333333333332");
+    EXPECT_EQ(Repaired(plan, rowsAt({0, 1, 4, 5})).text, "0: 10|1: 20||2: 23.333333333333332|");
+}
+
+TEST(TimeRepair, AStampFarAheadIsToldByWhatItLeavesOut) {
+    TimeRepairPlan plan;
+    plan.onBackward = OnBackward::Drop;
+    const auto wildest = [&](const std::vector<double>& times) {
+        return spotText(Repaired(plan, rowsAt(times)).account().repairs.wildest);
+    };
+    EXPECT_EQ(wildest({0, 1, 50, 2, 3, 4}), "3, line 4 from 1 to 50");
+    EXPECT_EQ(wildest({0, 9, 1, 2, 10, 99, 11, 12, 13}), "3, line 7 from 10 to 99");
+    EXPECT_EQ(wildest({0, 1, 2, 3, 1, 2, 3, 4}), "none") << "rows that come again";
+    EXPECT_EQ(wildest({0, 1, 3, 2, 4}), "1, line 4 from 1 to 3");
+}
+
+TEST(TimeRepair, RowsThatShareAStampButNoPinAreNoneToTellOf) {
+    const std::vector<Given> rows{{0, {1, kNone}}, {0, {kNone, 2}}, {1, {3, kNone}}, {1, {kNone, 4}}};
+    TimeRepairPlan plan;
+    EXPECT_EQ(Repaired(plan, rows).account().equal.count, 2u);
+    plan.onDuplicate = OnDuplicate::Drop;
+    EXPECT_EQ(Repaired(plan, rows).account().equal.count, 0u);
+    EXPECT_EQ(Repaired(resampled(1), rows).account().equal.count, 0u);
+    EXPECT_EQ(Repaired(resampled(1), rowsAt({0, 1, 1, 2})).account().equal.count, 1u) << "one is lost";
 }
 
 TEST(TimeRepair, GapsAreFilledEvenlyByTheUsualStep) {
@@ -439,8 +476,8 @@ TEST(Resampling, TheStartIsTheOriginOfItsTimes) {
     plan.end = 2.75;
     const std::vector<Given> rows{{0, {0}}, {0.5, {5}}, {1.5, {15}}, {2.5, {25}}, {3.5, {35}}, {4, {40}}};
     const Repaired repaired(plan, rows);
-    EXPECT_EQ(repaired.text, "||1.25: 12.5|1.75: 17.5, 2.25: 22.5||") << "the rows around them lead there";
-    EXPECT_EQ(repaired.taken, 5u);
+    EXPECT_EQ(repaired.text, "||1.25: 12.5|1.75: 17.5, 2.25: 22.5|||") << "the rows around them lead there";
+    EXPECT_EQ(repaired.taken, 6u);
     EXPECT_EQ(repaired.account().repairs.resampledRows, 2u);
     plan.start = -2;
     EXPECT_EQ(Repaired(plan, {{0.25, {0}}, {1.25, {10}}}).text, "|0.5: 2.5, 1: 7.5|")

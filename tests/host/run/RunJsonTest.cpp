@@ -110,6 +110,9 @@ TEST(OutcomeJson, TellsWhatASourceHasReadAndHowItWasMended) {
         "backward": {
           "count": 0
         },
+        "behindEnd": {
+          "count": 0
+        },
         "gaps": {
           "count": 0
         },
