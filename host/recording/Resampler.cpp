@@ -19,7 +19,7 @@ constexpr std::size_t kMostValuesWaiting = std::size_t{1} << 24;
 } // namespace
 
 Resampler::Resampler(const TimeRepairPlan& plan)
-    : rate(*plan.resampleRate), onGap(plan.onGap), end(plan.end),
+    : rate(*plan.resampleRate), onGap(plan.onGap), gapLimit(plan.gapLimit), end(plan.end),
       hasOrigin(plan.start > -TimeRepairPlan::kForever), origin(hasOrigin ? plan.start : 0.0) {
     std::size_t count = 0;
     for (const TimeRepairPlan::Pin& pin : plan.pins) {
@@ -47,7 +47,50 @@ std::optional<Complaint> Resampler::take(const TimedRow& row, bool isBehindGap) 
     if (!fault) fault = findTooManyWaiting();
     hasLast = true;
     last = row.time;
+    lastRow = row.row;
+    lastLine = row.line;
+    if (!fault) fault = takeOfPins(row, isBehindGap);
     queue.push(row, isBehindGap);
+    return fault;
+}
+
+/// A pin whose samples end before the rows do has a gap behind its last.
+void Resampler::finish() {
+    for (const Around& around : arounds)
+        if (getHasOwnGap(around, last)) notePinGap(around, last);
+    isFinished = true;
+}
+
+/// Whether its step from the sample that came last is too long by itself, and reaches into what counts.
+bool Resampler::getHasOwnGap(const Around& around, double time) const {
+    return !around.pin.isHeld && around.hasLatest && !around.isGapSince &&
+           getIsGap(around.latest, time, gapLimit) && getPasses(time, origin) && around.latest < end;
+}
+
+void Resampler::notePinGap(const Around& around, double time) {
+    if (pinGaps.count == 0) pinOfFirstGap = around.pin.name;
+    pinGaps.note({lastRow, lastLine, around.latest, time});
+}
+
+std::optional<Complaint> Resampler::takeOfPins(const TimedRow& row, bool isBehindGap) {
+    std::optional<Complaint> fault;
+    for (std::size_t pin = 0; pin < arounds.size(); ++pin) {
+        Around& around = arounds[pin];
+        around.isGapSince = around.isGapSince || isBehindGap;
+        if (row.hasSample[pin] == 0) continue;
+        if (getHasOwnGap(around, row.time)) {
+            notePinGap(around, row.time);
+            if (onGap == OnGap::Error)
+                fault = Complaint({},
+                                  "a gap of the pin '" + around.pin.name + "' from " +
+                                      shortestText(around.latest) + " s to " + shortestText(row.time) + " s",
+                                  "steps of at most " + shortestText(gapLimit) +
+                                      " s, or 'gaps: nan', 'hold' or 'keep'");
+        }
+        around.hasLatest = true;
+        around.latest = row.time;
+        around.isGapSince = false;
+    }
     return fault;
 }
 
@@ -192,6 +235,8 @@ Resampler::Made Resampler::make(const Around& around, double time) {
         return Made::Sample;
     }
     if (around.isGapSeen || (hasNext && queue[around.seek].isBehindGap)) return fill(around);
+    if (getIsGap(around.leftTime, hasNext ? queue[around.seek].row.time : last, gapLimit))
+        return fill(around);
     if (!hasNext) return Made::Nothing;
     drawLine(around, queue[around.seek].row, time);
     return Made::Sample;

@@ -48,7 +48,9 @@ std::optional<Complaint> TimeRepair::take(TimedRow& row) {
     const bool isFirst = rowsIn++ == 0;
     const bool isGap = findGap(row);
     const bool isRepaired = isGap && (filler || resampler);
-    if (isRepaired) gaps.note({row.row, row.line, last, row.time});
+    // What lies wholly in front of the start concerns nobody.
+    const bool isInside = !isFirst || getIsGap(plan.start, row.time, 0.0);
+    if (isRepaired && isInside) gaps.note({row.row, row.line, last, row.time});
     const bool isRepeatMeant = gate.getIsShared() && (resampler || plan.onDuplicate != OnDuplicate::Keep);
     if ((isRepaired && !isFirst) || isRepeatMeant)
         watch.skipTo(row.time);
@@ -140,11 +142,24 @@ void TimeRepair::tell(SourceAccount& account) const {
     if (!resampler) return;
     account.notes.push_back(shortestText(*plan.resampleRate) + " rows a second, resampled from " +
                             counted(rowsIn, "row"));
+    tellPinGaps(account);
     repairs.rowsFilled = resampler->getRowsFilled();
     repairs.resampledRate = plan.resampleRate;
     repairs.resampledRows = rowsIn;
     account.firstStep = account.medianStep = std::nullopt;
     if (rows > 1) account.firstStep = account.medianStep = 1.0 / *plan.resampleRate;
+}
+
+/// They count as gaps; which pins have them stands apart.
+void TimeRepair::tellPinGaps(SourceAccount& account) const {
+    const SourceAccount::Finding& ofPins = resampler->getPinGaps();
+    if (ofPins.count == 0) return;
+    SourceAccount::Finding& all = account.repairs.gaps;
+    if (all.count == 0 || ofPins.first.row < all.first.row) all.first = ofPins.first;
+    all.count += ofPins.count;
+    account.notes.push_back(counted(ofPins.count, "gap") +
+                            " of single pins while the rows went on, the first of '" +
+                            resampler->getPinOfFirstGap() + "'");
 }
 
 } // namespace Quillmere::Host

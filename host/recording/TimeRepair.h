@@ -45,6 +45,7 @@ private:
     std::optional<Complaint> takeBehind(const TimedRow& row);
     std::optional<Complaint> takeLast();
     void forgetBehind();
+    void tellPinGaps(SourceAccount& account) const;
     std::optional<Complaint> pass(const TimedRow& row);
     bool findGap(const TimedRow& row);
 

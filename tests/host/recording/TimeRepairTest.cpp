@@ -463,6 +463,40 @@ TEST(Resampling, ASlowPinIsDrawnAcrossNoGapThatLiesBetweenItsSamples) {
     EXPECT_EQ(Repaired(plan, rows).text, "0: 0 0||1: 1 0, 2: nan* nan*, 3: nan* nan*|4: 4 nan*, 5: 5 5|");
 }
 
+TEST(Resampling, AGapInFrontOfTheStartIsToldAsFarAsItReachesBehindIt) {
+    TimeRepairPlan plan = resampled(1, 1);
+    plan.start = 3;
+    EXPECT_EQ(spotText(Repaired(plan, rowsAt({0, 3, 4})).account().repairs.gaps), "none");
+    plan.start = 2;
+    EXPECT_EQ(Repaired(plan, rowsAt({0, 3, 4})).text, "|2: nan*, 3: 20|4: 30|");
+    EXPECT_EQ(spotText(Repaired(plan, rowsAt({0, 3, 4})).account().repairs.gaps), "1, line 3 from 0 to 3");
+}
+
+TEST(Resampling, APinThatDropsOutHasAGapOfItsOwn) {
+    const std::vector<Given> rows{{0, {0, 0}},     {1, {1, 10}}, {2, {2, kNone}}, {3, {3, kNone}},
+                                  {4, {4, kNone}}, {5, {5, 50}}, {6, {6, kNone}}, {7, {7, 70}}};
+    const Repaired repaired(resampled(1, 2, OnGap::Nan), rows);
+    EXPECT_EQ(repaired.text, "0: 0 0|1: 1 10|||2: 2 nan*, 3: 3 nan*|4: 4 nan*, 5: 5 50||6: 6 60, 7: 7 70|");
+    const SourceAccount account = repaired.account();
+    EXPECT_EQ(spotText(account.repairs.gaps), "1, line 7 from 1 to 5");
+    EXPECT_EQ(account.repairs.rowsFilled, 3u);
+    EXPECT_EQ(account.notes.back(), "1 gap of single pins while the rows went on, the first of 'p1'");
+    EXPECT_EQ(Repaired(resampled(1, 2, OnGap::Keep), rows).text,
+              "0: 0 0|1: 1 10|||2: 2 -, 3: 3 -|4: 4 -, 5: 5 50||6: 6 60, 7: 7 70|");
+    EXPECT_EQ(Repaired(resampled(1, 4, OnGap::Nan), rows).account().repairs.gaps.count, 0u);
+    const std::string failed = Repaired(resampled(1, 2, OnGap::Error), rows).text;
+    EXPECT_NE(
+        failed.find("row 6: found a gap of the pin 'p1' from 1 s to 5 s; expected steps of at most 2 s"),
+        std::string::npos)
+        << failed;
+    const std::vector<Given> ending(rows.begin(), rows.begin() + 5);
+    EXPECT_EQ(spotText(Repaired(resampled(1, 2), ending).account().repairs.gaps), "1, line 6 from 1 to 4")
+        << "it needn't come again";
+    TimeRepairPlan held = resampled(1, 2);
+    held.pins = {{"fast", 1, false}, {"flag", 1, true}};
+    EXPECT_EQ(Repaired(held, rows).account().repairs.gaps.count, 0u) << "what is held may change seldom";
+}
+
 TEST(Resampling, WithoutALimitAJumpIsToldAsEver) {
     std::vector<double> times;
     for (int i = 0; i < 20; ++i)
