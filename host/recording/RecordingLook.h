@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Quillmere::Host {
 
@@ -32,8 +33,9 @@ public:
 
     /// Of at most so many rows. Requires: it isn't a pipe.
     SourceAccount account(std::uint64_t rows) const;
-    /// Of the rows that have a sample for a pin, or of all; of a pipe nobody knows it.
-    RowsRate measure(std::optional<std::size_t> pin) const;
+    /// Of the rows that have a sample for each of the pins, in one reading, and behind them of all rows; of a
+    /// pipe nobody knows it. Here and below, rows in front of a start are read until a stop of opening.
+    std::vector<RowsRate> measure(std::size_t pins) const;
     /// Of numbers that are taken for seconds since the graph says so.
     std::optional<SourceAccount::OtherUnit> findOtherUnitOfTime() const;
     /// Of a file that ends before the first frame is full, of which `block` sends nothing.

@@ -304,10 +304,18 @@ std::optional<SampleRate> RecordingSource::getSampleRate(const Core::AbstractOut
     if (stated && (settings.repairs.getResampleRate() || getComesByItself()))
         return SampleRate{.perSecond = *stated};
     if (recording == nullptr) return std::nullopt;
-    RowsRate measured = look().measure(findOutput(pin));
-    if (stated && !measured.isSparse) return SampleRate{.perSecond = *stated};
-    if (measured.rate) measured.rate->perSecond /= rowsASample;
-    return measured.rate;
+    const RowsRate& found = measureRows(findOutput(pin));
+    if (stated && !found.isSparse) return SampleRate{.perSecond = *stated};
+    std::optional<SampleRate> rate = found.rate;
+    if (rate) rate->perSecond /= rowsASample;
+    return rate;
+}
+
+/// Those of all pins in one reading, as a start may be far behind the first row; `pin` is one of them, or how
+/// many there are for all rows.
+const RowsRate& RecordingSource::measureRows(std::size_t pin) const {
+    if (measured.empty()) measured = look().measure(outputs.size());
+    return measured[pin];
 }
 
 /// Of what comes through a pipe nothing more is known than the graph states, unless it leaves it to the file.
@@ -317,25 +325,26 @@ bool RecordingSource::getIsRateSettled() const {
 
 std::string RecordingSource::getRateHindrance(const Core::AbstractOutputPin& pin) const {
     if (getComesByItself()) return "it comes through a pipe";
-    return recording == nullptr ? "" : look().measure(findOutput(pin)).reason;
+    return recording == nullptr ? "" : measureRows(findOutput(pin)).reason;
 }
 
 /// Makes rows of frames that are said in seconds; false, and a complaint, where nobody knows the rate.
 bool RecordingSource::settleFrames(Complaints& complaints) {
     if (!settings.getAwaitsRate()) return true;
     std::optional<double> rate = getStatedRate();
-    RowsRate measured;
+    std::string reason;
     if (!rate) {
-        measured = look().measure(std::nullopt);
-        if (measured.rate && !measured.rate->getIsSteady()) measured.reason = "its rows come at no even rate";
-        if (measured.rate && measured.rate->getIsSteady()) rate = measured.rate->perSecond;
+        const RowsRate& found = measureRows(outputs.size());
+        const bool isSteady = found.rate && found.rate->getIsSteady();
+        reason = found.rate && !isSteady ? "its rows come at no even rate" : found.reason;
+        if (isSteady) rate = found.rate->perSecond;
     }
     if (rate)
         settings.settleFrames(*rate, complaints);
     else
         complaints.add(settings.frameWhere, "a frame in seconds of '" + getName() + "'",
-                       "a number of rows, since the rate can't be known before the run (" + measured.reason +
-                           "); '" + getRateSetting() + ":' and rows a second would state it");
+                       "a number of rows, since the rate can't be known before the run (" + reason + "); '" +
+                           getRateSetting() + ":' and rows a second would state it");
     return rate.has_value();
 }
 

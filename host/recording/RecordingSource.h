@@ -94,6 +94,7 @@ private:
     void refuseDates(const RowPlan& plan, TimeRepairPlan repairPlan, Complaints& complaints) const;
     bool settleFrames(Complaints& complaints);
     std::optional<double> getStatedRate() const;
+    const RowsRate& measureRows(std::size_t pin) const;
     /// Requires: open.
     RecordingLook look() const { return {getPath(), settings, *recording}; }
 
@@ -109,12 +110,13 @@ private:
     UnitPlan units;             ///< Of these, when the recording is open.
 
     std::unique_ptr<RepairedRows> recording;
-    Core::Tally rows;         ///< Sent, or taken into a frame.
-    std::size_t gathered = 0; ///< Rows in the frames.
-    std::size_t toSkip = 0;   ///< Rows before the next frame begins, when frames lie apart.
-    bool isReady = false;     ///< A sample is ready.
-    bool isReleased = false;  ///< The next step sends it.
-    bool hasMore = false;     ///< More has come than a look at what has come went through.
+    mutable std::vector<RowsRate> measured; ///< For each pin and for all rows, as soon as one was asked for.
+    Core::Tally rows;                       ///< Sent, or taken into a frame.
+    std::size_t gathered = 0;               ///< Rows in the frames.
+    std::size_t toSkip = 0;                 ///< Rows before the next frame begins, when frames lie apart.
+    bool isReady = false;                   ///< A sample is ready.
+    bool isReleased = false;                ///< The next step sends it.
+    bool hasMore = false;                   ///< More has come than a look at what has come went through.
     std::stop_token stop;
     std::uint64_t rowsGone = 0; ///< Read or made, for a look at the stop now and then.
 };

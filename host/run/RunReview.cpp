@@ -155,14 +155,26 @@ bool getIsSurprising(const Graph::Node& node, const std::vector<FirstNonFinite>&
     return false;
 }
 
+/// Whether rows of it were left out or made, so that they are counted otherwise than in the file.
+bool getIsRepaired(const SourceAccount::TimeRepairs& repairs) {
+    return repairs.resampledRate || repairs.rowsFilled + repairs.earlyRows + repairs.duplicates.count +
+                                            repairs.backward.count + repairs.behindEnd.count >
+                                        0;
+}
+
 void warnOfReadValues(const FirstNonFinite& first, const Graph::Node& source, RunOutcome& outcome) {
     const std::string& id = source.description->id;
-    for (RunOutcome::Recording& recording : outcome.recordings)
-        if (recording.id == id) recording.nonFiniteValues = first.values;
-    outcome.warnings.push_back({source.getEndPlace(), "'" + id + "' read " + valuesText(first.values) +
-                                                          ", the first in row " + std::to_string(first.row) +
-                                                          timeText(first.otherTime) + ", column '" +
-                                                          first.column + "'"});
+    bool isRepaired = false;
+    for (RunOutcome::Recording& recording : outcome.recordings) {
+        if (recording.id != id) continue;
+        recording.nonFiniteValues = first.values;
+        isRepaired = getIsRepaired(recording.account.repairs);
+    }
+    outcome.warnings.push_back(
+        {source.getEndPlace(), "'" + id + (isRepaired ? "' sent " : "' read ") + valuesText(first.values) +
+                                   ", the first in row " + std::to_string(first.row) +
+                                   (isRepaired ? " of its repaired rows" : "") + timeText(first.otherTime) +
+                                   ", column '" + first.column + "'"});
 }
 
 /// What sources read and the timeline sent, who made the first of it out of finite input, and how much the

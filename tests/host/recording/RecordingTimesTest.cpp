@@ -117,6 +117,15 @@ TEST_F(RecordingTimesTest, StartAndEndCutTheRecording) {
         << "a rate counts from the first row of the file";
 }
 
+TEST_F(RecordingTimesTest, ValuesOfRepairedRowsArentToldToStandInTheFilesRows) {
+    folder.write("in.csv", "t,x\n0,1\n1,nan\n2,3\n");
+    EXPECT_EQ(result("start: 1"), "t,p[0]\n1,nan\n2,3\n");
+    EXPECT_EQ(warningsOfRun().substr(0, warningsOfRun().find('\n')),
+              "g.yaml:3:56: warning: 'in' sent 1 value that isn't finite, the first in row 1 of its repaired "
+              "rows (1 "
+              "s), column 'x'");
+}
+
 TEST_F(RecordingTimesTest, AWrongStampIsTold) {
     folder.write("in.csv", "t,x\n0,1\n1,2\n1000000,3\n2,4\n3,5\n4,6\n");
     EXPECT_EQ(result("end: 100"), "t,p[0]\n0,1\n1,2\n2,4\n3,5\n4,6\n");
@@ -125,11 +134,10 @@ TEST_F(RecordingTimesTest, AWrongStampIsTold) {
               "(from 1 s to 1e+06 s); its row is left out\n");
     EXPECT_EQ(notes(), "all rows from 100 s on left out\n");
     EXPECT_EQ(result("backwards: drop"), "t,p[0]\n0,1\n1,2\n1e+06,3\n");
-    EXPECT_EQ(
-        warningsOfRun().substr(0, warningsOfRun().find('\n')),
-        "in.csv: warning: 3 time stamps go back, the first in line 5 (from 1e+06 s to 2 s); their rows "
-        "are left out; of these 3 rows behind the 1e+06 s in line 4, which may be the wrong time stamp "
-        "itself");
+    EXPECT_EQ(warningsOfRun().substr(0, warningsOfRun().find('\n')),
+              "in.csv: warning: 3 time stamps go back, the first in line 5 (from 1e+06 s to 2 s); their rows "
+              "are left out; of these 3 rows behind the 1e+06 s in line 4, which may be the wrong time stamp "
+              "itself");
 }
 
 TEST_F(RecordingTimesTest, StartAndEndMayBeDatesWhereTimesCountFromOne) {
@@ -390,6 +398,33 @@ TEST_F(RecordingTimesTest, RowsThatAreLeftOutDontKeepARunFromItsStop) {
     source.release();
     source.process();
     EXPECT_THROW(source.prepare(), Host::InterruptedException);
+}
+
+TEST_F(RecordingTimesTest, AFileIsLookedIntoOnceForTheRatesOfAllPinsAndNoLongerThanItsStop) {
+    std::string rows = "t,x,y\n";
+    for (int i = 0; i < 10000; ++i)
+        rows += "0,1,1\n";
+    folder.write("in.csv", rows + "5,1,1\n6,1,1\n7,1,1\n");
+    Host::Complaints complaints;
+    const Host::GraphDescription description = Host::GraphDescription::fromFile(
+        folder.write("g.yaml", graph("time: t, pins: {p: x, q: y}, start: 4")), complaints);
+    const auto rateOf = [](const Host::Graph& built, std::size_t pin) {
+        const auto* const recorded = dynamic_cast<const Host::RecordedSource*>(built.getSources().at(0));
+        const auto rate = recorded->getSampleRate(*built.getSources().at(0)->getOutputPins().at(pin));
+        return rate ? rate->perSecond : 0.0;
+    };
+    Host::Graph built(description, catalogue, complaints);
+    built.openSources(complaints);
+    EXPECT_EQ(rateOf(built, 0), 1.0);
+    folder.write("in.csv", rows);
+    EXPECT_EQ(rateOf(built, 1), 1.0) << "of what was read for the other";
+
+    Host::Graph stopped(description, catalogue, complaints);
+    stopped.openSources(complaints);
+    auto* const waking = dynamic_cast<Host::WakingSource*>(stopped.getSources().at(0));
+    stop.request_stop();
+    waking->setStopOfOpening(stop.get_token());
+    EXPECT_THROW(rateOf(stopped, 0), Host::InterruptedException);
 }
 
 TEST_F(PipedTimesTest, AtTheEndThatIsSetNobodyWaitsForMore) {
