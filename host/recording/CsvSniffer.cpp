@@ -342,7 +342,8 @@ private:
 
     /// `1,5` under one name, or more cells than names, or `0,001` without any: decimal commas or separators?
     void refuseAmbiguous(const CsvHeader& header, const CsvDialect& dialect, std::size_t row) const {
-        if (dialect.separator != ',' || wishes.separator) return;
+        const bool hasRows = !signature.empty();
+        if (!hasRows || dialect.separator != ',' || wishes.separator) return;
         std::size_t names = header.names.size();
         const bool isUnnamed = names == 0;
         if (names == width || (isUnnamed && wishes.decimal == '.')) return;

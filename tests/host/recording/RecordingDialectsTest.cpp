@@ -422,6 +422,16 @@ TEST_F(DialectTest, ALineTellsTheRateOnlyWhereItSpeaksOfRows) {
         EXPECT_EQ(rateWith(line), 0.0) << line;
 }
 
+TEST_F(DialectTest, WithoutAnyRowNothingIsAmbiguous) {
+    ReadingWishes wishes;
+    wishes.comment = "//";
+    EXPECT_EQ(read("// a\n# by han\"d\"x\n, ha\n", wishes).rows, std::vector<Numbers>());
+    wishes = {};
+    wishes.headerRows = 1;
+    EXPECT_EQ(read("a,b\n", wishes).columns, (Strings{"a", "b"}));
+    EXPECT_EQ(read("a,b\nc\n", wishes).columns, (Strings{"a", "b"}));
+}
+
 TEST_F(DialectTest, MinutesAndHoursAreTakenAsSuch) {
     for (const char* const name : {"time (min)", "time [min]", "time_min", "t_min", "time (minutes)"})
         EXPECT_EQ(read(std::string(name) + ",x\n0,1\n0.5,2\n1,3\n").times, (Numbers{0.0, 30.0, 60.0}))
