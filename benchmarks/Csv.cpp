@@ -30,7 +30,8 @@ using Quillmere::Host::CsvWriter;
 using Quillmere::Host::ResultFile;
 
 constexpr std::size_t kColumns = 10;
-constexpr std::size_t kRows = 20000;
+/// So many that the look into a file's begin, 0.4 ms, is a small part of an iteration.
+constexpr std::size_t kRows = 200000;
 
 /// One table for all bodies, in memory and as a file.
 struct Table {
