@@ -64,7 +64,7 @@ TEST_F(HardFilesTest, AFileThatMayNotBeReadIsToldSo) {
     fs::permissions(folder.path(""), fs::perms(0777));
     fs::permissions(path, fs::perms(0000));
     const Support::WithoutRights lowered;
-    if (::geteuid() == 0) GTEST_SKIP() << "no user without rights can be had here";
+    ASSERT_NE(::geteuid(), 0U) << "who may read everything sees no refusal";
     EXPECT_EQ(complaintOf(path), path + ": cannot be opened: Permission denied");
 }
 
