@@ -106,8 +106,12 @@ std::string limitsText(const PropertyDescription& property, const std::string& w
         property.kind == Kind::Number ? std::numeric_limits<double>::max() : std::numeric_limits<int>::max();
     const bool hasLeast = property.hasLimits && property.minimum > -largest;
     const bool hasMost = property.hasLimits && property.maximum < largest;
-    const std::string least = shortestText(property.minimum);
-    const std::string most = shortestText(property.maximum);
+    const auto textOf = [&](double limit) { // 200000, not 2e+05, where numbers are whole
+        return property.kind == Kind::Whole ? std::to_string(static_cast<std::int64_t>(limit))
+                                            : shortestText(limit);
+    };
+    const std::string least = hasLeast ? textOf(property.minimum) : "";
+    const std::string most = hasMost ? textOf(property.maximum) : "";
     if (hasLeast && hasMost) return what + " from " + least + " to " + most;
     if (hasLeast) return what + ", " + least + " or more";
     if (hasMost) return what + ", " + most + " or less";

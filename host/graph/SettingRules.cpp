@@ -77,7 +77,7 @@ std::span<const SettingRule> getSettingRules() {
         {"FilterRelativeErode", "LeftErode (%)", "RightErode (%)", takesEverything, "no column is left"},
         {"FilterRelativeErode", "TopErode (%)", "BottomErode (%)", takesEverything, "no row is left"},
         {"FilterPeriodCounter", "Absolute Tolerance", nullptr, isNegative,
-         "with a negative tolerance a value can be on both sides of the band"},
+         "with a negative tolerance there is no band, and every value between counts as below it"},
         {"FilterInvGain", "invGain", nullptr, isZero, "a division by 0 has no finite result"},
         {"FilterFlagStatic", "FlagThreshold", nullptr, isZero,
          "with a threshold of 0 nothing counts as rest"},

@@ -106,6 +106,11 @@ TEST_F(BlockDescriptionTest, ListsLimitsThatAreNoneOfTheType) {
     EXPECT_EQ(expectedText(describe(block.edge)), "a number, 0 or more");
 }
 
+TEST_F(BlockDescriptionTest, WritesLimitsOfWholeNumbersInFull) {
+    block.order.setRange(-400000, 200000, 1);
+    EXPECT_EQ(expectedText(describe(block.order)), "a whole number from -400000 to 200000");
+}
+
 TEST_F(BlockDescriptionTest, NamesAChoiceWithoutALabelByItsIndex) {
     Quillmere::Core::EnumProperty<std::string> bare("Bare", &block.getPropertyBag());
     bare.setValue(7);
