@@ -43,6 +43,9 @@ bool takesEverything(double first, double second) {
 bool isDeeperThan(double passRipple, double stopRipple) {
     return passRipple >= -stopRipple;
 }
+bool isProductOneOrMore(double first, double second) {
+    return first * second >= 1.0;
+}
 bool isBelowTwo(double first, double) {
     return first < 2.0;
 }
@@ -84,6 +87,8 @@ std::span<const SettingRule> getSettingRules() {
         {"FilterFlagStatic", "StdDevIni", nullptr, isZero,
          "from 0 no noise can be learned, and nothing counts as rest"},
         {"FilterFlagStatic", "Windows Size", nullptr, isBelowTwo, "a deviation needs two rows at least"},
+        {"FilterWFLC", "Mu", "Order", isProductOneOrMore,
+         "their product has to stay below 1, or the weights grow without end"},
         {"FilterFFT", "Pause", nullptr, isSet, kPaused},
         {"FilterFastFourierTransform", "Pause", nullptr, isSet, kPaused},
     };

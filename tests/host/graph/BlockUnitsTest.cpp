@@ -48,7 +48,7 @@ const std::map<std::string, Drive>& drives() {
         table["FilterFlagStatic"].settings = "StdDevIni: WHOLE, Windows Size: 4";
         table["FilterFlagStatic"].others["3bias"] = "[one, one, one]";
         // Amplitudes are learned in proportion; a frequency that is learned too isn't.
-        table["FilterWFLC"].settings = "Mu0: 0";
+        table["FilterWFLC"].settings = "Order: 2, Mu0: 0";
         table["FilterWFLC"].columns = "[x]";
         Drive sphere;
         sphere.others = {{"3g", "[one, x, y]"}, {"Fc (optional)", "[part, part]"}};

@@ -70,6 +70,19 @@ TEST_F(SettingRulesTest, ContradictionsAreToldWhereTheyAreWritten) {
                   "(relative)' at 0.1: the low edge has to lie below the high one, or there is no band\n"),
         std::string::npos);
     EXPECT_EQ(warningsOf("FilterFFT, properties: {Pause: false}").find("paused"), std::string::npos);
+    const std::string harmonics = warningsOfGraph(
+        "format: 1\nblocks:\n"
+        "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"
+        "  - {id: seven, type: FilterWFLC, properties: {Order: 7}}\n"
+        "  - {id: six, type: FilterWFLC, properties: {Order: 6}}\n"
+        "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+        "connections: [{from: in, to: seven.Input}, {from: in, to: six.Input}, {from: seven.Out, to: out.a}, "
+        "{from: six.Out, to: out.b}]\n");
+    EXPECT_NE(harmonics.find("'seven' (FilterWFLC) has 'Mu' at 0.15 and 'Order' at 7: their product has to "
+                             "stay below 1, or the weights grow without end\n"),
+              std::string::npos)
+        << harmonics;
+    EXPECT_EQ(harmonics.find("'six'"), std::string::npos) << harmonics;
     EXPECT_NE(warningsOf("FilterFFT").find("a block that is paused sends nothing"), std::string::npos);
 }
 
