@@ -2,6 +2,7 @@
 #include "cli/GraphArguments.h"
 
 #include "cli/UsageError.h"
+#include "host/plugins/PluginPlaces.h"
 #include "host/text/Address.h"
 #include "host/text/Printable.h"
 #include "host/recording/HostCatalogue.h"
@@ -24,7 +25,7 @@ using Quillmere::Host::Complaints;
 using Quillmere::Host::GraphChanges;
 using Quillmere::Host::HostCatalogue;
 using Quillmere::Host::kLongestName;
-using Quillmere::Host::kOwnPluginFile;
+using Quillmere::Host::kOwnPluginFiles;
 using Quillmere::Host::printable;
 using Quillmere::Host::Warning;
 
@@ -48,6 +49,17 @@ std::string ownPath() {
     return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
+/// Loads a plug-in of this project's from beside this program, unless the user has named it.
+void loadOwn(const std::string& file, const PluginArguments& arguments, BlockCatalogue& catalogue) {
+    const auto isIt = [&](const std::string& path) { return std::filesystem::path(path).filename() == file; };
+    if (std::any_of(arguments.plugins.begin(), arguments.plugins.end(), isIt)) return;
+    const std::string beside = Quillmere::Host::findPluginBeside(ownPath(), file);
+    if (!beside.empty())
+        catalogue.load(beside);
+    else if (arguments.plugins.empty())
+        throw UsageError({{}, "no " + file + " beside this program", "--plugin FILE"});
+}
+
 } // namespace
 
 std::pair<std::string, std::string> splitSetting(const std::string& text, const std::string& option,
@@ -60,7 +72,7 @@ std::pair<std::string, std::string> splitSetting(const std::string& text, const 
 
 void PluginArguments::enter(CLI::App& command) {
     enterList(command, "--plugin", plugins, "FILE",
-              "Load a plug-in, before the one that lies beside this program. Again for another.");
+              "Load a plug-in, before those that lie beside this program. Again for another.");
 }
 
 void GraphArguments::enter(CLI::App& command) {
@@ -105,15 +117,8 @@ BlockCatalogue loadCatalogue(const PluginArguments& arguments) {
     HostCatalogue catalogue;
     for (const std::string& path : arguments.plugins)
         catalogue.load(path);
-    const auto isOurs = [](const std::string& path) {
-        return std::filesystem::path(path).filename() == kOwnPluginFile;
-    };
-    if (std::any_of(arguments.plugins.begin(), arguments.plugins.end(), isOurs)) return catalogue;
-    const std::string beside = Quillmere::Host::findPluginBeside(ownPath());
-    if (!beside.empty())
-        catalogue.load(beside);
-    else if (arguments.plugins.empty())
-        throw UsageError({{}, std::string("no ") + kOwnPluginFile + " beside this program", "--plugin FILE"});
+    for (const char* const own : kOwnPluginFiles)
+        loadOwn(own, arguments, catalogue);
     return catalogue;
 }
 

@@ -15,7 +15,7 @@ class App;
 
 namespace Cli {
 
-/// The plug-ins to load: those that the user named, and the one beside the program.
+/// The plug-ins to load: those that the user named, and ours beside the program.
 struct PluginArguments {
     std::vector<std::string> plugins;
     void enter(CLI::App& command);

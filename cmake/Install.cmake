@@ -1,5 +1,5 @@
-# `cmake --install` gives bin/quillmere, the three libraries, the headers in the tree in which they are
-# written here, a package that `find_package(Velmarind)` finds, with the targets Quillmere::Core,
+# `cmake --install` gives bin/quillmere, the libraries and the plug-ins, the headers in the tree in which
+# they are written here, a package that `find_package(Velmarind)` finds, with the targets Quillmere::Core,
 # Quillmere::Host and Quillmere::Testing, and, under share/doc, the licence, the documents and the examples.
 
 include(CMakePackageConfigHelpers)
@@ -13,10 +13,11 @@ string(REGEX MATCH "[0-9.]+[0-9]" frameworkVersion "${frameworkVersion}")
 # The version of the framework is part of the libraries' names: a plug-in runs with the one that it was built
 # for.
 set_target_properties(QuillmereCore QuillmereHost PROPERTIES VERSION ${frameworkVersion} SOVERSION 0)
-set_target_properties(QuillmereCore QuillmereHost Velmarind PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(QuillmereCore QuillmereHost Velmarind VelmarindEveryday PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(quillmere PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
-install(TARGETS velmarind_numerics QuillmereCore QuillmereHost quillmere Velmarind EXPORT VelmarindTargets
+install(TARGETS velmarind_numerics QuillmereCore QuillmereHost quillmere Velmarind VelmarindEveryday
+  EXPORT VelmarindTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/framework" DESTINATION "${headers}" FILES_MATCHING PATTERN "*.h")
@@ -42,7 +43,9 @@ foreach(file IN ITEMS Feed.h Feed.cpp Numbers.h Numbers.cpp)
 endforeach()
 
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/manual/" DESTINATION "${CMAKE_INSTALL_LIBDIR}/${VELMARIND_MANUAL}"
-  FILES_MATCHING PATTERN "*.yaml")
+  FILES_MATCHING PATTERN "*.yaml" PATTERN everyday EXCLUDE)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/manual/everyday/"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/${VELMARIND_EVERYDAY_MANUAL}" FILES_MATCHING PATTERN "*.yaml")
 
 # Under the command's name, as bash looks for it.
 install(FILES "${PROJECT_BINARY_DIR}/cli/quillmere.bash" RENAME quillmere

@@ -14,6 +14,25 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 # What a plug-in's blocks say of themselves stands beside it: `libOwn.manual` beside `libOwn.so`.
 set(QUILLMERE_MANUAL_ENDING "manual")
 set(VELMARIND_MANUAL "${CMAKE_SHARED_MODULE_PREFIX}Velmarind.${QUILLMERE_MANUAL_ENDING}")
+set(VELMARIND_EVERYDAY_MANUAL "${CMAKE_SHARED_MODULE_PREFIX}VelmarindEveryday.${QUILLMERE_MANUAL_ENDING}")
+
+# velmarind_plugin_file(TARGET MANUAL FOLDER): what holds of a plug-in of ours as a file: it shows its entry
+# functions and nothing else, and the pages of the blocks in it, which lie in FOLDER, go beside it into
+# MANUAL.
+function(velmarind_plugin_file target manual folder)
+  set(map "${PROJECT_SOURCE_DIR}/plugin/Velmarind.map")
+  target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
+  # A sanitizer's runtime comes with the program, so its symbols stay open in a plug-in.
+  if(NOT "${CMAKE_CXX_FLAGS_RELWITHDEBINFO}" MATCHES "-fsanitize")
+    target_link_options(${target} PRIVATE "LINKER:--no-undefined")
+  endif()
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${map}")
+  file(GLOB pages CONFIGURE_DEPENDS "${folder}/*.yaml")
+  foreach(page IN LISTS pages)
+    cmake_path(GET page FILENAME name)
+    configure_file("${page}" "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${manual}/${name}" COPYONLY)
+  endforeach()
+endfunction()
 
 # What gets -O3 in every build but those for debugging: loops that are unrolled and kept in registers cost
 # half there.

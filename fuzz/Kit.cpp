@@ -97,6 +97,7 @@ const BlockCatalogue& catalogue() {
     static const BlockCatalogue loaded = [] {
         HostCatalogue blocks;
         blocks.load(VELMARIND_PLUGIN);
+        blocks.load(EVERYDAY_PLUGIN);
         return blocks;
     }();
     return loaded;

@@ -22,6 +22,7 @@
 #include "host/live/LiveRun.h"
 #include "host/live/SettingJson.h"
 #include "host/plugins/BlockCatalogue.h"
+#include "host/plugins/PluginPlaces.h"
 #include "host/recording/HostCatalogue.h"
 #include "host/response/FrequencyResponse.h"
 #include "host/response/GraphBlock.h"

@@ -5,7 +5,6 @@
 #include "host/text/Complaint.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <utility>
 
 namespace Quillmere::Host {
@@ -110,18 +109,6 @@ const BlockCatalogue::HostEntry* BlockCatalogue::findHostEntry(const std::string
     const auto found = std::find_if(hostEntries.begin(), hostEntries.end(),
                                     [&](const HostEntry& entry) { return type == entry.type; });
     return found == hostEntries.end() ? nullptr : &*found;
-}
-
-std::string findPluginBeside(const std::string& program) {
-    const std::filesystem::path folder = std::filesystem::path(program).parent_path();
-    // Beside the program; where a build puts it; where an installation puts it.
-    for (const char* const place : {".", "../lib", "../lib/velmarind", QUILLMERE_LIBRARY_FOLDER}) {
-        std::error_code error;
-        const std::filesystem::path candidate =
-            std::filesystem::canonical(folder / place / kOwnPluginFile, error);
-        if (!error) return candidate.string();
-    }
-    return {};
 }
 
 } // namespace Quillmere::Host

@@ -7,6 +7,7 @@ namespace Quillmere::Host {
 
 std::span<const KnownType> getKnownTypes() {
     static constexpr KnownType types[]{
+        {.name = "Durations", .readsTimes = true},
         {.name = "FilterBandPass", .keepsShape = true},
         {.name = "FilterBessel", .wallClockOutputs = {"gain", "coeffs"}},
         {.name = "FilterBlackmanWindow", .isWindow = true},
@@ -31,6 +32,7 @@ std::span<const KnownType> getKnownTypes() {
         {.name = "FilterSaturationDetector", .keepsShape = true},
         {.name = "FilterSmartSaturationDetector", .keepsShape = true},
         {.name = "FilterSphericalFiltering", .readsTimes = true},
+        {.name = "MovingStatistics", .keepsShape = true},
     };
     return types;
 }

@@ -3,11 +3,13 @@
 
 #include "framework/core/FlowManager.h"
 #include "framework/core/Version.h"
+#include "host/plugins/PluginPlaces.h"
 #include "host/text/CaughtText.h"
 #include "host/text/Complaint.h"
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -142,7 +144,8 @@ std::string pluginFileOf(const Core::Filter& block) {
     std::memcpy(&table, static_cast<const void*>(&block), sizeof table);
     Dl_info info;
     if (::dladdr(table, &info) == 0 || info.dli_fname == nullptr) return {};
-    if (std::filesystem::path(info.dli_fname).filename() == kOwnPluginFile) return {};
+    const std::filesystem::path name = std::filesystem::path(info.dli_fname).filename();
+    if (std::find(kOwnPluginFiles.begin(), kOwnPluginFiles.end(), name) != kOwnPluginFiles.end()) return {};
     const std::lock_guard lock(libraryMutex());
     return openLibraries().contains(info.dli_fname) ? info.dli_fname : "";
 }

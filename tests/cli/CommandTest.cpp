@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/cli/GainFixture.h"
 #include "tests/support/Numbers.h"
+#include "tests/host/kit/Plugins.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -627,6 +628,7 @@ TEST_F(Command, BlocksAreListedInCatalogueOrderTheHostsApart) {
     EXPECT_EQ(ended.exitCode, 0);
     EXPECT_TRUE(ended.out.starts_with("blocks of Velmarind 1.3.3\n  Filter")) << ended.out;
     EXPECT_LT(ended.out.find("  FilterGain\n"), ended.out.find("  FilterInvGain\n"));
+    EXPECT_LT(ended.out.find("\nblocks of VelmarindEveryday 1.3.3\n  Affine\n"), ended.out.find("  Norm\n"));
     EXPECT_TRUE(ended.out.ends_with("\nblocks of the host\n  RecordingSource\n  RecordingSink\n"))
         << ended.out;
 }
@@ -675,6 +677,21 @@ TEST_F(Command, JsonHoldsTheSame) {
     const auto sink = nlohmann::json::parse(call({"blocks", "RecordingSink", "--json"}).out);
     EXPECT_EQ(sink.at("properties").at(0).at("name"), "file");
     EXPECT_TRUE(sink.at("plugin").is_null());
+}
+
+TEST_F(Command, ThePluginOfEverydayBlocksMayBeNamedInTheGraph) {
+    folder.write("n.yaml",
+                 "format: 1\nplugins: [VelmarindEveryday]\nblocks:\n"
+                 "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
+                 "  - {id: n, type: Norm}\n"
+                 "  - {id: out, type: RecordingSink, properties: {file: n.csv}}\n"
+                 "connections: [{from: in.x, to: n}, {from: n, to: out.x}]\n");
+    Ended ended = call({"run", "n.yaml"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    const std::string copy = folder.path("libVelmarindEveryday.so");
+    std::filesystem::copy_file(Support::everydayPlugin(), copy);
+    ended = call({"run", "n.yaml", "--plugin", copy});
+    EXPECT_EQ(ended.exitCode, 0) << "in place of the one beside; " << ended.err;
 }
 
 TEST_F(Command, APluginMayBeNamedInPlaceOfTheOneBeside) {

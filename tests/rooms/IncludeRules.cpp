@@ -36,6 +36,8 @@ const std::vector<Room> kRooms = {
     {.folder = "estimation/", .may = {kMatrix, "design/"}},
     {.folder = "blocks/", .may = {"framework/", "design/", "spectral/", "estimation/"}},
     {.folder = "plugin/", .may = {"framework/", "blocks/"}},
+    // As a stranger's plug-in does.
+    {.folder = "everyday/", .may = {"framework/", "blocks/Block.h", "plugin/PluginEntry.h"}},
     hostRoom("text", {}),
     hostRoom("plugins", {"text"}),
     hostRoom("description", {"text"}), // a graph is read without any plug-in

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/host/kit/GraphFixture.h"
+#include "tests/host/kit/Plugins.h"
 
 namespace Support {
 
@@ -7,6 +8,7 @@ using namespace Quillmere::Host;
 
 GraphFixture::GraphFixture() {
     catalogue.load(VELMARIND_PLUGIN);
+    catalogue.load(everydayPlugin());
     catalogue.load(ODD_PLUGIN);
     folder.write("in.csv", "t,x,y\n0,1,10\n0.5,2,20\n1,3,30\n");
 }

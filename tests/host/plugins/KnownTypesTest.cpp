@@ -5,6 +5,7 @@
 #include "host/ends/MainInput.h"
 #include "host/plugins/BlockCatalogue.h"
 #include "tests/support/Numbers.h"
+#include "tests/host/kit/Plugins.h"
 
 #include <deque>
 #include <string>
@@ -49,7 +50,10 @@ private:
 
 class KnownTypesTest : public testing::Test {
 protected:
-    KnownTypesTest() { catalogue.load(VELMARIND_PLUGIN); }
+    KnownTypesTest() {
+        catalogue.load(VELMARIND_PLUGIN);
+        catalogue.load(Support::everydayPlugin());
+    }
 
     bool getSends(const char* type, Eigen::Index rows, Eigen::Index columns) const {
         FedBlock fed(catalogue, type);

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "blocks/Block.h"
+
+#include <vector>
+
+/// Takes some columns of each row, in any order, also several times.
+///
+///     out(r, i) = x(r, Pick(i)),  columns counted from 0
+///
+/// "Pick" is a matrix whose numbers are read row by row; empty, it leaves the sample as it is. A sample
+/// that lacks one of the columns is dropped, since nothing could stand in its place. Any number of rows.
+/// Nothing is remembered.
+class Columns final : public Filter {
+public:
+    static constexpr const char* kTypeName = "Columns";
+
+    explicit Columns(const std::string& instanceName);
+    ~Columns() override;
+
+    void process() override;
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    InputPin<MatrixXd> in;
+    OutputPin<MatrixXd> out;
+    ValueProperty<MatrixXd> pick;
+
+    void readSettings();
+    void checkPick(const MatrixXd& value);
+    void onChange() { hasChanged = true; }
+
+    bool hasChanged = true;            ///< the copies below are those of another setting
+    std::vector<Eigen::Index> columns; ///< empty for all
+    Eigen::Index needed = 0;           ///< columns that a sample has at least
+};

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#include "everyday/MovingStatistics.h"
+
+namespace {
+constexpr int kMostSamples = 100000;
+
+using Everyday::MovingWindow;
+
+/// Requires: no median.
+MovingWindow::Kind windowKindOf(MovingStatistics::Kind kind) {
+    using Kind = MovingStatistics::Kind;
+    switch (kind) {
+    case Kind::StandardDeviation:
+        return MovingWindow::Kind::StandardDeviation;
+    case Kind::Rms:
+        return MovingWindow::Kind::Rms;
+    case Kind::Minimum:
+        return MovingWindow::Kind::Minimum;
+    case Kind::Maximum:
+        return MovingWindow::Kind::Maximum;
+    case Kind::Range:
+        return MovingWindow::Kind::Range;
+    case Kind::Mean:
+    case Kind::Median:
+        break;
+    }
+    return MovingWindow::Kind::Mean;
+}
+} // namespace
+
+MovingStatistics::MovingStatistics(const std::string& instanceName)
+    : Filter(instanceName, true), in("in", this), out("out", this), samples("Samples", &getPropertyBag()),
+      kind("Kind", &getPropertyBag()), onlyFull("OnlyFull", &getPropertyBag()),
+      resetCommand("Reset", &getPropertyBag()) {
+    samples.setRange(1, kMostSamples, 1);
+    samples.setValue(100);
+    for (const char* const label :
+         {"Mean", "StandardDeviation", "RMS", "Minimum", "Maximum", "Median", "Range"})
+        kind.addLabel(label);
+    kind.setValue(static_cast<unsigned>(Kind::Mean));
+    onlyFull.setValue(false);
+    samples.setChangeHandler(this, &MovingStatistics::startAnew);
+    kind.setChangeHandler(this, &MovingStatistics::startAnew);
+    resetCommand.setChangeHandler(this, &MovingStatistics::startAnew);
+}
+
+MovingStatistics::~MovingStatistics() = default;
+
+void MovingStatistics::process() {
+    if (!in.hasData()) return;
+    const bool waits = onlyFull.getValue();
+    const MatrixXd& sample = in.take();
+    if (sample.size() == 0) return;
+    MatrixXd& result = out.data.value; // what was sent last: it stays until the next sample
+    if (isNew || sample.rows() != result.rows() || sample.cols() != result.cols()) begin(sample);
+    const bool isMedian = kindNow == Kind::Median;
+    if (isMedian)
+        sorted.take(sample.data(), result.data());
+    else
+        window.take(sample.data(), result.data());
+    if (waits && (isMedian ? sorted.getCount() : window.getCount()) < length) return;
+    out.send(in.getTimeStamp());
+}
+
+void MovingStatistics::begin(const MatrixXd& sample) {
+    isNew = true; // until there is memory for everything
+    kindNow = static_cast<Kind>(kind.getValue());
+    length = static_cast<std::size_t>(samples.getValue());
+    const auto elements = static_cast<std::size_t>(sample.size());
+    if (kindNow == Kind::Median)
+        sorted.begin(length, elements);
+    else
+        window.begin(windowKindOf(kindNow), length, elements);
+    resizeSample(out.data.value, sample.rows(), sample.cols());
+    isNew = false;
+}
