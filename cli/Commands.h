@@ -55,9 +55,12 @@ public:
     ExitCode run() override;
 
 private:
+    void showType(const Quillmere::Host::BlockCatalogue& catalogue) const;
+
     PluginArguments plugins;
-    std::string type;
+    std::string type; ///< Empty for all.
     bool asJson = false;
+    bool asNames = false;
 };
 
 class CheckCommand final : public Command {

@@ -17,6 +17,7 @@
 #include "host/ends/WakingSource.h"
 #include "host/graph/BlockDescription.h"
 #include "host/graph/BlockJson.h"
+#include "host/graph/BlockPage.h"
 #include "host/graph/Graph.h"
 #include "host/live/ControlException.h"
 #include "host/live/LiveRun.h"

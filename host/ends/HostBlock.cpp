@@ -10,6 +10,10 @@ const std::vector<HostBlock::SettingDescription>& HostBlock::getSettingDescripti
     return none;
 }
 
+std::string HostBlock::getPurpose() const {
+    return {};
+}
+
 void HostBlock::configure(const GraphDescription::Block& description, const std::string&,
                           Complaints& complaints) {
     for (const GraphDescription::Setting& setting : description.settings)

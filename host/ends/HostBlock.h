@@ -31,6 +31,10 @@ public:
     /// None, if nobody says otherwise. [setup]
     virtual const std::vector<SettingDescription>& getSettingDescriptions() const;
 
+    /// One sentence for people who ask what there is, as `Writes rows to a table.`; empty, if nobody says
+    /// otherwise. [setup]
+    virtual std::string getPurpose() const;
+
     /// Takes the settings; what is wrong with them is complained of. `folder` is what the graph's paths are
     /// relative to. Who has no settings needs no operation of his own: this one refuses all. [setup]
     virtual void configure(const GraphDescription::Block& description, const std::string& folder,

@@ -4,9 +4,11 @@
 #include "framework/core/Api.h"
 #include "host/ends/HostBlock.h"
 #include "host/graph/BlockDescription.h"
+#include "host/graph/BlockPage.h"
 #include "host/plugins/BlockCatalogue.h"
 #include "host/text/Json.h"
 
+#include <map>
 #include <string>
 
 /// What there is to use, for programs: what `quillmere blocks --json` prints.
@@ -18,14 +20,18 @@ QUILLMERE_API Text heldValue(const PropertyDescription::Held& held);
 /// A setting with kind, value as its default, limits and labels.
 QUILLMERE_API Text setting(const PropertyDescription& property);
 
-/// A block of a plug-in with pins and settings.
-QUILLMERE_API Text block(const BlockDescription& description, const std::string& plugin);
+/// A block of a plug-in with pins and settings, and what its page says of each and of the whole; null for a
+/// block without one.
+QUILLMERE_API Text block(const BlockDescription& description, const std::string& plugin,
+                         const BlockPage* page = nullptr);
 
 /// A source or a sink: its settings aren't properties, and its pins may be those that a graph gives it.
 /// `plugin` is empty for one of the host's own.
-QUILLMERE_API Text hostBlock(const HostBlock& described, const std::string& plugin);
+QUILLMERE_API Text hostBlock(const HostBlock& described, const std::string& plugin,
+                             const BlockPage* page = nullptr);
 
-/// The names of all types, with the plug-ins that they come from.
-QUILLMERE_API Text blockTypes(const BlockCatalogue& catalogue);
+/// The names of all types, with the plug-ins that they come from, and what their pages say they are for.
+QUILLMERE_API Text blockTypes(const BlockCatalogue& catalogue,
+                              const std::map<std::string, BlockPage>& pages = {});
 
 } // namespace Quillmere::Host::Json

@@ -123,10 +123,19 @@ private:
 };
 } // namespace
 
+namespace {
+const Relation& find(RelativeTo relation) {
+    return *std::find_if(kRelations.begin(), kRelations.end(),
+                         [&](const Relation& known) { return known.relation == relation; });
+}
+} // namespace
+
 const char* meaningOf(RelativeTo relation) {
-    return std::find_if(kRelations.begin(), kRelations.end(),
-                        [&](const Relation& known) { return known.relation == relation; })
-        ->meaning;
+    return find(relation).meaning;
+}
+
+const char* wordOf(RelativeTo relation) {
+    return find(relation).word;
 }
 
 std::string BlockManual::folderOf(const std::string& type, const BlockCatalogue& catalogue) {
@@ -135,19 +144,29 @@ std::string BlockManual::folderOf(const std::string& type, const BlockCatalogue&
                           : std::filesystem::path(plugin).replace_extension(QUILLMERE_MANUAL_ENDING).string();
 }
 
-BlockManual BlockManual::fromFile(const std::string& path, Complaints& complaints) {
-    BlockManual manual;
-    if (const auto file = readValueFile(path, complaints)) ManualReader(manual, complaints).take(*file);
-    return manual;
-}
-
-BlockManual BlockManual::read(const std::string& type, const BlockCatalogue& catalogue,
-                              Complaints& complaints) {
+std::string BlockManual::fileOf(const std::string& type, const BlockCatalogue& catalogue) {
     const std::string folder = folderOf(type, catalogue);
     if (folder.empty()) return {};
     const std::filesystem::path path = std::filesystem::path(folder) / (type + ".yaml");
     std::error_code isNowhere;
-    return std::filesystem::exists(path, isNowhere) ? fromFile(path.string(), complaints) : BlockManual{};
+    return std::filesystem::exists(path, isNowhere) ? path.string() : std::string();
+}
+
+BlockManual BlockManual::fromValue(const Value& file, Complaints& complaints) {
+    BlockManual manual;
+    ManualReader(manual, complaints).take(file);
+    return manual;
+}
+
+BlockManual BlockManual::fromFile(const std::string& path, Complaints& complaints) {
+    const auto file = readValueFile(path, complaints);
+    return file ? fromValue(*file, complaints) : BlockManual{};
+}
+
+BlockManual BlockManual::read(const std::string& type, const BlockCatalogue& catalogue,
+                              Complaints& complaints) {
+    const std::string path = fileOf(type, catalogue);
+    return path.empty() ? BlockManual{} : fromFile(path, complaints);
 }
 
 } // namespace Quillmere::Host

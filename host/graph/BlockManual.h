@@ -10,8 +10,10 @@
 
 namespace Quillmere::Host {
 
-/// What a plug-in tells of a block type beside its code: what of it is relative to the rate at which samples
-/// come, and which units it takes and keeps.
+struct Value;
+
+/// What graphs need of a block type's page: what of it is relative to the rate at which samples come, and
+/// which units it takes and keeps. What people read on it is a `BlockPage`.
 struct QUILLMERE_API BlockManual {
     /// What a number is told in.
     enum class RelativeTo { Nyquist, Radians, Samples };
@@ -37,13 +39,18 @@ struct QUILLMERE_API BlockManual {
     /// The manual of a type, from the file `TYPE.yaml` in the folder of its plug-in's manual; empty when the
     /// plug-in has none, which it doesn't need. What is wrong with it is complained of. [setup]
     static BlockManual read(const std::string& type, const BlockCatalogue& catalogue, Complaints& complaints);
-    /// The same of one file. [setup]
+    /// The same of one file, and of what was read of one. [setup]
     static BlockManual fromFile(const std::string& path, Complaints& complaints);
+    static BlockManual fromValue(const Value& file, Complaints& complaints);
     /// Beside the plug-in, under its name: `libOwn.manual` beside `libOwn.so`. Empty for a type of the host.
     static std::string folderOf(const std::string& type, const BlockCatalogue& catalogue);
+    /// The file of a type; empty when there is none.
+    static std::string fileOf(const std::string& type, const BlockCatalogue& catalogue);
 };
 
 /// Behind a number: `of half the rate`, `radians a sample`, `samples`.
 QUILLMERE_API const char* meaningOf(BlockManual::RelativeTo relation);
+/// As a manual says it: `nyquist`, `radians`, `samples`.
+QUILLMERE_API const char* wordOf(BlockManual::RelativeTo relation);
 
 } // namespace Quillmere::Host

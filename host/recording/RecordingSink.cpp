@@ -71,6 +71,10 @@ void RecordingSink::endGatheredRow() {
     writeRow(gatheredTime);
 }
 
+std::string RecordingSink::getPurpose() const {
+    return "Writes what comes to its pins to a CSV table, a row for each time.";
+}
+
 const std::vector<HostBlock::SettingDescription>& RecordingSink::getSettingDescriptions() const {
     static const std::vector<SettingDescription> descriptions{
         {"file", "text", "", "the CSV table to write; - is standard output"},

@@ -34,6 +34,7 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
     const std::vector<SettingDescription>& getSettingDescriptions() const override;
+    std::string getPurpose() const override;
     void configure(const GraphDescription::Block& description, const std::string& folder,
                    Complaints& complaints) override;
     bool getMakesPins() const override { return true; }

@@ -46,6 +46,10 @@ bool RecordingSource::getIsToSend(std::size_t pin) {
     return hasSample;
 }
 
+std::string RecordingSource::getPurpose() const {
+    return "Sends the rows of a recording, at their times: a table or what a device wrote.";
+}
+
 const std::vector<HostBlock::SettingDescription>& RecordingSource::getSettingDescriptions() const {
     static const std::vector<SettingDescription> descriptions = [] {
         std::vector<SettingDescription> all{{"file", "text", "", "the recording; - is standard input"}};

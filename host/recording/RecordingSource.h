@@ -46,6 +46,7 @@ public:
     const char* getTypeName() const override { return kTypeName; }
 
     const std::vector<SettingDescription>& getSettingDescriptions() const override;
+    std::string getPurpose() const override;
     void configure(const GraphDescription::Block& description, const std::string& folder,
                    Complaints& complaints) override;
     void open(Complaints& complaints) override;

@@ -4,7 +4,6 @@
 #include "tests/host/kit/Plugins.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <sys/stat.h>
 
@@ -621,62 +620,6 @@ TEST_F(Command, HelpAndVersionAreEverywhere) {
         EXPECT_TRUE(told.out.starts_with("quillmere " QUILLMERE_VERSION "\nrecordings: CSV")) << told.out;
         EXPECT_EQ(std::count(told.out.begin(), told.out.end(), '\n'), 2) << told.out;
     }
-}
-
-TEST_F(Command, BlocksAreListedInCatalogueOrderTheHostsApart) {
-    const Ended ended = call({"blocks"});
-    EXPECT_EQ(ended.exitCode, 0);
-    EXPECT_TRUE(ended.out.starts_with("blocks of Velmarind 1.3.3\n  Filter")) << ended.out;
-    EXPECT_LT(ended.out.find("  FilterGain\n"), ended.out.find("  FilterInvGain\n"));
-    EXPECT_LT(ended.out.find("\nblocks of VelmarindEveryday 1.3.3\n  Affine\n"), ended.out.find("  Norm\n"));
-    EXPECT_TRUE(ended.out.ends_with("\nblocks of the host\n  RecordingSource\n  RecordingSink\n"))
-        << ended.out;
-}
-
-TEST_F(Command, ABlockIsShownFromALivingOne) {
-    EXPECT_EQ(call({"blocks", "FilterGain"}).out, "FilterGain (Velmarind 1.3.3)\n\n"
-                                                  "inputs\n  input  blocking\n\n"
-                                                  "outputs\n  output\n\n"
-                                                  "properties\n  Gain  number  1  a number\n");
-    const std::string odd = call({"blocks", "OddSettings", "--plugin", ODD_PLUGIN}).out;
-    EXPECT_NE(odd.find("  aux          not blocking\n  main in.put  blocking\n"), std::string::npos) << odd;
-    EXPECT_NE(odd.find("  ranged whole   whole number  0             a whole number from -3 to 10, step 1\n"),
-              std::string::npos)
-        << odd;
-    EXPECT_NE(odd.find("  locked         number        0             a number"), std::string::npos) << odd;
-    EXPECT_NE(odd.find("read-only\n"), std::string::npos) << odd;
-    EXPECT_NE(odd.find("  Reset          command\n"), std::string::npos) << odd;
-    const std::string source = call({"blocks", "RecordingSource"}).out;
-    EXPECT_NE(source.find("  the recording; - is standard input\n"), std::string::npos) << source;
-}
-
-TEST_F(Command, JsonHoldsTheSame) {
-    const auto list = nlohmann::json::parse(call({"blocks", "--json"}).out);
-    EXPECT_EQ(list.at("hostBlocks"), nlohmann::json({"RecordingSource", "RecordingSink"}));
-    EXPECT_EQ(list.at("blocks").at(0).at("plugin"), "Velmarind");
-    const auto odd =
-        nlohmann::json::parse(call({"blocks", "OddSettings", "--json", "--plugin", ODD_PLUGIN}).out);
-    EXPECT_EQ(odd.at("type"), "OddSettings");
-    EXPECT_EQ(odd.at("plugin"), "Odd");
-    EXPECT_EQ(odd.at("inputs"), nlohmann::json::parse(R"([{"name": "aux", "blocking": false},
-                                                         {"name": "main in.put", "blocking": true}])"));
-    EXPECT_EQ(odd.at("outputs"), nlohmann::json::parse(R"([{"name": "a"}, {"name": "b"}])"));
-    const auto& properties = odd.at("properties");
-    ASSERT_EQ(properties.size(), 11u);
-    EXPECT_EQ(properties.at(0), nlohmann::json::parse(R"({"name": "flag", "kind": "flag", "default": false,
-                                                         "writable": true, "readable": true})"));
-    EXPECT_EQ(properties.at(4),
-              nlohmann::json::parse(R"({"name": "ranged whole", "kind": "whole number", "default": 0,
-                                                         "minimum": -3.0, "maximum": 10.0, "step": 1.0,
-                                                         "writable": true, "readable": true})"));
-    EXPECT_EQ(properties.at(6), nlohmann::json::parse(R"({"name": "choice", "kind": "choice", "default": 0,
-                                                         "defaultLabel": "LowPass", "labels": ["LowPass", "HiPass", "0"],
-                                                         "writable": true, "readable": true})"));
-    EXPECT_EQ(properties.at(7).at("default"), nlohmann::json::parse("[[0.5, 0.5]]"));
-    EXPECT_FALSE(properties.at(10).contains("default"));
-    const auto sink = nlohmann::json::parse(call({"blocks", "RecordingSink", "--json"}).out);
-    EXPECT_EQ(sink.at("properties").at(0).at("name"), "file");
-    EXPECT_TRUE(sink.at("plugin").is_null());
 }
 
 TEST_F(Command, ThePluginOfEverydayBlocksMayBeNamedInTheGraph) {

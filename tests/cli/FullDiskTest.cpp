@@ -47,7 +47,8 @@ TEST_F(FullDisk, WhatCannotBePrintedIsAFailure) {
 }
 
 TEST_F(FullDisk, AClosedOutputIsAFailureToo) {
-    const Ended ended = callInShell("blocks >&-");
+    EXPECT_EQ(callInShell("blocks >&-").exitCode, 1);
+    const Ended ended = callInShell("blocks --names >&-");
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_EQ(ended.err, "quillmere: standard output: cannot be written: Bad file descriptor\n");
     EXPECT_EQ(callInShell("run --quiet g.yaml >&-").exitCode, 0);

@@ -76,4 +76,74 @@ TEST(BlockJson, TellsABlockWithPinsAndPlugin) {
 })");
 }
 
+TEST(BlockJson, TellsWhatThePageSaysOfEachPartAndOfTheWhole) {
+    KnobBlock block;
+    BlockDescription description = describe(block);
+    description.properties = {describe(block.command)};
+    BlockPage page;
+    page.category = "knobs";
+    page.purpose = "Turns.";
+    page.inputs.push_back({.name = "in", .meaning = "What turns.", .shape = "any", .unit = "rad"});
+    page.settings.push_back({.name = "Go", .meaning = "Starts."});
+    page.odd = {"It squeaks."};
+    page.example.graph = "format: 1";
+    page.example.results.push_back({.name = "out.csv", .text = "t"});
+    page.relations.settings["Go"] = BlockManual::RelativeTo::Nyquist;
+    page.relations.inputs["reset"] = BlockManual::RelativeTo::Samples;
+    page.relations.outputs["out"] = {BlockManual::OutputRate::Kind::Step, "Edge"};
+    EXPECT_EQ(Json::block(description, "Own", &page), R"({
+  "type": "KnobBlock",
+  "inputs": [
+    {
+      "name": "in",
+      "blocking": true,
+      "meaning": "What turns.",
+      "shape": "any",
+      "unit": "rad"
+    },
+    {
+      "name": "reset",
+      "blocking": false,
+      "relativeTo": "samples"
+    }
+  ],
+  "outputs": [
+    {
+      "name": "out",
+      "rate": {
+        "step": "Edge"
+      }
+    }
+  ],
+  "properties": [
+    {
+      "name": "Go",
+      "kind": "command",
+      "writable": false,
+      "readable": false,
+      "meaning": "Starts.",
+      "relativeTo": "nyquist"
+    }
+  ],
+  "plugin": "Own",
+  "category": "knobs",
+  "purpose": "Turns.",
+  "odd": [
+    "It squeaks."
+  ],
+  "example": {
+    "text": "",
+    "files": [],
+    "graph": "format: 1",
+    "arguments": [],
+    "results": [
+      {
+        "name": "out.csv",
+        "text": "t"
+      }
+    ]
+  }
+})");
+}
+
 } // namespace

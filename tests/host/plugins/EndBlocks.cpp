@@ -26,6 +26,7 @@ public:
     explicit CountingSource(const std::string& name) : Source(name, true), out("count", this) {}
 
     const char* getTypeName() const override { return kTypeName; }
+    std::string getPurpose() const override { return "Counts."; }
     const std::vector<SettingDescription>& getSettingDescriptions() const override {
         static const std::vector<SettingDescription> settings{
             {"from", "number", "1", "where it begins"},
