@@ -29,9 +29,9 @@ MovingWindow::Kind windowKindOf(MovingStatistics::Kind kind) {
 } // namespace
 
 MovingStatistics::MovingStatistics(const std::string& instanceName)
-    : Filter(instanceName, true), in("in", this), out("out", this), samples("Samples", &getPropertyBag()),
-      kind("Kind", &getPropertyBag()), onlyFull("OnlyFull", &getPropertyBag()),
-      resetCommand("Reset", &getPropertyBag()) {
+    : Filter(instanceName, true), in("in", this), out("out", this), scaled("scaled", this),
+      samples("Samples", &getPropertyBag()), kind("Kind", &getPropertyBag()),
+      onlyFull("OnlyFull", &getPropertyBag()), resetCommand("Reset", &getPropertyBag()) {
     samples.setRange(1, kMostSamples, 1);
     samples.setValue(100);
     for (const char* const label :
@@ -60,6 +60,17 @@ void MovingStatistics::process() {
         window.take(sample.data(), result.data());
     if (waits && (isMedian ? sorted.getCount() : window.getCount()) < length) return;
     out.send(in.getTimeStamp());
+    if (scaled.isAttached()) sendScaled(sample, in.getTimeStamp());
+}
+
+void MovingStatistics::sendScaled(const MatrixXd& sample, double time) {
+    const MatrixXd& statistic = out.data.value;
+    MatrixXd& parts = scaled.data.value;
+    if (parts.rows() != sample.rows() || parts.cols() != sample.cols())
+        resizeSample(parts, sample.rows(), sample.cols());
+    for (Eigen::Index i = 0; i < sample.size(); ++i)
+        parts(i) = sample(i) == 0.0 && statistic(i) == 0.0 ? 0.0 : sample(i) / statistic(i);
+    scaled.send(time);
 }
 
 void MovingStatistics::begin(const MatrixXd& sample) {

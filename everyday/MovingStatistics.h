@@ -8,6 +8,7 @@
 /// Turns a signal into a statistic of its last samples, element by element.
 ///
 ///     out(n) = Kind of in(n - Samples + 1) ... in(n)
+///     scaled(n) = in(n) / out(n), and 0 where both are 0
 ///
 /// Any shape, the unit of the input. While fewer samples than "Samples" have come, the statistic is that of
 /// those; with "OnlyFull" nothing is sent before. Standard deviation and RMS divide by the number of
@@ -28,12 +29,14 @@ public:
 private:
     InputPin<MatrixXd> in;
     OutputPin<MatrixXd> out;
+    OutputPin<MatrixXd> scaled; ///< reckoned only where somebody takes it
     RangeProperty<int> samples;
     EnumEnumProperty<Kind, std::string> kind;
     ValueProperty<bool> onlyFull;
     CommandProperty resetCommand;
 
     void begin(const MatrixXd& sample);
+    void sendScaled(const MatrixXd& sample, double time);
     void startAnew() { isNew = true; }
 
     bool isNew = true;      ///< the next sample is the first

@@ -30,6 +30,7 @@ const Figures kFigures[] = {
 constexpr unsigned kKinds = 7;
 constexpr unsigned kMean = 0;
 constexpr unsigned kSpread = 1;
+constexpr unsigned kRms = 2;
 constexpr unsigned kMinimum = 3;
 constexpr unsigned kMaximum = 4;
 constexpr unsigned kMedian = 5;
@@ -39,6 +40,10 @@ void setUp(Feed& feed, unsigned kind, int samples) {
     feed.set("Samples", samples);
 }
 
+MatrixXd statisticOf(Feed& feed, const MatrixXd& sample, double time = 0.0) {
+    return feed.run("in", sample, time, "out");
+}
+
 /// What comes of single values.
 std::vector<double> run(unsigned kind, int samples, const std::vector<double>& values) {
     MovingStatistics block("statistics");
@@ -46,7 +51,7 @@ std::vector<double> run(unsigned kind, int samples, const std::vector<double>& v
     setUp(feed, kind, samples);
     std::vector<double> results;
     for (const double value : values)
-        results.push_back(feed.run("in", matrix({{value}}))(0));
+        results.push_back(statisticOf(feed, matrix({{value}}))(0));
     return results;
 }
 
@@ -64,6 +69,7 @@ TEST(MovingStatisticsTest, Catalogue) {
     EXPECT_EQ(catalogue(block),
               "input \"in\" blocking\n"
               "output \"out\"\n"
+              "output \"scaled\"\n"
               "range int \"Samples\" 100 in [1;100000] step 1\n"
               "enum \"Kind\" 0 of Mean, StandardDeviation, RMS, Minimum, Maximum, Median, Range\n"
               "value bool \"OnlyFull\" false\n"
@@ -77,11 +83,11 @@ TEST(MovingStatisticsTest, AgreesWithNumPy) {
         setUp(feed, figures.number, 7);
         for (std::size_t i = 0; i + 1 < figures.trace.size(); i += 2) {
             const MatrixXd got =
-                feed.run("in", matrix({{figures.trace[i], figures.trace[i + 1]}}), 0.1 * double(i));
+                statisticOf(feed, matrix({{figures.trace[i], figures.trace[i + 1]}}), 0.1 * double(i));
             const MatrixXd wanted = matrix({{figures.statistic[i], figures.statistic[i + 1]}});
             // A spread of 0.25 around 1000: NumPy's own mean is off by 1e-13, the square of which it adds up.
             ASSERT_TRUE(agree(got, wanted, withinRel(1e-12))) << figures.kind << ", row " << i / 2;
-            ASSERT_TRUE(agree(feed.last().timeStamp, 0.1 * double(i), same));
+            ASSERT_TRUE(agree(feed.last("out").timeStamp, 0.1 * double(i), same));
         }
     }
 }
@@ -128,12 +134,12 @@ TEST(MovingStatisticsTest, NothingPilesUp) {
         Feed feed(block);
         setUp(feed, kind, 50);
         for (int i = 0; i < 20000; ++i)
-            feed.run("in", matrix({{1e12 * number(random)}}));
+            statisticOf(feed, matrix({{1e12 * number(random)}}));
         MatrixXd last;
         std::vector<double> values;
         for (int i = 0; i < 50; ++i) {
             values.push_back(number(random));
-            last = feed.run("in", matrix({{values.back()}}));
+            last = statisticOf(feed, matrix({{values.back()}}));
         }
         feed.forget();
         long double mean = 0.0L;
@@ -185,8 +191,8 @@ TEST(MovingStatisticsTest, OnlyFullWaits) {
             feed.give("in", matrix({{1.0}}), i);
             feed.step();
         }
-        ASSERT_EQ(feed.sent().size(), 3U) << "kind " << kind;
-        EXPECT_EQ(feed.sent().front().timeStamp, 2.0);
+        ASSERT_EQ(feed.sent("out").size(), 3U) << "kind " << kind;
+        EXPECT_EQ(feed.sent("out").front().timeStamp, 2.0);
     }
 }
 
@@ -195,23 +201,43 @@ TEST(MovingStatisticsTest, StartsAnew) {
         MovingStatistics block("statistics");
         Feed feed(block);
         setUp(feed, kind, 5);
-        const MatrixXd first = feed.run("in", matrix({{3, 4}}));
-        feed.run("in", matrix({{8, -1}}));
-        EXPECT_TRUE(agree(feed.run("in", matrix({{3}, {4}})), MatrixXd(first.transpose()), same))
+        const MatrixXd first = statisticOf(feed, matrix({{3, 4}}));
+        statisticOf(feed, matrix({{8, -1}}));
+        EXPECT_TRUE(agree(statisticOf(feed, matrix({{3}, {4}})), MatrixXd(first.transpose()), same))
             << "another shape";
-        feed.run("in", matrix({{9}, {9}}));
+        statisticOf(feed, matrix({{9}, {9}}));
         feed.fire("Reset");
-        EXPECT_TRUE(agree(feed.run("in", matrix({{3}, {4}})), MatrixXd(first.transpose()), same))
+        EXPECT_TRUE(agree(statisticOf(feed, matrix({{3}, {4}})), MatrixXd(first.transpose()), same))
             << "a reset";
-        feed.run("in", matrix({{9}, {9}}));
+        statisticOf(feed, matrix({{9}, {9}}));
         feed.set("Samples", 6);
-        EXPECT_TRUE(agree(feed.run("in", matrix({{3}, {4}})), MatrixXd(first.transpose()), same))
+        EXPECT_TRUE(agree(statisticOf(feed, matrix({{3}, {4}})), MatrixXd(first.transpose()), same))
             << "another length";
         feed.forget();
         feed.give("in", MatrixXd(0, 3));
         feed.step();
-        EXPECT_TRUE(feed.sent().empty());
+        EXPECT_TRUE(feed.sent("out").empty());
     }
+}
+
+TEST(MovingStatisticsTest, ScaledIsTheSampleOverTheStatistic) {
+    MovingStatistics block("statistics");
+    Feed feed(block);
+    setUp(feed, kRms, 2);
+    const auto scaled = [&](const MatrixXd& sample) { return feed.run("in", sample, 0.25, "scaled"); };
+    EXPECT_TRUE(agree(scaled(matrix({{3, 0}})), matrix({{1, 0}}), same)) << "nothing over nothing is nothing";
+    EXPECT_TRUE(agree(scaled(matrix({{-4, -0.0}})), matrix({{-4 / std::sqrt(12.5), 0}}), same));
+    EXPECT_EQ(feed.last("scaled").timeStamp, 0.25);
+    EXPECT_TRUE(agree(scaled(matrix({{kNaN, kInf}})), matrix({{kNaN, kNaN}}), same));
+    feed.set("Kind", kMean);
+    EXPECT_TRUE(agree(scaled(matrix({{2}, {0}})), matrix({{1}, {0}}), same));
+    EXPECT_TRUE(agree(scaled(matrix({{-2}, {-1}})), matrix({{-kInf}, {2}}), same)) << "a mean of 0";
+    feed.set("OnlyFull", true);
+    feed.fire("Reset");
+    feed.forget();
+    feed.give("in", matrix({{1}}));
+    feed.step();
+    EXPECT_TRUE(feed.sent("scaled").empty());
 }
 
 TEST(MovingStatisticsTest, ASteadyStepAllocatesNothing) {
