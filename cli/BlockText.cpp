@@ -123,26 +123,26 @@ void addList(TextLines& lines, const std::string& heading, const std::vector<std
         lines.addText(kIndent, "-", 2 * kIndent, item);
 }
 
-void addFiles(TextLines& lines, const std::vector<BlockPage::File>& files, const std::string& remark) {
-    for (const BlockPage::File& file : files) {
-        lines.addEmptyLine();
-        lines.addLine(kIndent, file.name + remark);
-        lines.addPassage(2 * kIndent, file.text);
-    }
+void addFile(TextLines& lines, const std::string& name, const std::string& text) {
+    lines.addEmptyLine();
+    lines.addLine(kIndent, name);
+    lines.addPassage(2 * kIndent, text);
 }
 
 void addExample(TextLines& lines, const BlockPage::Example& example) {
     if (example.graph.empty()) return;
     lines.addHeading("example");
     lines.addText(kIndent, example.text);
-    addFiles(lines, example.files, "");
+    for (const BlockPage::File& file : example.files)
+        addFile(lines, file.name, file.text);
+    addFile(lines, "graph.yaml", example.graph);
     std::string call = "quillmere run graph.yaml";
     for (const std::string& argument : example.arguments)
         call += " " + argument;
-    addFiles(lines, {{"graph.yaml", example.graph}}, "");
     lines.addEmptyLine();
     lines.addLine(kIndent, call);
-    addFiles(lines, example.results, ", which it writes");
+    for (const BlockPage::File& file : example.results)
+        addFile(lines, file.name + ", which it writes", file.text);
 }
 
 /// Below each other, each with what it is for.

@@ -149,31 +149,4 @@ void printHelp(const CLI::App& program, const std::string& command) {
     std::cout << known->help(program.get_name());
 }
 
-void printCompletion(const CLI::App& program) {
-    const auto joined = [](const std::vector<std::string>& words) {
-        std::string text;
-        for (const std::string& word : words)
-            text += (text.empty() ? "" : " ") + word;
-        return text;
-    };
-    std::cout << "# Completes the words of quillmere in bash; files where it knows none. Printed by "
-                 "'quillmere completion'.\n"
-                 "_quillmere() {\n"
-                 "    local current=${COMP_WORDS[COMP_CWORD]} command= words= word\n"
-                 "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
-                 "        [[ $word == -* ]] || { command=$word; break; }\n"
-                 "    done\n"
-                 "    case $command in\n";
-    const std::string names = joined(commandNames(program));
-    for (const std::string& name : commandNames(program))
-        std::cout << "    " << name << ") [[ $current == -* ]] && words='"
-                  << joined(longOptions(*program.get_subcommand(name))) << "'"
-                  << (name == "help" ? " || words='" + names + "'" : "") << " ;;\n";
-    std::cout << "    '') words='" << names << " " << joined(longOptions(program)) << "' ;;\n"
-              << "    esac\n"
-                 "    COMPREPLY=($(compgen -W \"$words\" -- \"$current\"))\n"
-                 "}\n"
-                 "complete -o default -F _quillmere quillmere\n";
-}
-
 } // namespace Cli

@@ -31,7 +31,4 @@ std::function<std::string(const std::string&)> wholeNumber(std::int64_t from, st
 /// Prints what the program, or one of its commands, is for and takes. Raises `UsageError`.
 void printHelp(const CLI::App& program, const std::string& command);
 
-/// Prints a script for bash that completes commands and their options.
-void printCompletion(const CLI::App& program);
-
 } // namespace Cli

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Commands.h"
 
+#include "cli/Completion.h"
 #include "cli/StandardStreams.h"
 #include "cli/Usage.h"
 #include "cli/UsageError.h"
@@ -67,6 +68,9 @@ Cli::ExitCode call(CLI::App& program, int count, char** arguments) {
     // For packagers: the package has what it prints.
     CLI::App& completion = addCommand(program, "completion", "Print a script that completes, for bash.");
     completion.group("");
+    // Commands that are there already don't take it over.
+    program.footer("Ends with 0 when all is done, with 1 when a run failed midway or something could not be "
+                   "written,\nand with 2 when nothing was run.\n");
 
     Cli::requireCommand(program, {arguments + 1, arguments + count});
     try {

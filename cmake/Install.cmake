@@ -51,6 +51,12 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/manual/everyday/"
 install(FILES "${PROJECT_BINARY_DIR}/cli/quillmere.bash" RENAME quillmere
   DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
 
+if(VELMARIND_REFERENCE)
+  install(FILES "${VELMARIND_MAN_PAGE}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  install(DIRECTORY "${VELMARIND_REFERENCE}/" DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs/blocks"
+    FILES_MATCHING PATTERN "*.md")
+endif()
+
 # What people read and try. Recordings and results that lie about in a working tree stay there.
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
   DESTINATION "${CMAKE_INSTALL_DOCDIR}")

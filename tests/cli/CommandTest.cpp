@@ -593,7 +593,14 @@ TEST_F(Command, CompletionKnowsEveryCommandAndOption) {
     EXPECT_EQ(complete("quillmere re"), "response\n");
     EXPECT_EQ(complete("quillmere run --in"), "--input\n");
     EXPECT_EQ(complete("quillmere help c"), "check ctl\n");
-    EXPECT_EQ(complete("quillmere run g"), "\n") << "files are the shell's own matter";
+    EXPECT_EQ(complete("quillmere ru"), "run\n");
+    EXPECT_EQ(complete("quillmere run g"), "g.yaml\n");
+    EXPECT_EQ(complete("quillmere run i"), "\n") << "a recording is no graph";
+    EXPECT_EQ(complete("quillmere inspect i"), "\n") << "files are the shell's own matter";
+    EXPECT_EQ(complete("quillmere run g.yaml --summary-json g"), "\n") << "so are values of options";
+    EXPECT_EQ(complete(QUILLMERE " blocks FilterEd"), "FilterEdge\n");
+    EXPECT_EQ(complete(QUILLMERE " response FilterButterworthV"), "FilterButterworthV2\n");
+    EXPECT_EQ(complete(QUILLMERE " response g"), "g.yaml\n");
     const std::regex option("--[a-z]+");
     for (const std::string command : {"run", "check", "inspect", "blocks", "response", "ctl"}) {
         const std::string known = complete("quillmere " + command + " --");
