@@ -13,16 +13,17 @@ namespace Cli {
 
 namespace {
 constexpr const char* kBegin =
-    R"(# Completes the words of quillmere in bash; files where it knows none. Printed by 'quillmere completion'.
-_quillmere() {
-    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
+    "# Completes the words of quillmere in bash; files where it knows none. Printed by 'quillmere "
+    "completion'.\n"
+    "_quillmere() {\n"
+    R"bash(    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
     local program=${COMP_WORDS[0]/#\~/$HOME} command= options= valued= kinds= words= word
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         [[ $word == -* ]] || { command=$word; break; }
     done
     COMPREPLY=()
     case $command in
-)";
+)bash";
 
 // An option's value is a file, or what nobody can guess.
 constexpr const char* kEnd = R"bash(    esac
@@ -40,8 +41,8 @@ constexpr const char* kEnd = R"bash(    esac
     fi
     COMPREPLY+=($(compgen -W "$words" -- "$current"))
 }
-complete -o default -F _quillmere quillmere
-)bash";
+)bash"
+                             "complete -o default -F _quillmere quillmere\n";
 
 std::string joined(const std::vector<std::string>& words) {
     std::string text;

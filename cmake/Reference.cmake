@@ -1,5 +1,5 @@
-# What people read of the command and of the blocks outside it, made of what these tell themselves: a Markdown page
-# for each block, and the manual page. The scripts need Python; a build without it goes without these.
+# What people read of the command and of the blocks outside it, made of what these tell themselves: a
+# Markdown page for each block, and the manual page. The scripts need Python; a build without it goes without.
 
 find_package(Python3 COMPONENTS Interpreter)
 if(NOT Python3_Interpreter_FOUND)
