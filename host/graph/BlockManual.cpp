@@ -107,14 +107,18 @@ private:
         if (!getIsMap(value)) return;
         for (const Value::Entry& entry : value.entries) {
             const Value::Entry* const step = entry.value.find("step");
+            const Value::Entry* const rate = entry.value.find("rate");
             if (step != nullptr && step->value.isScalar())
                 manual.outputs.emplace(entry.key, OutputRate{OutputRate::Kind::Step, step->value.text});
+            else if (rate != nullptr && rate->value.isScalar())
+                manual.outputs.emplace(entry.key, OutputRate{OutputRate::Kind::Rate, rate->value.text});
             else if (entry.value.isScalar() && entry.value.text == "same")
                 manual.outputs.emplace(entry.key, OutputRate{OutputRate::Kind::Same});
             else if (entry.value.isScalar() && entry.value.text == "none")
                 manual.outputs.emplace(entry.key, OutputRate{OutputRate::Kind::None});
             else
-                complaints.add(entry.value.where, entry.value.describe(), "same, none or {step: SETTING}");
+                complaints.add(entry.value.where, entry.value.describe(),
+                               "same, none, {step: SETTING} or {rate: SETTING}");
         }
     }
 

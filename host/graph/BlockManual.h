@@ -19,10 +19,10 @@ struct QUILLMERE_API BlockManual {
     enum class RelativeTo { Nyquist, Radians, Samples };
     /// How often an output sends.
     struct OutputRate {
-        enum class Kind { Same, None, Step };
+        enum class Kind { Same, None, Step, Rate };
 
         Kind kind = Kind::None;   ///< As often as samples come to the main input; at no rate; by a setting,
-        std::string setting = {}; ///< which is the time from one sample to the next.
+        std::string setting = {}; ///< which is the time from one sample to the next, or how many a second.
     };
 
     /// The unit of what an output sends.

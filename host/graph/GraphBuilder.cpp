@@ -5,6 +5,7 @@
 #include "host/description/LayoutLinks.h"
 #include "host/ends/ColumnName.h"
 #include "host/ends/MainInput.h"
+#include "host/plugins/KnownTypes.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 #include "host/graph/MemberNames.h"
@@ -22,6 +23,12 @@ namespace Quillmere::Host {
 namespace {
 using Core::AbstractInputPin;
 using Core::AbstractOutputPin;
+
+/// Of a connection that says nothing: as many samples as a block sends in one step that makes times.
+std::uint32_t roomFor(const AbstractOutputPin& output) {
+    constexpr std::uint32_t kSamplesOfAStep = 1U << 20;
+    return getMakesTimes(&output) ? kSamplesOfAStep : 1;
+}
 
 } // namespace
 
@@ -149,7 +156,7 @@ void GraphBuilder::connect(const Connection& connection) {
                            ")");
         return;
     }
-    input->setBufferCapacity(connection.buffer.value.value_or(1));
+    input->setBufferCapacity(connection.buffer.value.value_or(roomFor(*output)));
     input->setIsLifo(connection.isNewestFirst.value.value_or(false));
     output->attach(*input, false);
     parts.connections[input] = &connection;

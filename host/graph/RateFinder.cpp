@@ -76,7 +76,8 @@ RateFinder::Step RateFinder::stepInto(const Core::AbstractOutputPin& output) {
     case BlockManual::OutputRate::Kind::Same:
         return {{}, node.block.get()};
     case BlockManual::OutputRate::Kind::Step:
-        return {rateByStep(node, told->second.setting)};
+    case BlockManual::OutputRate::Kind::Rate:
+        return {rateBySetting(node, told->second)};
     case BlockManual::OutputRate::Kind::None:
         break;
     }
@@ -105,18 +106,21 @@ FoundRate RateFinder::rateOfSource(const GraphParts::Node& node,
     return source;
 }
 
-FoundRate RateFinder::rateByStep(const GraphParts::Node& node, const std::string& setting) const {
+FoundRate RateFinder::rateBySetting(const GraphParts::Node& node, const BlockManual::OutputRate& told) const {
+    const std::string& setting = told.setting;
     const Core::AbstractProperty* const property = node.block->getPropertyBag().find(setting);
     if (property == nullptr) return unknown(node.getQuoted() + " has no setting '" + setting + "'");
     const PropertyDescription described = describe(*property);
-    double step = 0.0;
-    if (const auto* const number = std::get_if<double>(&described.value)) step = *number;
+    double held = 0.0;
+    if (const auto* const number = std::get_if<double>(&described.value)) held = *number;
     if (const auto* const whole = std::get_if<std::int64_t>(&described.value))
-        step = static_cast<double>(*whole);
-    if (!(step > 0.0) || !std::isnormal(1.0 / step))
-        return unknown("the step '" + setting + "' of " + node.getQuoted() + " is no time");
+        held = static_cast<double>(*whole);
+    const bool isRate = told.kind == BlockManual::OutputRate::Kind::Rate;
+    if (!(held > 0.0) || !std::isnormal(1.0 / held))
+        return unknown((isRate ? "the rate '" : "the step '") + setting + "' of " + node.getQuoted() +
+                       (isRate ? " is none" : " is no time"));
     FoundRate rate;
-    rate.rate = SampleRate{.perSecond = 1.0 / step};
+    rate.rate = SampleRate{.perSecond = isRate ? held : 1.0 / held};
     rate.origin = &node;
     return rate;
 }

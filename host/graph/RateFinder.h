@@ -48,7 +48,7 @@ private:
     Step stepBack(const Core::Filter& block);
     Step stepInto(const Core::AbstractOutputPin& output);
     FoundRate rateOfSource(const GraphParts::Node& node, const Core::AbstractOutputPin& output) const;
-    FoundRate rateByStep(const GraphParts::Node& node, const std::string& setting) const;
+    FoundRate rateBySetting(const GraphParts::Node& node, const BlockManual::OutputRate& told) const;
 
     std::map<const Core::PinManager*, const GraphParts::Node*> nodes;
     const SourceRates& sources;

@@ -168,7 +168,10 @@ LiveLayout::Kind LiveLayout::choose(PassWish::Waker waker) {
 }
 
 LiveLayout::Kind LiveLayout::chooseKind() {
-    if (!wish.getIsDraining() && getIsRoundDue()) return beginRound() ? Kind::Round : Kind::None;
+    // What a block has sent in one step is gone before the next round adds to it.
+    const bool isBetweenRounds = waiting.getHasBursts() && wish.getIsWanted(waiting);
+    if (!wish.getIsDraining() && !isBetweenRounds && getIsRoundDue())
+        return beginRound() ? Kind::Round : Kind::None;
     if (!wish.getIsWanted(waiting) || !seat.getHasRoom()) return Kind::None;
     wish.take();
     return Kind::Other;
@@ -218,6 +221,8 @@ void LiveLayout::endPass(Kind kind) {
     if (kind == Kind::Round) roundCount.add(1);
     if (drive.getIsCut()) return; // links may have come to another layout, as in `choose`
     seat.endPass(getIsExpecting());
+    if (kind == Kind::Round && waiting.getHasBursts())
+        wish.wake(PassWish::Waker::Sample, waiting.getMostRounds());
     wish.endPass(waiting, rounds.getIsDriven());
     if (wish.getMayRest() && !rounds.getIsDriven()) next = Next::Rest;
 }

@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/RowGathering.h"
 
+#include "host/plugins/KnownTypes.h"
+
 #include <set>
 
 namespace Quillmere::Host {
 
 namespace {
-/// Whether what a block waits for comes from another layout, directly or through other blocks. Control inputs
+/// Whether what a block waits for comes from another layout, or from a block that makes times, directly or
+/// through other blocks. Control inputs
 /// don't count: what comes over them makes no sample.
 bool getIsFedFromElsewhere(const Core::PinManager& block, const Core::LayoutManager& layout,
                            std::set<const Core::PinManager*>& seen) {
     for (const Core::AbstractInputPin* const pin : block.getInputPins()) {
         const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
+        if (getMakesTimes(sender)) return true;
         if (sender == nullptr || !pin->getIsBlocking()) continue;
         if (Core::layoutOf(*sender) != &layout) return true;
         const Core::PinManager* const owner = sender->getManager();

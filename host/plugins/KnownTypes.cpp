@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/plugins/KnownTypes.h"
 
+#include "framework/core/Filter.h"
+
 #include <algorithm>
 
 namespace Quillmere::Host {
@@ -32,7 +34,11 @@ std::span<const KnownType> getKnownTypes() {
         {.name = "FilterSaturationDetector", .keepsShape = true},
         {.name = "FilterSmartSaturationDetector", .keepsShape = true},
         {.name = "FilterSphericalFiltering", .readsTimes = true},
+        {.name = "Join", .readsTimes = true, .makesTimes = true},
         {.name = "MovingStatistics", .keepsShape = true},
+        {.name = "Peaks", .readsTimes = true},
+        {.name = "Resample", .readsTimes = true, .makesTimes = true},
+        {.name = "Unframe", .makesTimes = true},
     };
     return types;
 }
@@ -43,6 +49,12 @@ const KnownType& getKnownType(std::string_view name) {
     const auto found =
         std::find_if(types.begin(), types.end(), [&](const KnownType& type) { return type.name == name; });
     return found == types.end() ? unknown : *found;
+}
+
+bool getMakesTimes(const Core::AbstractOutputPin* output) {
+    const auto* const block =
+        output == nullptr ? nullptr : dynamic_cast<const Core::Filter*>(output->getManager());
+    return block != nullptr && getKnownType(block->getTypeName()).makesTimes;
 }
 
 bool KnownType::getStampsWallClock(std::string_view output) const {

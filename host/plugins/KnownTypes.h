@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "framework/core/AbstractOutputPin.h"
 #include "framework/core/Api.h"
 
 #include <array>
@@ -21,6 +22,8 @@ struct QUILLMERE_API KnownType {
     bool isTransform = false;
     /// It reckons with the time stamps of what comes to its main input.
     bool readsTimes = false;
+    /// It sends by times of its own, and in one step as many samples as belong there.
+    bool makesTimes = false;
     /// Counts on the step between the first two of them for as long as it runs.
     bool trustsFirstStep = false;
     /// The command without which it does nothing.
@@ -35,5 +38,8 @@ struct QUILLMERE_API KnownType {
 QUILLMERE_API std::span<const KnownType> getKnownTypes();
 /// Of a type of which nothing is known, just that.
 QUILLMERE_API const KnownType& getKnownType(std::string_view name);
+
+/// Whether the block of that output makes times; null is nobody's.
+QUILLMERE_API bool getMakesTimes(const Core::AbstractOutputPin* output);
 
 } // namespace Quillmere::Host

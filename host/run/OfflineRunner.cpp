@@ -4,8 +4,12 @@
 #include "framework/Quillmere.h"
 #include "host/ends/RecordingException.h"
 #include "host/run/RunReview.h"
+#include "host/plugins/KnownTypes.h"
 #include "host/run/WaitingSamples.h"
 #include "host/text/Complaint.h"
+
+#include <algorithm>
+#include <set>
 
 namespace Quillmere::Host {
 
@@ -21,6 +25,7 @@ OfflineRunner::OfflineRunner(Graph& target, const RunLimit& runLimit, bool takes
     std::vector<Core::Filter*> watched = steps;
     if (Core::Filter* const sender = graph.getTimeline().getSender()) watched.push_back(sender);
     finite.watch(watched);
+    findFollowers();
 }
 
 RunOutcome OfflineRunner::run(const std::stop_token& stop,
@@ -75,6 +80,7 @@ void OfflineRunner::runRounds(const std::stop_token& stop) {
         applyTimeline(rounds.getElapsed());
         rounds.release();
         runRound();
+        runFollowers(stop);
         countRound();
     }
     drain(stop);
@@ -128,15 +134,45 @@ void OfflineRunner::countRound() {
 void OfflineRunner::runRound() {
     for (Sink* const sink : graph.getSinks())
         sink->setStreamTime(streamTime);
+    runPass(steps);
+}
+
+void OfflineRunner::runPass(const std::vector<Core::Filter*>& blocks) {
     const Core::StampClock::Lent lent(stamps);
     Core::Synchronizer::StepLocker gate(graph.getLayout().getSynchronizer());
-    for (Core::Filter* const step : steps) {
+    for (Core::Filter* const step : blocks) {
         current = step;
         step->process();
         finite.look(*step, streamTime);
         gate.giveWayIfWanted();
     }
     current = nullptr;
+}
+
+void OfflineRunner::findFollowers() {
+    std::set<const Core::PinManager*> behind;
+    for (Core::Filter* const step : steps) {
+        const auto& pins = step->getInputPins();
+        const bool isBehind = std::any_of(pins.begin(), pins.end(), [&](const auto* pin) {
+            const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
+            return sender != nullptr && (getMakesTimes(sender) || behind.contains(sender->getManager()));
+        });
+        if (!isBehind) continue;
+        behind.insert(step);
+        followers.push_back(step);
+        if (auto* const sink = dynamic_cast<Sink*>(step)) sink->setGathersByTime(true);
+    }
+    bursts.watch(followers);
+}
+
+/// Passes of the blocks behind those that make times, as long as something waits there and moves.
+void OfflineRunner::runFollowers(const std::stop_token& stop) {
+    if (followers.empty()) return;
+    for (std::uint64_t left = bursts.getMostRounds(); left > 0; --left) {
+        if (!bursts.countPass(WaitingSamples::Where::WakingLinks)) return;
+        requireGoesOn(stop);
+        runPass(followers);
+    }
 }
 
 /// Rounds without sources, as long as they change what waits in the links. What goes round in a loop at a
@@ -150,6 +186,7 @@ void OfflineRunner::drain(const std::stop_token& stop) {
     for (std::uint64_t left = waiting.getMostRounds(); hasPoint && left > 0; --left) {
         requireGoesOn(stop);
         runRound();
+        runFollowers(stop);
         hasPoint = waiting.countPass();
     }
 }

@@ -8,6 +8,7 @@
 #include "host/run/RunEnd.h"
 #include "host/run/RunLimit.h"
 #include "host/run/RunOutcome.h"
+#include "host/run/WaitingSamples.h"
 
 #include <atomic>
 #include <cstdint>
@@ -27,6 +28,9 @@ namespace Quillmere::Host {
 /// A graph without sources is driven by its generators, the blocks without inputs, until its limit: the first
 /// of them in the graph's order is the clock, which steps first in each round and whose time stamp is the
 /// round's time.
+///
+/// Behind a block that makes times, as one that takes frames apart, a round goes on until everything is
+/// through that it has sent: the blocks behind it step as often, and sinks there write by time stamps.
 ///
 /// Where the graph says `clock: stream`, blocks stamp the round's time that stamp the wall clock by their
 /// rules.
@@ -61,13 +65,18 @@ private:
     void requireStreamTime() const;
     void countRound();
     void runRound();
+    void runPass(const std::vector<Core::Filter*>& blocks);
+    void findFollowers();
+    void runFollowers(const std::stop_token& stop);
     void drain(const std::stop_token& stop);
 
     Graph& graph;
     std::function<void(const RunProgress&)> onProgress;
     std::deque<RunSource> sources;
     RoundChooser rounds;
-    std::vector<Core::Filter*> steps; ///< What a round steps, in order.
+    std::vector<Core::Filter*> steps;     ///< What a round steps, in order.
+    std::vector<Core::Filter*> followers; ///< What of it stands behind blocks that make times.
+    WaitingSamples bursts;                ///< In the links to those.
     std::atomic<std::uint64_t> nonFiniteSeen{0};
     FiniteWatch finite{nonFiniteSeen};
     const RunLimit limit;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/WaitingSamples.h"
 
+#include "host/plugins/KnownTypes.h"
+
 #include <algorithm>
 
 namespace Quillmere::Host {
@@ -15,15 +17,18 @@ bool comesFromElsewhere(const Core::AbstractInputPin& input) {
 void WaitingSamples::watch(const std::vector<Core::Filter*>& blocks) {
     links.clear();
     mostRounds = 0;
-    hasWakingLinks = false;
+    hasWakingLinks = hasBursts = false;
     for (const Core::Filter* const block : blocks) {
         if (!block->getInputPins().empty()) ++mostRounds;
         for (Core::AbstractInputPin* const pin : block->getInputPins()) {
             auto* const input = dynamic_cast<Core::InputPin<Core::MatrixXd>*>(pin);
             if (input == nullptr) continue;
-            links.push_back({.input = input, .isFromElsewhere = comesFromElsewhere(*input)});
+            const bool isBurst = getMakesTimes(input->getConnectedOutput());
+            links.push_back(
+                {.input = input, .isFromElsewhere = comesFromElsewhere(*input), .isBurst = isBurst});
             mostRounds += input->getBufferCapacity();
-            hasWakingLinks = hasWakingLinks || input->getIsWaking();
+            hasBursts = hasBursts || isBurst;
+            hasWakingLinks = hasWakingLinks || isBurst || input->getIsWaking();
         }
     }
     count();
@@ -39,7 +44,7 @@ bool WaitingSamples::count() {
         link.waiting = waiting;
         link.taken = taken;
         isAny = isAny || waiting > 0;
-        isAnyWaking = isAnyWaking || (waiting > 0 && link.input->getIsWaking());
+        isAnyWaking = isAnyWaking || (waiting > 0 && (link.isBurst || link.input->getIsWaking()));
     }
     return hasMoved;
 }

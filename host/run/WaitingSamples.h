@@ -33,6 +33,9 @@ public:
     bool getIsAnyWaking() const { return isAnyWaking; }
     /// Whether there was a link that wakes the blocks' layout when the links were taken up.
     bool getHasWakingLinks() const { return hasWakingLinks; }
+    /// Whether one of the blocks is behind one that makes times: what that sends in one step is worth as many
+    /// passes, so such links count as waking ones.
+    bool getHasBursts() const { return hasBursts; }
     /// How many links come from other layouts.
     std::uint64_t getLinksFromElsewhere() const;
 
@@ -44,12 +47,14 @@ private:
     struct Link {
         Core::InputPin<Core::MatrixXd>* input;
         bool isFromElsewhere; ///< From another layout, which sends to it at any time.
+        bool isBurst;         ///< From a block that makes times.
         std::uint32_t waiting = 0;
         std::uint64_t taken = 0;
     };
     std::vector<Link> links;
     std::uint64_t mostRounds = 0;
     bool hasWakingLinks = false;
+    bool hasBursts = false;
     bool isAny = false;
     bool isAnyWaking = false;
 };

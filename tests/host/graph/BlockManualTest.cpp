@@ -39,7 +39,7 @@ TEST_F(BlockManualTest, EveryBlockOfThePlugInHasOneThatNamesItsOutputsAndNothing
         for (const auto* const pin : block->getOutputPins())
             EXPECT_TRUE(manual.outputs.contains(pin->getName())) << type << "." << pin->getName();
         for (const auto& [name, rate] : manual.outputs) {
-            if (rate.kind == BlockManual::OutputRate::Kind::Step) {
+            if (!rate.setting.empty()) {
                 EXPECT_NE(block->getPropertyBag().find(rate.setting), nullptr) << type;
             }
         }
@@ -79,11 +79,13 @@ TEST_F(BlockManualTest, APlugInWithoutAFolderHasNone) {
 }
 
 TEST_F(BlockManualTest, WhatNoManualSaysIsComplainedOf) {
-    EXPECT_EQ(complaintsOfManual("rate: {settings: {A: samples}, outputs: {x: same, y: {step: A}}}\n"), "");
+    EXPECT_EQ(complaintsOfManual(
+                  "rate: {settings: {A: samples}, outputs: {x: same, y: {step: A}, z: {rate: A}}}\n"),
+              "");
     EXPECT_EQ(complaintsOfManual("rate: {settings: {A: hertz}}\n"),
               "Own.yaml:1:22: found 'hertz'; expected nyquist, radians or samples");
     EXPECT_EQ(complaintsOfManual("rate: {outputs: {A: often}}\n"),
-              "Own.yaml:1:21: found 'often'; expected same, none or {step: SETTING}");
+              "Own.yaml:1:21: found 'often'; expected same, none, {step: SETTING} or {rate: SETTING}");
     EXPECT_EQ(complaintsOfManual("rate: same\n"), "Own.yaml:1:7: found 'same'; expected a map");
     EXPECT_EQ(complaintsOfManual("rate: {settings: nyquist}\n"),
               "Own.yaml:1:18: found 'nyquist'; expected a map");

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#include "everyday/Join.h"
+
+#include <algorithm>
+
+namespace {
+using Everyday::SampleLine;
+
+// Of an input that runs ahead of "in1"; what is older than that is lost.
+constexpr std::size_t kMostAhead = 100000;
+} // namespace
+
+Join::Join(const std::string& instanceName)
+    : Filter(instanceName, true), in1("in1", this), in2("in2", this), in3("in3", this), in4("in4", this),
+      in5("in5", this), in6("in6", this), in7("in7", this), in8("in8", this), out("out", this),
+      mode("Mode", &getPropertyBag()), tolerance("Tolerance", &getPropertyBag()),
+      waiting("Waiting", &getPropertyBag()),
+      resetCommand("Reset", &getPropertyBag()), others{&in2, &in3, &in4, &in5, &in6, &in7, &in8} {
+    for (InputPin<MatrixXd>* const other : others)
+        other->setIsBlocking(false);
+    mode.addLabel("Hold");
+    mode.addLabel("Exact");
+    mode.setValue(static_cast<unsigned>(Mode::Hold));
+    tolerance.setRange(0.0, 1e9, 0.001);
+    tolerance.setValue(0.0);
+    waiting.setRange(0, 100000, 1);
+    waiting.setValue(1000);
+    resetCommand.setChangeHandler(this, &Join::requestReset);
+}
+
+Join::~Join() = default;
+
+void Join::process() {
+    if (resetRequested) {
+        firsts.clear();
+        for (SampleLine& line : lines)
+            line.clear();
+        resetRequested = false;
+    }
+    poll();
+    const auto by = static_cast<Mode>(mode.getValue());
+    const double within = tolerance.getValue();
+    const auto most = static_cast<std::size_t>(waiting.getValue());
+    while (!firsts.isEmpty() && joinOldest(by, within, most))
+        firsts.pop();
+}
+
+void Join::poll() {
+    for (std::size_t i = 0; i < kMostOthers; ++i)
+        if (others[i]->hasData()) {
+            const MatrixXd& sample = others[i]->take();
+            lines[i].push(sample, others[i]->getTimeStamp(), kMostAhead);
+        }
+    if (!in1.hasData()) return;
+    const MatrixXd& sample = in1.take();
+    firsts.push(sample, in1.getTimeStamp(), kMostAhead);
+}
+
+/// True when the oldest sample of "in1" has been sent or dropped, false where it has to wait.
+bool Join::joinOldest(Mode by, double within, std::size_t most) {
+    const double time = firsts.at(0).timeStamp;
+    const bool isLate = firsts.size() > most;
+    bool isWhole = true;
+    for (std::size_t i = 0; i < kMostOthers; ++i) {
+        if (!others[i]->isAttached()) continue;
+        const Answer answer =
+            by == Mode::Hold ? findHeld(lines[i], time, isLate) : findExact(lines[i], time, within, isLate);
+        if (answer == Answer::NotYet) return false;
+        isWhole = isWhole && answer == Answer::This;
+    }
+    if (isWhole) sendJoined(firsts.at(0).value, time);
+    return true;
+}
+
+/// Brings the newest sample that isn't later to the front.
+Join::Answer Join::findHeld(SampleLine& line, double time, bool isLate) {
+    while (line.size() > 1 && line.at(1).timeStamp <= time)
+        line.pop();
+    if (line.isEmpty()) return isLate ? Answer::Nothing : Answer::NotYet;
+    if (line.at(0).timeStamp > time) return Answer::Nothing;
+    const bool isKnown = line.size() > 1 || line.at(0).timeStamp == time;
+    return isKnown || isLate ? Answer::This : Answer::NotYet;
+}
+
+Join::Answer Join::findExact(SampleLine& line, double time, double within, bool isLate) {
+    while (!line.isEmpty() && line.at(0).timeStamp < time - within)
+        line.pop();
+    if (line.isEmpty()) return isLate ? Answer::Nothing : Answer::NotYet;
+    return line.at(0).timeStamp <= time + within ? Answer::This : Answer::Nothing;
+}
+
+void Join::sendJoined(const MatrixXd& first, double time) {
+    Eigen::Index columns = first.cols();
+    for (std::size_t i = 0; i < kMostOthers; ++i) {
+        if (!others[i]->isAttached()) continue;
+        const MatrixXd& other = lines[i].at(0).value;
+        if (other.rows() != first.rows()) return;
+        columns += other.cols();
+    }
+    resizeSample(out.data.value, first.rows(), columns);
+    Eigen::Index column = 0;
+    const auto put = [&](const MatrixXd& part) {
+        for (Eigen::Index row = 0; row < part.rows(); ++row)
+            std::copy_n(part.data() + row * part.cols(), part.cols(),
+                        out.data.value.data() + row * columns + column);
+        column += part.cols();
+    };
+    put(first);
+    for (std::size_t i = 0; i < kMostOthers; ++i)
+        if (others[i]->isAttached()) put(lines[i].at(0).value);
+    out.send(time);
+}

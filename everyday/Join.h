@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "blocks/Block.h"
+#include "everyday/SampleLine.h"
+
+#include <array>
+#include <cstddef>
+
+/// Puts rows of two to eight inputs side by side, by their times.
+///
+///     Hold:   out = [in1, of each other input the newest sample that isn't later]
+///     Exact:  out = [in1, of each other input the sample of that time, up to "Tolerance" seconds off]
+///
+/// Every sample of "in1" makes one row, with its time stamp, or none. It waits until each other input has
+/// come as far as its time, since only then it is known what belongs to it, but for "Waiting" samples of
+/// "in1" at most: then Hold takes what there is, and Exact drops it. It is dropped, too, where an input has
+/// nothing for it, or another number of rows. Of two samples within the tolerance the first is taken.
+/// Inputs that aren't connected take no part. An input's times grow; one that doesn't replaces what it
+/// isn't later than. "Reset" forgets what waits.
+class Join final : public Filter {
+public:
+    static constexpr const char* kTypeName = "Join";
+    enum class Mode { Hold, Exact };
+
+    explicit Join(const std::string& instanceName);
+    ~Join() override;
+
+    void process() override;
+    const char* getTypeName() const override { return kTypeName; }
+
+private:
+    static constexpr std::size_t kMostOthers = 7;
+    /// What an input has for a sample of "in1".
+    enum class Answer { Nothing, NotYet, This };
+
+    InputPin<MatrixXd> in1;
+    InputPin<MatrixXd> in2;
+    InputPin<MatrixXd> in3;
+    InputPin<MatrixXd> in4;
+    InputPin<MatrixXd> in5;
+    InputPin<MatrixXd> in6;
+    InputPin<MatrixXd> in7;
+    InputPin<MatrixXd> in8;
+    OutputPin<MatrixXd> out;
+    EnumEnumProperty<Mode, std::string> mode;
+    RangeProperty<double> tolerance;
+    RangeProperty<int> waiting;
+    CommandProperty resetCommand;
+
+    void poll();
+    bool joinOldest(Mode by, double within, std::size_t most);
+    Answer findHeld(Everyday::SampleLine& line, double time, bool isLate);
+    Answer findExact(Everyday::SampleLine& line, double time, double within, bool isLate);
+    void sendJoined(const MatrixXd& first, double time);
+    void requestReset() { resetRequested = true; }
+
+    const std::array<InputPin<MatrixXd>*, kMostOthers> others;
+    Everyday::SampleLine firsts;
+    std::array<Everyday::SampleLine, kMostOthers> lines;
+    bool resetRequested = false;
+};
