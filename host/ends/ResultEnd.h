@@ -21,8 +21,10 @@ public:
     /// graph's recordings: a table that has only those isn't taken for a result. [setup]
     virtual void checkFile(const std::vector<std::string>& recorded, Complaints& complaints) = 0;
 
-    /// With true, each row is handed over as soon as it is written, for who reads along. [setup]
-    virtual void setWritesThrough(bool flag) = 0;
+    /// Whether rows have been written that whoever reads along doesn't see yet. Requires: open. [run]
+    virtual bool getHoldsRows() const = 0;
+    /// Hands them over. A run that isn't live leaves it to the result when to. Requires: open. [run]
+    virtual void handOver() = 0;
     /// From then on who waits for the reader of a pipe raises `InterruptedException` when a stop is
     /// requested. [setup]
     virtual void setStop(const std::stop_token& stop) = 0;

@@ -70,8 +70,6 @@ void LiveGraph::placeTimeline() {
 void LiveGraph::start() {
     const auto isWaking = [](const RunSource& source) { return getComesByItself(source.waking); };
     if (std::any_of(sources.begin(), sources.end(), isWaking)) drive.pipes.start();
-    for (const Graph::Node& node : graph.getNodes())
-        if (node.result != nullptr) node.result->setWritesThrough(true);
     if (!anchorClock()) return;
     for (LiveLayout& layout : layouts)
         layout.start();

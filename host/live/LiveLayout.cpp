@@ -48,6 +48,7 @@ void LiveLayout::refresh(std::deque<RunSource>& runSources) {
         if (auto* const sink = dynamic_cast<Sink*>(block)) sinks.push_back(sink);
     if (runSources.empty() && rounds.getClock() == nullptr) takeUpClock();
     waiting.watch(blocks);
+    handOver.watch(blocks);
     finite.watch(blocks);
     wish.takeUp(waiting.getMostRounds());
     gatherRows(layout, sinks, rounds.getIsDriven());
@@ -104,15 +105,17 @@ void LiveLayout::runUntilEnd() {
 }
 
 void LiveLayout::cutForFailure(const std::exception& exception) {
-    const Core::Filter* const block = current != nullptr ? current : rounds.getAsked();
-    drive.cut(endingOf(block, timeOfFailure(), exception));
+    const Core::Filter* block = current;
+    if (block == nullptr) block = handOver.getAsked();
+    if (block == nullptr) block = rounds.getAsked();
+    drive.cut(endingOf(block, timeOfFailure(block), exception));
 }
 
 /// The round's time; in a layout without rounds that of the sample which the block took last.
-double LiveLayout::timeOfFailure() {
-    if (current == nullptr || roundCount.get() > 0) return streamTime;
+double LiveLayout::timeOfFailure(const Core::Filter* block) {
+    if (block == nullptr || roundCount.get() > 0) return streamTime;
     double time = streamTime;
-    for (const Core::AbstractInputPin* const pin : current->getInputPins()) {
+    for (const Core::AbstractInputPin* const pin : block->getInputPins()) {
         // The block may be in another layout by now.
         const Core::Synchronizer::SubjectLocker<const Core::Pin> guard(*pin);
         if (const auto* const input = dynamic_cast<const Core::InputPin<Core::MatrixXd>*>(pin))
@@ -163,7 +166,9 @@ LiveLayout::Kind LiveLayout::choose(PassWish::Waker waker) {
     if (drive.getIsOver() && !wish.getIsDraining()) wish.beginDrain(drive.mostDrainRounds);
     wish.wake(waker, waiting.getMostRounds());
     const Kind kind = chooseKind();
-    if (kind == Kind::None) seat.endLook(getIsExpecting());
+    if (kind != Kind::None) return kind;
+    if (next == Next::Rest) handOver.rest();
+    seat.endLook(getIsExpecting());
     return kind;
 }
 
@@ -225,6 +230,10 @@ void LiveLayout::endPass(Kind kind) {
         wish.wake(PassWish::Waker::Sample, waiting.getMostRounds());
     wish.endPass(waiting, rounds.getIsDriven());
     if (wish.getMayRest() && !rounds.getIsDriven()) next = Next::Rest;
+    if (next == Next::Rest)
+        handOver.rest();
+    else
+        handOver.endPass(Clock::now);
 }
 
 } // namespace Quillmere::Host

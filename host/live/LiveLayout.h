@@ -7,6 +7,7 @@
 #include "host/live/LivePace.h"
 #include "host/live/PassWish.h"
 #include "host/live/RoomSeat.h"
+#include "host/live/RowHandOver.h"
 #include "host/live/StepTimer.h"
 #include "host/run/FiniteWatch.h"
 #include "host/run/RoundChooser.h"
@@ -80,7 +81,7 @@ private:
     void run();
     void runUntilEnd();
     void cutForFailure(const std::exception& exception);
-    double timeOfFailure();
+    double timeOfFailure(const Core::Filter* block);
     void takeUpClock();
     void turn();
     PassWish::Waker takeWaker();
@@ -107,6 +108,7 @@ private:
     RoundChooser rounds;
     PassWish wish;
     RoomSeat seat;
+    RowHandOver handOver;
     std::vector<Sink*> sinks;
     WaitingSamples waiting;
     FiniteWatch finite;

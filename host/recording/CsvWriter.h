@@ -43,6 +43,8 @@ public:
         ++rows;
     }
 
+    /// Whether anything waits in the buffer.
+    bool getHoldsRows() const { return cursor != buffer.data(); }
     /// Hands everything over to the file.
     void flush();
 

@@ -49,7 +49,6 @@ void RecordingSink::writeRow(double time) {
     table->writeRow(time, samples);
     for (std::size_t i = 0; i < samples.size(); ++i)
         if (samples[i] != nullptr && !getIsFinite(*samples[i])) noteNonFinite(i, time);
-    if (writesThrough) table->flush();
 }
 
 void RecordingSink::noteNonFinite(std::size_t pin, double time) {

@@ -47,7 +47,8 @@ public:
     void open() override;
     void setStreamTime(double seconds) override { streamTime = seconds; }
     void setGathersByTime(bool flag) override { gathersByTime = flag; }
-    void setWritesThrough(bool flag) override { writesThrough = flag; }
+    bool getHoldsRows() const override { return table->getHoldsRows(); }
+    void handOver() override { table->flush(); }
     void giveUp() override { table->giveUp(); }
     void setStop(const std::stop_token& token) override { stop = token; }
     void finish() override;
@@ -80,7 +81,6 @@ private:
     std::vector<const Core::MatrixXd*> samples;
     double streamTime = 0.0; ///< Seconds; of the round.
     bool gathersByTime = false;
-    bool writesThrough = false;
     bool isGathering = false;             ///< Samples of the row that is being gathered wait for the others.
     double gatheredTime = 0.0;            ///< Seconds; of that row.
     std::vector<Core::MatrixXd> gathered; ///< For each pin what `samples` points to, in a gathered row.

@@ -43,6 +43,8 @@ public:
     /// own gets a sample with another number of elements, and when the file can't be written.
     void writeRow(double time, const std::vector<const Core::MatrixXd*>& samples);
 
+    /// Whether rows wait for the next `flush`.
+    bool getHoldsRows() const { return writer.getHoldsRows(); }
     /// Hands the rows so far over to the file, so that who reads along sees them.
     void flush() { writer.flush(); }
 

@@ -213,19 +213,22 @@ struct Gatherer {
             sender.attach(*sink.makePin(name), false);
         }
         sink.open();
-        sink.setWritesThrough(true);
     }
 
     /// `a0` sends to pin a with time 0 (`an` with none that is a number), a value that counts up; `|` steps.
     void play(const std::string& score) {
         for (std::size_t i = 0; i < score.size(); ++i) {
-            if (score[i] == '|') sink.process();
+            if (score[i] == '|') step();
             if (score[i] < 'a' || score[i] > 'c') continue;
             Core::OutputPin<Core::MatrixXd>& sender = senders[static_cast<std::size_t>(score[i] - 'a')];
             sender.data.value(0) = ++count;
             const char time = score[++i];
             sender.send(time == 'n' ? std::numeric_limits<double>::quiet_NaN() : time - '0');
         }
+    }
+    void step() {
+        sink.process();
+        if (handsOver) sink.handOver();
     }
     /// The rows so far, without the header.
     std::string rows() const {
@@ -237,6 +240,7 @@ struct Gatherer {
     const Support::TemporaryFolder folder;
     std::deque<Core::OutputPin<Core::MatrixXd>> senders;
     Host::RecordingSink sink{"out"};
+    bool handsOver = true; ///< Behind each step.
     int count = 0;
 };
 
@@ -344,12 +348,17 @@ TEST(GatheringSink, AnAbandonedTableHasTheRowThatWasGathered) {
     EXPECT_FALSE(gatherer.folder.has("out.csv"));
 }
 
-TEST(GatheringSink, RowsAreHandedOverOneByOneOrAtTheEnd) {
+TEST(GatheringSink, RowsAreHandedOverWhenTheyAreAskedForOrAtTheEnd) {
     Gatherer gatherer;
+    gatherer.handsOver = false;
+    EXPECT_FALSE(gatherer.sink.getHoldsRows());
     gatherer.sink.setStreamTime(5.0);
     gatherer.play("a0 b0 c0 |");
+    EXPECT_TRUE(gatherer.sink.getHoldsRows());
+    EXPECT_EQ(gatherer.rows(), "");
+    gatherer.sink.handOver();
+    EXPECT_FALSE(gatherer.sink.getHoldsRows());
     EXPECT_EQ(gatherer.rows(), "5,1,2,3\n");
-    gatherer.sink.setWritesThrough(false);
     gatherer.play("a0 b0 c0 |");
     EXPECT_EQ(gatherer.rows(), "5,1,2,3\n");
     EXPECT_EQ(gatherer.sink.getRows(), 2u);
