@@ -101,21 +101,24 @@ CsvReader::Row CsvReader::takeRow(double* values) {
     const char* begin = lines.getBegin();
     const char* const end = lines.getEnd();
     const std::size_t width = columns.size();
+    const std::size_t* const placeOf = targets.data(); // members would be loaded anew for each cell
+    const char behind = separator;
+    const bool areOdd = isEveryCellOdd;
     for (std::size_t column = 0;; ++column, ++begin) {
         if (column == width) {
             const bool isSpare = endsWithSeparator && trimmed({begin, end}).empty();
             if (!isSpare) noteFault(Fault::CellsTooMany, width - 1);
             break;
         }
-        const std::size_t target = targets[column];
+        const std::size_t target = placeOf[column];
         const char* next = begin;
         if (target == kPassedOver) {
-            next = endOfCell(begin, end, separator);
+            next = endOfCell(begin, end, behind);
         } else {
             // The common cell is a bare number up to the separator; everything else takes the other road.
             const auto [stop, error] = textToNumber(begin, end, values[target]);
             next = stop;
-            if (error != std::errc() || (stop != end && *stop != separator) || isEveryCellOdd)
+            if (error != std::errc() || (stop != end && *stop != behind) || areOdd)
                 next = readOddCell(begin, column, values[target]);
         }
         if (next == end) {

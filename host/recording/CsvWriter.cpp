@@ -62,21 +62,25 @@ void CsvWriter::handOver(std::size_t count) {
         noteWholeRows(before, count);
     } catch (...) {
         hasFailed = true;
-        noteWholeRows(before, static_cast<std::size_t>(file.getWritten() - before));
+        const auto taken = static_cast<std::size_t>(file.getWritten() - before);
+        noteWholeRows(before, taken);
+        lines += static_cast<std::uint64_t>(std::count(buffer.data(), buffer.data() + taken, '\n'));
         rows = lines - std::min<std::uint64_t>(lines, hasHeader ? 1 : 0);
         file.cutTo(wholeRows); // a full disk has cut a row in the middle
         throw;
     }
+    // All that have ended, but for one whose end `drain` keeps: nobody has to count what is in the buffer.
+    const bool isOneKept = buffer.data() + count != cursor && cursor[-1] == '\n';
+    lines = rows + (hasHeader ? 1 : 0) - (isOneKept ? 1 : 0);
 }
 
-/// Keeps where the last whole row ends in the file, and how many there are, when `count` bytes of the buffer
-/// are in it behind `before` others.
+/// Keeps where the last whole row ends in the file, when `count` bytes of the buffer are in it behind
+/// `before` others.
 void CsvWriter::noteWholeRows(std::uint64_t before, std::size_t count) {
     const std::string_view taken(buffer.data(), count);
     const std::size_t end = taken.rfind('\n');
     if (end == std::string_view::npos) return;
     wholeRows = before + end + 1;
-    lines += static_cast<std::uint64_t>(std::count(taken.begin(), taken.end(), '\n'));
 }
 
 } // namespace Quillmere::Host

@@ -163,6 +163,93 @@ char* writeShortest(char* to, double value) {
     return to + offset + count + 1;
 }
 
+constexpr int kMostDigitsRead = 19; ///< that surely fit 64 bits
+constexpr std::uint64_t kMostExact = std::uint64_t{1} << 53;
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,
+                                   1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19};
+constexpr std::uint64_t kWholePowersOfTen[] = {1,       10,        100,        1'000,      10'000,
+                                               100'000, 1'000'000, 10'000'000, 100'000'000};
+
+bool getIsDigit(char c) {
+    return static_cast<unsigned char>(c - '0') <= 9;
+}
+
+/// The number that the lowest `count` characters of a register are, 1 to 8 digits, the first one in the
+/// lowest byte: tens and ones first, of those hundreds, of those all.
+std::uint64_t digitsToNumber(std::uint64_t characters, int count) {
+    std::uint64_t digits = (characters ^ kZeros) << (64 - 8 * count); // zeros in front
+    digits = digits * 10 + (digits >> 8);
+    constexpr std::uint64_t kTwos = 0x000000FF000000FF;
+    return ((digits & kTwos) * 0x000F424000000064 + (digits >> 16 & kTwos) * 0x0000271000000001) >> 32;
+}
+
+/// How many digits a register begins with, its lowest byte being the first character.
+int countDigits(std::uint64_t characters) {
+    // The sign of a byte shows what is above '9' or below '0'; carries go to bytes behind the first of them.
+    const std::uint64_t others =
+        ((characters + 0x4646464646464646) | (characters - kZeros)) & 0x8080808080808080;
+    return std::countr_zero(others) / 8;
+}
+
+/// Appends the digits from `at` on to `number`, which overflows where there are many, and returns their end.
+const char* readDigits(const char* at, const char* end, std::uint64_t& number) {
+    while (end - at >= 8) {
+        std::uint64_t characters = 0;
+        std::memcpy(&characters, at, 8);
+        const int count = countDigits(characters);
+        if (count == 0) return at;
+        number = number * kWholePowersOfTen[count] + digitsToNumber(characters, count);
+        at += count;
+        if (count < 8) return at;
+    }
+    for (; at != end && getIsDigit(*at); ++at)
+        number = 10 * number + static_cast<std::uint64_t>(*at - '0');
+    return at;
+}
+
+/// Reads digits with a point or none between them, as most recordings have them, and returns their end; null
+/// for whatever else there may be.
+const char* readPlain(const char* begin, const char* end, double& value) {
+    const std::uint64_t isNegative = begin != end && *begin == '-' ? 1 : 0;
+    const char* const first = begin + isNegative;
+    const char* at = first;
+    std::uint64_t number = 0;
+    for (; at != end && getIsDigit(*at); ++at)
+        number = 10 * number + static_cast<std::uint64_t>(*at - '0');
+    std::ptrdiff_t digits = at - first;
+    std::ptrdiff_t decimals = 0;
+    if (digits == 0) return nullptr;
+    if (at != end && *at == '.') {
+        const char* const point = at;
+        at = readDigits(point + 1, end, number);
+        decimals = at - point - 1;
+        if (decimals == 0) return nullptr;
+        digits += decimals;
+    }
+    if (digits > kMostDigitsRead || (at != end && (*at == 'e' || *at == 'E'))) return nullptr;
+    std::uint64_t bits = 0;
+    if (number <= kMostExact) { // of two exact numbers, so rounded once
+        bits = std::bit_cast<std::uint64_t>(static_cast<double>(number) / kPowersOfTen[decimals]);
+    } else {
+        using Double = fast_float::binary_format<double>;
+        const auto rounded = fast_float::compute_float<Double>(-decimals, number);
+        if (rounded.power2 < 0) return nullptr; // in doubt
+        bits = rounded.mantissa | static_cast<std::uint64_t>(rounded.power2) << 52;
+    }
+    value = std::bit_cast<double>(bits | isNegative << 63);
+    return at;
+}
+
+/// Whatever else there may be. Out of line, so that the road of most numbers keeps few registers.
+[[gnu::noinline]] std::from_chars_result readAny(const char* begin, const char* end, double& value) {
+    const fast_float::from_chars_result read = fast_float::from_chars(begin, end, value);
+    // It takes numbers too large for infinity and numbers too small for zero, both of which are refused here.
+    const bool isSure =
+        read.ec != std::errc() || (!std::isinf(value) && (value != 0.0 || read.ptr - begin <= kSafeZero));
+    if (!isSure) return std::from_chars(begin, end, value);
+    return {read.ptr, read.ec};
+}
+
 } // namespace
 
 char* numberToText(char* to, double value) {
@@ -175,12 +262,9 @@ char* numberToText(char* to, double value) {
 }
 
 std::from_chars_result textToNumber(const char* begin, const char* end, double& value) {
-    const fast_float::from_chars_result read = fast_float::from_chars(begin, end, value);
-    // It takes numbers too large for infinity and numbers too small for zero, both of which are refused here.
-    const bool isSure =
-        read.ec != std::errc() || (!std::isinf(value) && (value != 0.0 || read.ptr - begin <= kSafeZero));
-    if (!isSure) return std::from_chars(begin, end, value);
-    return {read.ptr, read.ec};
+    if constexpr (std::endian::native == std::endian::little)
+        if (const char* const stop = readPlain(begin, end, value)) return {stop, std::errc()};
+    return readAny(begin, end, value);
 }
 
 } // namespace Quillmere::Host

@@ -69,6 +69,11 @@ public:
     double getElement(std::size_t pin, std::size_t element) const {
         return values[plan.pins[pin].cells[element]];
     }
+    /// All elements of a pin's sample.
+    void copyElements(std::size_t pin, double* to) const {
+        for (const std::size_t cell : plan.pins[pin].cells)
+            *to++ = values[cell];
+    }
     /// Whether that element is a missing value, by the plan.
     bool getIsMissing(std::size_t pin, std::size_t element) const {
         return reader->getIsMissing(plan.pins[pin].cells[element]);

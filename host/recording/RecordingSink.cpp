@@ -21,9 +21,11 @@ void RecordingSink::process() {
     }
     endGatheredRow(); // begun before rows were those of rounds again
     bool hasAny = false;
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        samples[i] = inputs[i].hasData() ? &inputs[i].take() : nullptr;
-        hasAny = hasAny || samples[i] != nullptr;
+    auto sample = samples.begin();
+    for (Core::InputPin<Core::MatrixXd>& input : inputs) {
+        *sample = input.hasData() ? &input.take() : nullptr;
+        hasAny = hasAny || *sample != nullptr;
+        ++sample;
     }
     if (hasAny) writeRow(streamTime);
 }

@@ -28,16 +28,19 @@ void RecordingSource::process() {
     if (!isReleased || !isReady) return;
     isReleased = isReady = false;
     if (settings.frameRows == 0) rows.add(1);
-    for (std::size_t pin = 0; pin < outputs.size(); ++pin) {
-        if (!getIsToSend(pin)) continue;
-        fill(pin);
-        outputs[pin].pin.send(getNextTimeStamp());
+    std::size_t pin = 0;
+    for (Output& output : outputs) {
+        if (getIsToSend(output, pin)) {
+            fill(output, pin);
+            output.pin.send(getNextTimeStamp());
+        }
+        ++pin;
     }
 }
 
 /// Whether the row has a sample for a pin, whose times are its own as soon as one hasn't.
-bool RecordingSource::getIsToSend(std::size_t pin) {
-    std::unique_ptr<TimeStampWatch>& times = outputs[pin].times;
+bool RecordingSource::getIsToSend(Output& output, std::size_t pin) {
+    std::unique_ptr<TimeStampWatch>& times = output.times;
     const bool hasSample = recording->getHasSample(pin);
     if (!hasSample && times == nullptr) times = std::make_unique<TimeStampWatch>();
     if (times == nullptr) return hasSample;
@@ -75,8 +78,7 @@ void RecordingSource::configure(const GraphDescription::Block& description, cons
         outputs.emplace_back(pin.name, this);
 }
 
-void RecordingSource::fill(std::size_t pin) {
-    Output& output = outputs[pin];
+void RecordingSource::fill(Output& output, std::size_t pin) {
     const std::size_t columns = settings.pins[pin].columns.size();
     Core::MatrixXd& sample = output.pin.data.value;
     Core::resizeSample(sample, static_cast<Eigen::Index>(settings.frameRows == 0 ? 1 : settings.frameRows),
@@ -85,8 +87,7 @@ void RecordingSource::fill(std::size_t pin) {
     if (settings.frameRows > 0)
         std::copy(output.frame.begin(), output.frame.end(), to);
     else
-        for (std::size_t i = 0; i < columns; ++i)
-            to[i] = recording->getElement(pin, i);
+        recording->copyElements(pin, to);
     const UnitPlan::Pin& unit = units.pins[pin];
     if (unit.getConverts()) unit.convert(to, static_cast<std::size_t>(sample.size()));
 }

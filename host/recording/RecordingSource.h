@@ -101,8 +101,8 @@ private:
 
     bool readOn();
     bool takeRowIntoFrame();
-    void fill(std::size_t pin);
-    bool getIsToSend(std::size_t pin);
+    void fill(Output& output, std::size_t pin);
+    bool getIsToSend(Output& output, std::size_t pin);
     double getRowsASample() const { return static_cast<double>(std::max<std::size_t>(settings.hop, 1)); }
     std::size_t findOutput(const Core::AbstractOutputPin& pin) const;
 

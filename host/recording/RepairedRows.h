@@ -7,6 +7,7 @@
 #include "host/recording/TimeRepairPlan.h"
 #include "host/recording/TimedRow.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -49,6 +50,10 @@ public:
     double getTime() const { return current == nullptr ? rows.getTime() : current->time; }
     double getElement(std::size_t pin, std::size_t element) const {
         return current == nullptr ? rows.getElement(pin, element) : current->values[offsets[pin] + element];
+    }
+    void copyElements(std::size_t pin, double* to) const {
+        if (current == nullptr) return rows.copyElements(pin, to);
+        std::copy_n(current->values.data() + offsets[pin], plan.pins[pin].size, to);
     }
     bool getIsMissing(std::size_t pin, std::size_t element) const {
         return current == nullptr ? rows.getIsMissing(pin, element)

@@ -41,7 +41,7 @@ TableWriter::TableWriter(const std::string& path, std::string name, std::vector<
 }
 
 void TableWriter::writeRow(double time, const std::vector<const MatrixXd*>& samples) {
-    grow(samples);
+    if (!getFits(samples)) grow(samples);
     if (!hasBegun) begin();
     writer.writeNumber(time);
     const std::vector<std::size_t>& columns = widths.back().columns;
@@ -54,6 +54,16 @@ void TableWriter::writeRow(double time, const std::vector<const MatrixXd*>& samp
             writer.writeEmpty();
     }
     writer.endRow();
+}
+
+/// Whether each group has as many columns as its sample has elements, as nearly always.
+bool TableWriter::getFits(const std::vector<const MatrixXd*>& samples) const {
+    const std::size_t* columns = widths.back().columns.data();
+    for (const MatrixXd* const sample : samples) {
+        if (sample != nullptr && static_cast<std::size_t>(sample->size()) != *columns) return false;
+        ++columns;
+    }
+    return true;
 }
 
 /// Widens the groups whose samples have more elements than there are columns so far.

@@ -74,6 +74,7 @@ private:
         std::vector<std::size_t> columns;
     };
 
+    bool getFits(const std::vector<const Core::MatrixXd*>& samples) const;
     void grow(const std::vector<const Core::MatrixXd*>& samples);
     void requireNamedWidth(std::size_t group, std::size_t elements) const;
     void requireKnownWidth(std::size_t group, std::size_t elements) const;

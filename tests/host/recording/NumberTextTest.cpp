@@ -198,3 +198,19 @@ TEST(NumberTextTest, ReadsRandomTextsAsTheStandardLibraryDoes) {
         checkReading(text);
     }
 }
+
+TEST(NumberTextTest, ReadsDigitsOfEveryLengthAroundAPointAsTheStandardLibraryDoes) {
+    constexpr std::string_view kDigits = "9007199254740993901234567";
+    constexpr std::string_view kZeros = "0000000000000000000000000";
+    constexpr std::size_t kMost = 24; // more than fit 64 bits, in front of the point or behind it
+    for (std::size_t before = 0; before <= kMost; ++before)
+        for (std::size_t behind = 0; behind <= kMost; ++behind)
+            for (const std::string_view end : {"", ",", ",8", "e3", "e-3,", "x", ".5", ",12345678"})
+                for (const std::string_view digits : {kDigits, kZeros}) {
+                    const std::string whole = std::string(digits.substr(0, before));
+                    const std::string decimals(kDigits.substr(0, behind));
+                    checkReading(whole + "." + decimals + std::string(end));
+                    checkReading("-" + whole + "." + decimals + std::string(end));
+                    checkReading(whole + std::string(end));
+                }
+}
