@@ -45,26 +45,40 @@ RecordingRows::Row RecordingRows::take() {
 
 /// False when the row is to be skipped.
 bool RecordingRows::takeUnsound(bool isFaulty) {
+    // Texts are made of those faults that somebody reads: a recording may have as many bad rows as rows.
+    const bool isTold = plan.onBadRow == OnBadRow::Error || account.firstFaults.size() < kFaultsTold;
     std::optional<Complaint> fault;
-    if (isFaulty) fault = reader->getFault();
+    if (isFaulty && isTold) fault = reader->getFault();
+    bool isBad = isFaulty;
     bool canMend = reader->getHasAllCells();
     if (canMend && !getHasTime()) {
         canMend = false;
-        if (!isFaulty)
-            fault = plan.hasOwnTimes
-                        ? reader->getFaultOfCell(*reader->getTimeColumn(), "a time")
-                        : reader->getFaultOfCell(plan.chosen[*plan.timeCell], "a time in seconds");
+        if (!isBad && isTold) fault = getFaultOfTime();
+        isBad = true;
     }
     if (canMend) {
-        const std::optional<Complaint> hole = mendHoles();
-        if (!isFaulty) fault = hole;
+        const std::optional<Hole> hole = mendHoles();
+        if (hole && !isBad && isTold) fault = getFaultOf(*hole);
+        isBad = isBad || hole;
     }
-    if (!fault) return true;
+    if (!isBad) return true;
     if (plan.onBadRow == OnBadRow::Error) throw RecordingException(*fault);
-    noteFault(fault->getText());
+    if (isTold) account.firstFaults.push_back(fault->getText());
     const bool isMended = canMend && plan.onBadRow == OnBadRow::Nan;
     ++(isMended ? account.mendedRows : account.skippedRows);
     return isMended;
+}
+
+Complaint RecordingRows::getFaultOfTime() const {
+    if (plan.hasOwnTimes) return reader->getFaultOfCell(*reader->getTimeColumn(), "a time");
+    return reader->getFaultOfCell(plan.chosen[*plan.timeCell], "a time in seconds");
+}
+
+Complaint RecordingRows::getFaultOf(const Hole& hole) const {
+    return reader->getFaultOfCell(plan.chosen[hole.cell],
+                                  hole.isOfAll ? "a number, since a frame has no holes"
+                                               : "a number, or nothing in all columns of the pin '" +
+                                                     plan.pins[hole.pin].name + "'");
 }
 
 bool RecordingRows::getHasTime() const {
@@ -73,9 +87,9 @@ bool RecordingRows::getHasTime() const {
 }
 
 /// Finds the pins that have no sample in this row, and empty cells that may not be, which become
-/// not-a-number. Gives back what is wrong with the first of these, or nothing.
-std::optional<Complaint> RecordingRows::mendHoles() {
-    std::optional<Complaint> fault;
+/// not-a-number. Gives back the first of these, or nothing.
+std::optional<RecordingRows::Hole> RecordingRows::mendHoles() {
+    std::optional<Hole> found;
     const auto isEmpty = [&](std::size_t cell) { return reader->getIsEmpty(cell); };
     for (std::size_t i = 0; i < plan.pins.size(); ++i) {
         const RowPlan::Pin& pin = plan.pins[i];
@@ -83,15 +97,11 @@ std::optional<Complaint> RecordingRows::mendHoles() {
         const bool hasNone = std::all_of(pin.cells.begin(), pin.cells.end(), isEmpty);
         hasSample[i] = !hasNone || plan.isFramed;
         if (first == pin.cells.end() || !hasSample[i]) continue;
-        if (!fault)
-            fault = reader->getFaultOfCell(plan.chosen[*first],
-                                           hasNone ? "a number, since a frame has no holes"
-                                                   : "a number, or nothing in all columns of the pin '" +
-                                                         pin.name + "'");
+        if (!found) found = Hole{.pin = i, .cell = *first, .isOfAll = hasNone};
         for (const std::size_t cell : pin.cells)
             if (isEmpty(cell)) values[cell] = std::numeric_limits<double>::quiet_NaN();
     }
-    return fault;
+    return found;
 }
 
 RecordingRows::Row RecordingRows::endAtCut() {
@@ -103,10 +113,6 @@ RecordingRows::Row RecordingRows::endAtCut() {
     account.isCutEndDropped = true;
     account.firstFaults.push_back(reader->getPlace() + ": found " + reader->getRowText() + kWithoutEnd);
     return Row::Skipped;
-}
-
-void RecordingRows::noteFault(std::string text) {
-    if (account.firstFaults.size() < kFaultsTold) account.firstFaults.push_back(std::move(text));
 }
 
 SourceAccount RecordingRows::getAccount() const {

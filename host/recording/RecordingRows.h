@@ -85,12 +85,20 @@ public:
     std::optional<SampleRate> measureRate() const { return watch.measureRate(); }
 
 private:
+    /// An empty cell where none may be, in a pin whose cells are all empty or only some of them.
+    struct Hole {
+        std::size_t pin;
+        std::size_t cell;
+        bool isOfAll;
+    };
+
     bool takeUnsound(bool isFaulty);
+    Complaint getFaultOfTime() const;
+    Complaint getFaultOf(const Hole& hole) const;
     bool getHasTime() const;
     bool getHasTimes() const { return plan.timeCell || plan.hasOwnTimes; }
-    std::optional<Complaint> mendHoles();
+    std::optional<Hole> mendHoles();
     Row endAtCut();
-    void noteFault(std::string text);
     void tellTimesOfRate(SourceAccount& account) const;
 
     std::unique_ptr<RecordingReader> reader;
