@@ -109,28 +109,43 @@ template <int width>
     }
 }
 
+/// What roots are divided by: by a power of two as a product, whose bits are the same and which is there
+/// sooner.
+enum class Divisor { Any, PowerOfTwo };
+
 /// As many neighbouring amplitudes as `width`. Order matters: two squares, one sum, one root, one division.
-template <int width>
-[[gnu::always_inline]] inline void writeLanes(const double* real, Index stride, double half,
-                                              double* amplitudes) {
+template <int width, Divisor divisor>
+[[gnu::always_inline]] inline void writeLanes(const double* transform, Index stride, std::int32_t half,
+                                              std::int32_t k, double* amplitudes) {
+    const double* const real = transform + (2 * k - 1) * stride;
     const Lanes<width> a = gather<width>(real, 2 * stride);
     const Lanes<width> b = gather<width>(real + stride, 2 * stride);
-    storeLanes<width>(amplitudes, root<width>(a * a + b * b) / half);
+    const Lanes<width> roots = root<width>(a * a + b * b);
+    if constexpr (divisor == Divisor::PowerOfTwo)
+        storeLanes<width>(amplitudes + k, roots * (1.0 / half));
+    else
+        storeLanes<width>(amplitudes + k, roots / static_cast<double>(half));
 }
 
+/// From row 1 on. What is left behind whole registers is in one more, which does some rows twice.
+template <Divisor divisor>
 [[gnu::always_inline]] inline void writeAll(const double* transform, Index stride, std::int32_t half,
                                             double* amplitudes) {
     std::int32_t k = 1;
     for (; k + kWidest <= half; k += kWidest)
-        writeLanes<kWidest>(transform + (2 * k - 1) * stride, stride, half, amplitudes + k);
+        writeLanes<kWidest, divisor>(transform, stride, half, k, amplitudes);
+    if (k < half && half > kWidest)
+        return writeLanes<kWidest, divisor>(transform, stride, half, half - kWidest, amplitudes);
     for (; k < half; ++k)
-        writeLanes<1>(transform + (2 * k - 1) * stride, stride, half, amplitudes + k);
+        writeLanes<1, divisor>(transform, stride, half, k, amplitudes);
 }
 
 void writeAmplitudes(const double* transform, Index stride, std::int32_t half, double* amplitudes) {
     // One column is the usual case, and neighbours are loaded together there.
-    if (stride == 1) return writeAll(transform, 1, half, amplitudes);
-    writeAll(transform, stride, half, amplitudes);
+    const bool isPowerOfTwo = (half & (half - 1)) == 0;
+    if (stride == 1 && isPowerOfTwo) return writeAll<Divisor::PowerOfTwo>(transform, 1, half, amplitudes);
+    if (stride == 1) return writeAll<Divisor::Any>(transform, 1, half, amplitudes);
+    writeAll<Divisor::Any>(transform, stride, half, amplitudes);
 }
 
 } // namespace
