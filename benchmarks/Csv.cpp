@@ -2,6 +2,7 @@
 // Recordings in and out against a bare `from_chars` loop and a bare `to_chars` loop over the same bytes, all
 // of them through files in the page cache. An iteration is the whole table.
 #include "benchmarks/support/Pair.h"
+#include "benchmarks/support/Table.h"
 
 #include "host/inspection/Inspection.h"
 #include "host/recording/CsvReader.h"
@@ -13,65 +14,18 @@
 #include <unistd.h>
 
 #include <charconv>
-#include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <numeric>
-#include <random>
 #include <string>
 #include <vector>
 
 namespace {
 
+using Bench::kColumns;
+using Bench::kRows;
+using Bench::Table;
 using Quillmere::Host::CsvReader;
 using Quillmere::Host::CsvWriter;
 using Quillmere::Host::ResultFile;
-
-constexpr std::size_t kColumns = 10;
-/// So many that the look into a file's begin, 0.4 ms, is a small part of an iteration.
-constexpr std::size_t kRows = 200000;
-
-/// One table for all bodies, in memory and as a file.
-struct Table {
-    explicit Table(int digits) : values(kRows * kColumns) {
-        std::string name = (std::filesystem::temp_directory_path() / "quillmere-bench-XXXXXX").string();
-        if (::mkdtemp(name.data()) == nullptr) std::abort();
-        folder = name;
-        std::mt19937_64 random(1);
-        std::normal_distribution<double> noise;
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            values[i] = i % kColumns == 0 ? 0.01 * static_cast<double>(i / kColumns) : noise(random);
-            if (digits > 0) values[i] = std::round(values[i] * std::pow(10, digits)) / std::pow(10, digits);
-        }
-        ResultFile file(path(), {.overwrites = true, .looksOwn = {}});
-        CsvWriter writer(file);
-        write(writer);
-        writer.flush();
-        file.complete();
-        std::ifstream in(path(), std::ios::binary);
-        text.assign(std::istreambuf_iterator<char>(in), {});
-        body = text.find('\n') + 1;
-    }
-    ~Table() { std::filesystem::remove_all(folder); }
-
-    std::string path() const { return (folder / "table.csv").string(); }
-
-    void write(CsvWriter& writer) const {
-        writer.writeHeader({"t", "a", "b", "c", "d", "e", "f", "g", "h", "i"});
-        for (std::size_t row = 0; row < kRows; ++row) {
-            for (std::size_t i = 0; i < kColumns; ++i)
-                writer.writeNumber(values[row * kColumns + i]);
-            writer.endRow();
-        }
-    }
-
-    std::vector<double> values;
-    std::filesystem::path folder;
-    std::string text;
-    std::size_t body;
-};
 
 /// Numbers as recordings have them, and numbers with all their digits as results have them.
 const Table& shortTable() {

@@ -2,17 +2,15 @@
 // A step of the computer beside the best loop we know over the same sections in plain code, its state packed
 // as the machine likes it. The goals are those of a processor with AVX2; VELMARIND_KERNELS=plain shows the
 // plain kernels.
+#include "benchmarks/design/PackedCascade.h"
 #include "benchmarks/support/Pair.h"
 #include "design/ButterworthComputer.h"
-#include "design/ButterworthSections.h"
 
 #include <algorithm>
 #include <string>
-#include <vector>
 
+using Bench::PackedCascade;
 using Quillmere::Core::MatrixXd;
-
-using namespace Design;
 
 namespace {
 
@@ -30,48 +28,11 @@ MatrixXd wave(Eigen::Index elements) {
     return values;
 }
 
-/// The cascade at rest, packed: a block of neighbouring elements, then a section, then its two delayed
-/// values, a register or more wide each. Everything that can be is known to the compiler.
-template <int lanes, int order>
-class PackedCascade {
-public:
-    explicit PackedCascade(Eigen::Index elements)
-        : blocks((elements + lanes - 1) / lanes),
-          states(static_cast<std::size_t>(2 * kSections * blocks), Lanes::Zero()) {
-        designButterworthSections(coefficients, kCutOff, order);
-    }
-
-    void step(const double* in, double* out) {
-        Lanes* s = states.data();
-        for (Eigen::Index block = 0; block < blocks; ++block, in += lanes, out += lanes) {
-            Lanes u = Eigen::Map<const Lanes>(in);
-            const double* c = coefficients.data();
-            for (int k = 0; k < kSections; ++k, s += 2, ++c) {
-                const Lanes s1 = s[0];
-                const Lanes s2 = s[1];
-                const Lanes w = u + c[kA1 * kSections] * s1 + c[kA2 * kSections] * s2;
-                u = (c[kB1 * kSections] * s1 + w + c[kB2 * kSections] * s2) * c[kGain * kSections];
-                s[1] = s1;
-                s[0] = w;
-            }
-            Eigen::Map<Lanes> result(out);
-            result = u;
-        }
-    }
-
-private:
-    static constexpr int kSections = (order + 1) / 2;
-    using Lanes = Eigen::Array<double, lanes, 1>;
-    MatrixXd coefficients;
-    Eigen::Index blocks;
-    std::vector<Lanes> states;
-};
-
 template <int lanes, int order>
 void bare(benchmark::State& run, Eigen::Index elements) {
     const MatrixXd input = wave(elements + lanes);
     MatrixXd output = input;
-    PackedCascade<lanes, order> cascade(elements);
+    PackedCascade<lanes, order> cascade(kCutOff, elements);
     for (auto _ : run) {
         cascade.step(input.data(), output.data());
         benchmark::ClobberMemory();
@@ -82,7 +43,7 @@ void bare(benchmark::State& run, Eigen::Index elements) {
 template <int lanes, int order>
 bool agree(ButterworthComputer& computer, const MatrixXd& input) {
     computer.step(MatrixXd::Zero(input.rows(), input.cols()));
-    PackedCascade<lanes, order> cascade(input.size());
+    PackedCascade<lanes, order> cascade(kCutOff, input.size());
     const MatrixXd padded = wave(input.size() + lanes);
     MatrixXd output = padded;
     for (int i = 0; i < 20; ++i) {

@@ -140,6 +140,7 @@ void enterTracker() {
     const std::string order = std::to_string(N);
     Bench::enter({"tracker/order " + order, plainTracker<N>, tracker<N>, kGoal});
     Bench::enter({"tracker block/order " + order, plainTrackerAndSends<N>, trackerBlock<N>, kGoal});
+    Bench::enter({"tracker block to its engine/order " + order, tracker<N>, trackerBlock<N>});
 }
 
 const Bench::Suite suite([] {
