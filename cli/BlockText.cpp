@@ -47,6 +47,8 @@ std::string rateText(const BlockManual::OutputRate& rate) {
         return "Sends as often as samples come.";
     case BlockManual::OutputRate::Kind::Step:
         return "Sends by itself; '" + rate.setting + "' is the time from one sample to the next.";
+    case BlockManual::OutputRate::Kind::Rate:
+        return "Sends by times of its own; '" + rate.setting + "' is how many samples a second.";
     case BlockManual::OutputRate::Kind::None:
         break;
     }

@@ -40,6 +40,8 @@ Text rate(const BlockManual::OutputRate& told) {
         return text("same");
     case BlockManual::OutputRate::Kind::Step:
         return object({{"step", text(told.setting)}});
+    case BlockManual::OutputRate::Kind::Rate:
+        return object({{"rate", text(told.setting)}});
     case BlockManual::OutputRate::Kind::None:
         break;
     }
