@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Whole runs, from file to file: ten columns read, three filters over three of them each, ten columns written.
+// Whole runs, from file to file: ten columns read, three filters over three of them each, ten written.
 // Offline beside a bare loop that does the same arithmetic on one core, and live at full speed beside
 // offline. An iteration is the whole table; what all threads do together takes the time that passes.
 #include "benchmarks/design/PackedCascade.h"
