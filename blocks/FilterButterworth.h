@@ -4,19 +4,14 @@
 #include "blocks/Block.h"
 #include "design/ButterworthComputer.h"
 
-/// Smooths a signal with a Butterworth low-pass of order 0 to 10, or takes the smooth part away.
+/// Smooths a signal with a Butterworth low-pass of order 0 to 10, or takes the smooth part away
+/// (`ButterworthComputer`).
 ///
 ///     LowPass: out = lowpass(in)    HiPass: out = in - lowpass(in)
 ///
-/// Any shape in, the same shape out, every element filtered on its own (`ButterworthComputer`).
-/// "RelativeCutOffFreq" is a fraction of half the sample rate; the block knows no rate and filters by count,
-/// not by time stamp. It remembers the recursion's state and starts in the steady state of its first sample,
-/// so a constant passes a low-pass from the first output on, and a high-pass starts at zero. A change of any
-/// setting, "Init", a sample on "reset" whose first value isn't 0.0, and another shape forget the state: the
-/// next sample is a new start. An empty sample is sent on.
-///
-/// Kept as is: "HiPass" is input minus low-pass and no design of its own; "Order" 0 is a bypass in both
-/// modes; and a cut-off of 0.0 makes every output non-finite.
+/// State: the recursion of each element, which starts in the steady state of its first sample; a change of
+/// any setting, "Init", a first value other than 0.0 on "reset" and another shape forget it. Kept as is:
+/// "HiPass" is no design of its own, "Order" 0 is a bypass in both modes.
 class FilterButterworth final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterButterworth";

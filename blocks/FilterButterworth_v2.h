@@ -5,21 +5,15 @@
 #include "design/ButterworthComputer_v2.h"
 
 /// Smooths a signal with a first-order Butterworth low-pass, or takes the smooth part away, at a cut-off that
-/// may move at every sample.
+/// may move at every sample (`ButterworthComputer_v2`).
 ///
 ///     y = a1 y + g (x + in),   x = in        LowPass: out = y    HiPass: out = in - y
 ///
-/// with a1 = (1 - t) / (1 + t), g = t / (1 + t), t = tan(cutOff pi / 2) (`ButterworthComputer_v2`). Any shape
-/// in, the same shape out, every element filtered on its own. The cut-off is a fraction of half the sample
-/// rate; it comes from the setting "RelativeCutOffFreq" or, at any time and without limits, as first value of
-/// a sample on the pin of that name. Time stamp: that of "in". The block remembers x and y of every element;
-/// another shape starts them at the present sample, and an empty sample is sent on.
-///
-/// "ReinitOnCutOffFreqUpdate" alone governs every other restart. While it is true, a new cut-off, order or
-/// mode, "Init" and a sample on "reset" whose first value isn't 0.0 restart at the next sample. While it is
-/// false, a new cut-off meets the running state, a new mode swaps the output, and "Init" and "reset" change
-/// nothing. "MemorizeCoef" keeps the coefficients of every cut-off met and takes effect at the next change of
-/// the cut-off.
+/// with a1 = (1 - t) / (1 + t), g = t / (1 + t), t = tan(cutOff pi / 2). State: x and y of every element,
+/// which another shape starts at the present sample. Every other restart is governed by
+/// "ReinitOnCutOffFreqUpdate": while it is true, a new cut-off, order or mode, "Init" and "reset" restart at
+/// the next sample; while it is false, a new cut-off meets the running state, a new mode swaps the output,
+/// and "Init" and "reset" change nothing. "MemorizeCoef" takes effect at the next change of the cut-off.
 ///
 /// Kept as is: a cut-off from the pin doesn't show in the setting, whose value comes back the next time any
 /// setting of the four, "Init" or "reset" is touched; without restarts a new "Order" from 0 to 1 goes on with

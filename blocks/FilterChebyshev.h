@@ -4,14 +4,10 @@
 #include "blocks/BlockPoleZeroBase.h"
 #include "design/ChebyshevDesigner.h"
 
-/// Filters every element of a sample with a Chebyshev filter of type I and order 1 to 10: steeper than a
-/// Butterworth, for a pass band that ripples by "Ripple" decibels (below 0).
-///
-/// Low-pass, high-pass, band-pass or band-stop. Pins, settings, what is remembered and what is sent when:
-/// `BlockPoleZeroBase`. The design: `PoleZeroDesigner`, `ChebyshevDesigner`.
-///
-/// Kept as is: the filter looks back one sample only, whatever the order, so from order 2 on its dynamics are
-/// those of a first-order filter; a constant still settles where the design says (`DirectFormDesigner`).
+/// Filters every element of a sample with a Chebyshev filter of type I and order 1 to 10 in four band shapes,
+/// for a pass band that ripples by "Ripple" decibels (below 0). Pins, settings, state and what is sent when:
+/// `BlockPoleZeroBase`. The design: `PoleZeroDesigner`, `ChebyshevDesigner`. Kept as is: it looks back one
+/// sample only, whatever the order (`DirectFormDesigner`).
 class FilterChebyshev final : public BlockPoleZeroBase {
 public:
     static constexpr const char* kTypeName = "FilterChebyshev";

@@ -6,13 +6,11 @@
 /// Sets the elements of a sample that lie inside a dead band to zero and passes all others.
 ///
 ///     out = mask * in,  mask = 1.0 where  |in| >= Threshold   (Absolute)
-///                                          in  >= Threshold   (not Absolute: all below is removed)
+///                                          in  >= Threshold   (not Absolute)
 ///                              and 0.0 else;  > instead of >= if Strict
 ///
-/// Any shape; the output's shape follows the input's at every sample, and an empty sample is sent on. Input,
-/// output and threshold share one unit. Nothing is remembered from sample to sample. Kept as is: the mask is
-/// multiplied in. A removed element becomes zero with its own sign, a removed infinity becomes not-a-number,
-/// and a not-a-number stays one.
+/// No state. Kept as is: the mask is multiplied in, so a removed element keeps its sign and a removed
+/// infinity becomes not-a-number.
 class FilterDeadband final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterDeadband";

@@ -7,10 +7,8 @@
 ///
 ///     Output(n) = Input(n) - Input(n-1)
 ///
-/// Any shape, in the unit of the input. The last sample is remembered; at the first one, after "Reset" and
-/// after a change of shape there is none to compare with, and the sample is subtracted from itself (so an
-/// infinity or a not-a-number there gives not-a-number). Kept as is: in spite of its name the block doesn't
-/// divide by a time; the output is a change per sample.
+/// State: the last sample. At the first one, after "Reset" and after a change of shape there is none, and the
+/// sample is subtracted from itself. Kept as is: no division by a time, in spite of the name.
 class FilterDerivate final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterDerivate";

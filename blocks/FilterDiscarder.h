@@ -5,11 +5,9 @@
 
 /// Drops the first samples after a start or a reset and passes all others unchanged.
 ///
-/// Any shape, empty samples included. How many have been dropped is remembered, up to "Samples": lowering
-/// that setting acts at once, raising it drops the difference. Command "Reset" and a sample on pin "reset"
-/// whose first value is anything but 0 start the count anew, before the sample of the same step is looked at.
-/// Kept as is: pin "reset" is blocking, unlike other blocks' control pins. Connected across layouts it holds
-/// up the step until a sample arrives there.
+/// State: how many have been dropped, up to "Samples"; command "Reset" and a first value other than 0 on pin
+/// "reset" forget it, before the sample of the same step is looked at. Kept as is: pin "reset" is blocking,
+/// unlike other blocks' control pins.
 class FilterDiscarder final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterDiscarder";

@@ -3,17 +3,14 @@
 
 #include "blocks/Block.h"
 
-/// Detects where a scalar signal crosses a threshold: a pulse of one sample at each edge, or a level that
-/// each edge turns over.
+/// Detects where element 0 of a sample crosses a threshold: a pulse of one sample at each edge, or a level
+/// that each edge turns over.
 ///
 ///     rising edge:   the signal was below the threshold and is at or above it
 ///     falling edge:  the signal was at or above the threshold and is below it
 ///
-/// Element 0 of a sample of any shape counts, in the unit of the threshold; the output is 1 by 1, one for
-/// each input but empty ones, which are used up. With "impulse" it is 1.0 at an edge and 0.0 else; without,
-/// it is the level. Remembered: on which side the signal was, and the level. "reset" and a change of "mode"
-/// forget all three; a not-a-number leaves them as they were, and so does a mode that doesn't look for that
-/// edge. Kept as is: the output carries the wall clock, not the input's time stamp.
+/// State: on which side the signal was, and the level; "reset" and a change of "mode" forget them, and a
+/// not-a-number leaves them. Kept as is: the output carries the wall clock, not the input's time stamp.
 class FilterEdge final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterEdge";

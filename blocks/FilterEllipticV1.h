@@ -4,20 +4,15 @@
 #include "blocks/BlockPoleZeroBase.h"
 #include "design/EllipticDesigner.h"
 
-/// Filters every element of a sample with an elliptic filter of order 1 to 10: the steepest edge, for a pass
-/// band that ripples by "Ripple BandPass" decibels (above 0) and a stop band below "Ripple BandStop" decibels
-/// (below 0).
+/// Filters every element of a sample with an elliptic filter of order 1 to 10 in four band shapes, by the
+/// bilinear mapping. Pins, settings, state and what is sent when: `BlockPoleZeroBase`, except that "gain"
+/// carries the reciprocal of the design's gain and row 1 of "coeffs" the negated feedback. The design:
+/// `EllipticDesigner`.
 ///
-/// Low-pass, high-pass, band-pass or band-stop, by the bilinear mapping. Pins, settings, what is remembered
-/// and what is sent when: `BlockPoleZeroBase`, except that "gain" carries the reciprocal of the design's gain
-/// and row 1 of "coeffs" the negated feedback. The design: `EllipticDesigner`.
-///
-/// Kept as is: much of what `EllipticDesigner` tells. Before all, a low-pass subtracts its previous output
-/// and uses one feed-forward coefficient; an odd low-pass or band-pass from order 3 on divides by rounding
-/// noise, which makes it huge as a rule and infinite at times; and the filter looks back one sample only. A
-/// high edge that starts at 0.0 is pulled up to the low one when a band mode is chosen; the two are then
-/// equal and nothing finite leaves until one is moved. A high edge below 0.01 cannot take the low edge along:
-/// the write raises, the high edge stays as written, and the design waits for the next setting.
+/// Kept as is: much of what `EllipticDesigner` tells. A high edge that starts at 0.0 is pulled up to the low
+/// one when a band mode is chosen, and nothing finite leaves until one is moved. A high edge below 0.01
+/// cannot take the low edge along: the write raises, the high edge stays as written, and the design waits for
+/// the next setting.
 class FilterEllipticV1 final : public BlockPoleZeroBase {
 public:
     static constexpr const char* kTypeName = "FilterEllipticV1";

@@ -11,15 +11,9 @@
 ///     n = rows, less one if odd;  X = transform of the first n values in storage order
 ///     out[0] = sqrt(X[n-1]^2 + X[0]^2) / n;  out[k] = sqrt(X[2k-1]^2 + X[2k]^2) / (n/2)
 ///
-/// In: n or n + 1 rows, meant as one column; of several columns the first n values of the interleaved rows
-/// are transformed and column 0 of the result is read. Out: n/2 rows by 1, in the unit of the input. A sample
-/// of fewer than 2 rows, or without columns, is used up and nothing is sent. While "Pause" is set, samples
-/// wait.
-///
-/// Remembered: the plan of the transform, nothing of a signal. Kept as is: a new block is paused; the mean
-/// and the value at half the rate share row 0; a new plan is made only when n differs from the number of rows
-/// of "out", so a sample of exactly half the former length goes through the former plan, with zeros behind
-/// it. `FilterFastFourierTransform` is its sibling with the raw transform.
+/// State: the plan of the transform. Kept as is: a new block is paused; the mean and the value at half the
+/// rate share row 0; a new plan is made only when n differs from the number of rows of "out", so a sample of
+/// exactly half the former length goes through the former plan, with zeros behind it.
 class FilterFFT final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterFFT";

@@ -11,27 +11,18 @@
 ///
 ///     FlagStatic = FlagThreshold * |estimate| > |3g - 3bias|
 ///
-/// "3g" is the signal and "3bias" its offset, in one unit of the user's, which is also that of "StdDev", the
-/// 1-by-3 estimate of the sensor's noise; only the first three values of either sample are read. A step uses
-/// up one sample of each.
-///
 /// The estimate is a standard deviation for each axis. It starts at "StdDevIni" and adopts the deviations w
 /// of the last "Windows Size" samples as soon as
 ///
 ///     tolerance * |estimate| > |w|   and   0.499 s have passed since the first sample
 ///
-/// The tolerance factor is 1 at a start and after every adoption, and grows by (MaxStdDev - 1) / (rate *
-/// StepStdDevThreshold) a sample until it reaches "MaxStdDev". A quieter stretch is thus believed at once, a
-/// louder one only slowly: a burst of motion cannot teach the block that motion is noise. The rate is taken
-/// from the time stamps of the first two samples.
-///
-/// "Clear" and a change of "StdDevIni" start anew at the next step; the first sample after that sends
-/// nothing. Time stamp: that of "3g". A sample of fewer than three values is used up with its partner and
-/// changes nothing.
+/// The tolerance is 1 at a start and after every adoption, and grows by (MaxStdDev - 1) / (rate *
+/// StepStdDevThreshold) a sample up to "MaxStdDev". The rate is taken from the time stamps of the first two
+/// samples. "Clear" and a change of "StdDevIni" start anew at the next step; the first sample after that
+/// sends nothing.
 ///
 /// Kept as is: "Windows Size" takes hold at the second sample after a start only; a start keeps the old rate
-/// for the first two samples; an axis whose deviation is exactly 0 counts as twice its estimate, so that a
-/// dead axis cannot pull the estimate to nothing; a deviation that is not a number is never adopted.
+/// for the first two samples; an axis whose deviation is exactly 0 counts as twice its estimate.
 class FilterFlagStatic final : public Filter {
 public:
     using Vector3 = std::array<double, 3>;

@@ -7,10 +7,8 @@
 ///
 ///     out = SampleNbr / (t(last) - t(first)),  -1 where the two time stamps are equal
 ///
-/// Only time stamps count; the values of a sample, and whether it has any, don't. The rate is in samples per
-/// unit of the time stamps (hertz for seconds), and negative where time runs backwards. One output for every
-/// SampleNbr inputs: the sample that ends an interval begins the next one. "reset" and a new "SampleNbr"
-/// begin anew with the next sample.
+/// State: the time stamp that began the interval, which is the one that ended the last; "reset" and a new
+/// "SampleNbr" forget it.
 class FilterFrequency final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterFrequency";

@@ -11,14 +11,10 @@
 ///     continuous   O
 ///     then  p += SampleRate, time += SampleRate;  p -= P once if p >= P
 ///
-/// with the phase p, P = "SignalPeriod", A = "SignalAmplitude" and O = "SignalOffset". Out: 1 by 1, in the
-/// unit of A, stamped with the time after the step, so the first sample is stamped "SampleRate" and not 0.
-/// Before the first step the output holds minus the default amplitude. Phase and time run on for the life of
-/// the block; nothing resets them, no change of a setting either.
-///
-/// Kept as is: "SampleRate" is the step of one call in the unit of the period, not a frequency; "triangular"
-/// is a ramp that jumps back; the period is taken off once a step, so a step beyond it lets the phase grow.
-/// In "continuous" mode amplitude, period and rate cannot be written.
+/// with the phase p, P = "SignalPeriod", A = "SignalAmplitude" and O = "SignalOffset"; stamped with the time
+/// after the step. State: phase and time, for the life of the block. Before the first step the output holds
+/// minus the default amplitude. Kept as is: the period is taken off once a step, so a step beyond it lets the
+/// phase grow; in "continuous" mode amplitude, period and rate cannot be written.
 class FilterFunctionGenerator final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterFunctionGenerator";

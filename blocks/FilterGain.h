@@ -7,9 +7,7 @@
 ///
 ///     output = input * Gain
 ///
-/// Any shape; the output's shape follows the input's at every sample, and an empty sample is sent on. The
-/// unit of the output is that of the input times that of the gain. Nothing is remembered from sample to
-/// sample.
+/// No state.
 class FilterGain final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterGain";

@@ -7,12 +7,10 @@
 ///
 ///     level rises if x > high, falls if x < low;  high and low are swapped if high < low
 ///
-/// Input 1 by 1, in the unit of the thresholds; the output is 1 by 1. A sample of another size is used up and
-/// ends the step unsent. A sample with an element on pin "HighThreshold" or "LowThreshold" replaces that
-/// threshold for one step; the setting stays. The level is remembered; "Reset" drops it: the command
-/// silently, the pin (any element but 0) inside its step, so that the fall is sent. With "Impulse" only
-/// changes of the level are sent. Kept as is: without "Impulse" every step sends, also one without an input,
-/// which then repeats the last time stamp.
+/// State: the level. "Reset" drops it: the command silently, the pin inside its step, so that the fall is
+/// sent. A sample on a threshold's pin counts for one step. Kept as is: without "Impulse" every step sends,
+/// also one without an input, which then repeats the last time stamp; a sample that isn't 1 by 1 ends the
+/// step unsent.
 class FilterHysteresis final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterHysteresis";

@@ -4,23 +4,19 @@
 #include "blocks/Block.h"
 #include "design/IIRComputer.h"
 
-/// Filters every element of a sample recursively, with coefficients that the user gives as settings or, while
-/// it runs, through pins.
+/// Filters every element of a sample recursively, with coefficients from settings or pins.
 ///
 ///     u = in / Gain
 ///     out(n) = x_last u(n) + (sum of the other x) u(n-1) + (sum of all y) out(n-1)
 ///
-/// The coefficients are one row each and run oldest first; feedback is added. "gain" takes a first value,
-/// "coeffsX" and "coeffsY" a row, and each writes the setting that it replaces; a value equal to the present
-/// one changes nothing, and rows of another number than one are dropped. Any change starts the filter anew
-/// with the next sample, as does a first value other than 0.0 on "reset", the command "Reset" or a new shape:
-/// with "First value" as after a long run of that sample, with "Fixed value" from "InitValue". An empty
-/// sample on "in" is dropped.
+/// The coefficients are one row each and run oldest first; feedback is added. A pin writes the setting that
+/// it replaces. State: u(n-1) and out(n-1) of every element. Any change, a first value other than 0.0 on
+/// "reset", "Reset" and a new shape start anew with the next sample: with "First value" as after a long run
+/// of that sample, with "Fixed value" from "InitValue".
 ///
-/// Kept as is: a new block sends zeros until a coefficient or the gain is first changed; the filter never
-/// looks back further than one sample, however many coefficients there are; nothing notices feedback that
-/// grows without bound. A row without columns on a coefficient pin raises from the step once and is then what
-/// the pin counts as the present value; if a later change loads it on the feed-forward side, samples are
+/// Kept as is: a new block sends zeros until a coefficient or the gain is first changed; it never looks back
+/// further than one sample. A row without columns on a coefficient pin raises from the step once and is then
+/// what the pin counts as the present value; if a later change loads it on the feed-forward side, samples are
 /// taken and nothing is sent.
 class FilterIIR final : public Filter {
 public:

@@ -10,13 +10,10 @@
 ///     above the band:  else, Threshold + Absolute Tolerance < x
 ///     a rise:          above the band, having been below it since the last rise
 ///
-/// Element 0 of a sample of any shape counts, in the unit of the threshold. Both outputs are 1 by 1: "Nb
-/// Period", sent at each rise, holds the whole periods so far (the first rise sends 0), and "Is Counting",
-/// sent for every sample, is 1.0 from the first rise up to and including the sample that completes the last
-/// period. Before the first rise both are sent as 0. The block is idle until the command "Reset", which
-/// forgets everything and starts the count; a finished count stays until then. An empty sample is used up
-/// while the block counts, changes nothing and sends nothing. Kept as is: with a negative tolerance a value
-/// can be on both sides of the band; it counts as below.
+/// "Nb Period" is sent at each rise, "Is Counting" for every sample; before the first rise both are sent as
+/// 0. State: the count and the side, which the command "Reset" forgets when it starts the count; the block is
+/// idle before it and behind the last period. Kept as is: with a negative tolerance a value can be on both
+/// sides of the band; it counts as below.
 class FilterPeriodCounter final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterPeriodCounter";

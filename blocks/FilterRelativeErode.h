@@ -7,11 +7,9 @@
 ///
 ///     rows kept = floor(rows * (100 - Top - Bottom) / 100 + 0.5),  from row floor(rows * Top / 100 + 0.5) on
 ///
-/// and columns likewise with Left and Right. Where the rows to keep fall half-way between two numbers the
-/// block starts one row earlier (not before row 0), since start and size would both round up; where rounding
-/// alone makes the block one row too late it ends at the last row. Where nothing is left, an empty sample
-/// included, a 0 by 0 sample is sent if "FwdEmptyMat" is set, and nothing else. Nothing is remembered from
-/// sample to sample.
+/// and columns likewise. Where the rows to keep fall half-way between two numbers the block starts one row
+/// earlier (not before row 0), since start and size would both round up; where rounding alone makes the block
+/// one row too late it ends at the last row. No state.
 class FilterRelativeErode final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterRelativeErode";

@@ -9,11 +9,8 @@
 ///     row r is kept  where  |x(r) - x(k)| > distancex  or  |y(r) - y(k)| > distancey
 ///                    or     |z(r) - z(k)| > distancez
 ///
-/// k is the last row that was kept; row 0 always is. Input N by 3, output N' by 3, all in the unit of the
-/// distances; a sample without rows is sent on, one of another width is used up and sends nothing. A slow
-/// drift is kept each time that it adds up to more than a distance. Nothing is remembered from sample to
-/// sample. Kept as is: a difference that is not-a-number drops the row, so a not-a-number on all axes of row
-/// 0 drops all others.
+/// k is the last row that was kept; row 0 always is. No state from sample to sample. Kept as is: a difference
+/// that is not-a-number drops the row.
 class FilterRemoveStill final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterRemoveStill";

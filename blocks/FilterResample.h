@@ -8,9 +8,7 @@
 ///     out row i = in row floor(i * ratio + 0.5),  ratio = (rows - 1) / (n - 1), 0 where n is 1;
 ///     n = Matrix size
 ///
-/// First and last rows are kept (row 0 alone where n is 1). A sample of n rows or fewer passes unchanged:
-/// nothing is ever enlarged. Nothing is remembered from sample to sample. Kept as is: rows are picked, not
-/// averaged, so no filter guards against aliasing.
+/// No state. Kept as is: rows are picked, not averaged.
 class FilterResample final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterResample";

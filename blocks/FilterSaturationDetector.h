@@ -7,11 +7,7 @@
 ///
 ///     saturation = 1 where not (in < Threshold High), else 1 where not (in > Threshold Low), else 0
 ///
-/// Any shape, in the unit of the thresholds; an empty sample is sent on. Both bounds count as saturated.
-/// Nothing is remembered from sample to sample.
-///
-/// Kept as is: not-a-number counts as saturated; the thresholds are read anew for every element, so a change
-/// in the middle of a sample is seen at once.
+/// No state. Kept as is: not-a-number counts as saturated; the thresholds are read anew for every element.
 class FilterSaturationDetector final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterSaturationDetector";

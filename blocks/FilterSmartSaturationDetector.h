@@ -3,8 +3,7 @@
 
 #include "blocks/Block.h"
 
-/// Flags every element of a sample that is stuck at a sensor's limits: 1 for saturated, 0 otherwise. A
-/// clipped sensor repeats its last value, while a signal that only passes a threshold does not.
+/// Flags every element of a sample that is stuck at a sensor's limits: 1 for saturated, 0 otherwise.
 ///
 /// An element x is saturated when it is a candidate, and it and the samples before it, "SteadySamples" in
 /// all, form a flat run: with `anchor` the value at which its run began,
@@ -12,15 +11,10 @@
 ///     candidate:  x <= MinThreshold  or  x >= MaxThreshold
 ///     flat:       anchor - SteadyTolerance <= x <= anchor + SteadyTolerance
 ///
-/// With "IntegerSaturation" a whole number only can continue a run: raw counts of a converter do, an
-/// interpolated value does not. An infinity counts as whole. Any shape, in the unit of the thresholds; an
-/// empty sample is sent on.
-///
-/// Remembered for each element: the anchor, and how many samples have followed it. A change of the input's
-/// shape forgets both, and nothing else does. Writing one threshold across the other drags the other along.
-///
-/// Kept as is: after a start the anchor is 0, so a candidate within tolerance of 0 counts as following it;
-/// the anchor does not follow the signal, so a slow drift ends its run; not-a-number is never saturated.
+/// With "IntegerSaturation" a whole number only, or an infinity, can continue a run. State for each element:
+/// the anchor, and how many samples have followed it; a change of shape forgets both, and nothing else does.
+/// Writing one threshold across the other drags the other along. Kept as is: after a start the anchor is 0;
+/// it does not follow the signal.
 class FilterSmartSaturationDetector final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterSmartSaturationDetector";

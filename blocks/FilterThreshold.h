@@ -8,9 +8,7 @@
 ///     High Level:  Output = x > Threshold
 ///     Low Level:   Output = x < Threshold
 ///
-/// x is element 0 of a sample of any shape, in the unit of the threshold; a value on the threshold and a
-/// not-a-number give 0.0 in both modes. An empty sample is used up and sends nothing. Nothing is remembered
-/// from sample to sample.
+/// No state.
 class FilterThreshold final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterThreshold";

@@ -8,13 +8,10 @@
 ///
 ///     Level = Levels(i),  min(i) <= In <= max(i),  one interval [min; max] a row of Thresholds
 ///
-/// Element 0 of a sample of any shape counts, in the unit of the thresholds; the output is 1 by 1. Where no
-/// interval holds it, where its row has no level and where the sample is empty nothing is sent. Two rows may
-/// share a bound, and "OnIntersectionUse" decides: the row of which the signal is the upper bound, that of
-/// which it is the lower, or none. Where neither says, the row that comes first. Nothing is remembered from
-/// sample to sample. Kept as is: an interval may lie inside an earlier one, but not inside a later one; a
-/// not-a-number bound is accepted and holds nothing. "None" sends nothing wherever two rows match, nested
-/// ones included.
+/// Where none holds it, nothing is sent. Where two rows share a bound, "OnIntersectionUse" decides; where
+/// that doesn't say, the row that comes first. No state. Kept as is: an interval may lie inside an earlier
+/// one, but not inside a later one; a not-a-number bound is accepted and holds nothing; "None" sends nothing
+/// wherever two rows match, nested ones included.
 class FilterThresholdLeveler final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterThresholdLeveler";

@@ -4,22 +4,13 @@
 #include "blocks/Block.h"
 #include "estimation/WFLCEstimator.h"
 
-/// Follows the frequency and the Fourier amplitudes of a signal that nearly repeats, such as a tremor. The
-/// rule is told with `WFLCEstimator`; the block reads settings, steps it once for each sample and sends what
-/// it knows.
+/// Follows the frequency and the Fourier amplitudes of a signal that nearly repeats (`WFLCEstimator`, which
+/// has the rule): reads settings, steps it once for each sample and sends what it knows.
 ///
-/// "Input": element 0 of each sample, any unit, at a fixed rate. "Out" is the estimate and "Error" what it
-/// leaves of the signal, in the input's unit; "FreqWeight" the frequency in radians per sample, so f =
-/// FreqWeight * rate / (2 * pi); "AmplWeights" the 2N sine and cosine weights, "HarmonicWeights" the same
-/// without the first harmonic. All are rows.
-///
-/// Everything learned is forgotten when a setting changes, when "Reset" fires, and for a sample other than 0
-/// on the "Reset" pin. A sample on the "Wf0" pin is a new starting frequency for the next such time; negative
-/// ones are ignored.
-///
-/// Kept as is: the "Wf0" pin and the "Wf0" setting write one and the same starting frequency, the later one
-/// wins, and the setting does not show the pin's value; "Wf0", "Reset" and settings take effect also while no
-/// input comes.
+/// A setting that changes, "Reset", and a sample other than 0 on the "Reset" pin forget everything learned;
+/// the "Wf0" pin holds a new starting frequency for the next such time. Kept as is: the "Wf0" pin and the
+/// "Wf0" setting write one and the same starting frequency, the later one wins, and the setting does not show
+/// the pin's value; both, "Reset" and settings take effect also while no input comes.
 class FilterWFLC final : public Filter {
 public:
     static constexpr const char* kTypeName = "FilterWFLC";

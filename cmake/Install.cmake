@@ -31,8 +31,8 @@ endforeach()
 foreach(header IN ITEMS EntryPoints FilterFactory PluginEntry)
   install(FILES "${PROJECT_SOURCE_DIR}/plugin/${header}.h" DESTINATION "${headers}/plugin")
 endforeach()
-# Of the blocks' headers one is needed to build; the others are what each block's comment is read in, and what
-# they hold.
+# Of the blocks' headers one is needed to build; the others tell what each block is made of, and what they
+# hold.
 foreach(folder IN ITEMS blocks design spectral estimation)
   install(DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}" DESTINATION "${headers}"
     FILES_MATCHING PATTERN "*.h" PATTERN kernels EXCLUDE)
