@@ -2,11 +2,13 @@
 #pragma once
 
 #include "cli/GraphArguments.h"
+#include "cli/PlotArguments.h"
 #include "host/plugins/BlockCatalogue.h"
 #include "host/response/FrequencyResponse.h"
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <iosfwd>
 #include <memory>
 #include <optional>
@@ -20,7 +22,6 @@ class App;
 
 namespace Quillmere::Host {
 class Job;
-class RecordingReader;
 struct Inspection;
 struct InspectionSettings;
 struct JobOptions;
@@ -79,8 +80,6 @@ public:
     ExitCode run() override;
 
 private:
-    std::unique_ptr<Quillmere::Host::RecordingReader>
-    open(const Quillmere::Host::InspectionSettings& said) const;
     void checkFiles() const;
     ExitCode writeFiles(const Quillmere::Host::Inspection& found,
                         const Quillmere::Host::InspectionSettings& said) const;
@@ -90,6 +89,28 @@ private:
     std::string profile; ///< Where the properties of a source are written; empty for nowhere.
     std::string graph;   ///< The same of a graph.
     bool asJson = false;
+    bool overwrites = false;
+};
+
+class PlotCommand final : public Command {
+public:
+    explicit PlotCommand(CLI::App& command);
+    ExitCode run() override;
+
+private:
+    struct Opened;
+
+    void checkOutput();
+    bool open(const Quillmere::Host::InspectionSettings& said, const Quillmere::Host::CurveWishes& wishes,
+              std::deque<Opened>& opened) const;
+    ExitCode draw(std::vector<Quillmere::Host::CurveTable> tables,
+                  const Quillmere::Host::PictureWishes& wishes) const;
+
+    std::vector<std::string> files;
+    std::string output;
+    PlotArguments arguments;
+    std::vector<std::string> settings;
+    bool isText = false;
     bool overwrites = false;
 };
 

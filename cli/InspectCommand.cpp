@@ -1,29 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Commands.h"
 
-#include "cli/GraphArguments.h"
+#include "cli/ReadingArguments.h"
 #include "cli/RunReport.h"
 #include "cli/SideFile.h"
 #include "cli/StopSignals.h"
 #include "cli/UsageError.h"
-#include "host/description/ValueReader.h"
 #include "host/ends/RecordingException.h"
 #include "host/ends/StandardStream.h"
 #include "host/inspection/Inspection.h"
 #include "host/inspection/InspectionFiles.h"
 #include "host/inspection/InspectionJson.h"
 #include "host/inspection/InspectionReport.h"
-#include "host/recording/RecordingForms.h"
-#include "host/text/Printable.h"
 
 #include <CLI/CLI.hpp>
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <csignal>
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 
@@ -36,42 +30,8 @@ namespace {
 constexpr const char* kProfileOption = "--profile";
 constexpr const char* kGraphOption = "--graph";
 
-InspectionSettings settingsOf(const std::vector<std::string>& texts) {
-    InspectionSettings settings;
-    Complaints complaints;
-    for (const std::string& text : texts) {
-        const auto [name, value] = splitSetting(text, "--set", "PROPERTY=VALUE");
-        const std::string option = "--set " + printable(text, kLongestName);
-        if (auto read = readValueText(value, option, false, complaints)) {
-            GraphDescription::Setting setting;
-            setting.name = name;
-            setting.where = {option};
-            setting.value = std::move(*read);
-            settings.take(std::move(setting), complaints);
-        }
-    }
-    settings.finish(complaints);
-    complaints.raise();
-    return settings;
-}
-
 ResultOptions optionsOf(bool overwrites) {
     return {.overwrites = overwrites, .looksOwn = getIsOfInspection};
-}
-
-/// Whether standard output is a terminal of people who read more than ASCII: what goes to a file or another
-/// program is the same everywhere.
-bool getShowsUtf8() {
-    if (::isatty(STDOUT_FILENO) == 0) return false;
-    for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-        const char* const value = std::getenv(name);
-        if (value == nullptr || *value == '\0') continue;
-        std::string locale = value;
-        std::transform(locale.begin(), locale.end(), locale.begin(),
-                       [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-        return locale.find("utf-8") != std::string::npos || locale.find("utf8") != std::string::npos;
-    }
-    return false;
 }
 
 Inspection look(RecordingReader& reader, const InspectionSettings& settings) {
@@ -102,14 +62,14 @@ InspectCommand::InspectCommand(CLI::App& command) {
 ExitCode InspectCommand::run() {
     checkFiles();
     const StopSignals signals;
-    InspectionSettings said = settingsOf(settings);
+    InspectionSettings said = readingSettingsOf(settings);
     said.wishes.stop = signals.getToken();
     // A reader that goes away is a failure to write, which is told.
     std::signal(SIGPIPE, SIG_IGN);
     Inspection found;
     std::unique_ptr<RecordingReader> reader;
     try {
-        reader = open(said);
+        reader = openToLook(file, said);
     } catch (const InterruptedException& exception) {
         std::cerr << "quillmere: " << exception.what() << "\n";
         return kFailedMidway;
@@ -128,16 +88,6 @@ ExitCode InspectCommand::run() {
     else
         out << inspectionAsText(found, getShowsUtf8());
     return writeFiles(found, said);
-}
-
-/// Null, with a message, where the file has to be explained: it says a graph's property, and there is none.
-std::unique_ptr<RecordingReader> InspectCommand::open(const InspectionSettings& said) const {
-    try {
-        return openRecording(file, said.wishes);
-    } catch (const UnclearRecording& exception) {
-        std::cerr << exception.what() << "\nquillmere: here a property is given by '--set PROPERTY=VALUE'\n";
-        return nullptr;
-    }
 }
 
 /// Before the recording is read, which may take long.

@@ -5,6 +5,7 @@
 #include "cli/StandardStreams.h"
 #include "cli/Usage.h"
 #include "cli/UsageError.h"
+#include "host/picture/PictureFile.h"
 #include "host/plugins/PluginLibrary.h"
 #include "host/recording/RecordingForms.h"
 
@@ -20,12 +21,17 @@
 
 namespace {
 
-/// Two lines: the version, and the forms of recordings, some of which not every build can read.
-std::string versionText() {
-    std::string text = "quillmere " QUILLMERE_VERSION "\nrecordings: ";
-    for (const std::string& form : Quillmere::Host::getRecordingForms())
-        text += (text.ends_with(' ') ? "" : ", ") + form;
+std::string listed(const std::vector<std::string>& forms) {
+    std::string text;
+    for (const std::string& form : forms)
+        text += (text.empty() ? "" : ", ") + form;
     return text;
+}
+
+/// The version, and the forms of recordings and of pictures, some of which not every build can read or draw.
+std::string versionText() {
+    return "quillmere " QUILLMERE_VERSION "\nrecordings: " + listed(Quillmere::Host::getRecordingForms()) +
+           "\npictures: " + listed(Quillmere::Host::getPictureForms());
 }
 
 CLI::App& addCommand(CLI::App& program, const char* name, const char* meaning) {
@@ -50,6 +56,7 @@ const CommandEntry kCommands[] = {
     {"run", "Run a graph over its recordings and write the results.", make<Cli::RunCommand>},
     {"check", "Tell whether a graph could run, and everything that is wrong.", make<Cli::CheckCommand>},
     {"inspect", "Tell what is in a recording, and write a graph that reads it.", make<Cli::InspectCommand>},
+    {"plot", "Draw recordings and results: a picture, or curves in the terminal.", make<Cli::PlotCommand>},
     {"blocks", "List the block types, or show one.", make<Cli::BlocksCommand>},
     {"response", "Measure what a block does to each frequency: CSV, and a picture.",
      make<Cli::ResponseCommand>},

@@ -3,10 +3,9 @@
 
 #include "host/ends/RecordingException.h"
 #include "host/ends/TimeStampWatch.h"
+#include "host/inspection/ClockChoice.h"
 #include "host/inspection/LogHistogram.h"
 #include "host/inspection/UnitGuess.h"
-#include "host/recording/ColumnFinder.h"
-#include "host/recording/ColumnUnits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -70,7 +69,6 @@ public:
         told.path = reader.getPath();
         told.form = reader.getForm();
         findClock();
-        takeUnits();
         chooseCells();
         chooseGroups();
         reader.select(chosen);
@@ -94,43 +92,18 @@ private:
     Row take() { return reader.takeRow(values.data()); }
 
     void findClock() {
+        const ClockChoice clock = chooseClock(reader, settings);
+        const std::vector<std::string> units = statedUnits(reader, settings, clock);
         told.columns.resize(reader.getColumns().size());
-        for (std::size_t i = 0; i < told.columns.size(); ++i)
+        for (std::size_t i = 0; i < told.columns.size(); ++i) {
             told.columns[i].described = reader.getColumns()[i];
-        told.statedRate = settings.clock.rate ? settings.clock.rate : reader.getRate();
-        if (settings.clock.rate) {
-            told.clock = Inspection::Clock::SaidRate;
-        } else if (const auto column = findTimeColumn()) {
-            told.clock = Inspection::Clock::Column;
-            told.columns[*column].isTime = true;
-            timeColumn = *column;
-        } else if (reader.getRate()) {
-            told.clock = Inspection::Clock::FilesRate;
+            told.columns[i].described.unit = units[i];
         }
-    }
-
-    std::optional<std::size_t> findTimeColumn() const {
-        if (reader.getHasOwnTimes() || settings.wishes.time.empty()) return reader.getTimeColumn();
-        const std::vector<std::string> names = reader.getColumnNames();
-        const ColumnFinder finder(reader.getPath(), names);
-        Complaints complaints;
-        const auto found = finder.find(settings.wishes.time.front(), {"--set time"}, complaints);
-        complaints.raise();
-        return found;
-    }
-
-    void takeUnits() {
-        if (settings.units.empty()) return;
-        Complaints complaints;
-        const std::vector<ColumnUnit> units =
-            findUnits(reader.getColumns(), settings.units, reader.getPath(), complaints);
-        for (std::size_t i = 0; i < units.size(); ++i) {
-            if (told.columns[i].isTime)
-                refuseUnitOfTime(told.columns[i].described.name, settings.units, complaints);
-            else
-                told.columns[i].described.unit = units[i].text;
-        }
-        complaints.raise();
+        told.clock = clock.kind;
+        told.statedRate = clock.rate;
+        if (!clock.column) return;
+        told.columns[*clock.column].isTime = true;
+        timeColumn = *clock.column;
     }
 
     /// Everything that holds numbers. What makes a time that the reader tells is no number.

@@ -5,6 +5,7 @@
 #include "host/ends/SampleRate.h"
 #include "host/ends/SourceAccount.h"
 #include "host/inspection/AxisGroups.h"
+#include "host/inspection/ClockChoice.h"
 #include "host/inspection/ColumnWatch.h"
 #include "host/inspection/InspectionSettings.h"
 #include "host/recording/RecordingReader.h"
@@ -21,8 +22,7 @@ namespace Quillmere::Host {
 
 /// What is in a recording, as far as it can be told without knowing what it is for: a value.
 struct QUILLMERE_API Inspection {
-    /// Where the time of a row comes from.
-    enum class Clock { None, Column, SaidRate, FilesRate };
+    using Clock = ClockChoice::Kind;
 
     struct Column {
         RecordingReader::Column described;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/ResultMark.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -78,6 +79,17 @@ Maker findMaker(int file, const ResultOptions& options) {
         return mark == kOpen || getIsUnchanged(mark, facts) ? Maker::Run : Maker::ChangedSince;
     }
     return options.looksOwn && options.looksOwn(headOf(file)) ? Maker::Run : Maker::Unknown;
+}
+
+bool getIsOfRun(const std::string& path) {
+    // What others hold open for ever, as a pipe, is no result that could carry a mark.
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (file < 0) return false;
+    struct stat facts {};
+    const bool isOfRun = ::fstat(file, &facts) == 0 && S_ISREG(facts.st_mode) && facts.st_size > 0 &&
+                         findMaker(file, {}) == Maker::Run;
+    ::close(file);
+    return isOfRun;
 }
 
 } // namespace Quillmere::Host::ResultMark

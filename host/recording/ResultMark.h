@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "framework/core/Api.h"
 #include "host/recording/ResultPath.h"
+
+#include <string>
 
 namespace Quillmere::Host {
 
@@ -20,6 +23,9 @@ void close(int file);
 
 /// Requires: `file` can be read.
 Maker findMaker(int file, const ResultOptions& options);
+
+/// Whether a file carries the mark of a run, and nobody has worked on it since. [any]
+QUILLMERE_API bool getIsOfRun(const std::string& path);
 
 } // namespace ResultMark
 

@@ -520,7 +520,7 @@ TEST_F(Command, WrongUsageIsNamedAndGuessed) {
         Strings words;
         const char* text;
     };
-    const char* const commands = "expected one of run, check, inspect, blocks, response, ctl and help";
+    const char* const commands = "expected one of run, check, inspect, plot, blocks, response, ctl and help";
     const Row rows[] = {
         {{}, "found no command; COMMANDS ('quillmere help' tells what they do)"},
         {{"runn", "g.yaml"}, "found the command 'runn'; COMMANDS; did you mean run?"},
@@ -589,7 +589,7 @@ TEST_F(Command, CompletionKnowsEveryCommandAndOption) {
         EXPECT_EQ(ended.err, "");
         return ended.out;
     };
-    EXPECT_EQ(complete("quillmere ''"), "run check inspect blocks response ctl help --help --version\n");
+    EXPECT_EQ(complete("quillmere ''"), "run check inspect plot blocks response ctl help --help --version\n");
     EXPECT_EQ(complete("quillmere re"), "response\n");
     EXPECT_EQ(complete("quillmere run --in"), "--input\n");
     EXPECT_EQ(complete("quillmere help c"), "check ctl\n");
@@ -625,7 +625,8 @@ TEST_F(Command, HelpAndVersionAreEverywhere) {
         const Ended told = call(version);
         EXPECT_EQ(told.exitCode, 0);
         EXPECT_TRUE(told.out.starts_with("quillmere " QUILLMERE_VERSION "\nrecordings: CSV")) << told.out;
-        EXPECT_EQ(std::count(told.out.begin(), told.out.end(), '\n'), 2) << told.out;
+        EXPECT_NE(told.out.find("\npictures: SVG"), std::string::npos) << told.out;
+        EXPECT_EQ(std::count(told.out.begin(), told.out.end(), '\n'), 3) << told.out;
     }
 }
 

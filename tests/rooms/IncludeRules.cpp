@@ -48,6 +48,7 @@ const std::vector<Room> kRooms = {
     hostRoom("response", {"text", "plugins", "description", "ends", "graph"}),
     hostRoom("run", {"text", "plugins", "description", "ends", "graph", "recording", "response"}),
     hostRoom("live", {"text", "plugins", "description", "ends", "graph", "run"}),
+    hostRoom("picture", {"text", "description", "ends", "recording", "inspection"}),
     hostRoom("control", {"text", "description", "live"}),
     {.folder = "host/", .may = {"host/"}}, // the umbrella header
     {.folder = "cli/", .may = {"host/"}},

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/picture/Envelope.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// A column of a recording or of a result, as a picture shows it.
+struct QUILLMERE_API Curve {
+    /// `Marks`: points without lines. `Level`: on or off.
+    enum class Style { Line, Marks, Level };
+
+    Curve(std::string curveName, std::string curveUnit, std::size_t mostPieces)
+        : name(std::move(curveName)), unit(std::move(curveUnit)), envelope(mostPieces) {}
+
+    /// Of a column of a table with so many rows: zeros and ones without a unit are a level; what few rows
+    /// have, at no even distance, are events. A slow sensor beside a fast one is even.
+    Style getStyle(std::uint64_t rows) const;
+
+    std::string name; ///< Without its unit.
+    std::string unit; ///< Empty where nobody states it.
+    double scale = 1.0;
+    Envelope envelope;
+};
+
+/// Columns that share their times.
+struct CurveTable {
+    std::string name;        ///< Of its file or its block.
+    std::string clock = "s"; ///< The unit of the times, or what counts in their place; `s` for seconds.
+    std::uint64_t rows = 0;
+    std::vector<Curve> curves;
+    std::size_t columnsLeftOut = 0; ///< Since there were too many to be shown.
+};
+
+/// How many pieces each of so many curves may have, so that they don't grow with their number.
+QUILLMERE_API std::size_t mostPiecesOf(std::size_t curves);
+
+} // namespace Quillmere::Host

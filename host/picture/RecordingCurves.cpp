@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+#include "host/picture/RecordingCurves.h"
+
+#include "host/ends/RecordingException.h"
+#include "host/recording/ColumnPattern.h"
+#include "host/recording/RepairedRows.h"
+#include "host/recording/UnitText.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <utility>
+
+namespace Quillmere::Host {
+
+namespace {
+
+using Kind = RecordingReader::Column::Kind;
+using Row = RecordingReader::Row;
+
+constexpr std::uint64_t kRowsBetweenLooks = 4096;
+
+/// The name without the unit that is told beside it.
+std::string shownName(const std::string& name, const std::string& unit) {
+    const std::string bare = nameWithoutUnit(name);
+    return unit.empty() || bare.empty() ? name : bare;
+}
+
+} // namespace
+
+bool getMeansColumn(std::string_view wish, const std::string& column) {
+    const std::string bare = nameWithoutUnit(column);
+    if (wish == column || wish == bare) return true;
+    if (wish.find('*') == std::string_view::npos) return false;
+    return getFitsPattern(column, wish) || getFitsPattern(bare, wish);
+}
+
+void CurveWishes::takeCut(const GraphDescription::Setting& setting, Complaints& complaints) {
+    cut.take(setting, complaints);
+}
+
+void CurveWishes::finish(Complaints& complaints) const {
+    cut.finish({}, complaints);
+}
+
+RecordingCurves::RecordingCurves(RecordingReader& recording, const InspectionSettings& settings,
+                                 const CurveWishes& curveWishes)
+    : reader(recording), wishes(curveWishes), clock(chooseClock(reader, settings)),
+      units(statedUnits(reader, settings, clock)) {
+    reader.setMissing(settings.wishes.missing);
+    table.name = std::filesystem::path(reader.getPath()).filename().string();
+    choose();
+}
+
+/// Curves are values from 0 on, and what stands in place of the times comes behind them.
+void RecordingCurves::choose() {
+    const std::vector<RecordingReader::Column>& columns = reader.getColumns();
+    std::optional<std::size_t> across;
+    for (std::size_t i = 0; i < columns.size() && !wishes.across.empty(); ++i)
+        if (!across && getMeansColumn(wishes.across, columns[i].name)) across = i;
+    std::vector<std::size_t> drawn;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].kind != Kind::Number || (clock.column == i && !across)) continue;
+        names.push_back(columns[i].name);
+        const bool isWished =
+            std::any_of(wishes.columns.begin(), wishes.columns.end(),
+                        [&](const std::string& wish) { return getMeansColumn(wish, columns[i].name); });
+        if (across != i && (wishes.columns.empty() || isWished)) drawn.push_back(i);
+    }
+    if (drawn.size() > kMostColumns) {
+        table.columnsLeftOut = drawn.size() - kMostColumns;
+        drawn.resize(kMostColumns);
+    }
+    for (const std::size_t column : drawn) {
+        chosen.push_back(column);
+        table.curves.emplace_back(shownName(columns[column].name, units[column]), units[column],
+                                  mostPiecesOf(drawn.size()));
+        scales.push_back(1.0);
+        for (const CurveWishes::Scale& scale : wishes.scales) {
+            if (!getMeansColumn(scale.column, columns[column].name)) continue;
+            scales.back() = scale.factor;
+            table.curves.back().unit = scale.unit;
+        }
+    }
+    const auto time = across ? across : clock.column;
+    if (across) {
+        isAcross = true;
+        table.clock = columns[*across].name;
+    } else if (clock.kind == ClockChoice::Kind::None) {
+        table.clock = "row";
+    }
+    if (time && (isAcross || !reader.getHasOwnTimes())) {
+        const auto known = std::find(chosen.begin(), chosen.end(), *time);
+        timeValue = static_cast<std::size_t>(known - chosen.begin());
+        if (known == chosen.end()) chosen.push_back(*time);
+    }
+    values.assign(std::max<std::size_t>(1, chosen.size()), 0.0);
+    reader.select(chosen);
+}
+
+/// Of the row that was read last; nothing of one that doesn't count.
+std::optional<double> RecordingCurves::getTime() const {
+    if (!reader.getHasAllCells()) return std::nullopt;
+    double time = static_cast<double>(rowsRead - 1);
+    if (timeValue) {
+        if (reader.getIsEmpty(*timeValue)) return std::nullopt;
+        time = values[*timeValue];
+    } else if (clock.kind == ClockChoice::Kind::Column) {
+        time = reader.getTime();
+    } else if (clock.rate) {
+        time /= *clock.rate;
+    }
+    if (!std::isfinite(time)) return std::nullopt;
+    return time;
+}
+
+void RecordingCurves::takeRow(double time) {
+    ++table.rows;
+    const bool hasHoles = reader.getHasEmptyCells();
+    for (std::size_t i = 0; i < table.curves.size(); ++i)
+        if (!hasHoles || !reader.getIsEmpty(i)) table.curves[i].envelope.take(time, values[i] * scales[i]);
+}
+
+CurveTable RecordingCurves::read(const std::stop_token& stop,
+                                 const std::function<void(const InspectionProgress&)>& tell) {
+    reader.setStop(stop);
+    TimeRepairPlan cut = wishes.getCut().getPlan({});
+    const bool hasDates = cut.startDate || cut.endDate;
+    std::size_t behindEnd = 0;
+    for (Row row = reader.takeRow(values.data()); row != Row::End; row = reader.takeRow(values.data())) {
+        if (++rowsRead == 1 && hasDates)
+            if (const auto fault = resolveDates(cut, reader)) throw RecordingException(*fault);
+        const std::optional<double> time = getTime();
+        if (time && *time >= cut.start && *time < cut.end) takeRow(*time);
+        // As a source does it: a single stamp far ahead doesn't end the reading.
+        behindEnd = time && *time >= cut.end && !isAcross ? behindEnd + 1 : 0;
+        if (behindEnd > 1) break;
+        if (rowsRead % kRowsBetweenLooks != 0) continue;
+        if (stop.stop_requested()) throw InterruptedException();
+        if (tell) tell({rowsRead, reader.getBytesRead(), reader.getSize()});
+    }
+    return std::move(table);
+}
+
+} // namespace Quillmere::Host

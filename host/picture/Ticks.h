@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// Where an axis has a number, and what it says there.
+struct Tick {
+    double value = 0.0;
+    std::string label;
+};
+
+/// Ticks at round numbers, 1, 2 or 5 times a power of ten apart, between the two, ends included; at most so
+/// many steps. Requires: low < high, both finite; most at least 2. [any]
+QUILLMERE_API std::vector<Tick> numberTicks(double low, double high, std::size_t most);
+
+struct TimeTicks {
+    std::vector<Tick> ticks;
+    std::string
+        form; ///< How the labels are to be read: `seconds`, `minutes:seconds`, `hours:minutes`, `days`.
+};
+
+/// The same of seconds, at steps that a clock has. [any]
+QUILLMERE_API TimeTicks timeTicks(double from, double to, std::size_t most);
+
+} // namespace Quillmere::Host

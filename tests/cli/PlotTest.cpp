@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+#include "tests/cli/GainFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Support::Ended;
+using Strings = std::vector<std::string>;
+
+class PlotCommand : public Support::GainFixture {
+protected:
+    PlotCommand() {
+        std::string walk = "time (s),acc_x [g],acc_y [g],acc_z [g],on\n";
+        for (int row = 0; row < 200; ++row)
+            walk += std::to_string(row * 0.01) + "," + std::to_string(row % 20) + ",1,2," +
+                    (row < 100 ? "0" : "1") + "\n";
+        folder.write("walk.csv", walk);
+    }
+    Ended plot(Strings arguments) const {
+        arguments.insert(arguments.begin(), "plot");
+        return call(arguments);
+    }
+    Ended inShell(const std::string& command) const {
+        return Support::runProgram({"/bin/sh", "-c", command}, folder.path(""));
+    }
+    bool getIsThere(const std::string& name) const { return std::filesystem::exists(folder.path(name)); }
+};
+
+TEST_F(PlotCommand, DrawsBesideTheCaller) {
+    const Ended ended = plot({"walk.csv"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_EQ(ended.out, "walk.svg: 2 panels of 200 rows\n");
+    EXPECT_EQ(ended.err, "");
+    const std::string svg = folder.read("walk.svg");
+    EXPECT_TRUE(svg.starts_with("<svg "));
+    for (const char* const text :
+         {">acc_x</text>", ">acc_z</text>", ">g</text>", ">on</text>", ">walk.csv</text>"})
+        EXPECT_NE(svg.find(text), std::string::npos) << text;
+    EXPECT_EQ(plot({"walk.csv"}).exitCode, 0) << "a picture of its own may go";
+    EXPECT_EQ(folder.read("walk.svg"), svg);
+}
+
+TEST_F(PlotCommand, ReplacesNothingThatIsNotAPictureOfItsOwn) {
+    folder.write("mine.svg", "<svg>mine</svg>");
+    const Ended refused = plot({"walk.csv", "--output", "mine.svg"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_TRUE(refused.err.starts_with("quillmere: --output: found ")) << refused.err;
+    EXPECT_EQ(folder.read("mine.svg"), "<svg>mine</svg>");
+    EXPECT_EQ(plot({"walk.csv", "--output", "mine.svg", "--overwrite"}).exitCode, 0);
+    EXPECT_TRUE(folder.read("mine.svg").starts_with("<svg xmlns"));
+    // What is read never goes.
+    const std::string walk = folder.read("walk.csv");
+    std::filesystem::create_hard_link(folder.path("walk.csv"), folder.path("other.svg"));
+    EXPECT_EQ(plot({"walk.csv", "--output", "other.svg", "--overwrite"}).exitCode, 2);
+    EXPECT_EQ(folder.read("walk.csv"), walk);
+}
+
+TEST_F(PlotCommand, NamesThatNobodyHasAreRefusedBeforeAnythingIsDrawn) {
+    for (const Strings& arguments : {Strings{"--columns", "acc_xx"}, Strings{"--panel", "on,acc_xx"},
+                                     Strings{"--x", "acc_xx"}, Strings{"--scale", "acc_xx=2"}}) {
+        Strings all{"walk.csv"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const Ended ended = plot(all);
+        EXPECT_EQ(ended.exitCode, 2) << arguments[0];
+        EXPECT_NE(ended.err.find("found the column 'acc_xx'; expected one of acc_x, acc_y"),
+                  std::string::npos)
+            << ended.err;
+        EXPECT_NE(ended.err.find("did you mean acc_x"), std::string::npos) << ended.err;
+    }
+    EXPECT_FALSE(getIsThere("walk.svg"));
+}
+
+TEST_F(PlotCommand, WhatCantBeMeantIsRefused) {
+    for (const Strings& arguments :
+         {Strings{"--output", "walk.jpg"}, Strings{"--start", "soon"}, Strings{"--start", "2", "--end", "1"},
+          Strings{"--scale", "on=much"}, Strings{"--at", "x"}, Strings{"--apart", "-1 Hz"},
+          Strings{"--band", "15,1"}, Strings{"--output", "-", "--text"}, Strings{"--set", "onBadRow=nan"}}) {
+        Strings all{"walk.csv"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const Ended ended = plot(all);
+        EXPECT_EQ(ended.exitCode, 2) << arguments[0] << " " << arguments[1];
+        EXPECT_NE(ended.err.find("found "), std::string::npos) << ended.err;
+    }
+    EXPECT_EQ(plot({"nothing.csv"}).exitCode, 1);
+    EXPECT_EQ(plot({}).exitCode, 2);
+    EXPECT_FALSE(getIsThere("walk.svg"));
+}
+
+TEST_F(PlotCommand, ACutWithoutRowsIsToldAndDrawsNothing) {
+    const Ended ended = plot({"walk.csv", "--start", "100"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.err, "quillmere: found no numbers to draw in 0 rows; expected some, between --start and "
+                         "--end where these are given\n");
+    EXPECT_FALSE(getIsThere("walk.svg"));
+}
+
+TEST_F(PlotCommand, ReadsAndWritesStandardStreams) {
+    const Ended piped = inShell(QUILLMERE " plot - --output - < walk.csv");
+    EXPECT_EQ(piped.exitCode, 0) << piped.err;
+    EXPECT_TRUE(piped.out.starts_with("<svg "));
+    EXPECT_TRUE(piped.out.ends_with("</svg>\n"));
+    EXPECT_EQ(piped.err, "-: 2 panels of 200 rows\n");
+    EXPECT_EQ(inShell(QUILLMERE " plot - < walk.csv").out, "plot.svg: 2 panels of 200 rows\n");
+    EXPECT_EQ(plot({"-", "-"}).exitCode, 2);
+}
+
+TEST_F(PlotCommand, AFullDiskIsAFailure) {
+    for (const char* const command :
+         {QUILLMERE " plot walk.csv --output /dev/full", QUILLMERE " plot walk.csv --output - > /dev/full",
+          QUILLMERE " plot walk.csv --text > /dev/full"}) {
+        const Ended ended = inShell(command);
+        EXPECT_EQ(ended.exitCode, 1) << command;
+        EXPECT_NE(ended.err.find("cannot be written"), std::string::npos) << ended.err;
+    }
+}
+
+TEST_F(PlotCommand, PrintsTextAsWideAsItIsToBe) {
+    const Ended ended = inShell("env -u COLUMNS LC_ALL=C.UTF-8 " QUILLMERE " plot walk.csv --text");
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_NE(ended.out.find("\nacc [g]\n"), std::string::npos) << ended.out;
+    EXPECT_NE(ended.out.find("on " + std::string(31, ' ')), std::string::npos) << ended.out;
+    EXPECT_NE(ended.out.find("####"), std::string::npos) << "no braille where it isn't a terminal";
+    EXPECT_FALSE(getIsThere("walk.svg"));
+    std::size_t widest = 0;
+    const auto widthOf = [&](const std::string& text) {
+        std::size_t width = 0;
+        for (std::size_t begin = 0; begin < text.size(); begin = text.find('\n', begin) + 1)
+            width = std::max(width, text.find('\n', begin) - begin);
+        return width;
+    };
+    widest = widthOf(ended.out);
+    EXPECT_EQ(widest, 80u);
+    EXPECT_EQ(widthOf(inShell("COLUMNS=60 " QUILLMERE " plot walk.csv --text").out), 60u);
+}
+
+TEST_F(PlotCommand, SeveralFilesShareAPage) {
+    folder.write("calm.csv", "time (s),acc_x [g]\n0.5,1\n0.51,2\n0.52,3\n0.53,3\n");
+    const Ended ended = plot(
+        {"walk.csv", "calm.csv", "--panel", "acc_x", "--title", "before and after", "--output", "both.svg"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    const std::string svg = folder.read("both.svg");
+    for (const char* const text :
+         {">acc_x (walk.csv)</text>", ">acc_x (calm.csv)</text>", ">before and after</text>"})
+        EXPECT_NE(svg.find(text), std::string::npos) << text;
+}
+
+TEST_F(PlotCommand, SecondsOfAResultAreSecondsWhateverTheyLookLike) {
+    // In a recording these steps would be taken for milliseconds.
+    folder.write("in.csv", "t,x\n0,1\n15,2\n30,3\n45,2\n60,3\n75,1\n90,3\n105,3\n120,4\n135,1\n150,2\n");
+    ASSERT_EQ(call({"run", "--quiet", "g.yaml"}).exitCode, 0);
+    const Ended ended = plot({"out.csv"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_NE(folder.read("out.svg").find("from 0 to 150 s"), std::string::npos);
+    EXPECT_EQ(ended.err, "");
+    // A copy has lost its mark on the way; what is guessed then is told.
+    folder.write("copy.csv", folder.read("out.csv"));
+    EXPECT_NE(plot({"copy.csv"}).err.find("taken for milliseconds"), std::string::npos);
+    EXPECT_EQ(plot({"copy.csv", "--set", "time=t"}).err, "");
+    EXPECT_NE(folder.read("copy.svg").find("from 0 to 150 s"), std::string::npos);
+}
+
+} // namespace

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+#include "host/picture/RecordingCurves.h"
+
+#include "host/description/ValueReader.h"
+#include "host/ends/RecordingException.h"
+#include "host/recording/RecordingForms.h"
+#include "tests/host/kit/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace Quillmere::Host;
+
+class RecordingCurvesTest : public testing::Test {
+protected:
+    CurveTable read(const std::string& text, const CurveWishes& wishes = {}) {
+        Complaints complaints;
+        settings.finish(complaints);
+        complaints.raise();
+        const std::string path = folder.write("in.csv", text);
+        const auto reader = openRecording(path, settings.wishes);
+        return RecordingCurves(*reader, settings, wishes).read();
+    }
+    void set(const std::string& name, const std::string& text) {
+        Complaints complaints;
+        GraphDescription::Setting setting;
+        setting.name = name;
+        setting.value = *readValueText(text, name, false, complaints);
+        settings.take(setting, complaints);
+        complaints.raise();
+    }
+    static void cut(CurveWishes& wishes, const std::string& name, const std::string& text) {
+        Complaints complaints;
+        GraphDescription::Setting setting;
+        setting.name = name;
+        setting.value = *readValueText(text, name, false, complaints);
+        wishes.takeCut(setting, complaints);
+        complaints.raise();
+    }
+    /// `time:value` of each piece, `!` where it is broken off.
+    static std::string told(const Curve& curve) {
+        std::string text;
+        for (const Envelope::Piece& piece : curve.envelope.getPieces())
+            text += (text.empty() ? "" : " ") + std::string(piece.isBroken ? "!" : "") +
+                    std::to_string(piece.firstTime).substr(0, 3) + ":" +
+                    std::to_string(piece.first).substr(0, 3);
+        return text;
+    }
+    static std::string names(const CurveTable& table) {
+        std::string text;
+        for (const Curve& curve : table.curves)
+            text += (text.empty() ? "" : " ") + curve.name + "[" + curve.unit + "]";
+        return text;
+    }
+
+    const Support::TemporaryFolder folder;
+    InspectionSettings settings;
+};
+
+TEST_F(RecordingCurvesTest, TakesEachColumnOfNumbersWithItsUnit) {
+    const CurveTable table = read("time (s),ax [g],level\n0,1,2\n0.5,3,4\n");
+    EXPECT_EQ(table.name, "in.csv");
+    EXPECT_EQ(table.clock, "s");
+    EXPECT_EQ(table.rows, 2u);
+    EXPECT_EQ(names(table), "ax[g] level[]");
+    EXPECT_EQ(told(table.curves[0]), "0.0:1.0 0.5:3.0");
+}
+
+TEST_F(RecordingCurvesTest, EmptyCellsAreNoSamplesAndOthersAreGaps) {
+    const CurveTable table = read("time (s),a,b\n0,1,2\n1,,3\n2,nan,4\n3,4,oops\n4,5,6\n");
+    EXPECT_EQ(told(table.curves[0]), "0.0:1.0 !3.0:4.0 4.0:5.0");
+    EXPECT_EQ(told(table.curves[1]), "0.0:2.0 1.0:3.0 2.0:4.0 !4.0:6.0");
+}
+
+TEST_F(RecordingCurvesTest, RowsThatAreTooShortOrHaveNoTimeAreLeftOut) {
+    const CurveTable table = read("time (s),a\n0,1\n1\n,3\n3,4\n4,5\n5,6\n");
+    EXPECT_EQ(told(table.curves[0]), "0.0:1.0 3.0:4.0 4.0:5.0 5.0:6.0");
+    EXPECT_EQ(table.rows, 4u);
+}
+
+TEST_F(RecordingCurvesTest, RowsCountWhereThereAreNoTimesAndARateMakesSeconds) {
+    const std::string text = "a,b\n1,2\n3,4\n5,6\n";
+    EXPECT_EQ(read(text).clock, "row");
+    EXPECT_EQ(told(read(text).curves[0]), "0.0:1.0 1.0:3.0 2.0:5.0");
+    set("rate", "2");
+    EXPECT_EQ(read(text).clock, "s");
+    EXPECT_EQ(told(read(text).curves[0]), "0.0:1.0 0.5:3.0 1.0:5.0");
+}
+
+TEST_F(RecordingCurvesTest, ChoosesByNameAndByPattern) {
+    const std::string text = "time (s),acc_x [g],acc_y [g],gx\n0,1,2,3\n1,4,5,6\n";
+    CurveWishes wishes;
+    wishes.columns = {"acc*"};
+    EXPECT_EQ(names(read(text, wishes)), "acc_x[g] acc_y[g]");
+    wishes.columns = {"gx", "acc_y"};
+    EXPECT_EQ(names(read(text, wishes)), "acc_y[g] gx[]");
+}
+
+TEST_F(RecordingCurvesTest, CutsAsASourceDoes) {
+    CurveWishes wishes;
+    cut(wishes, "start", "1 s");
+    cut(wishes, "end", "3");
+    EXPECT_EQ(told(read("time (s),a\n0,1\n1,2\n2,3\n3,4\n4,5\n", wishes).curves[0]), "1.0:2.0 2.0:3.0");
+    // One stamp far ahead doesn't end it.
+    EXPECT_EQ(told(read("time (s),a\n0,1\n1,2\n900,3\n2,4\n4,5\n", wishes).curves[0]), "1.0:2.0 2.0:4.0");
+    CurveWishes byDate;
+    cut(byDate, "start", "2020-01-01 10:00:01");
+    EXPECT_EQ(
+        told(read("time,a\n2020-01-01 10:00:00,1\n2020-01-01 10:00:01,2\n2020-01-01 10:00:02,3\n", byDate)
+                 .curves[0]),
+        "1.0:2.0 2.0:3.0");
+    EXPECT_THROW(read("time (s),a\n0,1\n1,2\n", byDate), RecordingException);
+}
+
+TEST_F(RecordingCurvesTest, ScalesAndDrawsOverAColumn) {
+    CurveWishes wishes;
+    wishes.scales.push_back({"w", 10.0, "Hz"});
+    wishes.across = "f";
+    const CurveTable table = read("time (s),f,w\n0,5,0.1\n1,6,0.2\n", wishes);
+    EXPECT_EQ(table.clock, "f");
+    EXPECT_EQ(names(table), "w[Hz]");
+    EXPECT_EQ(told(table.curves[0]), "5.0:1.0 6.0:2.0");
+}
+
+TEST_F(RecordingCurvesTest, EndsWhenItIsTold) {
+    std::string text = "time (s),a\n";
+    for (int i = 0; i < 10'000; ++i)
+        text += std::to_string(i) + ",1\n";
+    const auto reader = openRecording(folder.write("in.csv", text), settings.wishes);
+    std::stop_source stop;
+    const CurveWishes wishes;
+    RecordingCurves curves(*reader, settings, wishes);
+    std::uint64_t told = 0;
+    const auto tell = [&](const InspectionProgress& now) {
+        told = now.rows;
+        stop.request_stop();
+    };
+    EXPECT_THROW(curves.read(stop.get_token(), tell), InterruptedException);
+    EXPECT_EQ(told, 4096u);
+}
+
+} // namespace
