@@ -21,6 +21,7 @@ class App;
 }
 
 namespace Quillmere::Host {
+class RunObserver;
 class Job;
 struct Inspection;
 struct InspectionSettings;
@@ -141,20 +142,23 @@ public:
 
 private:
     Quillmere::Host::JobOptions jobOptions() const;
+    std::shared_ptr<Quillmere::Host::RunObserver> observer() const;
     ExitCode runAndTell(Quillmere::Host::Job job, std::chrono::steady_clock::time_point start,
                         const std::stop_token& stop) const;
     bool showsProgress() const;
     Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Job& job, ProgressLine& progress,
                                            const std::stop_token& stop) const;
-    Quillmere::Host::RunOutcome runLive(Quillmere::Host::Job job, ProgressLine& progress,
-                                        std::ostream& report, const std::stop_token& stop) const;
+    Quillmere::Host::RunOutcome runLive(Quillmere::Host::Job job, ProgressLine& progress, std::ostream& told,
+                                        const std::stop_token& stop) const;
 
     GraphArguments arguments;
     std::optional<std::uint64_t> steps; ///< Rounds.
     std::optional<double> duration;     ///< Seconds of stream time.
     std::string speed = "1";
     std::optional<std::string> control;
-    std::string summary; ///< Where the outcome is written as JSON; empty for nowhere.
+    std::string summary;              ///< Where the outcome is written as JSON; empty for nowhere.
+    std::string report;               ///< Where the page for a browser goes; the same.
+    std::vector<std::string> watched; ///< Outputs that the page shows besides.
     bool isLive = false;
     bool isQuiet = false;
     bool printsStatistics = false;

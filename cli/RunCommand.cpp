@@ -4,10 +4,13 @@
 #include "cli/GraphArguments.h"
 #include "cli/RunReport.h"
 #include "cli/StopSignals.h"
+#include "cli/UsageError.h"
 #include "host/text/Printable.h"
 #include "host/control/ControlServer.h"
 #include "host/ends/RecordingException.h"
+#include "host/ends/StandardStream.h"
 #include "host/live/LiveRun.h"
+#include "host/report/Report.h"
 #include "host/run/Job.h"
 
 #include <CLI/CLI.hpp>
@@ -18,6 +21,7 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <filesystem>
 #include <iostream>
 #include <limits>
 #include <new>
@@ -33,6 +37,9 @@ namespace {
 /// Between two looks how far a live run has come.
 constexpr std::chrono::milliseconds kBetweenLooks{100};
 constexpr const char* kAsFastAsItCan = "max";
+constexpr const char* kReportOption = "--report";
+constexpr const char* kWatchOption = "--watch";
+constexpr const char* kSummaryOption = "--summary-json";
 
 double speedOf(const std::string& text) {
     if (text == kAsFastAsItCan) return std::numeric_limits<double>::infinity();
@@ -83,10 +90,20 @@ RunCommand::RunCommand(CLI::App& command) {
         ->check(checkDuration)
         ->excludes(rounds);
     command
-        .add_option("--summary-json", summary,
+        .add_option(kSummaryOption, summary,
                     "Write how it ended to FILE, for programs; - is standard output.")
         ->type_name("FILE")
         ->check(checkFile);
+    CLI::Option* const page =
+        command
+            .add_option(kReportOption, report,
+                        "Write a page for a browser: the graph, all signals, what happened.")
+            ->type_name("FILE.html")
+            ->check(checkFile);
+    command.add_option(kWatchOption, watched, "Show in the report what this output sends, too.")
+        ->type_name("BLOCK.PIN")
+        ->allow_extra_args(false)
+        ->needs(page);
     command.add_flag("--quiet", isQuiet, "Print neither progress nor a summary.");
     CLI::Option* const live = command.add_flag(
         "--live", isLive, "Run in real time, a thread for each layout; pipes are read as they come.");
@@ -110,7 +127,24 @@ JobOptions RunCommand::jobOptions() const {
             .roundsName = {.name = "--steps", .value = "N"},
             .secondsName = {.name = "--duration", .value = "SECONDS"},
             .summary = summary,
-            .summaryName = "--summary-json " + printable(summary, kLongestName)};
+            .summaryName = kSummaryOption + (" " + printable(summary, kLongestName)),
+            .observer = observer(),
+            .observerName = kReportOption + (" " + printable(report, kLongestName))};
+}
+
+/// Null without a report.
+std::shared_ptr<RunObserver> RunCommand::observer() const {
+    if (report.empty()) return nullptr;
+    std::error_code error; // of what isn't there, which can't be the same
+    if (report == summary || std::filesystem::equivalent(report, summary, error))
+        throw UsageError({{kReportOption}, std::string("the file of ") + kSummaryOption, "another one"});
+    return std::make_shared<Report>(
+        ReportOptions{.path = report,
+                      .watched = watched,
+                      .overwrites = arguments.overwrites,
+                      .program = QUILLMERE_VERSION,
+                      .pathName = kReportOption + (" " + printable(report, kLongestName)),
+                      .watchName = kWatchOption});
 }
 
 ExitCode RunCommand::run() {
@@ -141,11 +175,11 @@ ExitCode RunCommand::run() {
 ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point start,
                                 const std::stop_token& stop) const {
     ProgressLine progress(start, job.getGraph().getSources().empty());
-    std::ostream& report = reportStream(job);
+    std::ostream& told = getIsStandardStream(report) ? std::cerr : reportStream(job);
     const RunOutcome outcome =
-        isLive ? runLive(std::move(job), progress, report, stop) : runOffline(job, progress, stop);
+        isLive ? runLive(std::move(job), progress, told, stop) : runOffline(job, progress, stop);
     progress.clear();
-    if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start, report);
+    if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start, told);
     printWarnings(outcome);
     if (outcome.getIsWhole()) return kDone;
     printFailure(outcome);
@@ -161,7 +195,7 @@ RunOutcome RunCommand::runOffline(Job& job, ProgressLine& progress, const std::s
     return job.run(stop, [&](const RunProgress& now) { progress.show(now); });
 }
 
-RunOutcome RunCommand::runLive(Job job, ProgressLine& progress, std::ostream& report,
+RunOutcome RunCommand::runLive(Job job, ProgressLine& progress, std::ostream& told,
                                const std::stop_token& stop) const {
     LiveRun run(std::move(job), {.speed = speedOf(speed)});
     std::optional<ControlServer> server;
@@ -174,7 +208,7 @@ RunOutcome RunCommand::runLive(Job job, ProgressLine& progress, std::ostream& re
     progress.clear();
     if (printsStatistics && run.getOutcome().hasBegun)
         for (const std::string& line : run.getStatistics().getText())
-            report << line << "\n";
+            told << line << "\n";
     return run.getOutcome();
 }
 

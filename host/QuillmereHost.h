@@ -25,6 +25,7 @@
 #include "host/plugins/BlockCatalogue.h"
 #include "host/plugins/PluginPlaces.h"
 #include "host/recording/HostCatalogue.h"
+#include "host/report/Report.h"
 #include "host/response/FrequencyResponse.h"
 #include "host/response/GraphBlock.h"
 #include "host/response/ResponseReport.h"

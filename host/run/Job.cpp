@@ -88,6 +88,9 @@ public:
 private:
     const Complaints& open(RunMode mode);
     RunEnding beginResults(const std::stop_token& stop);
+    RunEnding beginObserver(const std::stop_token& stop);
+    void checkObserver(RunMode mode);
+    void endObserver(RunOutcome& outcome);
     void summarise(RunOutcome& outcome);
     Complaints refuse();
 
@@ -96,6 +99,7 @@ private:
     std::optional<RunMode> checked;
     bool hasLeftPipes = false; ///< When the recordings were opened.
     bool hasBegun = false;
+    bool isObserved = false; ///< The observer has begun, and has to hear of the end.
     Clock::time_point start = Clock::now();
     std::optional<RunSummary> summary;
     bool isSummaryRefused = false; ///< There is something wrong with its name.
@@ -125,7 +129,16 @@ const Complaints& Job::Implementation::check(RunMode mode) {
     if (!options.isControlled) warnOfIdleBlocks(graph, all);
     if (mode != RunMode::Offline && all.isEmpty()) warnOfBursts(graph, all);
     if (summary) isSummaryRefused = !summary->check(graph, catalogue, all);
+    if (options.observer != nullptr) checkObserver(mode);
     return all;
+}
+
+void Job::Implementation::checkObserver(RunMode mode) {
+    if (mode == RunMode::Live)
+        all.add({options.observerName}, "a live run, which has no rounds that all blocks share",
+                "a run of recordings as fast as they can be read");
+    else
+        options.observer->check(graph, catalogue, all);
 }
 
 /// Who reads the summary hears of a run that isn't begun what its caller does.
@@ -165,6 +178,23 @@ std::optional<RunOutcome> Job::Implementation::begin(const std::stop_token& stop
     return completed(refusedBy(graph, ending));
 }
 
+/// What can't be begun is a failure of a run that hasn't begun either.
+RunEnding Job::Implementation::beginObserver(const std::stop_token& stop) {
+    if (options.observer == nullptr) return {};
+    try {
+        options.observer->begin(graph, stop);
+        isObserved = true;
+    } catch (const InterruptedException& exception) {
+        return interruptionFor(exception.what());
+    } catch (const RecordingException& exception) {
+        RunEnding ending;
+        ending.failure = exception.what();
+        ending.complaints = exception.getComplaints();
+        return ending;
+    }
+    return {};
+}
+
 /// The summary first: what it can't tell of is better not begun.
 RunEnding Job::Implementation::beginResults(const std::stop_token& stop) {
     try {
@@ -180,9 +210,11 @@ RunEnding Job::Implementation::beginResults(const std::stop_token& stop) {
         return ending;
     }
     try {
-        return beginSinks(graph.getSinks());
+        const RunEnding ofObserver = beginObserver(stop);
+        return ofObserver.getIsWhole() ? beginSinks(graph.getSinks()) : ofObserver;
     } catch (...) { // no memory to say why
         if (summary) summary->discard();
+        if (isObserved) options.observer->discard();
         throw;
     }
 }
@@ -199,24 +231,42 @@ RunOutcome Job::Implementation::interrupted(const InterruptedException& exceptio
 RunOutcome Job::Implementation::completed(RunOutcome outcome) {
     outcome.doubts = all.getSortedWarnings();
     outcome.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    if (isObserved) endObserver(outcome);
     if (summary) summarise(outcome);
     return outcome;
 }
 
-/// A summary that can't be written makes a failure of a run that was whole, whose results have their names.
+namespace {
+/// What can't be written beside the results makes a failure of a run that was whole, whose results have their
+/// names.
+void noteFailure(const RecordingException& exception, const std::string& name, RunOutcome& outcome) {
+    if (!outcome.getIsWhole()) {
+        // Put together part by part: GCC 12 takes the parts of a temporary for uninitialized.
+        Warning& warning = outcome.warnings.emplace_back();
+        warning.where.file = name;
+        warning.text = exception.what();
+        return;
+    }
+    outcome.failure = exception.what();
+    outcome.complaints = exception.getComplaints();
+}
+} // namespace
+
+void Job::Implementation::endObserver(RunOutcome& outcome) {
+    isObserved = false;
+    if (!outcome.hasBegun) return options.observer->discard();
+    try {
+        options.observer->complete(outcome);
+    } catch (const RecordingException& exception) {
+        noteFailure(exception, options.observerName, outcome);
+    }
+}
+
 void Job::Implementation::summarise(RunOutcome& outcome) {
     try {
         summary->write(outcome);
     } catch (const RecordingException& exception) {
-        if (!outcome.getIsWhole()) {
-            // Put together part by part: GCC 12 takes the parts of a temporary for uninitialized.
-            Warning& warning = outcome.warnings.emplace_back();
-            warning.where.file = options.summaryName;
-            warning.text = exception.what();
-            return;
-        }
-        outcome.failure = exception.what();
-        outcome.complaints = exception.getComplaints();
+        noteFailure(exception, options.summaryName, outcome);
     }
 }
 
@@ -249,7 +299,7 @@ const Complaints& Job::check(RunMode mode) {
 RunOutcome Job::run(const std::stop_token& stop, const ProgressHandler& onProgress) {
     if (std::optional<RunOutcome> refused = begin(RunMode::Offline, stop)) return *refused;
     const JobOptions& options = implementation->options;
-    OfflineRunner runner(implementation->graph, options.limit, options.isStrict);
+    OfflineRunner runner(implementation->graph, options.limit, options.isStrict, options.observer.get());
     return implementation->completed(runner.run(stop, onProgress));
 }
 

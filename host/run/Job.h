@@ -6,6 +6,7 @@
 #include "host/graph/Graph.h"
 #include "host/plugins/BlockCatalogue.h"
 #include "host/run/RunLimit.h"
+#include "host/run/RunObserver.h"
 #include "host/run/RunOutcome.h"
 #include "host/text/Complaint.h"
 
@@ -42,6 +43,9 @@ struct JobOptions {
     /// It is a result file like every other. Empty: nowhere.
     std::string summary{};
     std::string summaryName = "summary"; ///< What the caller calls it, for messages.
+    /// Looks on and makes something of it, as a `Report` does; null for nobody. Offline only.
+    std::shared_ptr<RunObserver> observer{};
+    std::string observerName = "report"; ///< What the caller calls it, for messages.
 };
 
 /// One run of a graph, from its description to what came of it. A job owns all that the run needs, so it can

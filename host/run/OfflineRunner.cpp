@@ -17,8 +17,9 @@ namespace {
 constexpr std::uint64_t kRoundsBetweenReports = 4096;
 } // namespace
 
-OfflineRunner::OfflineRunner(Graph& target, const RunLimit& runLimit, bool takesWarningsForErrors)
-    : graph(target), limit(runLimit), isStrict(takesWarningsForErrors),
+OfflineRunner::OfflineRunner(Graph& target, const RunLimit& runLimit, bool takesWarningsForErrors,
+                             RunObserver* runObserver)
+    : graph(target), limit(runLimit), isStrict(takesWarningsForErrors), observer(runObserver),
       stamps(target.getDescription().clock == GraphDescription::Clock::Stream ? &streamTime : nullptr) {
     for (const Graph::Node* const node : graph.getRunOrder())
         steps.push_back(node->block.get());
@@ -147,6 +148,7 @@ void OfflineRunner::runPass(const std::vector<Core::Filter*>& blocks) {
         gate.giveWayIfWanted();
     }
     current = nullptr;
+    if (observer != nullptr) observer->look(streamTime);
 }
 
 void OfflineRunner::findFollowers() {

@@ -7,6 +7,7 @@
 #include "host/run/RoundChooser.h"
 #include "host/run/RunEnd.h"
 #include "host/run/RunLimit.h"
+#include "host/run/RunObserver.h"
 #include "host/run/RunOutcome.h"
 #include "host/run/WaitingSamples.h"
 
@@ -40,9 +41,11 @@ namespace Quillmere::Host {
 class QUILLMERE_API OfflineRunner {
 public:
     /// `limit` is for a graph without sources: rounds above 0, seconds above 0 and finite. Of a strict run
-    /// that ends with warnings these are a failure. Requires: the graph has no complaints, its sources and
-    /// sinks are open, and it outlives the runner.
-    explicit OfflineRunner(Graph& graph, const RunLimit& limit = {}, bool isStrict = false);
+    /// that ends with warnings these are a failure. `observer`, if there is one, looks on behind each round;
+    /// it isn't owned, and has begun. Requires: the graph has no complaints, its sources and sinks are open,
+    /// and it outlives the runner.
+    explicit OfflineRunner(Graph& graph, const RunLimit& limit = {}, bool isStrict = false,
+                           RunObserver* observer = nullptr);
 
     /// Runs to the end and completes the results. When a block raises something, or a stop is requested, or a
     /// result can't be completed, the results stay under their partial names, and the outcome says why.
@@ -81,6 +84,7 @@ private:
     FiniteWatch finite{nonFiniteSeen};
     const RunLimit limit;
     const bool isStrict;
+    RunObserver* const observer;
     const Core::Filter* current = nullptr; ///< The block that is being stepped, for messages.
     std::uint64_t roundCount = 0;
     double streamTime = 0.0;

@@ -49,6 +49,7 @@ const std::vector<Room> kRooms = {
     hostRoom("run", {"text", "plugins", "description", "ends", "graph", "recording", "response"}),
     hostRoom("live", {"text", "plugins", "description", "ends", "graph", "run"}),
     hostRoom("picture", {"text", "description", "ends", "recording", "inspection"}),
+    hostRoom("report", {"text", "plugins", "description", "ends", "graph", "recording", "run", "picture"}),
     hostRoom("control", {"text", "description", "live"}),
     {.folder = "host/", .may = {"host/"}}, // the umbrella header
     {.folder = "cli/", .may = {"host/"}},

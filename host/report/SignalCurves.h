@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "framework/transport/MatrixXd.h"
+#include "host/picture/Envelope.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// What came over one link, at a bounded size: a curve for each element of its samples, row by row.
+class QUILLMERE_API SignalCurves {
+public:
+    /// How a report shows it: lines, marks for what comes now and then, a map of colours where samples have
+    /// more elements than lines could be told apart.
+    enum class Kind { Curves, Marks, Map };
+
+    struct Column {
+        explicit Column(std::size_t mostPieces) : envelope(mostPieces) {}
+        Envelope envelope;
+        double sum = 0.0; ///< Of the values that are finite.
+    };
+
+    static constexpr std::size_t kMostCurves = 16;
+    static constexpr std::size_t kMostColumns = 1024; ///< The elements behind them are left out.
+
+    /// `mostPieces` is for all columns together; none gets fewer than a screen is wide.
+    explicit SignalCurves(std::size_t mostPieces) : most(mostPieces) {}
+
+    /// A sample whose time isn't finite has no place, and is only counted. [run]
+    void take(double time, const Core::MatrixXd& sample);
+
+    const std::vector<Column>& getColumns() const { return columns; }
+    std::uint64_t getSamples() const { return samples; }
+    /// Of the samples; 0 without any. A first time that a later one lies before isn't the begin.
+    double getBegin() const { return samples > 0 ? begin : 0.0; }
+    double getEnd() const { return samples > 0 ? end : 0.0; }
+    /// Seconds from one sample to the next, as a rule; 0 where there are fewer than two.
+    double getPeriod() const;
+    /// `rounds` are those of the run, which most signals have a sample in.
+    Kind getKind(std::uint64_t rounds) const;
+
+private:
+    const std::size_t most;
+    std::vector<Column> columns;
+    std::uint64_t samples = 0;
+    double begin = 0.0; ///< Seconds.
+    double end = 0.0;
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#include "host/report/SignalTap.h"
+
+#include "framework/Quillmere.h"
+#include "host/graph/ManualShelf.h"
+#include "host/graph/UnitFinder.h"
+
+#include <algorithm>
+
+namespace Quillmere::Host {
+
+namespace {
+/// Of all signals together. What a page holds of a piece is two numbers of four bytes in base64, and an
+/// eighth more for the coarser levels: 20 MB at most.
+constexpr std::size_t kMostPieces = std::size_t{13} << 17;
+/// What a link of an output keeps that several blocks may take from at their own pace.
+constexpr std::uint32_t kRoomOfWatched = 4096;
+
+/// The names that a sink gives the columns of a pin.
+std::vector<std::string> columnNamesOf(const GraphDescription::Block& sink, const std::string& pin) {
+    std::vector<std::string> names;
+    for (const GraphDescription::Setting& setting : sink.settings) {
+        if (setting.name != "columns") continue;
+        const Value::Entry* const entry = setting.value.find(pin);
+        if (entry == nullptr) continue;
+        for (const Value& name : entry->value.items)
+            names.push_back(name.text);
+        if (entry->value.isScalar()) names.push_back(entry->value.text);
+    }
+    return names;
+}
+
+bool getCarriesMatrices(const Core::AbstractOutputPin* output) {
+    return output != nullptr && output->getDataTypeName() == Core::dataTypeName<Core::MatrixXd>();
+}
+} // namespace
+
+SignalTap::SignalTap(Graph& graph, const std::vector<Core::AbstractOutputPin*>& watched)
+    : Filter("report", true) {
+    // A link within one layout is read in place.
+    graph.getLayout().add(*this);
+    std::size_t count = watched.size();
+    for (const Sink* const sink : graph.getSinks())
+        count += sink->getInputPins().size();
+    const std::size_t most = kMostPieces / std::max<std::size_t>(count, 1);
+    for (const Graph::Node& node : graph.getNodes())
+        if (node.sink != nullptr) addSink(node, most);
+    for (Core::AbstractOutputPin* const pin : watched)
+        add(pin->getManager()->getName() + "." + pin->getName(), true, *pin, kRoomOfWatched, false, most);
+    findUnits(graph);
+}
+
+void SignalTap::addSink(const Graph::Node& node, std::size_t mostPieces) {
+    for (const Core::AbstractInputPin* const pin : node.sink->getInputPins()) {
+        Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
+        if (!getCarriesMatrices(sender)) continue;
+        Signal& signal = add(node.description->id + "." + pin->getName(), false, *sender,
+                             pin->getBufferCapacity(), pin->getIsLifo(), mostPieces);
+        signal.columns = columnNamesOf(*node.description, pin->getName());
+    }
+}
+
+SignalTap::Signal& SignalTap::add(const std::string& name, bool isWatched, Core::AbstractOutputPin& output,
+                                  std::uint32_t capacity, bool isNewestFirst, std::size_t mostPieces) {
+    Signal& signal = signals.emplace_back(name, isWatched, this, mostPieces);
+    signal.input.setIsBlocking(false);
+    signal.input.setBufferCapacity(capacity);
+    signal.input.setIsLifo(isNewestFirst);
+    output.attach(signal.input, false);
+    return signal;
+}
+
+void SignalTap::findUnits(const Graph& graph) {
+    ManualShelf manuals(graph.getCatalogue());
+    UnitFinder finder(graph.getNodes(), manuals);
+    for (Signal& signal : signals)
+        signal.unit = finder.unitAt(signal.input);
+}
+
+/// A sink takes one sample a round from each link; of what is watched everything counts.
+void SignalTap::look(double streamTime) {
+    ++rounds;
+    lastTime = streamTime;
+    for (Signal& signal : signals) {
+        while (signal.input.hasData()) {
+            signal.curves.take(streamTime, signal.input.take());
+            if (!signal.isWatched) break;
+        }
+    }
+}
+
+void SignalTap::lookAtRest() {
+    for (Signal& signal : signals)
+        while (signal.input.hasData())
+            signal.curves.take(lastTime, signal.input.take());
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Filter.h"
+#include "framework/transport/InputPin.h"
+#include "host/graph/Graph.h"
+#include "host/report/SignalCurves.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// Gets what sinks get, and what watched outputs send: a block beside those of a graph, with a link of its
+/// own beside each link that it is about. It has the same buffer, so that what came late comes late here too.
+class SignalTap final : public Core::Filter {
+public:
+    struct Signal {
+        Signal(std::string signalName, bool watched, Core::PinManager* owner, std::size_t mostPieces)
+            : name(std::move(signalName)), isWatched(watched), input(name, owner), curves(mostPieces) {}
+
+        std::string name; ///< `block.pin`, of a sink's input or of an output that is watched.
+        bool isWatched;
+        Core::InputPin<Core::MatrixXd> input;
+        SignalCurves curves;
+        std::string unit;                 ///< Empty where nobody knows it.
+        std::vector<std::string> columns; ///< As the sink's settings name them; none where they don't.
+    };
+
+    /// Requires: there are such outputs, and the sources of the graph are open. [setup]
+    SignalTap(Graph& graph, const std::vector<Core::AbstractOutputPin*>& watched);
+
+    /// Takes what has come in a round, or what is left behind the last one. [run]
+    void look(double streamTime);
+    void lookAtRest();
+    void process() override {}
+    const char* getTypeName() const override { return "SignalTap"; }
+
+    const std::deque<Signal>& getSignals() const { return signals; }
+    std::uint64_t getRounds() const { return rounds; }
+
+private:
+    void addSink(const Graph::Node& node, std::size_t mostPieces);
+    Signal& add(const std::string& name, bool isWatched, Core::AbstractOutputPin& output,
+                std::uint32_t capacity, bool isNewestFirst, std::size_t mostPieces);
+    void findUnits(const Graph& graph);
+
+    std::deque<Signal> signals; ///< Pins can't move.
+    std::uint64_t rounds = 0;
+    double lastTime = 0.0; ///< Seconds.
+};
+
+} // namespace Quillmere::Host

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+import type uPlot from "uplot";
+import {digits, make} from "./format";
+import {levelFor, rangeOf, timeOf} from "./levels";
+import {columnOf, type Level, type Signal} from "./model";
+import {heat} from "./theme";
+import type {View} from "./view";
+
+/** Decibels from the largest value down to where everything is dark. */
+const depth = 60;
+
+interface Shades {
+    low: number;
+    high: number;
+    isLogarithmic: boolean;
+}
+
+/** Values that are all positive, as amplitudes are, are shown by their logarithm; others as they are. */
+function shadesOf(signal: Signal): Shades {
+    let low = Infinity;
+    let high = -Infinity;
+    for (const column of signal.columns) {
+        low = Math.min(low, column.minimum ?? Infinity);
+        high = Math.max(high, column.maximum ?? -Infinity);
+    }
+    if (low >= 0 && high > 0) return {low: high * 10 ** (-depth / 20), high, isLogarithmic: true};
+    return Number.isFinite(low) ? {low, high, isLogarithmic: false} : {low: 0, high: 1, isLogarithmic: false};
+}
+
+function partOf(value: number, shades: Shades): number {
+    if (!shades.isLogarithmic) return (value - shades.low) / (shades.high - shades.low || 1);
+    return value <= shades.low ? 0 : 1 - Math.log10(shades.high / value) * 20 / depth;
+}
+
+/** What the colours mean. */
+export function mapScale(signal: Signal): HTMLElement {
+    const shades = shadesOf(signal);
+    const stops = Array.from({length: 17}, (_, i) => `rgb(${heat(i / 16).join(" ")})`).join(",");
+    const bar = make("span", {class: "ramp", "aria-hidden": "true"});
+    bar.style.background = `linear-gradient(90deg, ${stops})`;
+    const low = shades.isLogarithmic ? `${depth} dB below` : digits(shades.low);
+    return make("span", {class: "shades"}, low, bar, `${digits(shades.high)} ${signal.unit}`.trim());
+}
+
+export function mapRange(signal: Signal): [number, number] {
+    return [-0.5, signal.columns.length - 0.5];
+}
+
+const pictures = new Map<string, HTMLCanvasElement>();
+
+/** A level as a picture, a pixel for each element and bucket; made once. Too wide a one is drawn in parts. */
+function pictureOf(signal: Signal, level: Level, from: number, to: number): HTMLCanvasElement {
+    const key = `${level.low} ${from} ${to}`;
+    const known = pictures.get(key);
+    if (known) return known;
+    const shades = shadesOf(signal);
+    const height = signal.columns.length;
+    const width = to - from;
+    const canvas = document.createElement("canvas");
+    canvas.width = Math.max(1, width);
+    canvas.height = Math.max(1, height);
+    const context = canvas.getContext("2d");
+    if (!context || width < 1) return canvas;
+    const image = context.createImageData(width, height);
+    // Of a bucket the highest value counts, so that what is short can be seen.
+    signal.columns.forEach((_, r) => {
+        const row = columnOf(level, r).high;
+        for (let i = 0; i < width; ++i) {
+            const value = row[from + i] ?? NaN;
+            if (!Number.isFinite(value)) continue;
+            const place = 4 * ((height - 1 - r) * width + i);
+            const [red, green, blue] = heat(partOf(value, shades));
+            image.data[place] = red;
+            image.data[place + 1] = green;
+            image.data[place + 2] = blue;
+            image.data[place + 3] = 255;
+        }
+    });
+    context.putImageData(image, 0, 0);
+    if (pictures.size > 40) pictures.clear();
+    pictures.set(key, canvas);
+    return canvas;
+}
+
+const mostWide = 8192;
+
+export function drawMap(plot: uPlot, signal: Signal, view: View): void {
+    const level = levelFor(signal, view.begin, view.end, plot.over.clientWidth);
+    if (level === undefined || level.count === 0) return;
+    const [first, last] = level.count <= mostWide ? [0, level.count] : rangeOf(level, view.begin, view.end);
+    const picture = pictureOf(signal, level, first, last);
+    const {ctx, bbox} = plot;
+    ctx.save();
+    ctx.beginPath();
+    ctx.rect(bbox.left, bbox.top, bbox.width, bbox.height);
+    ctx.clip();
+    ctx.imageSmoothingEnabled = false;
+    const top = plot.valToPos(signal.columns.length - 0.5, "y", true);
+    const foot = plot.valToPos(-0.5, "y", true);
+    const paint = (from: number, to: number, index: number, count: number): void => {
+        const left = plot.valToPos(from, "x", true);
+        const right = plot.valToPos(to, "x", true);
+        ctx.drawImage(picture, index, 0, count, picture.height, left, top, Math.max(1, right - left), foot - top);
+    };
+    if (level.times === null) {
+        paint(level.begin + first * level.step, level.begin + last * level.step, 0, last - first);
+    } else {
+        const [from, to] = rangeOf(level, view.begin, view.end);
+        for (let i = Math.max(from, first); i < Math.min(to, last); ++i) {
+            const [begin, end] = reach(level, i, signal.period);
+            paint(begin, end, i - first, 1);
+        }
+    }
+    ctx.restore();
+}
+
+/** A bucket's own time. Of a sample what lies before its time, back to the one before it, but not over a gap. */
+function reach(level: Level, index: number, period: number): [number, number] {
+    const time = timeOf(level, index);
+    if (level.step > 0) return [time, time + level.step];
+    return [Math.max(index > 0 ? timeOf(level, index - 1) : -Infinity, time - 1.5 * (period || 1)), time];
+}

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+// Which runs write a page for a browser, and which refuse to. What is in it: tests/host/report.
+#include "tests/cli/GainFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using Support::Ended;
+
+class ReportOption : public Support::GainFixture {};
+
+TEST_F(ReportOption, WritesAPageBesideTheResult) {
+    const Ended ended =
+        call({"run", "g.yaml", "--report", "r.html", "--watch", "gain.output", "--watch", "in"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.5,2\n1,3\n");
+    const std::string page = folder.read("r.html");
+    EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n")) << page.substr(0, 100);
+    EXPECT_TRUE(page.ends_with("</html>\n"));
+    EXPECT_NE(page.find("\"name\": \"gain.output\""), std::string::npos);
+    EXPECT_NE(page.find("\"version\": \"" QUILLMERE_VERSION "\""), std::string::npos);
+    EXPECT_EQ(call({"run", "g.yaml", "--report", "r.html"}).exitCode, 0) << "a run's own is replaced";
+    EXPECT_NE(folder.read("r.html"), page);
+}
+
+TEST_F(ReportOption, GoesToStandardOutputAndPeopleAreToldElsewhere) {
+    const Ended ended = call({"run", "g.yaml", "--report", "-"});
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_TRUE(ended.out.starts_with("<!DOCTYPE html>\n"));
+    EXPECT_TRUE(ended.out.ends_with("</html>\n"));
+    EXPECT_TRUE(ended.err.starts_with("the test: 3 rows")) << ended.err;
+}
+
+TEST_F(ReportOption, IsRefusedWhereThereIsNoneBeforeAnythingRuns) {
+    EXPECT_EQ(call({"run", "g.yaml", "--report", "r.html", "--watch", "gian"}).err,
+              "--watch gian: found the block 'gian'; expected one of in, gain and out; did you mean gain?\n");
+    EXPECT_EQ(
+        call({"run", "g.yaml", "--live", "--report", "r.html"}).err,
+        "--report r.html: found a live run, which has no rounds that all blocks share; expected a run of "
+        "recordings as fast as they can be read\n");
+    EXPECT_EQ(call({"run", "g.yaml", "--report", "r.html", "--summary-json", "r.html"}).err,
+              "quillmere: --report: found the file of --summary-json; expected another one\n");
+    EXPECT_EQ(
+        call({"run", "g.yaml", "--report", "in.csv", "--overwrite"}).err,
+        "--report in.csv: found the file 'in.csv', which 'in' reads; expected a file that the run has for "
+        "nothing else\n");
+    EXPECT_EQ(call({"run", "g.yaml", "--watch", "gain"}).exitCode, 2) << "nobody would see it";
+    EXPECT_FALSE(folder.has("out.csv"));
+    EXPECT_FALSE(folder.has("r.html"));
+}
+
+TEST_F(ReportOption, OnAFullDiskTheRunFailsAndItsResultIsWhole) {
+    const Ended ended = call({"run", "g.yaml", "--report", "/dev/full"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.err, "quillmere: /dev/full: cannot be written: No space left on device\n"
+                         "  complete: 3 rows in out.csv\n");
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.5,2\n1,3\n");
+}
+
+} // namespace

@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+#include "host/report/Report.h"
+
+#include "host/recording/ResultFile.h"
+#include "tests/host/kit/GraphFixture.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Quillmere::Host;
+using nlohmann::json;
+using Numbers = std::vector<double>;
+
+const std::string kSource =
+    "format: 1\nblocks:\n"
+    "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n";
+const std::string kSink = "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n";
+const std::string kGraph = kSource + "  - {id: twice, type: FilterGain, properties: {Gain: 2}}\n" + kSink +
+                           "connections: [{from: in, to: twice}, {from: twice, to: out.x}]\n";
+
+class ReportTest : public Support::GraphFixture {
+protected:
+    ReportTest() { folder.write("in.csv", "t,x\n0,1\n0.5,-2\n1,3\n"); }
+
+    Job jobWith(ReportOptions wishes, const std::string& text = kGraph) {
+        wishes.program = "1.2";
+        JobOptions options;
+        options.observer = std::make_shared<Report>(wishes);
+        return Job::fromFile(folder.write("g.yaml", text), catalogue, options);
+    }
+    Job jobWith(const std::string& name, const std::string& text = kGraph) {
+        return jobWith(ReportOptions{.path = name == "-" ? name : folder.path(name)}, text);
+    }
+    std::string refusalOf(ReportOptions wishes, RunMode mode = RunMode::Offline) {
+        wishes.path = folder.path(wishes.path);
+        Job job = jobWith(wishes);
+        std::string lines;
+        for (const Complaint& complaint : job.check(mode).getSorted())
+            lines += withoutFolder(complaint.getText()) + "\n";
+        return lines;
+    }
+    /// What stands in the first element of the page with that id.
+    std::string elementOf(const std::string& id) const {
+        const std::string page = folder.read("r.html");
+        const std::size_t begin = page.find('>', page.find("id=\"" + id + "\"")) + 1;
+        return page.substr(begin, page.find("</script>", begin) - begin);
+    }
+    json reportOf(const ReportOptions& more = {}, const std::string& text = kGraph) {
+        ReportOptions wishes = more;
+        wishes.path = folder.path("r.html");
+        outcome = jobWith(wishes, text).run();
+        return json::parse(elementOf("report"));
+    }
+    /// The doubles of a blob.
+    Numbers numbersOf(const json& id) const {
+        const std::string text = elementOf(id.get<std::string>());
+        EXPECT_TRUE(text.starts_with("f8"));
+        const std::string digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        std::string bytes;
+        unsigned held = 0;
+        int bits = 0;
+        for (const char letter : text.substr(2)) {
+            if (letter == '=') break;
+            held = held << 6u | static_cast<unsigned>(digits.find(letter));
+            bits += 6;
+            if (bits < 8) continue;
+            bits -= 8;
+            bytes += static_cast<char>(held >> static_cast<unsigned>(bits) & 255u);
+        }
+        Numbers numbers(bytes.size() / sizeof(double));
+        std::memcpy(numbers.data(), bytes.data(), numbers.size() * sizeof(double));
+        return numbers;
+    }
+};
+
+TEST_F(ReportTest, HasTheGraphItsSignalsAndWhatTheRunTells) {
+    const json report = reportOf({.watched = {"in.x"}});
+    EXPECT_TRUE(outcome.getIsWhole()) << outcome.failure;
+    EXPECT_FALSE(folder.has("r.html.partial"));
+    EXPECT_EQ(report["outcome"]["rows"], 3);
+    EXPECT_EQ(report["outcome"]["sinks"][0]["complete"], true) << "it comes behind the results";
+    EXPECT_EQ(report["graph"]["blocks"][1]["id"], "twice");
+    EXPECT_EQ(report["graph"]["blocks"][1]["settings"][0],
+              json({{"name", "Gain"}, {"value", "2"}, {"given", true}}));
+    EXPECT_EQ(report["graph"]["connections"][1]["from"]["block"], "twice");
+    EXPECT_EQ(report["graph"]["connections"].size(), 2u) << "without the report's own links";
+    EXPECT_EQ(report["versions"][0], json({{"name", "quillmere"}, {"version", "1.2"}}));
+    EXPECT_EQ(report["versions"].size(), 2u) << "and of the plug-in";
+    ASSERT_EQ(report["signals"].size(), 2u);
+    const json& sent = report["signals"][0];
+    EXPECT_EQ(sent["name"], "out.x");
+    EXPECT_EQ(sent["watched"], false);
+    EXPECT_EQ(sent["columns"][0]["minimum"], -4.0);
+    EXPECT_EQ(numbersOf(sent["levels"][0]["times"]), (Numbers{0, 0.5, 1}));
+    EXPECT_EQ(numbersOf(sent["levels"][0]["low"]), (Numbers{2, -4, 6}));
+    EXPECT_EQ(report["signals"][1]["name"], "in.x");
+    EXPECT_EQ(report["signals"][1]["watched"], true);
+    EXPECT_EQ(numbersOf(report["signals"][1]["levels"][0]["low"]), (Numbers{1, -2, 3}));
+}
+
+TEST_F(ReportTest, ChangesNothingOfTheRun) {
+    EXPECT_EQ(run(kGraph), "");
+    const std::string without = folder.read("out.csv");
+    const RunOutcome plain = outcome;
+    reportOf({.watched = {"in", "twice"}});
+    EXPECT_EQ(folder.read("out.csv"), without);
+    ASSERT_EQ(outcome.links.size(), plain.links.size());
+    EXPECT_EQ(outcome.links[0].received, plain.links[0].received);
+    EXPECT_TRUE(outcome.warnings.empty());
+}
+
+/// What a buffer holds back comes to the sink in later rounds, and to the report as well.
+TEST_F(ReportTest, HasWhatTheSinkGotWhenItGotIt) {
+    folder.write("in.csv", "t,x\n0,1\n1,2\n2,3\n3,4\n");
+    const json report =
+        reportOf({}, kSource + kSink + "connections: [{from: in, to: out.x, buffer: 3, order: newest}]\n");
+    std::string rows = "t,x[0]\n";
+    const Numbers times = numbersOf(report["signals"][0]["levels"][0]["times"]);
+    const Numbers values = numbersOf(report["signals"][0]["levels"][0]["low"]);
+    for (std::size_t i = 0; i < times.size(); ++i)
+        rows += std::to_string(static_cast<int>(times[i])) + "," +
+                std::to_string(static_cast<int>(values[i])) + "\n";
+    EXPECT_EQ(folder.read("out.csv"), rows);
+}
+
+TEST_F(ReportTest, NoNameEndsUpAsMarkup) {
+    const std::string evil = "</script><script>alert(1)</script><!--&\"'\\\u2028";
+    const std::string text =
+        "format: 1\nname: " + json(evil).dump() + "\nparameters: {p: " + json(evil).dump() +
+        "}\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}, "
+        "missing: ['${p}']}}\n  - {id: out, type: RecordingSink, properties: {file: out.csv, columns: {" +
+        json(evil).dump() + ": [" + json(evil + "x").dump() +
+        "]}}}\nconnections: [{from: in, to: " + json("out." + evil).dump() + "}]\n";
+    const json report = reportOf({}, text);
+    EXPECT_EQ(outcome.failure, "");
+    EXPECT_EQ(report["graph"]["name"], evil);
+    EXPECT_EQ(report["signals"][0]["name"], "out." + evil);
+    EXPECT_EQ(report["signals"][0]["columns"][0]["name"], evil + "x");
+    const std::string page = folder.read("r.html");
+    EXPECT_EQ(page.find("alert(1)</script>"), std::string::npos);
+    EXPECT_EQ(page.find("<!--&"), std::string::npos);
+    EXPECT_NE(page.find("<title>&lt;/script>"), std::string::npos);
+}
+
+TEST_F(ReportTest, WatchesWhatThereIs) {
+    EXPECT_EQ(refusalOf({.path = "r.html", .watched = {"in", "twice.output", "twice.output"}}), "");
+    EXPECT_EQ(refusalOf({.path = "r.html", .watched = {"twise.output"}}),
+              "watch twise.output: found the block 'twise'; expected one of in, twice and out; did you mean "
+              "twice?\n");
+    EXPECT_EQ(
+        refusalOf({.path = "r.html", .watched = {"twice.outptu"}}),
+        "watch twice.outptu: found the output 'outptu'; expected of 'twice' (FilterGain) one of output; "
+        "did you mean output?\n");
+    EXPECT_EQ(refusalOf({.path = "r.html", .watched = {"out"}}),
+              "watch out: found no output's name; expected a block that has some\n");
+    EXPECT_EQ(reportOf({.watched = {"twice", "twice.output"}})["signals"].size(), 2u) << "each once";
+}
+
+TEST_F(ReportTest, ReplacesOnlyWhatARunHasWritten) {
+    folder.write("mine.html", "<!DOCTYPE html>\n");
+    EXPECT_EQ(refusalOf({.path = "mine.html"}),
+              "report: found the file 'mine.html', which no run has written; expected another name, or "
+              "'overwrite: true' or --overwrite to replace it\n");
+    EXPECT_EQ(refusalOf({.path = "mine.html", .overwrites = true}), "");
+    for (const char* const taken : {"in.csv", "g.yaml", "out.csv", "out.csv.partial"})
+        EXPECT_NE(
+            refusalOf({.path = taken, .overwrites = true}).find("a file that the run has for nothing else"),
+            std::string::npos)
+            << taken;
+    reportOf();
+    EXPECT_EQ(refusalOf({.path = "r.html"}), "");
+    folder.write("copy.html", folder.read("r.html"));
+    EXPECT_EQ(refusalOf({.path = "copy.html"}), "") << "by its begin";
+}
+
+TEST_F(ReportTest, IsOfNoLiveRun) {
+    EXPECT_EQ(refusalOf({.path = "r.html"}, RunMode::Live),
+              "report: found a live run, which has no rounds that all blocks share; expected a run of "
+              "recordings as "
+              "fast as they can be read\n");
+}
+
+TEST_F(ReportTest, ThatCantBeBegunKeepsTheRunFromBeginning) {
+    const ResultFile others(folder.path("r.html"));
+    const RunOutcome refused = jobWith("r.html").run();
+    EXPECT_FALSE(refused.hasBegun);
+    EXPECT_EQ(withoutFolder(refused.failure), "r.html.partial: another run is writing this result");
+    EXPECT_FALSE(folder.has("out.csv"));
+    EXPECT_FALSE(folder.has("out.csv.partial"));
+}
+
+TEST_F(ReportTest, LeavesNothingOfARunThatIsntBegun) {
+    const ResultFile others(folder.path("out.csv"));
+    EXPECT_FALSE(jobWith("r.html").run().hasBegun);
+    EXPECT_FALSE(folder.has("r.html"));
+    EXPECT_FALSE(folder.has("r.html.partial"));
+}
+
+TEST_F(ReportTest, OnAFullDiskTheResultsAreWholeAllTheSame) {
+    const RunOutcome unwritten = jobWith(ReportOptions{.path = "/dev/full"}).run();
+    EXPECT_EQ(unwritten.failure, "/dev/full: cannot be written: No space left on device");
+    EXPECT_TRUE(unwritten.results.at(0).isComplete);
+    EXPECT_TRUE(folder.has("out.csv"));
+    folder.write("in.csv", "t,x\n0,1\n1,two\n");
+    const RunOutcome failed = jobWith(ReportOptions{.path = "/dev/full"}).run();
+    EXPECT_NE(failed.failure.find("two"), std::string::npos) << "what failed first is told";
+    ASSERT_EQ(failed.warnings.size(), 1u);
+    EXPECT_EQ(failed.warnings[0].getText(),
+              "report: warning: /dev/full: cannot be written: No space left on device");
+}
+
+TEST_F(ReportTest, TellsOfARunThatFailedMidway) {
+    folder.write("in.csv", "t,x\n0,1\n0.5,2\n1,three\n");
+    const json report = reportOf();
+    EXPECT_EQ(report["outcome"]["state"], "failed");
+    EXPECT_EQ(report["signals"][0]["samples"], 2);
+    EXPECT_NE(report["outcome"]["failure"].get<std::string>().find("three"), std::string::npos);
+}
+
+TEST_F(ReportTest, ASinkToWhichNothingCameHasAnEmptySignal) {
+    const json report =
+        reportOf({}, kSource +
+                         "  - {id: pulse, type: FilterThresholdLeveler, properties: {Thresholds: "
+                         "[[7, 8]], Levels: [[1]]}}\n" +
+                         kSink + "connections: [{from: in, to: pulse}, {from: pulse, to: out.x}]\n");
+    EXPECT_EQ(report["signals"][0]["samples"], 0);
+    EXPECT_EQ(report["signals"][0]["levels"], json::array());
+}
+
+} // namespace
