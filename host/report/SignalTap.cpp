@@ -4,8 +4,10 @@
 #include "framework/Quillmere.h"
 #include "host/graph/ManualShelf.h"
 #include "host/graph/UnitFinder.h"
+#include "host/plugins/KnownTypes.h"
 
 #include <algorithm>
+#include <set>
 
 namespace Quillmere::Host {
 
@@ -13,8 +15,8 @@ namespace {
 /// Of all signals together. What a page holds of a piece is two numbers of four bytes in base64, and an
 /// eighth more for the coarser levels: 20 MB at most.
 constexpr std::size_t kMostPieces = std::size_t{13} << 17;
-/// What a link of an output keeps that several blocks may take from at their own pace.
-constexpr std::uint32_t kRoomOfWatched = 4096;
+/// As many samples as a block sends in one step that makes times; room is made when it is needed.
+constexpr std::uint32_t kRoomOfWatched = 1U << 20;
 
 /// The names that a sink gives the columns of a pin.
 std::vector<std::string> columnNamesOf(const GraphDescription::Block& sink, const std::string& pin) {
@@ -28,6 +30,17 @@ std::vector<std::string> columnNamesOf(const GraphDescription::Block& sink, cons
         if (entry->value.isScalar()) names.push_back(entry->value.text);
     }
     return names;
+}
+
+/// As a sink there writes its rows: by time stamp behind a block that makes times, by round elsewhere.
+bool getIsBehindTimes(const Core::AbstractOutputPin* output,
+                      std::set<const Core::AbstractOutputPin*>& passed) {
+    if (output == nullptr || !passed.insert(output).second) return false;
+    if (getMakesTimes(output)) return true;
+    const auto& inputs = output->getManager()->getInputPins();
+    return std::any_of(inputs.begin(), inputs.end(), [&](const Core::AbstractInputPin* input) {
+        return getIsBehindTimes(input->getConnectedOutput(), passed);
+    });
 }
 
 bool getCarriesMatrices(const Core::AbstractOutputPin* output) {
@@ -67,6 +80,8 @@ SignalTap::Signal& SignalTap::add(const std::string& name, bool isWatched, Core:
     signal.input.setBufferCapacity(capacity);
     signal.input.setIsLifo(isNewestFirst);
     output.attach(signal.input, false);
+    std::set<const Core::AbstractOutputPin*> passed;
+    signal.isByStamp = getIsBehindTimes(&output, passed);
     return signal;
 }
 
@@ -83,16 +98,21 @@ void SignalTap::look(double streamTime) {
     lastTime = streamTime;
     for (Signal& signal : signals) {
         while (signal.input.hasData()) {
-            signal.curves.take(streamTime, signal.input.take());
+            take(signal, streamTime);
             if (!signal.isWatched) break;
         }
     }
 }
 
+void SignalTap::take(Signal& signal, double streamTime) {
+    const double time = signal.isByStamp ? signal.input.getTimeStamp() : streamTime;
+    signal.curves.take(time, signal.input.take());
+}
+
 void SignalTap::lookAtRest() {
     for (Signal& signal : signals)
         while (signal.input.hasData())
-            signal.curves.take(lastTime, signal.input.take());
+            take(signal, lastTime);
 }
 
 } // namespace Quillmere::Host

@@ -26,6 +26,8 @@ public:
         bool isWatched;
         Core::InputPin<Core::MatrixXd> input;
         SignalCurves curves;
+        /// Whether its times are its own and not the rounds', as behind a block that makes times.
+        bool isByStamp = false;
         std::string unit;                 ///< Empty where nobody knows it.
         std::vector<std::string> columns; ///< As the sink's settings name them; none where they don't.
     };
@@ -47,6 +49,7 @@ private:
     Signal& add(const std::string& name, bool isWatched, Core::AbstractOutputPin& output,
                 std::uint32_t capacity, bool isNewestFirst, std::size_t mostPieces);
     void findUnits(const Graph& graph);
+    static void take(Signal& signal, double streamTime);
 
     std::deque<Signal> signals; ///< Pins can't move.
     std::uint64_t rounds = 0;

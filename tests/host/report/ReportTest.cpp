@@ -131,6 +131,22 @@ TEST_F(ReportTest, HasWhatTheSinkGotWhenItGotIt) {
     EXPECT_EQ(folder.read("out.csv"), rows);
 }
 
+/// Frames of two rows, taken apart again: all of them in one round, each at its own time.
+TEST_F(ReportTest, HasTheTimesOfBlocksThatMakeTimes) {
+    folder.write("in.csv", "t,x\n0,1\n0.25,2\n0.5,3\n0.75,4\n");
+    const json report = reportOf(
+        {.watched = {"rows"}}, "format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: "
+                               "in.csv, time: t, frame: 2, "
+                               "pins: {x: [x]}}}\n  - {id: rows, type: Unframe, properties: {Rate: 4}}\n" +
+                                   kSink + "connections: [{from: in, to: rows}, {from: rows, to: out.x}]\n");
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.25,2\n0.5,3\n0.75,4\n");
+    for (const json& signal : report["signals"]) {
+        EXPECT_EQ(numbersOf(signal["levels"][0]["times"]), (Numbers{0, 0.25, 0.5, 0.75})) << signal["name"];
+        EXPECT_EQ(numbersOf(signal["levels"][0]["low"]), (Numbers{1, 2, 3, 4})) << signal["name"];
+    }
+    EXPECT_EQ(report["signals"].size(), 2u);
+}
+
 TEST_F(ReportTest, NoNameEndsUpAsMarkup) {
     const std::string evil = "</script><script>alert(1)</script><!--&\"'\\\u2028";
     const std::string text =
