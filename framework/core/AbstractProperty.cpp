@@ -13,7 +13,8 @@ void DefaultPropertyCatchAll::onUnknownVisitor(const AbstractProperty& property,
 }
 
 AbstractProperty::AbstractProperty(const std::string& name, PropertyBag* propertyBag)
-    : NamedObject(name), bag(propertyBag) {
+    : NamedObject(name), bag(propertyBag),
+      usualGate(propertyBag != nullptr ? propertyBag->findGate() : &PropertyBag::kNoGate) {
     if (bag != nullptr) bag->properties.push_back(this);
 }
 

@@ -7,6 +7,7 @@
 #include "framework/util/Functor.h"
 #include "framework/util/Visitor.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -64,6 +65,13 @@ public:
     /// The gate of the block that owns the bag, may be null. [any]
     Synchronizer* getSynchronizer() const { return bag != nullptr ? bag->getSynchronizer() : nullptr; }
 
+    /// Whether this thread is known to have that gate, as a block's steps have it; the answer costs two loads
+    /// and a compare. [any]
+    bool getIsGateOwn() const {
+        const Synchronizer* const gate = usualGate->load(std::memory_order_acquire);
+        return gate != nullptr && gate->getIsOwn();
+    }
+
     /// Binds what is called after a real change, or when a command fires; replaces what was bound. `object`
     /// is not owned and must outlive the setting. [any, guarded]
     template <class Object, class MemberFunction>
@@ -90,7 +98,8 @@ private:
     void tellObservers(void (PropertyObserver::*message)(const AbstractProperty&)) const;
 
     PropertyBag* const bag;
-    std::vector<PropertyObserver*> observers; ///< changed under the guard
+    const std::atomic<Synchronizer*>* const usualGate; ///< the block's
+    std::vector<PropertyObserver*> observers;          ///< changed under the guard
 };
 
 /// Stands around the store of a new value: tells of the change when it ends, unless the store failed. What a

@@ -36,7 +36,9 @@ AbstractOutputPin& PinManager::getOutputPin(const std::string& pinName) const {
 
 void PinManager::storeManager(LayoutManager* layout) {
     manager.store(layout, std::memory_order_release);
-    synchronizer.store(layout != nullptr ? &layout->getSynchronizer() : nullptr, std::memory_order_release);
+    Synchronizer* const gate = layout != nullptr ? &layout->getSynchronizer() : nullptr;
+    synchronizer.store(gate, std::memory_order_release);
+    gateOfSettings.store(getSynchronizer() == gate ? gate : nullptr, std::memory_order_release);
 }
 
 } // namespace Quillmere::Core

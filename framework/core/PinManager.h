@@ -41,6 +41,7 @@ protected:
 private:
     friend class AbstractInputPin;
     friend class AbstractOutputPin;
+    friend class PropertyBag;
 
     std::vector<AbstractInputPin*> inputs;
     std::vector<AbstractOutputPin*> outputs;
@@ -48,6 +49,8 @@ private:
     std::atomic<LayoutManager*> manager{nullptr};
     /// that of `manager`, kept so that a guard finds it in one load
     std::atomic<Synchronizer*> synchronizer{nullptr};
+    /// the same for its settings, which look here first; null where `getSynchronizer` tells another one
+    std::atomic<Synchronizer*> gateOfSettings{nullptr};
 };
 
 } // namespace Quillmere::Core

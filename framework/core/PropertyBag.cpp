@@ -7,6 +7,8 @@
 
 namespace Quillmere::Core {
 
+constinit const std::atomic<Synchronizer*> PropertyBag::kNoGate{nullptr};
+
 AbstractProperty* PropertyBag::find(const std::string& propertyName) const {
     for (AbstractProperty* const property : properties)
         if (property->getName() == propertyName) return property;

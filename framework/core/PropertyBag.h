@@ -3,6 +3,7 @@
 
 #include "framework/core/PinManager.h"
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,12 @@ public:
 private:
     friend class AbstractProperty;
 
+    /// Where the gate of the block stands, if it is that of its layout.
+    const std::atomic<Synchronizer*>* findGate() const {
+        return block != nullptr ? &block->gateOfSettings : &kNoGate;
+    }
+
+    static const std::atomic<Synchronizer*> kNoGate;
     PinManager* const block;
     std::vector<AbstractProperty*> properties;
 };

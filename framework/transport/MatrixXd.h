@@ -52,12 +52,36 @@ inline void resizeSample(MatrixXd& matrix, Eigen::Index rows, Eigen::Index cols)
     Private::changeShape(matrix, rows, cols);
 }
 
+namespace Private {
+/// One by one where a call would cost more: a load of several elements waits for stores of single ones, which
+/// the block before has just done.
+inline void copyElements(double* to, const double* from, Eigen::Index count) {
+    switch (count) {
+    case 4:
+        to[3] = from[3];
+        [[fallthrough]];
+    case 3:
+        to[2] = from[2];
+        [[fallthrough]];
+    case 2:
+        to[1] = from[1];
+        [[fallthrough]];
+    case 1:
+        to[0] = from[0];
+        [[fallthrough]];
+    case 0:
+        return;
+    default:
+        std::memcpy(to, from, static_cast<std::size_t>(count) * sizeof(double));
+    }
+}
+} // namespace Private
+
 /// Makes `to` a copy of `from`, shape and bits, reusing storage as `resizeSample` does and raising what it
 /// raises, with `to` as it was. [any]
 inline void copySample(MatrixXd& to, const MatrixXd& from) {
     resizeSample(to, from.rows(), from.cols());
-    if (from.size() > 0 && to.data() != from.data())
-        std::memcpy(to.data(), from.data(), static_cast<std::size_t>(from.size()) * sizeof(double));
+    if (to.data() != from.data()) Private::copyElements(to.data(), from.data(), from.size());
 }
 
 } // namespace Quillmere::Core

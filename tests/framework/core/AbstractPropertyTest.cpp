@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <thread>
 
 using namespace Support;
 using namespace TestBlocks;
@@ -84,6 +85,51 @@ TEST(AbstractPropertyTest, ItsGateIsThatOfTheBlocksLayout) {
     layout.add(block);
     EXPECT_EQ(setting.getSynchronizer(), &layout.getSynchronizer());
     EXPECT_EQ(alone.getSynchronizer(), nullptr);
+}
+
+TEST(AbstractPropertyTest, KnowsWhereverItsBlockIsWhetherThisThreadHasItsGate) {
+    Plain block("block");
+    LayoutManager layout("layout");
+    LayoutManager other("other");
+    const Bare setting("setting", &block.getPropertyBag());
+    const Bare alone("alone", nullptr);
+    EXPECT_FALSE(setting.getIsGateOwn()) << "there is none";
+    layout.add(block);
+    EXPECT_FALSE(setting.getIsGateOwn());
+    {
+        const Synchronizer::DisablerLocker guard(&layout.getSynchronizer(), nullptr);
+        EXPECT_TRUE(setting.getIsGateOwn());
+        EXPECT_FALSE(alone.getIsGateOwn());
+        std::thread([&] { EXPECT_FALSE(setting.getIsGateOwn()) << "another thread"; }).join();
+    }
+    other.add(block);
+    {
+        const Synchronizer::DisablerLocker guard(&layout.getSynchronizer(), nullptr);
+        EXPECT_FALSE(setting.getIsGateOwn()) << "that of its former layout";
+    }
+    block.action = [&] { EXPECT_TRUE(setting.getIsGateOwn()) << "in a step"; };
+    other.runStep();
+    other.remove(block);
+    const Synchronizer::DisablerLocker guard(&other.getSynchronizer(), nullptr);
+    EXPECT_FALSE(setting.getIsGateOwn()) << "it is in no layout any more";
+}
+
+TEST(AbstractPropertyTest, AGateOfTheBlocksOwnCountsAndNotThatOfItsLayout) {
+    class Own final : public Plain {
+    public:
+        using Plain::Plain;
+        Synchronizer* getSynchronizer() override { return &gate; }
+        Synchronizer gate;
+    };
+    Own block("block");
+    ValueProperty<double> setting("setting", &block.getPropertyBag());
+    LayoutManager layout("layout");
+    layout.add(block);
+    block.action = [&] {
+        EXPECT_FALSE(setting.getIsGateOwn());
+        EXPECT_EQ(setting.getValue(), 0.0) << "passes the block's gate, which is free";
+    };
+    layout.runStep();
 }
 
 TEST(AbstractPropertyTest, AChangeCallsTheHandlerThenTheObserversInTheirOrder) {

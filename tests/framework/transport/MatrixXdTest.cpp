@@ -138,4 +138,11 @@ TEST(MatrixXdTest, ACopyHasShapeAndBits) {
     }
     copySample(to, to);
     EXPECT_TRUE(agree(to, matrix({{1}, {2}}), same)) << "onto itself";
+    for (Eigen::Index elements = 0; elements < 12; ++elements) {
+        MatrixXd from(1, elements);
+        for (Eigen::Index i = 0; i < elements; ++i)
+            from(i) = 10.0 + static_cast<double>(i);
+        copySample(to, from);
+        EXPECT_TRUE(agree(to, from, same)) << elements << " elements";
+    }
 }
