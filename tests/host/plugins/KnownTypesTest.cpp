@@ -18,12 +18,14 @@ namespace Core = Quillmere::Core;
 using Core::MatrixXd;
 using Output = Core::OutputPin<MatrixXd>;
 
-/// A block of this project with a sender at each of its inputs.
+/// A block of this project with a sender at each of its inputs and somebody who takes at each output.
 class FedBlock {
 public:
     FedBlock(const BlockCatalogue& catalogue, const std::string& type) : block(catalogue.create(type, "b")) {
         for (Core::AbstractInputPin* const input : block->getInputPins())
             senders.emplace_back("sender", nullptr).attach(*input, true);
+        for (Core::AbstractOutputPin* const output : block->getOutputPins()) // some send only where one takes
+            output->attach(receivers.emplace_back("receiver", nullptr), true);
         Core::AbstractProperty* const pause = block->getPropertyBag().find("Pause");
         if (auto* const flag = dynamic_cast<Core::ValueProperty<bool>*>(pause)) flag->setValue(false);
     }
@@ -46,6 +48,7 @@ public:
 
 private:
     std::deque<Output> senders;
+    std::deque<Core::InputPin<MatrixXd>> receivers;
 };
 
 class KnownTypesTest : public testing::Test {
@@ -118,8 +121,11 @@ TEST_F(KnownTypesTest, BlocksTreatShapesAsTheTableSays) {
         EXPECT_EQ(fed.getLast().data.timeStamp, 5.0);
         EXPECT_EQ(fed.getLast().data.value.cols(), type.isTransform ? 1 : 3);
         if (!type.keepsShape) continue;
-        EXPECT_EQ(fed.block->getOutputPins().size(), 1U);
-        EXPECT_EQ(fed.getLast().data.value.rows(), 8);
+        for (std::size_t i = 0; i < fed.block->getOutputPins().size(); ++i) {
+            EXPECT_EQ(fed.getOutput(i).data.timeStamp, 5.0);
+            EXPECT_EQ(fed.getOutput(i).data.value.cols(), 3);
+            EXPECT_EQ(fed.getOutput(i).data.value.rows(), 8);
+        }
     }
 }
 

@@ -75,13 +75,14 @@ TEST_F(OwnTimesTest, WhatIsNotBehindThemStepsOnceARound) {
 }
 
 TEST_F(OwnTimesTest, ARateThatABlockMakesIsFollowed) {
-    EXPECT_EQ(run("format: 1\nblocks:\n"
-                  "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
-                  "  - {id: even, type: Resample, properties: {Rate: 20}}\n"
-                  "  - {id: mean, type: MovingStatistics, properties: {Samples: 1 s}}\n"
-                  "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
-                  "connections: [{from: in, to: even}, {from: even, to: mean}, {from: mean, to: out.x}]\n"),
-              "");
+    EXPECT_EQ(
+        run("format: 1\nblocks:\n"
+            "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
+            "  - {id: even, type: Resample, properties: {Rate: 20}}\n"
+            "  - {id: mean, type: MovingStatistics, properties: {Samples: 1 s}}\n"
+            "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+            "connections: [{from: in, to: even}, {from: even, to: mean}, {from: mean.out, to: out.x}]\n"),
+        "");
     ASSERT_EQ(outcome.conversions.size(), 1U);
     EXPECT_EQ(outcome.conversions[0].number, 20.0);
     const std::string table = folder.read("out.csv");
