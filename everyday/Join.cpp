@@ -46,11 +46,11 @@ void Join::process() {
 }
 
 void Join::poll() {
-    for (std::size_t i = 0; i < kMostOthers; ++i)
-        if (others[i]->hasData()) {
-            const MatrixXd& sample = others[i]->take();
-            lines[i].push(sample, others[i]->getTimeStamp(), kMostAhead);
-        }
+    for (std::size_t i = 0; i < kMostOthers; ++i) {
+        if (!others[i]->isAttached() || !others[i]->hasData()) continue;
+        const MatrixXd& sample = others[i]->take();
+        lines[i].push(sample, others[i]->getTimeStamp(), kMostAhead);
+    }
     if (!in1.hasData()) return;
     const MatrixXd& sample = in1.take();
     firsts.push(sample, in1.getTimeStamp(), kMostAhead);

@@ -136,34 +136,38 @@ void MovingWindow::takeBy(const double* sample, double* result) {
         position = 0;
     }
     const bool isWhole = count == length;
-    std::copy_n(sample, width, firsts.data() + position * width);
-    double* const nowFirst = newFirsts.data();
-    double* const nowSecond = newSeconds.data();
-    if (position == 0) {
-        for (std::size_t i = 0; i < width; ++i)
-            store<Rule>(Rule::lift(sample[i]), nowFirst, nowSecond, i);
-    } else {
-        const Weights weights(position, 1);
-        for (std::size_t i = 0; i < width; ++i)
-            store<Rule>(Rule::combine(load<Rule>(nowFirst, nowSecond, i), Rule::lift(sample[i]), weights),
-                        nowFirst, nowSecond, i);
-    }
+    double* const place = firsts.data() + position * width;
     ++position;
     if (!isWhole) ++count;
-    const auto all = static_cast<double>(count);
     const std::size_t older = isWhole ? length - position : 0; // of the round before
-    if (older == 0) {
-        for (std::size_t i = 0; i < width; ++i)
-            result[i] = Rule::finish(load<Rule>(nowFirst, nowSecond, i), all);
-        return;
-    }
-    const Weights weights(older, position);
-    const double* const oldFirst = firsts.data() + position * width;
+    const Weights ofSample(position - 1, 1);
+    const Weights ofRounds(older, position);
+    const auto all = static_cast<double>(count);
     const double* const oldSecond = Rule::kHasTwo ? seconds.data() + position * width : nullptr;
-    for (std::size_t i = 0; i < width; ++i)
-        result[i] = Rule::finish(
-            Rule::combine(load<Rule>(oldFirst, oldSecond, i), load<Rule>(nowFirst, nowSecond, i), weights),
-            all);
+    const auto takeEach = [&](auto gather, auto join) {
+        // None of them overlaps another; told so, the compiler takes several elements at once.
+        const double* __restrict const x = sample;
+        double* __restrict const kept = place;
+        double* __restrict const nowFirst = newFirsts.data();
+        double* __restrict const nowSecond = newSeconds.data();
+        double* __restrict const y = result;
+        for (std::size_t i = 0; i < width; ++i) {
+            kept[i] = x[i];
+            const State now = gather(load<Rule>(nowFirst, nowSecond, i), Rule::lift(x[i]));
+            store<Rule>(now, nowFirst, nowSecond, i);
+            y[i] = Rule::finish(join(now, i), all);
+        }
+    };
+    const auto begin = [](const State&, const State& x) { return x; };
+    const auto go = [&](const State& now, const State& x) { return Rule::combine(now, x, ofSample); };
+    const auto alone = [](const State& now, std::size_t) { return now; };
+    const auto withOlder = [&](const State& now, std::size_t i) {
+        return Rule::combine(load<Rule>(place + width, oldSecond, i), now, ofRounds);
+    };
+    if (position == 1)
+        older == 0 ? takeEach(begin, alone) : takeEach(begin, withOlder);
+    else
+        older == 0 ? takeEach(go, alone) : takeEach(go, withOlder);
 }
 
 /// The oldest sample of a round leaves the window with the first of the next one: its place needs nothing.

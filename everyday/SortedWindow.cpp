@@ -36,19 +36,20 @@ void SortedWindow::take(const double* sample, double* result) {
 double SortedWindow::takeOne(std::size_t element, double value) {
     double& place = samples[element * length + oldest];
     double* const first = sorted.data() + element * length;
-    std::size_t size = sizes[element];
-    const double leaving = place;
-    if (leaving == leaving) {
-        double* const at = std::lower_bound(first, first + size, leaving, isBefore);
-        std::copy(at + 1, first + size, at);
-        --size;
+    double* const end = first + sizes[element];
+    const bool hasLeaving = place == place;
+    const bool hasValue = value == value;
+    double* const from = hasLeaving ? std::lower_bound(first, end, place, isBefore) : end;
+    double* const to = hasValue ? std::lower_bound(first, end, value, isBefore) : end;
+    // Only what stands between the two places moves, towards the one that gets free.
+    if (hasValue && to <= from) {
+        std::copy_backward(to, from, from + 1);
+        *to = value;
+    } else if (hasLeaving) {
+        std::copy(from + 1, to, from);
+        if (hasValue) to[-1] = value;
     }
-    if (value == value) {
-        double* const at = std::lower_bound(first, first + size, value, isBefore);
-        std::copy_backward(at, first + size, first + size + 1);
-        *at = value;
-        ++size;
-    }
+    const std::size_t size = sizes[element] + (hasValue ? 1 : 0) - (hasLeaving ? 1 : 0);
     place = value;
     sizes[element] = size;
     if (size < count) return std::numeric_limits<double>::quiet_NaN();
