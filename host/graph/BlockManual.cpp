@@ -7,12 +7,16 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <fstream>
+#include <string>
 
 namespace Quillmere::Host {
 
 namespace {
 using RelativeTo = BlockManual::RelativeTo;
 using OutputRate = BlockManual::OutputRate;
+
+constexpr const char* kKeyLetters = "abcdefghijklmnopqrstuvwxyz";
 
 struct Relation {
     const char* word; ///< In a manual.
@@ -162,8 +166,35 @@ BlockManual BlockManual::fromValue(const Value& file, Complaints& complaints) {
     return manual;
 }
 
+namespace {
+/// Whether the line of a page begins one of its keys; a page in another style, as JSON, has none such.
+bool isKey(const std::string& line) {
+    const std::size_t end = std::min(line.find_first_not_of(kKeyLetters), line.size());
+    return end > 0 && line.compare(end, 1, ":") == 0;
+}
+
+/// The text of a page with nothing on the lines that graphs don't need, so that places stay. Most of a page
+/// is for people, and a graph would wait for it. Empty where it isn't sure what belongs to what.
+std::string partForGraphs(std::istream& page) {
+    std::string part;
+    bool isNeeded = false;
+    for (std::string line; std::getline(page, line); part += '\n') {
+        const bool goesOn =
+            line.empty() || line.front() == ' ' || line.front() == '#' || line.front() == '\r';
+        if (!goesOn && !isKey(line)) return {};
+        if (!goesOn) isNeeded = line.starts_with("rate:") || line.starts_with("units:");
+        if (isNeeded) part += line;
+    }
+    const bool hasReferences = part.find('*') != std::string::npos;
+    return hasReferences ? std::string() : part;
+}
+} // namespace
+
 BlockManual BlockManual::fromFile(const std::string& path, Complaints& complaints) {
-    const auto file = readValueFile(path, complaints);
+    std::ifstream page(path);
+    const std::string part = partForGraphs(page);
+    const auto file =
+        part.empty() ? readValueFile(path, complaints) : readValueText(part, path, true, complaints);
     return file ? fromValue(*file, complaints) : BlockManual{};
 }
 

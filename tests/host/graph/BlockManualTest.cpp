@@ -78,6 +78,27 @@ TEST_F(BlockManualTest, APlugInWithoutAFolderHasNone) {
     EXPECT_TRUE(complaints.isEmpty());
 }
 
+TEST_F(BlockManualTest, IsThatPartOfAPageWhateverElseStandsThere) {
+    const auto samplesOf = [&](const std::string& text) {
+        Complaints complaints;
+        const auto manual = BlockManual::fromFile(folder.write("Own.yaml", text), complaints);
+        EXPECT_TRUE(complaints.isEmpty()) << text;
+        return manual.settings.size();
+    };
+    const std::string rate = "rate:\n  # a remark\n\n  settings: {A: samples}\n";
+    EXPECT_EQ(samplesOf(rate), 1U);
+    EXPECT_EQ(samplesOf("text: |\n  rate:\n  settings: {B: samples}\n# rate:\n" + rate + "odd: [x]\n"), 1U);
+    EXPECT_EQ(samplesOf("text: |\r\n  x\r\n" + rate), 1U);
+    EXPECT_EQ(samplesOf("text: x\n"), 0U);
+    EXPECT_EQ(samplesOf("{\"text\": \"x\",\n\"rate\": {\"settings\": {\"A\": \"samples\"}}}\n"), 1U)
+        << "JSON";
+    EXPECT_EQ(samplesOf("---\nrate: {settings: {A: samples}}\n"), 1U);
+    EXPECT_EQ(samplesOf("text: &all {A: samples}\nrate: {settings: *all}\n"), 1U);
+    EXPECT_EQ(samplesOf("text: {broken\n" + rate), 1U) << "which is told to who reads the page";
+    EXPECT_EQ(complaintsOfManual("text: |\n  x\n\n  y\nrate: {settings: {A: hertz}}\n"),
+              "Own.yaml:5:22: found 'hertz'; expected nyquist, radians or samples");
+}
+
 TEST_F(BlockManualTest, WhatNoManualSaysIsComplainedOf) {
     EXPECT_EQ(complaintsOfManual(
                   "rate: {settings: {A: samples}, outputs: {x: same, y: {step: A}, z: {rate: A}}}\n"),
