@@ -105,10 +105,10 @@ TEST(ResampleTest, HoldsTheNewest) {
     Pairs even; // times that are meant to be one may differ in their last digits
     for (int n = 0; n < 200; ++n)
         even.push_back({1e9 + 0.01 * n, static_cast<double>(n)});
-    const Pairs same = run(feed, even);
-    ASSERT_EQ(same.size(), 199U);
-    for (std::size_t n = 0; n < same.size(); ++n)
-        EXPECT_EQ(same[n].value, static_cast<double>(n));
+    const Pairs held = run(feed, even);
+    ASSERT_EQ(held.size(), 199U);
+    for (std::size_t n = 0; n < held.size(); ++n)
+        EXPECT_EQ(held[n].value, static_cast<double>(n));
 }
 
 TEST(ResampleTest, DrawsNothingAcrossAGap) {
