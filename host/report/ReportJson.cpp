@@ -213,10 +213,12 @@ std::string bytesOf(const std::vector<double>& values) {
 
 std::string Blobs::add(const std::vector<double>& values, bool isExact) {
     const std::string bytes = isExact ? bytesOf<double>(values) : bytesOf<float>(values);
-    const std::string key = (isExact ? "f8" : "f4") + bytes;
+    std::string key(isExact ? "f8" : "f4");
+    key += bytes;
     const auto known = ids.find(key);
     if (known != ids.end()) return known->second;
-    const std::string id = "b" + std::to_string(count++);
+    std::string id("b");
+    id += std::to_string(count++);
     html += "<script type=\"text/plain\" id=\"" + id + "\">" + key.substr(0, 2);
     appendBase64(html, bytes);
     html += "</script>\n";

@@ -25,7 +25,7 @@ public:
     const std::string& getHtml() const { return html; }
 
 private:
-    std::map<std::string, std::string> ids; ///< By what is in them, as far as they are small.
+    std::map<std::string, std::string> ids; ///< By what is in them.
     std::string html;
     std::size_t count = 0;
 };
