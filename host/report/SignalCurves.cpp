@@ -7,9 +7,9 @@
 namespace Quillmere::Host {
 
 namespace {
-constexpr std::size_t kFewestPieces = 2048; // two for each pixel of a panel
-constexpr std::uint64_t kSparse = 5;        // rounds for each sample, at least
-constexpr double kUneven = 2.0;             // times the usual step
+constexpr std::size_t kFewestPieces = 256; // of a thousand columns; by which a course can still be seen
+constexpr std::uint64_t kSparse = 5;       // rounds for each sample, at least
+constexpr double kUneven = 2.0;            // times the usual step
 } // namespace
 
 void SignalCurves::take(double time, const Core::MatrixXd& sample) {

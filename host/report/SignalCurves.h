@@ -27,7 +27,7 @@ public:
     static constexpr std::size_t kMostCurves = 16;
     static constexpr std::size_t kMostColumns = 1024; ///< The elements behind them are left out.
 
-    /// `mostPieces` is for all columns together; none gets fewer than a screen is wide.
+    /// `mostPieces` is for all columns together; none gets fewer than show its course.
     explicit SignalCurves(std::size_t mostPieces) : most(mostPieces) {}
 
     /// A sample whose time isn't finite has no place, and is only counted. [run]
