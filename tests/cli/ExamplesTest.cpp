@@ -261,7 +261,9 @@ std::vector<std::string> callsIn(const std::string& document) {
     bool isShell = false;
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with("```")) isShell = line == "```sh";
-        if (!isShell || !(line.starts_with("quillmere ") || line.starts_with("sensor | "))) continue;
+        if (!isShell || !(line.starts_with("quillmere ") || line.starts_with("sensor | ") ||
+                          line.starts_with("python3 examples/simulate")))
+            continue;
         const auto has = [&](const char* what) { return line.find(what) != std::string::npos; };
         const bool isPaced = has("--live") && !has("sensor") && !has("--speed max");
         if (!isPaced && !has("quillmere ctl") && !has("--plugin")) calls.push_back(line);
