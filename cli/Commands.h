@@ -159,6 +159,7 @@ private:
     std::string summary;              ///< Where the outcome is written as JSON; empty for nowhere.
     std::string report;               ///< Where the page for a browser goes; the same.
     std::vector<std::string> watched; ///< Outputs that the page shows besides.
+    std::string picture;              ///< Where the results are drawn; the same.
     bool isLive = false;
     bool isQuiet = false;
     bool printsStatistics = false;

@@ -4,6 +4,7 @@
 #include "cli/GraphArguments.h"
 #include "host/description/ValueReader.h"
 #include "host/ends/RecordingException.h"
+#include "host/ends/StandardStream.h"
 #include "host/inspection/ClockChoice.h"
 #include "host/recording/RecordingForms.h"
 #include "host/recording/ResultMark.h"
@@ -52,8 +53,10 @@ std::unique_ptr<RecordingReader> openToLook(const std::string& file, const Inspe
     }
 }
 
-std::unique_ptr<RecordingReader> openToDraw(const std::string& file, InspectionSettings& said) {
-    if (!said.written.empty() || !ResultMark::getIsOfRun(file)) return openToLook(file, said);
+namespace {
+
+/// With the column `t` in seconds; null where that doesn't do.
+std::unique_ptr<RecordingReader> openAsResult(const std::string& file, InspectionSettings& said) {
     InspectionSettings asResult = said;
     Complaints complaints;
     GraphDescription::Setting setting;
@@ -66,9 +69,28 @@ std::unique_ptr<RecordingReader> openToDraw(const std::string& file, InspectionS
         static_cast<void>(chooseClock(*reader, asResult));
         said = std::move(asResult);
         return reader;
+    } catch (const InterruptedException&) {
+        throw;
     } catch (const HostException&) { // it calls its times otherwise
-        return openToLook(file, said);
+        return nullptr;
     }
+}
+
+} // namespace
+
+std::unique_ptr<RecordingReader> openToDraw(const std::string& file, InspectionSettings& said) {
+    if (!said.written.empty() || getIsStandardStream(file)) return openToLook(file, said);
+    std::unique_ptr<RecordingReader> reader;
+    if (ResultMark::getIsOfRun(file)) reader = openAsResult(file, said);
+    if (reader != nullptr) return reader;
+    try {
+        return openRecording(file, said.wishes);
+    } catch (const UnclearRecording&) {
+        reader = openAsResult(file, said); // which has lost its mark, as copies have
+        if (reader == nullptr) return openToLook(file, said);
+    }
+    std::cerr << "quillmere: " << file << ": the column 't': taken for seconds, as results have it\n";
+    return reader;
 }
 
 namespace {

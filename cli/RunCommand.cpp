@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
+#include "cli/RunPicture.h"
 #include "cli/RunReport.h"
 #include "cli/StopSignals.h"
 #include "cli/UsageError.h"
@@ -36,6 +37,7 @@ namespace {
 
 /// Between two looks how far a live run has come.
 constexpr std::chrono::milliseconds kBetweenLooks{100};
+constexpr const char* kPictureOption = "--picture";
 constexpr const char* kAsFastAsItCan = "max";
 constexpr const char* kReportOption = "--report";
 constexpr const char* kWatchOption = "--watch";
@@ -104,6 +106,9 @@ RunCommand::RunCommand(CLI::App& command) {
         ->type_name("BLOCK.PIN")
         ->allow_extra_args(false)
         ->needs(page);
+    command.add_option(kPictureOption, picture, "Draw the results, too, at the end of the run.")
+        ->type_name("FILE.svg|FILE.png")
+        ->check(checkFile);
     command.add_flag("--quiet", isQuiet, "Print neither progress nor a summary.");
     CLI::Option* const live = command.add_flag(
         "--live", isLive, "Run in real time, a thread for each layout; pipes are read as they come.");
@@ -152,6 +157,7 @@ ExitCode RunCommand::run() {
     const StopSignals signals; // a pipe that nobody writes is waited for before the run
     JobOptions options = jobOptions();
     options.stop = signals.getToken();
+    if (!picture.empty()) checkPicture(kPictureOption, picture, arguments.overwrites);
     BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
     // A reader that goes away is a failure to write, which ends the run in order.
     std::signal(SIGPIPE, SIG_IGN);
@@ -163,6 +169,7 @@ ExitCode RunCommand::run() {
         std::cerr << "quillmere: " << exception.what() << "\n";
         return kFailedMidway;
     }
+    if (!picture.empty()) keepFromPicture(kPictureOption, picture, job, report);
     printDoubts(job.check(mode));
     try {
         return runAndTell(std::move(job), start, signals.getToken());
@@ -175,13 +182,17 @@ ExitCode RunCommand::run() {
 ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point start,
                                 const std::stop_token& stop) const {
     ProgressLine progress(start, job.getGraph().getSources().empty());
-    std::ostream& told = getIsStandardStream(report) ? std::cerr : reportStream(job);
+    std::ostream& told =
+        getIsStandardStream(report) || getIsStandardStream(picture) ? std::cerr : reportStream(job);
+    std::optional<RunPicture> drawing;
+    if (!picture.empty()) drawing.emplace(job);
     const RunOutcome outcome =
         isLive ? runLive(std::move(job), progress, told, stop) : runOffline(job, progress, stop);
     progress.clear();
     if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start, told);
     printWarnings(outcome);
-    if (outcome.getIsWhole()) return kDone;
+    if (outcome.getIsWhole())
+        return !drawing || drawing->write(picture, arguments.overwrites) ? kDone : kFailedMidway;
     printFailure(outcome);
     return outcome.hasBegun || outcome.isInterrupted ? kFailedMidway : kNothingRun;
 }

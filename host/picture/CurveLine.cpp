@@ -36,11 +36,12 @@ public:
     void add(const Piece& piece) {
         const double middle = piece.firstTime + (piece.lastTime - piece.firstTime) / 2.0;
         const bool isLowFirst = piece.first - piece.smallest <= piece.largest - piece.first;
+        const auto addBeyond = [&](double value) { // what rises or falls all the way has no steps
+            if (value != piece.first && value != piece.last) add(middle, value);
+        };
         add(piece.firstTime, piece.first);
-        if (piece.count > 2) {
-            add(middle, isLowFirst ? piece.smallest : piece.largest);
-            add(middle, isLowFirst ? piece.largest : piece.smallest);
-        }
+        addBeyond(isLowFirst ? piece.smallest : piece.largest);
+        addBeyond(isLowFirst ? piece.largest : piece.smallest);
         if (piece.count > 1) add(piece.lastTime, piece.last);
     }
 

@@ -120,7 +120,9 @@ double PanelPainter::paintLegend() const {
 
 void PanelPainter::paintNumbers() const {
     const Scale up = scaleUp();
+    double widest = 0.0;
     for (const Tick& tick : numberTicks(place.low, place.high, mostTicks(place.bottom - place.top))) {
+        widest = std::max(widest, widthOf(tick.label, kSize));
         const double y = up.getPlace(tick.value);
         if (panel.kind == Panel::Kind::Curves)
             canvas.drawLine({{place.across.from, y}, {place.across.to, y}}, {.colour = Palette::kGrid});
@@ -132,7 +134,7 @@ void PanelPainter::paintNumbers() const {
     if (unit.empty()) return;
     Canvas::Letters upward = letters(Anchor::Middle);
     upward.isUpward = true;
-    canvas.write({16.0, (place.top + place.bottom) / 2.0}, unit, upward);
+    canvas.write({place.across.from - widest - 14.0, (place.top + place.bottom) / 2.0}, unit, upward);
 }
 
 void PanelPainter::paintAxis() const {

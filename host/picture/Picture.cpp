@@ -131,7 +131,7 @@ private:
 Panel panelOf(const Picture& picture, const std::vector<std::string>& wishes) {
     Panel panel;
     std::vector<std::string> units;
-    std::vector<std::size_t> tables;
+    std::vector<std::string> names;
     for (const std::string& wish : wishes) {
         for (std::size_t table = 0; table < picture.tables.size(); ++table) {
             const std::vector<Curve>& curves = picture.tables[table].curves;
@@ -143,7 +143,7 @@ Panel panelOf(const Picture& picture, const std::vector<std::string>& wishes) {
                 item.label = curves[i].name;
                 const bool isLevel = curves[i].getStyle(picture.tables[table].rows) == Curve::Style::Level;
                 if (!isLevel) units.push_back(curves[i].unit);
-                tables.push_back(table);
+                names.push_back(curves[i].name);
                 (isLevel ? panel.levels : panel.curves).push_back(std::move(item));
             }
         }
@@ -153,14 +153,19 @@ Panel panelOf(const Picture& picture, const std::vector<std::string>& wishes) {
     };
     if (!units.empty() && !differs(units)) panel.unit = units.front();
     for (std::vector<Panel::Item>* const items : {&panel.curves, &panel.levels})
-        for (Panel::Item& item : *items)
-            if (differs(tables)) item.label += " (" + picture.getTable(item).name + ")";
+        for (Panel::Item& item : *items) {
+            const std::string& name = picture.getCurve(item).name;
+            if (std::count(names.begin(), names.end(), name) < 2) continue;
+            const std::string& file = picture.getTable(item).name;
+            item.label += " (" + file.substr(0, file.rfind('.')) + ")";
+        }
     const std::string pin = panel.curves.empty() ? "" : pinOf(picture.getCurve(panel.curves.front()).name);
     const bool isOfPin = std::all_of(panel.curves.begin(), panel.curves.end(), [&](const Panel::Item& item) {
         return !pin.empty() && pinOf(picture.getCurve(item).name) == pin;
     });
     if (isOfPin && panel.curves.size() >= kFewestRowsOfHeat) panel.kind = Panel::Kind::Heat;
     if (isOfPin) panel.title = pin;
+    if (panel.curves.size() == 1) panel.title = panel.curves.front().label;
     return panel;
 }
 

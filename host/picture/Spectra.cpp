@@ -21,7 +21,7 @@ const Envelope::Piece& pieceAt(const Envelope& envelope, double time) {
 
 std::string timeLabel(double time, const std::string& clock) {
     char text[40];
-    std::snprintf(text, sizeof text, "%.6g", time);
+    std::snprintf(text, sizeof text, "%.4g", time);
     return clock == "s" ? std::string(text) + " s" : clock + " " + text;
 }
 

@@ -6,6 +6,7 @@
 #include "host/ends/ResultEnd.h"
 #include "host/ends/Sink.h"
 #include "host/recording/ResultColumns.h"
+#include "host/recording/RowWatcher.h"
 #include "host/recording/TableForm.h"
 #include "host/recording/TableWriter.h"
 
@@ -49,6 +50,10 @@ public:
     void setGathersByTime(bool flag) override { gathersByTime = flag; }
     bool getHoldsRows() const override { return table->getHoldsRows(); }
     void handOver() override { table->flush(); }
+    /// Lets somebody look at the rows, who isn't owned; null for nobody. Requires: not open. [setup]
+    void setWatcher(RowWatcher* looker) { watcher = looker; }
+    /// What its columns are called. Requires: its links are made. [setup]
+    std::vector<TableWriter::Group> getGroups() const { return columns.getGroups(inputs); }
     void giveUp() override { table->giveUp(); }
     void setStop(const std::stop_token& token) override { stop = token; }
     void finish() override;
@@ -76,6 +81,7 @@ private:
 
     std::stop_token stop;
     std::unique_ptr<TableWriter> table;
+    RowWatcher* watcher = nullptr;
     ResultAccount account;
     /// Of the row that is being written, null where nothing came.
     std::vector<const Core::MatrixXd*> samples;

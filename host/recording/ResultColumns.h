@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "framework/core/Api.h"
 #include "framework/transport/InputPin.h"
 #include "host/description/GraphDescription.h"
 #include "host/recording/TableWriter.h"
@@ -17,7 +18,7 @@ namespace Quillmere::Host {
 
 /// What the columns of a result are called: that of the time, and for each pin those of its elements, by
 /// names or counted, with units or without.
-class ResultColumns {
+class QUILLMERE_API ResultColumns {
 public:
     using Pins = std::deque<Core::InputPin<Core::MatrixXd>>;
 

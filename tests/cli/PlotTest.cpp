@@ -145,7 +145,7 @@ TEST_F(PlotCommand, SeveralFilesShareAPage) {
     EXPECT_EQ(ended.exitCode, 0) << ended.err;
     const std::string svg = folder.read("both.svg");
     for (const char* const text :
-         {">acc_x (walk.csv)</text>", ">acc_x (calm.csv)</text>", ">before and after</text>"})
+         {">acc_x (walk)</text>", ">acc_x (calm)</text>", ">before and after</text>"})
         EXPECT_NE(svg.find(text), std::string::npos) << text;
 }
 

@@ -50,6 +50,16 @@ TEST(CurveLine, IsBrokenAtGapsAndWhereThereIsNoNumber) {
     EXPECT_EQ(line.lines[2].front().x, 30.0);
 }
 
+TEST(CurveLine, WhatRisesHasNoSteps) {
+    Samples samples;
+    for (int i = 0; i < 100'000; ++i)
+        samples.emplace_back(i * 0.01, i * 0.01);
+    const CurveLine line = lineOf(envelopeOf(samples), Style::Line, kAsItIs, kAsItIs);
+    ASSERT_EQ(line.lines.size(), 1u);
+    for (const Canvas::Point& point : line.lines[0])
+        ASSERT_NEAR(point.y, point.x, 1e-9);
+}
+
 TEST(CurveLine, OfMarksNothingIsJoined) {
     const CurveLine line = lineOf(envelopeOf({{0, 1}, {1, 2}, {2, 3}}), Style::Marks, kAsItIs, kAsItIs);
     EXPECT_TRUE(line.lines.empty());

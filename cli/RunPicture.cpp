@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+#include "cli/RunPicture.h"
+
+#include "cli/SideFile.h"
+#include "cli/UsageError.h"
+#include "host/ends/StandardStream.h"
+#include "host/picture/PictureFile.h"
+#include "host/text/Counted.h"
+
+#include <filesystem>
+#include <iostream>
+#include <utility>
+#include <vector>
+
+namespace Cli {
+
+using namespace Quillmere::Host;
+
+namespace {
+
+ResultOptions optionsOf(bool overwrites) {
+    return {.overwrites = overwrites, .looksOwn = getIsPicture};
+}
+
+/// The place that a name leads to, of a file that needn't be there yet.
+std::string placeOf(const std::string& path) {
+    std::error_code error;
+    const auto place = std::filesystem::weakly_canonical(std::filesystem::absolute(path), error);
+    return error ? path : place.string();
+}
+
+} // namespace
+
+void checkPicture(const std::string& option, const std::string& path, bool overwrites) {
+    Complaints complaints;
+    pictureFormOf(path, {option}, complaints);
+    if (!complaints.isEmpty()) throw UsageError(complaints.getSorted().front());
+    checkSideFile(option, path, optionsOf(overwrites));
+}
+
+void keepFromPicture(const std::string& option, const std::string& path, const Job& job,
+                     const std::string& report) {
+    const auto keep = [&](const std::string& file, const std::string& what) {
+        if (file.empty()) return;
+        keepFromSideFile(option, path, file, what);
+        if (getIsStandardStream(path) ? getIsStandardStream(file) : placeOf(path) == placeOf(file))
+            throw UsageError({{option}, what + " '" + file + "'", "a file of its own"});
+    };
+    keep(job.getDescription().path, "the graph");
+    keep(job.getOptions().summary, "the summary");
+    keep(report, "the report");
+    for (const std::string& plugin : job.getCatalogue().getPluginPaths())
+        keep(plugin, "the plug-in");
+    for (const Graph::Node& node : job.getGraph().getNodes()) {
+        if (node.file == nullptr) continue;
+        if (node.source != nullptr && getIsStandardStream(node.file->getPath())) continue;
+        keep(node.file->getPath(), node.source == nullptr ? "the result" : "the recording");
+        for (const FileEnd::File& file : node.file->getFiles())
+            keep(file.name, node.source == nullptr ? "the result" : "the recording");
+    }
+}
+
+RunPicture::RunPicture(Job& job) : title(job.getDescription().name) {
+    if (title.empty()) title = std::filesystem::path(job.getDescription().path).filename().string();
+    for (const Graph::Node& node : job.getGraph().getNodes())
+        if (auto* const sink = dynamic_cast<RecordingSink*>(node.block.get())) results.emplace_back(*sink);
+}
+
+bool RunPicture::write(const std::string& path, bool overwrites) const {
+    std::vector<CurveTable> tables;
+    std::size_t columnsLeftOut = 0;
+    for (const ResultCurves& result : results) {
+        tables.push_back(result.getTable());
+        columnsLeftOut += tables.back().columnsLeftOut;
+    }
+    const Picture picture = arrange(std::move(tables), {.title = title});
+    if (!picture.getTimes()) {
+        std::cerr << "quillmere: "
+                  << Complaint({}, "no numbers to draw in the results", "some, for --picture").getText()
+                  << "\n";
+        return false;
+    }
+    if (columnsLeftOut > 0 || picture.panelsLeftOut > 0)
+        std::cerr << "quillmere: the picture leaves out " << counted(columnsLeftOut, "column") << " and "
+                  << counted(picture.panelsLeftOut, "panel") << " too many\n";
+    Complaints complaints;
+    const auto form = pictureFormOf(path, {"--picture"}, complaints);
+    return form && writeSideFile(path, optionsOf(overwrites), drawPicture(picture, *form));
+}
+
+} // namespace Cli

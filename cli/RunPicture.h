@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/picture/ResultCurves.h"
+#include "host/run/Job.h"
+
+#include <deque>
+#include <string>
+
+namespace Cli {
+
+/// Raise `UsageError` where the picture of a run couldn't be written, or is a file that the run has for
+/// something else.
+void checkPicture(const std::string& option, const std::string& path, bool overwrites);
+void keepFromPicture(const std::string& option, const std::string& path, const Quillmere::Host::Job& job,
+                     const std::string& report);
+
+/// Gathers what the sinks of a run write, and draws it. It looks on rather than reading the results again:
+/// what went into a pipe is gone, and a result may be read, moved or replaced by then.
+class RunPicture {
+public:
+    /// Requires: the job hasn't begun, and isn't checked for another mode any more.
+    explicit RunPicture(Quillmere::Host::Job& job);
+
+    /// False, with a message, where it can't be written. Requires: the run has ended.
+    bool write(const std::string& path, bool overwrites) const;
+
+private:
+    std::string title;
+    std::deque<Quillmere::Host::ResultCurves> results; ///< Sinks point to them.
+};
+
+} // namespace Cli
