@@ -117,18 +117,17 @@ TEST_F(ReportTest, ChangesNothingOfTheRun) {
     EXPECT_TRUE(outcome.warnings.empty());
 }
 
-/// What a buffer holds back comes to the sink in later rounds, and to the report as well.
+/// Three samples a step, of which a buffer of four keeps the newest, and hands out one a round.
 TEST_F(ReportTest, HasWhatTheSinkGotWhenItGotIt) {
-    folder.write("in.csv", "t,x\n0,1\n1,2\n2,3\n3,4\n");
-    const json report =
-        reportOf({}, kSource + kSink + "connections: [{from: in, to: out.x, buffer: 3, order: newest}]\n");
-    std::string rows = "t,x[0]\n";
+    const json report = reportOf(
+        {}, kSource + "  - {id: three, type: OddThrice}\n" + kSink +
+                "connections: [{from: in, to: three}, {from: three, to: out.x, buffer: 4, order: newest}]\n");
     const Numbers times = numbersOf(report["signals"][0]["levels"][0]["times"]);
-    const Numbers values = numbersOf(report["signals"][0]["levels"][0]["low"]);
-    for (std::size_t i = 0; i < times.size(); ++i)
-        rows += std::to_string(static_cast<int>(times[i])) + "," +
-                std::to_string(static_cast<int>(values[i])) + "\n";
-    EXPECT_EQ(folder.read("out.csv"), rows);
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1.75\n0.5,-1.25\n1,3.75\n1,3.5\n1,3.25\n1,-1.5\n");
+    EXPECT_EQ(report["signals"][0]["samples"], 6);
+    EXPECT_EQ(times, (Numbers{0, 0.5, 1}));
+    EXPECT_EQ(numbersOf(report["signals"][0]["levels"][0]["low"]), (Numbers{1.75, -1.25, -1.5}));
+    EXPECT_EQ(numbersOf(report["signals"][0]["levels"][0]["high"]), (Numbers{1.75, -1.25, 3.75}));
 }
 
 /// Frames of two rows, taken apart again: all of them in one round, each at its own time.
