@@ -412,10 +412,10 @@ TEST(GraphTextTest, RandomGraphsReadBack) {
 TEST(GraphTextTest, EveryExampleReadsBack) {
     std::size_t graphs = 0;
     for (const auto& file : std::filesystem::recursive_directory_iterator(EXAMPLES)) {
-        if (file.path().extension() != ".yaml") continue;
+        const bool isPage = file.path().parent_path().filename() == "manual"; // of a block
+        if (file.path().extension() != ".yaml" || isPage) continue;
         std::ostringstream text;
         text << std::ifstream(file.path()).rdbuf();
-        if (text.str().find("blocks:") == std::string::npos) continue;
         expectReadsBack(read(text.str()));
         ++graphs;
     }
