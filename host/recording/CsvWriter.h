@@ -40,7 +40,7 @@ public:
     /// Ends the row. Requires: at least one cell was written since the last row ended.
     void endRow() {
         cursor[-1] = '\n';
-        ++rows;
+        if (!hasFailed) ++rows; // behind a failure a row gets into the file no more
     }
 
     /// Whether anything waits in the buffer.

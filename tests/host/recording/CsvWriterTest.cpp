@@ -75,4 +75,21 @@ TEST(CsvWriter, EveryDoubleComesBackWithItsBits) {
     EXPECT_EQ(next, wanted.size());
 }
 
+TEST(CsvWriter, ARowThatEndsBehindAFailureDoesNotCount) {
+    ResultFile file("/dev/full");
+    CsvWriter writer(file);
+    writer.writeHeader({"t", "x"});
+    const auto writeRow = [&] {
+        writer.writeNumber(1.0);
+        writer.writeEmpty();
+        writer.endRow();
+    };
+    writeRow();
+    EXPECT_EQ(writer.getRows(), 1u);
+    EXPECT_ANY_THROW(writer.flush());
+    EXPECT_EQ(writer.getRows(), 0u) << "nothing is in the file";
+    writeRow();
+    EXPECT_EQ(writer.getRows(), 0u);
+}
+
 } // namespace
