@@ -27,7 +27,7 @@ public:
 
     void begin(const Rules& newRules);
     /// Takes the next value; a not-a-number is no value, and ends what came before. True where a peak is
-    /// decided by it, which is then in `found`. Requires: places grow.
+    /// decided by it, which is then in `found`. Requires: no place lies before the last.
     bool take(double place, double value, Peak& found);
     /// The last peak, which no later one can take the place of any more; true if there is one.
     bool end(Peak& found);

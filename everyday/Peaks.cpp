@@ -57,7 +57,7 @@ Everyday::PeakFinder::Rules Peaks::getRules() const {
 }
 
 void Peaks::follow(double value, double time) {
-    if (isNew || !(time > lastTime)) finder.begin(getRules());
+    if (isNew || !(time >= lastTime)) finder.begin(getRules());
     isNew = false;
     lastTime = time;
     Peak peak;

@@ -20,7 +20,7 @@
 /// There each is refined by the parabola through the highest value and its two neighbours, and nothing is
 /// sent of a spectrum without a peak. `PeakFinder` tells what a peak is: "Height", "Prominence" and
 /// "Distance" (seconds or hertz). Sent with the time stamp of the sample that decides; a time stamp that
-/// doesn't grow, or is no number, forgets what came before it. An empty sample is dropped. "Reset" and
+/// goes back, or is no number, forgets what came before it. An empty sample is dropped. "Reset" and
 /// another "Axis", "Height", "Prominence" or "Distance" start anew.
 class Peaks final : public Filter {
 public:

@@ -136,11 +136,26 @@ TEST(PeaksTest, OddCourses) {
     EXPECT_EQ(timesOf(feed, {-5, -3, -5}), Times{1});
 }
 
+TEST(PeaksTest, TimesThatRepeatBreakNothing) {
+    Peaks block("peaks");
+    Feed feed(block);
+    feed.set("Prominence", 1.0);
+    const std::vector<std::pair<double, double>> course{{0, 0},   {0.1, 1}, {0.2, 3}, {0.2, 3},
+                                                        {0.3, 1}, {0.4, 0}, {0.5, 4}, {0.6, 0}};
+    for (const auto& [time, value] : course) {
+        feed.give("in", matrix({{value}}), time);
+        feed.step();
+    }
+    ASSERT_EQ(feed.sent().size(), 2U);
+    EXPECT_TRUE(agree(feed.sent()[0].value, matrix({{0.2, 3}}), same));
+    EXPECT_TRUE(agree(feed.sent()[1].value, matrix({{0.5, 4}}), same));
+}
+
 TEST(PeaksTest, StartsAnew) {
     Peaks block("peaks");
     Feed feed(block);
     timesOf(feed, {0, 1, 2});
-    feed.give("in", matrix({{1}}), 2.0); // no later than the one before
+    feed.give("in", matrix({{1}}), 1.5); // earlier than the one before
     feed.step();
     feed.give("in", MatrixXd(0, 3), 9.0);
     feed.step();
