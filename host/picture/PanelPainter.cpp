@@ -19,6 +19,7 @@ constexpr double kTitleSize = 12.5;
 constexpr double kBox = 11.0;    ///< Of a lane's height.
 constexpr double kSample = 18.0; ///< The piece of a line that a legend shows.
 constexpr double kBetweenNames = 16.0;
+constexpr double kBetweenNumbers = 8.0;
 constexpr std::size_t kMostTicksAcross = 10;
 
 /// What curves are told by; beyond as many as there are colours by dashes too.
@@ -31,6 +32,22 @@ Canvas::Pen penOf(std::size_t index, double width) {
 
 Canvas::Letters letters(Anchor anchor, Canvas::Colour colour = Palette::kText) {
     return {.size = PanelPainter::kSize, .anchor = anchor, .colour = colour};
+}
+
+/// As many as have room beside each other.
+TimeTicks ticksAcross(const Scale& across, bool isOfTime) {
+    TimeTicks times;
+    for (std::size_t most = kMostTicksAcross; most >= 2; --most) {
+        if (isOfTime)
+            times = timeTicks(across.low, across.high, most);
+        else
+            times.ticks = numberTicks(across.low, across.high, most);
+        double width = 0.0;
+        for (const Tick& tick : times.ticks)
+            width = std::max(width, widthOf(tick.label, PanelPainter::kSize) + kBetweenNumbers);
+        if (width * static_cast<double>(times.ticks.size()) < across.to - across.from) break;
+    }
+    return times;
 }
 
 } // namespace
@@ -140,11 +157,7 @@ void PanelPainter::paintNumbers() const {
 void PanelPainter::paintAxis() const {
     const double end = place.lanesEnd;
     const bool isOfTime = panel.axis.empty() && picture.getClock() == "s";
-    TimeTicks times;
-    if (isOfTime)
-        times = timeTicks(place.across.low, place.across.high, kMostTicksAcross);
-    else
-        times.ticks = numberTicks(place.across.low, place.across.high, kMostTicksAcross);
+    const TimeTicks times = ticksAcross(place.across, isOfTime);
     for (const Tick& tick : times.ticks) {
         const double x = place.across.getPlace(tick.value);
         if (panel.kind == Panel::Kind::Curves)

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <string_view>
 #include <vector>
 
@@ -22,11 +21,8 @@ constexpr std::size_t kLabels = 18;  // characters in front of a strip
 constexpr std::size_t kMostTall = 6; // strips that get the whole height
 constexpr std::size_t kRowsOfHeat = 8;
 
-std::string numberText(double value) {
-    char text[40];
-    std::snprintf(text, sizeof text, "%.4g", value);
-    return text;
-}
+/// The part of a range by which its numbers may be wrong.
+constexpr double kCoarse = 0.01;
 
 /// Put at the end of the labels' room, or cut.
 std::string label(const std::string& text) {
@@ -35,6 +31,12 @@ std::string label(const std::string& text) {
     const auto letters = static_cast<std::size_t>(std::count_if(
         shown.begin(), shown.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u; }));
     return std::string(kLabels - 1 - std::min(letters, kLabels - 1), ' ') + shown + " ";
+}
+
+/// The number that stands beside a name is whole whatever the name takes.
+std::string namedNumber(const std::string& name, const std::string& number) {
+    const std::size_t room = kLabels - 2 - std::min(number.size(), kLabels - 6);
+    return printable(name, name.size() > room ? room - 3 : room) + " " + number;
 }
 
 std::string trimmed(std::string line) {
@@ -90,11 +92,16 @@ private:
         Panel alone;
         alone.curves.push_back(item);
         const auto extremes = extremesOf(picture, alone);
+        std::string top, bottom;
         if (extremes) {
             const auto [low, high] = verticalOf(picture, alone);
             const bool isConstant = !(extremes->first < extremes->second);
             const Scale whole{isConstant ? low : extremes->first, isConstant ? high : extremes->second,
                               static_cast<double>(field.getHeight() - 1), 0.0};
+            const auto ends =
+                telling({whole.high, whole.low}, isConstant ? 6 : 4, kCoarse * (whole.high - whole.low));
+            top = ends.front();
+            bottom = ends.back();
             const Scale across = acrossOf(panel, static_cast<double>(field.getWidth() - 1));
             const CurveLine line =
                 lineOf(curve.envelope, curve.getStyle(picture.getTable(item).rows), across, whole);
@@ -104,14 +111,12 @@ private:
             for (const Canvas::Point& point : line.points)
                 field.set(point);
         }
-        for (std::size_t row = 0; row < rowsOfStrip; ++row) {
-            std::string front;
-            if (extremes && row == 0) front = numberText(extremes->second);
-            if (extremes && row + 1 == rowsOfStrip) front = numberText(extremes->first);
-            if (row == (rowsOfStrip > 2 ? 1 : 0))
-                front = rowsOfStrip > 2 ? item.label : item.label + " " + front;
-            text += trimmed(label(front) + field.getRow(row));
-        }
+        std::vector<std::string> fronts(rowsOfStrip);
+        fronts[1] = item.label;
+        fronts.front() = rowsOfStrip > 2 ? top : namedNumber(item.label, top);
+        fronts.back() = bottom;
+        for (std::size_t row = 0; row < rowsOfStrip; ++row)
+            text += trimmed(label(fronts[row]) + field.getRow(row));
     }
 
     void addLane(const Panel& panel, const Panel::Item& item) {
@@ -145,6 +150,7 @@ private:
                 value = std::max(value, piece.largest);
                 largest = std::max(largest, piece.largest);
             }
+        const std::vector<std::string> names = heatLabels(panel);
         for (std::size_t row = kRowsOfHeat; row-- > 0;) {
             std::string line;
             double last = 0.0;
@@ -155,10 +161,26 @@ private:
                 const double part = largest > 0.0 ? last / largest : 0.0;
                 line += (isUtf8 ? kShades : kPlain)[static_cast<std::size_t>(std::lround(4.0 * part))];
             }
-            const double below = panel.rowsBegin +
-                                 std::round(static_cast<double>(row * count) / kRowsOfHeat) * panel.rowsApart;
-            text += trimmed(label(numberText(below)) + line);
+            text += trimmed(label(names[row]) + line);
         }
+    }
+
+    /// Of each row the lowest curve that is drawn there.
+    static std::vector<std::string> heatLabels(const Panel& panel) {
+        const std::size_t count = panel.curves.size();
+        std::vector<double> lowest;
+        std::vector<std::size_t> rows;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t row = i * kRowsOfHeat / count;
+            if (!rows.empty() && rows.back() == row) continue;
+            rows.push_back(row);
+            lowest.push_back(panel.rowsBegin + static_cast<double>(i) * panel.rowsApart);
+        }
+        const std::vector<std::string> texts = telling(lowest, 4, kCoarse * panel.rowsApart);
+        std::vector<std::string> labels(kRowsOfHeat);
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            labels[rows[i]] = texts[i];
+        return labels;
     }
 
     void addAxis(const Panel& panel) {

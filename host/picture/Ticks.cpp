@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 
 namespace Quillmere::Host {
 
@@ -44,10 +45,28 @@ std::vector<double> multiples(double low, double high, double step) {
     return values;
 }
 
-std::string labelOf(double value, double step, double largest) {
-    if (largest >= 1e6 || largest < 1e-4) return formatted("%.*g", 6, value);
-    const int digits = std::clamp(static_cast<int>(std::ceil(-std::log10(step) - 1e-9)), 0, 12);
-    return formatted("%.*f", digits, value);
+/// The next smaller one of 1, 2 or 5 times a power of ten.
+double smallerStep(double step) {
+    return roundStep(step, 3);
+}
+
+/// Two at least, where numbers so close together can be told apart: one alone tells no scale.
+std::vector<double> roundNumbers(double low, double high, double& step) {
+    std::vector<double> values = multiples(low, high, step);
+    for (int i = 0; i < 4 && values.size() < 2; ++i) {
+        step = smallerStep(step);
+        values = multiples(low, high, step);
+    }
+    return values;
+}
+
+std::vector<std::string> labelsOf(const std::vector<double>& values, double step, double largest) {
+    if (largest >= 1e6 || largest < 1e-4) return telling(values, 6, 1e-3 * step);
+    const int digits = std::clamp(static_cast<int>(std::ceil(-std::log10(step) - 1e-9)), 0, 20);
+    std::vector<std::string> labels;
+    for (const double value : values)
+        labels.push_back(formatted("%.*f", digits, value));
+    return labels;
 }
 
 /// `1:05` of 65 and 60, `2:30` of 9000 and 3600: what is whole, and what of the next smaller unit is left.
@@ -59,15 +78,43 @@ std::string clockLabel(double seconds, double unit) {
     return text;
 }
 
+std::vector<std::string> inDigits(const std::vector<double>& values, int digits) {
+    std::vector<std::string> texts;
+    for (const double value : values)
+        texts.push_back(formatted("%.*g", digits, value));
+    return texts;
+}
+
 } // namespace
 
+std::vector<std::string> telling(const std::vector<double>& values, int fewest, double error) {
+    constexpr int kAll = 17;       // tell any two doubles apart
+    constexpr int kUnnoticed = 15; // show no rounding
+    const auto getTells = [&](const std::vector<std::string>& texts) {
+        return std::equal(texts.begin(), texts.end(), values.begin(),
+                          [&](const std::string& text, double value) {
+                              return std::fabs(std::strtod(text.c_str(), nullptr) - value) <= error;
+                          });
+    };
+    int digits = fewest;
+    while (digits < kAll && !getTells(inDigits(values, digits)))
+        ++digits;
+    const bool isLarge = std::any_of(values.begin(), values.end(), [&](double value) {
+        return std::fabs(value) >= std::pow(10.0, digits);
+    });
+    // Many digits are compared more easily without a power of ten.
+    return inDigits(values, isLarge && digits > fewest && digits < kUnnoticed ? kUnnoticed : digits);
+}
+
 std::vector<Tick> numberTicks(double low, double high, std::size_t most) {
-    const double step = roundStep(high - low, most);
+    double step = roundStep(high - low, most);
     if (!std::isnormal(step)) return {};
+    const std::vector<double> values = roundNumbers(low, high, step);
     const double largest = std::max(std::fabs(low), std::fabs(high));
+    const std::vector<std::string> labels = labelsOf(values, step, largest);
     std::vector<Tick> ticks;
-    for (const double value : multiples(low, high, step))
-        ticks.push_back({value, labelOf(value, step, largest)});
+    for (std::size_t i = 0; i < values.size(); ++i)
+        if (ticks.empty() || ticks.back().label != labels[i]) ticks.push_back({values[i], labels[i]});
     return ticks;
 }
 
@@ -86,10 +133,12 @@ TimeTicks timeTicks(double from, double to, std::size_t most) {
         result.form = "days";
         return result;
     }
-    const auto found = std::find_if(kClockSteps.begin(), kClockSteps.end(), [&](double candidate) {
+    auto found = std::find_if(kClockSteps.begin(), kClockSteps.end() - 1, [&](double candidate) {
         return range / candidate <= static_cast<double>(most);
     });
-    const double step = found == kClockSteps.end() ? kClockSteps.back() : *found;
+    while (found != kClockSteps.begin() && multiples(from, to, *found).size() < 2)
+        --found;
+    const double step = *found;
     // Hours where minutes would be many, unless seconds count.
     const double unit = longest > kLongInMinutes && step >= 60.0 ? 3600.0 : 60.0;
     for (const double value : multiples(from, to, step))

@@ -29,6 +29,23 @@ TEST(Ticks, NumbersAreRoundAndAsManyAsFit) {
     EXPECT_EQ(labels(numberTicks(0.0, 3e-7, 3)), "0 1e-07 2e-07 3e-07");
 }
 
+TEST(Ticks, ASingleNumberTellsNoScale) {
+    EXPECT_EQ(labels(numberTicks(-0.9, 0.9, 3)), "-0.5 0.0 0.5");
+    EXPECT_EQ(labels(numberTicks(0.5, 9.5, 3)), "2 4 6 8");
+    EXPECT_EQ(labels(numberTicks(3.875, 4.125, 3)), "3.9 4.0 4.1");
+    EXPECT_EQ(labels(timeTicks(301.0, 359.0, 2).ticks), "5:15 5:30 5:45");
+}
+
+TEST(Ticks, NumbersHaveAsManyDigitsAsTellThem) {
+    EXPECT_EQ(labels(numberTicks(1565090000000.0, 1565090000030.0, 3)),
+              "1565090000000 1565090000010 1565090000020 1565090000030");
+    EXPECT_EQ(labels(numberTicks(1e15 + 2, 1e15 + 5, 3)),
+              "1000000000000002 1000000000000003 1000000000000004 1000000000000005");
+    EXPECT_EQ(labels(numberTicks(1.00000002e-5, 1.00000005e-5, 3)),
+              "1.00000002e-05 1.00000003e-05 1.00000004e-05 1.00000005e-05");
+    EXPECT_EQ(labels(numberTicks(1.0, 1.0 + 1.9e-13, 2)), "1.0000000000000 1.0000000000001");
+}
+
 TEST(Ticks, TimesHaveStepsOfAClock) {
     const auto told = [](double from, double to) {
         const TimeTicks times = timeTicks(from, to, 7);
@@ -54,12 +71,14 @@ TEST(Ticks, LieWithinAnyRangeAndDiffer) {
         if (!(high - low > 1e-9 * std::fabs(low))) continue;
         for (const std::vector<Tick>& ticks : {numberTicks(low, high, 6), timeTicks(low, high, 6).ticks}) {
             EXPECT_LE(ticks.size(), 8u) << low << " " << high;
+            EXPECT_GE(ticks.size(), 2u) << low << " " << high;
             const double room = 1e-5 * (high - low);
             for (std::size_t k = 0; k < ticks.size(); ++k) {
                 EXPECT_GE(ticks[k].value, low - room);
                 EXPECT_LE(ticks[k].value, high + room);
                 if (k > 0) {
                     EXPECT_GT(ticks[k].value, ticks[k - 1].value);
+                    EXPECT_NE(ticks[k].label, ticks[k - 1].label);
                 }
             }
         }
