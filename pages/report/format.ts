@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 
 /** Six digits, without zeros at the end: more than a screen shows of a curve. */
-export function digits(value: number | null | undefined): string {
+export function digits(value: number | null | undefined, count = 6): string {
     if (value === null || value === undefined) return "–";
     if (!Number.isFinite(value)) return Number.isNaN(value) ? "nan" : value > 0 ? "inf" : "-inf";
     const size = Math.abs(value);
-    if (size !== 0 && (size < 1e-4 || size >= 1e9)) return value.toExponential(4).replace(/\.?0+e/, "e");
-    return String(Number(value.toPrecision(6)));
+    if (size !== 0 && (size < 1e-4 || size >= 1e9)) return value.toExponential(count - 2).replace(/\.?0+e/, "e");
+    return String(Number(value.toPrecision(count)));
 }
 
 export function counted(count: number, one: string, many = one + "s"): string {
@@ -24,6 +24,34 @@ export function clock(seconds: number, step: number, isLong: boolean): string {
     const minutes = Math.floor((whole % 3600) / 60);
     const rest = (whole % 60).toFixed(places).padStart(places > 0 ? places + 3 : 2, "0");
     return `${sign}${hours}:${String(minutes).padStart(2, "0")}:${rest}`;
+}
+
+/** Labels with as few digits as say where the ticks stand: steps of 2.5 need one more than those of 2 and 5. */
+function exactLabels(ticks: number[], step: number, fewest: number,
+    write: (tick: number, count: number) => string): string[] {
+    const most = 17; // more tell no two numbers apart
+    for (let count = fewest; ; ++count) {
+        const labels = ticks.map((tick) => write(tick, count));
+        const isExact = labels.every((label, i) => Math.abs(Number(label) - (ticks[i] ?? 0)) <= 1e-3 * step);
+        if (isExact || count >= most) return labels;
+    }
+}
+
+export function timeLabels(ticks: number[], step: number, isLong: boolean): string[] {
+    if (isLong) return ticks.map((tick) => clock(tick, step, isLong));
+    return exactLabels(ticks, step, 0, (tick, count) => tick.toFixed(count));
+}
+
+/** Letters for which there is room beside an axis. */
+const mostLetters = 9;
+
+/** Where numbers in full are too long, as of a ripple on a large one: about the lowest, and the ways from there. */
+export function valueLabels(ticks: number[], step: number): string[] {
+    const plain = ticks.map((tick) => digits(tick));
+    const labels = exactLabels(ticks, step, 6, digits);
+    if (labels.every((label, i) => label === plain[i] || label.length <= mostLetters)) return labels;
+    const lowest = ticks[0] ?? 0;
+    return ticks.map((tick, i) => i === 0 ? `≈${digits(tick)}` : `+${digits(Math.round((tick - lowest) / step) * step)}`);
 }
 
 /** Steps between times that are read as hours, minutes and seconds. */

@@ -114,9 +114,12 @@ export function drawMap(plot: uPlot, signal: Signal, view: View): void {
     ctx.restore();
 }
 
-/** A bucket's own time. Of a sample what lies before its time, back to the one before it, but not over a gap. */
+/** A bucket's own time. A sample reaches halfway to its neighbours, but not over a gap, and as far where it has none. */
 function reach(level: Level, index: number, period: number): [number, number] {
     const time = timeOf(level, index);
     if (level.step > 0) return [time, time + level.step];
-    return [Math.max(index > 0 ? timeOf(level, index - 1) : -Infinity, time - 1.5 * (period || 1)), time];
+    const usual = period || 1;
+    const half = (other: number): number => other < 0 || other >= level.count
+        ? usual / 2 : Math.min(Math.abs(timeOf(level, other) - time) / 2, usual);
+    return [time - half(index - 1), time + half(index + 1)];
 }

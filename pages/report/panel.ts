@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 import uPlot from "uplot";
-import {clock, clockSteps, counted, digits, longTime, make} from "./format";
+import {clock, clockSteps, counted, digits, longTime, make, timeLabels, valueLabels} from "./format";
 import {drawMap, mapRange, mapScale} from "./heatmap";
 import {sliceOf, valuesAt} from "./levels";
 import {drawMarks} from "./marks";
@@ -187,10 +187,12 @@ export class Panel {
             },
             scales: {x: {time: false, range: () => [view.begin, view.end]}, y: this.scaleOfValues()},
             axes: [
-                {...axis, ...(isLong ? {incrs: clockSteps} : {}), size: 28, grid: {...grid, show: signal.kind !== "map"}, values: (_, ticks, __, ___, step) => ticks.map((tick) => clock(tick, step, isLong))},
+                {...axis, ...(isLong ? {incrs: clockSteps} : {}), size: 28, grid: {...grid, show: signal.kind !== "map"},
+                    values: (_, ticks, __, ___, step) => timeLabels(ticks, step, isLong)},
                 // Empty beside marks: so the times of all panels stand below each other.
                 {...axis, size: 64, grid: {...grid, show: signal.kind === "curves"},
-                    values: (_, ticks) => ticks.map((tick) => signal.kind === "marks" ? "" : digits(tick)),
+                    values: (_, ticks, __, ___, step) =>
+                        signal.kind === "marks" ? ticks.map(() => "") : valueLabels(ticks, step),
                     ticks: {...axis.ticks, show: signal.kind !== "marks"}},
             ],
             series: [{}, ...series],

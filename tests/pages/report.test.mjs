@@ -234,6 +234,59 @@ describe("a panel", () => {
     });
 });
 
+test("labels of an axis say where its ticks stand, and differ", async () => {
+    const page = await browser.newPage({viewport: {width: 1200, height: 900}});
+    await page.addInitScript(() => {
+        globalThis.labels = [];
+        const write = CanvasRenderingContext2D.prototype.fillText;
+        CanvasRenderingContext2D.prototype.fillText = function fillText(text, x, y, ...more) {
+            globalThis.labels.push({text, x, y, isTime: this.textAlign === "center"});
+            write.call(this, text, x, y, ...more);
+        };
+    });
+    await page.goto(pathToFileURL(join(folder, "ripple.html")).href);
+    await show(page, page.locator("#signal-0"));
+    const labels = await page.evaluate(() => globalThis.labels);
+    const distinct = (list) => new Map(list.map((label) => [`${label.x} ${label.y}`, label.text]));
+    const times = [...distinct(labels.filter(({isTime}) => isTime)).values()].map(Number);
+    assert.ok(times.includes(7.5), times.join());
+    times.forEach((time, i) => assert.equal(time, 2.5 * i, times.join()));
+    const values = [...distinct(labels.filter(({isTime}) => !isTime)).values()];
+    assert.ok(values.length > 2, values.join());
+    assert.equal(new Set(values).size, values.length, values.join());
+    assert.equal(values[0], "≈1.41421");
+    assert.match(values[1], /^\+[125]e-9$/);
+    await page.close();
+});
+
+test("a map shows every sample, the first and the last as well", async () => {
+    const {page} = await open("six.html");
+    const panel = page.locator("#signal-0");
+    await show(page, panel);
+    const over = await panel.locator(".u-over").boundingBox();
+    const whole = await panel.locator("canvas").boundingBox();
+    const widths = await panel.locator("canvas").evaluate((canvas, [left, width, y]) => {
+        const copy = new OffscreenCanvas(canvas.width, canvas.height).getContext("2d", {willReadFrequently: true});
+        copy.drawImage(canvas, 0, 0);
+        const {data} = copy.getImageData(left, y, width, 1);
+        const runs = [];
+        for (let i = 0; i < data.length; i += 4) {
+            const colour = data.slice(i, i + 3).join();
+            if (runs.at(-1)?.colour === colour) ++runs.at(-1).width;
+            else runs.push({colour, width: 1});
+        }
+        return runs.map((run) => run.width).filter((width) => width > 2); // without blended edges
+    }, [Math.round(over.x - whole.x), Math.round(over.width), Math.round(over.y - whole.y + over.height / 2)]);
+    assert.equal(widths.length, 6, widths.join());
+    // The axis goes from the first time to the last one, so half of these two is seen.
+    const step = over.width / 5;
+    widths.forEach((width, i) => {
+        const expected = i === 0 || i === 5 ? step / 2 : step;
+        assert.ok(Math.abs(width - expected) < 4, widths.join());
+    });
+    await page.close();
+});
+
 test("prints on paper, in light, with every panel", async () => {
     const {page, odd} = await open("events.html", "dark");
     await page.evaluate(() => addEventListener("beforeprint", () => {
