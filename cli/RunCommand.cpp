@@ -18,6 +18,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -72,6 +74,18 @@ std::string checkDuration(const std::string& text) {
 
 std::string checkFile(const std::string& text) {
     return text.empty() ? refusal(text, "the name of a file, or -") : "";
+}
+
+/// A browser goes by the name, and so does whoever gets the page.
+void checkPageName(const std::string& path) {
+    if (getIsStandardStream(path) || path.starts_with("/dev/")) return;
+    std::string ending = std::filesystem::path(path).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    if (ending == ".html" || ending == ".htm") return;
+    throw UsageError({{kReportOption},
+                      "the report '" + printable(path, kLongestName) + "'",
+                      "a name that ends in .html or .htm"});
 }
 
 std::string checkSpeed(const std::string& text) {
@@ -143,6 +157,7 @@ std::shared_ptr<RunObserver> RunCommand::observer() const {
     std::error_code error; // of what isn't there, which can't be the same
     if (report == summary || std::filesystem::equivalent(report, summary, error))
         throw UsageError({{kReportOption}, std::string("the file of ") + kSummaryOption, "another one"});
+    checkPageName(report);
     return std::make_shared<Report>(
         ReportOptions{.path = report,
                       .watched = watched,
@@ -155,6 +170,8 @@ std::shared_ptr<RunObserver> RunCommand::observer() const {
 ExitCode RunCommand::run() {
     const ProgressLine::Clock::time_point start = ProgressLine::Clock::now();
     const StopSignals signals; // a pipe that nobody writes is waited for before the run
+    if (!picture.empty() && !report.empty()) keepFromOutput(kPictureOption, picture, report, "the report");
+    if (!picture.empty() && !summary.empty()) keepFromOutput(kPictureOption, picture, summary, "the summary");
     JobOptions options = jobOptions();
     options.stop = signals.getToken();
     if (!picture.empty()) checkPicture(kPictureOption, picture, arguments.overwrites);
@@ -169,7 +186,7 @@ ExitCode RunCommand::run() {
         std::cerr << "quillmere: " << exception.what() << "\n";
         return kFailedMidway;
     }
-    if (!picture.empty()) keepFromPicture(kPictureOption, picture, job, report);
+    if (!picture.empty()) keepFromPicture(kPictureOption, picture, job);
     printDoubts(job.check(mode));
     try {
         return runAndTell(std::move(job), start, signals.getToken());

@@ -6,6 +6,7 @@
 #include "host/ends/StandardStream.h"
 #include "host/picture/PictureFile.h"
 #include "host/text/Counted.h"
+#include "host/text/Printable.h"
 
 #include <filesystem>
 #include <iostream>
@@ -38,25 +39,39 @@ void checkPicture(const std::string& option, const std::string& path, bool overw
     checkSideFile(option, path, optionsOf(overwrites));
 }
 
-void keepFromPicture(const std::string& option, const std::string& path, const Job& job,
-                     const std::string& report) {
+void keepFromOutput(const std::string& option, const std::string& path, const std::string& file,
+                    const std::string& what) {
+    std::error_code error; // of what isn't there, whose name may still be the same
+    const bool isSame = getIsStandardStream(path) ? getIsStandardStream(file)
+                                                  : placeOf(path) == placeOf(file) ||
+                                                        std::filesystem::equivalent(path, file, error);
+    if (!isSame) return;
+    throw UsageError({{option},
+                      "the name '" + printable(file, kLongestName) + "', which " + what + " has too",
+                      "a name of its own for each output"});
+}
+
+void keepFromPicture(const std::string& option, const std::string& path, const Job& job) {
     const auto keep = [&](const std::string& file, const std::string& what) {
-        if (file.empty()) return;
         keepFromSideFile(option, path, file, what);
-        if (getIsStandardStream(path) ? getIsStandardStream(file) : placeOf(path) == placeOf(file))
+        if (getIsStandardStream(path) && getIsStandardStream(file))
             throw UsageError({{option}, what + " '" + file + "'", "a file of its own"});
     };
-    keep(job.getDescription().path, "the graph");
-    keep(job.getOptions().summary, "the summary");
-    keep(report, "the report");
+    if (!job.getDescription().path.empty()) keep(job.getDescription().path, "the graph");
     for (const std::string& plugin : job.getCatalogue().getPluginPaths())
         keep(plugin, "the plug-in");
     for (const Graph::Node& node : job.getGraph().getNodes()) {
         if (node.file == nullptr) continue;
         if (node.source != nullptr && getIsStandardStream(node.file->getPath())) continue;
-        keep(node.file->getPath(), node.source == nullptr ? "the result" : "the recording");
+        const auto keepFrom = [&](const std::string& file) {
+            if (node.source == nullptr)
+                keepFromOutput(option, path, file, "the result");
+            else
+                keep(file, "the recording");
+        };
+        keepFrom(node.file->getPath());
         for (const FileEnd::File& file : node.file->getFiles())
-            keep(file.name, node.source == nullptr ? "the result" : "the recording");
+            keepFrom(file.name);
     }
 }
 

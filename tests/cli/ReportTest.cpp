@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 namespace {
@@ -43,13 +44,29 @@ TEST_F(ReportOption, IsRefusedWhereThereIsNoneBeforeAnythingRuns) {
         "recordings as fast as they can be read\n");
     EXPECT_EQ(call({"run", "g.yaml", "--report", "r.html", "--summary-json", "r.html"}).err,
               "quillmere: --report: found the file of --summary-json; expected another one\n");
+    std::filesystem::create_hard_link(folder.path("in.csv"), folder.path("in.html"));
     EXPECT_EQ(
-        call({"run", "g.yaml", "--report", "in.csv", "--overwrite"}).err,
-        "--report in.csv: found the file 'in.csv', which 'in' reads; expected a file that the run has for "
+        call({"run", "g.yaml", "--report", "in.html", "--overwrite"}).err,
+        "--report in.html: found the file 'in.html', which 'in' reads; expected a file that the run has for "
         "nothing else\n");
     EXPECT_EQ(call({"run", "g.yaml", "--watch", "gain"}).exitCode, 2) << "nobody would see it";
     EXPECT_FALSE(folder.has("out.csv"));
     EXPECT_FALSE(folder.has("r.html"));
+}
+
+TEST_F(ReportOption, HasTheNameOfAPage) {
+    for (const std::string name : {"day.pdf", "day.png", "day", "html", "day.html.gz"}) {
+        const Ended ended = call({"run", "g.yaml", "--report", name});
+        EXPECT_EQ(ended.exitCode, 2);
+        EXPECT_EQ(ended.err, "quillmere: --report: found the report '" + name +
+                                 "'; expected a name that ends in .html or .htm\n");
+        EXPECT_FALSE(folder.has(name));
+    }
+    EXPECT_FALSE(folder.has("out.csv")) << "nothing has run";
+    for (const std::string name : {"day.htm", "DAY.HTML"}) {
+        EXPECT_EQ(call({"run", "g.yaml", "--report", name}).exitCode, 0);
+        EXPECT_TRUE(folder.has(name));
+    }
 }
 
 TEST_F(ReportOption, OnAFullDiskTheRunFailsAndItsResultIsWhole) {

@@ -97,6 +97,21 @@ TEST_F(RunPicture, IsNoFileOfTheRun) {
     EXPECT_FALSE(getIsThere("out.csv")) << "nothing has run";
 }
 
+TEST_F(RunPicture, SaysWhichOutputHasItsName) {
+    const auto refusal = [](const std::string& name, const std::string& output) {
+        return "quillmere: --picture: found the name '" + name + "', which the " + output +
+               " has too; expected a name of its own for each output\n";
+    };
+    EXPECT_EQ(run({"g.yaml", "--picture", "p.png", "--report", "p.png"}).err, refusal("p.png", "report"));
+    folder.write("p.png", "");
+    EXPECT_EQ(run({"g.yaml", "--picture", "p.png", "--report", "p.png"}).err, refusal("p.png", "report"))
+        << "also where there is one";
+    EXPECT_EQ(run({"g.yaml", "--picture", "./p.svg", "--summary-json", "p.svg"}).err,
+              refusal("p.svg", "summary"));
+    EXPECT_EQ(run({"g.yaml", "--picture", "p.svg", "--output", "out=p.svg"}).err, refusal("p.svg", "result"));
+    EXPECT_EQ(run({"g.yaml", "--picture", "-", "--report", "-"}).err, refusal("-", "report"));
+}
+
 TEST_F(RunPicture, ResultsStayWhereItCantBeWritten) {
     folder.write("in.csv", "t,x\n0,1\n0.5,2\n1,3\n");
     const Ended ended = run({"g.yaml", "--picture", "/dev/full"});
