@@ -130,7 +130,8 @@ PictureWishes PlotArguments::getPictureWishes(const std::vector<std::string>& fi
         const std::vector<std::string> ends = split(band);
         const auto low = ends.size() == 2 ? numberAndRest(ends[0]) : std::nullopt;
         const auto high = ends.size() == 2 ? numberAndRest(ends[1]) : std::nullopt;
-        if (!low || !high || !(low->first < high->first)) refuse("--band", band, "two numbers, as in 1,15");
+        if (!low || !high) refuse("--band", band, "two numbers, as in 1,15");
+        if (!(low->first < high->first)) refuse("--band", band, "the lower number first, as in 1,15");
         wishes.lowestRow = low->first;
         wishes.highestRow = high->first;
     }

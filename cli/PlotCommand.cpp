@@ -12,6 +12,7 @@
 #include "host/picture/RecordingCurves.h"
 #include "host/picture/TextPage.h"
 #include "host/text/Counted.h"
+#include "host/text/Printable.h"
 
 #include <CLI/CLI.hpp>
 
@@ -19,10 +20,12 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <deque>
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace Cli {
@@ -34,7 +37,28 @@ namespace {
 constexpr const char* kOutputOption = "--output";
 
 ResultOptions optionsOf(bool overwrites) {
-    return {.overwrites = overwrites, .looksOwn = getIsPicture};
+    return {.overwrites = overwrites, .looksOwn = getIsPicture, .isOfGraph = false};
+}
+
+std::string numberText(double number) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.6g", number);
+    return text;
+}
+
+/// Why a picture is empty.
+Complaint nothingDrawn(const Picture& picture, const PictureWishes& wishes, std::uint64_t rows) {
+    for (const Panel& panel : picture.panels) {
+        if (panel.kind != Panel::Kind::Heat || !panel.curves.empty()) continue;
+        const std::string unit = panel.rowsUnit.empty() ? "" : " " + panel.rowsUnit;
+        return {{"--band"},
+                "no column of the spectra between " + numberText(wishes.lowestRow) + " and " +
+                    numberText(wishes.highestRow) + unit,
+                "a part of 0 to " + numberText(panel.rowsEnd) + unit};
+    }
+    return {{},
+            "no numbers to draw in " + counted(rows, "row"),
+            "some, between --start and --end where these are given"};
 }
 
 } // namespace
@@ -75,6 +99,14 @@ ExitCode PlotCommand::run() {
     std::vector<CurveTable> tables;
     try {
         if (!open(said, wishes, opened)) return kNothingRun;
+    } catch (const InterruptedException& exception) {
+        std::cerr << "quillmere: " << exception.what() << "\n";
+        return kFailedMidway;
+    } catch (const RecordingException& exception) {
+        std::cerr << "quillmere: " << exception.what() << "\n";
+        return kNothingRun;
+    }
+    try {
         for (const Opened& one : opened) {
             ProgressLine progress(ProgressLine::Clock::now(), false);
             const auto tell = [&](const InspectionProgress& now) {
@@ -124,6 +156,13 @@ bool PlotCommand::open(const InspectionSettings& said, const CurveWishes& wishes
         one.reader = openToDraw(file, one.said);
         if (one.reader == nullptr) return false;
         one.curves = std::make_unique<RecordingCurves>(*one.reader, one.said, wishes);
+        const std::optional<std::size_t> time = one.curves->getClock().column;
+        // Nobody has said so, and a table has its times first as a rule.
+        if (time.value_or(0) > 0 && said.wishes.time.empty() && wishes.across.empty() &&
+            !one.reader->getHasOwnTimes())
+            std::cerr << "quillmere: " << file << ": the column '"
+                      << printable(one.reader->getColumns()[*time].name, kLongestName)
+                      << "': taken for the time; '--set time=NAME' says another\n";
     }
     std::vector<std::string> known;
     for (const Opened& one : opened)
@@ -136,22 +175,16 @@ bool PlotCommand::open(const InspectionSettings& said, const CurveWishes& wishes
 
 ExitCode PlotCommand::draw(std::vector<CurveTable> tables, const PictureWishes& wishes) const {
     std::uint64_t rows = 0;
-    std::size_t columnsLeftOut = 0;
-    for (const CurveTable& table : tables) {
+    for (const CurveTable& table : tables)
         rows += table.rows;
-        columnsLeftOut += table.columnsLeftOut;
-    }
     const Picture picture = arrange(std::move(tables), wishes);
     if (!picture.getTimes()) {
-        const Complaint complaint({}, "no numbers to draw in " + counted(rows, "row"),
-                                  "some, between --start and --end where these are given");
-        std::cerr << "quillmere: " << complaint.getText() << "\n";
+        std::cerr << "quillmere: " << nothingDrawn(picture, wishes, rows).getText() << "\n";
         return kFailedMidway;
     }
-    if (columnsLeftOut > 0 || picture.panelsLeftOut > 0)
-        std::cerr << "quillmere: " << counted(columnsLeftOut, "column") << " and "
-                  << counted(picture.panelsLeftOut, "panel")
-                  << " too many are left out; --columns says which to draw\n";
+    if (const std::string leftOut = picture.getLeftOut(); !leftOut.empty())
+        std::cerr << "quillmere: the picture leaves out " << leftOut
+                  << " too many; --columns says which to draw\n";
     if (isText) std::cout << pictureAsText(picture, getTextWidth(), getShowsUtf8());
     if (output.empty()) return kDone;
     Complaints complaints;

@@ -18,6 +18,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <iostream>
 #include <utility>
 
@@ -55,15 +56,36 @@ std::unique_ptr<RecordingReader> openToLook(const std::string& file, const Inspe
 
 namespace {
 
-/// With the column `t` in seconds; null where that doesn't do.
-std::unique_ptr<RecordingReader> openAsResult(const std::string& file, InspectionSettings& said) {
+constexpr std::size_t kMostOfName = 10'000;
+
+/// The name of a table's first column, as a result has it.
+std::string firstColumnOf(const std::string& file) {
+    std::ifstream table(file);
+    std::string name;
+    bool isQuoted = false;
+    for (char c = 0; name.size() < kMostOfName && table.get(c) && c != '\n' && (c != ',' || isQuoted);) {
+        if (c == '"') {
+            isQuoted = !isQuoted;
+            // A quote in a name is written twice.
+            if (isQuoted && !name.empty()) name += c;
+        } else {
+            name += c;
+        }
+    }
+    return name;
+}
+
+/// With that column in seconds; null where that doesn't do.
+std::unique_ptr<RecordingReader> openAsResult(const std::string& file, const std::string& time,
+                                              InspectionSettings& said) {
     InspectionSettings asResult = said;
     Complaints complaints;
     GraphDescription::Setting setting;
     setting.name = "time";
-    setting.value = readValueText("t", "--set time=t", false, complaints).value();
+    setting.value = valueOf(time);
     asResult.take(std::move(setting), complaints);
     asResult.finish(complaints);
+    if (!complaints.isEmpty()) return nullptr;
     try {
         std::unique_ptr<RecordingReader> reader = openRecording(file, asResult.wishes);
         static_cast<void>(chooseClock(*reader, asResult));
@@ -81,12 +103,12 @@ std::unique_ptr<RecordingReader> openAsResult(const std::string& file, Inspectio
 std::unique_ptr<RecordingReader> openToDraw(const std::string& file, InspectionSettings& said) {
     if (!said.written.empty() || getIsStandardStream(file)) return openToLook(file, said);
     std::unique_ptr<RecordingReader> reader;
-    if (ResultMark::getIsOfRun(file)) reader = openAsResult(file, said);
+    if (ResultMark::getIsOfRun(file)) reader = openAsResult(file, firstColumnOf(file), said);
     if (reader != nullptr) return reader;
     try {
         return openRecording(file, said.wishes);
     } catch (const UnclearRecording&) {
-        reader = openAsResult(file, said); // which has lost its mark, as copies have
+        reader = openAsResult(file, "t", said); // which has lost its mark, as copies have
         if (reader == nullptr) return openToLook(file, said);
     }
     std::cerr << "quillmere: " << file << ": the column 't': taken for seconds, as results have it\n";

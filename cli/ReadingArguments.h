@@ -19,8 +19,9 @@ Quillmere::Host::InspectionSettings readingSettingsOf(const std::vector<std::str
 std::unique_ptr<Quillmere::Host::RecordingReader> openToLook(const std::string& file,
                                                              const Quillmere::Host::InspectionSettings& said);
 
-/// The same of what may be a result, whose column `t` counts seconds whatever these look like: of one that a
-/// run has left, and, with a note, where its times would be unclear otherwise. `said` says so then.
+/// The same of what may be a result, whose times count seconds whatever these look like: the first column of
+/// one that a run has left, and, with a note, a column `t` where the times would be unclear otherwise. `said`
+/// says so then.
 std::unique_ptr<Quillmere::Host::RecordingReader> openToDraw(const std::string& file,
                                                              Quillmere::Host::InspectionSettings& said);
 

@@ -5,7 +5,6 @@
 #include "cli/UsageError.h"
 #include "host/ends/StandardStream.h"
 #include "host/picture/PictureFile.h"
-#include "host/text/Counted.h"
 #include "host/text/Printable.h"
 
 #include <filesystem>
@@ -83,11 +82,8 @@ RunPicture::RunPicture(Job& job) : title(job.getDescription().name) {
 
 bool RunPicture::write(const std::string& path, bool overwrites) const {
     std::vector<CurveTable> tables;
-    std::size_t columnsLeftOut = 0;
-    for (const ResultCurves& result : results) {
+    for (const ResultCurves& result : results)
         tables.push_back(result.getTable());
-        columnsLeftOut += tables.back().columnsLeftOut;
-    }
     const Picture picture = arrange(std::move(tables), {.title = title});
     if (!picture.getTimes()) {
         std::cerr << "quillmere: "
@@ -95,9 +91,8 @@ bool RunPicture::write(const std::string& path, bool overwrites) const {
                   << "\n";
         return false;
     }
-    if (columnsLeftOut > 0 || picture.panelsLeftOut > 0)
-        std::cerr << "quillmere: the picture leaves out " << counted(columnsLeftOut, "column") << " and "
-                  << counted(picture.panelsLeftOut, "panel") << " too many\n";
+    if (const std::string leftOut = picture.getLeftOut(); !leftOut.empty())
+        std::cerr << "quillmere: the picture leaves out " << leftOut << " too many\n";
     Complaints complaints;
     const auto form = pictureFormOf(path, {"--picture"}, complaints);
     return form && writeSideFile(path, optionsOf(overwrites), drawPicture(picture, *form));

@@ -4,6 +4,7 @@
 #include "host/inspection/AxisGroups.h"
 #include "host/picture/RecordingCurves.h"
 #include "host/picture/Spectra.h"
+#include "host/text/Counted.h"
 
 #include <algorithm>
 #include <functional>
@@ -183,6 +184,7 @@ void cutRows(Panel& panel, const PictureWishes& wishes) {
         if (kept.empty()) begin = place;
         kept.push_back(std::move(panel.curves[i]));
     }
+    panel.rowsEnd = (static_cast<double>(panel.curves.size()) - 1.0) * panel.rowsApart;
     panel.curves = std::move(kept);
     panel.rowsBegin = begin;
 }
@@ -217,6 +219,15 @@ std::optional<std::pair<double, double>> Picture::getTimes() const {
 const std::string& Picture::getClock() const {
     static const std::string seconds = "s";
     return tables.empty() ? seconds : tables.front().clock;
+}
+
+std::string Picture::getLeftOut() const {
+    std::size_t columns = 0;
+    for (const CurveTable& table : tables)
+        columns += table.columnsLeftOut;
+    std::string text = columns > 0 ? counted(columns, "column") : "";
+    if (panelsLeftOut > 0) text += (text.empty() ? "" : " and ") + counted(panelsLeftOut, "panel");
+    return text;
 }
 
 Picture arrange(std::vector<CurveTable> tables, const PictureWishes& wishes) {

@@ -32,7 +32,8 @@ struct Panel {
     std::vector<Item> levels; ///< What is on or off: a lane each, below the curves.
     std::string axis;         ///< What its horizontal axis tells, if that isn't the picture's.
     double rowsBegin = 0.0;   ///< Of a heat map: what its lowest row stands for,
-    double rowsApart = 1.0;   ///< and how far apart they are.
+    double rowsApart = 1.0;   ///< and how far apart they are,
+    double rowsEnd = 0.0;     ///< and what the last that could be drawn stands for.
     std::string rowsUnit;     ///< In this unit; empty: rows are counted.
 };
 
@@ -49,6 +50,8 @@ struct QUILLMERE_API Picture {
     std::optional<std::pair<double, double>> getTimes() const;
     /// The same of one panel, whatever its axis.
     std::optional<std::pair<double, double>> getTimes(const Panel& panel) const;
+    /// What there was too much of, as `20 panels`; empty: nothing.
+    std::string getLeftOut() const;
     /// What the axis tells: `s`, `row`, or the name of a column.
     const std::string& getClock() const;
 };

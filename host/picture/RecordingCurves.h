@@ -58,6 +58,9 @@ public:
     /// All that could be drawn, as the file names it. [setup]
     const std::vector<std::string>& getNames() const { return names; }
 
+    /// Where the times come from, unless a column stands in their place. [setup]
+    const ClockChoice& getClock() const { return clock; }
+
     /// Raises `RecordingException` for what ends the reading, `InterruptedException` when a stop is
     /// requested. Requires: not called before. [run]
     CurveTable read(const std::stop_token& stop = {},

@@ -105,7 +105,11 @@ const char* makerRefused(ResultMark::Maker maker) {
     return kMakersRefused[static_cast<std::size_t>(maker)];
 }
 
-constexpr const char* kExpectedName = "another name, or 'overwrite: true' or --overwrite to replace it";
+const char* expectedName(const ResultOptions& options) {
+    return options.isOfGraph ? "another name, or 'overwrite: true' or --overwrite to replace it"
+                             : "another name, or --overwrite to replace it";
+}
+
 constexpr const char* kNothingElse =
     "nothing there but what a run has left, since the result is written there first: move it away, or "
     "name the result otherwise";
@@ -180,14 +184,15 @@ Refusal ResultPath::findRefusalOfFinal(const ResultOptions& options) const {
     }
     if (S_ISDIR(facts.st_mode)) return refuse("the folder '" + path + "'", "the name of a file");
     if (options.overwrites) return {};
-    if (!S_ISREG(facts.st_mode)) return refuse(theFile(path) + ", which no run has written", kExpectedName);
+    if (!S_ISREG(facts.st_mode))
+        return refuse(theFile(path) + ", which no run has written", expectedName(options));
     if ((facts.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0)
-        return refuse(theFile(path) + ", which is write-protected", kExpectedName);
+        return refuse(theFile(path) + ", which is write-protected", expectedName(options));
     const Opened file(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     const ResultMark::Maker maker =
         file.get() < 0 ? ResultMark::Maker::Unknown : ResultMark::findMaker(file.get(), options);
     if (maker == ResultMark::Maker::Run) return {};
-    return refuse(theFile(path) + makerRefused(maker), kExpectedName);
+    return refuse(theFile(path) + makerRefused(maker), expectedName(options));
 }
 
 /// What isn't a lone regular file may be a trap that somebody has set in a folder for all: its target would

@@ -21,6 +21,8 @@ struct ResultOptions {
     /// Whether a file that begins so is a result of the caller's kind: asked where a file has lost its mark,
     /// as copies have. Empty: never.
     std::function<bool(std::string_view)> looksOwn;
+    /// Whether a graph could say so: a picture of a recording stands in none.
+    bool isOfGraph = true;
 };
 
 /// Why a result can't be written, as complaints say it.

@@ -49,7 +49,9 @@ TEST_F(PlotCommand, ReplacesNothingThatIsNotAPictureOfItsOwn) {
     folder.write("mine.svg", "<svg>mine</svg>");
     const Ended refused = plot({"walk.csv", "--output", "mine.svg"});
     EXPECT_EQ(refused.exitCode, 2);
-    EXPECT_TRUE(refused.err.starts_with("quillmere: --output: found ")) << refused.err;
+    EXPECT_EQ(refused.err,
+              "quillmere: --output: found the file 'mine.svg', which no run has written; expected "
+              "another name, or --overwrite to replace it\n");
     EXPECT_EQ(folder.read("mine.svg"), "<svg>mine</svg>");
     EXPECT_EQ(plot({"walk.csv", "--output", "mine.svg", "--overwrite"}).exitCode, 0);
     EXPECT_TRUE(folder.read("mine.svg").starts_with("<svg xmlns"));
@@ -86,9 +88,51 @@ TEST_F(PlotCommand, WhatCantBeMeantIsRefused) {
         EXPECT_EQ(ended.exitCode, 2) << arguments[0] << " " << arguments[1];
         EXPECT_NE(ended.err.find("found "), std::string::npos) << ended.err;
     }
-    EXPECT_EQ(plot({"nothing.csv"}).exitCode, 1);
     EXPECT_EQ(plot({}).exitCode, 2);
     EXPECT_FALSE(getIsThere("walk.svg"));
+}
+
+TEST_F(PlotCommand, AnInputThatIsNoneIsAsWrongAsForInspect) {
+    folder.write("empty.csv", "");
+    std::filesystem::create_directory(folder.path("folder"));
+    for (const char* const file : {"nothing.csv", "folder", "empty.csv"}) {
+        const Ended ended = plot({file});
+        EXPECT_EQ(ended.exitCode, 2) << file;
+        EXPECT_EQ(ended.exitCode, call({"inspect", file}).exitCode) << file;
+        EXPECT_TRUE(ended.err.starts_with("quillmere: " + std::string(file))) << ended.err;
+    }
+}
+
+TEST_F(PlotCommand, ABandIsToldWhatIsWrongWithIt) {
+    EXPECT_EQ(plot({"walk.csv", "--band", "15,1"}).err,
+              "quillmere: --band: found '15,1'; expected the lower number first, as in 1,15\n");
+    std::string spectra = "t";
+    for (int i = 0; i < 20; ++i)
+        spectra += ",s[" + std::to_string(i) + "]";
+    for (int row = 0; row < 5; ++row) {
+        spectra += "\n" + std::to_string(row);
+        for (int i = 0; i < 20; ++i)
+            spectra += "," + std::to_string(i * row);
+    }
+    folder.write("spectra.csv", spectra + "\n");
+    const Ended ended = plot({"spectra.csv", "--set", "time=t", "--band", "100,200", "--apart", "0.25 Hz"});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.err,
+              "quillmere: --band: found no column of the spectra between 100 and 200 Hz; expected a "
+              "part of 0 to 4.75 Hz\n");
+}
+
+TEST_F(PlotCommand, TooManyPanelsAreCountedAndNothingElse) {
+    std::string names = "t";
+    std::string row;
+    for (char first = 'a'; first < 'f'; ++first)
+        for (char second = 'a'; second < 'm'; ++second) {
+            names += std::string(",") + first + second + first;
+            row += ",3";
+        }
+    folder.write("many.csv", names + "\n0" + row + "\n0.5" + row + "\n1" + row + "\n");
+    EXPECT_EQ(plot({"many.csv", "--set", "time=t"}).err,
+              "quillmere: the picture leaves out 20 panels too many; --columns says which to draw\n");
 }
 
 TEST_F(PlotCommand, ACutWithoutRowsIsToldAndDrawsNothing) {
@@ -162,6 +206,22 @@ TEST_F(PlotCommand, SecondsOfAResultAreSecondsWhateverTheyLookLike) {
     EXPECT_NE(plot({"copy.csv"}).err.find("taken for milliseconds"), std::string::npos);
     EXPECT_EQ(plot({"copy.csv", "--set", "time=t"}).err, "");
     EXPECT_NE(folder.read("copy.svg").find("from 0 to 150 s"), std::string::npos);
+}
+
+TEST_F(PlotCommand, TheFirstColumnOfAResultIsItsTime) {
+    std::string graph = Support::kGainGraph;
+    graph.replace(graph.find("file: out.csv"), 13, "file: out.csv, time: known, columns: {x: [seconds]}");
+    folder.write("named.yaml", graph);
+    ASSERT_EQ(call({"run", "--quiet", "named.yaml"}).exitCode, 0);
+    ASSERT_TRUE(folder.read("out.csv").starts_with("known,seconds\n")) << folder.read("out.csv");
+    EXPECT_EQ(plot({"out.csv"}).err, "");
+    EXPECT_NE(folder.read("out.svg").find("from 0 to 1 s"), std::string::npos);
+    EXPECT_NE(folder.read("out.svg").find(">seconds</title>"), std::string::npos);
+    // A copy has lost its mark.
+    folder.write("copy.csv", folder.read("out.csv"));
+    EXPECT_EQ(plot({"copy.csv"}).err, "quillmere: copy.csv: the column 'seconds': taken for the time; '--set "
+                                      "time=NAME' says another\n");
+    EXPECT_EQ(plot({"copy.csv", "--set", "time=seconds"}).err, "");
 }
 
 } // namespace
