@@ -95,7 +95,7 @@ void PagePainter::findLeft() {
         const auto [low, high] = verticalOf(picture, panel);
         const std::size_t most = PanelPainter::mostTicks(plotHeight());
         if (!panel.curves.empty())
-            for (const Tick& tick : numberTicks(low, high, most))
+            for (const AxisTick& tick : numberTicks(low, high, most))
                 widest = std::max(widest, widthOf(tick.label, PanelPainter::kSize) + kUnitRoom);
         for (const Panel::Item& item : panel.levels)
             widest = std::max(widest, std::min(widthOf(item.label, PanelPainter::kSize), kWidestLaneName));

@@ -43,7 +43,7 @@ TimeTicks ticksAcross(const Scale& across, bool isOfTime) {
         else
             times.ticks = numberTicks(across.low, across.high, most);
         double width = 0.0;
-        for (const Tick& tick : times.ticks)
+        for (const AxisTick& tick : times.ticks)
             width = std::max(width, widthOf(tick.label, PanelPainter::kSize) + kBetweenNumbers);
         if (width * static_cast<double>(times.ticks.size()) < across.to - across.from) break;
     }
@@ -138,7 +138,7 @@ double PanelPainter::paintLegend() const {
 void PanelPainter::paintNumbers() const {
     const Scale up = scaleUp();
     double widest = 0.0;
-    for (const Tick& tick : numberTicks(place.low, place.high, mostTicks(place.bottom - place.top))) {
+    for (const AxisTick& tick : numberTicks(place.low, place.high, mostTicks(place.bottom - place.top))) {
         widest = std::max(widest, widthOf(tick.label, kSize));
         const double y = up.getPlace(tick.value);
         if (panel.kind == Panel::Kind::Curves)
@@ -158,7 +158,7 @@ void PanelPainter::paintAxis() const {
     const double end = place.lanesEnd;
     const bool isOfTime = panel.axis.empty() && picture.getClock() == "s";
     const TimeTicks times = ticksAcross(place.across, isOfTime);
-    for (const Tick& tick : times.ticks) {
+    for (const AxisTick& tick : times.ticks) {
         const double x = place.across.getPlace(tick.value);
         if (panel.kind == Panel::Kind::Curves)
             canvas.drawLine({{x, place.top}, {x, end}}, {.colour = Palette::kGrid});

@@ -195,7 +195,7 @@ private:
         std::vector<bool> hasTick(columns, false);
         std::string numbers(columns + kLabels, ' ');
         std::size_t free = 0; // behind the number before
-        for (const Tick& tick : times.ticks) {
+        for (const AxisTick& tick : times.ticks) {
             const auto place = static_cast<std::size_t>(std::lround(across.getPlace(tick.value)));
             hasTick[std::min(place, columns - 1)] = true;
             const std::size_t half = tick.label.size() / 2;

@@ -106,13 +106,13 @@ std::vector<std::string> telling(const std::vector<double>& values, int fewest, 
     return inDigits(values, isLarge && digits > fewest && digits < kUnnoticed ? kUnnoticed : digits);
 }
 
-std::vector<Tick> numberTicks(double low, double high, std::size_t most) {
+std::vector<AxisTick> numberTicks(double low, double high, std::size_t most) {
     double step = roundStep(high - low, most);
     if (!std::isnormal(step)) return {};
     const std::vector<double> values = roundNumbers(low, high, step);
     const double largest = std::max(std::fabs(low), std::fabs(high));
     const std::vector<std::string> labels = labelsOf(values, step, largest);
-    std::vector<Tick> ticks;
+    std::vector<AxisTick> ticks;
     for (std::size_t i = 0; i < values.size(); ++i)
         if (ticks.empty() || ticks.back().label != labels[i]) ticks.push_back({values[i], labels[i]});
     return ticks;
@@ -128,7 +128,7 @@ TimeTicks timeTicks(double from, double to, std::size_t most) {
         return result;
     }
     if (longest > kLongInHours) {
-        for (Tick& tick : numberTicks(from / 86400.0, to / 86400.0, most))
+        for (AxisTick& tick : numberTicks(from / 86400.0, to / 86400.0, most))
             result.ticks.push_back({tick.value * 86400.0, tick.label});
         result.form = "days";
         return result;

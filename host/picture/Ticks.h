@@ -10,7 +10,7 @@
 namespace Quillmere::Host {
 
 /// Where an axis has a number, and what it says there.
-struct Tick {
+struct AxisTick {
     double value = 0.0;
     std::string label;
 };
@@ -18,13 +18,13 @@ struct Tick {
 /// Ticks at round numbers, 1, 2 or 5 times a power of ten apart, between the two, ends included; at most so
 /// many steps, and more where there would be a single tick, which tells no scale. Requires: low < high, both
 /// finite; most at least 2. [any]
-QUILLMERE_API std::vector<Tick> numberTicks(double low, double high, std::size_t most);
+QUILLMERE_API std::vector<AxisTick> numberTicks(double low, double high, std::size_t most);
 
 /// Numbers in as few digits, `fewest` or more, as tell each of them but for so small an error. [any]
 QUILLMERE_API std::vector<std::string> telling(const std::vector<double>& values, int fewest, double error);
 
 struct TimeTicks {
-    std::vector<Tick> ticks;
+    std::vector<AxisTick> ticks;
     std::string
         form; ///< How the labels are to be read: `seconds`, `minutes:seconds`, `hours:minutes`, `days`.
 };

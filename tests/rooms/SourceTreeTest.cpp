@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <regex>
 #include <sstream>
+#include <string>
 
 namespace {
 /// Whether the CMake list of a folder on the way up to the root names a file, by the path from there.
@@ -80,6 +82,21 @@ TEST(SourceTreeTest, EveryHeaderIsReadOnce) {
 /// Names that begin with an underscore, or have two of them together, belong to the compiler and its library.
 /// The ones that they have given us are listed. A look for these words is a hundred times as fast as the
 /// compiler's own.
+// Two of one name in one library are one to the linker, which takes what was made of either.
+TEST(SourceTreeTest, NoTwoHeadersOfTheHostDefineATypeOfOneName) {
+    const std::regex definition("\n(?:struct|class|enum class) (?:QUILLMERE_API )?(\\w+)[^;{\n]*\\{");
+    std::map<std::string, std::string> files;
+    for (const std::string& path : sourceFiles()) {
+        if (!path.starts_with("host/") || !path.ends_with(".h")) continue;
+        const std::string text = textOf(path);
+        for (std::sregex_iterator found(text.begin(), text.end(), definition), end; found != end; ++found) {
+            const auto first = files.emplace((*found)[1], path).first;
+            EXPECT_EQ(first->second, path) << "both define " << first->first;
+        }
+    }
+    EXPECT_GT(files.size(), 200U);
+}
+
 TEST(SourceTreeTest, ReservedNamesAreNotTaken) {
     const std::regex literalOrComment(R"re("(\\.|[^"\\])*"|'(\\.|[^'\\])'|//.*)re");
     const std::regex reserved(R"re(\b(_\w+|\w*__\w*)\b)re");

@@ -13,9 +13,9 @@ namespace {
 
 using namespace Quillmere::Host;
 
-std::string labels(const std::vector<Tick>& ticks) {
+std::string labels(const std::vector<AxisTick>& ticks) {
     std::string text;
-    for (const Tick& tick : ticks)
+    for (const AxisTick& tick : ticks)
         text += (text.empty() ? "" : " ") + tick.label;
     return text;
 }
@@ -69,7 +69,8 @@ TEST(Ticks, LieWithinAnyRangeAndDiffer) {
         const double low = part(random) * std::pow(10.0, 12.0 * part(random));
         const double high = low + std::fabs(part(random)) * std::pow(10.0, 12.0 * part(random));
         if (!(high - low > 1e-9 * std::fabs(low))) continue;
-        for (const std::vector<Tick>& ticks : {numberTicks(low, high, 6), timeTicks(low, high, 6).ticks}) {
+        for (const std::vector<AxisTick>& ticks :
+             {numberTicks(low, high, 6), timeTicks(low, high, 6).ticks}) {
             EXPECT_LE(ticks.size(), 8u) << low << " " << high;
             EXPECT_GE(ticks.size(), 2u) << low << " " << high;
             const double room = 1e-5 * (high - low);
