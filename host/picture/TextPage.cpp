@@ -74,7 +74,8 @@ private:
         std::string head = panel.title;
         const std::string& unit = panel.kind == Panel::Kind::Heat ? panel.rowsUnit : panel.unit;
         if (!unit.empty()) head += (head.empty() ? "[" : " [") + unit + "]";
-        text += head.empty() ? "\n" : "\n" + printable(head, 200) + "\n";
+        text += "\n";
+        if (!head.empty()) text += printable(head, 200) + "\n";
         if (panel.kind == Panel::Kind::Heat) {
             addHeat(panel);
         } else {
