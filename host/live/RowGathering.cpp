@@ -9,8 +9,8 @@ namespace Quillmere::Host {
 
 namespace {
 /// Whether what a block waits for comes from another layout, or from a block that makes times, directly or
-/// through other blocks. Control inputs
-/// don't count: what comes over them makes no sample.
+/// through other blocks. Of control inputs only those count that such a block feeds itself: what comes over
+/// others makes no sample.
 bool getIsFedFromElsewhere(const Core::PinManager& block, const Core::LayoutManager& layout,
                            std::set<const Core::PinManager*>& seen) {
     for (const Core::AbstractInputPin* const pin : block.getInputPins()) {
