@@ -31,7 +31,7 @@ constexpr const char* kProfileOption = "--profile";
 constexpr const char* kGraphOption = "--graph";
 
 ResultOptions optionsOf(bool overwrites) {
-    return {.overwrites = overwrites, .looksOwn = getIsOfInspection};
+    return {.overwrites = overwrites, .looksOwn = getIsOfInspection, .isOfGraph = false};
 }
 
 Inspection look(RecordingReader& reader, const InspectionSettings& settings) {

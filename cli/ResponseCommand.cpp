@@ -72,7 +72,7 @@ BlockMaker makerOf(const GraphDescription& description, const BlockCatalogue& ca
 }
 
 ResultOptions pictureOptions(bool overwrites) {
-    return {.overwrites = overwrites, .looksOwn = getIsResponseSvg};
+    return {.overwrites = overwrites, .looksOwn = getIsResponseSvg, .isOfGraph = false};
 }
 
 } // namespace

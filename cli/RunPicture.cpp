@@ -19,7 +19,7 @@ using namespace Quillmere::Host;
 namespace {
 
 ResultOptions optionsOf(bool overwrites) {
-    return {.overwrites = overwrites, .looksOwn = getIsPicture};
+    return {.overwrites = overwrites, .looksOwn = getIsPicture, .isOfGraph = false};
 }
 
 /// The place that a name leads to, of a file that needn't be there yet.

@@ -104,6 +104,16 @@ bool getIsMat(std::string_view head) {
     return head.starts_with("MATLAB 5.0 MAT-file") || version == "\0\1IM"sv || version == "\1\0MI"sv;
 }
 
+/// Of what is drawn, whose bytes or text are no table; empty of everything else.
+std::string drawnKindOf(std::string_view head) {
+    constexpr std::array kPictures{"\x89PNG\r\n\x1A\n"sv, "\xFF\xD8\xFF"sv, "GIF8"sv, "<svg"sv};
+    const auto getIsBegin = [&](std::string_view begin) { return head.starts_with(begin); };
+    if (std::any_of(kPictures.begin(), kPictures.end(), getIsBegin)) return "a picture";
+    constexpr std::array kPages{"<!DOCTYPE html"sv, "<!doctype html"sv, "<html"sv};
+    if (std::any_of(kPages.begin(), kPages.end(), getIsBegin)) return "a page for a browser";
+    return "";
+}
+
 struct Form {
     /// Whether a file is of this form, by its name and its first bytes, 512 of them or the whole file.
     bool (*getIsOf)(const std::string& path, std::string_view head);
@@ -122,6 +132,11 @@ constexpr std::array kForms{
          }},
     Form{[](const std::string&, std::string_view head) { return getIsMat(head); }, openAsMat},
     Form{[](const std::string&, std::string_view head) { return getIsWav(head); }, openAsWav},
+    Form{[](const std::string&, std::string_view head) { return !drawnKindOf(head).empty(); },
+         [](OpenFile file, const ReadingWishes&) -> Reader {
+             throw RecordingException(
+                 {{file->getName()}, drawnKindOf(file->lookAhead(kBytesLookedAt)), "a recording"});
+         }},
     Form{[](const std::string& path, std::string_view) { return BidsReader::getIsOf(path); },
          [](OpenFile file, const ReadingWishes& wishes) -> Reader {
              refuseData(*file, wishes);

@@ -21,7 +21,7 @@ struct ResultOptions {
     /// Whether a file that begins so is a result of the caller's kind: asked where a file has lost its mark,
     /// as copies have. Empty: never.
     std::function<bool(std::string_view)> looksOwn;
-    /// Whether a graph could say so: a picture of a recording stands in none.
+    /// Whether a graph could say so: pictures, reports and summaries stand in none.
     bool isOfGraph = true;
 };
 

@@ -16,7 +16,8 @@ RunSummary::RunSummary(std::string summaryPath, const std::string& callersName, 
 ResultOptions RunSummary::options() const {
     const std::string begin = Json::beginOfOutcome();
     return {.overwrites = overwrites,
-            .looksOwn = [begin](std::string_view head) { return head.starts_with(begin); }};
+            .looksOwn = [begin](std::string_view head) { return head.starts_with(begin); },
+            .isOfGraph = false};
 }
 
 bool RunSummary::check(const Graph& graph, const BlockCatalogue& catalogue, Complaints& complaints) const {

@@ -152,6 +152,22 @@ TEST_F(InspectCommand, RefusesWhatIsNoRecording) {
     folder.write("empty.csv", "");
     EXPECT_EQ(call({"empty.csv"}).exitCode, 2);
     EXPECT_EQ(call({}).exitCode, 2);
+    for (const char* const begin : {"\x89PNG\r\n\x1A\n", "\xFF\xD8\xFF\xE0", "GIF89a", "<svg xmlns=''>\n"}) {
+        folder.write("walk.dat", begin + std::string(200, ','));
+        const Ended picture = call({"walk.dat"});
+        EXPECT_EQ(picture.exitCode, 2);
+        EXPECT_EQ(picture.err, "walk.dat: found a picture; expected a recording\n");
+    }
+    folder.write("r.html", "<!DOCTYPE html>\n<html>\n");
+    EXPECT_EQ(call({"r.html"}).err, "r.html: found a page for a browser; expected a recording\n");
+}
+
+TEST_F(InspectCommand, ReplacesNothingThatIsNotItsOwn) {
+    folder.write("mine.yaml", "mine: 1\n");
+    EXPECT_EQ(call({"walk.csv", "--graph", "mine.yaml"}).err,
+              "quillmere: --graph: found the file 'mine.yaml', which no run has written; expected another "
+              "name, or --overwrite to replace it\n");
+    EXPECT_EQ(folder.read("mine.yaml"), "mine: 1\n");
 }
 
 TEST_F(InspectCommand, TellsHowToSettleWhatIsUnclear) {

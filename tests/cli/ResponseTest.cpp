@@ -77,7 +77,7 @@ TEST_F(ResponseCommand, WritesAPicture) {
     EXPECT_EQ(refused.out, "");
     EXPECT_EQ(refused.err,
               "quillmere: --picture: found the file 'mine.svg', which no run has written; expected "
-              "another name, or 'overwrite: true' or --overwrite to replace it\n");
+              "another name, or --overwrite to replace it\n");
     EXPECT_EQ(folder.read("mine.svg"), "<svg>what a user had</svg>");
     EXPECT_EQ(call({"FilterGain", "--points", "4", "--overwrite", "--picture", "mine.svg"}).exitCode, 0);
     EXPECT_EQ(folder.read("gain.svg").substr(0, 5), "<svg ");

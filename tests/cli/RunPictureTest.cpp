@@ -92,6 +92,9 @@ TEST_F(RunPicture, IsNoFileOfTheRun) {
         EXPECT_EQ(ended.exitCode, 2) << arguments[2] << "\n" << ended.err;
         EXPECT_TRUE(ended.err.starts_with("quillmere: --picture: found ")) << ended.err;
     }
+    EXPECT_EQ(run({"g.yaml", "--picture", "mine.svg"}).err,
+              "quillmere: --picture: found the file 'mine.svg', which no run has written; expected another "
+              "name, or --overwrite to replace it\n");
     EXPECT_EQ(folder.read("mine.svg"), "mine");
     EXPECT_EQ(folder.read("in.csv"), recording);
     EXPECT_FALSE(getIsThere("out.csv")) << "nothing has run";

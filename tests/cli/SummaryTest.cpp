@@ -211,7 +211,7 @@ TEST_F(Summary, ThatCantBeWrittenIsAFailure) {
     const Ended mine = call({"run", "g.yaml", "--summary-json", "mine.json"});
     EXPECT_EQ(mine.exitCode, 2);
     EXPECT_EQ(mine.err, "--summary-json mine.json: found the file 'mine.json', which no run has written; "
-                        "expected another name, or 'overwrite: true' or --overwrite to replace it\n");
+                        "expected another name, or --overwrite to replace it\n");
     EXPECT_EQ(folder.read("mine.json"), "{}");
     EXPECT_EQ(call({"run", "g.yaml", "--quiet", "--overwrite", "--summary-json", "mine.json"}).exitCode, 0);
     EXPECT_EQ(call({"run", "g.yaml", "--summary-json="}).exitCode, 2);

@@ -55,7 +55,7 @@ TEST_F(RunSummaryTest, ReplacesNothingThatIsNoSummary) {
     folder.write("mine.json", "{}\n");
     EXPECT_EQ(refusalOf("mine.json"),
               "summary: found the file 'mine.json', which no run has written; expected another name, or "
-              "'overwrite: true' or --overwrite to replace it\n");
+              "--overwrite to replace it\n");
     EXPECT_EQ(refusalOf("mine.json", true), "");
     EXPECT_TRUE(jobWith(folder.path("s.json")).run().getIsWhole());
     folder.write("copy.json", folder.read("s.json"));
