@@ -8,7 +8,7 @@ namespace Quillmere::Host {
 
 ResultCurves::ResultCurves(RecordingSink& sink)
     : name(sink.getName()), groups(sink.getGroups()), curves(groups.size()) {
-    sink.setWatcher(this);
+    sink.addWatcher(*this);
 }
 
 void ResultCurves::takeRow(double time, const std::vector<const Core::MatrixXd*>& samples) {

@@ -49,7 +49,8 @@ bool RecordingSink::getIsRowFull() const {
 
 void RecordingSink::writeRow(double time) {
     table->writeRow(time, samples);
-    if (watcher != nullptr) watcher->takeRow(time, samples);
+    for (RowWatcher* const watcher : watchers)
+        watcher->takeRow(time, samples);
     for (std::size_t i = 0; i < samples.size(); ++i)
         if (samples[i] != nullptr && !getIsFinite(*samples[i])) noteNonFinite(i, time);
 }

@@ -50,8 +50,8 @@ public:
     void setGathersByTime(bool flag) override { gathersByTime = flag; }
     bool getHoldsRows() const override { return table->getHoldsRows(); }
     void handOver() override { table->flush(); }
-    /// Lets somebody look at the rows, who isn't owned; null for nobody. Requires: not open. [setup]
-    void setWatcher(RowWatcher* looker) { watcher = looker; }
+    /// Lets somebody look at the rows, who isn't owned and outlives the result. Requires: not open. [setup]
+    void addWatcher(RowWatcher& looker) { watchers.push_back(&looker); }
     /// What its columns are called. Requires: its links are made. [setup]
     std::vector<TableWriter::Group> getGroups() const { return columns.getGroups(inputs); }
     void giveUp() override { table->giveUp(); }
@@ -81,7 +81,7 @@ private:
 
     std::stop_token stop;
     std::unique_ptr<TableWriter> table;
-    RowWatcher* watcher = nullptr;
+    std::vector<RowWatcher*> watchers;
     ResultAccount account;
     /// Of the row that is being written, null where nothing came.
     std::vector<const Core::MatrixXd*> samples;

@@ -5,6 +5,8 @@
 #include "host/graph/MemberNames.h"
 #include "host/graph/RunFiles.h"
 #include "host/recording/ResultFile.h"
+#include "host/recording/RecordingSink.h"
+#include "host/report/LiveTap.h"
 #include "host/report/ReportJson.h"
 #include "host/report/ReportPage.h"
 #include "host/report/SignalTap.h"
@@ -13,6 +15,7 @@
 #include "host/text/Printable.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -27,25 +30,50 @@ namespace {
 ResultOptions fileOptions(bool overwrites) {
     const std::string begin = ReportPage::beginOfPage();
     return {.overwrites = overwrites,
-            .looksOwn = [begin](std::string_view head) { return head.starts_with(begin); }};
+            .looksOwn = [begin](std::string_view head) { return head.starts_with(begin); },
+            .isOfGraph = false};
 }
 } // namespace
 
 void Report::check(const Graph& graph, const BlockCatalogue& catalogue, Complaints& complaints) {
+    isOfLiveRun = false;
+    if (!checkFile(graph, catalogue, complaints)) return;
+    watched.clear();
+    for (const std::string& address : options.watched)
+        findWatched(graph, address, complaints);
+}
+
+bool Report::checkLive(const Graph& graph, const BlockCatalogue& catalogue, Complaints& complaints) {
+    isOfLiveRun = true;
+    if (!checkFile(graph, catalogue, complaints)) return true;
+    watched.clear();
+    for (const std::string& address : options.watched) {
+        findWatched(graph, address, complaints);
+        complaints.warn({options.watchName + " " + printable(address, kLongestName)},
+                        "the report of a live run shows what comes to results, and not this output; a run of "
+                        "recordings as fast as they can be read shows it, too");
+    }
+    for (const Graph::Node& node : graph.getNodes())
+        if (node.sink != nullptr && dynamic_cast<const RecordingSink*>(node.block.get()) == nullptr)
+            complaints.warn({options.pathName}, "the report of a live run doesn't show what comes to " +
+                                                    node.getQuoted() + ", which writes no rows");
+    return true;
+}
+
+/// Whether there are reports; what is wrong with the file is complained of.
+bool Report::checkFile(const Graph& graph, const BlockCatalogue& catalogue, Complaints& complaints) const {
     const Place place{options.pathName, 0, 0};
     if (!ReportPage::getIsThere()) {
         complaints.add(place, "a build without reports, whose page is made by node and npm",
                        "one that was configured where both are (scripts/install installs them)");
-        return;
+        return false;
     }
-    watched.clear();
-    for (const std::string& address : options.watched)
-        findWatched(graph, address, complaints);
     const ResultPath path(options.path);
     RunFiles files(graph.getDescription(), catalogue, complaints);
-    if (!files.checkOwn(path.getFiles(), place, graph.getNodes())) return;
+    if (!files.checkOwn(path.getFiles(), place, graph.getNodes())) return true;
     if (const auto refusal = path.findRefusal(fileOptions(options.overwrites)))
         complaints.add(place, refusal->found, refusal->expected);
+    return true;
 }
 
 /// A block of one output needs no pin's name, as in connections.
@@ -82,23 +110,27 @@ void Report::begin(Graph& graph, const std::stop_token& stop) {
     graphName = graph.getName();
     graphJson = Json::graph(graph);
     versionsJson = Json::versions(graph, options.program);
-    tap = std::make_unique<SignalTap>(graph, watched);
+    if (isOfLiveRun)
+        signals = std::make_unique<LiveTap>(graph);
+    else
+        signals = std::make_unique<SignalTap>(graph, watched);
 }
 
 void Report::look(double streamTime) {
-    tap->look(streamTime);
+    signals->look(streamTime);
 }
 
 void Report::complete(const RunOutcome& outcome) {
-    tap->lookAtRest();
+    signals->lookAtRest();
     Json::Blobs blobs;
+    const std::uint64_t rounds = std::max(signals->getRounds(), outcome.progress.rounds);
     const std::string json = Json::object({{"document", Json::text("report")},
                                            {"format", "1"},
                                            {"outcome", Json::outcome(outcome)},
                                            {"graph", graphJson},
-                                           {"signals", Json::signals(*tap, blobs)},
+                                           {"signals", Json::signals(signals->getSignals(), rounds, blobs)},
                                            {"versions", versionsJson}});
-    tap.reset();
+    signals.reset();
     const std::string page = ReportPage::make(graphName, json, blobs.getHtml());
     try {
         file->write(page.data(), page.size());
@@ -111,7 +143,7 @@ void Report::complete(const RunOutcome& outcome) {
 }
 
 void Report::discard() {
-    tap.reset();
+    signals.reset();
     if (file != nullptr) file->discard();
     file.reset();
 }

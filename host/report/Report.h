@@ -15,7 +15,7 @@ class AbstractOutputPin;
 namespace Quillmere::Host {
 
 class ResultFile;
-class SignalTap;
+class SignalGatherer;
 
 struct ReportOptions {
     std::string path{};                 ///< Where it goes; `-` is standard output.
@@ -35,18 +35,22 @@ public:
     ~Report() override;
 
     void check(const Graph& graph, const BlockCatalogue& catalogue, Complaints& complaints) override;
+    /// Of a live run it shows the rows of results; what is watched is left out, with a warning.
+    bool checkLive(const Graph& graph, const BlockCatalogue& catalogue, Complaints& complaints) override;
     void begin(Graph& graph, const std::stop_token& stop) override;
     void look(double streamTime) override;
     void complete(const RunOutcome& outcome) override;
     void discard() override;
 
 private:
+    bool checkFile(const Graph& graph, const BlockCatalogue& catalogue, Complaints& complaints) const;
     void findWatched(const Graph& graph, const std::string& address, Complaints& complaints);
 
     const ReportOptions options;
     std::vector<Core::AbstractOutputPin*> watched; ///< Of the graph that was checked last.
     std::unique_ptr<ResultFile> file;
-    std::unique_ptr<SignalTap> tap;
+    bool isOfLiveRun = false; ///< The graph was checked for one last.
+    std::unique_ptr<SignalGatherer> signals;
     std::string graphJson; ///< Of the graph as the run began.
     std::string versionsJson;
     std::string graphName;

@@ -122,7 +122,7 @@ Text timelineOf(const GraphDescription& description) {
 }
 
 /// What a result calls an element, without the unit, which stands beside the signal.
-std::string nameOf(const SignalTap::Signal& signal, std::size_t element) {
+std::string nameOf(const ReportSignal& signal, std::size_t element) {
     if (element < signal.columns.size()) return signal.columns[element];
     const std::string pin = signal.name.substr(signal.name.find('.') + 1);
     return signal.curves.getColumns().size() == 1 ? pin : pin + "[" + std::to_string(element) + "]";
@@ -166,7 +166,7 @@ std::uint64_t finestOf(const SignalCurves& curves) {
     return most;
 }
 
-Text signalOf(const SignalTap::Signal& signal, std::uint64_t rounds, Blobs& blobs) {
+Text signalOf(const ReportSignal& signal, std::uint64_t rounds, Blobs& blobs) {
     const SignalCurves& curves = signal.curves;
     std::vector<Text> columns;
     for (const SignalCurves::Column& column : curves.getColumns())
@@ -183,6 +183,7 @@ Text signalOf(const SignalTap::Signal& signal, std::uint64_t rounds, Blobs& blob
                    {"end", number(curves.getEnd())},
                    {"period", number(curves.getPeriod())},
                    {"columns", list(columns)},
+                   {"leftOut", std::to_string(curves.getLeftOut())},
                    {"levels", list(levels)},
                    {"finest", std::to_string(finestOf(curves))}});
 }
@@ -262,10 +263,10 @@ Text versions(const Graph& graph, const std::string& program) {
     return list(all);
 }
 
-Text signals(const SignalTap& tap, Blobs& blobs) {
+Text signals(const std::vector<const ReportSignal*>& signals, std::uint64_t rounds, Blobs& blobs) {
     std::vector<Text> all;
-    for (const SignalTap::Signal& signal : tap.getSignals())
-        all.push_back(signalOf(signal, tap.getRounds(), blobs));
+    for (const ReportSignal* const signal : signals)
+        all.push_back(signalOf(*signal, rounds, blobs));
     return list(all);
 }
 

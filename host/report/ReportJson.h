@@ -4,10 +4,11 @@
 #include "framework/core/Api.h"
 #include "host/graph/Graph.h"
 #include "host/plugins/BlockCatalogue.h"
-#include "host/report/SignalTap.h"
+#include "host/report/ReportSignal.h"
 #include "host/text/Json.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -36,7 +37,7 @@ QUILLMERE_API Text graph(const Graph& graph);
 /// The versions of the program, of the host and of the plug-ins that the graph has blocks of. [setup]
 QUILLMERE_API Text versions(const Graph& graph, const std::string& program);
 
-/// All signals; their numbers go into `blobs`. [any]
-Text signals(const SignalTap& tap, Blobs& blobs);
+/// All signals; their numbers go into `blobs`. `rounds` are those which most of them have a sample in. [any]
+Text signals(const std::vector<const ReportSignal*>& signals, std::uint64_t rounds, Blobs& blobs);
 
 } // namespace Quillmere::Host::Json

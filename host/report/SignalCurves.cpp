@@ -12,9 +12,23 @@ constexpr std::uint64_t kSparse = 5;       // rounds for each sample, at least
 constexpr double kUneven = 2.0;            // times the usual step
 } // namespace
 
+SignalCurves::SignalCurves(std::vector<Column> gathered, std::uint64_t sampleCount)
+    : columns(std::move(gathered)), samples(sampleCount) {
+    bool isFirst = true;
+    for (const Column& column : columns) {
+        const std::vector<Envelope::Piece>& pieces = column.envelope.getPieces();
+        if (pieces.empty()) continue;
+        begin = isFirst ? pieces.front().firstTime : std::min(begin, pieces.front().firstTime);
+        end = isFirst ? pieces.back().lastTime : std::max(end, pieces.back().lastTime);
+        isFirst = false;
+    }
+}
+
 void SignalCurves::take(double time, const Core::MatrixXd& sample) {
     if (!std::isfinite(time)) return;
-    const auto elements = std::min(static_cast<std::size_t>(sample.size()), kMostColumns);
+    const auto all = static_cast<std::size_t>(sample.size());
+    const std::size_t elements = std::min(all, kMostColumns);
+    leftOut = std::max(leftOut, all - elements);
     if (elements > columns.size()) {
         const std::size_t pieces = std::max(most / elements, kFewestPieces);
         while (columns.size() < elements)

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -20,21 +21,30 @@ public:
 
     struct Column {
         explicit Column(std::size_t mostPieces) : envelope(mostPieces) {}
+        Column(Envelope columnEnvelope, double columnSum)
+            : envelope(std::move(columnEnvelope)), sum(columnSum) {}
         Envelope envelope;
         double sum = 0.0; ///< Of the values that are finite.
     };
 
+    /// Of all signals of a page. What it holds of a piece is two numbers of four bytes in base64, and an
+    /// eighth more for the coarser levels: 20 MB at most.
+    static constexpr std::size_t kMostPieces = std::size_t{13} << 17;
     static constexpr std::size_t kMostCurves = 16;
-    static constexpr std::size_t kMostColumns = 1024; ///< The elements behind them are left out.
+    static constexpr std::size_t kMostColumns = 1024; ///< The elements behind them are left out and counted.
 
     /// `mostPieces` is for all columns together; none gets fewer than show its course.
     explicit SignalCurves(std::size_t mostPieces) : most(mostPieces) {}
+    /// What has been gathered otherwise, of so many samples.
+    SignalCurves(std::vector<Column> gathered, std::uint64_t sampleCount);
 
     /// A sample whose time isn't finite has no place, and is only counted. [run]
     void take(double time, const Core::MatrixXd& sample);
 
     const std::vector<Column>& getColumns() const { return columns; }
     std::uint64_t getSamples() const { return samples; }
+    /// Elements of the largest sample that there was no room for.
+    std::size_t getLeftOut() const { return leftOut; }
     /// Of the samples; 0 without any. A first time that a later one lies before isn't the begin.
     double getBegin() const { return samples > 0 ? begin : 0.0; }
     double getEnd() const { return samples > 0 ? end : 0.0; }
@@ -44,9 +54,10 @@ public:
     Kind getKind(std::uint64_t rounds) const;
 
 private:
-    const std::size_t most;
+    std::size_t most = 0;
     std::vector<Column> columns;
     std::uint64_t samples = 0;
+    std::size_t leftOut = 0;
     double begin = 0.0; ///< Seconds.
     double end = 0.0;
 };

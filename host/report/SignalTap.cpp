@@ -12,9 +12,6 @@
 namespace Quillmere::Host {
 
 namespace {
-/// Of all signals together. What a page holds of a piece is two numbers of four bytes in base64, and an
-/// eighth more for the coarser levels: 20 MB at most.
-constexpr std::size_t kMostPieces = std::size_t{13} << 17;
 /// As many samples as a block sends in one step that makes times; room is made when it is needed.
 constexpr std::uint32_t kRoomOfWatched = 1U << 20;
 
@@ -55,7 +52,7 @@ SignalTap::SignalTap(Graph& graph, const std::vector<Core::AbstractOutputPin*>& 
     std::size_t count = watched.size();
     for (const Sink* const sink : graph.getSinks())
         count += sink->getInputPins().size();
-    const std::size_t most = kMostPieces / std::max<std::size_t>(count, 1);
+    const std::size_t most = SignalCurves::kMostPieces / std::max<std::size_t>(count, 1);
     for (const Graph::Node& node : graph.getNodes())
         if (node.sink != nullptr) addSink(node, most);
     for (Core::AbstractOutputPin* const pin : watched)
@@ -83,6 +80,13 @@ SignalTap::Signal& SignalTap::add(const std::string& name, bool isWatched, Core:
     std::set<const Core::AbstractOutputPin*> passed;
     signal.isByStamp = getIsBehindTimes(&output, passed);
     return signal;
+}
+
+std::vector<const ReportSignal*> SignalTap::getSignals() const {
+    std::vector<const ReportSignal*> all;
+    for (const Signal& signal : signals)
+        all.push_back(&signal);
+    return all;
 }
 
 void SignalTap::findUnits(const Graph& graph) {

@@ -4,7 +4,7 @@
 #include "framework/core/Filter.h"
 #include "framework/transport/InputPin.h"
 #include "host/graph/Graph.h"
-#include "host/report/SignalCurves.h"
+#include "host/report/ReportSignal.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,33 +16,30 @@ namespace Quillmere::Host {
 
 /// Gets what sinks get, and what watched outputs send: a block beside those of a graph, with a link of its
 /// own beside each link that it is about. It has the same buffer, so that what came late comes late here too.
-class SignalTap final : public Core::Filter {
+class SignalTap final : public Core::Filter, public SignalGatherer {
 public:
-    struct Signal {
+    struct Signal : ReportSignal {
         Signal(std::string signalName, bool watched, Core::PinManager* owner, std::size_t mostPieces)
-            : name(std::move(signalName)), isWatched(watched), input(name, owner), curves(mostPieces) {}
+            : ReportSignal(std::move(signalName), SignalCurves(mostPieces)), input(name, owner) {
+            isWatched = watched;
+        }
 
-        std::string name; ///< `block.pin`, of a sink's input or of an output that is watched.
-        bool isWatched;
         Core::InputPin<Core::MatrixXd> input;
-        SignalCurves curves;
         /// Whether its times are its own and not the rounds', as behind a block that makes times.
         bool isByStamp = false;
-        std::string unit;                 ///< Empty where nobody knows it.
-        std::vector<std::string> columns; ///< As the sink's settings name them; none where they don't.
     };
 
     /// Requires: there are such outputs, and the sources of the graph are open. [setup]
     SignalTap(Graph& graph, const std::vector<Core::AbstractOutputPin*>& watched);
 
     /// Takes what has come in a round, or what is left behind the last one. [run]
-    void look(double streamTime);
-    void lookAtRest();
+    void look(double streamTime) override;
+    void lookAtRest() override;
     void process() override {}
     const char* getTypeName() const override { return "SignalTap"; }
 
-    const std::deque<Signal>& getSignals() const { return signals; }
-    std::uint64_t getRounds() const { return rounds; }
+    std::vector<const ReportSignal*> getSignals() const override;
+    std::uint64_t getRounds() const override { return rounds; }
 
 private:
     void addSink(const Graph::Node& node, std::size_t mostPieces);

@@ -134,11 +134,11 @@ const Complaints& Job::Implementation::check(RunMode mode) {
 }
 
 void Job::Implementation::checkObserver(RunMode mode) {
-    if (mode == RunMode::Live)
+    if (mode != RunMode::Live)
+        options.observer->check(graph, catalogue, all);
+    else if (!options.observer->checkLive(graph, catalogue, all))
         all.add({options.observerName}, "a live run, which has no rounds that all blocks share",
                 "a run of recordings as fast as they can be read");
-    else
-        options.observer->check(graph, catalogue, all);
 }
 
 /// Who reads the summary hears of a run that isn't begun what its caller does.

@@ -43,7 +43,7 @@ struct JobOptions {
     /// It is a result file like every other. Empty: nowhere.
     std::string summary{};
     std::string summaryName = "summary"; ///< What the caller calls it, for messages.
-    /// Looks on and makes something of it, as a `Report` does; null for nobody. Offline only.
+    /// Looks on and makes something of it, as a `Report` does; null for nobody.
     std::shared_ptr<RunObserver> observer{};
     std::string observerName = "report"; ///< What the caller calls it, for messages.
 };

@@ -156,6 +156,8 @@ export interface Signal {
     /** Seconds between two samples, as a rule; 0 where there are fewer than two. */
     period: number;
     columns: Column[];
+    /** Elements behind them, for which there was no room. */
+    leftOut: number;
     /** From the coarsest to the finest. */
     levels: Level[];
     /** How many samples the finest level has in a bucket at most; 1 for the samples themselves. */

@@ -92,7 +92,7 @@ export class Panel {
             const low = Math.min(...signal.columns.map((column) => column.minimum ?? Infinity));
             const high = Math.max(...signal.columns.map((column) => column.maximum ?? -Infinity));
             return `${this.extent()}: ${counted(signal.columns.length, "element")} each, from ${digits(low)} to ` +
-                `${digits(high)}${unit}.${this.grain()}`;
+                `${digits(high)}${unit}.${this.leftOut()}${this.grain()}`;
         }
         const ranges = signal.columns.slice(0, 6).map((column) => {
             const name = signal.columns.length > 1 ? `${column.name} ` : "";
@@ -102,12 +102,19 @@ export class Panel {
                 `mean ${digits(column.mean)}${odd}`;
         });
         const more = signal.columns.length > 6 ? [`and ${signal.columns.length - 6} more columns`] : [];
-        return `${this.extent()}: ${[...ranges, ...more].join("; ")}.${this.grain()}`;
+        return `${this.extent()}: ${[...ranges, ...more].join("; ")}.${this.leftOut()}${this.grain()}`;
     }
 
     private extent(): string {
         const {samples, begin, end} = this.signal;
         return `${counted(samples, "sample")} from ${digits(begin)} to ${digits(end)} s`;
+    }
+
+    private leftOut(): string {
+        const {leftOut} = this.signal;
+        if (leftOut === 0) return "";
+        const are = leftOut === 1 ? "is" : "are";
+        return ` ${counted(leftOut, "element")} behind these ${are} not on this page.`;
     }
 
     private grain(): string {

@@ -27,6 +27,18 @@ TEST_F(ReportOption, WritesAPageBesideTheResult) {
     EXPECT_NE(folder.read("r.html"), page);
 }
 
+TEST_F(ReportOption, IsWrittenOfALiveRunToo) {
+    const Ended ended = call({"run", "g.yaml", "--live", "--speed", "max", "--report", "r.html", "--picture",
+                              "p.svg", "--watch", "gain"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.5,2\n1,3\n");
+    EXPECT_NE(ended.err.find("--watch gain: warning: the report of a live run shows"), std::string::npos);
+    const std::string page = folder.read("r.html");
+    EXPECT_NE(page.find("\"name\": \"out.x\""), std::string::npos);
+    EXPECT_NE(page.find("\"samples\": 3"), std::string::npos);
+    EXPECT_TRUE(folder.has("p.svg")) << "both look at the rows";
+}
+
 TEST_F(ReportOption, GoesToStandardOutputAndPeopleAreToldElsewhere) {
     const Ended ended = call({"run", "g.yaml", "--report", "-"});
     EXPECT_EQ(ended.exitCode, 0);
@@ -38,10 +50,6 @@ TEST_F(ReportOption, GoesToStandardOutputAndPeopleAreToldElsewhere) {
 TEST_F(ReportOption, IsRefusedWhereThereIsNoneBeforeAnythingRuns) {
     EXPECT_EQ(call({"run", "g.yaml", "--report", "r.html", "--watch", "gian"}).err,
               "--watch gian: found the block 'gian'; expected one of in, gain and out; did you mean gain?\n");
-    EXPECT_EQ(
-        call({"run", "g.yaml", "--live", "--report", "r.html"}).err,
-        "--report r.html: found a live run, which has no rounds that all blocks share; expected a run of "
-        "recordings as fast as they can be read\n");
     EXPECT_EQ(call({"run", "g.yaml", "--report", "r.html", "--summary-json", "r.html"}).err,
               "quillmere: --report: found the file of --summary-json; expected another one\n");
     std::filesystem::create_hard_link(folder.path("in.csv"), folder.path("in.html"));

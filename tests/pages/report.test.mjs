@@ -335,6 +335,13 @@ test("what was lost, and pins to which nothing came, stand on top", async () => 
     await page.close();
 });
 
+test("elements that a page has no room for are told", async () => {
+    const {page} = await open("wide.html");
+    assert.match(await page.locator("#signal-0-words").textContent(),
+        /1,024 elements each, .* 476 elements behind these are not on this page\./);
+    await page.close();
+});
+
 test("a night of nine channels opens soon and zooms to its finest", async () => {
     assert.ok(statSync(join(folder, "night.html")).size < 30e6);
     const begin = Date.now();

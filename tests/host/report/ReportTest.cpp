@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/report/Report.h"
 
+#include "host/live/LiveRun.h"
 #include "host/recording/ResultFile.h"
 #include "tests/host/kit/GraphFixture.h"
 
@@ -9,6 +10,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -183,7 +185,7 @@ TEST_F(ReportTest, ReplacesOnlyWhatARunHasWritten) {
     folder.write("mine.html", "<!DOCTYPE html>\n");
     EXPECT_EQ(refusalOf({.path = "mine.html"}),
               "report: found the file 'mine.html', which no run has written; expected another name, or "
-              "'overwrite: true' or --overwrite to replace it\n");
+              "--overwrite to replace it\n");
     EXPECT_EQ(refusalOf({.path = "mine.html", .overwrites = true}), "");
     for (const char* const taken : {"in.csv", "g.yaml", "out.csv", "out.csv.partial"})
         EXPECT_NE(
@@ -196,11 +198,48 @@ TEST_F(ReportTest, ReplacesOnlyWhatARunHasWritten) {
     EXPECT_EQ(refusalOf({.path = "copy.html"}), "") << "by its begin";
 }
 
-TEST_F(ReportTest, IsOfNoLiveRun) {
-    EXPECT_EQ(refusalOf({.path = "r.html"}, RunMode::Live),
-              "report: found a live run, which has no rounds that all blocks share; expected a run of "
-              "recordings as "
-              "fast as they can be read\n");
+TEST_F(ReportTest, OfALiveRunHasTheRowsOfItsResults) {
+    JobOptions options;
+    options.observer = std::make_shared<Report>(ReportOptions{.path = folder.path("r.html")});
+    LiveRun live(Job::fromFile(folder.write("g.yaml", kGraph), catalogue, options),
+                 {.speed = std::numeric_limits<double>::infinity()});
+    live.start();
+    live.wait();
+    const json report = json::parse(elementOf("report"));
+    EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,2\n0.5,-4\n1,6\n");
+    EXPECT_EQ(report["outcome"]["sinks"][0]["complete"], true);
+    EXPECT_EQ(report["graph"]["blocks"].size(), 3u);
+    ASSERT_EQ(report["signals"].size(), 1u);
+    EXPECT_EQ(report["signals"][0]["name"], "out.x");
+    EXPECT_EQ(numbersOf(report["signals"][0]["levels"][0]["times"]), (Numbers{0, 0.5, 1}));
+    EXPECT_EQ(numbersOf(report["signals"][0]["levels"][0]["low"]), (Numbers{2, -4, 6}));
+}
+
+TEST_F(ReportTest, OfALiveRunLeavesOutWhatIsWatchedAndSaysSo) {
+    EXPECT_EQ(refusalOf({.path = "r.html"}, RunMode::Live), "");
+    EXPECT_NE(refusalOf({.path = "g.yaml"}, RunMode::Live), "") << "its file is looked at all the same";
+    EXPECT_NE(refusalOf({.path = "r.html", .watched = {"twise"}}, RunMode::Live), "");
+    Job job = jobWith(ReportOptions{.path = folder.path("r.html"), .watched = {"twice"}});
+    const std::vector<Warning> warnings = job.check(RunMode::Live).getSortedWarnings();
+    ASSERT_EQ(warnings.size(), 1u);
+    EXPECT_EQ(warnings[0].getText(),
+              "watch twice: warning: the report of a live run shows what comes to results, and not this "
+              "output; a run of recordings as fast as they can be read shows it, too");
+}
+
+/// More elements than a page has room for are told.
+TEST_F(ReportTest, TellsOfElementsThatItLeavesOut) {
+    std::string rows = "t,x\n";
+    for (int i = 0; i < 3000; ++i)
+        rows += std::to_string(i) + "," + std::to_string(i % 7) + "\n";
+    folder.write("in.csv", rows);
+    const json report =
+        reportOf({}, "format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: in.csv, "
+                     "time: t, frame: 1500, pins: {x: [x]}}}\n" +
+                         kSink + "connections: [{from: in, to: out.x}]\n");
+    EXPECT_EQ(report["signals"][0]["columns"].size(), 1024u);
+    EXPECT_EQ(report["signals"][0]["leftOut"], 476);
+    EXPECT_EQ(reportOf({}, kGraph)["signals"][0]["leftOut"], 0);
 }
 
 TEST_F(ReportTest, ThatCantBeBegunKeepsTheRunFromBeginning) {

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/report/SignalCurves.h"
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// What a page shows in one panel: curves that share their times.
+struct ReportSignal {
+    ReportSignal(std::string signalName, SignalCurves signalCurves)
+        : name(std::move(signalName)), curves(std::move(signalCurves)) {}
+
+    std::string name; ///< `block.pin`, of a sink's input or of an output that is watched; or of a recording.
+    bool isWatched = false;
+    std::string unit = {};                 ///< Empty where nobody knows it.
+    std::vector<std::string> columns = {}; ///< As the sink's settings name them; none where they don't.
+    SignalCurves curves;
+};
+
+/// What of a run comes to be signals of its report.
+class SignalGatherer {
+public:
+    virtual ~SignalGatherer() = default;
+
+    /// Behind each round, where all blocks share rounds. [run]
+    virtual void look(double) {}
+    /// Behind the last one; then nothing runs any more. [any]
+    virtual void lookAtRest() {}
+
+    virtual std::vector<const ReportSignal*> getSignals() const = 0;
+    /// Which most signals have a sample in.
+    virtual std::uint64_t getRounds() const = 0;
+};
+
+} // namespace Quillmere::Host
