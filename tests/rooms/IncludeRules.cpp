@@ -53,6 +53,7 @@ const std::vector<Room> kRooms = {
     hostRoom("control", {"text", "description", "live"}),
     {.folder = "host/", .may = {"host/"}}, // the umbrella header
     {.folder = "cli/", .may = {"host/"}},
+    {.folder = "python/", .may = {"framework/", "host/"}},
 };
 
 bool isAllowed(const Room& room, const std::string& included) {

@@ -10,8 +10,9 @@ namespace fs = std::filesystem;
 
 namespace {
 const fs::path kRoot = SOURCE_FOLDER;
-const char* const kFolders[] = {"framework", "design", "spectral", "estimation", "blocks",     "plugin",
-                                "host",      "cli",    "fuzz",     "tests",      "benchmarks", "examples"};
+const char* const kFolders[] = {"framework", "design",     "spectral", "estimation", "blocks",
+                                "plugin",    "host",       "cli",      "python",     "fuzz",
+                                "tests",     "benchmarks", "examples"};
 
 /// The files in a folder, and in those within it, that a predicate takes.
 template <class Predicate>

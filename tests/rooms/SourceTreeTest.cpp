@@ -102,7 +102,7 @@ TEST(SourceTreeTest, ReservedNamesAreNotTaken) {
     const std::regex reserved(R"re(\b(_\w+|\w*__\w*)\b)re");
     const std::regex given(
         R"re(__(restrict|attribute__|has_feature|x86_64__|SSE2__|AVX__|VA_ARGS__)|)re"
-        R"re(__(SANITIZE|builtin|libc|sanitizer|asan|tsan)_\w+|_SC_PAGESIZE|_exit|_mm(256)?_\w+)re");
+        R"re(__(SANITIZE|builtin|libc|sanitizer|asan|tsan)_\w+|_SC_PAGESIZE|_exit|_mm(256)?_\w+|_Py_IsFinalizing|_native)re");
     for (const std::string& path : sourceFiles()) {
         std::istringstream lines(textOf(path));
         std::string line;
