@@ -443,9 +443,9 @@ class LiveRun:
     def wait_rows(self, sink: str, timeout: float | None = None) -> bool:
         """Waits until the sink has rows that weren't taken; False when the time is over, or the run."""
     @property
-    def sinks(self) -> list[str]:
+    def sinks(self) -> Sequence[str]:
         """The kept ones."""
-    def statistics(self) -> list[str]:
+    def statistics(self) -> Sequence[str]:
         """Lines for people: what each block and link has done."""
     def stop(self, timeout: float | None = None) -> bool:
         """Ends it in order: sources give no more, what is in the links comes out, results are whole. Waits
