@@ -152,6 +152,7 @@ private:
                                         const std::stop_token& stop) const;
 
     GraphArguments arguments;
+    std::size_t threads = 1;
     std::optional<std::uint64_t> steps; ///< Rounds.
     std::optional<double> duration;     ///< Seconds of stream time.
     std::string speed = "1";

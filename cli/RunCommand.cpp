@@ -43,6 +43,8 @@ constexpr const char* kPictureOption = "--picture";
 constexpr const char* kAsFastAsItCan = "max";
 constexpr const char* kReportOption = "--report";
 constexpr const char* kWatchOption = "--watch";
+constexpr const char* kThreadsOption = "--threads";
+constexpr std::size_t kMostThreads = 256;
 constexpr const char* kSummaryOption = "--summary-json";
 
 double speedOf(const std::string& text) {
@@ -62,6 +64,14 @@ std::string checkSteps(const std::string& text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), steps);
     if (error == std::errc() && end == text.data() + text.size() && steps > 0) return {};
     return refusal(text, "a whole number above 0");
+}
+
+std::string checkThreads(const std::string& text) {
+    std::size_t threads = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), threads);
+    const bool isWhole = error == std::errc() && end == text.data() + text.size();
+    if (isWhole && threads > 0 && threads <= kMostThreads) return {};
+    return refusal(text, "a whole number from 1 to " + std::to_string(kMostThreads));
 }
 
 std::string checkDuration(const std::string& text) {
@@ -123,9 +133,16 @@ RunCommand::RunCommand(CLI::App& command) {
     command.add_option(kPictureOption, picture, "Draw the results, too, at the end of the run.")
         ->type_name("FILE.svg|FILE.png")
         ->check(checkFile);
+    CLI::Option* const sharing =
+        command
+            .add_option(kThreadsOption, threads,
+                        "Let N threads share the work of an offline run; its results are the same.")
+            ->type_name("N")
+            ->check(checkThreads);
     command.add_flag("--quiet", isQuiet, "Print neither progress nor a summary.");
     CLI::Option* const live = command.add_flag(
         "--live", isLive, "Run in real time, a thread for each layout; pipes are read as they come.");
+    live->excludes(sharing);
     command.add_option("--speed", speed, "Pace recordings so many times as fast as they were taken, or max.")
         ->type_name("FACTOR|max")
         ->check(checkSpeed)
@@ -142,6 +159,7 @@ JobOptions RunCommand::jobOptions() const {
             .limit = {steps, duration},
             .isStrict = arguments.isStrict,
             .overwrites = arguments.overwrites,
+            .threads = threads,
             .isControlled = control.has_value(),
             .roundsName = {.name = "--steps", .value = "N"},
             .secondsName = {.name = "--duration", .value = "SECONDS"},

@@ -5,12 +5,14 @@
 #include "host/description/GraphDescription.h"
 #include "host/text/Complaint.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace Quillmere::Host {
 
 class HostBlock;
+class WorkThread;
 
 /// What a `Source` or a `Sink` has beside it that reads or writes a file.
 class QUILLMERE_API FileEnd {
@@ -26,6 +28,11 @@ public:
     /// The file that it reads or writes, `-` for standard input or output, and where the graph names it.
     const std::string& getPath() const { return path; }
     const Place& getPathPlace() const { return pathPlace; }
+
+    /// Leaves it to that thread to read ahead or to write what comes from now on, which makes no difference
+    /// but to speed; `ResultEnd::handOver` isn't called then. Who can't do so reads and writes as ever.
+    /// Requires: open, and no row so far. [setup]
+    virtual void setThread(std::shared_ptr<WorkThread>) {}
 
     /// Every file that it reads, or that it writes under whatever name until the result is whole. [setup]
     virtual std::vector<File> getFiles() const = 0;

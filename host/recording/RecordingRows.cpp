@@ -2,11 +2,13 @@
 #include "host/recording/RecordingRows.h"
 
 #include "host/ends/RecordingException.h"
+#include "host/recording/ReadAhead.h"
 #include "host/text/Complaint.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -20,6 +22,11 @@ RecordingRows::RecordingRows(std::unique_ptr<RecordingReader> recordingReader, R
       hasSample(plan.pins.size()) {
     reader->select(plan.chosen);
     reader->setMissing(plan.missing);
+}
+
+void RecordingRows::setThread(std::shared_ptr<WorkThread> thread) {
+    if (reader->getIsPiped()) return;
+    reader = std::make_unique<ReadAhead>(std::move(reader), plan.chosen, plan.timeCell, std::move(thread));
 }
 
 RecordingRows::Row RecordingRows::take() {

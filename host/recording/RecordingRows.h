@@ -4,6 +4,7 @@
 #include "framework/core/Api.h"
 #include "host/ends/SourceAccount.h"
 #include "host/recording/RecordingReader.h"
+#include "host/recording/WorkThread.h"
 #include "host/ends/TimeStampWatch.h"
 
 #include <cstddef>
@@ -52,6 +53,9 @@ public:
     enum class Row { Taken, Skipped, End };
 
     RecordingRows(std::unique_ptr<RecordingReader> reader, RowPlan plan);
+
+    /// Leaves it to that thread to read ahead, but for a pipe, which may have to be waited for. [setup]
+    void setThread(std::shared_ptr<WorkThread> thread);
 
     /// Reads the next row. Raises `RecordingException` for a bad one that ends the run. [run]
     Row take();

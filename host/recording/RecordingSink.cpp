@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -48,7 +49,10 @@ bool RecordingSink::getIsRowFull() const {
 }
 
 void RecordingSink::writeRow(double time) {
-    table->writeRow(time, samples);
+    if (queue != nullptr)
+        queue->writeRow(time, samples);
+    else
+        table->writeRow(time, samples);
     for (RowWatcher* const watcher : watchers)
         watcher->takeRow(time, samples);
     for (std::size_t i = 0; i < samples.size(); ++i)
@@ -63,7 +67,7 @@ void RecordingSink::noteNonFinite(std::size_t pin, double time) {
         ++account.nonFiniteOfPin[pin];
         if (account.nonFiniteValues++ > 0) continue;
         account.firstTime = time;
-        account.firstRow = table->getRows();
+        account.firstRow = getRows();
         account.firstColumn = columns.getName(inputs[pin].getName(), static_cast<std::size_t>(i));
     }
 }
@@ -143,23 +147,47 @@ void RecordingSink::open() {
     gathered.resize(inputs.size());
 }
 
+void RecordingSink::setThread(std::shared_ptr<WorkThread> thread) {
+    queue = std::make_unique<TableQueue>(*table, std::move(thread));
+}
+
+std::uint64_t RecordingSink::getRows() const {
+    if (queue != nullptr) return queue->getRows();
+    return table == nullptr ? 0 : table->getRows();
+}
+
+/// Everything is written by then, or it is raised why not.
+void RecordingSink::endQueue() {
+    if (queue == nullptr) return;
+    const std::unique_ptr<TableQueue> ending = std::move(queue);
+    ending->wait();
+}
+
 void RecordingSink::finish() {
     endGatheredRow();
+    endQueue();
     table->finish();
 }
 
 void RecordingSink::complete() {
     endGatheredRow();
+    endQueue();
     table->complete();
 }
 
 void RecordingSink::abandon() {
     if (table == nullptr) return;
-    endGatheredRow();
+    try {
+        endGatheredRow();
+        endQueue();
+    } catch (...) {
+        queue.reset(); // who abandons a result knows why
+    }
     table->abandon();
 }
 
 void RecordingSink::discard() {
+    queue.reset();
     if (table != nullptr) table->discard();
 }
 

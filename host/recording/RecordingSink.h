@@ -8,6 +8,7 @@
 #include "host/recording/ResultColumns.h"
 #include "host/recording/RowWatcher.h"
 #include "host/recording/TableForm.h"
+#include "host/recording/TableQueue.h"
 #include "host/recording/TableWriter.h"
 
 #include <deque>
@@ -60,7 +61,8 @@ public:
     void complete() override;
     void abandon() override;
     void discard() override;
-    std::uint64_t getRows() const override { return table == nullptr ? 0 : table->getRows(); }
+    void setThread(std::shared_ptr<WorkThread> thread) override;
+    std::uint64_t getRows() const override;
     bool getIsComplete() const override { return table != nullptr && table->getIsComplete(); }
     ResultAccount getAccount() const override { return account; }
     std::string getPartialPath() const override { return table == nullptr ? "" : table->getPartialPath(); }
@@ -72,6 +74,7 @@ private:
     void writeRow(double time);
     void noteNonFinite(std::size_t pin, double time);
     void endGatheredRow();
+    void endQueue();
 
     std::unordered_map<std::string, Core::InputPin<Core::MatrixXd>*> inputsByName;
     std::deque<Core::InputPin<Core::MatrixXd>> inputs; ///< Pins can't move.
@@ -81,6 +84,7 @@ private:
 
     std::stop_token stop;
     std::unique_ptr<TableWriter> table;
+    std::unique_ptr<TableQueue> queue; ///< To the thread that writes; null where this one does.
     std::vector<RowWatcher*> watchers;
     ResultAccount account;
     /// Of the row that is being written, null where nothing came.

@@ -19,6 +19,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -50,6 +51,7 @@ public:
     void configure(const GraphDescription::Block& description, const std::string& folder,
                    Complaints& complaints) override;
     void open(Complaints& complaints) override;
+    void setThread(std::shared_ptr<WorkThread> thread) override { recording->setThread(std::move(thread)); }
     bool prepare() override;
     bool getIsPrepared() override;
     bool getHasMore() const override { return hasMore; }

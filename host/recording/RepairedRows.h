@@ -32,6 +32,12 @@ public:
     RepairedRows(const RepairedRows&) = delete; // its rows point into it
     RepairedRows& operator=(const RepairedRows&) = delete;
 
+    /// As `RecordingRows` has it. Where times are repaired nothing is read ahead, since a time at which that
+    /// ends the run is told with the row's place. [setup]
+    void setThread(std::shared_ptr<WorkThread> thread) {
+        if (!isRepairing) rows.setThread(std::move(thread));
+    }
+
     /// Goes on by one row that is read, or that was made of those that were. Raises `RecordingException` for
     /// one that ends the run. [run]
     Row take();

@@ -33,7 +33,8 @@ std::string TableWriter::Group::getColumn(std::size_t element) const {
 
 TableWriter::TableWriter(const std::string& path, std::string name, std::vector<Group> list,
                          ResultOptions options, const std::stop_token& stop)
-    : file(path, std::move(options), stop), writer(file), timeName(std::move(name)), groups(std::move(list)) {
+    : file(path, std::move(options), stop), writer(file), timeName(std::move(name)), groups(std::move(list)),
+      cellsOfRow(groups.size()) {
     Widths known{.firstRow = 0, .columns = {}};
     for (const Group& group : groups)
         known.columns.push_back(group.columns.size());
@@ -41,37 +42,44 @@ TableWriter::TableWriter(const std::string& path, std::string name, std::vector<
 }
 
 void TableWriter::writeRow(double time, const std::vector<const MatrixXd*>& samples) {
-    if (!getFits(samples)) grow(samples);
+    Cells* cells = cellsOfRow.data();
+    for (const MatrixXd* const sample : samples)
+        *cells++ = sample == nullptr ? Cells()
+                                     : Cells{sample->data(), static_cast<std::size_t>(sample->size()), true};
+    writeCells(time, cellsOfRow);
+}
+
+void TableWriter::writeCells(double time, const std::vector<Cells>& cells) {
+    if (!getFits(cells)) grow(cells);
     if (!hasBegun) begin();
     writer.writeNumber(time);
-    const std::vector<std::size_t>& columns = widths.back().columns;
-    for (std::size_t group = 0; group < groups.size(); ++group) {
-        const MatrixXd* sample = samples[group];
-        const std::size_t elements = sample == nullptr ? 0 : static_cast<std::size_t>(sample->size());
-        for (std::size_t i = 0; i < elements; ++i)
-            writer.writeNumber(sample->data()[i]);
-        for (std::size_t i = elements; i < columns[group]; ++i)
+    const std::size_t* columns = widths.back().columns.data();
+    for (const Cells& group : cells) {
+        for (std::size_t i = 0; i < group.size; ++i)
+            writer.writeNumber(group.values[i]);
+        for (std::size_t i = group.size; i < *columns; ++i)
             writer.writeEmpty();
+        ++columns;
     }
     writer.endRow();
 }
 
 /// Whether each group has as many columns as its sample has elements, as nearly always.
-bool TableWriter::getFits(const std::vector<const MatrixXd*>& samples) const {
+bool TableWriter::getFits(const std::vector<Cells>& cells) const {
     const std::size_t* columns = widths.back().columns.data();
-    for (const MatrixXd* const sample : samples) {
-        if (sample != nullptr && static_cast<std::size_t>(sample->size()) != *columns) return false;
+    for (const Cells& group : cells) {
+        if (group.isThere && group.size != *columns) return false;
         ++columns;
     }
     return true;
 }
 
 /// Widens the groups whose samples have more elements than there are columns so far.
-void TableWriter::grow(const std::vector<const MatrixXd*>& samples) {
+void TableWriter::grow(const std::vector<Cells>& cells) {
     std::vector<std::size_t>* columns = &widths.back().columns;
     for (std::size_t group = 0; group < groups.size(); ++group) {
-        if (samples[group] == nullptr) continue;
-        const auto elements = static_cast<std::size_t>(samples[group]->size());
+        if (!cells[group].isThere) continue;
+        const std::size_t elements = cells[group].size;
         if (!groups[group].columns.empty()) requireNamedWidth(group, elements);
         if (elements <= (*columns)[group]) continue;
         if (hasBegun && file.getIsDirect()) requireKnownWidth(group, elements);

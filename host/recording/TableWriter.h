@@ -34,6 +34,13 @@ public:
         std::string getColumn(std::size_t element) const;
     };
 
+    /// What a group has in a row: elements one after the other, or nothing.
+    struct Cells {
+        const double* values = nullptr;
+        std::size_t size = 0;
+        bool isThere = false; ///< A sample may be empty.
+    };
+
     /// Opens the result. Raises `RecordingException` when it can't be written. `stop`: see `ResultFile`.
     /// Requires: no name has a line end.
     TableWriter(const std::string& path, std::string timeName, std::vector<Group> groups,
@@ -42,6 +49,10 @@ public:
     /// Writes a row: `samples[i]` belongs to group i and may be null. Raises when a group with names of its
     /// own gets a sample with another number of elements, and when the file can't be written.
     void writeRow(double time, const std::vector<const Core::MatrixXd*>& samples);
+    /// The same of samples that aren't matrices any more.
+    void writeCells(double time, const std::vector<Cells>& cells);
+
+    std::size_t getGroupCount() const { return groups.size(); }
 
     /// Whether rows wait for the next `flush`.
     bool getHoldsRows() const { return writer.getHoldsRows(); }
@@ -74,8 +85,8 @@ private:
         std::vector<std::size_t> columns;
     };
 
-    bool getFits(const std::vector<const Core::MatrixXd*>& samples) const;
-    void grow(const std::vector<const Core::MatrixXd*>& samples);
+    bool getFits(const std::vector<Cells>& cells) const;
+    void grow(const std::vector<Cells>& cells);
     void requireNamedWidth(std::size_t group, std::size_t elements) const;
     void requireKnownWidth(std::size_t group, std::size_t elements) const;
     std::vector<std::string> header(const std::vector<std::size_t>& columns) const;
@@ -88,6 +99,7 @@ private:
     CsvWriter writer;
     std::string timeName;
     std::vector<Group> groups;
+    std::vector<Cells> cellsOfRow; ///< That is written, one for each group.
     /// The last entry is in force; the first is the header's as long as it is the only one.
     std::vector<Widths> widths;
     bool hasBegun = false;

@@ -6,11 +6,13 @@
 #include "host/graph/ClockWarnings.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/graph/SettingRules.h"
+#include "host/recording/WorkThread.h"
 #include "host/response/DesignWarnings.h"
 #include "host/run/OfflineRunner.h"
 #include "host/run/RunReview.h"
 #include "host/run/RunSummary.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <optional>
@@ -77,6 +79,7 @@ public:
     std::optional<RunOutcome> begin(const std::stop_token& stop);
     RunOutcome interrupted(const InterruptedException& exception);
     RunOutcome completed(RunOutcome outcome);
+    void shareWork();
 
     const JobOptions options;
     const GraphDescription description;
@@ -236,6 +239,19 @@ RunOutcome Job::Implementation::completed(RunOutcome outcome) {
     return outcome;
 }
 
+/// Threads for what can be done beside the blocks; more than there are files would have nothing to do.
+void Job::Implementation::shareWork() {
+    std::vector<FileEnd*> ends;
+    for (const Graph::Node& node : graph.getNodes())
+        if (node.file != nullptr) ends.push_back(node.file);
+    std::vector<std::shared_ptr<WorkThread>> threads(
+        std::min(std::max<std::size_t>(options.threads, 1) - 1, ends.size()));
+    for (std::shared_ptr<WorkThread>& thread : threads)
+        thread = std::make_shared<WorkThread>();
+    for (std::size_t i = 0; i < ends.size() && !threads.empty(); ++i)
+        ends[i]->setThread(threads[i % threads.size()]);
+}
+
 namespace {
 /// What can't be written beside the results makes a failure of a run that was whole, whose results have their
 /// names.
@@ -299,6 +315,7 @@ const Complaints& Job::check(RunMode mode) {
 RunOutcome Job::run(const std::stop_token& stop, const ProgressHandler& onProgress) {
     if (std::optional<RunOutcome> refused = begin(RunMode::Offline, stop)) return *refused;
     const JobOptions& options = implementation->options;
+    implementation->shareWork();
     OfflineRunner runner(implementation->graph, options.limit, options.isStrict, options.observer.get());
     return implementation->completed(runner.run(stop, onProgress));
 }

@@ -10,6 +10,7 @@
 #include "host/run/RunOutcome.h"
 #include "host/text/Complaint.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -31,9 +32,12 @@ struct JobOptions {
     };
 
     GraphChanges changes{};
-    RunLimit limit{};          ///< For a graph without sources, which offline doesn't end without one.
-    bool isStrict = false;     ///< Whether warnings count as complaints, also those that a run ends with.
-    bool overwrites = false;   ///< Whether results may replace files that no run has made.
+    RunLimit limit{};        ///< For a graph without sources, which offline doesn't end without one.
+    bool isStrict = false;   ///< Whether warnings count as complaints, also those that a run ends with.
+    bool overwrites = false; ///< Whether results may replace files that no run has made.
+    /// How many threads share the work of a run offline, above 0: one that runs the blocks, and others that
+    /// write results and read recordings. What comes of it is the same.
+    std::size_t threads = 1;
     bool isControlled = false; ///< Whether somebody can fire commands while it runs, as through a console.
     LimitName roundsName{.name = "limit.rounds"};
     LimitName secondsName{.name = "limit.seconds"};

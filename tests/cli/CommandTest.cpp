@@ -685,4 +685,24 @@ TEST_F(Command, TwoRunsGiveTheSameBytesAndAGainOfOneGivesThemBack) {
     EXPECT_EQ(folder.read("back.csv"), first);
 }
 
+TEST_F(Command, ThreadsThatShareTheWorkChangeNoByte) {
+    std::string text = "t,x\n";
+    for (int i = 0; i < 40000; ++i)
+        text += std::to_string(0.01 * i) + "," + std::to_string(0.7 * i) + "\n";
+    folder.write("in.csv", text);
+    ASSERT_EQ(call({"run", "g.yaml"}).exitCode, 0);
+    const std::string first = folder.read("out.csv");
+    const Ended ended = call({"run", "g.yaml", "--threads", "2"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_TRUE(folder.read("out.csv") == first);
+    for (const char* const threads : {"0", "-1", "2.5", "many", "257"}) {
+        const Ended refused = call({"run", "g.yaml", "--threads", threads});
+        EXPECT_EQ(refused.exitCode, 2) << threads;
+        EXPECT_NE(refused.err.find("expected a whole number from 1 to 256"), std::string::npos)
+            << refused.err;
+    }
+    const Ended live = call({"run", "g.yaml", "--live", "--threads", "2"});
+    EXPECT_EQ(live.exitCode, 2) << "there every layout has a thread";
+}
+
 } // namespace
