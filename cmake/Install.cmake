@@ -4,6 +4,12 @@
 
 include(CMakePackageConfigHelpers)
 
+# All that is built of what is installed, for who needs no tests.
+add_custom_target(product DEPENDS quillmere Velmarind VelmarindEveryday completion)
+if(TARGET reference)
+  add_dependencies(product reference)
+endif()
+
 set(headers "${CMAKE_INSTALL_INCLUDEDIR}/velmarind")
 set(package "${CMAKE_INSTALL_LIBDIR}/cmake/Velmarind")
 

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Device.h"
 
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <cmath>
 
-Device::Device() : driver([this] { drive(); }) {}
+Device::Device() : event(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)), driver([this] { drive(); }) {}
 
 Device::~Device() {
     {
@@ -11,6 +14,7 @@ Device::~Device() {
         isOver = true;
     }
     driver.join();
+    ::close(event);
 }
 
 std::optional<Reading> Device::take(std::chrono::milliseconds patience) {
@@ -19,6 +23,8 @@ std::optional<Reading> Device::take(std::chrono::milliseconds patience) {
     if (queue.empty()) return std::nullopt;
     const Reading reading = queue.front();
     queue.pop_front();
+    eventfd_t count = 0;
+    if (queue.empty()) ::eventfd_read(event, &count);
     return reading;
 }
 
@@ -31,6 +37,7 @@ void Device::drive() {
         const std::lock_guard lock(mutex);
         if (isOver) return;
         queue.push_back({time, {std::sin(30.0 * time), std::cos(30.0 * time), 1.0}});
+        ::eventfd_write(event, 1);
         arrived.notify_one();
     }
 }

@@ -24,10 +24,13 @@ public:
 
     /// The oldest reading; where there is none yet, waits for one, but no longer than `patience`. [any]
     std::optional<Reading> take(std::chrono::milliseconds patience);
+    /// Something to read as long as a reading waits. [any]
+    int getDescriptor() const { return event; }
 
 private:
     void drive();
 
+    const int event;
     std::mutex mutex;
     std::condition_variable arrived;
     std::deque<Reading> queue; ///< Under `mutex`.

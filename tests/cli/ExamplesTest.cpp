@@ -253,41 +253,4 @@ TEST_F(Examples, TheGuideToBlocksShowsCodeThatIsCompiled) {
     EXPECT_NE(guide.find(line), std::string::npos) << line;
 }
 
-/// The calls of the command in the `sh` passages of a document. Those that take their time, and what needs
-/// another program beside them or a plug-in that the reader builds, are left out.
-std::vector<std::string> callsIn(const std::string& document) {
-    std::vector<std::string> calls;
-    std::istringstream lines(contentOf(document));
-    bool isShell = false;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with("```")) isShell = line == "```sh";
-        if (!isShell || !(line.starts_with("quillmere ") || line.starts_with("sensor | ") ||
-                          line.starts_with("python3 examples/simulate")))
-            continue;
-        const auto has = [&](const char* what) { return line.find(what) != std::string::npos; };
-        const bool isPaced = has("--live") && !has("sensor") && !has("--speed max");
-        if (!isPaced && !has("quillmere ctl") && !has("--plugin")) calls.push_back(line);
-    }
-    return calls;
-}
-
-TEST_F(Examples, WhatTheDocumentsShowCanBeTyped) {
-    std::filesystem::copy(EXAMPLES, folder.path("examples"), std::filesystem::copy_options::recursive);
-    folder.write("examples/wrist.csv", shakingWrist());
-    folder.write("mine.csv", shakingWrist());
-    const std::string setUp =
-        "set -euo pipefail; PATH=" + std::filesystem::path(QUILLMERE).parent_path().string() +
-        ":$PATH; sensor() { cat examples/wrist.csv; }; ";
-    std::size_t count = 0;
-    for (const char* const document :
-         {EXAMPLES "/../README.md", GUIDES "/events.md", GUIDES "/filters.md", GUIDES "/graphs.md",
-          GUIDES "/live.md", GUIDES "/motion.md", GUIDES "/spectra.md"})
-        for (const std::string& line : callsIn(document)) {
-            const Ended ended = Support::runProgram({"/bin/bash", "-c", setUp + line}, folder.path(""));
-            EXPECT_EQ(ended.exitCode, 0) << document << ": " << line << "\n" << ended.err;
-            ++count;
-        }
-    EXPECT_GE(count, 15u);
-}
-
 } // namespace
