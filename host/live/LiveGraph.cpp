@@ -2,6 +2,7 @@
 #include "host/live/LiveGraph.h"
 
 #include "framework/Quillmere.h"
+#include "host/graph/Followers.h"
 #include "host/graph/RateValues.h"
 #include "host/graph/RunOrder.h"
 #include "host/live/ControlException.h"
@@ -205,8 +206,9 @@ void LiveGraph::rearrange() {
 /// Requires: all layouts stand still, or no thread runs.
 void LiveGraph::arrangeAll() {
     placeTimeline();
+    const FollowerSet followers = followersAmong(blocks.getAll());
     for (LiveLayout& layout : layouts)
-        arrange(layout);
+        arrange(layout, followers);
     overflows.apply(blocks.getAll(), layouts, drive.room);
     drive.mostDrainRounds = getMostDrainRounds();
     if (!drive.getIsOver()) stir(); // sources and clocks may have come to another layout
@@ -225,12 +227,12 @@ std::uint64_t LiveGraph::getMostDrainRounds() const {
     return mostRounds * (crossings + 1);
 }
 
-void LiveGraph::arrange(LiveLayout& layout) {
+void LiveGraph::arrange(LiveLayout& layout, const FollowerSet& followers) {
     std::vector<Core::Filter*> held;
     for (Core::Filter* const block : blocks.getAll())
         if (block->getManager() == &layout.getBlocks()) held.push_back(block);
     layout.getBlocks().arrange(runOrder(held));
-    layout.refresh(sources);
+    layout.refresh(sources, followers);
 }
 
 LiveStatistics LiveGraph::getStatistics() {

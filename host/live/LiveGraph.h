@@ -99,7 +99,7 @@ private:
     bool anchorClock();
     double getStreamTime() const;
     void arrangeAll();
-    void arrange(LiveLayout& layout);
+    void arrange(LiveLayout& layout, const FollowerSet& followers);
     std::uint64_t getMostDrainRounds() const;
 
     Graph& graph;

@@ -36,7 +36,7 @@ LiveLayout::LiveLayout(std::string layoutId, Core::LayoutManager& blocks, LiveDr
     : id(std::move(layoutId)), layout(blocks), drive(liveDrive), pace(liveDrive, getGate()), rounds(&pace),
       seat(liveDrive.room, getGate()), finite(liveDrive.nonFiniteSeen), timer(liveDrive.countsSteps) {}
 
-void LiveLayout::refresh(std::deque<RunSource>& runSources) {
+void LiveLayout::refresh(std::deque<RunSource>& runSources, const FollowerSet& followers) {
     const std::vector<Core::Filter*>& blocks = layout.getFilters();
     std::vector<RunSource*> sources;
     for (RunSource& source : runSources)
@@ -51,7 +51,11 @@ void LiveLayout::refresh(std::deque<RunSource>& runSources) {
     handOver.watch(blocks);
     finite.watch(blocks);
     wish.takeUp(waiting.getMostRounds());
-    gatherRows(layout, sinks, rounds.getIsDriven());
+    std::vector<Core::Filter*> ownFollowers;
+    for (Core::Filter* const block : blocks)
+        if (followers.contains(block)) ownFollowers.push_back(block);
+    bursts.watch(std::move(ownFollowers));
+    gatherRows(layout, sinks, rounds.getIsDriven(), followers);
 }
 
 void LiveLayout::takeUpClock() {
@@ -173,10 +177,9 @@ LiveLayout::Kind LiveLayout::choose(PassWish::Waker waker) {
 }
 
 LiveLayout::Kind LiveLayout::chooseKind() {
-    // What a block has sent in one step is gone before the next round adds to it.
-    const bool isBetweenRounds = waiting.getHasBursts() && wish.getIsWanted(waiting);
-    if (!wish.getIsDraining() && !isBetweenRounds && getIsRoundDue())
-        return beginRound() ? Kind::Round : Kind::None;
+    // What a block has sent in one step is gone before the next one adds to it.
+    if (bursts.getIsWanted()) return seat.getHasRoom() ? Kind::Followers : Kind::None;
+    if (!wish.getIsDraining() && getIsRoundDue()) return beginRound() ? Kind::Round : Kind::None;
     if (!wish.getIsWanted(waiting) || !seat.getHasRoom()) return Kind::None;
     wish.take();
     return Kind::Other;
@@ -211,9 +214,14 @@ bool LiveLayout::beginRound() {
     return true;
 }
 
+bool LiveLayout::getIsStepped(const Core::Filter& block, Kind kind) const {
+    if (kind == Kind::Round) return &block != getClock();
+    if (kind == Kind::Followers) return bursts.getIsFollower(block);
+    return !block.getInputPins().empty();
+}
+
 void LiveLayout::step(Core::Filter& block, Kind kind) {
-    const bool rests = kind == Kind::Round ? &block == getClock() : block.getInputPins().empty();
-    if (rests) return;
+    if (!getIsStepped(block, kind)) return;
     current = &block;
     timer.step(block);
     const bool isTimeKnown = kind == Kind::Round || roundCount.get() > 0;
@@ -226,14 +234,24 @@ void LiveLayout::endPass(Kind kind) {
     if (kind == Kind::Round) roundCount.add(1);
     if (drive.getIsCut()) return; // links may have come to another layout, as in `choose`
     seat.endPass(getIsExpecting());
-    if (kind == Kind::Round && waiting.getHasBursts())
-        wish.wake(PassWish::Waker::Sample, waiting.getMostRounds());
-    wish.endPass(waiting, rounds.getIsDriven());
-    if (wish.getMayRest() && !rounds.getIsDriven()) next = Next::Rest;
+    takeStock(kind);
     if (next == Next::Rest)
         handOver.rest();
     else
         handOver.endPass(Clock::now);
+}
+
+/// What has moved is looked at when the blocks behind those that make times have taken theirs.
+void LiveLayout::takeStock(Kind kind) {
+    if (kind == Kind::Followers) {
+        bursts.endPass();
+    } else {
+        bursts.beginPasses();
+        wish.settle();
+    }
+    if (bursts.getIsWanted()) return;
+    wish.look(waiting, rounds.getIsDriven());
+    if (wish.getMayRest() && !rounds.getIsDriven()) next = Next::Rest;
 }
 
 } // namespace Quillmere::Host

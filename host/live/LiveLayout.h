@@ -3,12 +3,14 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/Sink.h"
+#include "host/graph/Followers.h"
 #include "host/live/LiveDrive.h"
 #include "host/live/LivePace.h"
 #include "host/live/PassWish.h"
 #include "host/live/RoomSeat.h"
 #include "host/live/RowHandOver.h"
 #include "host/live/StepTimer.h"
+#include "host/run/BurstPasses.h"
 #include "host/run/FiniteWatch.h"
 #include "host/run/RoundChooser.h"
 #include "host/run/WaitingSamples.h"
@@ -25,9 +27,11 @@ namespace Quillmere::Host {
 
 /// One layout of a live run: a thread that steps its blocks as long as anything moves, and sleeps else.
 ///
-/// There are two kinds of passes. A round begins with a source whose next sample is due, or with the step of
-/// the layout's clock; it is the offline runner's round. Any other pass is there for what comes from other
-/// threads: samples over links that wake the layout, settings. Sources and generators rest in it.
+/// A pass is one of three kinds. A round begins with a source whose next sample is due, or with the step of
+/// the layout's clock; it is the offline runner's round. Another one is there for what comes from other
+/// threads: samples over links that wake the layout, settings. Sources and generators rest in it. Behind
+/// both, where a block has sent several samples in one step by times of its own, come those of the blocks
+/// behind it alone, until everything is through; the block isn't stepped again before.
 class QUILLMERE_API LiveLayout {
 public:
     /// Neither is owned; both outlive the layout's thread.
@@ -39,8 +43,9 @@ public:
     Core::Synchronizer& getGate() { return layout.getSynchronizer(); }
 
     /// Takes up what the layout holds now. `runSources` are all of the run's; where there are none, a
-    /// generator is the layout's clock. Requires: the gate is held, or no thread runs. [any, guarded]
-    void refresh(std::deque<RunSource>& runSources);
+    /// generator is the layout's clock. `followers` are those blocks of all layouts that stand behind blocks
+    /// which make times. Requires: the gate is held, or no thread runs. [any, guarded]
+    void refresh(std::deque<RunSource>& runSources, const FollowerSet& followers = {});
     /// Takes up the links to other layouts that are to lose nothing. Requires: as `refresh`. [any, guarded]
     void waitForRoomIn(std::vector<SendRoom::Link> links) { seat.watch(std::move(links)); }
     /// Its number on the board of those who wait for room. [any]
@@ -73,7 +78,7 @@ public:
 private:
     class Pass;
     using Clock = Core::Synchronizer::Clock;
-    enum class Kind { None, Round, Other };
+    enum class Kind { None, Round, Other, Followers };
     /// What the thread does behind a pass, or a look that led to none: look at once, or what is done outside
     /// the gate.
     enum class Next { Look, Timeline, Rest };
@@ -90,8 +95,10 @@ private:
     Kind chooseKind();
     bool getIsRoundDue();
     bool beginRound();
+    bool getIsStepped(const Core::Filter& block, Kind kind) const;
     void step(Core::Filter& block, Kind kind);
     void endPass(Kind kind);
+    void takeStock(Kind kind);
     /// Whether there are rounds to come, for which it wakes by itself.
     bool getIsExpecting() const { return !wish.getIsDraining() && !rounds.getHasEnded(); }
 
@@ -111,6 +118,7 @@ private:
     RowHandOver handOver;
     std::vector<Sink*> sinks;
     WaitingSamples waiting;
+    BurstPasses bursts;
     FiniteWatch finite;
     StepTimer timer;
 

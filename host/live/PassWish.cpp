@@ -39,8 +39,11 @@ bool PassWish::getIsWanted(WaitingSamples& waiting) {
     return wish == Wish::Pass;
 }
 
-void PassWish::endPass(WaitingSamples& waiting, bool isDriven) {
+void PassWish::settle() {
     wish = std::exchange(behindPass, Wish::None);
+}
+
+void PassWish::look(WaitingSamples& waiting, bool isDriven) {
     const bool isWakingOnly = isDriven && !getIsDraining();
     if (isWakingOnly && !waiting.getHasWakingLinks()) return;
     using Where = WaitingSamples::Where;

@@ -35,9 +35,16 @@ public:
     bool getIsWanted(WaitingSamples& waiting);
     /// The pass that is wanted begins.
     void take() { --passesLeft; }
-    /// Behind a pass or a round. With `isDriven` there are rounds to come, which bring what doesn't wake the
-    /// layout on its way.
-    void endPass(WaitingSamples& waiting, bool isDriven);
+    /// Behind a pass of all blocks or a round: nobody who wished one before it has a wish any more.
+    void settle();
+    /// Whether what that has moved, and what followed it, asks for another one. With `isDriven` there are
+    /// rounds to come, which bring what doesn't wake the layout on its way.
+    void look(WaitingSamples& waiting, bool isDriven);
+    /// Both.
+    void endPass(WaitingSamples& waiting, bool isDriven) {
+        settle();
+        look(waiting, isDriven);
+    }
     /// Whether nothing speaks for another pass.
     bool getMayRest() const { return wish == Wish::None; }
 

@@ -1,21 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/RowGathering.h"
 
-#include "host/plugins/KnownTypes.h"
-
 #include <set>
 
 namespace Quillmere::Host {
 
 namespace {
-/// Whether what a block waits for comes from another layout, or from a block that makes times, directly or
-/// through other blocks. Of control inputs only those count that such a block feeds itself: what comes over
-/// others makes no sample.
+/// Whether what a block waits for comes from another layout, directly or through other blocks. Control inputs
+/// don't count: what comes over them makes no sample.
 bool getIsFedFromElsewhere(const Core::PinManager& block, const Core::LayoutManager& layout,
                            std::set<const Core::PinManager*>& seen) {
     for (const Core::AbstractInputPin* const pin : block.getInputPins()) {
         const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
-        if (getMakesTimes(sender)) return true;
         if (sender == nullptr || !pin->getIsBlocking()) continue;
         if (Core::layoutOf(*sender) != &layout) return true;
         const Core::PinManager* const owner = sender->getManager();
@@ -25,10 +21,12 @@ bool getIsFedFromElsewhere(const Core::PinManager& block, const Core::LayoutMana
 }
 } // namespace
 
-void gatherRows(const Core::LayoutManager& layout, const std::vector<Sink*>& sinks, bool isDriven) {
+void gatherRows(const Core::LayoutManager& layout, const std::vector<Sink*>& sinks, bool isDriven,
+                const FollowerSet& followers) {
     for (Sink* const sink : sinks) {
         std::set<const Core::PinManager*> seen{sink};
-        sink->setGathersByTime(!isDriven || getIsFedFromElsewhere(*sink, layout, seen));
+        sink->setGathersByTime(!isDriven || followers.contains(sink) ||
+                               getIsFedFromElsewhere(*sink, layout, seen));
     }
 }
 

@@ -2,12 +2,12 @@
 #include "host/report/SignalTap.h"
 
 #include "framework/Quillmere.h"
+#include "host/graph/Followers.h"
 #include "host/graph/ManualShelf.h"
 #include "host/graph/UnitFinder.h"
 #include "host/plugins/KnownTypes.h"
 
 #include <algorithm>
-#include <set>
 
 namespace Quillmere::Host {
 
@@ -29,15 +29,11 @@ std::vector<std::string> columnNamesOf(const GraphDescription::Block& sink, cons
     return names;
 }
 
-/// As a sink there writes its rows: by time stamp behind a block that makes times, by round elsewhere.
-bool getIsBehindTimes(const Core::AbstractOutputPin* output,
-                      std::set<const Core::AbstractOutputPin*>& passed) {
-    if (output == nullptr || !passed.insert(output).second) return false;
-    if (getMakesTimes(output)) return true;
-    const auto& inputs = output->getManager()->getInputPins();
-    return std::any_of(inputs.begin(), inputs.end(), [&](const Core::AbstractInputPin* input) {
-        return getIsBehindTimes(input->getConnectedOutput(), passed);
-    });
+FollowerSet followersIn(const Graph& graph) {
+    std::vector<Core::Filter*> blocks;
+    for (const Graph::Node& node : graph.getNodes())
+        blocks.push_back(node.block.get());
+    return followersAmong(blocks);
 }
 
 bool getCarriesMatrices(const Core::AbstractOutputPin* output) {
@@ -46,7 +42,7 @@ bool getCarriesMatrices(const Core::AbstractOutputPin* output) {
 } // namespace
 
 SignalTap::SignalTap(Graph& graph, const std::vector<Core::AbstractOutputPin*>& watched)
-    : Filter("report", true) {
+    : Filter("report", true), followers(followersIn(graph)) {
     // A link within one layout is read in place.
     graph.getLayout().add(*this);
     std::size_t count = watched.size();
@@ -77,8 +73,7 @@ SignalTap::Signal& SignalTap::add(const std::string& name, bool isWatched, Core:
     signal.input.setBufferCapacity(capacity);
     signal.input.setIsLifo(isNewestFirst);
     output.attach(signal.input, false);
-    std::set<const Core::AbstractOutputPin*> passed;
-    signal.isByStamp = getIsBehindTimes(&output, passed);
+    signal.isByStamp = getMakesTimes(&output) || followers.contains(output.getManager());
     return signal;
 }
 

@@ -3,6 +3,7 @@
 
 #include "framework/core/Filter.h"
 #include "framework/transport/InputPin.h"
+#include "host/graph/Followers.h"
 #include "host/graph/Graph.h"
 #include "host/report/ReportSignal.h"
 
@@ -48,6 +49,7 @@ private:
     void findUnits(const Graph& graph);
     static void take(Signal& signal, double streamTime);
 
+    const FollowerSet followers;
     std::deque<Signal> signals; ///< Pins can't move.
     std::uint64_t rounds = 0;
     double lastTime = 0.0; ///< Seconds.

@@ -3,13 +3,12 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/RecordingException.h"
+#include "host/graph/Followers.h"
 #include "host/run/RunReview.h"
-#include "host/plugins/KnownTypes.h"
 #include "host/run/WaitingSamples.h"
 #include "host/text/Complaint.h"
 
 #include <algorithm>
-#include <set>
 
 namespace Quillmere::Host {
 
@@ -152,28 +151,16 @@ void OfflineRunner::runPass(const std::vector<Core::Filter*>& blocks) {
 }
 
 void OfflineRunner::findFollowers() {
-    std::set<const Core::PinManager*> behind;
-    for (Core::Filter* const step : steps) {
-        const auto& pins = step->getInputPins();
-        const bool isBehind = std::any_of(pins.begin(), pins.end(), [&](const auto* pin) {
-            const Core::AbstractOutputPin* const sender = pin->getConnectedOutput();
-            return sender != nullptr && (getMakesTimes(sender) || behind.contains(sender->getManager()));
-        });
-        if (!isBehind) continue;
-        behind.insert(step);
-        followers.push_back(step);
-        if (auto* const sink = dynamic_cast<Sink*>(step)) sink->setGathersByTime(true);
-    }
-    bursts.watch(followers);
+    std::vector<Core::Filter*> followers = followersOf(steps);
+    for (Core::Filter* const follower : followers)
+        if (auto* const sink = dynamic_cast<Sink*>(follower)) sink->setGathersByTime(true);
+    bursts.watch(std::move(followers));
 }
 
-/// Passes of the blocks behind those that make times, as long as something waits there and moves.
 void OfflineRunner::runFollowers(const std::stop_token& stop) {
-    if (followers.empty()) return;
-    for (std::uint64_t left = bursts.getMostRounds(); left > 0; --left) {
-        if (!bursts.countPass(WaitingSamples::Where::WakingLinks)) return;
+    for (bursts.beginPasses(); bursts.getIsWanted(); bursts.endPass()) {
         requireGoesOn(stop);
-        runPass(followers);
+        runPass(bursts.getFollowers());
     }
 }
 

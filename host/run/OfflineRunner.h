@@ -3,13 +3,13 @@
 
 #include "framework/core/Api.h"
 #include "host/graph/Graph.h"
+#include "host/run/BurstPasses.h"
 #include "host/run/FiniteWatch.h"
 #include "host/run/RoundChooser.h"
 #include "host/run/RunEnd.h"
 #include "host/run/RunLimit.h"
 #include "host/run/RunObserver.h"
 #include "host/run/RunOutcome.h"
-#include "host/run/WaitingSamples.h"
 
 #include <atomic>
 #include <cstdint>
@@ -77,9 +77,8 @@ private:
     std::function<void(const RunProgress&)> onProgress;
     std::deque<RunSource> sources;
     RoundChooser rounds;
-    std::vector<Core::Filter*> steps;     ///< What a round steps, in order.
-    std::vector<Core::Filter*> followers; ///< What of it stands behind blocks that make times.
-    WaitingSamples bursts;                ///< In the links to those.
+    std::vector<Core::Filter*> steps; ///< What a round steps, in order.
+    BurstPasses bursts;
     std::atomic<std::uint64_t> nonFiniteSeen{0};
     FiniteWatch finite{nonFiniteSeen};
     const RunLimit limit;

@@ -23,12 +23,17 @@ void WaitingSamples::watch(const std::vector<Core::Filter*>& blocks) {
         for (Core::AbstractInputPin* const pin : block->getInputPins()) {
             auto* const input = dynamic_cast<Core::InputPin<Core::MatrixXd>*>(pin);
             if (input == nullptr) continue;
-            const bool isBurst = getMakesTimes(input->getConnectedOutput());
-            links.push_back(
-                {.input = input, .isFromElsewhere = comesFromElsewhere(*input), .isBurst = isBurst});
-            mostRounds += input->getBufferCapacity();
+            const bool isFromElsewhere = comesFromElsewhere(*input);
+            const bool isOfMaker = getMakesTimes(input->getConnectedOutput());
+            const bool isBurst = isOfMaker && !isFromElsewhere;
+            const bool isWaking = isOfMaker && isFromElsewhere;
+            links.push_back({.input = input,
+                             .isFromElsewhere = isFromElsewhere,
+                             .isBurst = isBurst,
+                             .isWaking = isWaking});
+            mostRounds += isBurst ? 1 : input->getBufferCapacity();
             hasBursts = hasBursts || isBurst;
-            hasWakingLinks = hasWakingLinks || isBurst || input->getIsWaking();
+            hasWakingLinks = hasWakingLinks || isWaking || input->getIsWaking();
         }
     }
     count();
@@ -36,7 +41,7 @@ void WaitingSamples::watch(const std::vector<Core::Filter*>& blocks) {
 
 bool WaitingSamples::count() {
     bool hasMoved = false;
-    isAny = isAnyWaking = false;
+    isAny = isAnyWaking = isAnyBurst = false;
     for (Link& link : links) {
         const std::uint32_t waiting = link.input->getQueueLength();
         const std::uint64_t taken = link.input->getTakenCount();
@@ -44,7 +49,8 @@ bool WaitingSamples::count() {
         link.waiting = waiting;
         link.taken = taken;
         isAny = isAny || waiting > 0;
-        isAnyWaking = isAnyWaking || (waiting > 0 && (link.isBurst || link.input->getIsWaking()));
+        isAnyWaking = isAnyWaking || (waiting > 0 && (link.isWaking || link.input->getIsWaking()));
+        isAnyBurst = isAnyBurst || (waiting > 0 && link.isBurst);
     }
     return hasMoved;
 }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "host/text/ShortestText.h"
 #include "tests/host/kit/LiveFixture.h"
 
 #include <gtest/gtest.h>
@@ -41,6 +42,8 @@ protected:
     }
 
     std::string rows;
+    const std::string kFrames = "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, "
+                                "frame: 8, pins: {x: [x]}}}\n";
 };
 
 TEST_F(OwnTimesTest, EveryRowOfAFrameComesThrough) {
@@ -72,6 +75,82 @@ TEST_F(OwnTimesTest, WhatIsNotBehindThemStepsOnceARound) {
         "");
     const std::string steps = folder.read("steps.csv");
     EXPECT_EQ(std::count(steps.begin(), steps.end(), '\n'), 1 + 50 + 400) << "rows of frames and of singles";
+}
+
+TEST_F(OwnTimesTest, NothingBesideGoesRoundMoreOftenLive) {
+    const std::string text =
+        "format: 1\nblocks:\n" + kFrames +
+        "  - {id: single, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
+        "  - {id: rows, type: Unframe, properties: {Rate: 4}}\n"
+        "  - {id: level, type: FilterHysteresis}\n"
+        "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+        "  - {id: steps, type: RecordingSink, properties: {file: steps.csv}}\n"
+        "connections: [{from: in, to: rows}, {from: rows, to: out.x}, {from: single, to: level.input},\n"
+        "  {from: level, to: steps.x}]\n";
+    ASSERT_EQ(run(text), "");
+    const std::string offline = folder.read("steps.csv");
+    ASSERT_EQ(runLive(text), "");
+    EXPECT_EQ(folder.read("steps.csv"), offline);
+}
+
+TEST_F(OwnTimesTest, ALoopTakesAllWhoeverStandsFirst) {
+    const std::string text =
+        "format: 1\nblocks:\n" + kFrames +
+        "  - {id: rows, type: Unframe, properties: {Rate: 4}}\n"
+        "  - {id: back, type: FilterGain}\n"
+        "  - {id: sum, type: OddSum}\n"
+        "  - {id: out, type: RecordingSink, properties: {file: out.csv, columns: {x: [x]}}}\n"
+        "connections: [{from: in, to: rows}, {from: rows, to: sum.in}, {from: sum, to: back},\n"
+        "  {from: back, to: sum.back}, {from: back, to: out.x}]\n";
+    std::string wanted = "t,x\n";
+    double sum = 0.0;
+    for (int i = 0; i < 400; ++i) {
+        sum = i * i % 101 + 0.5 * sum;
+        wanted += shortTime(i) + "," + shortestText(sum) + "\n";
+    }
+    EXPECT_EQ(run(text), "");
+    EXPECT_EQ(folder.read("out.csv"), wanted);
+    EXPECT_EQ(warningsOfRun(), "");
+    EXPECT_EQ(runLive(text), "");
+    EXPECT_EQ(folder.read("out.csv"), wanted) << "live";
+}
+
+TEST_F(OwnTimesTest, SinksBehindThemGatherByTimeOverWhateverInput) {
+    const std::string text =
+        "format: 1\nblocks:\n" + kFrames +
+        "  - {id: one, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
+        "  - {id: two, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
+        "  - {id: rows, type: Unframe, properties: {Rate: 4}}\n"
+        "  - {id: gain, type: FilterGain}\n"
+        "  - {id: smooth, type: FilterButterworth}\n"
+        "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+        "connections: [{from: in, to: rows}, {from: rows, to: gain}, {from: gain, to: smooth.reset},\n"
+        "  {from: one, to: smooth.in}, {from: smooth.out, to: out.x}, {from: two, to: out.y}]\n";
+    ASSERT_EQ(run(text), "");
+    const std::string offline = folder.read("out.csv");
+    EXPECT_EQ(std::count(offline.begin(), offline.end(), '\n'), 1 + 400);
+    ASSERT_EQ(runLive(text), "");
+    EXPECT_EQ(folder.read("out.csv"), offline);
+}
+
+TEST_F(OwnTimesTest, OneThatAnotherLayoutFeedsTakesNoMoreBeforeItsSamplesAreThrough) {
+    std::string text = framesThrough("a", "b");
+    const auto change = [&](const std::string& from, const std::string& to) {
+        ASSERT_NE(text.find(from), std::string::npos) << from;
+        text.replace(text.find(from), from.size(), to);
+    };
+    change("{Rate: 4}, layout: a", "{Rate: 4}, layout: b");
+    change("to: rows}", "to: rows, buffer: 50}");
+    change("to: gain}", "to: gain, buffer: 8}");
+    prepare(text);
+    {
+        const Support::Hold hold(*liveRun, "gain.Gain", "2");
+        liveRun->start();
+        EXPECT_TRUE(Support::waitUntil([&] { return liveRun->getProgress().rounds == 50; }));
+    }
+    ASSERT_EQ(end(), "");
+    EXPECT_EQ(linkStatistics("gain.input").lost, 0U) << "as many as it holds, frame by frame";
+    EXPECT_EQ(linkStatistics("gain.input").taken, 400U);
 }
 
 TEST_F(OwnTimesTest, ARateThatABlockMakesIsFollowed) {

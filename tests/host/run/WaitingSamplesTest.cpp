@@ -13,9 +13,10 @@ using Quillmere::Host::WaitingSamples;
 
 class Node final : public Filter {
 public:
-    explicit Node(const std::string& name) : Filter(name, true), in("in", this), out("out", this) {}
+    explicit Node(const std::string& name, const char* type = "Node")
+        : Filter(name, true), in("in", this), out("out", this), typeName(type) {}
     void process() override {}
-    const char* getTypeName() const override { return "Node"; }
+    const char* getTypeName() const override { return typeName; }
 
     void take() {
         if (in.hasData()) in.take();
@@ -23,6 +24,9 @@ public:
 
     InputPin<MatrixXd> in;
     OutputPin<MatrixXd> out;
+
+private:
+    const char* typeName;
 };
 
 class Sender final : public Filter {
@@ -115,6 +119,29 @@ TEST_F(WaitingSamplesTest, MostRoundsAreTheBlocksThatTakeAndAllThatLinksHold) {
     waiting.watch({});
     EXPECT_EQ(waiting.getMostRounds(), 0u);
     EXPECT_FALSE(waiting.count());
+}
+
+TEST_F(WaitingSamplesTest, WhatABlockOfTheLayoutSendsByTimesOfItsOwnIsABurst) {
+    Node maker{"maker", "Unframe"};
+    Node behind{"behind"};
+    behind.in.setBufferCapacity(1000);
+    maker.out.attach(behind.in, false);
+    layout.add(maker);
+    layout.add(behind);
+    waiting.watch({&maker, &behind});
+    EXPECT_TRUE(waiting.getHasBursts());
+    EXPECT_FALSE(waiting.getHasWakingLinks());
+    EXPECT_EQ(waiting.getMostRounds(), 2u + 1u + 1u) << "through before a round ends, however many they are";
+    maker.out.send(0);
+    EXPECT_TRUE(waiting.countPass(WaitingSamples::Where::Bursts));
+    EXPECT_FALSE(waiting.getIsAnyWaking());
+    behind.take();
+    EXPECT_FALSE(waiting.countPass(WaitingSamples::Where::Bursts));
+    elsewhere.add(maker);
+    waiting.watch({&behind});
+    EXPECT_FALSE(waiting.getHasBursts()) << "from another layout it comes as others do";
+    EXPECT_TRUE(waiting.getHasWakingLinks());
+    EXPECT_EQ(waiting.getMostRounds(), 1u + 1000u);
 }
 
 } // namespace
