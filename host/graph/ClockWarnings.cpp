@@ -3,11 +3,13 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/MainInput.h"
+#include "host/graph/Followers.h"
 #include "host/plugins/KnownTypes.h"
 
 #include <algorithm>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace Quillmere::Host {
 
@@ -19,8 +21,10 @@ bool getAsksForStream(const Graph& graph) {
 /// Where stamps of the wall clock get to from one output.
 class Spread {
 public:
-    Spread(const Graph& runGraph, const Core::AbstractOutputPin& origin, Complaints& list)
-        : graph(runGraph), first(origin), complaints(list) {}
+    /// `followers` are the graph's. None is owned.
+    Spread(const Graph& runGraph, const FollowerSet& runFollowers, const Core::AbstractOutputPin& origin,
+           Complaints& list)
+        : graph(runGraph), followers(runFollowers), first(origin), complaints(list) {}
 
     void follow(const Core::AbstractOutputPin& output) {
         for (const Graph::Node& node : graph.getNodes()) {
@@ -34,7 +38,7 @@ private:
     void arrive(const Graph::Node& node, const Core::AbstractInputPin& input) {
         const std::string& type = node.description->type;
         if (node.sink != nullptr) {
-            if (getMakesRows()) warn(node, "makes the rows of '" + node.description->id + "'");
+            if (getMakesRows(*node.block)) warn(node, "makes the rows of '" + node.description->id + "'");
             return;
         }
         if (&input != mainInputOf(*node.block) || !seen.insert(node.block.get()).second) return;
@@ -44,10 +48,11 @@ private:
             follow(*output);
     }
 
-    /// A row has the time of its round, or that of its samples where they come from another layout.
-    bool getMakesRows() const {
+    /// A row has the time of its round, or that of its samples where they come from another layout or from
+    /// behind blocks that make times.
+    bool getMakesRows(const Core::Filter& sink) const {
         const bool isClock = graph.getSources().empty() && first.getManager()->getInputPins().empty();
-        return isClock || graph.getDescription().layouts.size() > 1;
+        return isClock || graph.getDescription().layouts.size() > 1 || followers.contains(&sink);
     }
 
     void warn(const Graph::Node& node, const std::string& what) {
@@ -59,18 +64,23 @@ private:
     }
 
     const Graph& graph;
+    const FollowerSet& followers;
     const Core::AbstractOutputPin& first;
     Complaints& complaints;
     std::set<const Core::Filter*> seen;
 };
 
 void warnOfStamps(const Graph& graph, Complaints& complaints) {
+    std::vector<Core::Filter*> blocks;
+    for (const Graph::Node& node : graph.getNodes())
+        if (node.block != nullptr) blocks.push_back(node.block.get());
+    const FollowerSet followers = followersAmong(blocks);
     for (const Graph::Node& node : graph.getNodes()) {
         if (node.block == nullptr || node.isFaulty) continue;
         const KnownType& type = getKnownType(node.description->type);
         for (const Core::AbstractOutputPin* const output : node.block->getOutputPins())
             if (type.getStampsWallClock(output->getName()))
-                Spread(graph, *output, complaints).follow(*output);
+                Spread(graph, followers, *output, complaints).follow(*output);
     }
 }
 

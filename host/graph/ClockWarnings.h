@@ -8,8 +8,8 @@ namespace Quillmere::Host {
 
 /// Warns of stamps of the wall clock that come to a block which reads times, directly or through blocks that
 /// pass them on; and to a sink where they make its rows: where they are the time of the graph's rounds, and
-/// where rows are gathered by time across layouts. Nothing is told of a graph whose blocks stamp the stream's
-/// time.
+/// where rows are gathered by time, across layouts and behind blocks that make times. Nothing is told of a
+/// graph whose blocks stamp the stream's time.
 void warnOfWallClock(const Graph& graph, Complaints& complaints);
 
 /// Complains of what an offline run couldn't do: stamp the stream's time where the block that tells it, in a

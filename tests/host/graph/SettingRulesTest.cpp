@@ -122,6 +122,22 @@ TEST_F(SettingRulesTest, AWallClockThatReachesAReaderOfTimesIsDoubtful) {
               std::string::npos);
 }
 
+TEST_F(SettingRulesTest, AWallClockMakesRowsBehindABlockThatMakesTimes) {
+    const auto text = [](const std::string& type) {
+        return "format: 1\nblocks:\n"
+               "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: x}}}\n"
+               "  - {id: edge, type: FilterEdge}\n  - {id: rows, type: " +
+               type +
+               "}\n  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+               "connections: [{from: in, to: edge}, {from: edge, to: rows}, {from: rows, to: out.x}]\n";
+    };
+    EXPECT_EQ(warningsOfGraph(text("Unframe")),
+              "g.yaml:6:10: warning: the wall clock, which 'edge.edge' stamps, makes the rows of 'out'; with "
+              "'clock: stream' it stamps the time of an offline run\n");
+    EXPECT_EQ(warningsOfGraph("clock: stream\n" + text("Unframe")), "");
+    EXPECT_EQ(warningsOfGraph(text("FilterGain")), "") << "by rounds, whatever the stamps";
+}
+
 class ClockRules : public SettingRulesTest {
 protected:
     using Rule = void (*)(const Graph&, Complaints&);
