@@ -37,10 +37,10 @@ const Bench::Table& table() {
 }
 
 std::string resultPath() {
-    return (table().folder / "result.csv").string();
+    return (table().folder.getPath() / "result.csv").string();
 }
 std::string pipePath() {
-    return (table().folder / "pipe").string();
+    return (table().folder.getPath() / "pipe").string();
 }
 
 /// Reads a whole file into `bytes`, which has its size.

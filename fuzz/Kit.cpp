@@ -77,19 +77,8 @@ void MemoryFile::write(std::string_view text) const {
     require(::pwrite(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
 }
 
-ResultFolder::ResultFolder() {
-    std::string name = "/dev/shm/velmarind-fuzz-XXXXXX";
-    require(::mkdtemp(name.data()) != nullptr);
-    folder = name;
-}
-
-ResultFolder::~ResultFolder() {
-    std::error_code error;
-    std::filesystem::remove_all(folder, error);
-}
-
 void ResultFolder::empty() const {
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
+    for (const auto& entry : std::filesystem::directory_iterator(folder.getPath()))
         std::filesystem::remove(entry.path());
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/graph/Graph.h"
+#include "tests/support/OwnFolder.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -36,20 +37,15 @@ private:
 /// A folder in memory for results; it goes with the program.
 class ResultFolder {
 public:
-    ResultFolder();
-    ~ResultFolder();
-    ResultFolder(const ResultFolder&) = delete;
-    ResultFolder& operator=(const ResultFolder&) = delete;
-
-    std::string path(const std::string& name) const { return folder + "/" + name; }
+    std::string path(const std::string& name) const { return folder.getPath().string() + "/" + name; }
     /// Removes what is in it.
     void empty() const;
 
 private:
-    std::string folder;
+    Support::OwnFolder folder{"velmarind-fuzz", "/dev/shm"};
 };
 
-/// This project's plug-in, loaded once.
+/// This project's plug-ins, loaded once.
 const Quillmere::Host::BlockCatalogue& catalogue();
 
 /// A new block of the catalogue's type number `index`, whatever the number.

@@ -2,13 +2,10 @@
 #pragma once
 
 #include "host/recording/CsvWriter.h"
-
-#include <unistd.h>
+#include "tests/support/OwnFolder.h"
 
 #include <cmath>
 #include <cstddef>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -25,9 +22,6 @@ inline constexpr std::size_t kRows = 200000;
 struct Table {
     /// Of that many decimals; 0: with all their digits.
     explicit Table(int digits) : values(kRows * kColumns) {
-        std::string name = (std::filesystem::temp_directory_path() / "quillmere-bench-XXXXXX").string();
-        if (::mkdtemp(name.data()) == nullptr) std::abort();
-        folder = name;
         std::mt19937_64 random(1);
         std::normal_distribution<double> noise;
         for (std::size_t i = 0; i < values.size(); ++i) {
@@ -43,9 +37,8 @@ struct Table {
         text.assign(std::istreambuf_iterator<char>(in), {});
         body = text.find('\n') + 1;
     }
-    ~Table() { std::filesystem::remove_all(folder); }
 
-    std::string path() const { return (folder / "table.csv").string(); }
+    std::string path() const { return (folder.getPath() / "table.csv").string(); }
 
     void write(Quillmere::Host::CsvWriter& writer) const {
         writer.writeHeader({"t", "a", "b", "c", "d", "e", "f", "g", "h", "i"});
@@ -57,7 +50,7 @@ struct Table {
     }
 
     std::vector<double> values;
-    std::filesystem::path folder;
+    Support::OwnFolder folder{"quillmere-bench"};
     std::string text;
     std::size_t body;
 };

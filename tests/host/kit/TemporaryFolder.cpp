@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -11,17 +11,6 @@
 namespace Support {
 
 namespace fs = std::filesystem;
-
-TemporaryFolder::TemporaryFolder() {
-    std::string name = (fs::temp_directory_path() / "quillmere-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder can be made");
-    folder = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code error;
-    fs::remove_all(folder, error);
-}
 
 std::string TemporaryFolder::write(std::string_view name, std::string_view text) const {
     std::ofstream file(path(name), std::ios::binary);
@@ -42,7 +31,7 @@ bool TemporaryFolder::has(std::string_view name) const {
 
 int TemporaryFolder::count() const {
     int entries = 0;
-    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder))
+    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder.getPath()))
         ++entries;
     return entries;
 }

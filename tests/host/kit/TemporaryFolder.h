@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <filesystem>
+#include "tests/support/OwnFolder.h"
+
 #include <string>
 #include <string_view>
 
@@ -10,13 +11,8 @@ namespace Support {
 /// A folder of its own for one test, removed with everything in it at the end.
 class TemporaryFolder {
 public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
     /// The path of a file in the folder.
-    std::string path(std::string_view name) const { return (folder / name).string(); }
+    std::string path(std::string_view name) const { return (folder.getPath() / name).string(); }
 
     /// Writes a file and returns its path.
     std::string write(std::string_view name, std::string_view text) const;
@@ -30,7 +26,7 @@ public:
     int count() const;
 
 private:
-    std::filesystem::path folder;
+    OwnFolder folder{"quillmere-test"};
 };
 
 } // namespace Support
