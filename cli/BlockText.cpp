@@ -41,6 +41,15 @@ void addUnit(TextLines& lines, const std::string& unit, const std::map<std::stri
                                                                                 : "in hertz, as in 5 Hz."));
 }
 
+/// Of a setting whose unit is one of time or frequency; nothing where another setting decides which.
+void addTimeUnit(TextLines& lines, const BlockManual& relations, const std::string& name) {
+    const auto told = relations.settingUnits.find(name);
+    if (told == relations.settingUnits.end() || !told->second.setting.empty()) return;
+    const bool isTime = told->second.unit == BlockManual::TimeUnit::Seconds;
+    lines.addText(kTextIndent,
+                  std::string("A graph may give it with a unit, as in ") + (isTime ? "200 ms." : "5 Hz."));
+}
+
 std::string rateText(const BlockManual::OutputRate& rate) {
     switch (rate.kind) {
     case BlockManual::OutputRate::Kind::Same:
@@ -93,6 +102,7 @@ void addSettings(TextLines& lines, const BlockDescription& block, const BlockPag
         const BlockPage::Setting* const told = page.findSetting(property.name);
         if (told != nullptr) lines.addText(kTextIndent, told->meaning);
         addUnit(lines, told == nullptr ? "" : told->unit, page.relations.settings, property.name);
+        addTimeUnit(lines, page.relations, property.name);
         if (told != nullptr && !told->why.empty()) lines.addText(kTextIndent, "On the default: " + told->why);
     }
 }

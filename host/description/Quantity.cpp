@@ -61,7 +61,8 @@ std::optional<Quantity> toQuantity(const Value& value) {
     const auto unit = std::find_if(kUnits.begin(), kUnits.end(),
                                    [&](const Unit& known) { return known.name == parts->unit; });
     if (unit == kUnits.end()) return std::nullopt;
-    return Quantity{unit->kind, parts->number * unit->numerator / unit->denominator};
+    return Quantity{unit->kind, parts->number * unit->numerator / unit->denominator,
+                    unit->numerator == unit->denominator};
 }
 
 std::optional<double> toNumberOf(Quantity::Kind kind, const Value& value, Complaints& complaints) {

@@ -14,7 +14,8 @@ struct Quantity {
     enum class Kind { Frequency, Time };
 
     Kind kind = Kind::Frequency;
-    double number = 0.0; ///< Hertz or seconds; finite.
+    double number = 0.0;      ///< Hertz or seconds; finite.
+    bool isAsWritten = false; ///< Whether it was told in hertz or seconds, so that nothing was made of it.
 };
 
 /// A scalar such as `5 Hz`, `0.5kHz`, `200 ms` or `1 min`, in quotes or without; nothing for whatever isn't

@@ -15,6 +15,7 @@ namespace Quillmere::Host {
 namespace {
 using RelativeTo = BlockManual::RelativeTo;
 using OutputRate = BlockManual::OutputRate;
+using TimeUnit = BlockManual::TimeUnit;
 
 constexpr const char* kKeyLetters = "abcdefghijklmnopqrstuvwxyz";
 
@@ -48,8 +49,11 @@ private:
                 takeRelations(entry.value, manual.inputs);
             else if (entry.key == "outputs")
                 takeOutputs(entry.value);
+            else if (entry.key == "times")
+                takeTimes(entry.value);
             else
-                complaints.add(entry.where, "the key '" + entry.key + "'", "settings, inputs or outputs");
+                complaints.add(entry.where, "the key '" + entry.key + "'",
+                               "settings, inputs, outputs or times");
         }
     }
 
@@ -59,8 +63,10 @@ private:
                 takeInputUnits(entry.value);
             else if (entry.key == "outputs")
                 takeOutputUnits(entry.value);
+            else if (entry.key == "settings")
+                takeSettingUnits(entry.value);
             else
-                complaints.add(entry.where, "the key '" + entry.key + "'", "inputs or outputs");
+                complaints.add(entry.where, "the key '" + entry.key + "'", "settings, inputs or outputs");
         }
     }
 
@@ -85,6 +91,41 @@ private:
             else
                 complaints.add(entry.value.where, entry.value.describe(), "same or {as: INPUT}");
         }
+    }
+
+    void takeSettingUnits(const Value& value) {
+        if (!getIsMap(value)) return;
+        for (const Value::Entry& entry : value.entries) {
+            BlockManual::SettingUnit unit;
+            const bool isByChoice =
+                entry.value.entries.size() == 1 && entry.value.entries.front().value.kind == Value::Kind::Map;
+            if (isByChoice) unit.setting = entry.value.entries.front().key;
+            if (isByChoice ? takeChoices(entry.value.entries.front().value, unit.choices)
+                           : takeUnit(entry.value, unit.unit))
+                manual.settingUnits.emplace(entry.key, std::move(unit));
+        }
+    }
+
+    bool takeChoices(const Value& value, std::map<std::string, TimeUnit>& choices) {
+        for (const Value::Entry& entry : value.entries)
+            if (!takeUnit(entry.value, choices[entry.key])) return false;
+        return true;
+    }
+
+    bool takeUnit(const Value& value, TimeUnit& unit) {
+        for (const TimeUnit known : {TimeUnit::Seconds, TimeUnit::Hertz}) {
+            if (!value.isScalar() || value.text != wordOf(known)) continue;
+            unit = known;
+            return true;
+        }
+        complaints.add(value.where, value.describe(), "s, Hz or {SETTING: {CHOICE: s, CHOICE: Hz}}");
+        return false;
+    }
+
+    void takeTimes(const Value& value) {
+        manual.takesAnyTimes = value.isScalar() && value.text == "any";
+        if (!manual.takesAnyTimes && !(value.isScalar() && value.text == "even"))
+            complaints.add(value.where, value.describe(), "even or any");
     }
 
     bool getIsMap(const Value& value) {
@@ -137,6 +178,10 @@ const Relation& find(RelativeTo relation) {
                          [&](const Relation& known) { return known.relation == relation; });
 }
 } // namespace
+
+const char* wordOf(BlockManual::TimeUnit unit) {
+    return unit == BlockManual::TimeUnit::Seconds ? "s" : "Hz";
+}
 
 const char* meaningOf(RelativeTo relation) {
     return find(relation).meaning;

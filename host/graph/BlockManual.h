@@ -25,6 +25,14 @@ struct QUILLMERE_API BlockManual {
         std::string setting = {}; ///< which is the time from one sample to the next, or how many a second.
     };
 
+    /// What a setting that is a time or a frequency is told in.
+    enum class TimeUnit { Seconds, Hertz };
+    struct SettingUnit {
+        TimeUnit unit = TimeUnit::Seconds;
+        std::string setting = {}; ///< A choice by which the unit goes; empty where it is always the same.
+        std::map<std::string, TimeUnit> choices = {};
+    };
+
     /// The unit of what an output sends.
     struct OutputUnit {
         std::string input = {}; ///< That of what comes there; empty for the main input.
@@ -33,8 +41,10 @@ struct QUILLMERE_API BlockManual {
     std::map<std::string, RelativeTo> settings = {};
     std::map<std::string, RelativeTo> inputs = {};
     std::map<std::string, OutputRate> outputs = {};
-    std::map<std::string, OutputUnit> outputUnits = {}; ///< Of outputs that keep a unit.
-    std::map<std::string, std::string> inputUnits = {}; ///< Of inputs that take one unit only.
+    bool takesAnyTimes = false; ///< Whether samples needn't come evenly, though a setting counts them.
+    std::map<std::string, SettingUnit> settingUnits = {}; ///< Of settings in seconds or hertz.
+    std::map<std::string, OutputUnit> outputUnits = {};   ///< Of outputs that keep a unit.
+    std::map<std::string, std::string> inputUnits = {};   ///< Of inputs that take one unit only.
 
     /// The manual of a type, from the file `TYPE.yaml` in the folder of its plug-in's manual; empty when the
     /// plug-in has none, which it doesn't need. What is wrong with it is complained of. [setup]
@@ -48,6 +58,8 @@ struct QUILLMERE_API BlockManual {
     static std::string fileOf(const std::string& type, const BlockCatalogue& catalogue);
 };
 
+/// As a manual says it: `s`, `Hz`.
+QUILLMERE_API const char* wordOf(BlockManual::TimeUnit unit);
 /// Behind a number: `of half the rate`, `radians a sample`, `samples`.
 QUILLMERE_API const char* meaningOf(BlockManual::RelativeTo relation);
 /// As a manual says it: `nyquist`, `radians`, `samples`.

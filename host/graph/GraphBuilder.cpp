@@ -32,9 +32,10 @@ std::uint32_t roomFor(const AbstractOutputPin& output) {
 
 } // namespace
 
-GraphBuilder::GraphBuilder(GraphParts& graphParts, const GraphDescription& graphDescription,
+GraphBuilder::GraphBuilder(GraphParts& graphParts, GraphDescription& graphDescription,
                            const BlockCatalogue& types, Complaints& list)
-    : parts(graphParts), description(graphDescription), catalogue(types), complaints(list) {}
+    : parts(graphParts), description(graphDescription), catalogue(types), complaints(list),
+      units(graphParts, graphDescription, types) {}
 
 void GraphBuilder::build() {
     checkOverflows(description, complaints);
@@ -43,7 +44,7 @@ void GraphBuilder::build() {
         if (node.block != nullptr) applySettings(node);
     for (const Connection& connection : description.connections)
         connect(connection);
-    TimelineBuilder timeline(parts, connected, complaints);
+    TimelineBuilder timeline(parts, connected, units, complaints);
     timeline.resolve(description.timeline);
     for (const Sink* const sink : parts.sinks)
         sink->checkPins(complaints);
@@ -100,10 +101,12 @@ void GraphBuilder::findEnds(Node& node) {
 void GraphBuilder::applySettings(Node& node) {
     Complaints own;
     checkOrigins(node, own);
-    if (node.hostBlock != nullptr)
-        node.hostBlock->configure(*node.description, description.getFolder(), own);
-    else
+    if (node.hostBlock == nullptr) {
+        units.convert(node, own);
         setProperties(node, own);
+    } else {
+        node.hostBlock->configure(*node.description, description.getFolder(), own);
+    }
     node.isFaulty = !own.isEmpty();
     complaints.add(own);
 }

@@ -5,6 +5,7 @@
 #include "host/description/GraphDescription.h"
 #include "host/graph/GraphParts.h"
 #include "host/graph/PinIndex.h"
+#include "host/graph/SettingUnits.h"
 #include "host/plugins/BlockCatalogue.h"
 
 #include <map>
@@ -18,7 +19,8 @@ namespace Quillmere::Host {
 class QUILLMERE_API GraphBuilder {
 public:
     /// `parts` are those of the description, which is resolved; nothing is owned.
-    GraphBuilder(GraphParts& parts, const GraphDescription& description, const BlockCatalogue& catalogue,
+    /// In the description numbers take the places of times and frequencies for which no rate is needed.
+    GraphBuilder(GraphParts& parts, GraphDescription& description, const BlockCatalogue& catalogue,
                  Complaints& complaints);
 
     /// Once.
@@ -48,6 +50,7 @@ private:
     const GraphDescription& description;
     const BlockCatalogue& catalogue;
     Complaints& complaints;
+    SettingUnits units;
     std::map<const Core::AbstractInputPin*, Place> connected; ///< For each input where its connection stands.
     PinIndex<Core::AbstractOutputPin> outputs;
     PinIndex<Core::AbstractInputPin> inputs;

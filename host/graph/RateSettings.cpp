@@ -105,7 +105,8 @@ void RateSettings::warnOfUnevenTime() {
     std::set<const GraphParts::Node*> told;
     for (const GraphParts::Node& node : parts.nodes) {
         if (node.block == nullptr || node.hostBlock != nullptr || node.isFaulty) continue;
-        if (finder.getManual(node.description->type).settings.empty()) continue;
+        const BlockManual& manual = finder.getManual(node.description->type);
+        if (manual.settings.empty() || manual.takesAnyTimes) continue;
         const FoundRate& found = finder.rateAt(*node.block);
         if (found.output != nullptr) parts.evenOutputs.emplace(found.output, node.getQuoted());
         if (!found.rate || found.rate->getIsSteady() || !told.insert(found.origin).second) continue;

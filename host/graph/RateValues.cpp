@@ -2,6 +2,7 @@
 #include "host/graph/RateValues.h"
 
 #include "host/description/Quantity.h"
+#include "host/graph/SettingUnits.h"
 #include "host/text/Printable.h"
 #include "host/text/ShortestText.h"
 
@@ -12,11 +13,6 @@ namespace Quillmere::Host {
 
 namespace {
 using RelativeTo = BlockManual::RelativeTo;
-
-std::string foundText(const Value& value, const RateValues::Target& target) {
-    return value.describe() + " for '" + target.name + "' of '" + target.block.getName() + "' (" +
-           target.type + ")";
-}
 
 std::optional<RelativeTo> relationOf(const BlockManual& manual, const RateValues::Target& target) {
     const auto& relations = target.isInput ? manual.inputs : manual.settings;
@@ -50,7 +46,7 @@ std::string expectedOf(RelativeTo relation, const Quantity& quantity, const Foun
 
 std::string RateConversion::getText() const {
     return (at ? "at " + shortestText(*at) + " s " : "") + written + " is " + shortestText(number) + " " +
-           meaning + " (" + rate + ")";
+           meaning + (rate.empty() ? "" : " (" + rate + ")");
 }
 
 Value RateConversion::getValue(const Value& quantity) const {
@@ -60,14 +56,21 @@ Value RateConversion::getValue(const Value& quantity) const {
     return value;
 }
 
+std::string RateValues::Target::describe(const Value& value) const {
+    return value.describe() + " for '" + name + "' of '" + block.getName() + "' (" + type + ")";
+}
+
 std::optional<RateConversion> RateValues::convert(const Target& target, const Value& value,
                                                   Complaints& complaints) {
     const auto refuse = [&](const std::string& expected) {
-        complaints.add(value.where, foundText(value, target), expected);
+        complaints.add(value.where, target.describe(value), expected);
         return std::nullopt;
     };
     const Quantity quantity = *toQuantity(value);
-    const auto relation = relationOf(finder.getManual(target.type), target);
+    const BlockManual& manual = finder.getManual(target.type);
+    if (const auto unit = target.isInput ? std::nullopt : unitOf(manual, target))
+        return inUnit(*unit, target, value, complaints);
+    const auto relation = relationOf(manual, target);
     if (!relation)
         return refuse(
             "a number without a unit, since nothing says that it is relative to the rate of samples");

@@ -25,6 +25,9 @@ public:
         std::string type; ///< Of the block, as graphs name it.
         std::string name; ///< Of the setting or of the input pin.
         bool isInput = false;
+
+        /// What messages quote of a value for it.
+        std::string describe(const Value& value) const;
     };
 
     /// The number; nothing, and a complaint, where there is none. Requires: `value` is a quantity.

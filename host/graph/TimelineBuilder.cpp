@@ -19,8 +19,9 @@ std::vector<std::string> commandsOf(const Core::Filter& block) {
 }
 } // namespace
 
-TimelineBuilder::TimelineBuilder(GraphParts& graphParts, Connected& linked, Complaints& list)
-    : parts(graphParts), connected(linked), complaints(list) {}
+TimelineBuilder::TimelineBuilder(GraphParts& graphParts, Connected& linked, SettingUnits& settingUnits,
+                                 Complaints& list)
+    : parts(graphParts), connected(linked), units(settingUnits), complaints(list) {}
 
 void TimelineBuilder::resolve(const std::vector<GraphDescription::TimelineEntry>& entries) {
     for (const GraphDescription::TimelineEntry& entry : entries) {
@@ -56,7 +57,9 @@ void TimelineBuilder::resolveSetting(const Change& change, const Node& node, Tim
     action.property = bag.find(change.name);
     if (action.property == nullptr) {
         refuse("property", change, node, [&] { return namesOf(bag); });
-    } else if (getAwaitsRate({action.property, &change.value})) {
+    } else if (!units.convert(node, *action.property, action.at, action.value, complaints)) {
+        action.property = nullptr; // would be refused again
+    } else if (getAwaitsRate({action.property, &action.value})) {
         parts.awaitsRates = true;
     }
 }

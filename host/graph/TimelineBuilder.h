@@ -5,6 +5,7 @@
 #include "host/description/GraphDescription.h"
 #include "host/graph/GraphParts.h"
 #include "host/graph/PinIndex.h"
+#include "host/graph/SettingUnits.h"
 #include "host/plugins/BlockCatalogue.h"
 
 #include <map>
@@ -21,7 +22,7 @@ public:
 
     /// `connected` holds the inputs that connections lead to; those that get values are entered too. Nothing
     /// is owned.
-    TimelineBuilder(GraphParts& parts, Connected& connected, Complaints& complaints);
+    TimelineBuilder(GraphParts& parts, Connected& connected, SettingUnits& units, Complaints& complaints);
 
     /// Finds everything. Requires: the entries stand by time.
     void resolve(const std::vector<GraphDescription::TimelineEntry>& entries);
@@ -42,6 +43,7 @@ private:
 
     GraphParts& parts;
     Connected& connected;
+    SettingUnits& units;
     Complaints& complaints;
     PinIndex<Core::AbstractInputPin> inputs;
     std::map<Core::AbstractInputPin*, Core::OutputPin<Core::MatrixXd>*> links;

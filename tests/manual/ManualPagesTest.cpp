@@ -72,6 +72,20 @@ protected:
         }
     }
 
+    /// What people read of seconds and hertz graphs take as such.
+    static void expectTimeUnits(const BlockPage& page) {
+        for (const BlockPage::Setting& setting : page.settings) {
+            const bool isTime = std::regex_search(setting.unit, std::regex("^(s|that of SampleRate)\\b"));
+            const bool isFrequency = std::regex_search(setting.unit, std::regex("^(Hz|samples a second)\\b"));
+            const auto told = page.relations.settingUnits.find(setting.name);
+            ASSERT_EQ(told != page.relations.settingUnits.end(), isTime || isFrequency) << setting.name;
+            if (!isTime && !isFrequency) continue;
+            if (told->second.setting.empty()) {
+                EXPECT_EQ(told->second.unit == BlockManual::TimeUnit::Seconds, isTime) << setting.name;
+            }
+        }
+    }
+
     /// Types that the text of a page names.
     void expectTypes(const std::string& type) const {
         const std::string page = contentOf(BlockManual::fileOf(type, catalogue));
@@ -107,6 +121,7 @@ TEST_F(ManualPages, AreWhole) {
             expectPins(block.outputs, page.outputs);
         }
         expectSettings(block.properties, page);
+        expectTimeUnits(page);
         expectTypes(type);
     }
 }

@@ -60,6 +60,16 @@ TEST_F(BlockManualTest, EveryBlockOfThePlugInHasOneThatNamesItsOutputsAndNothing
             EXPECT_TRUE(manual.outputs.contains(name)) << type << "." << name;
             EXPECT_TRUE(unit.input.empty() || hasInput(unit.input)) << type << "." << unit.input;
         }
+        for (const auto& [name, unit] : manual.settingUnits) {
+            EXPECT_NE(block->getPropertyBag().find(name), nullptr) << type << "." << name;
+            EXPECT_FALSE(manual.settings.contains(name)) << type << "." << name << " has two units";
+            if (!unit.setting.empty()) {
+                const PropertyDescription choice = describe(block->getProperty(unit.setting));
+                EXPECT_EQ(unit.choices.size(), choice.labels.size()) << type << "." << name;
+                for (const std::string& label : choice.labels)
+                    EXPECT_TRUE(unit.choices.contains(label)) << type << "." << name << ": " << label;
+            }
+        }
         for (const auto& input : manual.inputUnits)
             EXPECT_TRUE(hasInput(input.first)) << type << "." << input.first;
         ++pages[BlockManual::folderOf(type, catalogue)];
@@ -112,14 +122,25 @@ TEST_F(BlockManualTest, WhatNoManualSaysIsComplainedOf) {
               "Own.yaml:1:18: found 'nyquist'; expected a map");
     EXPECT_EQ(complaintsOfManual("rate: {outputs: same}\n"), "Own.yaml:1:17: found 'same'; expected a map");
     EXPECT_EQ(complaintsOfManual("rate: {output: {A: same}}\n"),
-              "Own.yaml:1:8: found the key 'output'; expected settings, inputs or outputs");
+              "Own.yaml:1:8: found the key 'output'; expected settings, inputs, outputs or times");
+    EXPECT_EQ(complaintsOfManual("rate: {times: any}\n"), "");
+    EXPECT_EQ(complaintsOfManual("rate: {times: odd}\n"), "Own.yaml:1:15: found 'odd'; expected even or any");
     EXPECT_EQ(complaintsOfManual("units: {inputs: {a: rad/s}, outputs: {x: same, y: {as: a}}}\n"), "");
     EXPECT_EQ(complaintsOfManual("units: {inputs: {a: furlongs}}\n"),
               std::string("Own.yaml:1:21: found 'furlongs'; expected ") + kSomeUnits);
     EXPECT_EQ(complaintsOfManual("units: {outputs: {x: a}}\n"),
               "Own.yaml:1:22: found 'a'; expected same or {as: INPUT}");
     EXPECT_EQ(complaintsOfManual("units: {x: same}\n"),
-              "Own.yaml:1:9: found the key 'x'; expected inputs or outputs");
+              "Own.yaml:1:9: found the key 'x'; expected settings, inputs or outputs");
+    EXPECT_EQ(complaintsOfManual("units: {settings: {a: s, b: Hz, c: {Axis: {Time: s, Frequency: Hz}}}}\n"),
+              "");
+    const std::string wanted = "expected s, Hz or {SETTING: {CHOICE: s, CHOICE: Hz}}";
+    EXPECT_EQ(complaintsOfManual("units: {settings: {a: ms}}\n"), "Own.yaml:1:23: found 'ms'; " + wanted);
+    EXPECT_EQ(complaintsOfManual("units: {settings: {a: {Axis: s}}}\n"),
+              "Own.yaml:1:23: found a map; " + wanted);
+    EXPECT_EQ(complaintsOfManual("units: {settings: {a: {Axis: {Time: ms}}}}\n"),
+              "Own.yaml:1:37: found 'ms'; " + wanted);
+    EXPECT_EQ(complaintsOfManual("units: {settings: s}\n"), "Own.yaml:1:19: found 's'; expected a map");
     EXPECT_EQ(complaintsOfManual("units: same\n"), "Own.yaml:1:8: found 'same'; expected a map");
 }
 

@@ -326,11 +326,11 @@ protected:
             "  - {id: stated, type: RecordingSource, properties: {file: stated, rate: 100, pins: {x: x}}}\n" +
             sourceLine("timed", "timed", "x: x") +
             "  - {id: even, type: FilterButterworth, properties: {RelativeCutOffFreq: 4 Hz}}\n"
-            "  - {id: other, type: FilterButterworth}\n" +
+            "  - {id: other, type: FilterButterworth}\n"
+            "  - {id: bouts, type: Durations, properties: {Gap: 1500 ms}}\n" +
             sinkLine("out", "out.csv", "main") +
             "connections: [{from: stated, to: even.in}, {from: timed, to: other.in}, {from: even, to: "
-            "out.x}, "
-            "{from: other, to: out.y}]\n");
+            "out.x}, {from: other, to: out.y}, {from: timed, to: bouts}]\n");
     }
     Fifo stated;
     Fifo timed;
@@ -348,6 +348,20 @@ TEST_F(LiveRateTest, AFrequencyIsConvertedByTheRateThatTheGraphStates) {
             << exception.what();
     }
     EXPECT_EQ(liveRun->getSettings().read("other.RelativeCutOffFreq").value, "0.05");
+}
+
+TEST_F(LiveRateTest, ASettingInSecondsTakesOtherUnitsOfTimeWithoutARate) {
+    EXPECT_EQ(liveRun->getSettings().read("bouts.Gap").value, "1.5");
+    liveRun->getSettings().write("bouts.Gap", "400 ms");
+    EXPECT_EQ(liveRun->getSettings().read("bouts.Gap").value, "0.4");
+    try {
+        liveRun->getSettings().write("bouts.Gap", "1 Hz");
+        FAIL() << "a frequency for a time";
+    } catch (const ControlException& exception) {
+        EXPECT_STREQ(exception.what(), "found '1 Hz' for 'Gap' of 'bouts' (Durations); expected a time, as "
+                                       "0.2 s, or a number of seconds");
+    }
+    EXPECT_EQ(liveRun->getSettings().read("bouts.Gap").value, "0.4");
 }
 
 } // namespace
