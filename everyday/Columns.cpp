@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace {
 constexpr double kMostColumns = 1e6;
@@ -12,12 +13,19 @@ constexpr double kMostColumns = 1e6;
 bool isColumn(double number) {
     return number >= 0.0 && number < kMostColumns && number == std::floor(number);
 }
+
+bool areColumns(const MatrixXd& numbers) {
+    return std::all_of(numbers.data(), numbers.data() + numbers.size(), isColumn);
+}
 } // namespace
 
 Columns::Columns(const std::string& instanceName)
-    : Filter(instanceName, true), in("in", this), out("out", this), pick("Pick", &getPropertyBag()) {
+    : Filter(instanceName, true), in("in", this), out("out", this), pick("Pick", &getPropertyBag()),
+      ranges("Ranges", &getPropertyBag()) {
     pick.setValidator(this, &Columns::checkPick);
-    pick.setChangeHandler(this, &Columns::onChange);
+    ranges.setValidator(this, &Columns::checkRanges);
+    for (ValueProperty<MatrixXd>* const setting : {&pick, &ranges})
+        setting->setChangeHandler(this, &Columns::onChange);
 }
 
 Columns::~Columns() = default;
@@ -44,16 +52,37 @@ void Columns::process() {
 
 void Columns::readSettings() {
     const MatrixXd wanted = pick.getValue();
+    const MatrixXd spans = ranges.getValue();
     columns.clear();
     needed = 0;
-    for (Eigen::Index i = 0; i < wanted.size(); ++i) {
-        columns.push_back(static_cast<Eigen::Index>(wanted(i)));
-        needed = std::max(needed, columns.back() + 1);
+    for (Eigen::Index i = 0; i < wanted.size(); ++i)
+        append(static_cast<Eigen::Index>(wanted(i)));
+    for (Eigen::Index row = 0; row < spans.rows(); ++row) {
+        const auto first = static_cast<Eigen::Index>(spans(row, 0));
+        const auto last = static_cast<Eigen::Index>(spans(row, 1));
+        for (Eigen::Index i = 0; i <= std::abs(last - first); ++i)
+            append(first < last ? first + i : first - i);
     }
     hasChanged = false;
 }
 
+void Columns::append(Eigen::Index column) {
+    columns.push_back(column);
+    needed = std::max(needed, column + 1);
+}
+
 void Columns::checkPick(const MatrixXd& value) {
-    if (std::all_of(value.data(), value.data() + value.size(), isColumn)) return;
+    if (areColumns(value)) return;
     throw Poco::InvalidArgumentException("columns are whole numbers from 0 to 999999, the first being 0");
+}
+
+void Columns::checkRanges(const MatrixXd& value) {
+    if (value.size() == 0) return;
+    if (value.cols() != 2 || !areColumns(value))
+        throw Poco::InvalidArgumentException("ranges are rows of a first and a last column, whole numbers "
+                                             "from 0 to 999999, as in [[0, 2], [6, 8]]");
+    double count = 0.0;
+    for (Eigen::Index row = 0; row < value.rows(); ++row)
+        count += std::abs(value(row, 1) - value(row, 0)) + 1.0;
+    if (count > kMostColumns) throw Poco::InvalidArgumentException("ranges hold 1000000 columns at most");
 }

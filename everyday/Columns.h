@@ -7,10 +7,11 @@
 
 /// Takes some columns of each row, in any order, also several times.
 ///
-///     out(r, i) = x(r, Pick(i)),  columns counted from 0
+///     out(r, i) = x(r, picked(i)),  columns counted from 0
 ///
-/// "Pick" is a matrix whose numbers are read row by row; empty, it leaves the sample as it is. A sample
-/// that lacks one of the columns is dropped, since nothing could stand in its place. Any number of rows.
+/// Picked are those of "Pick", a matrix whose numbers are read row by row, and behind them those of "Ranges",
+/// whose rows are the first and the last column of a range, backwards where the first is the greater. Both
+/// empty, they leave the sample as it is. A sample that lacks one of the columns is dropped, since nothing could stand in its place. Any number of rows.
 /// Nothing is remembered.
 class Columns final : public Filter {
 public:
@@ -26,9 +27,12 @@ private:
     InputPin<MatrixXd> in;
     OutputPin<MatrixXd> out;
     ValueProperty<MatrixXd> pick;
+    ValueProperty<MatrixXd> ranges;
 
     void readSettings();
+    void append(Eigen::Index column);
     void checkPick(const MatrixXd& value);
+    void checkRanges(const MatrixXd& value);
     void onChange() { hasChanged = true; }
 
     bool hasChanged = true;            ///< the copies below are those of another setting

@@ -51,7 +51,7 @@ bool PeakFinder::getIsFar(double span) const {
 
 /// `top` is a peak. True where it shows that no later one can replace the one that waits.
 bool PeakFinder::confirm(Peak& found) {
-    if (!(top.value >= rules.height)) return false;
+    if (!(top.value >= rules.height && top.place >= rules.from && top.place <= rules.to)) return false;
     const bool isNear = hasWaiting && top.place - waiting.place < rules.distance;
     if (isNear && !(top.value > waiting.value)) return false;
     const bool isFound = hasWaiting && !isNear;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <limits>
+
 namespace Everyday {
 
 /// A largest value and where it stands: in a signal its time, in a spectrum its frequency.
@@ -23,6 +25,9 @@ public:
         double height = 0.0;     ///< The least value of a peak.
         double prominence = 0.0; ///< 0 takes every value with a lower one on each side.
         double distance = 0.0;   ///< Between the places of two peaks at least.
+        /// Where peaks count; what is beyond tells their prominence all the same.
+        double from = -std::numeric_limits<double>::infinity();
+        double to = std::numeric_limits<double>::infinity();
     };
 
     void begin(const Rules& newRules);

@@ -18,7 +18,8 @@ Peaks::Peaks(const std::string& instanceName)
     : Filter(instanceName, true), in("in", this), out("out", this), axis("Axis", &getPropertyBag()),
       height("Height", &getPropertyBag()), prominence("Prominence", &getPropertyBag()),
       distance("Distance", &getPropertyBag()), step("Step", &getPropertyBag()),
-      most("Most", &getPropertyBag()), resetCommand("Reset", &getPropertyBag()) {
+      most("Most", &getPropertyBag()), bandFrom("From", &getPropertyBag()), bandTo("To", &getPropertyBag()),
+      resetCommand("Reset", &getPropertyBag()) {
     axis.addLabel("Time");
     axis.addLabel("Frequency");
     axis.setValue(static_cast<unsigned>(Axis::Time));
@@ -32,6 +33,10 @@ Peaks::Peaks(const std::string& instanceName)
     step.setValue(1.0);
     most.setRange(1, 1000, 1);
     most.setValue(1);
+    for (RangeProperty<double>* const edge : {&bandFrom, &bandTo}) {
+        edge->setRange(0.0, kLargest, 0.1);
+        edge->setValue(0.0);
+    }
     for (RangeProperty<double>* const setting : {&height, &prominence, &distance})
         setting->setChangeHandler(this, &Peaks::startAnew);
     axis.setChangeHandler(this, &Peaks::startAnew);
@@ -52,8 +57,19 @@ void Peaks::process() {
 }
 
 Everyday::PeakFinder::Rules Peaks::getRules() const {
-    return {
-        .height = height.getValue(), .prominence = prominence.getValue(), .distance = distance.getValue()};
+    Everyday::PeakFinder::Rules rules;
+    rules.height = height.getValue();
+    rules.prominence = prominence.getValue();
+    rules.distance = distance.getValue();
+    return rules;
+}
+
+Everyday::PeakFinder::Rules Peaks::getRulesOfSpectrum() const {
+    Everyday::PeakFinder::Rules rules = getRules();
+    rules.from = bandFrom.getValue();
+    const double to = bandTo.getValue();
+    if (to > 0.0) rules.to = to;
+    return rules;
 }
 
 void Peaks::follow(double value, double time) {
@@ -71,7 +87,7 @@ void Peaks::search(const MatrixXd& spectrum, double time) {
     if (spectrum.rows() != 1 && spectrum.cols() != 1) return;
     const double hertz = step.getValue();
     highest.clear();
-    finder.begin(getRules());
+    finder.begin(getRulesOfSpectrum());
     Peak peak;
     for (Eigen::Index k = 0; k < spectrum.size(); ++k)
         if (finder.take(static_cast<double>(k) * hertz, spectrum.data()[k], peak)) keep(spectrum, peak);

@@ -17,7 +17,8 @@
 ///
 ///     out = "Most" by 2: frequency and height, the highest peak first, not-a-number where there are no more
 ///
-/// There each is refined by the parabola through the highest value and its two neighbours, and nothing is
+/// Only values from "From" to "To" hertz count there, with no end where To is 0; the rest of the spectrum tells
+/// how far they stand out. Each is refined by the parabola through the highest value and its two neighbours, and nothing is
 /// sent of a spectrum without a peak. `PeakFinder` tells what a peak is: "Height", "Prominence" and
 /// "Distance" (seconds or hertz). Sent with the time stamp of the sample that decides; a time stamp that
 /// goes back, or is no number, forgets what came before it. An empty sample is dropped. "Reset" and
@@ -42,9 +43,12 @@ private:
     RangeProperty<double> distance;
     RangeProperty<double> step;
     RangeProperty<int> most;
+    RangeProperty<double> bandFrom;
+    RangeProperty<double> bandTo;
     CommandProperty resetCommand;
 
     Everyday::PeakFinder::Rules getRules() const;
+    Everyday::PeakFinder::Rules getRulesOfSpectrum() const;
     void follow(double value, double time);
     void search(const MatrixXd& spectrum, double time);
     void keep(const MatrixXd& spectrum, const Everyday::Peak& peak);

@@ -14,7 +14,56 @@ TEST(ColumnsTest, Catalogue) {
     EXPECT_STREQ(block.getTypeName(), "Columns");
     EXPECT_EQ(catalogue(block), "input \"in\" blocking\n"
                                 "output \"out\"\n"
-                                "value matrix \"Pick\" (0 0)\n");
+                                "value matrix \"Pick\" (0 0)\n"
+                                "value matrix \"Ranges\" (0 0)\n");
+}
+
+TEST(ColumnsTest, TakesRangesBehindWhatItPicks) {
+    struct Row {
+        const char* name;
+        MatrixXd pick;
+        MatrixXd ranges;
+        MatrixXd output;
+    };
+    const MatrixXd sample = matrix({{0, 10, 20, 30, 40}});
+    const Row rows[] = {
+        {.name = "up to the last", .pick = {}, .ranges = matrix({{1, 3}}), .output = matrix({{10, 20, 30}})},
+        {.name = "backwards", .pick = {}, .ranges = matrix({{4, 2}}), .output = matrix({{40, 30, 20}})},
+        {.name = "one", .pick = {}, .ranges = matrix({{2, 2}}), .output = matrix({{20}})},
+        {.name = "two, and a single one in front",
+         .pick = matrix({{4}}),
+         .ranges = matrix({{0, 1}, {3, 4}}),
+         .output = matrix({{40, 0, 10, 30, 40}})},
+        {.name = "none", .pick = matrix({{1}}), .ranges = MatrixXd(0, 2), .output = matrix({{10}})},
+    };
+    for (const Row& row : rows) {
+        Columns block("columns");
+        Feed feed(block);
+        feed.set("Pick", row.pick);
+        feed.set("Ranges", row.ranges);
+        EXPECT_TRUE(agree(feed.run("in", sample), row.output, same)) << row.name;
+    }
+    Columns block("columns");
+    Feed feed(block);
+    feed.set("Ranges", matrix({{2, 5}}));
+    feed.give("in", sample);
+    feed.step();
+    EXPECT_TRUE(feed.sent().empty()) << "which lacks column 5";
+}
+
+TEST(ColumnsTest, RefusesWhatIsNoRange) {
+    Columns block("columns");
+    Feed feed(block);
+    const auto refusalOf = [&](const MatrixXd& ranges) {
+        return refusal<Poco::InvalidArgumentException>([&] { feed.set("Ranges", ranges); });
+    };
+    const std::string text = "ranges are rows of a first and a last column, whole numbers from 0 to 999999, "
+                             "as in [[0, 2], [6, 8]]";
+    for (const MatrixXd& wrong :
+         {matrix({{1}}), matrix({{1, 2, 3}}), matrix({{-1, 2}}), matrix({{0, 0.5}}), matrix({{0, kNaN}})})
+        EXPECT_EQ(refusalOf(wrong), text);
+    EXPECT_EQ(refusalOf(matrix({{0, 999999}, {0, 0}})), "ranges hold 1000000 columns at most");
+    feed.set("Ranges", matrix({{0, 999999}}));
 }
 
 TEST(ColumnsTest, PicksInAnyOrder) {

@@ -66,6 +66,8 @@ TEST(PeaksTest, Catalogue) {
               "range double \"Distance\" 0 in [0;1.7976931348623157e+308] step 0.10000000000000001\n"
               "range double \"Step\" 1 in [1.0000000000000001e-09;1000000000] step 0.10000000000000001\n"
               "range int \"Most\" 1 in [1;1000] step 1\n"
+              "range double \"From\" 0 in [0;1.7976931348623157e+308] step 0.10000000000000001\n"
+              "range double \"To\" 0 in [0;1.7976931348623157e+308] step 0.10000000000000001\n"
               "command \"Reset\"\n");
 }
 
@@ -81,6 +83,62 @@ TEST(PeaksTest, AgreesWithSciPy) {
         for (std::size_t i = 0; i < found.size(); ++i)
             EXPECT_EQ(feed.sent()[i].value(1), figures.course[static_cast<std::size_t>(found[i])]);
     }
+}
+
+TEST(PeaksTest, OfASpectrumOnlyTheBandCounts) {
+    // Peaks at 1, 2, 3 and 4 Hz; that at 3 Hz comes down by 5 on its left only outside a band from 3 Hz.
+    const MatrixXd spectrum = column({0, 1, 9, 3, 4, 1, 6, 5, 7, 0});
+    struct Row {
+        const char* name;
+        double from;
+        double to;
+        double prominence;
+        double distance;
+        MatrixXd peak; ///< its place before the refinement, to the nearest step, and nothing else
+    };
+    const Row rows[] = {
+        {.name = "all", .from = 0, .to = 0, .prominence = 0, .distance = 0, .peak = matrix({{1}})},
+        {.name = "above", .from = 1.1, .to = 0, .prominence = 0, .distance = 0, .peak = matrix({{4}})},
+        {.name = "on the edges", .from = 2, .to = 3, .prominence = 0, .distance = 0, .peak = matrix({{3}})},
+        {.name = "the edge as a peak", .from = 4, .to = 4, .prominence = 7, .distance = 0, .peak = {}},
+        {.name = "told by what is beyond",
+         .from = 4,
+         .to = 4,
+         .prominence = 6,
+         .distance = 0,
+         .peak = matrix({{4}})},
+        {.name = "a higher one beyond takes no place",
+         .from = 1.5,
+         .to = 2.5,
+         .prominence = 0,
+         .distance = 3,
+         .peak = matrix({{2}})},
+        {.name = "none", .from = 4.5, .to = 0, .prominence = 0, .distance = 0, .peak = {}},
+    };
+    for (const Row& row : rows) {
+        Peaks block("peaks");
+        Feed feed(block);
+        feed.set("Axis", kFrequency);
+        feed.set("Step", 0.5);
+        feed.set("From", row.from);
+        feed.set("To", row.to);
+        feed.set("Prominence", row.prominence);
+        feed.set("Distance", row.distance);
+        feed.give("in", spectrum, 0.0);
+        feed.step();
+        ASSERT_EQ(feed.sent().size(), static_cast<std::size_t>(row.peak.size())) << row.name;
+        if (row.peak.size() > 0) {
+            EXPECT_EQ(std::round(2.0 * feed.last().value(0)), 2.0 * row.peak(0)) << row.name;
+        }
+    }
+}
+
+TEST(PeaksTest, ASignalHasNoBand) {
+    Peaks block("peaks");
+    Feed feed(block);
+    feed.set("From", 100.0);
+    feed.set("To", 200.0);
+    EXPECT_EQ(timesOf(feed, {0, 3, 0}), Times{1});
 }
 
 TEST(PeaksTest, IsSentWithTheSampleThatDecides) {
