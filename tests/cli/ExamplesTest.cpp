@@ -227,30 +227,4 @@ TEST_F(SimulatedWrist, IsWatchedInTwoThreadsWithTheSameResult) {
     EXPECT_EQ(folder.read("live-tremor.csv"), folder.read("tremor.csv"));
 }
 
-std::string contentOf(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-/// What stands in a text from a line that begins so to the first that is only a brace.
-std::string passage(const std::string& text, const std::string& begin) {
-    const std::size_t from = text.find("\n" + begin) + 1;
-    const std::size_t to = text.find("\n}\n", from);
-    return from == 0 || to == std::string::npos ? "" : text.substr(from, to + 3 - from);
-}
-
-TEST_F(Examples, TheGuideToBlocksShowsCodeThatIsCompiled) {
-    const std::string guide = contentOf(GUIDES "/adding-a-block.md");
-    const std::string block = contentOf(EXAMPLES "/own-block/FilterRunningMean.cpp");
-    for (const char* const begin :
-         {"FilterRunningMean::FilterRunningMean(", "void FilterRunningMean::process("}) {
-        const std::string shown = passage(block, begin);
-        ASSERT_GT(shown.size(), 100u) << begin;
-        EXPECT_NE(guide.find(shown), std::string::npos) << shown;
-    }
-    const std::string plugin = contentOf(EXAMPLES "/own-block/OwnPlugin.cpp");
-    const std::string line = plugin.substr(plugin.find("QUILLMERE_PLUGIN"));
-    EXPECT_NE(guide.find(line), std::string::npos) << line;
-}
-
 } // namespace
