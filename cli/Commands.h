@@ -21,8 +21,10 @@ class App;
 }
 
 namespace Quillmere::Host {
-class RunObserver;
+class BatchRun;
 class Job;
+class RunObserver;
+struct BatchPlan;
 struct Inspection;
 struct InspectionSettings;
 struct JobOptions;
@@ -33,10 +35,14 @@ struct RunOutcome;
 /// named.
 namespace Cli {
 
+class FolderRun;
 class ProgressLine;
 
 /// The last word of a program without memory.
 inline constexpr const char* kOutOfMemory = "quillmere: out of memory\n";
+
+/// What a batch starts; nobody else does.
+inline constexpr const char* kWorkerCommand = "batch-worker";
 
 /// What a call of the program ends with.
 enum ExitCode : int {
@@ -135,16 +141,38 @@ private:
     PluginArguments plugins;
 };
 
+/// Where a run of one recording of many puts what it makes.
+struct FolderArguments {
+    std::string folder; ///< Empty for nowhere: results go where the graph says.
+    std::vector<std::string> notes;
+    bool resumes = false;
+    bool keepsChanged = false;
+    bool looks = false;
+    void enter(CLI::App& command);
+};
+
 class RunCommand final : public Command {
 public:
     explicit RunCommand(CLI::App& command);
     ExitCode run() override;
+    /// Leaves a copy of the catalogue that a run has used there: plug-ins stay started for the next.
+    void keepCatalogue(std::optional<Quillmere::Host::BlockCatalogue>& place) { kept = &place; }
+    /// Whether nothing has run, since an earlier run has done it.
+    bool getIsDoneBefore() const { return isDoneBefore; }
+    /// Whether somebody has ended the run.
+    bool getIsInterrupted() const { return isInterrupted; }
+    /// Whether it only tells why it would run.
+    bool getLooks() const { return inFolder.looks; }
 
 private:
+    ExitCode runInFolder(Quillmere::Host::BlockCatalogue catalogue);
+    ExitCode runGraph(Quillmere::Host::BlockCatalogue catalogue, FolderRun* record);
+    std::vector<std::string> resultOptions() const;
+    std::vector<std::string> placeInFolder();
     Quillmere::Host::JobOptions jobOptions() const;
     std::shared_ptr<Quillmere::Host::RunObserver> observer() const;
     ExitCode runAndTell(Quillmere::Host::Job job, std::chrono::steady_clock::time_point start,
-                        const std::stop_token& stop) const;
+                        FolderRun* record, const std::stop_token& stop) const;
     bool showsProgress() const;
     Quillmere::Host::RunOutcome runOffline(Quillmere::Host::Job& job, ProgressLine& progress,
                                            const std::stop_token& stop) const;
@@ -161,9 +189,65 @@ private:
     std::string report;               ///< Where the page for a browser goes; the same.
     std::vector<std::string> watched; ///< Outputs that the page shows besides.
     std::string picture;              ///< Where the results are drawn; the same.
+    FolderArguments inFolder;
+    std::optional<Quillmere::Host::BlockCatalogue>* kept = nullptr;
+    bool isDoneBefore = false;
+    bool isInterrupted = false;
     bool isLive = false;
     bool isQuiet = false;
     bool printsStatistics = false;
+};
+
+/// Runs a graph over many recordings, each in a process and a folder of its own.
+class BatchCommand final : public Command {
+public:
+    explicit BatchCommand(CLI::App& command);
+    ExitCode run() override;
+
+private:
+    void enterRecordings(CLI::App& command);
+    void enterRules(CLI::App& command);
+    void enterResults(CLI::App& command);
+    void checkOptions() const;
+    Quillmere::Host::BatchPlan plan() const;
+    Quillmere::Host::BatchPlan planOfGraph() const;
+    std::string sourceOf(const Quillmere::Host::BlockCatalogue& catalogue) const;
+    std::vector<std::string> wordsForEach() const;
+    ExitCode writePlan(const Quillmere::Host::BatchPlan& plan) const;
+    ExitCode runPlan(const Quillmere::Host::BatchPlan& plan) const;
+    ExitCode tell(const Quillmere::Host::BatchPlan& plan, const Quillmere::Host::BatchRun& batch,
+                  double seconds) const;
+    ExitCode writeSummary(const std::vector<std::string>& folders) const;
+
+    GraphArguments arguments; ///< `inputs` are of sources besides the one that reads the recording.
+    std::vector<std::string> patterns;
+    std::string out;
+    std::string source;
+    std::string table;
+    std::string planFile;
+    std::string lines; ///< `FIRST-LAST` of the plan.
+    std::string report;
+    std::vector<std::string> watched;
+    std::string picture;
+    std::vector<std::string> statistics;
+    std::size_t jobs = 0; ///< 0 for as many as there are cores.
+    bool resumes = false;
+    bool keepsChanged = false;
+    bool isDry = false;
+    bool collects = false;
+    bool isQuiet = false;
+};
+
+/// What a batch starts: runs calls of `run`, which come through standard input, one after the other.
+class BatchWorkerCommand final : public Command {
+public:
+    explicit BatchWorkerCommand(CLI::App&) {}
+    ExitCode run() override;
+
+private:
+    std::string runLine(const std::string& line);
+
+    std::optional<Quillmere::Host::BlockCatalogue> catalogue; ///< Of the last run: its plug-ins stay.
 };
 
 /// Asks a run that listens at a `--control` path.

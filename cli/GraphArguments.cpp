@@ -44,11 +44,6 @@ std::vector<GraphChanges::File> filesOf(const std::vector<std::string>& texts, c
     return files;
 }
 
-std::string ownPath() {
-    std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error).string();
-}
-
 /// Loads a plug-in of this project's from beside this program, unless the user has named it.
 void loadOwn(const std::string& file, const PluginArguments& arguments, BlockCatalogue& catalogue) {
     const auto isIt = [&](const std::string& path) { return std::filesystem::path(path).filename() == file; };
@@ -61,6 +56,11 @@ void loadOwn(const std::string& file, const PluginArguments& arguments, BlockCat
 }
 
 } // namespace
+
+std::string ownPath() {
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).string();
+}
 
 std::pair<std::string, std::string> splitSetting(const std::string& text, const std::string& option,
                                                  const std::string& form) {
@@ -77,12 +77,20 @@ void PluginArguments::enter(CLI::App& command) {
 
 void GraphArguments::enter(CLI::App& command) {
     command.add_option("GRAPH", graph, "The graph file, YAML or JSON.")->required()->type_name("FILE");
+    enterChanges(command);
+    enterList(command, "--output", outputs, "BLOCK=FILE", "Let a sink write another file.");
+    enterRules(command);
+}
+
+void GraphArguments::enterChanges(CLI::App& command) {
     enterList(command, "--set", settings, "BLOCK.PROPERTY=VALUE",
               "Give a block's property another value for this call.");
     enterList(command, "--param", parameters, "NAME=VALUE",
               "Give a parameter of the graph another value for this call.");
     enterList(command, "--input", inputs, "BLOCK=FILE", "Let a source read another recording.");
-    enterList(command, "--output", outputs, "BLOCK=FILE", "Let a sink write another file.");
+}
+
+void GraphArguments::enterRules(CLI::App& command) {
     command.add_flag("--strict", isStrict, "Take warnings for errors.");
     command.add_flag("--overwrite", overwrites, "Let results replace files that no run has written.");
     plugins.enter(command);
@@ -111,6 +119,21 @@ GraphChanges changesOf(const GraphArguments& arguments) {
     changes.inputs = filesOf(arguments.inputs, "--input");
     changes.outputs = filesOf(arguments.outputs, "--output");
     return changes;
+}
+
+std::vector<std::string> wordsOf(const GraphArguments& arguments) {
+    std::vector<std::string> words;
+    const auto add = [&](const char* option, const std::vector<std::string>& values) {
+        for (const std::string& value : values)
+            words.insert(words.end(), {option, value});
+    };
+    add("--input", arguments.inputs);
+    add("--output", arguments.outputs);
+    add("--param", arguments.parameters);
+    add("--set", arguments.settings);
+    add("--plugin", arguments.plugins.plugins);
+    if (arguments.isStrict) words.emplace_back("--strict");
+    return words;
 }
 
 BlockCatalogue loadCatalogue(const PluginArguments& arguments) {

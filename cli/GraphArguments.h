@@ -32,10 +32,19 @@ struct GraphArguments {
     bool isStrict = false;
     bool overwrites = false;
     void enter(CLI::App& command);
+    /// All but the graph and what results are called.
+    void enterChanges(CLI::App& command);
+    void enterRules(CLI::App& command);
 };
 
 /// The options as changes to a graph. Raises `UsageError` for one that isn't `name=value`.
 Quillmere::Host::GraphChanges changesOf(const GraphArguments& arguments);
+
+/// What of the options changes the results, as words of a command that gives them again.
+std::vector<std::string> wordsOf(const GraphArguments& arguments);
+
+/// The file of this program; empty where the system doesn't tell.
+std::string ownPath();
 
 /// Prints what is doubtful about a graph.
 void printDoubts(const Quillmere::Host::Complaints& complaints);

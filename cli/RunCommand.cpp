@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Commands.h"
 
+#include "cli/FolderRun.h"
 #include "cli/GraphArguments.h"
 #include "cli/RunPicture.h"
 #include "cli/RunReport.h"
 #include "cli/StopSignals.h"
 #include "cli/UsageError.h"
 #include "host/text/Printable.h"
+#include "host/text/ShortestText.h"
 #include "host/control/ControlServer.h"
 #include "host/ends/RecordingException.h"
 #include "host/ends/StandardStream.h"
@@ -139,10 +141,12 @@ RunCommand::RunCommand(CLI::App& command) {
                         "Let N threads share the work of an offline run; its results are the same.")
             ->type_name("N")
             ->check(checkThreads);
+    inFolder.enter(command);
     command.add_flag("--quiet", isQuiet, "Print neither progress nor a summary.");
     CLI::Option* const live = command.add_flag(
         "--live", isLive, "Run in real time, a thread for each layout; pipes are read as they come.");
     live->excludes(sharing);
+    live->excludes(command.get_option("--folder"));
     command.add_option("--speed", speed, "Pace recordings so many times as fast as they were taken, or max.")
         ->type_name("FACTOR|max")
         ->check(checkSpeed)
@@ -186,14 +190,69 @@ std::shared_ptr<RunObserver> RunCommand::observer() const {
 }
 
 ExitCode RunCommand::run() {
+    BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
+    if (kept != nullptr) *kept = catalogue;
+    if (inFolder.folder.empty()) return runGraph(std::move(catalogue), nullptr);
+    return runInFolder(std::move(catalogue));
+}
+
+/// What changes the results besides the options of the graph.
+std::vector<std::string> RunCommand::resultOptions() const {
+    std::vector<std::string> words;
+    const auto add = [&](const char* option, const std::string& value) {
+        if (!value.empty()) words.insert(words.end(), {option, value});
+    };
+    add(kReportOption, report);
+    for (const std::string& output : watched)
+        add(kWatchOption, output);
+    add(kPictureOption, picture);
+    if (duration) add("--duration", shortestText(*duration));
+    if (steps) add("--steps", std::to_string(*steps));
+    return words;
+}
+
+/// Names without a folder are those of files in the results' folder; gives back which those are.
+std::vector<std::string> RunCommand::placeInFolder() {
+    std::vector<std::string> files;
+    for (std::string* const name : {&report, &picture, &summary}) {
+        if (name->empty() || getIsStandardStream(*name) || name->find('/') != std::string::npos) continue;
+        files.push_back(*name);
+        *name = inFolder.folder + "/" + *name;
+    }
+    return files;
+}
+
+ExitCode RunCommand::runInFolder(BlockCatalogue catalogue) {
+    FolderRun record(inFolder, arguments, resultOptions(), catalogue);
+    const std::string reason = inFolder.resumes ? record.findReason() : "it was asked for";
+    isDoneBefore = reason.empty();
+    if (isDoneBefore || inFolder.looks) {
+        if (!isQuiet || inFolder.looks)
+            std::cout << inFolder.folder << ": " << (isDoneBefore ? "is done" : reason) << "\n";
+        return kDone;
+    }
+    const std::vector<std::string> files = placeInFolder();
+    record.begin();
+    try {
+        const ExitCode code = record.end(runGraph(std::move(catalogue), &record), files);
+        isInterrupted = record.getIsInterrupted();
+        return code;
+    } catch (const std::exception& exception) {
+        record.take(exception);
+        record.end(kNothingRun, {});
+        throw;
+    }
+}
+
+ExitCode RunCommand::runGraph(BlockCatalogue catalogue, FolderRun* record) {
     const ProgressLine::Clock::time_point start = ProgressLine::Clock::now();
     const StopSignals signals; // a pipe that nobody writes is waited for before the run
     if (!picture.empty() && !report.empty()) keepFromOutput(kPictureOption, picture, report, "the report");
     if (!picture.empty() && !summary.empty()) keepFromOutput(kPictureOption, picture, summary, "the summary");
     JobOptions options = jobOptions();
+    if (record != nullptr) options.changes.outputs = record->getOutputs();
     options.stop = signals.getToken();
     if (!picture.empty()) checkPicture(kPictureOption, picture, arguments.overwrites);
-    BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
     // A reader that goes away is a failure to write, which ends the run in order.
     std::signal(SIGPIPE, SIG_IGN);
     Job job = Job::fromFile(arguments.graph, std::move(catalogue), std::move(options));
@@ -201,20 +260,22 @@ ExitCode RunCommand::run() {
     try {
         job.require(mode);
     } catch (const InterruptedException& exception) {
+        if (record != nullptr) record->take(exception);
         std::cerr << "quillmere: " << exception.what() << "\n";
         return kFailedMidway;
     }
     if (!picture.empty()) keepFromPicture(kPictureOption, picture, job);
+    if (record != nullptr) record->look(job);
     printDoubts(job.check(mode));
     try {
-        return runAndTell(std::move(job), start, signals.getToken());
+        return runAndTell(std::move(job), start, record, signals.getToken());
     } catch (const std::bad_alloc&) {
         std::cerr << kOutOfMemory; // results may have been touched
         return kFailedMidway;
     }
 }
 
-ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point start,
+ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point start, FolderRun* record,
                                 const std::stop_token& stop) const {
     ProgressLine progress(start, job.getGraph().getSources().empty());
     std::ostream& told =
@@ -224,6 +285,7 @@ ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point s
     const RunOutcome outcome =
         isLive ? runLive(std::move(job), progress, told, stop) : runOffline(job, progress, stop);
     progress.clear();
+    if (record != nullptr) record->take(outcome);
     if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start, told);
     printWarnings(outcome);
     if (outcome.getIsWhole())

@@ -54,6 +54,8 @@ struct CommandEntry {
 /// In the order in which they are listed.
 const CommandEntry kCommands[] = {
     {"run", "Run a graph over its recordings and write the results.", make<Cli::RunCommand>},
+    {"batch", "Run a graph over many recordings, side by side, each with a folder of its own.",
+     make<Cli::BatchCommand>},
     {"check", "Tell whether a graph could run, and everything that is wrong.", make<Cli::CheckCommand>},
     {"inspect", "Tell what is in a recording, and write a graph that reads it.", make<Cli::InspectCommand>},
     {"plot", "Draw recordings and results: a picture, or curves in the terminal.", make<Cli::PlotCommand>},
@@ -75,6 +77,8 @@ Cli::ExitCode call(CLI::App& program, int count, char** arguments) {
     // For packagers: the package has what it prints.
     CLI::App& completion = addCommand(program, "completion", "Print a script that completes, for bash.");
     completion.group("");
+    CLI::App& worker = addCommand(program, Cli::kWorkerCommand, "Run what a batch gives out.");
+    worker.group("");
     // Commands that are there already don't take it over.
     program.footer("Ends with 0 when all is done, with 1 when a run failed midway or something could not be "
                    "written,\nand with 2 when nothing was run.\n");
@@ -89,6 +93,7 @@ Cli::ExitCode call(CLI::App& program, int count, char** arguments) {
     }
     for (const auto& [application, command] : commands)
         if (application->parsed()) return command->run();
+    if (worker.parsed()) return Cli::BatchWorkerCommand(worker).run();
     if (completion.parsed())
         Cli::printCompletion(program);
     else

@@ -521,7 +521,8 @@ TEST_F(Command, WrongUsageIsNamedAndGuessed) {
         Strings words;
         const char* text;
     };
-    const char* const commands = "expected one of run, check, inspect, plot, blocks, response, ctl and help";
+    const char* const commands =
+        "expected one of run, batch, check, inspect, plot, blocks, response, ctl and help";
     const Row rows[] = {
         {{}, "found no command; COMMANDS ('quillmere help' tells what they do)"},
         {{"runn", "g.yaml"}, "found the command 'runn'; COMMANDS; did you mean run?"},
@@ -590,7 +591,8 @@ TEST_F(Command, CompletionKnowsEveryCommandAndOption) {
         EXPECT_EQ(ended.err, "");
         return ended.out;
     };
-    EXPECT_EQ(complete("quillmere ''"), "run check inspect plot blocks response ctl help --help --version\n");
+    EXPECT_EQ(complete("quillmere ''"),
+              "run batch check inspect plot blocks response ctl help --help --version\n");
     EXPECT_EQ(complete("quillmere re"), "response\n");
     EXPECT_EQ(complete("quillmere run --in"), "--input\n");
     EXPECT_EQ(complete("quillmere help c"), "check ctl\n");

@@ -51,6 +51,7 @@ const std::vector<Room> kRooms = {
     hostRoom("picture", {"text", "description", "ends", "recording", "inspection"}),
     hostRoom("report", {"text", "plugins", "description", "ends", "graph", "recording", "run", "picture"}),
     hostRoom("control", {"text", "description", "live"}),
+    hostRoom("batch", {"text", "plugins", "description", "ends", "recording", "graph"}),
     {.folder = "host/", .may = {"host/"}}, // the umbrella header
     {.folder = "cli/", .may = {"host/"}},
     {.folder = "python/", .may = {"framework/", "host/"}},

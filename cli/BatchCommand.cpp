@@ -1,0 +1,357 @@
+// SPDX-License-Identifier: MIT
+#include "cli/Commands.h"
+
+#include "cli/BatchReport.h"
+#include "cli/SideFile.h"
+#include "cli/StopSignals.h"
+#include "cli/Usage.h"
+#include "cli/UsageError.h"
+#include "host/batch/BatchPlan.h"
+#include "host/batch/BatchRun.h"
+#include "host/batch/BatchSummary.h"
+#include "host/graph/Graph.h"
+#include "host/graph/GraphPlugins.h"
+#include "host/text/Counted.h"
+#include "host/text/NearestName.h"
+#include "host/text/Printable.h"
+
+#include <CLI/CLI.hpp>
+
+#include <sched.h>
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <iostream>
+#include <limits>
+#include <utility>
+
+namespace Cli {
+
+using namespace Quillmere::Host;
+
+namespace {
+
+constexpr const char* kIn = "--in";
+constexpr const char* kPlanBegin = "quillmere run ";
+constexpr std::int64_t kMostJobs = 1024;
+
+std::size_t coreCount() {
+    cpu_set_t cores;
+    const int count = ::sched_getaffinity(0, sizeof cores, &cores) == 0 ? CPU_COUNT(&cores) : 1;
+    return static_cast<std::size_t>(std::max(1, count));
+}
+
+/// Two numbers counted from 1, or one that is both; 0 for what isn't that.
+std::pair<std::size_t, std::size_t> rangeOf(const std::string& text) {
+    const auto numberOf = [](const std::string& digits) {
+        std::size_t number = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+        return error == std::errc() && end == digits.data() + digits.size() ? number : 0;
+    };
+    const std::size_t sign = text.find('-');
+    const std::size_t first = numberOf(text.substr(0, sign));
+    const std::size_t last = sign == std::string::npos ? first : numberOf(text.substr(sign + 1));
+    return first <= last ? std::pair(first, last) : std::pair<std::size_t, std::size_t>(0, 0);
+}
+
+std::string refusal(const std::string& text, const std::string& expected) {
+    return Complaint{{}, "'" + printable(text, kLongestName) + "'", expected}.getText();
+}
+
+std::string checkRange(const std::string& text) {
+    return rangeOf(text).first > 0 ? "" : refusal(text, "FIRST-LAST, counted from 1");
+}
+
+/// Of files in each recording's folder.
+std::string checkName(const std::string& text) {
+    if (!text.empty() && text != "-" && text.find('/') == std::string::npos) return {};
+    return refusal(text, "a name in the folder of each recording");
+}
+
+std::string checkStatistic(const std::string& text) {
+    if (findStatistic(text)) return {};
+    return Complaint::unknown({}, "the statistic '" + printable(text, kLongestName) + "'", text,
+                              getStatisticNames())
+        .getText();
+}
+
+/// The options of a call as its words have them.
+GraphArguments argumentsOf(const BatchPlan::Entry& entry) {
+    GraphArguments arguments;
+    for (std::size_t i = 0; i + 1 < entry.words.size(); ++i) {
+        const std::string& word = entry.words[i];
+        if (word == "--input")
+            arguments.inputs.push_back(entry.words[++i]);
+        else if (word == "--set")
+            arguments.settings.push_back(entry.words[++i]);
+        else if (word == "--param")
+            arguments.parameters.push_back(entry.words[++i]);
+        else if (word == "--note")
+            ++i;
+    }
+    return arguments;
+}
+
+void listDoubts(const std::vector<std::string>& names, const std::string& table, const std::string& what) {
+    if (names.empty()) return;
+    Warning warning;
+    warning.where.file = table;
+    warning.text = what + listOfNames(names);
+    std::cerr << warning.getText() << "\n";
+}
+
+} // namespace
+
+BatchCommand::BatchCommand(CLI::App& command) {
+    command.add_option("GRAPH", arguments.graph, "The graph file, YAML or JSON.")->type_name("FILE");
+    enterRecordings(command);
+    enterRules(command);
+    enterResults(command);
+    arguments.enterChanges(command);
+    arguments.enterRules(command);
+    command.add_flag("--quiet", isQuiet, "Print failures only.");
+}
+
+void BatchCommand::enterRecordings(CLI::App& command) {
+    command.add_option(kIn, patterns, "The recordings, as in 'study/**/*.csv'; ** is any folders.")
+        ->type_name("PATTERN");
+    command.add_option("--out", out, "Where each recording gets a folder of its own, as they lie.")
+        ->type_name("FOLDER");
+    command.add_option("--source", source, "The source that reads the recording, of several.")
+        ->type_name("BLOCK");
+    command
+        .add_option("--table", table,
+                    "What is known of them: rows by path or id; columns set:BLOCK.PROPERTY set that.")
+        ->type_name("FILE");
+    command
+        .add_option(
+            "--plan", planFile,
+            "With GRAPH, write what would be called, a line a recording, and run nothing; without it, "
+            "run that.")
+        ->type_name("FILE");
+    command.add_option("--lines", lines, "Run these lines of the plan only.")
+        ->type_name("FIRST-LAST")
+        ->check(checkRange)
+        ->needs("--plan");
+}
+
+void BatchCommand::enterRules(CLI::App& command) {
+    command.add_option("--jobs", jobs, "So many at once; else as many as there are cores.")
+        ->type_name("N")
+        ->check(wholeNumber(1, kMostJobs));
+    CLI::Option* const resume =
+        command.add_flag("--resume", resumes, "Leave out what is done and hasn't changed.");
+    command
+        .add_flag("--keep-changed", keepsChanged,
+                  "With --resume: also where graph, recording, settings or versions have changed.")
+        ->needs(resume);
+    command.add_flag("--dry-run", isDry, "Tell what would be called, and run nothing.");
+}
+
+void BatchCommand::enterResults(CLI::App& command) {
+    command.add_flag("--collect", collects, "Only make summary.csv anew, of what is in --out.");
+    command
+        .add_option(
+            "--statistic", statistics,
+            "Summarise each column of each result: mean, median, std, min, max, count, p95 and so on.")
+        ->type_name("NAME,...")
+        ->delimiter(',')
+        ->check(checkStatistic);
+    command.add_option("--picture", picture, "Draw the results of each recording into its folder.")
+        ->type_name("NAME.svg|NAME.png")
+        ->check(checkName);
+    CLI::Option* const page =
+        command.add_option("--report", report, "Write a page for a browser into the folder of each.")
+            ->type_name("NAME.html")
+            ->check(checkName);
+    command.add_option("--watch", watched, "Show in the report what this output sends, too.")
+        ->type_name("BLOCK.PIN")
+        ->allow_extra_args(false)
+        ->needs(page);
+}
+
+void BatchCommand::checkOptions() const {
+    const auto require = [](bool isGiven, const char* what, const char* value) {
+        if (!isGiven) throw UsageError({{}, std::string("no ") + what, value});
+    };
+    if (collects) return require(!out.empty(), "--out", "the folder with the results");
+    if (arguments.graph.empty() && !planFile.empty()) {
+        if (!patterns.empty()) throw UsageError({{}, "--in without GRAPH", "both, or --plan alone"});
+        return;
+    }
+    require(!arguments.graph.empty(), "GRAPH", "one, as 'quillmere batch --help' tells");
+    require(!patterns.empty(), kIn, "--in 'FOLDER/**/*.csv' or the like");
+    require(!out.empty(), "--out", "--out FOLDER, for the results");
+}
+
+ExitCode BatchCommand::run() {
+    checkOptions();
+    if (collects) {
+        const std::vector<std::string> folders = findResultFolders(out);
+        if (folders.empty())
+            throw UsageError(
+                {{"--out"},
+                 "no " + std::string(RunStatus::kFileName) + " below '" + printable(out, kLongestName) + "'",
+                 "the results of a batch"});
+        return writeSummary(folders);
+    }
+    const BatchPlan entries = plan();
+    if (!planFile.empty() && !arguments.graph.empty()) return writePlan(entries);
+    if (isDry && !resumes) {
+        std::cout << entries.toText();
+        std::cerr << counted(entries.entries.size(), "recording") << " to run\n";
+        return kDone;
+    }
+    return runPlan(entries);
+}
+
+BatchPlan BatchCommand::plan() const {
+    if (!arguments.graph.empty()) return planOfGraph();
+    const auto [first, last] =
+        lines.empty() ? std::pair(std::size_t{1}, std::numeric_limits<std::size_t>::max()) : rangeOf(lines);
+    Complaints complaints;
+    BatchPlan read = BatchPlan::fromFile(planFile, first, last, complaints);
+    complaints.raise(false);
+    return read;
+}
+
+/// The graph is checked with what the first recording is run with, before anything is touched.
+BatchPlan BatchCommand::planOfGraph() const {
+    BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
+    Complaints complaints;
+    const GraphDescription description = GraphDescription::fromFile(arguments.graph, complaints);
+    loadPlugins(description, catalogue, complaints);
+    complaints.raise(false);
+    PlanWishes wishes{
+        .graph = arguments.graph, .source = sourceOf(catalogue), .out = out, .words = wordsForEach()};
+    const FoundFiles found = findFiles(patterns, out, kIn, complaints);
+    std::optional<StudyTable> rows;
+    if (!table.empty()) wishes.table = &rows.emplace(table, complaints);
+    complaints.raise(false);
+    PlanDoubts doubts;
+    BatchPlan made = makePlan(found, wishes, doubts, complaints);
+    complaints.raise(false);
+    const GraphArguments first = argumentsOf(made.entries.front());
+    const Graph graph(description.with(changesOf(first), complaints), catalogue, complaints);
+    complaints.raise(arguments.isStrict);
+    listDoubts(doubts.withoutRow, table, "no row for ");
+    listDoubts(doubts.unused, table, "no recording for ");
+    return made;
+}
+
+/// The source that reads the recording: the only one with a file, of those that no option gives one.
+std::string BatchCommand::sourceOf(const BlockCatalogue& catalogue) const {
+    Complaints ignored; // settings and files that recordings bring aren't there yet
+    const GraphDescription description = GraphDescription::fromFile(arguments.graph, ignored);
+    const Graph graph(description.with(changesOf(arguments), ignored), catalogue, ignored);
+    std::vector<std::string> sources;
+    for (const Graph::Node& node : graph.getNodes()) {
+        const std::string& id = node.description->id;
+        const auto isIt = [&](const std::string& input) { return input.starts_with(id + "="); };
+        if (node.source == nullptr || node.file == nullptr) continue;
+        if (id == source) return source;
+        if (std::none_of(arguments.inputs.begin(), arguments.inputs.end(), isIt)) sources.push_back(id);
+    }
+    if (!source.empty())
+        throw UsageError(Complaint::unknown(
+            {"--source"}, "the block '" + printable(source, kLongestName) + "'", source, sources,
+            "a source that reads a file: ", "a graph with a source that reads a file"));
+    if (sources.size() == 1) return sources.front();
+    const std::string expected = sources.empty() ? "one source at least that reads a recording"
+                                                 : "--source BLOCK for the one that reads the recording, and "
+                                                   "--input BLOCK=FILE for others";
+    throw UsageError({{arguments.graph},
+                      counted(sources.size(), "source") + " that read files" +
+                          (sources.empty() ? "" : ", " + listOfNames(sources)),
+                      expected});
+}
+
+std::vector<std::string> BatchCommand::wordsForEach() const {
+    std::vector<std::string> words = wordsOf(arguments);
+    const auto add = [&](const char* option, const std::string& value) {
+        if (!value.empty()) words.insert(words.end(), {option, value});
+    };
+    add("--report", report);
+    for (const std::string& output : watched)
+        add("--watch", output);
+    add("--picture", picture);
+    if (arguments.overwrites) words.emplace_back("--overwrite");
+    return words;
+}
+
+ExitCode BatchCommand::writePlan(const BatchPlan& made) const {
+    BatchPlan written = made;
+    for (BatchPlan::Entry& entry : written.entries) {
+        if (resumes) entry.words.emplace_back("--resume");
+        if (keepsChanged) entry.words.emplace_back("--keep-changed");
+    }
+    const ResultOptions options{
+        .overwrites = arguments.overwrites,
+        .looksOwn = [](std::string_view text) { return text.starts_with(kPlanBegin); },
+        .isOfGraph = false};
+    checkSideFile("--plan", planFile, options);
+    if (!writeSideFile(planFile, options, written.toText())) return kFailedMidway;
+    if (!isQuiet) std::cout << counted(written.entries.size(), "recording") << " in " << planFile << "\n";
+    return kDone;
+}
+
+ExitCode BatchCommand::runPlan(const BatchPlan& entries) const {
+    const StopSignals signals;
+    BatchOptions options{.worker = {ownPath(), kWorkerCommand}, .jobs = jobs == 0 ? coreCount() : jobs};
+    options.words.emplace_back("--quiet");
+    if (resumes) options.words.emplace_back("--resume");
+    if (keepsChanged) options.words.emplace_back("--keep-changed");
+    if (isDry) options.words.emplace_back("--look");
+    BatchRun batch(entries, options);
+    BatchProgressLine line(!isQuiet);
+    batch.run(signals.getToken(), [&](const BatchProgress& progress) { line.show(progress); });
+    line.clear();
+    if (!isDry) return tell(entries, batch, line.getSeconds());
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < entries.entries.size(); ++i) {
+        if (batch.getEnds()[i].state == BatchEnd::State::Kept) continue;
+        const std::string& why = batch.getEnds()[i].text;
+        std::cout << entries.entries[i].getCommand() << "  # " << why.substr(why.find(": ") + 2) << "\n";
+        ++count;
+    }
+    std::cerr << counted(entries.entries.size(), "recording") << ", " << count << " to run\n";
+    return kDone;
+}
+
+ExitCode BatchCommand::tell(const BatchPlan& entries, const BatchRun& batch, double seconds) const {
+    const BatchProgress& progress = batch.getProgress();
+    const std::size_t left = progress.all - progress.done - progress.failed;
+    if (!isQuiet) {
+        char time[32];
+        std::snprintf(time, sizeof time, "%.1f", seconds);
+        std::cout << counted(progress.all, "recording") << ": " << progress.done << " done";
+        if (progress.kept > 0) std::cout << " (" << progress.kept << " before)";
+        std::cout << ", " << progress.failed << " failed";
+        if (left > 0) std::cout << ", " << left << " left";
+        std::cout << " (in " << time << " s)" << std::endl;
+    }
+    printFailures(entries, batch);
+    if (left > 0) std::cerr << "quillmere: interrupted; the same with --resume does the rest\n";
+    std::vector<std::string> folders;
+    for (const BatchPlan::Entry& entry : entries.entries)
+        folders.push_back(entry.folder);
+    std::sort(folders.begin(), folders.end());
+    const ExitCode code = out.empty() ? kDone : writeSummary(folders);
+    return progress.failed == 0 && left == 0 ? code : kFailedMidway;
+}
+
+ExitCode BatchCommand::writeSummary(const std::vector<std::string>& folders) const {
+    std::vector<ColumnStatistic> wanted;
+    for (const std::string& name : statistics)
+        wanted.push_back(*findStatistic(name));
+    const ResultOptions options{
+        .overwrites = arguments.overwrites,
+        .looksOwn = [](std::string_view text) { return text.starts_with(kSummaryBegin); },
+        .isOfGraph = false};
+    const std::string path = (std::filesystem::path(out) / "summary.csv").string();
+    const std::string root = std::filesystem::path(out).lexically_normal().string();
+    return writeSideFile(path, options, summaryTable(folders, root, wanted)) ? kDone : kFailedMidway;
+}
+
+} // namespace Cli

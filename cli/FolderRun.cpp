@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+#include "cli/FolderRun.h"
+
+#include "cli/UsageError.h"
+#include "host/batch/PeakMemory.h"
+#include "host/batch/ShellWords.h"
+#include "host/ends/RecordingException.h"
+#include "host/graph/GraphPlugins.h"
+#include "host/run/RunJson.h"
+#include "host/text/CaughtText.h"
+#include "host/text/Printable.h"
+
+#include <CLI/CLI.hpp>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+
+namespace Cli {
+
+using namespace Quillmere::Host;
+
+namespace {
+
+constexpr const char* kFolder = "--folder";
+
+RunStatus::Pairs versionsOf(const BlockCatalogue& catalogue) {
+    RunStatus::Pairs versions{{"quillmere", QUILLMERE_VERSION}};
+    for (const std::string& type : catalogue.getTypeNames()) {
+        const std::string plugin = catalogue.getPluginName(type);
+        const auto isIt = [&](const auto& version) { return version.first == plugin; };
+        if (std::none_of(versions.begin(), versions.end(), isIt))
+            versions.emplace_back(plugin, catalogue.getPluginVersion(type));
+    }
+    return versions;
+}
+
+std::string hostName() {
+    char name[256] = {};
+    return ::gethostname(name, sizeof name - 1) == 0 ? name : "";
+}
+
+/// Rows that aren't as the recording has them.
+std::uint64_t repairsOf(const SourceAccount& account) {
+    const SourceAccount::TimeRepairs& times = account.repairs;
+    return account.skippedRows + account.mendedRows + (account.isCutEndDropped ? 1u : 0u) +
+           times.duplicates.count + times.backward.count + times.behindEnd.count + times.rowsFilled;
+}
+
+GraphDescription resolvedGraph(const GraphArguments& graph, BlockCatalogue& catalogue) {
+    Complaints ignored; // the job tells them
+    const GraphDescription read = GraphDescription::fromFile(graph.graph, ignored);
+    loadPlugins(read, catalogue, ignored);
+    return read.with(changesOf(graph), ignored).resolved(ignored);
+}
+
+} // namespace
+
+void FolderArguments::enter(CLI::App& command) {
+    CLI::Option* const path =
+        command
+            .add_option(kFolder, folder, "Put all results into FOLDER, with what came of it: status.json.")
+            ->type_name("FOLDER")
+            ->check([](const std::string& text) {
+                return text.empty() ? Complaint{{}, "''", "the name of a folder"}.getText() : "";
+            });
+    command.add_option("--note", notes, "Keep a word on the recording in the status. Again for another.")
+        ->type_name("NAME=TEXT")
+        ->allow_extra_args(false)
+        ->needs(path);
+    CLI::Option* const again =
+        command.add_flag("--resume", resumes, "Do nothing where FOLDER has what this run would give.")
+            ->needs(path);
+    command
+        .add_flag("--keep-changed", keepsChanged,
+                  "With --resume: nor where graph, recording, settings or versions have changed.")
+        ->needs(again);
+    // A batch asks for it.
+    command.add_flag("--look", looks, "Only tell why it would have to run.")->needs(path)->group("");
+}
+
+FolderRun::FolderRun(const FolderArguments& options, const GraphArguments& graph,
+                     const std::vector<std::string>& others, BlockCatalogue& catalogue)
+    : arguments(options), folder(options.folder) {
+    if (!graph.outputs.empty())
+        throw UsageError({{}, std::string("--output beside ") + kFolder, "one of them"});
+    status.graph = graph.graph;
+    status.graphHash = hashOfFile(graph.graph);
+    outputs = outputsInto(options.folder, kFolder + (" " + printable(options.folder, kLongestName)),
+                          resolvedGraph(graph, catalogue), catalogue);
+    status.versions = versionsOf(catalogue);
+    status.overrides = wordsOf(graph);
+    status.overrides.insert(status.overrides.end(), others.begin(), others.end());
+    std::vector<std::string> words{"quillmere", "run", graph.graph};
+    words.insert(words.end(), status.overrides.begin(), status.overrides.end());
+    if (graph.overwrites) words.emplace_back("--overwrite");
+    words.insert(words.end(), {kFolder, options.folder});
+    for (const std::string& note : options.notes)
+        words.insert(words.end(), {"--note", note});
+    status.command = shellLine(words);
+    if (!graph.inputs.empty())
+        status.recording = splitSetting(graph.inputs.front(), "--input", "block=FILE").second;
+    takeNotes();
+}
+
+void FolderRun::takeNotes() {
+    for (const std::string& note : arguments.notes)
+        status.notes.push_back(splitSetting(note, "--note", "NAME=TEXT"));
+}
+
+std::string FolderRun::findReason() const {
+    const auto before = folder.findStatus();
+    if (!before) return "it isn't done";
+    if (!before->getIsDone()) return "it is " + before->state;
+    return arguments.keepsChanged ? "" : findChange(*before, status, folder.getPath());
+}
+
+void FolderRun::begin() {
+    restartPeakMemory();
+    status.began = timeText();
+    start = std::chrono::steady_clock::now();
+    status.host = hostName();
+    folder.begin();
+}
+
+void FolderRun::look(const Job& job) {
+    for (const Graph::Node& node : job.getGraph().getNodes()) {
+        if (node.source == nullptr || node.file == nullptr) continue;
+        for (const FileEnd::File& file : node.file->getFiles()) {
+            const auto facts = factsOf(file.name);
+            if (file.descriptor >= 0 || !facts) continue;
+            RunStatus::Input& input = status.inputs.emplace_back();
+            input.source = node.description->id;
+            input.path = file.name;
+            input.facts = *facts;
+            input.hash = hashOfFile(file.name);
+        }
+    }
+    if (status.recording.empty() && !status.inputs.empty()) status.recording = status.inputs.front().path;
+}
+
+void FolderRun::take(const RunOutcome& outcome) {
+    status.failure = outcome.failure;
+    status.complaints = outcome.complaints;
+    isInterrupted = outcome.isInterrupted;
+    status.rows = outcome.progress.rows;
+    status.warnings = outcome.doubts.size() + outcome.warnings.size();
+    if (!outcome.recordings.empty()) status.rate = outcome.recordings.front().account.getMedianRate();
+    for (const RunOutcome::Recording& recording : outcome.recordings)
+        status.repairs += repairsOf(recording.account);
+    for (const RunOutcome::Link& link : outcome.links)
+        status.lost += link.lost;
+    for (const RunOutcome::Result& result : outcome.results)
+        if (result.isComplete && !result.path.empty())
+            folder.addResult(status, result.id, std::filesystem::path(result.path).filename().string());
+    status.outcome = Json::outcome(outcome);
+}
+
+void FolderRun::take(const std::exception& refusal) {
+    status.failure = refusal.what();
+    status.complaints = complaintsOf(refusal);
+    isInterrupted = dynamic_cast<const InterruptedException*>(&refusal) != nullptr;
+}
+
+ExitCode FolderRun::end(ExitCode code, const std::vector<std::string>& files) {
+    status.state = code == kDone   ? RunStatus::kDone
+                   : isInterrupted ? RunStatus::kInterrupted
+                                   : RunStatus::kFailed;
+    if (code != kDone && status.failure.empty())
+        status.failure = "what stands beside the results can't be made";
+    for (const std::string& file : files)
+        folder.addResult(status, {}, file);
+    status.ended = timeText();
+    status.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    status.peakMemory = getPeakMemory();
+    try {
+        writeStatus(folder.getPath(), status);
+    } catch (const RecordingException& exception) {
+        std::cerr << "quillmere: " << exception.what() << "\n";
+        return code == kDone ? kFailedMidway : code;
+    }
+    return code;
+}
+
+} // namespace Cli

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+#include "host/batch/BatchPlan.h"
+
+#include "host/batch/ShellWords.h"
+#include "host/text/Printable.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace Quillmere::Host {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kCommand = "quillmere";
+
+std::string inQuotes(const std::string& text) {
+    std::string words = "'";
+    words += printable(text, kLongestName);
+    words += '\'';
+    return words;
+}
+
+/// How the folder of a recording is called: its file, without what tells the form.
+std::string idOf(const std::string& name) {
+    fs::path path(name);
+    if (path.extension() == ".gz") path.replace_extension();
+    return path.replace_extension().string();
+}
+
+std::string filled(std::string text, const std::map<std::string, std::string>& places) {
+    for (const auto& [name, value] : places)
+        for (std::size_t at = text.find(name); at != std::string::npos;
+             at = text.find(name, at + value.size()))
+            text.replace(at, name.size(), value);
+    return text;
+}
+
+std::map<std::string, std::string> placesOf(const std::string& path, const std::string& id) {
+    const fs::path file(path);
+    return {{"{path}", path},
+            {"{folder}", file.has_parent_path() ? file.parent_path().string() : "."},
+            {"{name}", file.filename().string()},
+            {"{stem}", fs::path(id).filename().string()},
+            {"{id}", id}};
+}
+
+/// What a row of the table adds to a call.
+void addCells(const StudyTable& table, std::size_t row, std::vector<std::string>& words) {
+    constexpr std::string_view kSetting = StudyTable::kSetting;
+    for (std::size_t i = 0; i < table.getColumns().size(); ++i) {
+        const std::string& column = table.getColumns()[i];
+        const std::string& cell = table.getCells(row)[i];
+        const bool isSetting = column.starts_with(kSetting);
+        // An empty cell leaves what the graph says.
+        if (isSetting && !cell.empty())
+            words.insert(words.end(), {"--set", column.substr(kSetting.size()) + "=" + cell});
+        words.insert(words.end(), {"--note", column + "=" + cell});
+    }
+}
+
+void findUnused(const StudyTable& table, const std::set<std::size_t>& used, PlanDoubts& doubts) {
+    for (std::size_t row = 0; row < table.getRows(); ++row)
+        if (!used.contains(row)) doubts.unused.push_back(table.getName(row));
+}
+
+} // namespace
+
+std::string BatchPlan::Entry::getCommand() const {
+    std::string command = kCommand;
+    command += ' ';
+    command += shellLine(words);
+    return command;
+}
+
+std::string BatchPlan::toText() const {
+    std::string text;
+    for (const Entry& entry : entries)
+        text += entry.getCommand() + "\n";
+    return text;
+}
+
+BatchPlan BatchPlan::fromFile(const std::string& path, std::size_t first, std::size_t last,
+                              Complaints& complaints) {
+    BatchPlan plan;
+    std::ifstream file(path, std::ios::binary);
+    if (!file.is_open()) {
+        complaints.add(Complaint::sentence({path}, std::string("cannot be opened: ") + std::strerror(errno),
+                                           "a plan that can be read"));
+        return plan;
+    }
+    std::string line;
+    for (std::size_t number = 1; number <= last && std::getline(file, line); ++number) {
+        if (number < first || line.empty()) continue;
+        const auto words = splitShellLine(line);
+        Entry entry;
+        if (words && words->size() > 2 && words->front() == kCommand && (*words)[1] == "run")
+            entry.words.assign(words->begin() + 1, words->end());
+        for (std::size_t i = 0; i + 1 < entry.words.size(); ++i) {
+            const std::string& value = entry.words[i + 1];
+            if (entry.words[i] == "--folder") entry.folder = value;
+            if (entry.words[i] == "--input" && entry.recording.empty())
+                entry.recording = value.substr(value.find('=') + 1);
+        }
+        if (entry.folder.empty())
+            complaints.add({path, static_cast<int>(number), 1}, inQuotes(line),
+                           "quillmere run GRAPH ... --folder FOLDER");
+        else
+            plan.entries.push_back(std::move(entry));
+    }
+    if (plan.entries.empty() && complaints.isEmpty())
+        complaints.add({path}, "no lines there", "one for each recording");
+    return plan;
+}
+
+BatchPlan makePlan(const FoundFiles& recordings, const PlanWishes& wishes, PlanDoubts& doubts,
+                   Complaints& complaints) {
+    BatchPlan plan;
+    std::map<std::string, std::string> byFolder;
+    std::set<std::size_t> used;
+    for (const std::string& path : recordings.files) {
+        const std::string name = recordings.nameBelowRoot(path);
+        const std::string id = idOf(name);
+        BatchPlan::Entry entry;
+        entry.recording = path;
+        entry.folder = (fs::path(wishes.out) / id).lexically_normal().string();
+        if (path.find('\n') != std::string::npos)
+            complaints.add({wishes.graph}, "the recording " + inQuotes(path),
+                           "a name in one line, as a plan has it");
+        const auto [other, isNew] = byFolder.emplace(entry.folder, path);
+        if (!isNew)
+            complaints.add({entry.folder},
+                           "two recordings for it, '" + other->second + "' and '" + path + "'",
+                           "a name of its own for each, without its ending");
+        entry.words = {"run", wishes.graph, "--input", wishes.source + "=" + path};
+        const auto places = placesOf(path, id);
+        for (const std::string& word : wishes.words)
+            entry.words.push_back(filled(word, places));
+        if (wishes.table != nullptr) {
+            if (const auto row = wishes.table->findRow(path, name, complaints)) {
+                used.insert(*row);
+                addCells(*wishes.table, *row, entry.words);
+            } else {
+                doubts.withoutRow.push_back(path);
+            }
+        }
+        entry.words.insert(entry.words.end(), {"--folder", entry.folder});
+        plan.entries.push_back(std::move(entry));
+    }
+    if (wishes.table != nullptr) findUnused(*wishes.table, used, doubts);
+    return plan;
+}
+
+} // namespace Quillmere::Host

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include "host/batch/BatchRun.h"
+
+#include "host/batch/RunStatus.h"
+#include "host/batch/ShellWords.h"
+#include "host/ends/RecordingException.h"
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <utility>
+
+namespace Quillmere::Host {
+
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenLooks{100};
+constexpr const char* kOwnName = "quillmere: ";
+
+/// What a command has said, without its name and its last line's end.
+std::string saidIn(std::string printed) {
+    while (printed.ends_with('\n'))
+        printed.pop_back();
+    if (printed.starts_with(kOwnName)) printed.erase(0, std::char_traits<char>::length(kOwnName));
+    return printed;
+}
+
+std::string statusIn(const std::string& folder) {
+    return folder + "/" + RunStatus::kFileName;
+}
+
+bool getIsDoneSince(const std::string& time, const std::string& folder) {
+    const auto status = readStatus(statusIn(folder));
+    return status && status->getIsDone() && status->began >= time;
+}
+
+} // namespace
+
+BatchRun::BatchRun(const BatchPlan& entries, BatchOptions given)
+    : plan(entries), options(std::move(given)), ends(plan.entries.size()), begins(plan.entries.size()) {
+    progress.all = plan.entries.size();
+}
+
+void BatchRun::run(const std::stop_token& stop, const ProgressHandler& onProgress) {
+    WorkerPool pool(options.worker, options.jobs);
+    std::size_t next = 0;
+    bool isStopped = false;
+    while (pool.getBusy() > 0 || (next < plan.entries.size() && !isStopped)) {
+        while (!isStopped && !stop.stop_requested() && pool.getHasRoom() && next < plan.entries.size()) {
+            std::vector<std::string> words = plan.entries[next].words;
+            words.insert(words.end(), options.words.begin(), options.words.end());
+            begins[next] = timeText();
+            pool.start(next++, shellLine(words));
+        }
+        if (stop.stop_requested() && !std::exchange(isStopped, true)) pool.interrupt();
+        for (const WorkerPool::Ended& ended : pool.wait(kBetweenLooks))
+            take(ended, isStopped || stop.stop_requested());
+        progress.running = pool.getBusy();
+        onProgress(progress);
+    }
+}
+
+void BatchRun::take(const WorkerPool::Ended& ended, bool isStopped) {
+    using State = BatchEnd::State;
+    BatchEnd& end = ends[ended.task];
+    end.text = saidIn(ended.printed);
+    const bool isTold = ended.signal == SIGINT || ended.signal == SIGTERM || ended.signal == SIGHUP;
+    if (ended.crash.empty() && ended.answer == WorkerAnswer::kDone)
+        end.state = State::Done;
+    else if (ended.crash.empty() && ended.answer == WorkerAnswer::kKept)
+        end.state = State::Kept;
+    else if (ended.crash.empty() && ended.answer == WorkerAnswer::kWouldRun)
+        end.state = State::WouldRun;
+    else if (ended.answer == WorkerAnswer::kInterrupted || (isStopped && isTold))
+        end.state = State::Interrupted;
+    else if (!ended.crash.empty() && getIsDoneSince(begins[ended.task], plan.entries[ended.task].folder))
+        end.state = State::Done; // it was over, but for the answer
+    else
+        end.state = State::Failed;
+    if (end.state == State::Failed && !ended.crash.empty()) {
+        end.text = ended.crash + (end.text.empty() ? "" : ": " + end.text);
+        tellCrash(ended, end.text);
+    }
+    if (end.state == State::Done || end.state == State::Kept) ++progress.done;
+    if (end.state == State::Kept) ++progress.kept;
+    if (end.state == State::Failed) ++progress.failed;
+    if (end.state == State::Interrupted) ++progress.interrupted;
+}
+
+/// The process that would have written the status is gone. Where a status is, it hadn't begun: a run takes
+/// that of an earlier one away first.
+void BatchRun::tellCrash(const WorkerPool::Ended& ended, const std::string& text) const {
+    const BatchPlan::Entry& entry = plan.entries[ended.task];
+    if (readStatus(statusIn(entry.folder))) return;
+    RunStatus status;
+    status.state = RunStatus::kCrashed;
+    status.failure = text;
+    status.recording = entry.recording;
+    status.command = entry.getCommand();
+    status.began = begins[ended.task];
+    status.ended = timeText();
+    try {
+        std::error_code error;
+        std::filesystem::create_directories(entry.folder, error);
+        writeStatus(entry.folder, status);
+    } catch (const RecordingException&) {
+        // A folder without a status isn't done either.
+    }
+}
+
+} // namespace Quillmere::Host

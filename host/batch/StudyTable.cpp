@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+#include "host/batch/StudyTable.h"
+
+#include "host/text/Counted.h"
+#include "host/text/Printable.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+namespace Quillmere::Host {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kPath = "path";
+/// What a column of ids may be called.
+constexpr std::array<std::string_view, 5> kIds{"id", "participant_id", "participant", "subject", "recording"};
+
+std::string lowered(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return text;
+}
+
+/// The sign that parts the most cells of the names.
+char separatorOf(std::string_view line) {
+    char best = ',';
+    for (const char sign : {',', '\t', ';'})
+        if (std::count(line.begin(), line.end(), sign) > std::count(line.begin(), line.end(), best))
+            best = sign;
+    return best;
+}
+
+std::string withoutEndings(const std::string& name) {
+    fs::path path(name);
+    if (path.extension() == ".gz") path.replace_extension();
+    return path.replace_extension().string();
+}
+
+} // namespace
+
+std::vector<std::string> tableCells(std::string_view line, char separator) {
+    std::vector<std::string> cells(1);
+    bool isQuoted = false;
+    for (std::size_t at = 0; at < line.size(); ++at) {
+        const char letter = line[at];
+        if (letter == '"' && isQuoted && at + 1 < line.size() && line[at + 1] == '"')
+            cells.back() += line[++at];
+        else if (letter == '"')
+            isQuoted = !isQuoted;
+        else if (letter == separator && !isQuoted)
+            cells.emplace_back();
+        else
+            cells.back() += letter;
+    }
+    return cells;
+}
+
+std::string tableCell(const std::string& text) {
+    if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
+    std::string quoted = "\"";
+    for (const char letter : text)
+        quoted += letter == '"' ? "\"\"" : std::string(1, letter == '\n' || letter == '\r' ? ' ' : letter);
+    return quoted + '"';
+}
+
+StudyTable::StudyTable(const std::string& path, Complaints& complaints) : file(path) {
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream.is_open()) {
+        complaints.add(Complaint::sentence({path}, std::string("cannot be opened: ") + std::strerror(errno),
+                                           "a table that can be read"));
+        return;
+    }
+    std::string line;
+    for (int number = 1; std::getline(stream, line); ++number) {
+        if (line.ends_with('\r')) line.pop_back();
+        if (number == 1 && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
+        if (number == 1 && !takeHeader(line, complaints)) return;
+        if (number > 1 && !line.empty()) takeRow(line, number, complaints);
+    }
+    if (columns.empty() && rows.empty() && complaints.isEmpty())
+        complaints.add({path, 1, 1}, "nothing", "a row of names, one of which is path or id");
+}
+
+bool StudyTable::takeHeader(const std::string& line, Complaints& complaints) {
+    separator = separatorOf(line);
+    std::vector<std::string> names = tableCells(line, separator);
+    const auto isName = [](const std::string& name) {
+        return lowered(name) == kPath || std::find(kIds.begin(), kIds.end(), lowered(name)) != kIds.end();
+    };
+    const auto named = std::find_if(names.begin(), names.end(), isName);
+    if (named == names.end()) {
+        complaints.add({file, 1, 1}, "no column that names recordings",
+                       "one called path, id or participant_id");
+        return false;
+    }
+    namesPaths = lowered(*named) == kPath;
+    nameColumn = static_cast<std::size_t>(named - names.begin());
+    for (const std::string& name : names)
+        if (name.starts_with(kSetting) && name.find('.') == std::string::npos)
+            complaints.add({file, 1, 1}, "the column '" + printable(name, kLongestName) + "'",
+                           "set:BLOCK.PROPERTY");
+    names.erase(named);
+    columns = std::move(names);
+    return true;
+}
+
+void StudyTable::takeRow(const std::string& line, int number, Complaints& complaints) {
+    std::vector<std::string> cells = tableCells(line, separator);
+    if (cells.size() != columns.size() + 1) {
+        complaints.add({file, number, 1}, counted(cells.size(), "cell"),
+                       std::to_string(columns.size() + 1) + ", as there are names");
+        return;
+    }
+    Row& row = rows.emplace_back();
+    row.line = number;
+    row.name = cells[nameColumn];
+    byName[namesPaths ? fs::path(row.name).lexically_normal().string() : row.name].push_back(rows.size() - 1);
+    cells.erase(cells.begin() + static_cast<std::ptrdiff_t>(nameColumn));
+    row.cells = std::move(cells);
+}
+
+/// What a row may call a recording.
+std::vector<std::string> StudyTable::namesOf(const std::string& path, const std::string& name) const {
+    const fs::path whole(withoutEndings(name));
+    if (namesPaths) return {path, name, withoutEndings(path), whole.string()};
+    std::vector<std::string> names{whole.string()};
+    for (const fs::path& folder : whole.parent_path())
+        names.push_back(folder.string());
+    const std::string stem = whole.filename().string();
+    for (std::size_t i = 1; i <= stem.size(); ++i)
+        if (i == stem.size() || std::isalnum(static_cast<unsigned char>(stem[i])) == 0)
+            names.push_back(stem.substr(0, i));
+    return names;
+}
+
+std::optional<std::size_t> StudyTable::findRow(const std::string& path, const std::string& name,
+                                               Complaints& complaints) const {
+    std::set<std::size_t> found;
+    for (const std::string& one : namesOf(path, name))
+        if (const auto named = byName.find(one); named != byName.end())
+            found.insert(named->second.begin(), named->second.end());
+    if (found.empty()) return std::nullopt;
+    if (found.size() > 1)
+        complaints.add({file, rows[*found.rbegin()].line, 1},
+                       "a second row for '" + path + "', beside that in line " +
+                           std::to_string(rows[*found.begin()].line),
+                       "one row for each recording");
+    return *found.begin();
+}
+
+} // namespace Quillmere::Host
