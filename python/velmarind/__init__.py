@@ -1,9 +1,10 @@
 # SPDX-License-Identifier: MIT
 """Filters and analyses motion recordings with graphs of small blocks.
 
-`lowpass`, `spectrum`, `track_tremor` and the like do what is asked for most often; `block` makes a single block, `Graph` a
-graph of them; `read`, `inspect` and `write` are for recordings, and `catalog` tells what there is. Time runs down the rows
-everywhere. Whatever is refused is an `Error`, which says what was found, what was expected and what to do.
+`lowpass`, `spectrum`, `track_tremor` and the like do what is asked for most often; `block` makes a single
+block, `Graph` a graph of them; `read`, `inspect` and `write` are for recordings, and `catalog` tells what
+there is. Time runs down the rows everywhere. Whatever is refused is an `Error`, which says what was found,
+what was expected and what to do.
 """
 
 from __future__ import annotations

@@ -12,8 +12,11 @@ from velmarind import _native
 def main() -> int:
     path = _native.command_path()
     if not path:
-        print("velmarind: found no command quillmere beside the package; expected it in the wheel or the build; "
-              "build it with 'cmake --build --preset dev --target quillmere'", file=sys.stderr)
+        print(
+            "velmarind: found no command quillmere beside the package; expected it in the wheel or the build;"
+            " build it with 'cmake --build --preset dev --target quillmere'",
+            file=sys.stderr,
+        )
         return 2
     sys.stdout.flush()
     os.execv(path, ["quillmere", *sys.argv[1:]])

@@ -9,12 +9,12 @@ from typing import Any
 import numpy as np
 
 from velmarind._errors import Error
-from velmarind._native import Floats
+from velmarind._types import Floats
 
 # Recordings with at most so many rows and at least so many columns lie on their side.
 _FEW_ROWS = 12
 _MANY_COLUMNS = 30
-# As runs judge time stamps: uneven where more than one step in twenty is off by more than half of the mean step.
+# As runs judge time stamps: uneven where more than one step in twenty is off by more than half of the mean.
 _ODD_STEPS = 0.05
 _ODD_STEP = 0.5
 # How far a stated rate and that of an index may be apart.
@@ -39,7 +39,8 @@ def array_of(x: Any) -> Floats:
         return np.ascontiguousarray(values, dtype=np.float64)
     except (TypeError, ValueError) as error:
         found = f"{type(x).__name__} that holds other things than numbers"
-        raise Error(f"found a {found}; expected numbers; choose its columns of numbers", found=found) from error
+        text = f"found a {found}; expected numbers; choose its columns of numbers"
+        raise Error(text, found=found) from error
 
 
 def require_upright(values: Floats, what: str = "x") -> None:
@@ -49,8 +50,9 @@ def require_upright(values: Floats, what: str = "x") -> None:
     rows, columns = values.shape
     if rows <= _FEW_ROWS and columns >= _MANY_COLUMNS:
         raise Error(
-            f"found {what} of {rows} rows and {columns} columns; expected time down the rows and channels side by side;"
-            f" did you mean its transposition, {what}.T? (Rows that are really so wide go in as {what}[:, None, :])",
+            f"found {what} of {rows} rows and {columns} columns; expected time down the rows and channels side by"
+            f" side; did you mean its transposition, {what}.T? (Rows that are really so wide go in as"
+            f" {what}[:, None, :])",
             found=f"{rows} rows and {columns} columns",
             expected="time down the rows",
             nearest=f"{what}.T",
@@ -58,13 +60,16 @@ def require_upright(values: Floats, what: str = "x") -> None:
 
 
 def times_of(x: Any) -> Floats | None:
-    """Seconds, where it has a time index: dates, durations, or floating-point seconds. Dates count from the first."""
+    """Seconds, where it has a time index: dates, durations, or floating-point seconds. Dates count from the
+    first."""
     if not (is_pandas(x) or is_index(x)):
         return None
     pandas = sys.modules["pandas"]
     index = x if is_index(x) else x.index
     if isinstance(index, pandas.DatetimeIndex):
-        return np.asarray((index - index[0]) / pandas.Timedelta(seconds=1), dtype=np.float64) if len(index) else None
+        if len(index) == 0:
+            return None
+        return np.asarray((index - index[0]) / pandas.Timedelta(seconds=1), dtype=np.float64)
     if isinstance(index, pandas.TimedeltaIndex):
         return np.asarray(index / pandas.Timedelta(seconds=1), dtype=np.float64)
     if pandas.api.types.is_float_dtype(index):
@@ -77,23 +82,22 @@ def rate_of_times(times: Floats) -> float:
     steps = np.diff(times)
     if steps.size == 0:
         raise Error("found one time; expected two at least, which tell a rate", found="one time")
-    back = int(np.argmax(steps <= 0)) if bool(np.any(steps <= 0)) else -1
-    if back >= 0:
+    back = int(np.argmin(steps))
+    if not steps[back] >= 0 or times[-1] == times[0]:
         raise Error(
-            f"found a time index that repeats or goes back behind row {back} (at {times[back]:g} s);"
-            " expected times that grow; drop those rows, or let velmarind.read repair them"
-            " (duplicates='drop', backwards='drop')",
-            found="times that repeat or go back",
+            f"found a time index that goes back behind row {back} (at {times[back]:g} s); expected times that grow;"
+            " drop those rows, or let velmarind.read repair them (backwards='drop')",
+            found="times that go back",
             expected="times that grow",
         )
-    usual = float(np.median(steps))
-    even = steps[steps < 1.5 * usual]  # lost samples and pauses don't count
+    usual = float(np.median(steps[steps > 0]))
+    even = steps[steps < 1.5 * usual]  # lost samples and pauses don't count; repeated stamps belong to others
     step = float(np.mean(even))
     odd = float(np.mean(np.abs(steps - step) > _ODD_STEP * step))
     if odd > _ODD_STEPS:
         raise Error(
-            f"found a time index of which {100 * odd:.0f} % of the steps are off by more than half of their mean,"
-            f" {step:g} s; expected even times; make them even with velmarind.resample(x, rate=...)",
+            f"found a time index of which {100 * odd:.0f} % of the steps are off by more than half of their"
+            f" mean, {step:g} s; expected even times; make them even with velmarind.resample(x, rate=...)",
             found=f"{100 * odd:.0f} % uneven steps",
             expected="even times",
         )
@@ -108,8 +112,8 @@ def rate_of(fs: Any) -> float | None:
         times = times_of(fs)
         if times is None:
             raise Error(
-                "found an index without times for fs; expected dates, durations or seconds as floating-point numbers;"
-                " give the rows a second, as fs=100",
+                "found an index without times for fs; expected dates, durations or seconds as floating-point"
+                " numbers; give the rows a second, as fs=100",
                 found="an index without times",
                 expected="a rate",
             )
@@ -119,12 +123,14 @@ def rate_of(fs: Any) -> float | None:
     except (TypeError, ValueError):
         rate = float("nan")
     if not (rate > 0 and np.isfinite(rate)):
-        raise Error(f"found {fs!r} for fs; expected rows a second, above 0", found=repr(fs), expected="above 0")
+        text = f"found {fs!r} for fs; expected rows a second, above 0"
+        raise Error(text, found=repr(fs), expected="above 0")
     return rate
 
 
 def rate_for(x: Any, fs: Any) -> float | None:
-    """The rate that is stated, or that of the data's time index; both, where there are both, have to agree."""
+    """The rate that is stated, or that of the data's time index; both, where there are both, have to
+    agree."""
     stated = rate_of(fs)
     times = times_of(x)
     if times is None or times.size < 2:
@@ -146,7 +152,8 @@ def need_rate(x: Any, fs: Any, what: str) -> float:
     rate = rate_for(x, fs)
     if rate is None:
         raise Error(
-            f"found no rate for {what}; expected fs, the rows a second, or data with a time index; say fs=100",
+            f"found no rate for {what}; expected fs, the rows a second, or data with a time index;"
+            " say fs=100",
             found="no rate",
             expected="fs",
         )
@@ -172,7 +179,8 @@ def columns_for(count: int, like: Any, name: str) -> list[Any]:
 
 
 def as_given(samples: Any, times: Floats | None, like: Any, name: str) -> Any:
-    """Samples in the form of what went in: with its index where there are as many, else with their own times."""
+    """Samples in the form of what went in: with its index where there are as many, else with their own
+    times."""
     if not is_pandas(like) or isinstance(samples, list) or samples.ndim > 2:
         return samples
     pandas = sys.modules["pandas"]

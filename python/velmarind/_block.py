@@ -4,7 +4,6 @@
 from __future__ import annotations
 
 import functools
-import warnings
 from collections.abc import Iterator, Mapping
 from typing import Any
 
@@ -13,10 +12,10 @@ import numpy as np
 from velmarind import _native
 from velmarind._arrays import array_of, as_given, is_pandas, rate_for, rate_of, require_upright, times_of
 from velmarind._errors import Error
-from velmarind._log import DataWarning, log
+from velmarind._log import log, warn
 from velmarind._manual import docstring, setting_names
 from velmarind._names import identifier, literal, literals, unknown
-from velmarind._native import Floats, Setting
+from velmarind._types import Floats, Setting
 from velmarind._response import Response
 from velmarind._results import Result
 
@@ -108,11 +107,13 @@ class Block(_native.Block):
     """A living block; `velmarind.block` makes one.
 
     Called, it runs over a whole recording from the begin, and what it remembers of `push` stays as it is.
-    `push(chunk, t=None)` goes on where the last one ended, and is the operation of the extension itself: a chunk goes in
-    as an array, and the main output comes out as one. Chunks of any size give the bits of one call.
+    `push(chunk, t=None)` goes on where the last one ended, and is the operation of the extension itself: a
+    chunk goes in as an array, and the main output comes out as one. Chunks of any size give the bits of one
+    call.
 
-    Settings are attributes by their identifiers (`velmarind.identifier`), and `properties` has all there is to know of
-    them. Operations of the block go before settings of the same name, which `properties` has all the same.
+    Settings are attributes by their identifiers (`velmarind.identifier`), and `properties` has all there is
+    to know of them. Operations of the block go before settings of the same name, which `properties` has all
+    the same.
 
     Examples
     --------
@@ -161,12 +162,13 @@ class Block(_native.Block):
         Parameters
         ----------
         x : array, Series or DataFrame
-            What comes to the main input: `(n,)`, `(n, channels)`, or `(n, rows, columns)` for samples of several rows,
-            as frames. Time runs down the rows. Of a block without inputs, a number of steps.
+            What comes to the main input: `(n,)`, `(n, channels)`, or `(n, rows, columns)` for samples of
+            several rows, as frames. Time runs down the rows. Of a block without inputs, a number of steps.
         t : array, optional
             Times of the rows in seconds. Without it those of a time index, else counted by `fs`.
         **inputs
-            What comes to other inputs, by identifier or literal name: a row for each row of `x`, or one for the first.
+            What comes to other inputs, by identifier or literal name: a row for each row of `x`, or one for
+            the first.
 
         Returns
         -------
@@ -186,8 +188,8 @@ class Block(_native.Block):
         if x is None and main is not None:
             x = given.pop(main, None)
         if x is None:
-            raise Error(f"found nothing for '{main or 'x'}'; expected {'rows' if main else 'a number of steps'}",
-                        block=self.id, found="nothing")
+            wanted = "a number of steps" if main is None else "rows"
+            raise Error(f"found nothing for '{main or 'x'}'; expected {wanted}", block=self.id, found="nothing")
         strange = next((name for name in given if name not in self.inputs), None)
         if strange is not None:
             raise unknown("input", strange, map(identifier, self.inputs), self.id)
@@ -200,7 +202,10 @@ class Block(_native.Block):
         others: dict[str, Any] = {name: array_of(value) for name, value in given.items()}
         got = self.run_all(rows, times, others)
         return Result(
-            {name: as_given(_flat(samples, rows), stamps, x, name) for name, (stamps, samples) in got.items()},
+            {
+                name: as_given(_flat(samples, rows), stamps, x, name)
+                for name, (stamps, samples) in got.items()
+            },
             {name: stamps for name, (stamps, _) in got.items()},
         )
 
@@ -212,14 +217,16 @@ class Block(_native.Block):
             rate_for(x, self.fs)  # refuses another rate than the one that hertz were converted by
         return times
 
-    def response(self, fs: Any = None, points: int = 100, *, input: str = "", output: str = "") -> Response:  # type: ignore[override]
+    def response(  # type: ignore[override]
+        self, fs: Any = None, points: int = 100, *, input: str = "", output: str = ""
+    ) -> Response:
         """Measures what it does to each frequency, from 0 to half the rate.
 
         Parameters
         ----------
         fs : float, optional
-            Rows a second, for frequencies in hertz; without it the block's own, and without that fractions of half the
-            rate.
+            Rows a second, for frequencies in hertz; without it the block's own, and without that fractions of
+            half the rate.
         points : int
             How many frequencies above 0.
 
@@ -235,8 +242,8 @@ class Block(_native.Block):
         parts = [] if self.fs is None else [f"fs={self.fs:g}"]
         written = {each["target"].split(".", 1)[-1]: each["written"] for each in self.conversions}
         for each in _native.Block.properties(self):
-            if each["kind"] != "command" and (_differs(each["value"], each["default"]) or each["name"] in written):
-                name = str(each["name"])
+            name = str(each["name"])
+            if each["kind"] != "command" and (name in written or _differs(each["value"], each["default"])):
                 parts.append(f"{identifier(name)}={written.get(name, _shown(each['value']))}")
         return f"{self.type}({', '.join(parts)})"
 
@@ -271,7 +278,8 @@ def block(type: str, /, *, fs: Any = None, id: str | None = None, **settings: Se
     type : str
         One of `velmarind.catalog()`. `help` of what comes back is its page of the manual.
     fs : float, Series or DataFrame, optional
-        Rows a second, or data whose time index has them. Settings in hertz and seconds need it; there is no default.
+        Rows a second, or data whose time index has them. Settings in hertz and seconds need it; there is no
+        default.
     id : str, optional
         What messages call the block; without it its type.
     **settings
@@ -289,14 +297,14 @@ def block(type: str, /, *, fs: Any = None, id: str | None = None, **settings: Se
     FilterButterworth(fs=100, RelativeCutOffFreq=5 Hz, Order=4)
     >>> b(np.ones((500, 3))).shape
     (500, 3)
-    >>> velmarind.block("FilterBandPass", fs=100, Low_Cutoff_Freq_relative="3 Hz").Low_Cutoff_Freq_relative
-    0.06
+    >>> velmarind.block("FilterBandPass", fs=100, Low_Cutoff_Freq_relative="1 Hz").Low_Cutoff_Freq_relative
+    0.02
     """
     made = block_class(type)(type, literals(settings, setting_names(type)), rate_of(fs), id or type)
     for conversion in made.conversions:
-        log.info("%s", conversion["sentence"])
+        log.info("%s: %s", conversion["target"], conversion["sentence"])
     for sentence in made.warnings:
-        warnings.warn(sentence, DataWarning, stacklevel=2)
+        warn(sentence)
     return made
 
 

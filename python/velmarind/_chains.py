@@ -12,9 +12,10 @@ import numpy as np
 from velmarind._arrays import array_of, as_given, is_pandas, require_upright, times_of
 from velmarind._block import block
 from velmarind._errors import Error
-from velmarind._graph import Graph
+from velmarind._feeding import feeding_of
+from velmarind._graph import Graph, result_of
 from velmarind._manual import page
-from velmarind._native import Floats
+from velmarind._types import Floats
 
 P = ParamSpec("P")
 R_co = TypeVar("R_co", covariant=True)
@@ -24,8 +25,8 @@ SHOWN_RATE = 100.0
 
 
 class Task(Protocol[P, R_co]):
-    """A function that runs a graph. `graph` is that graph for the function's own defaults (at 100 rows a second),
-    `graph_of(...)` the one for other options."""
+    """A function that runs a graph. `graph` is that graph for the function's own defaults (at 100 rows a
+    second), `graph_of(...)` the one for other options."""
 
     graph_of: Callable[..., Graph]
 
@@ -98,21 +99,30 @@ def chain_graph(name: str, steps: Sequence[Step]) -> Graph:
     graph.add("result", "MemorySink")
     for step in steps:
         found = page(step.type)
-        inputs = [each["name"] for each in found["inputs"] if each.get("blocking")] or [found["inputs"][0]["name"]]
+        main = next((each for each in found["inputs"] if each.get("blocking")), found["inputs"][0])
         outputs = [each["name"] for each in found["outputs"]]
-        graph.connect(sender, f"{step.id}.{inputs[0]}")
+        graph.connect(sender, f"{step.id}.{main['name']}")
         sender = f"{step.id}.{'out' if 'out' in outputs else outputs[0]}"
     graph.connect(sender, "result.x")
     return graph
 
 
 def run_chain(x: Any, fs: float | None, steps: Sequence[Step]) -> Any:
-    """The same blocks over `x`, one behind the other: the bits of that graph, without a row's way through it."""
+    """The same blocks over `x`, one behind the other: the bits of that graph, without a row's way through
+    it."""
     values: Any = array_of(x)
     require_upright(values)
     for step in steps:
-        values = block(step.type, fs=fs, id=step.id, **step.settings).run(values)
+        values = block(step.type, fs=fs, id=step.id, **step.settings).push(values)
     return as_given(values, None, x, "out")
+
+
+def tables_of(graph: Graph, data: dict[str, Any]) -> Any:
+    """The results of a graph of a task over what is in memory. That one of them is empty is no surprise here, and not
+    warned of."""
+    description = graph.description
+    feeding = feeding_of(data, None, description, "")
+    return result_of(graph.native.run(feeding.memory, list(description["sinks"])), ()).tables
 
 
 def one_channel(x: Any, name: str) -> Floats:
@@ -141,6 +151,8 @@ def column_of(x: Any) -> Any:
 
 def at_rows(table: Any, times: Floats) -> Floats:
     """The rows of a table at these times; not-a-number where it has none."""
+    if len(table["time"]) == len(times):
+        return np.asarray(table["values"], dtype=np.float64)
     values = np.full((len(times), table["values"].shape[1]), np.nan)
     values[np.searchsorted(times, table["time"])] = table["values"]
     return values

@@ -21,8 +21,8 @@ def svg_of(description: Mapping[str, Any]) -> str:
     drawn = [_curve(places[sender[0]], places[receiver[0]], sender[1]) for sender, receiver in links]
     drawn += [_box(places[id], id, types[id]) for id in ids]
     return (
-        f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}" viewBox="0 0 {width} {height}"'
-        ' font-family="sans-serif" font-size="12">'
+        f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}"'
+        f' viewBox="0 0 {width} {height}" font-family="sans-serif" font-size="12">'
         f"<title>{escape(str(description['name']))}</title>" + "".join(drawn) + "</svg>"
     )
 
@@ -52,8 +52,8 @@ def _box(place: tuple[int, int], id: str, type_name: str) -> str:
     return (
         f'<rect x="{x}" y="{y}" width="{_WIDTH}" height="{_HEIGHT}" rx="6" fill="#f4f6f8" stroke="#56707f"/>'
         f'<text x="{x + 8}" y="{y + 18}" font-weight="bold">{escape(id)}</text>'
-        f'<text x="{x + 8}" y="{y + 34}" fill="#56707f" font-size="10" textLength="{min(_WIDTH - 16, 6 * len(type_name))}"'
-        f' lengthAdjust="spacingAndGlyphs">{escape(type_name)}</text>'
+        f'<text x="{x + 8}" y="{y + 34}" fill="#56707f" font-size="10"'
+        f' textLength="{min(_WIDTH - 16, 6 * len(type_name))}" lengthAdjust="spacingAndGlyphs">{escape(type_name)}</text>'
     )
 
 

@@ -22,8 +22,8 @@ class Error(ValueError):
     found, expected, nearest : str or None
         What was found, what was expected in its place, and the nearest name that there is.
     complaints : tuple of dict
-        All parts, where several things are wrong at once; the attributes above are those of the first. Each has
-        `severity`, `file`, `line`, `column`, `part`, `found`, `expected`, `nearest` and `sentence`.
+        All parts, where several things are wrong at once; the attributes above are those of the first. Each
+        has `severity`, `file`, `line`, `column`, `part`, `found`, `expected`, `nearest` and `sentence`.
 
     Examples
     --------

@@ -4,16 +4,15 @@
 from __future__ import annotations
 
 import sys
-import warnings
 from typing import Any
 
 import numpy as np
 
 from velmarind._arrays import as_given, need_rate, rate_for
 from velmarind._block import block
-from velmarind._chains import Step, at_rows, chain_graph, clock_of, column_of, one_channel, spells_of, task
+from velmarind._chains import Step, at_rows, chain_graph, clock_of, column_of, one_channel, spells_of, tables_of, task
 from velmarind._graph import Graph
-from velmarind._log import DataWarning
+from velmarind._log import warn
 from velmarind._results import Result
 
 # The counter of periods ends there.
@@ -21,7 +20,8 @@ _MOST_PERIODS = 200
 
 
 def _periods_graph(threshold: float = 0.0, tolerance: float = 0.0, most: int = _MOST_PERIODS) -> Graph:
-    graph = chain_graph("count_periods", [Step("count", "FilterPeriodCounter", _periods(threshold, tolerance, most))])
+    step = Step("count", "FilterPeriodCounter", _periods(threshold, tolerance, most))
+    graph = chain_graph("count_periods", [step])
     graph.connect("count.Is Counting", "result.counting")
     graph.at(0, fire=["count.Reset"])
     return graph
@@ -32,7 +32,9 @@ def _periods(threshold: float, tolerance: float, most: int) -> dict[str, Any]:
 
 
 @task(_periods_graph)
-def count_periods(x: Any, *, threshold: float = 0.0, tolerance: float = 0.0, most: int = _MOST_PERIODS) -> Result:
+def count_periods(
+    x: Any, *, threshold: float = 0.0, tolerance: float = 0.0, most: int = _MOST_PERIODS
+) -> Result:
     """Counts periods, as strides or cycles of a tremor: from one rise through a band to the next.
 
     Parameters
@@ -40,15 +42,16 @@ def count_periods(x: Any, *, threshold: float = 0.0, tolerance: float = 0.0, mos
     x : array, Series or DataFrame
         One channel, free of offset.
     threshold, tolerance : float
-        The middle of the band and how far it reaches to each side: several times the noise, less than half the swing.
+        The middle of the band and how far it reaches to each side: several times the noise, less than half
+        the swing.
     most : int
         How many are counted, 200 at most.
 
     Returns
     -------
     Result
-        `count`; `rows`, the row of each rise, from the one that begins the first period on; `counting`, True from there to
-        the end of the last of `most`.
+        `count`; `rows`, the row of each rise, from the one that begins the first period on; `counting`, True
+        from there to the end of the last of `most`.
 
     Notes
     -----
@@ -75,12 +78,14 @@ def count_periods(x: Any, *, threshold: float = 0.0, tolerance: float = 0.0, mos
         rows = stamps[begin:].astype(np.intp)
     count = max(len(rows) - 1, 0)
     if count >= most and len(values) > rows[-1] + 1:
-        warnings.warn(f"found {most} periods by row {rows[-1]}, where counting ends; more may follow", DataWarning,
-                      stacklevel=2)
-    return Result({"count": count, "rows": rows, "counting": as_given(counting, None, column_of(x), "counting")})
+        warn(f"found {most} periods by row {rows[-1]}, where counting ends; more may follow")
+    flags = as_given(counting, None, column_of(x), "counting")
+    return Result({"count": count, "rows": rows, "counting": flags})
 
 
-def _levels_graph(above: float = 1.0, below: float | None = None, least: float = 0.0, bridge: float = 0.0) -> Graph:
+def _levels_graph(
+    above: float = 1.0, below: float | None = None, least: float = 0.0, bridge: float = 0.0
+) -> Graph:
     graph = Graph("detect_levels")
     graph.add("x", "MemorySource")
     graph.add("level", "FilterHysteresis", HighThreshold=float(above),
@@ -96,8 +101,15 @@ def _levels_graph(above: float = 1.0, below: float | None = None, least: float =
 
 
 @task(_levels_graph)
-def detect_levels(x: Any, *, above: float, below: float | None = None, least: float = 0.0, bridge: float = 0.0,
-                  fs: Any = None) -> Result:
+def detect_levels(
+    x: Any,
+    *,
+    above: float,
+    below: float | None = None,
+    least: float = 0.0,
+    bridge: float = 0.0,
+    fs: Any = None,
+) -> Result:
     """Finds where a signal is up: it rises above one threshold, and falls only below another.
 
     Parameters
@@ -107,15 +119,16 @@ def detect_levels(x: Any, *, above: float, below: float | None = None, least: fl
     above, below : float
         Where it is up, and where it is no more; without `below` the same.
     least, bridge : float
-        Seconds: what lasts less isn't told among the spells, and a pause as long as that or shorter ends none.
+        Seconds: what lasts less isn't told among the spells, and a pause as long as that or shorter ends
+        none.
     fs : float, optional
         Rows a second; needed unless `x` has a time index.
 
     Returns
     -------
     Result
-        `level`, True where it is up, and `spells`, a row for each time that has ended: begin, end and length in seconds.
-        What is still up when the rows end has no end, and isn't among them.
+        `level`, True where it is up, and `spells`, a row for each time that has ended: begin, end and length
+        in seconds. What is still up when the rows end has no end, and isn't among them.
 
     Notes
     -----
@@ -131,16 +144,22 @@ def detect_levels(x: Any, *, above: float, below: float | None = None, least: fl
     rate = need_rate(x, fs, "detect_levels")
     values = one_channel(x, "detect_levels")
     times = clock_of(x, len(values), rate)
-    got = _levels_graph(above, below, least, bridge).run({"x": {"x": values, "t": times}})
-    level = at_rows(got.tables["result"], times)[:, 0] > 0
-    return Result({"level": as_given(level, times, column_of(x), "level"), "spells": spells_of(got.tables["table"], x)},
-                  {"level": times})
+    got = tables_of(_levels_graph(above, below, least, bridge), {"x": {"x": values, "t": times}})
+    level = at_rows(got["result"], times)[:, 0] > 0
+    flags = as_given(level, times, column_of(x), "level")
+    return Result({"level": flags, "spells": spells_of(got["table"], x)}, {"level": times})
 
 
 @task(lambda height=None, prominence=None, interval=None: chain_graph(
     "find_peaks", [Step("peaks", "Peaks", _peaks(height, prominence, interval))]))
-def find_peaks(x: Any, *, height: float | None = None, prominence: float | None = None, interval: float | None = None,
-               fs: Any = None) -> tuple[Any, dict[str, Any]]:
+def find_peaks(
+    x: Any,
+    *,
+    height: float | None = None,
+    prominence: float | None = None,
+    interval: float | None = None,
+    fs: Any = None,
+) -> tuple[Any, dict[str, Any]]:
     """Finds peaks, as steps in an acceleration.
 
     Parameters
@@ -165,9 +184,10 @@ def find_peaks(x: Any, *, height: float | None = None, prominence: float | None 
 
     Notes
     -----
-    The block Peaks. By `height` and `prominence` it finds what `scipy.signal.find_peaks` does, but of a flat top the first row
-    and not the middle; a peak needs rows behind it that decide, those of `interval` too. `distance`, which scipy counts in
-    rows, isn't taken: `interval` is in seconds, and each peak is compared with the one that stayed before it.
+    The block Peaks. By `height` and `prominence` it finds what `scipy.signal.find_peaks` does, but of a flat
+    top the first row and not the middle; a peak needs rows behind it that decide, those of `interval` too.
+    `distance`, which scipy counts in rows, isn't taken: `interval` is in seconds, and each peak is compared
+    with the one that stayed before it.
 
     Examples
     --------
@@ -184,7 +204,11 @@ def find_peaks(x: Any, *, height: float | None = None, prominence: float | None 
     properties = {"peak_heights": found[:, 1].copy()}
     if rate is not None:
         properties["peak_times"] = found[:, 0].copy()
-    return np.searchsorted(times, found[:, 0]), properties
+    rows = np.searchsorted(times, found[:, 0])
+    for number in np.flatnonzero(values[rows] != found[:, 1]):  # of rows with one stamp not the first
+        same = np.flatnonzero(times == found[number, 0])
+        rows[number] = same[values[same] == found[number, 1]][0]
+    return rows, properties
 
 
 def _peaks(height: float | None, prominence: float | None, interval: float | None) -> dict[str, Any]:

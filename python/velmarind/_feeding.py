@@ -6,7 +6,7 @@ from __future__ import annotations
 import os
 from collections.abc import Mapping
 from dataclasses import dataclass, field
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
@@ -14,9 +14,9 @@ from velmarind import _native
 from velmarind._arrays import array_of, is_pandas, need_rate, rate_of, require_upright, times_of
 from velmarind._errors import Error
 from velmarind._names import unknown
-from velmarind._native import MemoryData
 
-MemoryFeed = MemoryData
+if TYPE_CHECKING:
+    from velmarind._native import MemoryData
 
 
 @dataclass
@@ -28,21 +28,22 @@ class Feeding:
 
 
 def feeding_of(data: Any, fs: Any, description: Mapping[str, Any], folder: str) -> Feeding:
-    """Sorts what somebody gave by the graph's sources. Tables for sources of files are written into `folder`."""
+    """Sorts what somebody gave by the graph's sources. Tables for sources of files are written into
+    `folder`."""
     feeding = Feeding()
     for source, given in _by_source(data, description).items():
         pins = _pins(source, description)
         if isinstance(given, (str, os.PathLike)):
             feeding.files[source] = os.path.abspath(os.fspath(given))
         elif is_pandas(given) and _type(source, description) != "MemorySource":
-            feeding.files[source] = _written(given, fs, source, folder)
+            feeding.files[source] = _written(given, fs, source, description, folder)
         elif isinstance(given, Mapping):
             feeding.memory[source] = _of_pins(given, fs, source, pins)
         else:
             if len(pins) != 1:
                 raise Error(
-                    f"found one array for the {len(pins)} pins of '{source}' ({', '.join(pins)}); expected a dict by pin,"
-                    f" as {{'{source}': {{'{(pins or ['accel'])[0]}': array}}}}",
+                    f"found one array for the {len(pins)} pins of '{source}' ({', '.join(pins)}); expected a dict"
+                    f" by pin, as {{'{source}': {{'{(pins or ['accel'])[0]}': array}}}}",
                     block=source, found="one array", expected="a dict by pin")
             feeding.memory[source] = _of_pins({pins[0]: given}, fs, source, pins)
     return feeding
@@ -60,7 +61,8 @@ def _by_source(data: Any, description: Mapping[str, Any]) -> dict[str, Any]:
             raise unknown("source", str(strange), sources)
     if len(sources) != 1:
         raise Error(
-            f"found data for a graph with {len(sources)} sources; expected a dict by source ({', '.join(sources)})",
+            f"found data for a graph with {len(sources)} sources; expected a dict by source"
+            f" ({', '.join(sources)})",
             found="data", expected="a dict by source")
     return {sources[0]: data}
 
@@ -100,7 +102,7 @@ def _of_pins(given: Mapping[str, Any], fs: Any, source: str, pins: list[str]) ->
     return {"pins": arrays, "fs": rate}
 
 
-def _written(table: Any, fs: Any, source: str, folder: str) -> str:
+def _written(table: Any, fs: Any, source: str, description: Mapping[str, Any], folder: str) -> str:
     """A table as a file, which the source reads by its own settings; numbers come back to the same bits."""
     frame = table.to_frame() if table.ndim == 1 else table
     values = array_of(frame)
@@ -113,5 +115,7 @@ def _written(table: Any, fs: Any, source: str, folder: str) -> str:
     path = os.path.join(folder, f"{source}.csv")
     units = frame.attrs.get("units", {})
     names = [str(name) for name in frame.columns]
-    _native.write(path, times, values, names, str(frame.index.name or "t"), [units.get(name, "") for name in names])
+    settings = next(block["settings"] for block in description["blocks"] if block["id"] == source)
+    time_name = settings.get("time") or frame.index.name or "t"  # the graph says which column it reads
+    _native.write(path, times, values, names, str(time_name), [units.get(name, "") for name in names])
     return path

@@ -15,7 +15,8 @@ from velmarind._errors import Error
 
 
 def _low(cutoff: Any, order: int, id: str = "smooth") -> list[Step]:
-    return [Step(id, "FilterButterworth", {"Order": order, "RelativeCutOffFreq": hertz(cutoff), "Mode": "LowPass"})]
+    settings = {"Order": order, "RelativeCutOffFreq": hertz(cutoff), "Mode": "LowPass"}
+    return [Step(id, "FilterButterworth", settings)]
 
 
 def _high(cutoff: float, order: int, fs: float, id: str = "high") -> list[Step]:
@@ -53,8 +54,8 @@ def lowpass(x: Any, *, cutoff: float, fs: Any = None, order: int = 4) -> Any:
 
     Notes
     -----
-    FilterButterworth. The same as `scipy.signal.sosfilt` of `butter(order, cutoff, output="sos", fs=fs)` that begins with
-    `sosfilt_zi` times the first row.
+    FilterButterworth. The same as `scipy.signal.sosfilt` of `butter(order, cutoff, output="sos", fs=fs)` that
+    begins with `sosfilt_zi` times the first row.
 
     Examples
     --------
@@ -89,9 +90,9 @@ def highpass(x: Any, *, cutoff: float, fs: Any = None, order: int = 1) -> Any:
 
     Notes
     -----
-    FilterButterworth with HiPass and order 1, `order` times, each with a cut-off that gives half the power at `cutoff` for all
-    together. At order 1 that is `scipy.signal.butter(1, cutoff, "highpass", fs=fs)`; from order 2 on it is no Butterworth
-    high-pass but a gentler one, which doesn't ring.
+    FilterButterworth with HiPass and order 1, `order` times, each with a cut-off that gives half the power at
+    `cutoff` for all together. At order 1 that is `scipy.signal.butter(1, cutoff, "highpass", fs=fs)`; from
+    order 2 on it is no Butterworth high-pass but a gentler one, which doesn't ring.
 
     Examples
     --------
@@ -162,7 +163,8 @@ def resample(x: Any, *, rate: float, fs: Any = None, t: Any = None, hold: bool =
     t : array, optional
         Their times in seconds, in place of `fs`.
     hold : bool
-        Whether a row is the newest that isn't later (for levels and labels) in place of one on the line between two.
+        Whether a row is the newest that isn't later (for levels and labels) in place of one on the line
+        between two. What is newest at the time of the last row isn't known, so rows end in front of that.
     lowpass : bool
         Whether what the new rate can't hold is taken off on the way down.
     gap : float
@@ -171,12 +173,13 @@ def resample(x: Any, *, rate: float, fs: Any = None, t: Any = None, hold: bool =
     Returns
     -------
     as `x`
-        From the time of the first row on. Of an array with `t` the rows and their times, as `scipy.signal.resample` gives them
-        back. With the low-pass the last 20 / `rate` seconds aren't there.
+        From the time of the first row on. Of an array with `t` the rows and their times, as
+        `scipy.signal.resample` gives them back. With the low-pass the last 20 / `rate` seconds aren't there.
 
     Notes
     -----
-    The block Resample. What is below 0.4 of the new rate stays within 0.1 dB, what is beyond half of it is 60 dB lower.
+    The block Resample. What is below 0.4 of the new rate stays within 0.1 dB, what is beyond half of it is 60
+    dB lower.
 
     Examples
     --------
@@ -187,9 +190,12 @@ def resample(x: Any, *, rate: float, fs: Any = None, t: Any = None, hold: bool =
     times = np.ascontiguousarray(t, dtype=np.float64) if t is not None else times_of(x)
     if times is None:
         times = np.arange(len(x)) / need_rate(x, fs, "resample")
-    got = block("Resample", **_even(rate, hold, lowpass, gap)).results(x, times)
+    # The block finds out by itself whether rows go down, but of a short recording it would wait for more.
+    goes_down = len(times) > 1 and (len(times) - 1) / (times[-1] - times[0]) > rate
+    got = block("Resample", **_even(rate, hold, lowpass and goes_down, gap)).results(x, times)
     return (got["out"], got.times["out"]) if t is not None else got["out"]
 
 
 def _even(rate: float, hold: bool, lowpass: bool, gap: float) -> dict[str, Any]:
-    return {"Rate": float(rate), "Mode": "Hold" if hold else "Linear", "LowPass": bool(lowpass), "Gap": float(gap)}
+    mode = "Hold" if hold else "Linear"
+    return {"Rate": float(rate), "Mode": mode, "LowPass": bool(lowpass), "Gap": float(gap)}

@@ -12,7 +12,7 @@ from typing import Any, Literal
 from velmarind import _native
 from velmarind._drawing import svg_of
 from velmarind._errors import Error
-from velmarind._feeding import Feeding, MemoryFeed, feeding_of
+from velmarind._feeding import Feeding, feeding_of
 from velmarind._live import LiveRun
 from velmarind._log import warn_of
 from velmarind._manual import setting_names
@@ -93,7 +93,7 @@ class RunResult(Mapping[str, Any]):
     @property
     def conversions(self) -> list[str]:
         """What became of hertz and seconds."""
-        return [str(each["sentence"]) for each in self.outcome.get("conversions", [])]
+        return [f"{each['target']}: {each['sentence']}" for each in self.outcome.get("conversions", [])]
 
     def plot(self, ax: Any = None) -> Any:
         """Draws the results over time into `ax`, or into new axes. The axes come back."""
@@ -131,11 +131,11 @@ class Graph:
     >>> result["calm"].shape
     (500, 3)
     >>> result.conversions
-    ['smooth.RelativeCutOffFreq: 5 Hz is 0.1 of half the rate (100 samples/s, as stated)']
+    ["smooth.RelativeCutOffFreq: 5 Hz is 0.1 of half the rate (100 samples/s, as stated for 'wrist')"]
     """
 
     def __init__(self, name: str = "", *, description: _native.Graph | None = None) -> None:
-        self._native = _native.Graph(name) if description is None else description
+        self.native = _native.Graph(name) if description is None else description
 
     @classmethod
     def load(cls, path: str | os.PathLike[str]) -> Graph:
@@ -148,18 +148,23 @@ class Graph:
         return cls(description=_native.Graph.from_text(text, path))
 
     @property
+    def description(self) -> dict[str, Any]:
+        """What there is: `blocks`, `connections`, `sources`, `sinks`, `parameters`."""
+        return self.native.describe()
+
+    @property
     def name(self) -> str:
-        return self._native.name
+        return self.native.name
 
     @property
     def path(self) -> str:
         """The file that it was read from, or an empty text."""
-        return self._native.path
+        return self.native.path
 
     @property
     def text(self) -> str:
         """The graph file that says this."""
-        return self._native.text()
+        return self.native.text()
 
     def save(self, path: str | os.PathLike[str]) -> None:
         """Writes a graph file, over nothing that is there."""
@@ -169,22 +174,23 @@ class Graph:
     def add(self, id: str, type: str, /, *, layout: str = "", **settings: Any) -> None:
         """Adds a block; its settings by identifier or literal name, as a graph file has them."""
         names = setting_names(type) if type in _native.block_types() else []
-        self._native.add(id, type, literals(settings, names), layout)
+        self.native.add(id, type, literals(settings, names), layout)
 
     def connect(
         self, sender: str, receiver: str, *, buffer: int | None = None, newest_first: bool | None = None,
         overflow: Link | None = None,
     ) -> None:
         """Connects `block.pin` with `block.pin`; the pin may be left out where a block has one only."""
-        self._native.connect(sender, receiver, buffer, newest_first, overflow)
+        self.native.connect(sender, receiver, buffer, newest_first, overflow)
 
     def at(self, seconds: float, *, set: Mapping[str, Any] | None = None, fire: Sequence[str] = ()) -> None:
-        """Lets settings be written (`{"smooth.Order": 4}`) and commands be fired at a time of the recording."""
-        self._native.at(seconds, set, [fire] if isinstance(fire, str) else list(fire))
+        """Lets settings be written (`{"smooth.Order": 4}`) and commands be fired at a time of the
+        recording."""
+        self.native.at(seconds, set, [fire] if isinstance(fire, str) else list(fire))
 
     def parameter(self, name: str, value: Any) -> None:
         """Adds a parameter, for which `${name}` stands among settings."""
-        self._native.parameter(name, value)
+        self.native.parameter(name, value)
 
     def changed(
         self,
@@ -196,7 +202,7 @@ class Graph:
     ) -> Graph:
         """The same graph with other settings (`{"smooth.Order": 4}`), parameters, recordings and results."""
         return Graph(
-            description=self._native.changed(
+            description=self.native.changed(
                 {name: yaml_text(value) for name, value in (set or {}).items()},
                 {name: yaml_text(value) for name, value in (params or {}).items()},
                 {name: os.fspath(value) for name, value in (inputs or {}).items()},
@@ -206,14 +212,18 @@ class Graph:
 
     def check(self, data: Any = None, *, fs: Any = None, set: Mapping[str, Any] | None = None,
               params: Mapping[str, Any] | None = None, live: bool = False) -> list[Complaint]:
-        """Everything that is wrong and doubtful, at once. Nothing is run or written. Arguments as for `run`."""
+        """Everything that is wrong and doubtful, at once. Nothing is run or written. Arguments as for
+        `run`."""
         graph = self.changed(set=set, params=params)
         with tempfile.TemporaryDirectory(prefix="velmarind-") as folder:
-            feeding = feeding_of(data, fs, graph._native.describe(), folder)
-            found = graph.changed(inputs=feeding.files)._native.check(
+            feeding = feeding_of(data, fs, graph.description, folder)
+            found = graph.changed(inputs=feeding.files).native.check(
                 feeding.memory, graph._kept(feeding), "live" if live else "offline")
-        return [Complaint(**{name: value for name, value in each.items() if name in Complaint.__annotations__})
-                for each in [*found["complaints"], *found["warnings"]]]
+        parts = Complaint.__annotations__
+        return [
+            Complaint(**{name: value for name, value in each.items() if name in parts})
+            for each in [*found["complaints"], *found["warnings"]]
+        ]
 
     def run(
         self,
@@ -236,12 +246,13 @@ class Graph:
         Parameters
         ----------
         data : path, DataFrame, array or dict, optional
-            What comes in, in place of what the graph says: a file or a table for the graph's source, an array for its
-            pin; of several sources or pins a dict by their names.
+            What comes in, in place of what the graph says: a file or a table for the graph's source, an array
+            for its pin; of several sources or pins a dict by their names.
         fs : float, optional
             Rows a second of arrays and of tables without a time index.
         set, params, outputs : dict, optional
-            Settings (`{"smooth.Order": 4}`), parameters, and files of results, by sink, as for `quillmere run`.
+            Settings (`{"smooth.Order": 4}`), parameters, and files of results, by sink, as for `quillmere
+            run`.
         progress : bool or callable
             Whether a bar is shown, or what is called with how far it is.
         strict : bool
@@ -249,8 +260,8 @@ class Graph:
         overwrite : bool
             Whether results in files may replace what no run has made.
         keep : bool or list of str, optional
-            Results that come back in place of being written to files, all or by sink; without it all that `outputs`
-            doesn't name.
+            Results that come back in place of being written to files, all or by sink; without it all that
+            `outputs` doesn't name.
         rounds, seconds : optional
             Where a run without sources ends.
         report : path, optional
@@ -259,18 +270,18 @@ class Graph:
         Returns
         -------
         RunResult
-            A DataFrame for each result, by sink. What is doubtful is warned of. A run that fails midway raises `Error`,
-            whose `result` has what came until then.
+            A DataFrame for each result, by sink. What is doubtful is warned of. A run that fails midway
+            raises `Error`, whose `result` has what came until then.
         """
         graph = self.changed(set=set, params=params, outputs=outputs)
         with tempfile.TemporaryDirectory(prefix="velmarind-") as folder:
-            feeding = feeding_of(data, fs, graph._native.describe(), folder)
+            feeding = feeding_of(data, fs, graph.description, folder)
             graph = graph.changed(inputs=feeding.files)
             kept = graph._kept(feeding, outputs) if keep is None else keep
             with shown(progress, self.name or "run") as told:
-                found = graph._native.run(feeding.memory, kept, told, rounds, seconds, strict, overwrite,
+                found = graph.native.run(feeding.memory, kept, told, rounds, seconds, strict, overwrite,
                                           os.fspath(report), "")
-        return result_of(found["outcome"], found["tables"])
+        return result_of(found)
 
     def start(
         self,
@@ -288,7 +299,8 @@ class Graph:
         strict: bool = False,
         overwrite: bool = False,
     ) -> LiveRun:
-        """Runs it live, in threads of its own, open to be turned meanwhile. To be used with `with`, which ends it.
+        """Runs it live, in threads of its own, open to be turned meanwhile. To be used with `with`, which
+        ends it.
 
         Parameters
         ----------
@@ -307,10 +319,10 @@ class Graph:
         graph = self.changed(set=set, params=params, outputs=outputs)
         folder = tempfile.TemporaryDirectory(prefix="velmarind-")
         try:
-            feeding = feeding_of(data, fs, graph._native.describe(), folder.name)
+            feeding = feeding_of(data, fs, graph.description, folder.name)
             graph = graph.changed(inputs=feeding.files)
             kept = graph._kept(feeding, outputs) if keep is None else keep
-            run = graph._native.start(feeding.memory, feeds, rates, kept, speed, overflow, strict=strict,
+            run = graph.native.start(feeding.memory, feeds, rates, kept, speed, overflow, strict=strict,
                                       overwrite=overwrite)
         except BaseException:
             folder.cleanup()
@@ -318,15 +330,15 @@ class Graph:
         return LiveRun(run, folder)
 
     def _kept(self, feeding: Feeding, outputs: Mapping[str, Any] | None = None) -> Sequence[str]:
-        return [sink for sink in self._native.describe()["sinks"] if sink not in (outputs or {})]
+        return [sink for sink in self.description["sinks"] if sink not in (outputs or {})]
 
     def __eq__(self, other: object) -> bool:
-        return isinstance(other, Graph) and self._native == other._native
+        return isinstance(other, Graph) and self.native == other.native
 
     __hash__ = None  # type: ignore[assignment]
 
     def __repr__(self) -> str:
-        found = self._native.describe()
+        found = self.description
         lines = [f"Graph {found['name'] or 'without a name'}: {len(found['blocks'])} blocks"]
         for block in found["blocks"]:
             to = [f"{link['sender']} -> {link['receiver']}" for link in found["connections"]
@@ -337,13 +349,14 @@ class Graph:
         return "\n".join(lines)
 
     def _repr_svg_(self) -> str:
-        return svg_of(self._native.describe())
+        return svg_of(self.description)
 
 
-def result_of(outcome: Mapping[str, Any], tables: Mapping[str, Any], stacklevel: int = 3) -> RunResult:
-    """The result of a run, warned of what is doubtful; raises `Error` for one that failed."""
-    result = RunResult(outcome, tables)
-    warn_of(outcome, ("doubts", "warnings"), stacklevel + 1)
+def result_of(found: Mapping[str, Any], doubts: Sequence[str] = ("doubts", "warnings")) -> RunResult:
+    """The result of a run, warned of its doubts; raises `Error` for one that failed."""
+    outcome = found["outcome"]
+    result = RunResult(outcome, found["tables"])
+    warn_of(outcome, doubts)
     if result.state != "whole":
         raise failure_of(outcome, result)
     return result
@@ -363,4 +376,4 @@ def failure_of(outcome: Mapping[str, Any], result: RunResult) -> Error:
     return error
 
 
-__all__ = ["Complaint", "Graph", "MemoryFeed", "RunResult"]
+__all__ = ["Complaint", "Graph", "RunResult"]

@@ -10,7 +10,7 @@ from typing import Any
 
 from velmarind import _native
 from velmarind._arrays import array_of, is_pandas, require_upright, times_of
-from velmarind._native import Setting
+from velmarind._types import Setting
 from velmarind._recordings import frame_of
 
 # How long an iteration sleeps at most before it looks at the other sinks, in seconds.
@@ -18,7 +18,8 @@ _LOOK = 0.05
 
 
 class LiveRun:
-    """A graph that runs in threads of its own; `Graph.start` makes one. Every operation may be called by any thread.
+    """A graph that runs in threads of its own; `Graph.start` makes one. Every operation may be called by any
+    thread.
 
     Examples
     --------
@@ -41,6 +42,7 @@ class LiveRun:
     def __init__(self, run: _native.LiveRun, folder: tempfile.TemporaryDirectory[str] | None = None) -> None:
         self._native = run
         self._folder = folder
+        self._is_interrupted = False
 
     def __getitem__(self, name: str) -> Any:
         """What `block.Setting` holds."""
@@ -59,7 +61,8 @@ class LiveRun:
         return self._native.list(pattern)
 
     def observe(self, pattern: str, callback: Callable[[dict[str, Any]], object]) -> _native.Watch:
-        """Calls back with `name`, `value` and `text` of each setting that changes, until what comes back is closed."""
+        """Calls back with `name`, `value` and `text` of each setting that changes, until what comes back is
+        closed."""
         return self._native.observe(pattern, callback)
 
     def feed(self, source: str, rows: Any, t: Any = None) -> None:
@@ -121,7 +124,8 @@ class LiveRun:
         return self._native.stop(timeout)
 
     def interrupt(self, reason: str = "interrupted") -> None:
-        """Ends it at once."""
+        """Ends it at once. Somebody wanted that, so `with` doesn't tell of it."""
+        self._is_interrupted = True
         self._native.interrupt(reason)
 
     def wait(self, timeout: float | None = None) -> bool:
@@ -129,10 +133,12 @@ class LiveRun:
         return self._native.wait(timeout)
 
     def result(self) -> Any:
-        """What came of it, with the rows that weren't taken. Raises `Error` for a run that failed, or goes on."""
+        """What came of it, with the rows that weren't taken. Raises `Error` for a run that failed, or goes
+        on."""
         from velmarind._graph import result_of
 
-        return result_of(self._native.outcome(), {sink: self._native.read(sink) for sink in self._native.sinks})
+        tables = {sink: self._native.read(sink) for sink in self._native.sinks}
+        return result_of({"outcome": self._native.outcome(), "tables": tables})
 
     def __enter__(self) -> LiveRun:
         return self
@@ -140,13 +146,16 @@ class LiveRun:
     def __exit__(
         self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
     ) -> None:
+        """Ends it in order, or at once where an exception comes by. Raises `Error` for a run that failed."""
         if kind is None:
             self._native.stop()
         else:
-            self._native.interrupt(f"{kind.__name__}: {error}")
+            self.interrupt(f"{kind.__name__}: {error}")
             self._native.wait()
         if self._folder is not None:
             self._folder.cleanup()
+        if self.state == "failed" and not self._is_interrupted:
+            self.result()
 
     def __repr__(self) -> str:
         progress = self._native.progress()

@@ -25,7 +25,8 @@ def docstring(type: str) -> str:
     """The page of a type as a docstring."""
     found = page(type)
     parts = [str(found.get("purpose") or type), _filled(found.get("text"))]
-    parts += [_section("Parameters", [_setting(one) for one in found["properties"] if one["kind"] != "command"])]
+    settings = [_setting(one) for one in found["properties"] if one["kind"] != "command"]
+    parts += [_section("Parameters", settings)]
     parts += [_section("Inputs", [_pin(one) for one in found["inputs"]])]
     parts += [_section("Outputs", [_pin(one) for one in found["outputs"]])]
     commands = [_entry(one["name"], "command", _filled(one.get("meaning"))) for one in found["properties"]
@@ -75,7 +76,9 @@ def _formula(formula: str | None) -> str:
 
 
 def _list(lines: list[str] | None) -> str:
-    return "\n".join(textwrap.fill(line, 100, initial_indent="- ", subsequent_indent="  ") for line in lines or [])
+    return "\n".join(
+        textwrap.fill(line, 100, initial_indent="- ", subsequent_indent="  ") for line in lines or []
+    )
 
 
 def _section(title: str, entries: list[str], between: str = "\n") -> str:

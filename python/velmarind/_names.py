@@ -17,8 +17,8 @@ Value = TypeVar("Value")
 def identifier(name: str) -> str:
     """The identifier that stands for a literal name of a setting or a pin.
 
-    Letters, digits and `_` stay, each run of other characters becomes one `_`, and none is left at an end. A digit in
-    front gets a `_` before it, a word that Python keeps for itself one behind it. Case counts.
+    Letters, digits and `_` stay, each run of other characters becomes one `_`, and none is left at an end. A
+    digit in front gets a `_` before it, a word that Python keeps for itself one behind it. Case counts.
 
     Examples
     --------
@@ -58,4 +58,5 @@ def unknown(what: str, name: str, names: Iterable[str], block: str | None = None
     text = f"found {what} '{name}'; expected {expected}"
     if nearest is not None:
         text += f"; did you mean {nearest}?"
-    return Error(text, block=block, property=name, found=f"{what} '{name}'", expected=expected, nearest=nearest)
+    found = f"{what} '{name}'"
+    return Error(text, block=block, property=name, found=found, expected=expected, nearest=nearest)

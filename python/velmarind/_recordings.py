@@ -4,7 +4,6 @@
 from __future__ import annotations
 
 import os
-import warnings
 from collections.abc import Callable, Mapping, Sequence
 from typing import Any
 
@@ -13,7 +12,7 @@ import numpy as np
 from velmarind import _native
 from velmarind._arrays import is_pandas, times_of
 from velmarind._errors import Error
-from velmarind._log import DataWarning, log
+from velmarind._log import log, warn
 from velmarind._progress import shown
 from velmarind._values import yaml_text
 
@@ -58,15 +57,15 @@ def read(
         Whether a bar is shown.
     **settings
         How to read it, as the properties of a RecordingSource in docs/recordings.md: `time="t"`, `rate=100`,
-        `missing=["NA"]`, `duplicates="drop"`, `backwards="drop"`, `gaps="nan"`, `gapLimit="50 ms"`, `resample="100 Hz"`,
-        `start="2 s"`, `end="5 min"`, `units={"acc*": "g"}`.
+        `missing=["NA"]`, `duplicates="drop"`, `backwards="drop"`, `gaps="nan"`, `gapLimit="50 ms"`,
+        `resample="100 Hz"`, `start="2 s"`, `end="5 min"`, `units={"acc*": "g"}`.
 
     Returns
     -------
     DataFrame
-        Rows over their times in seconds. `attrs` has `rate` (rows a second; None where times aren't even), `units`,
-        `source` (the file, what it was taken for, what was guessed) and `repairs` (rows that were left out, mended or
-        filled). What was repaired is warned of as well.
+        Rows over their times in seconds. `attrs` has `rate` (rows a second; None where times aren't even),
+        `units`, `source` (the file, what it was taken for, what was guessed) and `repairs` (rows that were
+        left out, mended or filled). What was repaired is warned of as well.
 
     Examples
     --------
@@ -90,11 +89,12 @@ def read(
     for note in frame.attrs["source"]["notes"]:
         log.info("%s: %s", path, note)
     for sentence in found["warnings"]:
-        warnings.warn(sentence, DataWarning, stacklevel=2)
+        warn(sentence)
     if dates:
         if found["origin"] is None:
             raise Error(
-                f"found times in {os.fspath(path)} that count from no date; expected dates; leave out dates=True",
+                f"found times in {os.fspath(path)} that count from no date; expected dates;"
+                " leave out dates=True",
                 file=os.fspath(path),
                 found="times that count from no date",
                 expected="dates",
@@ -142,8 +142,8 @@ def write(
     Parameters
     ----------
     path : path
-        A CSV. It is written beside its final name and renamed when it is whole; a file that no run has made is replaced
-        with `overwrite` only.
+        A CSV. It is written beside its final name and renamed when it is whole; a file that no run has made
+        is replaced with `overwrite` only.
     data : DataFrame, Series or array
         Rows over a time index; without one `fs` counts their times.
     fs : float, optional
@@ -167,8 +167,11 @@ def write(
     times = times_of(data)
     if times is None:
         if fs is None:
-            raise Error("found rows without times; expected a time index, or fs, the rows a second; say fs=100",
-                        found="rows without times", expected="fs")
+            raise Error(
+                "found rows without times; expected a time index, or fs, the rows a second; say fs=100",
+                found="rows without times",
+                expected="fs",
+            )
         times = np.arange(len(values)) / fs
     if columns is None:
         columns = [str(name) for name in table.columns] if is_pandas(table) else [

@@ -8,7 +8,7 @@ from typing import Any
 
 import numpy as np
 
-from velmarind._native import Floats
+from velmarind._types import Floats
 
 
 class Response:
@@ -31,9 +31,10 @@ class Response:
     Examples
     --------
     >>> import velmarind
-    >>> response = velmarind.block("FilterButterworth", fs=100, Order=2, RelativeCutOffFreq="5 Hz").response(points=10)
+    >>> block = velmarind.block("FilterButterworth", fs=100, Order=2, RelativeCutOffFreq="5 Hz")
+    >>> response = block.response(points=10)
     >>> [f"{gain:.3f}" for gain in response.gain[:3]], response.frequency[1]
-    (['1.000', '0.707', '0.234'], 5.0)
+    (['1.000', '0.707', '0.231'], 5.0)
     """
 
     def __init__(self, measured: Mapping[str, Any], fs: float | None, title: str) -> None:

@@ -9,7 +9,7 @@ from typing import Any
 import numpy as np
 
 from velmarind._names import identifier, literal, unknown
-from velmarind._native import Floats
+from velmarind._types import Floats
 
 
 class Result(Mapping[str, Any]):
@@ -65,6 +65,8 @@ class Result(Mapping[str, Any]):
 
         ax = _plots.axes(ax)
         for name, value in self._values.items():
+            if self.times and name not in self.times:
+                continue  # a table of something else
             _plots.draw(ax, value, self.times.get(name), name)
         return _plots.finish(ax)
 

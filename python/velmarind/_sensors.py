@@ -15,7 +15,9 @@ from velmarind._graph import Graph
 from velmarind._results import Result
 
 
-@task(lambda low=-2.0, high=2.0, steady=None: chain_graph("detect_saturation", _saturation(low, high, steady)))
+@task(
+    lambda low=-2.0, high=2.0, steady=None: chain_graph("detect_saturation", _saturation(low, high, steady))
+)
 def detect_saturation(x: Any, *, low: float, high: float, steady: float | None = None, fs: Any = None) -> Any:
     """Flags what is at a sensor's limits.
 
@@ -26,8 +28,8 @@ def detect_saturation(x: Any, *, low: float, high: float, steady: float | None =
     low, high : float
         Values at them or beyond are flagged.
     steady : float, optional
-        Seconds that a value has to stand still at a limit, which tells a stuck sensor from a strong movement; without it
-        each value counts by itself.
+        Seconds that a value has to stand still at a limit, which tells a stuck sensor from a strong movement;
+        without it each value counts by itself.
     fs : float, optional
         Rows a second; needed for `steady` unless `x` has a time index.
 
@@ -37,8 +39,8 @@ def detect_saturation(x: Any, *, low: float, high: float, steady: float | None =
 
     Notes
     -----
-    FilterSaturationDetector, which flags not-a-number too; with `steady` FilterSmartSaturationDetector, which doesn't, and
-    misses the first rows of each run.
+    FilterSaturationDetector, which flags not-a-number too; with `steady` FilterSmartSaturationDetector, which
+    doesn't, and misses the first rows of each run.
 
     Examples
     --------
@@ -52,7 +54,8 @@ def detect_saturation(x: Any, *, low: float, high: float, steady: float | None =
 
 def _saturation(low: float, high: float, steady: float | None) -> list[Step]:
     if steady is None:
-        return [Step("limit", "FilterSaturationDetector", {"Threshold Low": float(low), "Threshold High": float(high)})]
+        limits = {"Threshold Low": float(low), "Threshold High": float(high)}
+        return [Step("limit", "FilterSaturationDetector", limits)]
     return [Step("stuck", "FilterSmartSaturationDetector",
                  {"MinThreshold": float(low), "MaxThreshold": float(high), "SteadySamples": seconds(steady)})]
 
@@ -60,7 +63,7 @@ def _saturation(low: float, high: float, steady: float | None) -> list[Step]:
 def _rest_graph(window: float = 0.5, noise: float = 1.0, threshold: float = 5.0) -> Graph:
     graph = Graph("detect_rest")
     graph.add("x", "MemorySource")
-    graph.add("rest", "FilterFlagStatic", Windows_Size=seconds(window), StdDevIni=noise, FlagThreshold=threshold)
+    graph.add("rest", "FilterFlagStatic", **_rest_settings(window, noise, threshold))
     graph.add("result", "MemorySink")
     graph.connect("x.gyro", "rest.3g")
     graph.connect("x.bias", "rest.3bias")
@@ -69,9 +72,20 @@ def _rest_graph(window: float = 0.5, noise: float = 1.0, threshold: float = 5.0)
     return graph
 
 
+def _rest_settings(window: float, noise: float, threshold: float) -> dict[str, Any]:
+    return {"Windows Size": seconds(window), "StdDevIni": float(noise), "FlagThreshold": float(threshold)}
+
+
 @task(_rest_graph)
-def detect_rest(x: Any, *, fs: Any = None, bias: Any = (0.0, 0.0, 0.0), window: float = 0.5, noise: float = 1.0,
-                threshold: float = 5.0) -> Result:
+def detect_rest(
+    x: Any,
+    *,
+    fs: Any = None,
+    bias: Any = (0.0, 0.0, 0.0),
+    window: float = 0.5,
+    noise: float = 1.0,
+    threshold: float = 5.0,
+) -> Result:
     """Tells where a gyroscope is at rest.
 
     Parameters
@@ -92,8 +106,8 @@ def detect_rest(x: Any, *, fs: Any = None, bias: Any = (0.0, 0.0, 0.0), window: 
     Returns
     -------
     Result
-        `rest`, True where it rests, and `noise`, the deviation of each axis that has been learned so far. Of the first row
-        nothing is known: False, and not-a-number.
+        `rest`, True where it rests, and `noise`, the deviation of each axis that has been learned so far. Of
+        the first row nothing is known: False, and not-a-number.
 
     Notes
     -----
@@ -111,16 +125,18 @@ def detect_rest(x: Any, *, fs: Any = None, bias: Any = (0.0, 0.0, 0.0), window: 
     rate = need_rate(x, fs, "detect_rest")
     values = _three(x, "x")
     times = clock_of(x, len(values), rate)
-    made = block("FilterFlagStatic", fs=rate, Windows_Size=seconds(window), StdDevIni=noise, FlagThreshold=threshold)
+    made = block("FilterFlagStatic", fs=rate, **_rest_settings(window, noise, threshold))
     offset = np.ascontiguousarray(np.broadcast_to(array_of(bias), values.shape))
     got = made.run_all(values, times, {"3bias": offset})
     rest = np.zeros(len(values), dtype=bool)
     noises = np.full((len(values), 3), np.nan)
-    rows = np.searchsorted(times, got["FlagStatic"][0])
-    rest[rows] = np.reshape(got["FlagStatic"][1], len(rows)) > 0
-    noises[rows] = np.reshape(got["StdDev"][1], (len(rows), 3))
-    return Result({"rest": as_given(rest, times, column_of(x), "rest"), "noise": as_given(noises, times, x, "noise")},
-                  {"rest": times, "noise": times})
+    told = len(got["FlagStatic"][0])  # of all rows but the first
+    rest[len(rest) - told :] = np.reshape(got["FlagStatic"][1], told) > 0
+    noises[len(rest) - told :] = np.reshape(got["StdDev"][1], (told, 3))
+    return Result(
+        {"rest": as_given(rest, times, column_of(x), "rest"), "noise": as_given(noises, times, x, "noise")},
+        {"rest": times, "noise": times},
+    )
 
 
 def _three(x: Any, name: str) -> Any:
@@ -128,8 +144,8 @@ def _three(x: Any, name: str) -> Any:
     require_upright(values, name)
     if values.ndim != 2 or values.shape[1] != 3:
         shape = " by ".join(map(str, values.shape))
-        raise Error(f"found an array of {shape} for {name}; expected three columns, one for each axis", found=shape,
-                    expected="three columns")
+        text = f"found an array of {shape} for {name}; expected three columns, one for each axis"
+        raise Error(text, found=shape, expected="three columns")
     return values
 
 
@@ -160,7 +176,9 @@ def _vector_settings(gain: float, fs: float) -> dict[str, Any]:
 
 
 @task(_vectors_graph)
-def smooth_vectors(accel: Any, *, gyro: Any, magnet: Any = None, fs: Any = None, gain: float = 0.05) -> Result:
+def smooth_vectors(
+    accel: Any, *, gyro: Any, magnet: Any = None, fs: Any = None, gain: float = 0.05
+) -> Result:
     """Smooths the directions of gravity and of the magnetic field while the sensor turns.
 
     Parameters
@@ -179,8 +197,8 @@ def smooth_vectors(accel: Any, *, gyro: Any, magnet: Any = None, fs: Any = None,
     Returns
     -------
     Result
-        `accel` and `magnet` in the sensor's frame, `earth_accel` and `earth_magnet` in that of the begin, `rotation` (n, 3, 3)
-        from the sensor's frame to that, and `cutoffs` as fractions of half the rate.
+        `accel` and `magnet` in the sensor's frame, `earth_accel` and `earth_magnet` in that of the begin,
+        `rotation` (n, 3, 3) from the sensor's frame to that, and `cutoffs` as fractions of half the rate.
 
     Notes
     -----

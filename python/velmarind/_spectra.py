@@ -11,7 +11,7 @@ import numpy as np
 from velmarind._arrays import array_of, is_pandas, need_rate, require_upright
 from velmarind._chains import Step, chain_graph, clock_of, run_chain, task
 from velmarind._errors import Error
-from velmarind._native import Floats
+from velmarind._types import Floats
 from velmarind._results import Result
 
 # What a window leaves of a sinusoid, which a gain puts back (docs/spectra.md).
@@ -20,14 +20,16 @@ _WINDOWS = {
     "hamming": ("FilterHammingWindow", 1 / 0.54),
     "blackman": ("FilterBlackmanWindow", 1 / 0.42),
 }
-# The transform takes rows times the largest prime factor of their number: more than some seconds' worth is refused.
+# The transform takes rows times the largest prime factor of their number: more than seconds' worth is refused.
 _MOST_WORK = 2e9
 
 
 class Spectrum(Result):
     """Amplitudes over frequency: `frequency`, `amplitude` and, of frames, `time`."""
 
-    def __init__(self, frequency: Floats, amplitude: Any, time: Floats | None, names: list[Any] | None) -> None:
+    def __init__(
+        self, frequency: Floats, amplitude: Any, time: Floats | None, names: list[Any] | None
+    ) -> None:
         values: dict[str, Any] = {"frequency": frequency, "amplitude": amplitude}
         if time is not None:
             values["time"] = time
@@ -35,7 +37,8 @@ class Spectrum(Result):
         self._columns = names
 
     def plot(self, ax: Any = None) -> Any:
-        """Draws amplitudes over frequency, of frames as a map over time, of the first channel. The axes come back."""
+        """Draws amplitudes over frequency, of frames as a map over time, of the first channel. The axes come
+        back."""
         from velmarind import _plots
 
         ax = _plots.axes(ax)
@@ -61,8 +64,8 @@ def _frames_of(columns: Floats, rate: float, frame: float | None, hop: float | N
     step = max(rows // 2, 1) if hop is None else round(float(hop) * rate)
     if rows < 2 or step < 1 or count < rows:
         raise Error(
-            f"found {count} rows for frames of {rows}; expected 2 rows a frame at least, and as many as a frame has;"
-            " choose another frame or hop", found=f"{count} rows", expected="rows for a frame")
+            f"found {count} rows for frames of {rows}; expected 2 rows a frame at least, and as many as a frame"
+            " has; choose another frame or hop", found=f"{count} rows", expected="rows for a frame")
     begins = np.arange(0, count - rows + 1, step)
     windows = np.lib.stride_tricks.sliding_window_view(columns, rows, axis=0)[begins]
     return np.moveaxis(windows, 2, 1), begins + rows - 1
@@ -77,8 +80,8 @@ def _require_factors(rows: int) -> None:
     largest = max(largest, rest)
     if float(rows) * largest > _MOST_WORK:
         raise Error(
-            f"found {rows} rows, whose largest prime factor is {largest}, so that a transform takes hours; expected"
-            " numbers with small factors; give a frame in seconds, or leave out some rows",
+            f"found {rows} rows, whose largest prime factor is {largest}, so that a transform takes hours;"
+            " expected numbers with small factors; give a frame in seconds, or leave out some rows",
             found=f"{rows} rows", expected="small prime factors")
 
 
@@ -107,20 +110,21 @@ def spectrum(x: Any, *, fs: Any = None, window: str | None = "hanning", frame: f
     window : {'hanning', 'hamming', 'blackman'} or None
         What fades the frame at its ends.
     frame, hop : float, optional
-        Seconds of a frame, and from the begin of one to the begin of the next (without it half a frame). Without `frame`
-        all of `x` is one.
+        Seconds of a frame, and from the begin of one to the begin of the next (without it half a frame).
+        Without `frame` all of `x` is one.
 
     Returns
     -------
     Spectrum
-        `frequency` in hertz and `amplitude`; with `frame` also `time`, the last row of each frame in seconds, and amplitudes
-        with a row for each frame.
+        `frequency` in hertz and `amplitude`; with `frame` also `time`, the last row of each frame in seconds,
+        and amplitudes with a row for each frame.
 
     Notes
     -----
     A window, a FilterGain that puts back what it takes of a sinusoid, and FilterFFT. Amplitude k is
-    `2 * abs(numpy.fft.rfft(x * w))[k] / n` over the mean of the window w as docs/spectra.md has it; of an odd number of rows
-    the last is left out. Amplitude 0 is the mean and what alternates from row to row in one: sqrt(mean² + half²).
+    `2 * abs(numpy.fft.rfft(x * w))[k] / n` over the mean of the window w as docs/spectra.md has it; of an odd
+    number of rows the last is left out. Amplitude 0 is the mean and what alternates from row to row in one:
+    sqrt(mean² + half²).
 
     Examples
     --------
@@ -139,9 +143,10 @@ def spectrum(x: Any, *, fs: Any = None, window: str | None = "hanning", frame: f
     rows = frames.shape[1] - frames.shape[1] % 2
     _require_factors(rows)
     steps = _spectrum_steps(window)
-    amplitudes = np.stack(
-        [np.reshape(run_chain(np.ascontiguousarray(frames[:, :, k, None]), None, steps), (len(frames), rows // 2))
-         for k in range(columns.shape[1])], axis=-1)
+    # No block of these remembers a frame, so those of all channels go in one behind the other.
+    queue = np.ascontiguousarray(np.moveaxis(frames, 2, 0)).reshape(-1, frames.shape[1], 1)
+    amplitudes = np.reshape(run_chain(queue, None, steps), (columns.shape[1], len(frames), rows // 2))
+    amplitudes = np.moveaxis(amplitudes, 0, -1)
     if values.ndim == 1:
         amplitudes = amplitudes[..., 0]
     times = clock_of(x, len(columns), rate)

@@ -9,7 +9,7 @@ from typing import Any
 import numpy as np
 
 from velmarind._arrays import as_given, need_rate
-from velmarind._chains import at_rows, clock_of, column_of, one_channel, spells_of, task
+from velmarind._chains import at_rows, clock_of, column_of, one_channel, spells_of, tables_of, task
 from velmarind._filters import resample
 from velmarind._graph import Graph
 from velmarind._results import Result
@@ -48,7 +48,8 @@ def _add_band(graph: Graph) -> None:
     """Six gentle slopes make a steep one that doesn't ring when a reaching movement begins."""
     sender = "x.turn"
     for number in range(1, _HIGH_PASSES + 1):
-        graph.add(f"high{number}", "FilterButterworthV2", Mode="HighPass", Order=1, LowRelativeCutOffFreq="3 Hz")
+        settings: dict[str, Any] = {"Mode": "HighPass", "Order": 1, "LowRelativeCutOffFreq": "3 Hz"}
+        graph.add(f"high{number}", "FilterButterworthV2", **settings)
         graph.connect(sender, f"high{number}.in")
         sender = f"high{number}.out"
     graph.add("band", "FilterButterworth", Order=4, RelativeCutOffFreq="9 Hz")
@@ -93,7 +94,8 @@ def _add_decision(graph: Graph, least: float, steady: float, going: float) -> No
 
 
 def _add_begin(graph: Graph) -> None:
-    """Where there is none the tracker begins anew every two seconds, at the highest peak of the spectrum in the band."""
+    """Where there is none the tracker begins anew every two seconds, at the highest peak of the spectrum in
+    the band."""
     step = _RATE / _FRAME
     graph.add("taper", "FilterHanningWindow")
     graph.add("spectrum", "FilterFFT", Pause=False)
@@ -120,31 +122,36 @@ def _add_begin(graph: Graph) -> None:
 
 
 @task(_graph)
-def track_tremor(x: Any, *, fs: Any = None, least: float = 0.002, steady: float = 0.28, going: float = 0.23) -> Result:
+def track_tremor(
+    x: Any, *, fs: Any = None, least: float = 0.002, steady: float = 0.28, going: float = 0.23
+) -> Result:
     """Says where a turn rate trembles, and how fast, also under voluntary movement a hundred times as strong.
 
     Parameters
     ----------
     x : array, Series or DataFrame
-        One turn rate, three seconds at least. Rows of another rate than 100 a second are made into these by `resample`,
-        and results have a row for each of them.
+        One turn rate, three seconds at least. Rows of another rate than 100 a second are made into these by
+        `resample`, and results have a row for each of them.
     fs : float, optional
         Rows a second; needed unless `x` has a time index.
     least : float
-        What is weaker is no tremor, in the unit of `x`: some three times what the sensor shows on a table. 0.002 is for
-        rad/s.
+        What is weaker is no tremor, in the unit of `x`: some three times what the sensor shows on a table.
+        0.002 is for rad/s.
     steady, going : float
-        How much of the movement in the band has to be one steady tremor for one to begin, and to go on, from 0 to 1.
+        How much of the movement in the band has to be one steady tremor for one to begin, and to go on, from
+        0 to 1.
 
     Returns
     -------
     Result
-        `tremor`, True where it trembles; `frequency` in hertz, which counts there alone; `strength`, the movement in the band of
-        tremors as RMS of the last second; `spells`, a row for each time it trembled: begin, end and length in seconds.
+        `tremor`, True where it trembles; `frequency` in hertz, which counts there alone; `strength`, the
+        movement in the band of tremors as RMS of the last second; `spells`, a row for each time it trembled:
+        begin, end and length in seconds.
 
     Notes
     -----
-    The graph of examples/tremor-real.yaml; docs/motion.md tells how it goes about it, how well it does, and where it fails.
+    The graph of examples/tremor-real.yaml; docs/motion.md tells how it goes about it, how well it does, and
+    where it fails.
 
     Examples
     --------
@@ -166,11 +173,11 @@ def track_tremor(x: Any, *, fs: Any = None, least: float = 0.002, steady: float 
     frames = [values[begin : begin + _FRAME] for begin in range(0, count * _HOP, _HOP)]
     ends = np.arange(count) * _HOP + _FRAME - 1
     data["frames"] = {"turn": np.reshape(frames, (count, _FRAME, 1)), "t": times[ends]}
-    got = _graph(least, steady, going).run(data)
-    table = at_rows(got.tables["result"], times)
-    columns = list(got.tables["result"]["columns"])
+    got = tables_of(_graph(least, steady, going), data)
+    table = at_rows(got["result"], times)
+    columns = list(got["result"]["columns"])
     found = {name: table[:, columns.index(f"{name}[0]")] for name in ("tremor", "frequency", "strength")}
     results = {name: as_given(column, times, like, name) for name, column in found.items()}
     results["tremor"] = as_given(found["tremor"] > 0, times, like, "tremor")
-    results["spells"] = spells_of(got.tables["table"], x)
+    results["spells"] = spells_of(got["table"], x)
     return Result(results, dict.fromkeys(found, times))
