@@ -8,6 +8,32 @@ using Everyday::SampleLine;
 
 // Of an input that runs ahead of "in1"; what is older than that is lost.
 constexpr std::size_t kMostAhead = 100000;
+
+/// Rows of so many columns into wider ones.
+template <Eigen::Index kColumns>
+void putNarrow(const MatrixXd& part, double* to, Eigen::Index width) {
+    const double* from = part.data();
+    for (Eigen::Index row = 0; row < part.rows(); ++row, from += kColumns, to += width)
+        std::copy_n(from, kColumns, to);
+}
+
+/// Rows into wider ones. A sensor has three axes: to copy so few numbers takes less than to call for it.
+void putRows(const MatrixXd& part, double* to, Eigen::Index width) {
+    switch (part.cols()) {
+    case 1:
+        return putNarrow<1>(part, to, width);
+    case 2:
+        return putNarrow<2>(part, to, width);
+    case 3:
+        return putNarrow<3>(part, to, width);
+    case 4:
+        return putNarrow<4>(part, to, width);
+    default:
+        break;
+    }
+    for (Eigen::Index row = 0; row < part.rows(); ++row)
+        std::copy_n(part.data() + row * part.cols(), part.cols(), to + row * width);
+}
 } // namespace
 
 Join::Join(const std::string& instanceName)
@@ -98,12 +124,10 @@ void Join::sendJoined(const MatrixXd& first, double time) {
         columns += other.cols();
     }
     resizeSample(out.data.value, first.rows(), columns);
-    Eigen::Index column = 0;
+    double* to = out.data.value.data();
     const auto put = [&](const MatrixXd& part) {
-        for (Eigen::Index row = 0; row < part.rows(); ++row)
-            std::copy_n(part.data() + row * part.cols(), part.cols(),
-                        out.data.value.data() + row * columns + column);
-        column += part.cols();
+        putRows(part, to, columns);
+        to += part.cols();
     };
     put(first);
     for (std::size_t i = 0; i < kMostOthers; ++i)

@@ -80,6 +80,21 @@ TEST(JoinTest, Catalogue) {
                                 "command \"Reset\"\n");
 }
 
+TEST(JoinTest, PutsPartsOfAnyWidthSideBySide) {
+    for (Eigen::Index left = 0; left <= 6; ++left)
+        for (Eigen::Index right = 0; right <= 6; ++right) {
+            MatrixXd whole(3, left + right);
+            for (Eigen::Index i = 0; i < whole.size(); ++i)
+                whole(i) = static_cast<double>(i + 1);
+            Bench bench(2);
+            bench.give(2, 1.0, whole.rightCols(right));
+            bench.give(1, 1.0, whole.leftCols(left));
+            ASSERT_EQ(bench.receiver.samples.size(), 1U) << left << " and " << right << " columns";
+            EXPECT_TRUE(agree(bench.receiver.samples[0].value, whole, same))
+                << left << " and " << right << " columns";
+        }
+}
+
 TEST(JoinTest, HoldsWhatIsNotLater) {
     Bench join(2);
     join.give(1, 0.0, 10);
