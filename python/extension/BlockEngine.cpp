@@ -24,15 +24,16 @@ namespace {
 constexpr const char* kRateSource = "fs"; // what messages call whoever states the rate
 constexpr const char* kRatePin = "rows";
 
+/// It states a rate and nothing else: samples of two shapes, of which nobody can say what fits them.
 MemoryRecording recordingOf(const std::optional<double>& rate) {
     MemoryRecording recording;
     recording.pins.emplace_back();
     recording.pins.back().name = kRatePin;
-    recording.pins.back().samples = SampleSeries::ofRows(MatrixXd::Zero(1, 1));
+    recording.pins.back().samples = SampleSeries::ofSamples({MatrixXd::Zero(1, 1), MatrixXd::Zero(1, 2)});
     if (rate)
         recording.rate = rate;
     else
-        recording.times = std::vector<double>{0.0};
+        recording.times = std::vector<double>{0.0, 0.0};
     return recording;
 }
 
@@ -94,7 +95,7 @@ std::unique_ptr<Graph> makeBlockGraph(const BlockOrder& order, std::vector<std::
     graph->openRecordings(complaints);
     complaints.raise();
     for (const Warning& warning : complaints.getSortedWarnings())
-        warnings.push_back(warning.getText());
+        warnings.push_back(warning.text);
     return graph;
 }
 

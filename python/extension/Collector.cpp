@@ -6,7 +6,12 @@
 
 namespace Python {
 
-void SampleStore::grow(std::size_t size) {
+void SampleStore::makeRoom(const Quillmere::Core::MatrixXd& sample) {
+    if (last == nullptr || last->rows != sample.rows() || last->columns != sample.cols())
+        runs.push_back({0, sample.rows(), sample.cols()});
+    last = &runs.back();
+    const auto size = static_cast<std::size_t>(sample.size());
+    if (size <= capacity - used) return;
     const std::size_t wanted = std::max({used + size, 2 * capacity, runs.size() == 1 ? expected * size : 0});
     auto* const larger = static_cast<double*>(std::realloc(memory.get(), wanted * sizeof(double)));
     if (larger == nullptr) throw std::bad_alloc();

@@ -28,18 +28,19 @@ public:
     /// As many samples as are to be expected, for who would else have to grow.
     void expect(std::size_t samples) { expected = samples; }
     void append(const Quillmere::Core::MatrixXd& sample) {
-        if (runs.empty() || runs.back().rows != sample.rows() || runs.back().columns != sample.cols())
-            runs.push_back({0, sample.rows(), sample.cols()});
         const auto size = static_cast<std::size_t>(sample.size());
-        if (size > capacity - used) grow(size);
+        if (last == nullptr || last->rows != sample.rows() || last->columns != sample.cols() ||
+            size > capacity - used)
+            makeRoom(sample);
         Quillmere::Core::Private::copyElements(memory.get() + used, sample.data(), sample.size());
         used += size;
-        ++runs.back().count;
+        ++last->count;
     }
     /// The memory stays.
     void clear() {
         used = 0;
         runs.clear();
+        last = nullptr;
     }
 
     const std::vector<Run>& getRuns() const { return runs; }
@@ -54,14 +55,15 @@ public:
     }
 
 private:
-    /// Raises `std::bad_alloc`.
-    void grow(std::size_t size);
+    /// For another sample like this one. Raises `std::bad_alloc`.
+    void makeRoom(const Quillmere::Core::MatrixXd& sample);
 
     Memory memory;
     std::size_t capacity = 0; ///< Elements, as the next.
     std::size_t used = 0;
     std::size_t expected = 0;
     std::vector<Run> runs;
+    Run* last = nullptr; ///< Of them; null without any.
 };
 
 /// Keeps every sample that an output sends, also several of one step.

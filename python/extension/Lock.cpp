@@ -3,7 +3,18 @@
 
 #include <unistd.h>
 
+#include <atomic>
+#include <thread>
+
 namespace Python {
+
+namespace {
+std::atomic<std::thread::id> endingThread; ///< Nobody's until the interpreter ends.
+} // namespace
+
+void noteEndingThread() {
+    endingThread = std::this_thread::get_id();
+}
 
 Unlocked::~Unlocked() {
 #if PY_VERSION_HEX >= 0x030D0000
@@ -11,7 +22,7 @@ Unlocked::~Unlocked() {
 #else
     const bool isEnding = _Py_IsFinalizing() != 0;
 #endif
-    while (isEnding)
+    while (isEnding && endingThread.load() != std::this_thread::get_id())
         ::pause();
     PyEval_RestoreThread(state);
 }

@@ -24,6 +24,9 @@ private:
     PyThreadState* const state;
 };
 
+/// The calling thread is the one that ends the interpreter, and has its lock to the end.
+void noteEndingThread();
+
 /// The setup mutex, for which is waited without the interpreter's lock, and that lock again.
 class Setup {
 public:

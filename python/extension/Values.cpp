@@ -3,6 +3,7 @@
 
 #include "host/description/ValueReader.h"
 #include "host/text/Complaint.h"
+#include "host/text/Json.h"
 #include "python/extension/Errors.h"
 
 #include <pybind11/numpy.h>
@@ -57,6 +58,16 @@ Value mapOf(const py::dict& map, const std::string& what) {
     return value;
 }
 
+/// Whether YAML would take a plain text for something else.
+bool getNeedsQuotes(const std::string& text) {
+    const bool isParameter = text.starts_with("${") && text.ends_with('}');
+    if (isParameter) return false;
+    return text.find_first_of("#{}[],&*!|>'\"%@`\n") != std::string::npos ||
+           text.find(": ") != std::string::npos || text.ends_with(':') || text.starts_with("- ") ||
+           text.starts_with('?') || text.starts_with(' ') || text.ends_with(' ') || text == "~" ||
+           text == "null";
+}
+
 py::array_t<double> arrayOf(const MatrixXd& matrix) {
     py::array_t<double> array({matrix.rows(), matrix.cols()});
     std::copy_n(matrix.data(), matrix.size(), array.mutable_data());
@@ -100,6 +111,30 @@ std::vector<std::pair<std::string, Value>> toValues(py::handle mapping, const st
         values.emplace_back(text, toValue(value, what + " '" + text + "'"));
     }
     return values;
+}
+
+std::string flowText(const Value& value) {
+    const auto joined = [](const auto& parts, char open, char close, auto textOfPart) {
+        std::string text(1, open);
+        for (const auto& part : parts) {
+            if (text.size() > 1) text += ", ";
+            text += textOfPart(part);
+        }
+        return text + close;
+    };
+    switch (value.kind) {
+    case Value::Kind::List:
+        return joined(value.items, '[', ']', [](const Value& item) { return flowText(item); });
+    case Value::Kind::Map:
+        return joined(value.entries, '{', '}', [](const Value::Entry& entry) {
+            return Json::text(entry.key) + ": " + flowText(entry.value);
+        });
+    case Value::Kind::Scalar:
+        return value.isQuoted || getNeedsQuotes(value.text) ? Json::text(value.text) : value.text;
+    case Value::Kind::Null:
+        break;
+    }
+    return value.parameter.empty() ? "null" : "${" + value.parameter + "}";
 }
 
 py::object heldOf(const PropertyDescription& property) {

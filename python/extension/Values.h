@@ -21,6 +21,9 @@ Quillmere::Host::Value toValue(pybind11::handle given, const std::string& what);
 std::vector<std::pair<std::string, Quillmere::Host::Value>> toValues(pybind11::handle mapping,
                                                                      const std::string& what);
 
+/// A value in one line, as an option has it.
+std::string flowText(const Quillmere::Host::Value& value);
+
 /// What a setting holds: a choice as its label.
 pybind11::object heldOf(const Quillmere::Host::PropertyDescription& property);
 
