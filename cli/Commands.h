@@ -28,6 +28,7 @@ struct BatchPlan;
 struct Inspection;
 struct InspectionSettings;
 struct JobOptions;
+struct PlottedRecording;
 struct RunOutcome;
 } // namespace Quillmere::Host
 
@@ -108,13 +109,16 @@ private:
     struct Opened;
 
     void checkOutput();
+    void checkPage() const;
     bool open(const Quillmere::Host::InspectionSettings& said, const Quillmere::Host::CurveWishes& wishes,
               std::deque<Opened>& opened) const;
     ExitCode draw(std::vector<Quillmere::Host::CurveTable> tables,
+                  const std::vector<Quillmere::Host::PlottedRecording>& recordings,
                   const Quillmere::Host::PictureWishes& wishes) const;
 
     std::vector<std::string> files;
     std::string output;
+    std::string page;
     PlotArguments arguments;
     std::vector<std::string> settings;
     bool isText = false;

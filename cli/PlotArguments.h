@@ -22,6 +22,9 @@ public:
     Quillmere::Host::CurveWishes getCurveWishes() const;
     Quillmere::Host::PictureWishes getPictureWishes(const std::vector<std::string>& files) const;
 
+    /// Whether spectra of single times are wished.
+    bool getHasSpectra() const { return !spectraAt.empty(); }
+
     /// Raises where a column is named that no file has. `known` are those that there are.
     void checkNames(const std::vector<std::string>& known) const;
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Commands.h"
 
+#include "cli/PlotNotes.h"
 #include "cli/ReadingArguments.h"
+#include "cli/RunPicture.h"
 #include "cli/RunReport.h"
 #include "cli/SideFile.h"
 #include "cli/StopSignals.h"
@@ -11,6 +13,9 @@
 #include "host/picture/PictureFile.h"
 #include "host/picture/RecordingCurves.h"
 #include "host/picture/TextPage.h"
+#include "host/report/PlotPage.h"
+#include "host/report/ReportPage.h"
+#include "host/report/SignalCurves.h"
 #include "host/text/Counted.h"
 #include "host/text/Printable.h"
 
@@ -20,12 +25,12 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstdio>
 #include <deque>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace Cli {
@@ -35,30 +40,16 @@ using namespace Quillmere::Host;
 namespace {
 
 constexpr const char* kOutputOption = "--output";
+constexpr const char* kPageOption = "--html";
 
 ResultOptions optionsOf(bool overwrites) {
     return {.overwrites = overwrites, .looksOwn = getIsPicture, .isOfGraph = false};
 }
 
-std::string numberText(double number) {
-    char text[40];
-    std::snprintf(text, sizeof text, "%.6g", number);
-    return text;
-}
-
-/// Why a picture is empty.
-Complaint nothingDrawn(const Picture& picture, const PictureWishes& wishes, std::uint64_t rows) {
-    for (const Panel& panel : picture.panels) {
-        if (panel.kind != Panel::Kind::Heat || !panel.curves.empty()) continue;
-        const std::string unit = panel.rowsUnit.empty() ? "" : " " + panel.rowsUnit;
-        return {{"--band"},
-                "no column of the spectra between " + numberText(wishes.lowestRow) + " and " +
-                    numberText(wishes.highestRow) + unit,
-                "a part of 0 to " + numberText(panel.rowsEnd) + unit};
-    }
-    return {{},
-            "no numbers to draw in " + counted(rows, "row"),
-            "some, between --start and --end where these are given"};
+ResultOptions pageOptions(bool overwrites) {
+    return {.overwrites = overwrites,
+            .looksOwn = [](std::string_view head) { return head.starts_with(ReportPage::beginOfPage()); },
+            .isOfGraph = false};
 }
 
 } // namespace
@@ -76,6 +67,8 @@ PlotCommand::PlotCommand(CLI::App& command) {
         .add_option(kOutputOption, output,
                     "Where the picture goes; without it FILE.svg in this folder; - is standard output.")
         ->type_name("FILE.svg|FILE.png");
+    command.add_option(kPageOption, page, "Write a page for a browser; a picture only where --output says.")
+        ->type_name("FILE.html");
     command.add_flag("--text", isText, "Print the curves as text; a picture only where --output says.");
     arguments.enter(command);
     command
@@ -91,12 +84,14 @@ ExitCode PlotCommand::run() {
     const StopSignals signals;
     InspectionSettings said = readingSettingsOf(settings);
     said.wishes.stop = signals.getToken();
-    const CurveWishes wishes = arguments.getCurveWishes();
-    const PictureWishes page = arguments.getPictureWishes(files);
+    CurveWishes wishes = arguments.getCurveWishes();
+    if (!page.empty()) wishes.mostPieces = SignalCurves::kMostPieces / files.size();
+    const PictureWishes drawing = arguments.getPictureWishes(files);
     // A reader that goes away is a failure to write, which is told.
     std::signal(SIGPIPE, SIG_IGN);
     std::deque<Opened> opened; // they point into each other, so they can't move
     std::vector<CurveTable> tables;
+    std::vector<PlottedRecording> recordings;
     try {
         if (!open(said, wishes, opened)) return kNothingRun;
     } catch (const InterruptedException& exception) {
@@ -116,21 +111,25 @@ ExitCode PlotCommand::run() {
             tables.push_back(shows ? one.curves->read(said.wishes.stop, tell)
                                    : one.curves->read(said.wishes.stop));
             progress.clear();
-            for (const std::string& note : one.reader->getNotes())
-                std::cerr << "quillmere: " << one.reader->getPath() << ": " << note << "\n";
+            PlottedRecording& recording = recordings.emplace_back();
+            recording.file = one.reader->getPath();
+            recording.notes = notesOf(tables.back(), *one.reader);
+            for (const std::string& note : recording.notes)
+                std::cerr << "quillmere: " << recording.file << ": " << note << "\n";
         }
     } catch (const RecordingException& exception) {
         std::cerr << "quillmere: " << exception.what() << "\n";
         return kFailedMidway;
     }
-    return draw(std::move(tables), page);
+    return draw(std::move(tables), recordings, drawing);
 }
 
 /// Before the recordings are read, which may take long.
 void PlotCommand::checkOutput() {
     if (std::count_if(files.begin(), files.end(), getIsStandardStream) > 1)
         throw UsageError({{}, "standard input a second time", "each recording once"});
-    if (output.empty() && isText) return;
+    if (!page.empty()) checkPage();
+    if (output.empty() && (isText || !page.empty())) return;
     if (output.empty()) {
         const std::string stem = getIsStandardStream(files.front())
                                      ? "plot"
@@ -145,6 +144,22 @@ void PlotCommand::checkOutput() {
     checkSideFile(kOutputOption, output, optionsOf(overwrites));
     for (const std::string& file : files)
         keepFromSideFile(kOutputOption, output, file, "the recording");
+}
+
+void PlotCommand::checkPage() const {
+    if (!ReportPage::getIsThere())
+        throw UsageError({{kPageOption},
+                          "a build without reports, whose page is made by node and npm",
+                          "one that was configured where both are (scripts/install installs them)"});
+    checkPageName(kPageOption, page);
+    if (isText && getIsStandardStream(page))
+        throw UsageError({{kPageOption}, "standard output, where --text prints", "a file"});
+    if (!output.empty()) keepFromOutput(kPageOption, page, output, "the picture");
+    if (output.empty() && arguments.getHasSpectra())
+        throw UsageError({{"--at"}, "spectra of single times, which a page doesn't draw", "--output, too"});
+    checkSideFile(kPageOption, page, pageOptions(overwrites));
+    for (const std::string& file : files)
+        keepFromSideFile(kPageOption, page, file, "the recording");
 }
 
 /// False, with a message, where a file has to be explained.
@@ -173,7 +188,8 @@ bool PlotCommand::open(const InspectionSettings& said, const CurveWishes& wishes
     return true;
 }
 
-ExitCode PlotCommand::draw(std::vector<CurveTable> tables, const PictureWishes& wishes) const {
+ExitCode PlotCommand::draw(std::vector<CurveTable> tables, const std::vector<PlottedRecording>& recordings,
+                           const PictureWishes& wishes) const {
     std::uint64_t rows = 0;
     for (const CurveTable& table : tables)
         rows += table.rows;
@@ -185,14 +201,25 @@ ExitCode PlotCommand::draw(std::vector<CurveTable> tables, const PictureWishes& 
     if (const std::string leftOut = picture.getLeftOut(); !leftOut.empty())
         std::cerr << "quillmere: the picture leaves out " << leftOut
                   << " too many; --columns says which to draw\n";
+    for (const std::string& line : missedSpectra(picture, wishes))
+        std::cerr << "quillmere: " << line << "\n";
     if (isText) std::cout << pictureAsText(picture, getTextWidth(), getShowsUtf8());
+    const auto tell = [&](const std::string& file) {
+        std::ostream& report =
+            getIsStandardStream(output) || getIsStandardStream(page) ? std::cerr : std::cout;
+        report << file << ": " << counted(picture.panels.size(), "panel") << " of " << counted(rows, "row")
+               << "\n";
+    };
+    if (!page.empty()) {
+        if (!writeSideFile(page, pageOptions(overwrites), plotPage(picture, recordings, QUILLMERE_VERSION)))
+            return kFailedMidway;
+        tell(page);
+    }
     if (output.empty()) return kDone;
     Complaints complaints;
     const auto form = pictureFormOf(output, {kOutputOption}, complaints);
     if (!writeSideFile(output, optionsOf(overwrites), drawPicture(picture, *form))) return kFailedMidway;
-    std::ostream& report = getIsStandardStream(output) ? std::cerr : std::cout;
-    report << output << ": " << counted(picture.panels.size(), "panel") << " of " << counted(rows, "row")
-           << "\n";
+    tell(output);
     return kDone;
 }
 

@@ -5,6 +5,7 @@
 #include "cli/GraphArguments.h"
 #include "cli/RunPicture.h"
 #include "cli/RunReport.h"
+#include "cli/SideFile.h"
 #include "cli/StopSignals.h"
 #include "cli/UsageError.h"
 #include "host/text/Printable.h"
@@ -21,7 +22,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -86,18 +86,6 @@ std::string checkDuration(const std::string& text) {
 
 std::string checkFile(const std::string& text) {
     return text.empty() ? refusal(text, "the name of a file, or -") : "";
-}
-
-/// A browser goes by the name, and so does whoever gets the page.
-void checkPageName(const std::string& path) {
-    if (getIsStandardStream(path) || path.starts_with("/dev/")) return;
-    std::string ending = std::filesystem::path(path).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    if (ending == ".html" || ending == ".htm") return;
-    throw UsageError({{kReportOption},
-                      "the report '" + printable(path, kLongestName) + "'",
-                      "a name that ends in .html or .htm"});
 }
 
 std::string checkSpeed(const std::string& text) {
@@ -179,7 +167,7 @@ std::shared_ptr<RunObserver> RunCommand::observer() const {
     std::error_code error; // of what isn't there, which can't be the same
     if (report == summary || std::filesystem::equivalent(report, summary, error))
         throw UsageError({{kReportOption}, std::string("the file of ") + kSummaryOption, "another one"});
-    checkPageName(report);
+    checkPageName(kReportOption, report);
     return std::make_shared<Report>(
         ReportOptions{.path = report,
                       .watched = watched,

@@ -3,8 +3,11 @@
 
 #include "cli/UsageError.h"
 #include "host/ends/RecordingException.h"
+#include "host/ends/StandardStream.h"
 #include "host/text/Printable.h"
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <iostream>
 #include <system_error>
@@ -16,6 +19,17 @@ using namespace Quillmere::Host;
 void checkSideFile(const std::string& option, const std::string& path, const ResultOptions& options) {
     const auto refusal = ResultPath(path).findRefusal(options);
     if (refusal) throw UsageError({{option}, refusal->found, refusal->expected});
+}
+
+void checkPageName(const std::string& option, const std::string& path) {
+    if (getIsStandardStream(path) || path.starts_with("/dev/")) return;
+    std::string ending = std::filesystem::path(path).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    if (ending == ".html" || ending == ".htm") return;
+    throw UsageError({{option},
+                      "the report '" + printable(path, kLongestName) + "'",
+                      "a name that ends in .html or .htm"});
 }
 
 void keepFromSideFile(const std::string& option, const std::string& path, const std::string& file,

@@ -12,6 +12,10 @@ namespace Cli {
 void checkSideFile(const std::string& option, const std::string& path,
                    const Quillmere::Host::ResultOptions& options);
 
+/// Raises `UsageError` where a page for a browser hasn't the name of one: a browser goes by it, and so does
+/// whoever gets the page.
+void checkPageName(const std::string& option, const std::string& path);
+
 /// What the command reads is never replaced, whatever the user allows: raises `UsageError` where the two are
 /// one file. `what` is what is read, as in `the graph`.
 void keepFromSideFile(const std::string& option, const std::string& path, const std::string& file,

@@ -3,6 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "host/picture/Envelope.h"
+#include "host/picture/CurvePath.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +19,8 @@ struct QUILLMERE_API Curve {
     enum class Style { Line, Marks, Level };
 
     Curve(std::string curveName, std::string curveUnit, std::size_t mostPieces)
-        : name(std::move(curveName)), unit(std::move(curveUnit)), envelope(mostPieces) {}
+        : name(std::move(curveName)), unit(std::move(curveUnit)), envelope(mostPieces), path(8 * mostPieces) {
+    }
 
     /// Of a column of a table with so many rows: zeros and ones without a unit are a level; what few rows
     /// have, at no even distance, are events. A slow sensor beside a fast one is even.
@@ -28,6 +30,10 @@ struct QUILLMERE_API Curve {
     std::string unit; ///< Empty where nobody states it.
     double scale = 1.0;
     Envelope envelope;
+    double sum = 0.0; ///< Of the values that are finite.
+    /// Over another column than the times, whose values go to and fro: the way through the samples as they
+    /// came. Empty: a line through the envelope.
+    CurvePath path;
 };
 
 /// Columns that share their times.
@@ -35,6 +41,8 @@ struct CurveTable {
     std::string name;        ///< Of its file or its block.
     std::string clock = "s"; ///< The unit of the times, or what counts in their place; `s` for seconds.
     std::uint64_t rows = 0;
+    std::uint64_t rowsWithoutTime = 0; ///< Which are left out,
+    std::uint64_t rowsBack = 0;        ///< and in front of an earlier one's time, where they are drawn.
     std::vector<Curve> curves;
     std::size_t columnsLeftOut = 0; ///< Since there were too many to be shown.
 };

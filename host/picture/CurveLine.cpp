@@ -106,6 +106,18 @@ CurveLine lineOf(const Envelope& envelope, Curve::Style style, const Scale& acro
     return maker.finish();
 }
 
+CurveLine lineOf(const Curve& curve, std::uint64_t rows, const Scale& across, const Scale& up) {
+    if (curve.path.getIsEmpty()) return lineOf(curve.envelope, curve.getStyle(rows), across, up);
+    LineMaker maker(across, up);
+    for (const CurvePath::Point& point : curve.path.getPoints()) {
+        if (std::isnan(point.y))
+            maker.breakOff();
+        else
+            maker.add(point.x, point.y);
+    }
+    return maker.finish();
+}
+
 std::vector<Canvas::Box> boxesOf(const Envelope& envelope, std::uint64_t rows, const Scale& across,
                                  double top, double height) {
     const std::vector<Piece>& pieces = envelope.getPieces();

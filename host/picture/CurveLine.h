@@ -40,6 +40,9 @@ QUILLMERE_API double gapLimitOf(const Envelope& envelope);
 QUILLMERE_API CurveLine lineOf(const Envelope& envelope, Curve::Style style, const Scale& across,
                                const Scale& up);
 
+/// The line of a curve of a table with so many rows: through its envelope, or along its path.
+QUILLMERE_API CurveLine lineOf(const Curve& curve, std::uint64_t rows, const Scale& across, const Scale& up);
+
 /// The times at which a level is on, as boxes of `height` from `top` down: a pulse is as wide as can be seen.
 /// What has no zeros and isn't there in each of `rows` are events, which last no time.
 QUILLMERE_API std::vector<Canvas::Box> boxesOf(const Envelope& envelope, std::uint64_t rows,

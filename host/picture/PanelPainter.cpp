@@ -176,7 +176,7 @@ void PanelPainter::paintCurves() const {
     for (std::size_t i = 0; i < panel.curves.size(); ++i) {
         const Curve& curve = picture.getCurve(panel.curves[i]);
         const auto style = curve.getStyle(picture.getTable(panel.curves[i]).rows);
-        const CurveLine line = lineOf(curve.envelope, style, place.across, up);
+        const CurveLine line = lineOf(curve, picture.getTable(panel.curves[i]).rows, place.across, up);
         const double samples = static_cast<double>(curve.envelope.getCount());
         const bool isWide = samples * 6.0 < width; // of so few each is to be seen
         const Canvas::Pen pen = penOf(i, samples < width ? 1.5 : 1.0);

@@ -2,7 +2,6 @@
 #include "host/picture/RecordingCurves.h"
 
 #include "host/ends/RecordingException.h"
-#include "host/recording/ColumnPattern.h"
 #include "host/recording/RepairedRows.h"
 #include "host/recording/UnitText.h"
 
@@ -19,6 +18,7 @@ using Kind = RecordingReader::Column::Kind;
 using Row = RecordingReader::Row;
 
 constexpr std::uint64_t kRowsBetweenLooks = 4096;
+constexpr std::size_t kFewPieces = 256; // by which a course can still be seen
 
 /// The name without the unit that is told beside it.
 std::string shownName(const std::string& name, const std::string& unit) {
@@ -27,21 +27,6 @@ std::string shownName(const std::string& name, const std::string& unit) {
 }
 
 } // namespace
-
-bool getMeansColumn(std::string_view wish, const std::string& column) {
-    const std::string bare = nameWithoutUnit(column);
-    if (wish == column || wish == bare) return true;
-    if (wish.find('*') == std::string_view::npos) return false;
-    return getFitsPattern(column, wish) || getFitsPattern(bare, wish);
-}
-
-void CurveWishes::takeCut(const GraphDescription::Setting& setting, Complaints& complaints) {
-    cut.take(setting, complaints);
-}
-
-void CurveWishes::finish(Complaints& complaints) const {
-    cut.finish({}, complaints);
-}
 
 RecordingCurves::RecordingCurves(RecordingReader& recording, const InspectionSettings& settings,
                                  const CurveWishes& curveWishes)
@@ -74,7 +59,9 @@ void RecordingCurves::choose() {
     for (const std::size_t column : drawn) {
         chosen.push_back(column);
         table.curves.emplace_back(shownName(columns[column].name, units[column]), units[column],
-                                  mostPiecesOf(drawn.size()));
+                                  wishes.mostPieces > 0
+                                      ? std::max(wishes.mostPieces / drawn.size(), kFewPieces)
+                                      : mostPiecesOf(drawn.size()));
         scales.push_back(1.0);
         for (const CurveWishes::Scale& scale : wishes.scales) {
             if (!getMeansColumn(scale.column, columns[column].name)) continue;
@@ -116,21 +103,42 @@ std::optional<double> RecordingCurves::getTime() const {
 
 void RecordingCurves::takeRow(double time) {
     ++table.rows;
+    if (time < latest) ++table.rowsBack;
+    latest = std::max(latest, time);
     const bool hasHoles = reader.getHasEmptyCells();
-    for (std::size_t i = 0; i < table.curves.size(); ++i)
-        if (!hasHoles || !reader.getIsEmpty(i)) table.curves[i].envelope.take(time, values[i] * scales[i]);
+    for (std::size_t i = 0; i < table.curves.size(); ++i) {
+        if (hasHoles && reader.getIsEmpty(i)) continue;
+        const double value = values[i] * scales[i];
+        table.curves[i].envelope.take(time, value);
+        if (std::isfinite(value)) table.curves[i].sum += value;
+        if (isAcross) table.curves[i].path.take(time, value);
+    }
+}
+
+/// What goes on along the axis all the time is a curve as any other.
+void RecordingCurves::finishPaths() {
+    for (Curve& curve : table.curves)
+        if (table.rowsBack == 0) curve.path.clear();
+    if (isAcross) table.rowsBack = 0;
+}
+
+TimeRepairPlan RecordingCurves::cutBy() const {
+    Complaints complaints;
+    TimeRepairPlan cut = wishes.getCut(reader.getOrigin().has_value(), complaints);
+    if (!complaints.isEmpty()) throw RecordingException(complaints.getSorted().front());
+    if (const auto fault = resolveDates(cut, reader)) throw RecordingException(*fault);
+    return cut;
 }
 
 CurveTable RecordingCurves::read(const std::stop_token& stop,
                                  const std::function<void(const InspectionProgress&)>& tell) {
     reader.setStop(stop);
-    TimeRepairPlan cut = wishes.getCut().getPlan({});
-    const bool hasDates = cut.startDate || cut.endDate;
+    TimeRepairPlan cut; // nothing, until the first row tells what times count from
     std::size_t behindEnd = 0;
     for (Row row = reader.takeRow(values.data()); row != Row::End; row = reader.takeRow(values.data())) {
-        if (++rowsRead == 1 && hasDates)
-            if (const auto fault = resolveDates(cut, reader)) throw RecordingException(*fault);
+        if (++rowsRead == 1) cut = cutBy();
         const std::optional<double> time = getTime();
+        if (!time) ++table.rowsWithoutTime;
         if (time && *time >= cut.start && *time < cut.end) takeRow(*time);
         // As a source does it: a single stamp far ahead doesn't end the reading.
         behindEnd = time && *time >= cut.end && !isAcross ? behindEnd + 1 : 0;
@@ -139,6 +147,7 @@ CurveTable RecordingCurves::read(const std::stop_token& stop,
         if (stop.stop_requested()) throw InterruptedException();
         if (tell) tell({rowsRead, reader.getBytesRead(), reader.getSize()});
     }
+    finishPaths();
     return std::move(table);
 }
 

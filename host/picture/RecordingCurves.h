@@ -6,43 +6,19 @@
 #include "host/inspection/Inspection.h"
 #include "host/inspection/InspectionSettings.h"
 #include "host/picture/Curve.h"
+#include "host/picture/CurveWishes.h"
 #include "host/recording/RecordingReader.h"
-#include "host/recording/RepairSettings.h"
+#include "host/recording/TimeRepairPlan.h"
 
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <stop_token>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace Quillmere::Host {
-
-/// Whether a column is meant by a name, with its unit or without, or by a pattern, `acc*`. [any]
-QUILLMERE_API bool getMeansColumn(std::string_view wish, const std::string& column);
-
-/// What of recordings is drawn.
-struct QUILLMERE_API CurveWishes {
-    struct Scale {
-        std::string column;
-        double factor = 1.0;
-        std::string unit; ///< Of the values behind it; empty: nobody says.
-    };
-
-    std::vector<std::string> columns; ///< Names and patterns; none: all.
-    std::vector<Scale> scales;
-    std::string across; ///< The column that stands in place of the times; empty: none.
-
-    /// Takes a setting `start` or `end`, as a source has them. [setup]
-    void takeCut(const GraphDescription::Setting& setting, Complaints& complaints);
-    /// Complains of two that don't go together. [setup]
-    void finish(Complaints& complaints) const;
-    const RepairSettings& getCut() const { return cut; }
-
-private:
-    RepairSettings cut;
-};
 
 /// Reads the columns of a recording, or of a result, as curves, once. Memory grows with the columns, not with
 /// the rows. What is wrong with single rows is left out of the picture, as a gap where cells are no numbers.
@@ -68,8 +44,10 @@ public:
 
 private:
     void choose();
+    TimeRepairPlan cutBy() const;
     std::optional<double> getTime() const;
     void takeRow(double time);
+    void finishPaths();
 
     RecordingReader& reader;
     const CurveWishes& wishes;
@@ -83,6 +61,7 @@ private:
     std::vector<double> scales; ///< Of the curves; they begin with value 0.
     CurveTable table;
     std::uint64_t rowsRead = 0;
+    double latest = -std::numeric_limits<double>::infinity(); ///< Of the times so far.
 };
 
 } // namespace Quillmere::Host

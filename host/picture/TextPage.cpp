@@ -104,8 +104,7 @@ private:
             top = ends.front();
             bottom = ends.back();
             const Scale across = acrossOf(panel, static_cast<double>(field.getWidth() - 1));
-            const CurveLine line =
-                lineOf(curve.envelope, curve.getStyle(picture.getTable(item).rows), across, whole);
+            const CurveLine line = lineOf(curve, picture.getTable(item).rows, across, whole);
             for (const std::vector<Canvas::Point>& points : line.lines)
                 for (std::size_t i = 1; i < points.size(); ++i)
                     field.join(points[i - 1], points[i]);

@@ -126,6 +126,9 @@ void Report::complete(const RunOutcome& outcome) {
     const std::uint64_t rounds = std::max(signals->getRounds(), outcome.progress.rounds);
     const std::string json = Json::object({{"document", Json::text("report")},
                                            {"format", "1"},
+                                           {"name", Json::text(graphName)},
+                                           {"clock", Json::text("s")},
+                                           {"recordings", Json::list({})},
                                            {"outcome", Json::outcome(outcome)},
                                            {"graph", graphJson},
                                            {"signals", Json::signals(signals->getSignals(), rounds, blobs)},

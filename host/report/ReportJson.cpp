@@ -166,28 +166,6 @@ std::uint64_t finestOf(const SignalCurves& curves) {
     return most;
 }
 
-Text signalOf(const ReportSignal& signal, std::uint64_t rounds, Blobs& blobs) {
-    const SignalCurves& curves = signal.curves;
-    std::vector<Text> columns;
-    for (const SignalCurves::Column& column : curves.getColumns())
-        columns.push_back(columnOf(nameOf(signal, columns.size()), column));
-    std::vector<Text> levels;
-    for (const SignalLevel& level : levelsOf(curves))
-        levels.push_back(levelOf(level, level.low.size() <= kExactValues, blobs));
-    return object({{"name", text(signal.name)},
-                   {"kind", text(nameOf(curves.getKind(rounds)))},
-                   {"watched", flag(signal.isWatched)},
-                   {"unit", text(signal.unit)},
-                   {"samples", std::to_string(curves.getSamples())},
-                   {"begin", number(curves.getBegin())},
-                   {"end", number(curves.getEnd())},
-                   {"period", number(curves.getPeriod())},
-                   {"columns", list(columns)},
-                   {"leftOut", std::to_string(curves.getLeftOut())},
-                   {"levels", list(levels)},
-                   {"finest", std::to_string(finestOf(curves))}});
-}
-
 void appendBase64(std::string& to, std::string_view bytes) {
     static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
@@ -263,10 +241,32 @@ Text versions(const Graph& graph, const std::string& program) {
     return list(all);
 }
 
+Text signal(const ReportSignal& drawn, std::uint64_t rounds, Blobs& blobs) {
+    const SignalCurves& curves = drawn.curves;
+    std::vector<Text> columns;
+    for (const SignalCurves::Column& column : curves.getColumns())
+        columns.push_back(columnOf(nameOf(drawn, columns.size()), column));
+    std::vector<Text> levels;
+    for (const SignalLevel& level : levelsOf(curves))
+        levels.push_back(levelOf(level, level.low.size() <= kExactValues, blobs));
+    return object({{"name", text(drawn.name)},
+                   {"kind", text(nameOf(curves.getKind(rounds)))},
+                   {"watched", flag(drawn.isWatched)},
+                   {"unit", text(drawn.unit)},
+                   {"samples", std::to_string(curves.getSamples())},
+                   {"begin", number(curves.getBegin())},
+                   {"end", number(curves.getEnd())},
+                   {"period", number(curves.getPeriod())},
+                   {"columns", list(columns)},
+                   {"leftOut", std::to_string(curves.getLeftOut())},
+                   {"levels", list(levels)},
+                   {"finest", std::to_string(finestOf(curves))}});
+}
+
 Text signals(const std::vector<const ReportSignal*>& signals, std::uint64_t rounds, Blobs& blobs) {
     std::vector<Text> all;
-    for (const ReportSignal* const signal : signals)
-        all.push_back(signalOf(*signal, rounds, blobs));
+    for (const ReportSignal* const one : signals)
+        all.push_back(signal(*one, rounds, blobs));
     return list(all);
 }
 

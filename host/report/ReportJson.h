@@ -37,6 +37,9 @@ QUILLMERE_API Text graph(const Graph& graph);
 /// The versions of the program, of the host and of the plug-ins that the graph has blocks of. [setup]
 QUILLMERE_API Text versions(const Graph& graph, const std::string& program);
 
+/// One signal; its numbers go into `blobs`. `rounds` are those which most signals have a sample in. [any]
+Text signal(const ReportSignal& drawn, std::uint64_t rounds, Blobs& blobs);
+
 /// All signals; their numbers go into `blobs`. `rounds` are those which most of them have a sample in. [any]
 Text signals(const std::vector<const ReportSignal*>& signals, std::uint64_t rounds, Blobs& blobs);
 

@@ -69,11 +69,12 @@ function connectionTable(graph: Graph, accounts: Map<string, LinkAccount>): HTML
     }), [2, 3, 4]);
 }
 
-/** The graph as a picture, and its connections as a table for who can't see it. */
-export function graphSection(report: Report): HTMLElement {
+/** The graph as a picture, and its connections as a table for who can't see it; nothing where there is none. */
+export function graphSections(report: Report): HTMLElement[] {
     const {graph} = report;
+    if (graph === null) return [];
     const watched = new Set(report.signals.filter((signal) => signal.watched).map((signal) => signal.name));
-    const accounts = new Map(report.outcome.links.map((link) => [link.to, link]));
+    const accounts = new Map((report.outcome?.links ?? []).map((link) => [link.to, link]));
     const drawing = layOut(graph);
     const width = drawing.width + 2 * margin;
     const height = drawing.height + 2 * margin + (drawing.roads.some((road) => road.to.layer <= road.from.layer) ? 16 : 0);
@@ -87,8 +88,8 @@ export function graphSection(report: Report): HTMLElement {
         "the table of connections says the same in words."));
     picture.append(...drawing.roads.map((road) => drawRoad(road, graph, accounts)));
     for (const box of drawing.boxes) if (box.block) picture.append(drawBox(box, box.block, watched));
-    return make("section", {id: "graph", "aria-labelledby": "graph-head"},
+    return [make("section", {id: "graph", "aria-labelledby": "graph-head"},
         make("h2", {id: "graph-head"}, "Graph"),
         make("div", {class: "drawing", tabindex: 0, role: "region", "aria-label": "drawing of the graph"}, picture),
-        make("details", {}, make("summary", {}, "Connections as a table"), connectionTable(graph, accounts)));
+        make("details", {}, make("summary", {}, "Connections as a table"), connectionTable(graph, accounts)))];
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 import "uplot/dist/uPlot.min.css";
 import "./report.css";
-import {clock, longTime, make} from "./format";
-import {graphSection} from "./graph";
+import {clock, make} from "./format";
+import {graphSections} from "./graph";
 import {readReport, type Report} from "./model";
 import {Panel} from "./panel";
 import {header, settingSections, summarySections} from "./summary";
@@ -14,9 +14,10 @@ function viewOf(report: Report): View {
     const first = Math.min(...shown.map((signal) => signal.begin));
     const last = Math.max(...shown.map((signal) => signal.end));
     const periods = shown.map((signal) => signal.period).filter((period) => period > 0);
-    if (!Number.isFinite(first)) return new View(0, 1, 0.1);
+    if (!Number.isFinite(first)) return new View(0, 1, 0.1, report.clock);
     const room = last > first ? 0 : 0.5; // around one sample
-    return new View(first - room, last + room, Math.min(...periods, last > first ? (last - first) / 8 : 0.1));
+    return new View(first - room, last + room, Math.min(...periods, last > first ? (last - first) / 8 : 0.1),
+        report.clock);
 }
 
 function button(text: string, title: string, action: () => void): HTMLButtonElement {
@@ -29,11 +30,10 @@ function button(text: string, title: string, action: () => void): HTMLButtonElem
 
 function toolbar(view: View, theme: Theme): HTMLElement {
     const range = make("output", {class: "range", "aria-live": "polite"});
-    const isLong = view.last - view.first > longTime;
     const tell = (): void => {
         const step = view.span / 1000;
-        const unit = isLong ? "" : " s";
-        range.textContent = `${clock(view.begin, step, isLong)} to ${clock(view.end, step, isLong)}${unit}`;
+        range.textContent =
+            `${clock(view.begin, step, view.isLong)} to ${clock(view.end, step, view.isLong)}${view.unit}`;
     };
     view.onChange(tell);
     tell();
@@ -71,7 +71,7 @@ function open(): void {
     const view = viewOf(report);
     const panels = report.signals.map((signal, i) => new Panel(signal, report, view, theme, i));
     addEventListener("beforeprint", () => panels.forEach((panel) => panel.refresh()));
-    const main = make("main", {}, header(report), ...summarySections(report), graphSection(report),
+    const main = make("main", {}, header(report), ...summarySections(report), ...graphSections(report),
         signalSection(report, view, theme, panels), ...settingSections(report));
     // The elements behind it hold the numbers.
     document.querySelector("main")?.replaceWith(main);

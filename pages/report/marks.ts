@@ -15,7 +15,7 @@ function drawTimeline(plot: uPlot, report: Report, theme: Theme): void {
     ctx.strokeStyle = theme.text("--faint");
     ctx.setLineDash([3, 4]);
     ctx.lineWidth = devicePixelRatio;
-    for (const entry of report.graph.timeline) {
+    for (const entry of report.graph?.timeline ?? []) {
         const x = Math.round(plot.valToPos(entry.time, "x", true));
         if (x < bbox.left || x > bbox.left + bbox.width) continue;
         ctx.beginPath();

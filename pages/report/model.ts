@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the host writes into the page: host/picture/ReportJson.cpp makes it, docs/report.md tells of it.
+// What the host writes into the page: host/report/ReportJson.cpp makes it, docs/report.md tells of it.
 
 export interface Place {
     file: string | null;
@@ -164,11 +164,26 @@ export interface Signal {
     finest: number;
 }
 
+/** What is shown without a run. */
+export interface Recording {
+    file: string;
+    rows: number;
+    firstTime: number | null;
+    lastTime: number | null;
+    medianRate: number | null;
+    notes: string[];
+}
+
 export interface Report {
     document: "report";
     format: 1;
-    outcome: Outcome;
-    graph: Graph;
+    name: string;
+    /** What the axis counts: `s` for seconds, `row`, or the name of a column. */
+    clock: string;
+    /** Of a page that no run has made; then it has neither an outcome nor a graph. */
+    recordings: Recording[];
+    outcome: Outcome | null;
+    graph: Graph | null;
     signals: Signal[];
     versions: {name: string; version: string}[];
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 import uPlot from "uplot";
-import {clock, clockSteps, counted, digits, longTime, make, timeLabels, valueLabels} from "./format";
+import {clock, clockSteps, counted, digits, make, timeLabels, valueLabels} from "./format";
 import {drawMap, mapRange, mapScale} from "./heatmap";
 import {sliceOf, valuesAt} from "./levels";
 import {drawMarks} from "./marks";
@@ -107,7 +107,7 @@ export class Panel {
 
     private extent(): string {
         const {samples, begin, end} = this.signal;
-        return `${counted(samples, "sample")} from ${digits(begin)} to ${digits(end)} s`;
+        return `${counted(samples, "sample")} from ${digits(begin)} to ${digits(end)} ${this.report.clock}`;
     }
 
     private leftOut(): string {
@@ -176,7 +176,7 @@ export class Panel {
         const {signal, theme, view} = this;
         const grid = {stroke: theme.text("--grid"), width: 1};
         const axis = {stroke: theme.text("--faint"), grid, ticks: {...grid, size: 4}, font: "11px system-ui, sans-serif"};
-        const isLong = view.last - view.first > longTime;
+        const {isLong} = view;
         const series: uPlot.Series[] = signal.kind === "curves"
             ? signal.columns.map((_, i) => ({stroke: theme.curve(i), width: 1.25, dash: theme.dash(i),
                 show: !this.hidden.has(i), points: {size: 4, fill: theme.curve(i)}}))
@@ -264,8 +264,8 @@ export class Panel {
             this.isPointing = false;
         }
         if (!this.isNear) return;
-        const isLong = view.last - view.first > longTime;
-        this.cursorTime.textContent = time === null ? "" : `at ${clock(time, view.span / 1000, isLong)}${isLong ? "" : " s"}`;
+        this.cursorTime.textContent =
+            time === null ? "" : `at ${clock(time, view.span / 1000, view.isLong)}${view.unit}`;
         const found = time === null || this.signal.kind !== "curves" ? undefined : valuesAt(this.signal, time);
         this.readings.forEach((reading, i) => {
             const low = found?.low[i];

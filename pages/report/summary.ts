@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 import {counted, digits, make, table} from "./format";
-import type {Finding, Outcome, Report, SourceAccount, Told} from "./model";
+import type {Finding, Graph, Outcome, Report, SourceAccount, Told} from "./model";
 
 function list(items: (Node | string)[]): HTMLElement {
     return make("ul", {}, ...items.map((item) => make("li", {}, item)));
@@ -70,22 +70,50 @@ function part(id: string, head: string, items: (Node | string)[], kind = ""): HT
         make("h2", {id: `${id}-head`}, head), list(items))];
 }
 
-export function header(report: Report): HTMLElement {
-    const {outcome} = report;
+function factsOf(outcome: Outcome): string[] {
     const speed = outcome.seconds === null ? "" : ` in ${digits(Number(outcome.seconds.toPrecision(3)))} s`;
     const work = outcome.sources.length > 0 ? counted(outcome.rows, "row") : counted(outcome.rounds, "round");
-    const facts = [
+    return [
         `${work}${speed}`,
         ...(outcome.streamTime === null ? [] : [`up to ${digits(outcome.streamTime)} s of the stream`]),
         ...(outcome.graphFile === null ? [] : [outcome.graphFile]),
     ];
+}
+
+export function header(report: Report): HTMLElement {
+    const {outcome, recordings} = report;
+    const facts = outcome === null
+        ? [counted(recordings.reduce((rows, recording) => rows + recording.rows, 0), "row"), "drawn as they were read"]
+        : factsOf(outcome);
     return make("div", {class: "head"},
-        make("h1", {}, report.graph.name, " ", state(outcome)), make("p", {class: "facts"}, facts.join(" · ")));
+        make("h1", {}, report.name, ...(outcome === null ? [] : [" ", state(outcome)])),
+        make("p", {class: "facts"}, facts.join(" · ")));
+}
+
+const named = (id: string, texts: string[]): string[] => texts.map((text) => `${id}: ${text}`);
+
+/** Of a page without a run: what was drawn, and what was mended and left out on the way. */
+function recordingSections({recordings, clock}: Report): HTMLElement[] {
+    const name = (file: string): string => file === "-" ? "standard input" : file;
+    const isTimed = clock === "s";
+    const rows = recordings.map((recording) => [name(recording.file), recording.rows.toLocaleString("en"),
+        isTimed && recording.firstTime !== null && recording.lastTime !== null
+            ? digits(recording.lastTime - recording.firstTime) : "–",
+        isTimed ? digits(recording.medianRate) : "–"]);
+    return [
+        make("section", {id: "summary", "aria-labelledby": "summary-head"},
+            make("h2", {id: "summary-head"}, "What is drawn"),
+            table("recordings", ["file", "rows", "seconds", "rows/s"], rows, [1, 2, 3])),
+        ...part("repairs", "Found out, mended and left out",
+            recordings.flatMap((recording) => named(name(recording.file), recording.notes))),
+    ];
 }
 
 export function summarySections(report: Report): HTMLElement[] {
-    const {outcome} = report;
-    const named = (id: string, texts: string[]): string[] => texts.map((text) => `${id}: ${text}`);
+    return report.outcome === null ? recordingSections(report) : outcomeSections(report.outcome);
+}
+
+function outcomeSections(outcome: Outcome): HTMLElement[] {
     const repairs = outcome.sources.flatMap((source) => named(source.id, repairsOf(source)));
     const conversions = [
         ...outcome.sources.flatMap((source) => named(source.id, source.notes)),
@@ -111,21 +139,25 @@ export function summarySections(report: Report): HTMLElement[] {
 
 /** What it was made with: at the end, for who wants to do it again. */
 export function settingSections(report: Report): HTMLElement[] {
-    const {graph} = report;
+    return [...(report.graph === null ? [] : [settingSection(report.graph)]), versionSection(report)];
+}
+
+function settingSection(graph: Graph): HTMLElement {
     const blocks = graph.blocks.filter((block) => block.settings.length > 0).map((block) =>
         make("details", {}, make("summary", {}, `${block.id} (${block.type})`),
             table(`settings of ${block.id}`, ["setting", "value", "given by"], block.settings.map((setting) =>
                 [setting.name, setting.value, setting.given ? "the graph" : "the block"]))));
-    return [
-        make("section", {id: "settings", "aria-labelledby": "settings-head"},
-            make("h2", {id: "settings-head"}, "Settings"),
-            ...(graph.parameters.length > 0 ? [table("parameters", ["parameter", "value"],
-                graph.parameters.map(({name, value}) => [name, value]))] : []),
-            ...blocks,
-            ...(graph.timeline.length > 0 ? [table("timeline", ["seconds", "what happens"],
-                graph.timeline.map(({time, text}) => [digits(time), text]))] : [])),
-        make("section", {id: "versions", "aria-labelledby": "versions-head"},
-            make("h2", {id: "versions-head"}, "Versions"),
-            table("made with", ["part", "version"], report.versions.map(({name, version}) => [name, version]))),
-    ];
+    return make("section", {id: "settings", "aria-labelledby": "settings-head"},
+        make("h2", {id: "settings-head"}, "Settings"),
+        ...(graph.parameters.length > 0 ? [table("parameters", ["parameter", "value"],
+            graph.parameters.map(({name, value}) => [name, value]))] : []),
+        ...blocks,
+        ...(graph.timeline.length > 0 ? [table("timeline", ["seconds", "what happens"],
+            graph.timeline.map(({time, text}) => [digits(time), text]))] : []));
+}
+
+function versionSection(report: Report): HTMLElement {
+    return make("section", {id: "versions", "aria-labelledby": "versions-head"},
+        make("h2", {id: "versions-head"}, "Versions"),
+        table("made with", ["part", "version"], report.versions.map(({name, version}) => [name, version])));
 }

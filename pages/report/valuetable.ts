@@ -43,7 +43,7 @@ export class ValueTable {
         const caption = to - from > mostRows
             ? `the first ${mostRows} of ${counted(to - from, kind.slice(0, -1))} in view; zoom in for the others`
             : `the ${counted(to - from, kind.slice(0, -1))} in view`;
-        this.body.replaceChildren(table(`${signal.name}, ${caption}`, ["seconds", ...names], rows,
+        this.body.replaceChildren(table(`${signal.name}, ${caption}`, [view.heading, ...names], rows,
             [...names.keys()].map((i) => i + 1)));
     }
 }

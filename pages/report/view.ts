@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+import {longTime} from "./format";
+
 type Listener = () => void;
 
 /** The part of the run that all panels show, and the time that all of them point at. */
@@ -12,13 +14,26 @@ export class View {
     private isDue = false;
 
     /** `finest` is the smallest step that there is to see. */
-    constructor(readonly first: number, readonly last: number, private readonly finest: number) {
+    constructor(readonly first: number, readonly last: number, private readonly finest: number,
+        private readonly clock = "s") {
         this.begin = first;
         this.end = last;
     }
 
     get isWhole(): boolean {
         return this.begin <= this.first && this.end >= this.last;
+    }
+    /** Whether times read better as hours and minutes. */
+    get isLong(): boolean {
+        return this.clock === "s" && this.last - this.first > longTime;
+    }
+    /** Behind a time; hours and minutes need none. */
+    get unit(): string {
+        return this.isLong ? "" : ` ${this.clock}`;
+    }
+    /** Above a column of times. */
+    get heading(): string {
+        return this.clock === "s" ? "seconds" : this.clock;
     }
     get span(): number {
         return this.end - this.begin;

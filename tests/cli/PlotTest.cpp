@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -222,6 +223,52 @@ TEST_F(PlotCommand, TheFirstColumnOfAResultIsItsTime) {
     EXPECT_EQ(plot({"copy.csv"}).err, "quillmere: copy.csv: the column 'seconds': taken for the time; '--set "
                                       "time=NAME' says another\n");
     EXPECT_EQ(plot({"copy.csv", "--set", "time=seconds"}).err, "");
+}
+
+TEST_F(PlotCommand, TellsOfRowsWhoseTimesGoBack) {
+    folder.write("back.csv", "time (s),a\n0,1\n2,3\n1,2\n3,4\nnoon,5\n");
+    const Ended ended = plot({"back.csv"});
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_EQ(ended.err,
+              "quillmere: back.csv: 1 row left out: without a time, or with too few or too many cells\n"
+              "quillmere: back.csv: 1 row whose time goes back, drawn where its time is\n");
+}
+
+TEST_F(PlotCommand, ASpectrumOfATimeThatIsNotThereIsTold) {
+    std::string spectra = "time (s)";
+    for (int i = 0; i < 20; ++i)
+        spectra += ",s[" + std::to_string(i) + "]";
+    for (int row = 1; row < 5; ++row) {
+        spectra += "\n" + std::to_string(row);
+        for (int i = 0; i < 20; ++i)
+            spectra += "," + std::to_string(i * row);
+    }
+    folder.write("spectra.csv", spectra + "\n");
+    EXPECT_EQ(plot({"spectra.csv", "--at", "0.5,2,300"}).err,
+              "quillmere: --at 0.5: in front of the first spectrum, which is drawn: that of 1 s\n"
+              "quillmere: --at 300: behind the last spectrum, which is drawn: that of 4 s\n");
+    EXPECT_EQ(plot({"walk.csv", "--at", "1"}).err,
+              "quillmere: --at: no spectra to draw: no sixteen columns of one pin\n");
+}
+
+TEST_F(PlotCommand, AWayIsDrawnAsItWasGone) {
+    folder.write("way.csv", "time (s),x,y\n0,0,0\n1,2,0\n2,2,2\n3,0,2\n4,0,0\n");
+    EXPECT_EQ(plot({"way.csv", "--x", "x", "--columns", "y"}).exitCode, 0);
+    const std::string svg = folder.read("way.svg");
+    // From the lower left to the right, up, to the left and down: a line of five points.
+    const std::size_t curve = svg.find("<g class=\"curve\">");
+    const std::size_t begin = svg.find(" d=\"M", curve) + 5;
+    const std::string line = svg.substr(begin, svg.find('"', begin) - begin);
+    EXPECT_EQ(std::count(line.begin(), line.end(), ' '), 8) << line;
+}
+
+TEST_F(PlotCommand, StartsAtATimeAsTheAxisTellsIt) {
+    std::string rows = "time (s),a\n";
+    for (int i = 0; i <= 300; ++i)
+        rows += std::to_string(i) + "," + std::to_string(i % 7) + "\n";
+    folder.write("long.csv", rows);
+    EXPECT_EQ(plot({"long.csv", "--start", "1:00", "--end", "2:30"}).out, "long.svg: 1 panel of 90 rows\n");
+    EXPECT_EQ(plot({"long.csv", "--start", "1 min", "--end", "150"}).out, "long.svg: 1 panel of 90 rows\n");
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -83,6 +84,57 @@ TEST_F(ReportOption, OnAFullDiskTheRunFailsAndItsResultIsWhole) {
     EXPECT_EQ(ended.err, "quillmere: /dev/full: cannot be written: No space left on device\n"
                          "  complete: 3 rows in out.csv\n");
     EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.5,2\n1,3\n");
+}
+
+TEST_F(ReportOption, OfPlotIsThePageWithoutARun) {
+    folder.write("walk.csv", "time (s),acc_x [g],acc_y [g],acc_z [g],on,slow\n"
+                             "0,1,2,3,0,5\n1,2,3,4,1,\n2,3,4,5,1,7\n1.5,0,0,0,0,\n");
+    const Ended ended = call({"plot", "walk.csv", "--html", "walk.html"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_EQ(ended.out, "walk.html: 3 panels of 4 rows\n");
+    EXPECT_FALSE(folder.has("walk.svg")) << "a picture is drawn where one is asked for";
+    const std::string page = folder.read("walk.html");
+    EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n")) << page.substr(0, 100);
+    for (const char* const told :
+         {"\"name\": \"walk.csv\"", "\"outcome\": null", "\"graph\": null", "\"name\": \"acc\"",
+          "\"unit\": \"g\"", "\"rows\": 4", "1 row whose time goes back, drawn where its time is"})
+        EXPECT_NE(page.find(told), std::string::npos) << told;
+    EXPECT_EQ(call({"plot", "walk.csv", "--html", "walk.html", "--output", "walk.svg"}).exitCode, 0)
+        << "its own is replaced";
+    EXPECT_EQ(folder.read("walk.html"), page);
+    EXPECT_TRUE(folder.has("walk.svg"));
+    EXPECT_EQ(call({"plot", "walk.csv", "--html", "-"}).out, page);
+}
+
+TEST_F(ReportOption, OfPlotIsRefusedWhereItCantBe) {
+    folder.write("mine.html", "<p>mine</p>");
+    const std::string recording = folder.read("in.csv");
+    std::filesystem::create_hard_link(folder.path("in.csv"), folder.path("in.html"));
+    const struct {
+        std::vector<std::string> more;
+        const char* told;
+    } cases[] = {
+        {{"--html", "p.svg"}, "--html: found the report 'p.svg'; expected a name that ends in .html or .htm"},
+        {{"--html", "mine.html"},
+         "--html: found the file 'mine.html', which no run has written; expected another name, or "
+         "--overwrite "
+         "to replace it"},
+        {{"--html", "in.html", "--overwrite"},
+         "--html: found the recording 'in.csv'; expected a file that isn't read"},
+        {{"--html", "-", "--text"}, "--html: found standard output, where --text prints; expected a file"},
+        {{"--html", "-", "--output", "-"},
+         "--html: found the name '-', which the picture has too; expected a name of its own for each output"},
+        {{"--html", "p.html", "--at", "1"},
+         "--at: found spectra of single times, which a page doesn't draw; expected --output, too"}};
+    for (const auto& [more, told] : cases) {
+        std::vector<std::string> arguments{"plot", "in.csv", "--set", "time=t"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const Ended ended = call(arguments);
+        EXPECT_EQ(ended.exitCode, 2) << told;
+        EXPECT_EQ(ended.err, "quillmere: " + std::string(told) + "\n");
+    }
+    EXPECT_EQ(folder.read("mine.html"), "<p>mine</p>");
+    EXPECT_EQ(folder.read("in.csv"), recording);
 }
 
 } // namespace

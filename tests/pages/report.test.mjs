@@ -79,9 +79,10 @@ for (const name of reports) {
                 const {page, odd} = await open(name, scheme);
                 const report = JSON.parse(await page.locator("#report").textContent());
                 assert.equal(await page.locator("html").getAttribute("data-theme"), scheme);
-                assert.equal(await page.locator("h1").textContent(), `${report.graph.name} ${report.outcome.state}`);
-                assert.equal(await page.locator("#graph .box").count(), report.graph.blocks.length);
-                assert.equal(await page.locator("#graph .link").count(), report.graph.connections.length);
+                assert.equal(await page.locator("h1").textContent(),
+                    report.outcome ? `${report.name} ${report.outcome.state}` : report.name);
+                assert.equal(await page.locator("#graph .box").count(), report.graph?.blocks.length ?? 0);
+                assert.equal(await page.locator("#graph .link").count(), report.graph?.connections.length ?? 0);
                 assert.equal(await page.locator(".panel").count(), report.signals.length);
                 for (const [i, signal] of report.signals.entries()) {
                     const panel = page.locator(`#signal-${i}`);
@@ -333,6 +334,24 @@ test("what was lost, and pins to which nothing came, stand on top", async () => 
     assert.match(await page.locator("#losses").textContent(), /phone\.turn to band\.in: 2 of 862 samples lost/);
     assert.equal(await page.locator("#graph .link.lossy").count(), 1);
     await page.close();
+});
+
+test("a page of recordings tells what was read of them, and has neither a graph nor settings", async () => {
+    const {page, odd} = await open("plot.html");
+    assert.match(await page.locator("#summary").textContent(), /rest-tremor\.csv/);
+    assert.match(await page.locator("#repairs").textContent(), /back\.csv: 1 row whose time goes back/);
+    assert.equal(await page.locator("#graph, #settings").count(), 0);
+    await show(page, page.locator("#signal-0"));
+    const [begin, end] = await range(page);
+    await page.locator("#signal-0").press("+");
+    const [from, to] = await range(page);
+    assert.ok(Math.abs((to - from) / (end - begin) - 0.5) < 0.01, `${from} to ${to}`);
+    await page.close();
+    assert.deepEqual(odd, []);
+    const counted = await open("counted.html");
+    assert.match(await counted.page.locator(".range").textContent(), / to .* row$/);
+    assert.match(await counted.page.locator("#signal-0-words").textContent(), /from 0 to 99 row/);
+    await counted.page.close();
 });
 
 test("elements that a page has no room for are told", async () => {

@@ -139,4 +139,22 @@ TEST(CurveLine, EventsLastNoTime) {
     EXPECT_LT(boxes[1].width, 2.0);
 }
 
+TEST(CurveLine, FollowsAPathToAndFro) {
+    Curve curve("y", "", 100);
+    const double way[][2] = {{0, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}};
+    for (const auto& [x, y] : way) {
+        curve.envelope.take(x, y);
+        curve.path.take(x, y);
+    }
+    const Scale across{0.0, 2.0, 0.0, 100.0};
+    const Scale up{0.0, 2.0, 100.0, 0.0};
+    const CurveLine line = lineOf(curve, 5, across, up);
+    ASSERT_EQ(line.lines.size(), 1u);
+    ASSERT_EQ(line.lines[0].size(), 5u);
+    EXPECT_EQ(line.lines[0][2].x, 100.0);
+    EXPECT_EQ(line.lines[0][2].y, 0.0);
+    EXPECT_EQ(line.lines[0][3].x, 0.0) << "back again";
+    EXPECT_EQ(line.lines[0][4].y, 100.0);
+}
+
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "host/description/ValueReader.h"
 #include "host/ends/RecordingException.h"
+#include "host/text/HostException.h"
 #include "host/recording/RecordingForms.h"
 #include "tests/host/kit/TemporaryFolder.h"
 
@@ -143,6 +144,67 @@ TEST_F(RecordingCurvesTest, EndsWhenItIsTold) {
     };
     EXPECT_THROW(curves.read(stop.get_token(), tell), InterruptedException);
     EXPECT_EQ(told, 4096u);
+}
+
+TEST_F(RecordingCurvesTest, OverAnotherColumnTheWayIsKeptAsItWasGone) {
+    CurveWishes wishes;
+    wishes.across = "x";
+    const CurveTable table = read("time (s),x,y\n0,0,0\n1,1,0\n2,1,1\n3,nan,0\n4,0,1\n", wishes);
+    const std::vector<CurvePath::Point>& way = table.curves.at(0).path.getPoints();
+    ASSERT_EQ(table.curves[0].name, "y");
+    std::string gone;
+    for (const CurvePath::Point& point : way)
+        gone += std::to_string(point.x).substr(0, 1) + std::to_string(point.y).substr(0, 1) + " ";
+    EXPECT_EQ(gone, "00 10 11 01 ") << "a row without a place on the axis is none";
+    EXPECT_EQ(table.rowsWithoutTime, 1u);
+    EXPECT_EQ(table.rowsBack, 0u) << "of another column nobody expects that it goes on";
+    EXPECT_TRUE(read("time (s),x,y\n0,0,0\n1,1,0\n2,2,1\n", wishes).curves[0].path.getIsEmpty())
+        << "what goes on is a curve as over times";
+}
+
+TEST_F(RecordingCurvesTest, CountsRowsWhoseTimesGoBack) {
+    const CurveTable table = read("time (s),a\n0,1\n2,3\n1,2\n1.5,4\n3,5\n");
+    EXPECT_EQ(table.rowsBack, 2u);
+    EXPECT_TRUE(table.curves[0].path.getIsEmpty());
+    EXPECT_EQ(read("time (s),a\n0,1\n1,3\n1,2\n").rowsBack, 0u);
+}
+
+TEST_F(RecordingCurvesTest, CutsByTimesAsAnAxisTellsThem) {
+    const std::string rows = "time (s),a\n0,1\n30,2\n60,3\n90,4\n3600,5\n";
+    const struct {
+        const char* start;
+        const char* end;
+        const char* kept;
+    } cases[] = {{"1:00", "90.5", "60.:3.0 90.:4.0"},
+                 {"0:00:30", "1:30", "30.:2.0 60.:3.0"},
+                 {"0.5 min", "1:00.5", "30.:2.0 60.:3.0"},
+                 {"60:00", "60:01", "360:5.0"}};
+    for (const auto& one : cases) {
+        CurveWishes wishes;
+        cut(wishes, "start", one.start);
+        cut(wishes, "end", one.end);
+        EXPECT_EQ(told(read(rows, wishes).curves[0]), one.kept) << one.start;
+    }
+    CurveWishes reversed;
+    cut(reversed, "start", "1:00");
+    cut(reversed, "end", "30");
+    Complaints complaints;
+    reversed.finish(complaints);
+    ASSERT_FALSE(complaints.isEmpty());
+    EXPECT_EQ(complaints.getSorted().front().found, "'end: 30' that isn't behind 'start: 60'");
+    for (const char* const odd : {"1:5", "1:60", ":30", "1.5:00", "1:"}) {
+        CurveWishes wishes;
+        EXPECT_THROW(cut(wishes, "start", odd), GraphException) << odd;
+    }
+}
+
+/// Where times count from a time of day, `10:00` is ten o'clock and not ten minutes.
+TEST_F(RecordingCurvesTest, CutsByTheTimeOfDayWhereTimesHaveOne) {
+    CurveWishes wishes;
+    cut(wishes, "start", "10:00");
+    set("time", "clock");
+    EXPECT_EQ(told(read("clock,a\n09:59:59,1\n10:00:00,2\n10:00:01,3\n", wishes).curves[0]),
+              "1.0:2.0 2.0:3.0");
 }
 
 } // namespace

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framework/core/Api.h"
+#include "host/description/GraphDescription.h"
+#include "host/recording/TimeRepairPlan.h"
+#include "host/text/Complaint.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Quillmere::Host {
+
+/// Whether a column is meant by a name, with its unit or without, or by a pattern, `acc*`. [any]
+QUILLMERE_API bool getMeansColumn(std::string_view wish, const std::string& column);
+
+/// What of recordings is drawn.
+struct QUILLMERE_API CurveWishes {
+    struct Scale {
+        std::string column;
+        double factor = 1.0;
+        std::string unit; ///< Of the values behind it; empty: nobody says.
+    };
+
+    std::vector<std::string> columns; ///< Names and patterns; none: all.
+    std::vector<Scale> scales;
+    std::string across; ///< The column that stands in place of the times; empty: none.
+    /// Of all columns together, at how many pieces they are held; 0: at as many as a picture shows.
+    std::size_t mostPieces = 0;
+
+    /// Takes a setting `start` or `end`, as a source has them, or as an axis tells times: `1:30` and
+    /// `0:01:30` are a minute and a half where times count from no date. [setup]
+    void takeCut(const GraphDescription::Setting& setting, Complaints& complaints);
+    /// Complains of two that don't go together. [setup]
+    void finish(Complaints& complaints) const;
+    /// Of times that count from a date or a time of day, or from nothing that is known. [setup]
+    TimeRepairPlan getCut(bool countsFromDate, Complaints& complaints) const;
+
+private:
+    std::vector<GraphDescription::Setting> cuts;
+};
+
+} // namespace Quillmere::Host
