@@ -57,7 +57,8 @@ void Columns::readSettings() {
     needed = 0;
     for (Eigen::Index i = 0; i < wanted.size(); ++i)
         append(static_cast<Eigen::Index>(wanted(i)));
-    for (Eigen::Index row = 0; row < spans.rows(); ++row) {
+    const Eigen::Index count = spans.size() / 2; // one without columns may have rows
+    for (Eigen::Index row = 0; row < count; ++row) {
         const auto first = static_cast<Eigen::Index>(spans(row, 0));
         const auto last = static_cast<Eigen::Index>(spans(row, 1));
         for (Eigen::Index i = 0; i <= std::abs(last - first); ++i)

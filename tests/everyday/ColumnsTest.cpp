@@ -35,6 +35,7 @@ TEST(ColumnsTest, TakesRangesBehindWhatItPicks) {
          .ranges = matrix({{0, 1}, {3, 4}}),
          .output = matrix({{40, 0, 10, 30, 40}})},
         {.name = "none", .pick = matrix({{1}}), .ranges = MatrixXd(0, 2), .output = matrix({{10}})},
+        {.name = "rows of none", .pick = matrix({{1}}), .ranges = MatrixXd(3, 0), .output = matrix({{10}})},
     };
     for (const Row& row : rows) {
         Columns block("columns");
