@@ -23,6 +23,8 @@ using Core::MatrixXd;
 
 constexpr int kMostEvents = 200;
 constexpr int kWidest = 9; ///< Rows and columns of a sample.
+/// Steps with samples of one shape, as recordings bring them: only these fill windows and find peaks.
+constexpr int kLongestStretch = 64;
 
 double numberFrom(FuzzedDataProvider& bytes) {
     using Limits = std::numeric_limits<double>;
@@ -78,7 +80,19 @@ std::string textFrom(FuzzedDataProvider& bytes) {
     }
 }
 
-/// A block with something to send to each of its inputs.
+/// A course that goes up and down, of a step and a length that bytes choose.
+class Course {
+public:
+    explicit Course(FuzzedDataProvider& bytes)
+        : height(numberFrom(bytes)), period(bytes.ConsumeIntegralInRange<int>(1, kLongestStretch)) {}
+    double at(int step) const { return height * (step % period); }
+
+private:
+    double height;
+    int period;
+};
+
+/// A block with something to send to each of its inputs, and somebody who takes what comes.
 class Bench {
 public:
     explicit Bench(Core::Filter& tested) : block(tested) {
@@ -86,16 +100,23 @@ public:
             input->setBufferCapacity(2);
             senders.emplace_back(input->getName(), nullptr).attach(*input, false);
         }
+        for (Core::AbstractOutputPin* const output : block.getOutputPins()) {
+            Core::InputPin<MatrixXd>& receiver = receivers.emplace_back(output->getName(), nullptr);
+            receiver.setBufferCapacity(kMostTaken);
+            output->attach(receiver, false);
+        }
     }
 
     void doNext(FuzzedDataProvider& bytes) {
         const int event = bytes.ConsumeIntegralInRange<int>(0, 7);
         if (event == 0)
             write(bytes);
-        else if (event < 4 && !senders.empty())
+        else if (event < 3 && !senders.empty())
             send(bytes);
+        else if (event == 3 && !senders.empty())
+            sendStretch(bytes);
         else
-            block.process();
+            step();
     }
 
 private:
@@ -119,8 +140,38 @@ private:
         sender.send(bytes.ConsumeBool() ? time : numberFrom(bytes));
     }
 
+    /// To all inputs, at times that a step lies between.
+    void sendStretch(FuzzedDataProvider& bytes) {
+        const int steps = bytes.ConsumeIntegralInRange<int>(1, kLongestStretch);
+        const auto rows = bytes.ConsumeIntegralInRange<Eigen::Index>(1, kWidest);
+        const auto columns = bytes.ConsumeIntegralInRange<Eigen::Index>(1, kWidest);
+        const double pause = std::abs(numberFrom(bytes));
+        const Course course(bytes);
+        for (int i = 0; i < steps; ++i) {
+            time += pause;
+            for (Core::OutputPin<MatrixXd>& sender : senders) {
+                Core::resizeSample(sender.data.value, rows, columns);
+                sender.data.value.setConstant(course.at(i));
+                sender.data.value(0) = course.at(i + 1);
+                sender.send(time);
+            }
+            step();
+        }
+    }
+
+    void step() {
+        block.process();
+        for (Core::InputPin<MatrixXd>& receiver : receivers)
+            while (receiver.hasData())
+                taken += receiver.take().sum();
+    }
+
+    static constexpr std::uint32_t kMostTaken = 16; ///< Of a step; what is beyond is lost.
+
     Core::Filter& block;
     std::deque<Core::OutputPin<MatrixXd>> senders; ///< Pins can't move.
+    std::deque<Core::InputPin<MatrixXd>> receivers;
+    double taken = 0.0; ///< So that what comes is read.
     double time = 0.0;
 };
 } // namespace
