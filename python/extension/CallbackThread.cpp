@@ -34,7 +34,7 @@ CallbackThread::~CallbackThread() {
 
 void CallbackThread::start() {
     const std::lock_guard lock(mutex);
-    if (!thread.joinable() && !isClosing) thread = std::thread([this] { run(); });
+    if (!thread.joinable() && !isClosing) thread = std::thread([self = shared_from_this()] { self->run(); });
 }
 
 void CallbackThread::tell(const std::shared_ptr<Subscription>& subscription, const SettingState& state) {

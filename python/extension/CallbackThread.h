@@ -26,7 +26,7 @@ struct Subscription {
 
 /// Tells Python of settings that have changed, in a thread of its own, so that no step ever waits for the
 /// interpreter's lock, and no callback holds a gate.
-class CallbackThread {
+class CallbackThread : public std::enable_shared_from_this<CallbackThread> {
 public:
     CallbackThread() = default;
     /// Requires: closed.
@@ -34,7 +34,8 @@ public:
     CallbackThread(const CallbackThread&) = delete;
     CallbackThread& operator=(const CallbackThread&) = delete;
 
-    /// Starts the thread if it isn't there yet. Raises `std::system_error`.
+    /// Starts the thread if it isn't there yet; it keeps this alive until it ends. Raises
+    /// `std::system_error`.
     void start();
     /// Puts a change into the queue; the oldest is lost when thousands wait. [any, guarded]
     void tell(const std::shared_ptr<Subscription>& subscription, const Quillmere::Host::SettingState& state);

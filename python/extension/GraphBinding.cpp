@@ -179,9 +179,12 @@ py::object check(const GraphHandle& graph, py::handle data, py::handle keep, con
     const auto ends = endsOf(data, keep);
     JobOptions options;
     options.isStrict = strict;
+    std::stop_source opening;
+    options.stop = opening.get_token();
     GuardedJob job(graph, *ends, std::move(options));
     std::string text;
-    doInterruptibly([&](const std::stop_token&) {
+    doInterruptibly([&](const std::stop_token& stop) {
+        const std::stop_callback forward(stop, [&] { opening.request_stop(); });
         const std::lock_guard guard(getSetupMutex());
         text = Json::check(job.get(), job.get().check(wanted));
     });
@@ -236,6 +239,8 @@ py::dict run(const GraphHandle& graph, py::handle data, py::handle keep, const p
     if (!report.empty())
         options.observer = std::make_shared<Report>(
             ReportOptions{.path = report, .overwrites = overwrite, .program = VELMARIND_VERSION});
+    std::stop_source opening; // of a pipe, which nobody may ever write
+    options.stop = opening.get_token();
     GuardedJob job(graph, *ends, std::move(options));
     ProgressBoard board;
     const auto tell = [&] {
@@ -244,6 +249,7 @@ py::dict run(const GraphHandle& graph, py::handle data, py::handle keep, const p
     RunOutcome outcome;
     doInterruptibly(
         [&](const std::stop_token& stop) {
+            const std::stop_callback forward(stop, [&] { opening.request_stop(); });
             {
                 const std::lock_guard guard(getSetupMutex());
                 job.get().require(RunMode::Offline);
@@ -266,11 +272,14 @@ std::unique_ptr<LiveHandle> start(const GraphHandle& graph, py::handle data, py:
     addFeeds(*ends, feeds, rates);
     JobOptions options = optionsOf(rounds, seconds, strict, overwrite);
     options.isControlled = true;
+    std::stop_source opening;
+    options.stop = opening.get_token();
     GuardedJob job(graph, *ends, std::move(options));
     LiveOptions live;
     live.speed = speed;
     live.overflow = overflowOf(overflow);
-    doInterruptibly([&](const std::stop_token&) {
+    doInterruptibly([&](const std::stop_token& stop) {
+        const std::stop_callback forward(stop, [&] { opening.request_stop(); });
         const std::lock_guard guard(getSetupMutex());
         job.get().require(RunMode::Live);
     });

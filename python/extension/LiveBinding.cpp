@@ -13,6 +13,8 @@
 
 #include <pybind11/stl.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <optional>
@@ -30,8 +32,10 @@ namespace {
 struct WatchHandle {
     std::weak_ptr<LiveCore> core;
     std::shared_ptr<Subscription> subscription;
+    pid_t process = ::getpid();
 
     void close() const {
+        if (::getpid() != process) return; // a forked child hears of nothing
         if (const auto alive = core.lock()) alive->close(*subscription);
     }
 };

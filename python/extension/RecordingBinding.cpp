@@ -43,6 +43,7 @@ struct Look {
     Texts columns; ///< Those of numbers, without that of the time.
     Texts form;
     std::optional<std::int64_t> origin;
+    std::string timeName = "t"; ///< Of the column of times, where there is one.
 };
 
 InspectionSettings lookSettings(const Settings& settings, Complaints& complaints) {
@@ -67,14 +68,15 @@ Look lookAt(const std::string& path, const Settings& settings) {
     look.form = reader->getForm();
     const auto time = reader->getTimeColumn();
     const auto& columns = reader->getColumns();
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        if (columns[i].kind == RecordingReader::Column::Kind::Number && i != time &&
-            said.clock.columns.empty())
+    if (time) look.timeName = columns[*time].name;
+    const auto& clock = said.clock.columns;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const bool isTime =
+            i == time || std::any_of(clock.begin(), clock.end(),
+                                     [&](const NamedColumn& named) { return named.name == columns[i].name; });
+        if (!isTime && columns[i].kind == RecordingReader::Column::Kind::Number)
             look.columns.push_back(columns[i].name);
-        else if (columns[i].kind == RecordingReader::Column::Kind::Number && i != time &&
-                 std::none_of(said.clock.columns.begin(), said.clock.columns.end(),
-                              [&](const NamedColumn& named) { return named.name == columns[i].name; }))
-            look.columns.push_back(columns[i].name);
+    }
     reader->select({});
     double nothing = 0.0;
     (void)reader->takeRow(&nothing);
@@ -169,8 +171,10 @@ py::dict read(const std::string& path, py::handle settings, const std::optional<
         });
     if (!outcome.getIsWhole()) throw RunException(outcome.failure, outcome.complaints);
     const bool isEven = rate && rate->getIsSteady();
+    TableRows rows = withNames(ends.getTables().at(kSink)->take(), look.columns);
+    rows.timeName = look.timeName;
     py::dict reading;
-    reading["table"] = tableOf(withNames(ends.getTables().at(kSink)->take(), look.columns));
+    reading["table"] = tableOf(std::move(rows));
     reading["rate"] = isEven ? py::object(py::float_(rate->perSecond)) : py::none();
     reading["rate_is_measured"] = rate.has_value() && rate->isMeasured;
     reading["origin"] = look.origin ? py::object(py::int_(*look.origin)) : py::none();

@@ -306,6 +306,40 @@ def test_who_interrupts_a_run_gets_it_ended_in_order():
     assert expect_clean(script) == "interrupted\n"
 
 
+def test_a_run_may_go_away_in_its_own_callback():
+    expect_clean("""
+        done = threading.Event()
+        def begin():
+            run = start()
+            def tell(state, run=[run]):
+                run[0].get("gain.Gain")
+                run.clear()
+                done.set()
+            run.observe("*", tell)
+            run.set("gain.Gain", 2)
+        begin()
+        assert done.wait(20.0)
+        time.sleep(0.1)
+    """)
+
+
+def test_a_pipe_that_nobody_writes_can_be_given_up(tmp_path):
+    pipe = str(tmp_path / "pipe")
+    os.mkfifo(pipe)
+    assert expect_clean(f"""
+        import signal
+        graph = Graph("waiting")
+        graph.add("in", "RecordingSource", {{"file": {pipe!r}, "rate": 10, "pins": {{"a": ["x"]}}}})
+        graph.add("out", "RecordingSink", {{"file": "x"}})
+        graph.connect("in.a", "out.a")
+        threading.Timer(0.3, lambda: os.kill(os.getpid(), signal.SIGINT)).start()
+        try:
+            graph.run()
+        except KeyboardInterrupt:
+            print("given up")
+    """) == "given up\n"
+
+
 def test_runs_of_several_threads_stand_beside_each_other():
     wanted = doubled().run(rows(20_000))["tables"]["out"]["values"].tobytes()
     got = []
