@@ -33,14 +33,42 @@ def is_index(x: object) -> bool:
 
 
 def array_of(x: Any) -> Floats:
-    """The numbers, in place where they are 64-bit floats one behind the other already."""
-    values = x.to_numpy() if is_pandas(x) else x
+    """The numbers, in place where they are 64-bit floats one behind the other already; what a mask hides, and what
+    pandas has as missing, is not-a-number. Raises `Error` for what holds other things than numbers."""
+    if is_pandas(x):
+        parts = [x] if x.ndim == 1 else [x.iloc[:, number] for number in range(x.shape[1])]
+        strange = next((part for part in parts if not _is_numeric(part)), None)
+        if strange is not None:
+            raise _no_numbers(f"a column '{strange.name}' of {strange.dtype}")
+        return np.ascontiguousarray(x.to_numpy(dtype=np.float64, na_value=np.nan))
+    if isinstance(x, np.ma.MaskedArray):
+        x = np.where(x.mask, np.nan, x.data) if x.dtype.kind in "biuf" else x
     try:
-        return np.ascontiguousarray(values, dtype=np.float64)
-    except (TypeError, ValueError) as error:
-        found = f"{type(x).__name__} that holds other things than numbers"
-        text = f"found a {found}; expected numbers; choose its columns of numbers"
-        raise Error(text, found=found) from error
+        values = np.asarray(x)
+    except ValueError as error:
+        raise _no_numbers(f"a {type(x).__name__} of rows of several lengths") from error
+    if values.dtype.kind not in "biuf" and values.size > 0:
+        raise _no_numbers(f"an array of {values.dtype}")
+    if values.ndim == 0:
+        raise _no_numbers(f"{x!r}", "rows; give a list or an array")
+    return np.ascontiguousarray(values, dtype=np.float64)
+
+
+def _is_numeric(part: Any) -> bool:
+    types = sys.modules["pandas"].api.types
+    return bool(types.is_numeric_dtype(part.dtype) and not types.is_complex_dtype(part.dtype))
+
+
+def _no_numbers(found: str, expected: str = "numbers; choose its columns of numbers, or convert them") -> Error:
+    return Error(f"found {found}; expected {expected}", found=found, expected="numbers")
+
+
+def number_of(value: Any, name: str) -> float:
+    """An option that is one number. Raises `Error` for others."""
+    if isinstance(value, (int, float, np.integer, np.floating)) and not isinstance(value, bool):
+        return float(value)
+    raise Error(f"found {value!r} for {name}; expected a number", property=name, found=repr(value),
+                expected="a number")
 
 
 def require_upright(values: Floats, what: str = "x") -> None:

@@ -9,7 +9,7 @@ from typing import Any, ParamSpec, Protocol, TypeVar, cast
 
 import numpy as np
 
-from velmarind._arrays import array_of, as_given, is_pandas, require_upright, times_of
+from velmarind._arrays import array_of, as_given, is_pandas, number_of, require_upright, times_of
 from velmarind._block import block
 from velmarind._errors import Error
 from velmarind._feeding import feeding_of
@@ -79,14 +79,14 @@ class Step:
     settings: dict[str, Any] = field(default_factory=dict)
 
 
-def hertz(value: Any) -> Any:
-    """A frequency in hertz as settings take it."""
-    return value if isinstance(value, str) else f"{float(value)!r} Hz"
+def hertz(value: Any, name: str = "cutoff") -> str:
+    """A frequency in hertz as settings take it; `name` is the option's."""
+    return f"{number_of(value, name)!r} Hz"
 
 
-def seconds(value: Any) -> Any:
-    """A time in seconds as settings take it."""
-    return value if isinstance(value, str) else f"{float(value)!r} s"
+def seconds(value: Any, name: str) -> str:
+    """A time in seconds as settings take it; `name` is the option's."""
+    return f"{number_of(value, name)!r} s"
 
 
 def chain_graph(name: str, steps: Sequence[Step]) -> Graph:

@@ -8,7 +8,7 @@ from typing import Any
 
 import numpy as np
 
-from velmarind._arrays import as_given, need_rate, rate_for
+from velmarind._arrays import as_given, need_rate, number_of, rate_for
 from velmarind._block import block
 from velmarind._chains import Step, at_rows, chain_graph, clock_of, column_of, one_channel, spells_of, tables_of, task
 from velmarind._graph import Graph
@@ -28,7 +28,11 @@ def _periods_graph(threshold: float = 0.0, tolerance: float = 0.0, most: int = _
 
 
 def _periods(threshold: float, tolerance: float, most: int) -> dict[str, Any]:
-    return {"Threshold": float(threshold), "Absolute Tolerance": float(tolerance), "Nb Period": int(most)}
+    return {
+        "Threshold": number_of(threshold, "threshold"),
+        "Absolute Tolerance": number_of(tolerance, "tolerance"),
+        "Nb Period": int(number_of(most, "most")),
+    }
 
 
 @task(_periods_graph)
@@ -88,9 +92,10 @@ def _levels_graph(
 ) -> Graph:
     graph = Graph("detect_levels")
     graph.add("x", "MemorySource")
-    graph.add("level", "FilterHysteresis", HighThreshold=float(above),
-              LowThreshold=float(above if below is None else below))
-    graph.add("spells", "Durations", Least=float(least), Gap=float(bridge))
+    high = number_of(above, "above")
+    low = high if below is None else number_of(below, "below")
+    graph.add("level", "FilterHysteresis", HighThreshold=high, LowThreshold=low)
+    graph.add("spells", "Durations", Least=number_of(least, "least"), Gap=number_of(bridge, "bridge"))
     graph.add("result", "MemorySink")
     graph.add("table", "MemorySink")
     graph.connect("x.x", "level.input")
@@ -212,5 +217,8 @@ def find_peaks(
 
 
 def _peaks(height: float | None, prominence: float | None, interval: float | None) -> dict[str, Any]:
-    least = -sys.float_info.max if height is None else height
-    return {"Height": float(least), "Prominence": float(prominence or 0), "Distance": float(interval or 0)}
+    return {
+        "Height": -sys.float_info.max if height is None else number_of(height, "height"),
+        "Prominence": 0.0 if prominence is None else number_of(prominence, "prominence"),
+        "Distance": 0.0 if interval is None else number_of(interval, "interval"),
+    }

@@ -8,27 +8,27 @@ from typing import Any
 
 import numpy as np
 
-from velmarind._arrays import need_rate, times_of
+from velmarind._arrays import need_rate, number_of, times_of
 from velmarind._block import block
 from velmarind._chains import SHOWN_RATE, Step, chain_graph, hertz, run_chain, task
 from velmarind._errors import Error
 
 
-def _low(cutoff: Any, order: int, id: str = "smooth") -> list[Step]:
-    settings = {"Order": order, "RelativeCutOffFreq": hertz(cutoff), "Mode": "LowPass"}
+def _low(cutoff: Any, order: int, id: str = "smooth", name: str = "cutoff") -> list[Step]:
+    settings = {"Order": order, "RelativeCutOffFreq": hertz(cutoff, name), "Mode": "LowPass"}
     return [Step(id, "FilterButterworth", settings)]
 
 
-def _high(cutoff: float, order: int, fs: float, id: str = "high") -> list[Step]:
+def _high(cutoff: float, order: int, fs: float, name: str = "cutoff") -> list[Step]:
     """First-order high-passes in a row, which have half the power together where `cutoff` is."""
     if not (isinstance(order, (int, np.integer)) and 1 <= order <= 10):
         raise Error(f"found order {order!r}; expected a whole number from 1 to 10", found=repr(order),
                     expected="a whole number from 1 to 10")
-    single = float(cutoff)
+    single = number_of(cutoff, name)
     if order > 1 and 0 < single < fs / 2:
         single = fs / math.pi * math.atan(math.tan(math.pi * single / fs) * math.sqrt(2 ** (1 / order) - 1))
     settings = {"Order": 1, "RelativeCutOffFreq": hertz(single), "Mode": "HiPass"}
-    return [Step(f"{id}{number + 1}" if order > 1 else id, "FilterButterworth", dict(settings))
+    return [Step(f"high{number + 1}" if order > 1 else "high", "FilterButterworth", dict(settings))
             for number in range(order)]
 
 
@@ -105,10 +105,10 @@ def highpass(x: Any, *, cutoff: float, fs: Any = None, order: int = 1) -> Any:
 
 
 def _band(low: float, high: float, order: int, fs: float) -> list[Step]:
-    if not float(low) < float(high):
+    if not number_of(low, "low") < number_of(high, "high"):
         raise Error(f"found a band from {low} to {high} Hz; expected low below high; exchange them",
                     found=f"{low} to {high} Hz", expected="low below high")
-    return [*_high(low, order, fs), *_low(high, order, "low")]
+    return [*_high(low, order, fs, "low"), *_low(high, order, "low", "high")]
 
 
 @task(lambda low=3.0, high=12.0, order=2, fs=SHOWN_RATE: chain_graph("bandpass", _band(low, high, order, fs)))
@@ -191,11 +191,13 @@ def resample(x: Any, *, rate: float, fs: Any = None, t: Any = None, hold: bool =
     if times is None:
         times = np.arange(len(x)) / need_rate(x, fs, "resample")
     # The block finds out by itself whether rows go down, but of a short recording it would wait for more.
-    goes_down = len(times) > 1 and (len(times) - 1) / (times[-1] - times[0]) > rate
-    got = block("Resample", **_even(rate, hold, lowpass and goes_down, gap)).results(x, times)
+    wanted = number_of(rate, "rate")
+    goes_down = len(times) > 1 and bool((len(times) - 1) / (times[-1] - times[0]) > wanted)
+    got = block("Resample", **_even(wanted, hold, lowpass and goes_down, gap)).results(x, times)
     return (got["out"], got.times["out"]) if t is not None else got["out"]
 
 
 def _even(rate: float, hold: bool, lowpass: bool, gap: float) -> dict[str, Any]:
     mode = "Hold" if hold else "Linear"
-    return {"Rate": float(rate), "Mode": mode, "LowPass": bool(lowpass), "Gap": float(gap)}
+    numbers = {"Rate": number_of(rate, "rate"), "Gap": number_of(gap, "gap")}
+    return {**numbers, "Mode": mode, "LowPass": bool(lowpass)}

@@ -10,7 +10,7 @@ from typing import Any
 import numpy as np
 
 from velmarind import _native
-from velmarind._arrays import is_pandas, times_of
+from velmarind._arrays import array_of, is_pandas, require_upright, times_of
 from velmarind._errors import Error
 from velmarind._log import log, warn
 from velmarind._progress import shown
@@ -162,7 +162,8 @@ def write(
     0.01
     """
     table = data.to_frame() if is_pandas(data) and data.ndim == 1 else data
-    values = np.asarray(table, dtype=np.float64)
+    values = array_of(table)
+    require_upright(values, "data")
     values = values[:, None] if values.ndim == 1 else values
     times = times_of(data)
     if times is None:

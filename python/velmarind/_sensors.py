@@ -7,7 +7,7 @@ from typing import Any
 
 import numpy as np
 
-from velmarind._arrays import array_of, as_given, need_rate, require_upright
+from velmarind._arrays import array_of, as_given, need_rate, number_of, require_upright
 from velmarind._block import block
 from velmarind._chains import SHOWN_RATE, Step, chain_graph, clock_of, column_of, run_chain, seconds, task
 from velmarind._errors import Error
@@ -54,10 +54,11 @@ def detect_saturation(x: Any, *, low: float, high: float, steady: float | None =
 
 def _saturation(low: float, high: float, steady: float | None) -> list[Step]:
     if steady is None:
-        limits = {"Threshold Low": float(low), "Threshold High": float(high)}
+        limits = {"Threshold Low": number_of(low, "low"), "Threshold High": number_of(high, "high")}
         return [Step("limit", "FilterSaturationDetector", limits)]
     return [Step("stuck", "FilterSmartSaturationDetector",
-                 {"MinThreshold": float(low), "MaxThreshold": float(high), "SteadySamples": seconds(steady)})]
+                 {"MinThreshold": number_of(low, "low"), "MaxThreshold": number_of(high, "high"),
+                  "SteadySamples": seconds(steady, "steady")})]
 
 
 def _rest_graph(window: float = 0.5, noise: float = 1.0, threshold: float = 5.0) -> Graph:
@@ -73,7 +74,11 @@ def _rest_graph(window: float = 0.5, noise: float = 1.0, threshold: float = 5.0)
 
 
 def _rest_settings(window: float, noise: float, threshold: float) -> dict[str, Any]:
-    return {"Windows Size": seconds(window), "StdDevIni": float(noise), "FlagThreshold": float(threshold)}
+    return {
+        "Windows Size": seconds(window, "window"),
+        "StdDevIni": number_of(noise, "noise"),
+        "FlagThreshold": number_of(threshold, "threshold"),
+    }
 
 
 @task(_rest_graph)
@@ -172,7 +177,7 @@ _VECTORS = {
 
 
 def _vector_settings(gain: float, fs: float) -> dict[str, Any]:
-    return {"Frequency": fs, "Filter Gain": float(gain)}
+    return {"Frequency": fs, "Filter Gain": number_of(gain, "gain")}
 
 
 @task(_vectors_graph)

@@ -92,9 +92,43 @@ def test_wide_rows_go_in_as_samples():
     assert velmarind.block("FilterGain")(np.ones((3, 1, 1000))).size == 3000
 
 
-def test_texts_are_refused():
-    with pytest.raises(velmarind.Error, match="expected numbers"):
-        velmarind.block("FilterGain")(np.array(["a", "b"]))
+@pytest.mark.parametrize("x, found", [
+    (np.array(["1.5", "2"]), "an array of <U3"),
+    (np.ones(5) * 1j, "an array of complex128"),
+    (np.array(["2024-01-01"], dtype="datetime64[ns]"), r"an array of datetime64\[ns\]"),
+    ([[1, 2], [3]], "rows of several lengths|object"),
+    (3.0, "3.0; expected rows"),
+    (pd.DataFrame({"a": [1.0], "when": [pd.Timestamp("2024-01-01")]}), "a column 'when' of datetime64"),
+    (pd.Series(["1"]), "a column 'None' of object"),
+])
+def test_what_is_no_number_is_refused(x, found):
+    with pytest.raises(velmarind.Error, match=found):
+        velmarind.block("FilterGain")(x)
+    with pytest.raises(velmarind.Error, match=found):
+        velmarind.lowpass(x, cutoff=5, fs=100)
+
+
+def test_what_is_missing_is_not_a_number():
+    double = velmarind.block("FilterGain", Gain=2)
+    masked = np.ma.masked_array([1, 2, 3], mask=[False, True, False])
+    assert np.array_equal(double(masked), [2, np.nan, 6], equal_nan=True)
+    assert np.array_equal(double(pd.Series([1, None, 3], dtype="Int64")), [2, np.nan, 6], equal_nan=True)
+    assert double(np.array([True, False])).tolist() == [2, 0]
+    assert double(pd.DataFrame({"a": [True], "b": [3]})).to_numpy().tolist() == [[2, 6]]
+
+
+@pytest.mark.parametrize("act, name", [
+    (lambda x: velmarind.lowpass(x, cutoff=None, fs=100), "cutoff"),
+    (lambda x: velmarind.highpass(x, cutoff=[5], fs=100), "cutoff"),
+    (lambda x: velmarind.bandpass(x, low="3 Hz", high=12, fs=100), "low"),
+    (lambda x: velmarind.detect_saturation(x, low=None, high=1), "low"),
+    (lambda x: velmarind.find_peaks(x, prominence="much"), "prominence"),
+    (lambda x: velmarind.resample(x, rate="50", fs=100), "rate"),
+])
+def test_options_that_are_no_numbers_are_refused(act, name):
+    with pytest.raises(velmarind.Error, match=f"for {name}; expected a number") as caught:
+        act(np.zeros(50))
+    assert caught.value.property == name
 
 
 def test_uneven_times_are_refused(rng):

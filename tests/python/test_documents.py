@@ -59,7 +59,8 @@ def test_the_page_tells_all_there_is():
         assert hasattr(velmarind, name), name
 
 
-def test_the_notebook_runs(tmp_path):
+def test_the_notebook_runs(monkeypatch):
+    monkeypatch.setenv("PYTHONPATH", str(pathlib.Path(velmarind.__file__).absolute().parents[1]))
     book = nbformat.read(ROOT / "examples/hand.ipynb", as_version=4)
     assert all(not cell.get("outputs") for cell in book.cells), "it is kept without outputs"
     run = nbconvert.preprocessors.ExecutePreprocessor(timeout=60, kernel_name="python3")
