@@ -9,6 +9,7 @@
 #include "host/batch/BatchPlan.h"
 #include "host/batch/BatchRun.h"
 #include "host/batch/BatchSummary.h"
+#include "host/batch/ResultFolder.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/text/Counted.h"
@@ -232,12 +233,21 @@ BatchPlan BatchCommand::planOfGraph() const {
     PlanDoubts doubts;
     BatchPlan made = makePlan(found, wishes, doubts, complaints);
     complaints.raise(false);
-    const GraphArguments first = argumentsOf(made.entries.front());
-    const Graph graph(description.with(changesOf(first), complaints), catalogue, complaints);
-    complaints.raise(arguments.isStrict);
+    checkFirst(made.entries.front(), description, catalogue);
     listDoubts(doubts.withoutRow, table, "no row for ");
     listDoubts(doubts.unused, table, "no recording for ");
     return made;
+}
+
+void BatchCommand::checkFirst(const BatchPlan::Entry& entry, const GraphDescription& description,
+                              const BlockCatalogue& catalogue) const {
+    GraphChanges changes = changesOf(argumentsOf(entry));
+    Complaints complaints;
+    Complaints ignored; // which the graph complains of, too
+    changes.outputs =
+        outputsInto(entry.folder, "--out", description.with(changes, ignored).resolved(ignored), catalogue);
+    const Graph graph(description.with(changes, complaints), catalogue, complaints);
+    complaints.raise(arguments.isStrict);
 }
 
 /// The source that reads the recording: the only one with a file, of those that no option gives one.

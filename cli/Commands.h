@@ -3,6 +3,7 @@
 
 #include "cli/GraphArguments.h"
 #include "cli/PlotArguments.h"
+#include "host/batch/BatchPlan.h"
 #include "host/plugins/BlockCatalogue.h"
 #include "host/response/FrequencyResponse.h"
 
@@ -24,7 +25,6 @@ namespace Quillmere::Host {
 class BatchRun;
 class Job;
 class RunObserver;
-struct BatchPlan;
 struct Inspection;
 struct InspectionSettings;
 struct JobOptions;
@@ -215,6 +215,9 @@ private:
     void checkOptions() const;
     Quillmere::Host::BatchPlan plan() const;
     Quillmere::Host::BatchPlan planOfGraph() const;
+    void checkFirst(const Quillmere::Host::BatchPlan::Entry& entry,
+                    const Quillmere::Host::GraphDescription& description,
+                    const Quillmere::Host::BlockCatalogue& catalogue) const;
     std::string sourceOf(const Quillmere::Host::BlockCatalogue& catalogue) const;
     std::vector<std::string> wordsForEach() const;
     ExitCode writePlan(const Quillmere::Host::BatchPlan& plan) const;

@@ -126,7 +126,7 @@ TEST_F(BatchResume, WorkersEndWithABatchThatIsKilled) {
 /// batch, and what was done stays.
 TEST_F(BatchResume, KilledAtRandomItComesToTheSame) {
     constexpr int kRecordings = 24;
-    constexpr int kKills = 6; // scripts/batch-check does it more often
+    constexpr int kKills = 6; // scripts/batch-check does more
     writeSlow(kRecordings, 30);
     ASSERT_EQ(batch().exitCode, 0);
     const auto undisturbed = results();

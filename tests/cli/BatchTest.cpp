@@ -119,6 +119,21 @@ TEST_F(Batch, SoIsAGraphThatCantRun) {
     EXPECT_FALSE(folder.has("results"));
 }
 
+TEST_F(Batch, AGraphNeedntNameFilesAndParametersFollowTheRecording) {
+    std::string graph = folder.read("g.yaml");
+    graph.replace(graph.find("file: none.csv, "), 16, "");
+    graph.replace(graph.find(", properties: {file: out.csv}"), 29, "");
+    graph.insert(graph.find("blocks:"), "parameters: {gain: }\n");
+    graph.insert(graph.find("type: FilterGain") + 16, ", properties: {Gain: \"${gain}\"}");
+    folder.write("g.yaml", graph);
+    EXPECT_EQ(batch().err,
+              "g.yaml:6:53: found the parameter 'gain' without a value; expected one from the graph "
+              "or the caller\n");
+    const Ended ended = batch({"--param", "gain=2"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_EQ(folder.read("results/p1/b/out.csv"), "t,x[0]\n0,6\n1,8\n");
+}
+
 TEST_F(Batch, ResultsAmongTheRecordingsAreNoRecordings) {
     const std::vector<std::string> words{"batch", "g.yaml",     "--in",     "study/**/*.csv",
                                          "--out", "study/made", "--plugin", CRASH_PLUGIN};
