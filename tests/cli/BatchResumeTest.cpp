@@ -122,6 +122,24 @@ TEST_F(BatchResume, WorkersEndWithABatchThatIsKilled) {
         }
 }
 
+TEST_F(BatchResume, ARunThatIsKilledLeavesNoStatusOfAnEarlierOne) {
+    writeRecording("a.csv", "0,1\n");
+    const std::vector<std::string> run{"run",      "g.yaml",    "--input",  "in=a.csv",
+                                       "--folder", "results/a", "--plugin", CRASH_PLUGIN};
+    ASSERT_EQ(call(run).exitCode, 0);
+    std::string slow;
+    for (int i = 0; i < 20000; ++i)
+        slow += std::to_string(i) + ",-1\n";
+    writeRecording("a.csv", slow);
+    Program program(words(run), folder.path(""));
+    for (int i = 0; i < 5000 && !folder.has("results/a/out.csv.partial"); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    EXPECT_TRUE(folder.has("results/a/out.csv.partial"));
+    program.signal(SIGKILL);
+    program.wait();
+    EXPECT_FALSE(folder.has("results/a/status.json"));
+}
+
 /// Killed at random, a batch and its workers, and resumed until all is done: the bytes of an undisturbed
 /// batch, and what was done stays.
 TEST_F(BatchResume, KilledAtRandomItComesToTheSame) {
