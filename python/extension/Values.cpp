@@ -76,6 +76,7 @@ py::array_t<double> arrayOf(const MatrixXd& matrix) {
 } // namespace
 
 Value toValue(py::handle given, const std::string& what) {
+    if (given.is_none()) return {}; // as null in a file, which takes a setting away
     if (py::isinstance<py::str>(given)) return valueOfText(given.cast<std::string>(), what);
     if (py::isinstance<py::bool_>(given)) return valueOf(given.cast<bool>());
     if (py::isinstance<py::dict>(given)) return mapOf(py::reinterpret_borrow<py::dict>(given), what);

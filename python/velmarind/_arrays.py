@@ -110,6 +110,10 @@ def rate_of_times(times: Floats) -> float:
     steps = np.diff(times)
     if steps.size == 0:
         raise Error("found one time; expected two at least, which tell a rate", found="one time")
+    lost = np.flatnonzero(~np.isfinite(times))
+    if lost.size > 0:
+        raise Error(f"found a time in row {lost[0]} that is no number; expected times in all rows; drop such rows",
+                    found="a time that is no number", expected="times in all rows")
     back = int(np.argmin(steps))
     if not steps[back] >= 0 or times[-1] == times[0]:
         raise Error(

@@ -11,7 +11,7 @@ import numpy as np
 
 from velmarind import _native
 from velmarind._arrays import array_of, as_given, is_pandas, rate_for, rate_of, require_upright, times_of
-from velmarind._errors import Error
+from velmarind._errors import Error, naming
 from velmarind._log import log, warn
 from velmarind._manual import docstring, setting_names
 from velmarind._names import identifier, literal, literals, unknown
@@ -62,7 +62,8 @@ class Property:
 
     @value.setter
     def value(self, value: Setting) -> None:
-        self._block.set(self.name, value)
+        with naming(self._block.id, self.name):
+            self._block.set(self.name, value)
 
     def fire(self) -> None:
         """Fires a command."""
@@ -139,7 +140,7 @@ class Block(_native.Block):
     def __setattr__(self, name: str, value: Any) -> None:
         found = None if hasattr(type(self), name) else self._literal(name)
         if found is not None:
-            self.set(found, value)
+            self.properties[found].value = value
         elif name.startswith("_"):
             object.__setattr__(self, name, value)
         else:
@@ -238,6 +239,15 @@ class Block(_native.Block):
         rate = rate_of(fs) if fs is not None else self.fs
         return Response(super().response(points, input, output), rate, repr(self))
 
+    def __reduce__(self) -> tuple[Any, ...]:
+        """A copy has the settings, and remembers nothing of what was pushed."""
+        settings = {
+            each["name"]: each["value"]
+            for each in _native.Block.properties(self)
+            if each["kind"] != "command" and each["writable"] and _differs(each["value"], each["default"])
+        }
+        return _made_again, (self.type, self.fs, self.id, settings)
+
     def __repr__(self) -> str:
         parts = [] if self.fs is None else [f"fs={self.fs:g}"]
         written = {each["target"].split(".", 1)[-1]: each["written"] for each in self.conversions}
@@ -246,6 +256,10 @@ class Block(_native.Block):
             if each["kind"] != "command" and (name in written or _differs(each["value"], each["default"])):
                 parts.append(f"{identifier(name)}={written.get(name, _shown(each['value']))}")
         return f"{self.type}({', '.join(parts)})"
+
+
+def _made_again(type: str, fs: float | None, id: str, settings: Mapping[str, Any]) -> Block:
+    return block(type, fs=fs, id=id, **settings)
 
 
 def _differs(value: Any, default: Any) -> bool:
@@ -300,7 +314,8 @@ def block(type: str, /, *, fs: Any = None, id: str | None = None, **settings: Se
     >>> velmarind.block("FilterBandPass", fs=100, Low_Cutoff_Freq_relative="1 Hz").Low_Cutoff_Freq_relative
     0.02
     """
-    made = block_class(type)(type, literals(settings, setting_names(type)), rate_of(fs), id or type)
+    with naming(id or type):
+        made = block_class(type)(type, literals(settings, setting_names(type)), rate_of(fs), id or type)
     for conversion in made.conversions:
         log.info("%s: %s", conversion["target"], conversion["sentence"])
     for sentence in made.warnings:

@@ -12,7 +12,7 @@ import numpy as np
 from velmarind._arrays import array_of, as_given, is_pandas, number_of, require_upright, times_of
 from velmarind._block import block
 from velmarind._errors import Error
-from velmarind._feeding import feeding_of
+from velmarind._feeding import Folder, feeding_of
 from velmarind._graph import Graph, result_of
 from velmarind._manual import page
 from velmarind._types import Floats
@@ -121,7 +121,7 @@ def tables_of(graph: Graph, data: dict[str, Any]) -> Any:
     """The results of a graph of a task over what is in memory. That one of them is empty is no surprise here, and not
     warned of."""
     description = graph.description
-    feeding = feeding_of(data, None, description, "")
+    feeding = feeding_of(data, None, description, Folder())
     return result_of(graph.native.run(feeding.memory, list(description["sinks"])), ()).tables
 
 

@@ -3,7 +3,8 @@
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+import contextlib
+from collections.abc import Iterator, Sequence
 from typing import Any
 
 
@@ -62,3 +63,14 @@ class Error(ValueError):
     def __reduce__(self) -> tuple[Any, ...]:
         # Errors cross processes, with what they carry.
         return (type(self), self.args, self.__dict__)
+
+
+@contextlib.contextmanager
+def naming(block: str, property: str | None = None) -> Iterator[None]:
+    """Lets errors know what they are about, where they come from somebody who doesn't."""
+    try:
+        yield
+    except Error as error:
+        error.block = error.block or block
+        error.property = error.property or property
+        raise

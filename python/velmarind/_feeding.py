@@ -4,6 +4,8 @@
 from __future__ import annotations
 
 import os
+import shutil
+import tempfile
 from collections.abc import Mapping
 from dataclasses import dataclass, field
 from typing import TYPE_CHECKING, Any
@@ -11,7 +13,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from velmarind import _native
-from velmarind._arrays import array_of, is_pandas, need_rate, rate_of, require_upright, times_of
+from velmarind._arrays import array_of, is_pandas, need_rate, rate_for, require_upright, times_of
 from velmarind._errors import Error
 from velmarind._names import unknown
 
@@ -25,9 +27,34 @@ class Feeding:
 
     memory: dict[str, MemoryData] = field(default_factory=dict)
     files: dict[str, str] = field(default_factory=dict)
+    settings: dict[str, str | None] = field(default_factory=dict)  # of sources whose file isn't the one they were told of
 
 
-def feeding_of(data: Any, fs: Any, description: Mapping[str, Any], folder: str) -> Feeding:
+class Folder:
+    """A folder for tables on their way to sources of files; there is none before one is written."""
+
+    def __init__(self) -> None:
+        self._process = os.getpid()
+        self._path: str | None = None
+
+    def path(self) -> str:
+        if self._path is None:
+            self._path = tempfile.mkdtemp(prefix="velmarind-")
+        return self._path
+
+    def remove(self) -> None:
+        if self._path is not None and os.getpid() == self._process:  # a forked child has no say
+            shutil.rmtree(self._path, ignore_errors=True)
+            self._path = None
+
+    def __enter__(self) -> Folder:
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        self.remove()
+
+
+def feeding_of(data: Any, fs: Any, description: Mapping[str, Any], folder: Folder) -> Feeding:
     """Sorts what somebody gave by the graph's sources. Tables for sources of files are written into
     `folder`."""
     feeding = Feeding()
@@ -36,7 +63,7 @@ def feeding_of(data: Any, fs: Any, description: Mapping[str, Any], folder: str) 
         if isinstance(given, (str, os.PathLike)):
             feeding.files[source] = os.path.abspath(os.fspath(given))
         elif is_pandas(given) and _type(source, description) != "MemorySource":
-            feeding.files[source] = _written(given, fs, source, description, folder)
+            _write(given, fs, source, description, folder, feeding)
         elif isinstance(given, Mapping):
             feeding.memory[source] = _of_pins(given, fs, source, pins)
         else:
@@ -91,31 +118,43 @@ def _of_pins(given: Mapping[str, Any], fs: Any, source: str, pins: list[str]) ->
             raise unknown("pin", str(pin), pins, source)
         arrays[pin] = array_of(value)
         require_upright(arrays[pin], pin)
-        times = times_of(value) if times is None else times
+        if times is None and times_of(value) is not None:
+            times = _times_for(value, fs, len(value), source)
     if "t" in given and "t" not in pins:
         times = np.asarray(given["t"], dtype=np.float64)
     if times is not None:
         return {"pins": arrays, "t": times}
-    rate = rate_of(given.get("fs") if "fs" not in pins else None) or rate_of(fs)
-    if rate is None:
-        rate = need_rate(None, None, f"'{source}'")
-    return {"pins": arrays, "fs": rate}
+    stated = given.get("fs") if "fs" not in pins else None
+    return {"pins": arrays, "fs": need_rate(None, fs if stated is None else stated, f"'{source}'")}
 
 
-def _written(table: Any, fs: Any, source: str, description: Mapping[str, Any], folder: str) -> str:
-    """A table as a file, which the source reads by its own settings; numbers come back to the same bits."""
+# What a source was told of the form of its own file, which isn't that of the tables that are written here.
+_OF_THE_FORM = (
+    "separator", "decimal", "comment", "skipLines", "headerRows", "unitsRow", "profile", "data", "rate", "timeUnit",
+    "timeFormat", "timeStart", "counterBits", "wholeSeconds",
+)
+
+
+def _write(table: Any, fs: Any, source: str, description: Mapping[str, Any], folder: Folder, feeding: Feeding) -> None:
+    """A table as a file, which the source reads by its own columns and repairs; numbers come back to the same bits."""
     frame = table.to_frame() if table.ndim == 1 else table
     values = array_of(frame)
-    times = times_of(frame)
-    if times is None:
-        rate = rate_of(fs)
-        if rate is None:
-            rate = need_rate(None, None, f"'{source}'")
-        times = np.arange(len(values)) / rate
-    path = os.path.join(folder, f"{source}.csv")
-    units = frame.attrs.get("units", {})
+    times = _times_for(table, fs, len(values), source)
     names = [str(name) for name in frame.columns]
-    settings = next(block["settings"] for block in description["blocks"] if block["id"] == source)
-    time_name = settings.get("time") or frame.index.name or "t"  # the graph says which column it reads
-    _native.write(path, times, values, names, str(time_name), [units.get(name, "") for name in names])
-    return path
+    time_name = next(name for name in ("t", *(f"t{number}" for number in range(len(names) + 1))) if name not in names)
+    units = frame.attrs.get("units", {})
+    path = os.path.join(folder.path(), f"{source}.csv")
+    _native.write(path, times, values, names, time_name, [units.get(name, "") for name in names])
+    feeding.files[source] = path
+    told = next(block["settings"] for block in description["blocks"] if block["id"] == source)
+    feeding.settings[f"{source}.time"] = time_name
+    feeding.settings.update({f"{source}.{name}": None for name in _OF_THE_FORM if name in told})
+
+
+def _times_for(table: Any, fs: Any, count: int, source: str) -> Any:
+    times = times_of(table)
+    if times is None:
+        return np.arange(count) / need_rate(None, fs, f"'{source}'")
+    if fs is not None:
+        rate_for(table, fs)  # refuses another rate than that of the index
+    return times

@@ -4,7 +4,6 @@
 from __future__ import annotations
 
 import os
-import tempfile
 from collections.abc import Iterator, Mapping, Sequence
 from dataclasses import dataclass
 from typing import Any, Literal
@@ -12,7 +11,7 @@ from typing import Any, Literal
 from velmarind import _native
 from velmarind._drawing import svg_of
 from velmarind._errors import Error
-from velmarind._feeding import Feeding, feeding_of
+from velmarind._feeding import Feeding, Folder, feeding_of
 from velmarind._live import LiveRun
 from velmarind._log import warn_of
 from velmarind._manual import setting_names
@@ -22,6 +21,7 @@ from velmarind._recordings import frame_of
 from velmarind._values import yaml_text
 
 Link = Literal["drop", "wait"]
+_PARTS = ("file", "line", "column", "found", "expected", "nearest")
 
 
 @dataclass(frozen=True)
@@ -215,9 +215,9 @@ class Graph:
         """Everything that is wrong and doubtful, at once. Nothing is run or written. Arguments as for
         `run`."""
         graph = self.changed(set=set, params=params)
-        with tempfile.TemporaryDirectory(prefix="velmarind-") as folder:
-            feeding = feeding_of(data, fs, graph.description, folder)
-            found = graph.changed(inputs=feeding.files).native.check(
+        with Folder() as folder:
+            feeding = graph._feeding(data, fs, folder)
+            found = graph.changed(set=feeding.settings, inputs=feeding.files).native.check(
                 feeding.memory, graph._kept(feeding), "live" if live else "offline")
         parts = Complaint.__annotations__
         return [
@@ -274,9 +274,9 @@ class Graph:
             raises `Error`, whose `result` has what came until then.
         """
         graph = self.changed(set=set, params=params, outputs=outputs)
-        with tempfile.TemporaryDirectory(prefix="velmarind-") as folder:
-            feeding = feeding_of(data, fs, graph.description, folder)
-            graph = graph.changed(inputs=feeding.files)
+        with Folder() as folder:
+            feeding = graph._feeding(data, fs, folder)
+            graph = graph.changed(set=feeding.settings, inputs=feeding.files)
             kept = graph._kept(feeding, outputs) if keep is None else keep
             with shown(progress, self.name or "run") as told:
                 found = graph.native.run(feeding.memory, kept, told, rounds, seconds, strict, overwrite,
@@ -317,17 +317,26 @@ class Graph:
             What a full connection between layouts does that says nothing.
         """
         graph = self.changed(set=set, params=params, outputs=outputs)
-        folder = tempfile.TemporaryDirectory(prefix="velmarind-")
+        folder = Folder()
         try:
-            feeding = feeding_of(data, fs, graph.description, folder.name)
-            graph = graph.changed(inputs=feeding.files)
+            feeding = graph._feeding(data, fs, folder)
+            graph = graph.changed(set=feeding.settings, inputs=feeding.files)
             kept = graph._kept(feeding, outputs) if keep is None else keep
             run = graph.native.start(feeding.memory, feeds, rates, kept, speed, overflow, strict=strict,
                                       overwrite=overwrite)
         except BaseException:
-            folder.cleanup()
+            folder.remove()
             raise
         return LiveRun(run, folder)
+
+    def _feeding(self, data: Any, fs: Any, folder: Folder) -> Feeding:
+        description = self.description
+        if data is not None and not description["sources"]:
+            wrong = self.native.check()["complaints"]  # which may be why there are none
+            if wrong:
+                raise Error("\n".join(each["sentence"] for each in wrong), complaints=wrong,
+                            **{name: wrong[0].get(name) for name in _PARTS})
+        return feeding_of(data, fs, description, folder)
 
     def _kept(self, feeding: Feeding, outputs: Mapping[str, Any] | None = None) -> Sequence[str]:
         return [sink for sink in self.description["sinks"] if sink not in (outputs or {})]
@@ -336,6 +345,9 @@ class Graph:
         return isinstance(other, Graph) and self.native == other.native
 
     __hash__ = None  # type: ignore[assignment]
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return Graph.from_text, (self.text, self.path)
 
     def __repr__(self) -> str:
         found = self.description
@@ -370,7 +382,7 @@ def failure_of(outcome: Mapping[str, Any], result: RunResult) -> Error:
         outcome.get("failure") or "the run failed",
         complaints=complaints,
         block=spot.get("block"),
-        **{name: first.get(name) for name in ("file", "line", "column", "found", "expected", "nearest")},
+        **{name: first.get(name) for name in _PARTS},
     )
     error.result = result  # type: ignore[attr-defined]
     return error

@@ -3,7 +3,8 @@
 
 from __future__ import annotations
 
-import tempfile
+import os
+import weakref
 from collections.abc import Callable, Iterator
 from types import TracebackType
 from typing import Any
@@ -11,6 +12,8 @@ from typing import Any
 from velmarind import _native
 from velmarind._arrays import array_of, is_pandas, require_upright, times_of
 from velmarind._types import Setting
+from velmarind._errors import Error, naming
+from velmarind._feeding import Folder
 from velmarind._recordings import frame_of
 
 # How long an iteration sleeps at most before it looks at the other sinks, in seconds.
@@ -39,9 +42,10 @@ class LiveRun:
     out [10.0, 20.0]
     """
 
-    def __init__(self, run: _native.LiveRun, folder: tempfile.TemporaryDirectory[str] | None = None) -> None:
+    def __init__(self, run: _native.LiveRun, folder: Folder) -> None:
         self._native = run
-        self._folder = folder
+        self._process = os.getpid()
+        self._remove = weakref.finalize(self, folder.remove)
         self._is_interrupted = False
 
     def __getitem__(self, name: str) -> Any:
@@ -50,7 +54,8 @@ class LiveRun:
 
     def __setitem__(self, name: str, value: Setting) -> None:
         """Writes `block.Setting`, between two steps."""
-        self._native.set(name, value)
+        with naming(*name.split(".", 1)):
+            self._native.set(name, value)
 
     def fire(self, name: str) -> None:
         """Fires `block.Command`."""
@@ -63,13 +68,17 @@ class LiveRun:
     def observe(self, pattern: str, callback: Callable[[dict[str, Any]], object]) -> _native.Watch:
         """Calls back with `name`, `value` and `text` of each setting that changes, until what comes back is
         closed."""
+        if not callable(callback):
+            raise Error(f"found {callback!r}; expected what can be called with the state of a setting",
+                        found=repr(callback), expected="a callable")
         return self._native.observe(pattern, callback)
 
     def feed(self, source: str, rows: Any, t: Any = None) -> None:
         """Feeds rows to a source: an array, or a table whose time index counts."""
         values = array_of(rows)
         require_upright(values, "rows")
-        self._native.feed(source, values, times_of(rows) if t is None and is_pandas(rows) else t)
+        with naming(source):
+            self._native.feed(source, values, times_of(rows) if t is None and is_pandas(rows) else t)
 
     def end_feed(self, source: str) -> None:
         """No more rows come to that source; when no source has more, the run ends."""
@@ -147,13 +156,14 @@ class LiveRun:
         self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
     ) -> None:
         """Ends it in order, or at once where an exception comes by. Raises `Error` for a run that failed."""
+        if os.getpid() != self._process:
+            return  # a forked child leaves its parent's run alone
         if kind is None:
             self._native.stop()
         else:
             self.interrupt(f"{kind.__name__}: {error}")
             self._native.wait()
-        if self._folder is not None:
-            self._folder.cleanup()
+        self._remove()
         if self.state == "failed" and not self._is_interrupted:
             self.result()
 

@@ -10,7 +10,7 @@ from typing import Any
 import numpy as np
 
 from velmarind import _native
-from velmarind._arrays import array_of, is_pandas, require_upright, times_of
+from velmarind._arrays import array_of, is_pandas, need_rate, require_upright, times_of
 from velmarind._errors import Error
 from velmarind._log import log, warn
 from velmarind._progress import shown
@@ -137,7 +137,7 @@ def write(
     units: Mapping[str, str] | None = None,
     overwrite: bool = False,
 ) -> None:
-    """Writes a table that reads back to the same bits.
+    """Writes a table that `read(path, time="t")` reads back to the same bits.
 
     Parameters
     ----------
@@ -173,10 +173,13 @@ def write(
                 found="rows without times",
                 expected="fs",
             )
-        times = np.arange(len(values)) / fs
+        times = np.arange(len(values)) / need_rate(None, fs, "write")
     if columns is None:
         columns = [str(name) for name in table.columns] if is_pandas(table) else [
             f"x[{number}]" for number in range(values.shape[1])]
+    broken = next((name for name in columns if "\n" in name or "\r" in name), None)
+    if broken is not None:
+        raise Error(f"found a column {broken!r}; expected names of one line", found=repr(broken))
     known = dict(getattr(data, "attrs", {}).get("units", {})) if units is None else dict(units)
     time_name = str(data.index.name or "t") if is_pandas(data) else "t"
     _native.write(os.fspath(path), times, values, list(columns), time_name,

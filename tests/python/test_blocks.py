@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: MIT
 """Blocks in Python: what goes in and comes out, their settings by name, their documentation."""
 
+import copy
 import inspect
 import logging
+import pickle
 
 import numpy as np
 import pandas as pd
@@ -151,6 +153,8 @@ def test_a_few_repeated_stamps_are_no_harm(wrist):
     times = np.arange(1000) / 100
     times[100::50] = times[99::50][: len(times[100::50])]
     assert velmarind.lowpass(pd.DataFrame(wrist, index=times), cutoff=5).shape == (1000, 3)
+    with pytest.raises(velmarind.Error, match="a time in row 1 that is no number"):
+        velmarind.lowpass(pd.Series(np.zeros(3), index=[0.0, np.nan, 0.02]), cutoff=5)
     with pytest.raises(velmarind.Error, match="goes back"):
         velmarind.lowpass(pd.Series([1.0, 2.0], index=[0.5, 0.5]), cutoff=5)
 
@@ -197,6 +201,26 @@ def test_settings_go_by_attribute_and_by_name():
 def test_doubts_about_settings_are_warnings():
     with pytest.warns(velmarind.DataWarning, match="^'band' .* the low edge has to lie below the high one"):
         velmarind.block("FilterBandPass", id="band", Low_Cutoff_Freq_relative=0.5)
+
+
+def test_refusals_know_their_block():
+    for act in (
+        lambda: velmarind.block("FilterButterworth", id="smooth", fs=100, Mode="Lowpas"),
+        lambda: velmarind.block("FilterButterworth", id="smooth", Order=2.5),
+        lambda: setattr(velmarind.block("FilterButterworth", id="smooth"), "Order", 99),
+    ):
+        with pytest.raises(velmarind.Error) as caught:
+            act()
+        assert caught.value.block == "smooth"
+    assert caught.value.property == "Order"
+
+
+def test_blocks_can_be_copied_and_sent(wrist):
+    block = velmarind.block("FilterButterworth", fs=100, id="smooth", **BUTTERWORTH)
+    block.push(wrist)
+    for again in (copy.copy(block), copy.deepcopy(block), pickle.loads(pickle.dumps(block))):
+        assert (again.type, again.id, again.fs) == ("FilterButterworth", "smooth", 100)
+        assert again.push(wrist).tobytes() == block(wrist).tobytes()
 
 
 def test_choices_and_commands():

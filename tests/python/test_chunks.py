@@ -177,6 +177,26 @@ def test_any_chunks_give_the_bits_of_one_call(type):
     assert came > 0, f"{type} sent nothing in {DRAWS} draws"
 
 
+@pytest.mark.parametrize("type", sorted(set(_native.block_types()) - RANDOM))
+def test_push_in_any_chunks_gives_the_bits_of_run(type):
+    """The main output by the quick way, without times where the block doesn't reckon with them."""
+    rng = np.random.default_rng(zlib.crc32(type.encode()) + 1)
+    for draw in range(DRAWS):
+        block, settings = drawn_settings(type, rng)
+        rows = None if block.main_input is None else drawn_rows(type, rng)
+        times = np.arange(ROWS) / FS if block.reads_times and rows is not None else None
+        whole = block.run(ROWS if rows is None else rows, times)
+        for size in (1, 7, 100, "random"):
+            other, begin, parts = block.fresh(), 0, []
+            for count in chunk_sizes(size, rng):
+                piece = slice(begin, begin + count)
+                parts.extend(other.push(count if rows is None else rows[piece], None if times is None else times[piece]))
+                begin += count
+            assert len(whole) == len(parts), (type, settings, size)
+            for one, more in zip(whole, parts):
+                assert np.asarray(one).tobytes() == np.asarray(more).tobytes(), (type, settings, size)
+
+
 def test_push_and_run_are_the_main_output_of_all(wrist):
     block = velmarind.block("FilterButterworth", fs=100, RelativeCutOffFreq="5 Hz", Order=4)
     everything = block.run_all(wrist)["out"][1]

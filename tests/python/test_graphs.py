@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Graphs from files and in code, run to their end."""
 
+import copy
 import os
 import pickle
 import signal
@@ -65,6 +66,25 @@ def test_a_file_goes_through_a_graph(calm, frame, tmp_path):
     assert np.array_equal(back.to_numpy(), calm.run(frame)["result"].to_numpy())
 
 
+def test_a_table_isnt_read_as_the_sources_own_file(frame, tmp_path):
+    text = CALM.replace("time: t,", "time: 'stamp [us]', timeUnit: ms, separator: semicolon, decimal: comma, skipLines: 3,")
+    graph = velmarind.Graph.from_text(text, str(tmp_path / "calm.yaml"))
+    result = graph.run(frame)["result"]
+    assert result.index[1] == 0.01
+    assert np.array_equal(result.to_numpy(), velmarind.lowpass(frame.to_numpy(), cutoff=5, fs=100, order=2))
+    counted = velmarind.Graph.from_text(CALM.replace("time: t,", "rate: 50,"), str(tmp_path / "calm.yaml"))
+    assert counted.run(frame)["result"].index[1] == 0.01
+    with pytest.raises(velmarind.Error, match="100 rows a second; expected 50"):
+        graph.run(frame, fs=50)
+    with pytest.raises(velmarind.Error, match="100 rows a second; expected 50"):
+        in_code().run(frame, fs=50)
+
+
+def test_graphs_can_be_copied_and_sent(calm):
+    assert copy.copy(calm) == calm and pickle.loads(pickle.dumps(calm)) == calm
+    assert pickle.loads(pickle.dumps(calm)).path == calm.path
+
+
 def test_arrays_go_through_a_graph_in_code(wrist):
     want = velmarind.lowpass(wrist, cutoff=5, fs=100, order=2)
     for data in (wrist, {"wrist": wrist}, {"wrist": {"accel": wrist, "fs": 100}}, {"accel": wrist}):
@@ -97,6 +117,13 @@ def test_complaints_are_objects(calm, frame):
     assert error.line == 7 and error.nearest == "Order" and len(error.complaints) == 1
     again = pickle.loads(pickle.dumps(error))
     assert str(again) == str(error) and again.nearest == "Order"
+
+
+def test_a_broken_file_says_what_is_wrong_with_it(tmp_path, frame):
+    (tmp_path / "broken.yaml").write_text("format: 1\nblocks:\n  - {id: a, type: FilterGian}\n")
+    with pytest.raises(velmarind.Error, match="FilterGain") as caught:
+        velmarind.Graph.load(tmp_path / "broken.yaml").run(frame)
+    assert caught.value.line == 3 and caught.value.nearest == "FilterGain"
 
 
 def test_a_run_that_fails_midway_raises_with_what_it_had(calm, frame, tmp_path):

@@ -2,6 +2,7 @@
 """Runs that are turned, fed and watched while they go on."""
 
 import gc
+import os
 import threading
 
 import numpy as np
@@ -96,6 +97,31 @@ def test_a_run_that_fails_is_told(tmp_path):
         run.result()
 
 
+def test_a_forked_child_leaves_the_run_alone(wrist):
+    frame = pd.DataFrame(wrist, index=pd.Index(np.arange(1000) / 100, name="t"), columns=["x", "y", "z"])
+    made = velmarind.Graph("files")
+    made.add("wrist", "RecordingSource", file="nowhere.csv", time="t", pins={"accel": ["x", "y", "z"]})
+    made.add("out", "MemorySink")
+    made.connect("wrist.accel", "out.accel")
+    with made.start(frame, speed=float("inf")) as run:
+        child = os.fork()
+        if child == 0:
+            run.__exit__(None, None, None)
+            os._exit(0)
+        assert os.waitpid(child, 0)[1] == 0
+        assert run.wait(PATIENCE)
+        assert len(run.take("out")) == 1000
+
+
+def test_what_cant_be_called_is_refused():
+    with start() as run:
+        with pytest.raises(velmarind.Error, match="expected what can be called"):
+            run.observe("scale.*", 3)
+        with pytest.raises(velmarind.Error) as caught:
+            run["scale.Gain"] = "much"
+        assert (caught.value.block, caught.value.property) == ("scale", "Gain")
+
+
 def test_leaving_ends_it_in_order(wrist):
     with start() as run:
         run.feed("wrist", wrist[:10])
@@ -137,3 +163,6 @@ def test_rows_of_the_wrong_shape_are_refused(wrist):
             run.feed("wrist", wrist.T)
         with pytest.raises(velmarind.Error):
             run.feed("nobody", wrist)
+        with pytest.raises(velmarind.Error) as caught:
+            run.feed("nobody", wrist)
+        assert caught.value.block == "nobody"
