@@ -32,6 +32,7 @@ public:
     /// Leaves it to that thread to read ahead or to write what comes from now on, which makes no difference
     /// but to speed; `ResultEnd::handOver` isn't called then. Who can't do so reads and writes as ever.
     /// Requires: open, and no row so far. [setup]
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): whoever can do so keeps it
     virtual void setThread(std::shared_ptr<WorkThread>) {}
 
     /// Every file that it reads, or that it writes under whatever name until the result is whole. [setup]
