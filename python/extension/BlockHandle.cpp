@@ -44,6 +44,32 @@ BlockOrder orderOf(const std::string& type, const BlockHandle::Settings& setting
     return order;
 }
 
+/// Whatever comes, collectors listen for one call: what nobody takes would gather for ever.
+class Listening {
+public:
+    explicit Listening(std::deque<Collector>& all) : collectors(all) {}
+    ~Listening() {
+        for (Collector& collector : collectors)
+            collector.isOn = false;
+    }
+    Listening(const Listening&) = delete;
+    Listening& operator=(const Listening&) = delete;
+
+private:
+    std::deque<Collector>& collectors;
+};
+
+/// What a block's own settings refuse names the setting, not the block.
+void raiseFor(const BlockOrder& order, const Complaints& complaints) {
+    if (complaints.isEmpty()) return;
+    std::vector<Complaint> told = complaints.getSorted();
+    const std::string own = " of '" + order.description.id + "' (" + order.description.type + ")";
+    for (Complaint& complaint : told)
+        if (complaint.found.find(own) == std::string::npos && complaint.found.ends_with('\''))
+            complaint.found += own;
+    throw GraphException(told);
+}
+
 bool getIsNumeric(const AbstractProperty& property) {
     using Kind = PropertyDescription::Kind;
     const Kind kind = kindOf(property);
@@ -212,6 +238,7 @@ py::dict BlockHandle::pushAll(py::handle x, py::handle t, py::handle inputs) {
                        "as many as x has, which are " + std::to_string(taken.rows.count) + ", or one");
             others.push_back({sender, other.rows, other.rows.count == taken.rows.count});
         }
+    const Listening listening(engine->listenToAll());
     for (Collector& collector : engine->listenToAll()) {
         collector.clear();
         collector.isOn = true;
@@ -227,7 +254,6 @@ py::dict BlockHandle::pushAll(py::handle x, py::handle t, py::handle inputs) {
         const Eigen::Index columns = runs.empty() ? taken.rows.columns : runs.front().columns;
         results[textOf(collector.getName())] =
             py::make_tuple(stamps, toSamples(collector.samples, taken.axes, columns));
-        collector.isOn = false;
     }
     return results;
 }
@@ -270,7 +296,7 @@ void BlockHandle::set(const std::string& name, const Value& value) {
     }
     Complaints complaints;
     writeProperties({{&property, &written}}, complaints);
-    complaints.raise();
+    raiseFor(order, complaints);
     order.description.set(name, value);
 }
 

@@ -15,7 +15,7 @@ namespace Python {
 class SampleStore {
 public:
     struct Freer {
-        void operator()(double* memory) const { std::free(memory); }
+        void operator()(double* held) const { std::free(held); }
     };
     using Memory = std::unique_ptr<double, Freer>;
     /// Samples of one shape that follow each other.

@@ -61,6 +61,11 @@ bool Feed::getIsReady() const {
     return hasEnded || !times.empty();
 }
 
+bool Feed::getIsDone() const {
+    const std::lock_guard lock(state);
+    return isDone;
+}
+
 void Feed::clearEvent() const {
     eventfd_t count = 0;
     (void)::eventfd_read(event, &count);
@@ -80,7 +85,10 @@ std::optional<Feed::Row> Feed::take(const std::stop_token& stop) {
                 if (times.empty() && !hasEnded) clearEvent();
                 return row;
             }
-            if (hasEnded) return std::nullopt;
+            if (hasEnded) {
+                isDone = true;
+                return std::nullopt;
+            }
         }
         if (stop.stop_requested()) return std::nullopt;
         pollfd waited{.fd = event, .events = POLLIN, .revents = 0};

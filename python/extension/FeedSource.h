@@ -47,6 +47,8 @@ public:
     bool give(const double* values, std::size_t count, const double* times, std::optional<double> first);
     void end();
 
+    /// Whether it has ended, and who takes has heard of it: every row has gone its way.
+    bool getIsDone() const;
     /// Whether `take` has a row, or knows that there are no more.
     bool getIsReady() const;
     /// The next row; nothing at the end. Waits for it, unless a stop is requested, which is an end.
@@ -67,6 +69,7 @@ private:
     std::vector<double> current;
     std::uint64_t given = 0;
     bool hasEnded = false;
+    bool isDone = false; ///< The end has been taken.
 };
 
 /// Sends rows of a `Feed` as they come.

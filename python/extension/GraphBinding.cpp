@@ -100,6 +100,15 @@ std::vector<std::pair<std::string, std::string>> textsOf(py::handle mapping, con
     return texts;
 }
 
+/// Names of files stand for themselves, whatever they begin with.
+std::vector<std::pair<std::string, std::string>> pathsOf(py::handle mapping) {
+    std::vector<std::pair<std::string, std::string>> paths;
+    if (mapping.is_none()) return paths;
+    for (const auto& [id, path] : py::dict(py::reinterpret_borrow<py::object>(mapping)))
+        paths.emplace_back(py::str(id), py::module_::import("os").attr("fspath")(path).cast<std::string>());
+    return paths;
+}
+
 std::unique_ptr<GraphHandle> changed(const GraphHandle& graph, py::handle set, py::handle params,
                                      py::handle inputs, py::handle outputs) {
     GraphChanges changes;
@@ -109,10 +118,10 @@ std::unique_ptr<GraphHandle> changed(const GraphHandle& graph, py::handle set, p
     }
     for (const auto& [name, value] : textsOf(params, "the parameter"))
         changes.parameters.push_back({name, value, "params " + name + "=" + value});
-    for (const auto& [id, value] : toValues(inputs, "the input"))
-        changes.inputs.push_back({id, value.text, "inputs " + id + "=" + value.text});
-    for (const auto& [id, value] : toValues(outputs, "the output"))
-        changes.outputs.push_back({id, value.text, "outputs " + id + "=" + value.text});
+    for (const auto& [id, path] : pathsOf(inputs))
+        changes.inputs.push_back({id, path, "inputs " + id + "=" + path});
+    for (const auto& [id, path] : pathsOf(outputs))
+        changes.outputs.push_back({id, path, "outputs " + id + "=" + path});
     auto other = std::make_unique<GraphHandle>();
     other->reading = graph.reading;
     Complaints own;

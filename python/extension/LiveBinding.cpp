@@ -183,6 +183,9 @@ void bindSettings(py::class_<LiveHandle>& run) {
             "observe",
             [](const LiveHandle& self, const std::string& pattern, py::object callback) {
                 LiveCore& core = self.get();
+                if (PyCallable_Check(callback.ptr()) == 0)
+                    refuse("a callback for '" + pattern + "' that can't be called",
+                           "a function of one setting's state");
                 return WatchHandle{self.getShared(), core.observe(pattern, std::move(callback))};
             },
             py::arg("pattern"), py::arg("callback"));
@@ -240,7 +243,7 @@ void bindEnd(py::class_<LiveHandle>& run) {
             "stop",
             [](const LiveHandle& self, std::optional<double> timeout) {
                 LiveCore& core = self.get();
-                core.stop();
+                core.stop(timeout);
                 return core.wait(timeout);
             },
             py::arg("timeout") = py::none())

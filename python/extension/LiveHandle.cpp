@@ -89,10 +89,37 @@ void LiveCore::closeAll() {
     }
 }
 
-void LiveCore::stop() {
-    const Unlocked unlocked;
+void LiveCore::endFeeds() {
     for (const auto& [id, feed] : ends->getFeeds())
         feed->end();
+}
+
+/// Without the interpreter's lock; true when all that was fed is on its way, or the run has ended.
+bool LiveCore::waitForFeeds(Milliseconds time) {
+    const auto& feeds = ends->getFeeds();
+    const auto until = std::chrono::steady_clock::now() + time;
+    for (;;) {
+        if (std::all_of(feeds.begin(), feeds.end(),
+                        [](const auto& feed) { return feed.second->getIsDone(); }))
+            return true;
+        if (run->waitFor(Milliseconds(1))) return true;
+        if (std::chrono::steady_clock::now() >= until) return false;
+    }
+}
+
+void LiveCore::stop(std::optional<double> seconds) {
+    const auto begin = std::chrono::steady_clock::now();
+    for (bool isOnItsWay = false; !isOnItsWay;) {
+        {
+            const Unlocked unlocked;
+            endFeeds();
+            isOnItsWay = waitForFeeds(kBetweenLooks);
+        }
+        if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+        const auto passed = std::chrono::steady_clock::now() - begin;
+        if (seconds && std::chrono::duration<double>(passed).count() > *seconds) break;
+    }
+    const Unlocked unlocked;
     run->stop();
 }
 
@@ -121,8 +148,8 @@ void LiveCore::endForGood() {
     {
         const Unlocked unlocked;
         if (!run->waitFor(Milliseconds(0))) {
-            for (const auto& [id, feed] : ends->getFeeds())
-                feed->end();
+            endFeeds();
+            (void)waitForFeeds(kLongestEnd);
             run->stop();
             if (!run->waitFor(kLongestEnd)) run->interrupt("the interpreter exits");
             run->waitFor(kLongestEnd);

@@ -9,6 +9,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,8 +32,9 @@ public:
     RunEnds& getEnds() { return *ends; }
     std::shared_ptr<Subscription> observe(const std::string& pattern, pybind11::object callback);
     void close(Subscription& subscription);
-    /// Tells the run to end in order.
-    void stop();
+    /// Tells the run to end in order: no more is fed, and sources give no more when what was fed has gone its
+    /// way, or when the time is over.
+    void stop(std::optional<double> seconds);
     /// Waits in slices, between which who interrupts is heard; true when the run has ended.
     bool wait(std::optional<double> seconds);
     /// Ends it, in order if that is soon done, with all threads; nothing is told any more.
@@ -40,6 +42,8 @@ public:
 
 private:
     void closeAll();
+    void endFeeds();
+    bool waitForFeeds(std::chrono::milliseconds time);
 
     const std::shared_ptr<RunEnds> ends;
     std::unique_ptr<Quillmere::Host::LiveRun> run;

@@ -211,6 +211,11 @@ struct Written {
     std::vector<TableWriter::Group> groups;
 };
 
+/// Whether a column's name ends with its unit already, as those do that were read.
+bool getNamesUnit(const std::string& name, const std::string& unit) {
+    return name.ends_with("[" + unit + "]") || name.ends_with("(" + unit + ")");
+}
+
 Written writtenOf(py::handle time, py::handle values, const Texts& columns,
                   const std::optional<Texts>& units) {
     Written written;
@@ -231,7 +236,7 @@ Written writtenOf(py::handle time, py::handle values, const Texts& columns,
         TableWriter::Group& group = written.groups.emplace_back();
         group.name = columns[i];
         group.columns = {columns[i]};
-        if (units) group.unit = (*units)[i];
+        if (units && !getNamesUnit(columns[i], (*units)[i])) group.unit = (*units)[i];
     }
     return written;
 }

@@ -35,8 +35,7 @@ Value valueOfText(const std::string& text, const std::string& what) {
     if (first == std::string::npos || (text[first] != '[' && text[first] != '{')) return scalarOf(text);
     Complaints complaints;
     const auto read = readValueText(text, what, false, complaints);
-    complaints.raise();
-    return read ? *read : scalarOf(text);
+    return read && complaints.isEmpty() ? *read : scalarOf(text); // who takes it refuses what isn't meant
 }
 
 Value listOf(const py::sequence& items, const std::string& what) {

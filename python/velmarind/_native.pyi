@@ -195,8 +195,8 @@ class Block:
     ) -> dict[str, TimedSamples]:
         """What `push_all` of a `fresh()` block gives. This one stays as it is."""
     def fresh(self) -> Block:
-        """A new block with the settings of this one as they stand, which remembers nothing. Commands that
-        were fired aren't fired again."""
+        """A new block with the settings that were given to this one, which remembers nothing. Commands that
+        were fired before the first row are fired again."""
     def reset(self) -> None:
         """Makes this one as a fresh one; rows count from 0 again."""
 
@@ -275,7 +275,8 @@ def write(
     overwrite: bool = False,
 ) -> None:
     """Writes a table as a result is written: beside its final name, renamed when it is whole, and over nothing
-    that no run has made unless `overwrite`. A row of not-a-numbers alone in one column is an empty cell."""
+    that no run has made unless `overwrite`. Not-a-number is an empty cell. A name
+    that ends with its unit gets no other."""
 
 # Graphs.
 
@@ -448,8 +449,8 @@ class LiveRun:
     def statistics(self) -> Sequence[str]:
         """Lines for people: what each block and link has done."""
     def stop(self, timeout: float | None = None) -> bool:
-        """Ends it in order: sources give no more, what is in the links comes out, results are whole. Waits
-        for that so many seconds; True when it has ended."""
+        """Ends it in order: what was fed goes its way, sources give no more, what is in the links comes out,
+        results are whole. Waits for that so many seconds; True when it has ended."""
     def interrupt(self, reason: str = "interrupted") -> None:
         """Ends it at once."""
     def wait(self, timeout: float | None = None) -> bool:

@@ -127,6 +127,7 @@ def test_refusals_say_what_was_found_and_expected():
     assert error.nearest == "FilterButterworth"
     error = refusal(lambda: smooth().set("Order", 99))
     assert (error.property, error.expected) == ("Order", "a whole number from 0 to 10")
+    assert error.block == "block"
     assert len(error.complaints) == 1
     assert "without fs" in str(refusal(lambda: Block("FilterButterworth", SMOOTH)))
     assert len(refusal(lambda: Block("FilterGain", {"Gian": 1, "Giam": 2})).complaints) == 2

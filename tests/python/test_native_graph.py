@@ -80,6 +80,7 @@ def test_descriptions():
     values = graph.run(rows(20))["tables"]["out"]["values"]
     assert values[5].tolist() == [20.0, 22.0] and values[15].tolist() == [15.0, 15.5]
     assert refusal(lambda: graph.changed(set={"gian.Gain": 1})).nearest == "gain"
+    assert "[b].csv" in graph.changed(outputs={"out": "[b].csv"}).text()
 
 
 def test_what_progress_raises_ends_the_run():
@@ -106,6 +107,9 @@ def test_a_recording_is_written_and_read(tmp_path):
     assert reading["rate"] == 100.0 and reading["source"]["rows"] == 3
     assert _native.read(path, columns=["force"])["table"]["values"].tolist() == [[0.1], [0.2], [1 / 3]]
     assert _native.inspect(path)["rows"] == 3
+    again = str(tmp_path / "again.csv")
+    _native.write(again, table["time"], table["values"], table["columns"], units=table["units"])
+    assert open(again).read() == open(path).read()
     with pytest.raises(Error, match="walk2"):
         _native.read(str(tmp_path / "walk2.csv"))
     assert "exp" in str(refusal(lambda: _native.read(path, {"onBadRw": "skip"})))
@@ -146,12 +150,20 @@ def test_rows_are_fed_to_a_live_run_and_taken_out():
     assert "takes no more" in str(refusal(lambda: run.feed("in", [[1.0, 1.0]])))
 
 
+def test_what_was_fed_comes_out_before_a_run_is_stopped():
+    run = fed()
+    run.feed("in", np.ones((5000, 2)))
+    assert run.stop(60.0)
+    assert len(run.read("out")["time"]) == 5000
+
+
 def test_a_live_run_refuses_by_name():
     run = fed()
     assert refusal(lambda: run.get("gain.Gian")).nearest
     assert "3 columns" in str(refusal(lambda: run.feed("in", [[1.0, 2.0, 3.0]])))
     assert refusal(lambda: run.take("uot")).nearest == "out"
     assert "goes on" in str(refusal(run.outcome))
+    assert "can't be called" in str(refusal(lambda: run.observe("*", 3)))
     assert {state["name"] for state in run.list("gain.*")} == {"gain.Gain"}
     assert run.stop(20.0)
 
