@@ -33,8 +33,8 @@ def is_index(x: object) -> bool:
 
 
 def array_of(x: Any) -> Floats:
-    """The numbers, in place where they are 64-bit floats one behind the other already; what a mask hides, and what
-    pandas has as missing, is not-a-number. Raises `Error` for what holds other things than numbers."""
+    """The numbers, in place where they are 64-bit floats one behind the other already; what a mask hides, and
+    what pandas has as missing, is not-a-number. Raises `Error` for what holds other things than numbers."""
     if is_pandas(x):
         parts = [x] if x.ndim == 1 else [x.iloc[:, number] for number in range(x.shape[1])]
         strange = next((part for part in parts if not _is_numeric(part)), None)
@@ -59,7 +59,9 @@ def _is_numeric(part: Any) -> bool:
     return bool(types.is_numeric_dtype(part.dtype) and not types.is_complex_dtype(part.dtype))
 
 
-def _no_numbers(found: str, expected: str = "numbers; choose its columns of numbers, or convert them") -> Error:
+def _no_numbers(
+    found: str, expected: str = "numbers; choose its columns of numbers, or convert them"
+) -> Error:
     return Error(f"found {found}; expected {expected}", found=found, expected="numbers")
 
 
@@ -78,8 +80,8 @@ def require_upright(values: Floats, what: str = "x") -> None:
     rows, columns = values.shape
     if rows <= _FEW_ROWS and columns >= _MANY_COLUMNS:
         raise Error(
-            f"found {what} of {rows} rows and {columns} columns; expected time down the rows and channels side by"
-            f" side; did you mean its transposition, {what}.T? (Rows that are really so wide go in as"
+            f"found {what} of {rows} rows and {columns} columns; expected time down the rows and channels"
+            f" side by side; did you mean its transposition, {what}.T? (Rows that are really so wide go in as"
             f" {what}[:, None, :])",
             found=f"{rows} rows and {columns} columns",
             expected="time down the rows",
@@ -112,13 +114,16 @@ def rate_of_times(times: Floats) -> float:
         raise Error("found one time; expected two at least, which tell a rate", found="one time")
     lost = np.flatnonzero(~np.isfinite(times))
     if lost.size > 0:
-        raise Error(f"found a time in row {lost[0]} that is no number; expected times in all rows; drop such rows",
-                    found="a time that is no number", expected="times in all rows")
+        raise Error(
+            f"found a time in row {lost[0]} that is no number; expected times in all rows; drop such rows",
+            found="a time that is no number",
+            expected="times in all rows",
+        )
     back = int(np.argmin(steps))
     if not steps[back] >= 0 or times[-1] == times[0]:
         raise Error(
-            f"found a time index that goes back behind row {back} (at {times[back]:g} s); expected times that grow;"
-            " drop those rows, or let velmarind.read repair them (backwards='drop')",
+            f"found a time index that goes back behind row {back} (at {times[back]:g} s); expected times that"
+            " grow; drop those rows, or let velmarind.read repair them (backwards='drop')",
             found="times that go back",
             expected="times that grow",
         )

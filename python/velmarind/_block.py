@@ -190,7 +190,8 @@ class Block(_native.Block):
             x = given.pop(main, None)
         if x is None:
             wanted = "a number of steps" if main is None else "rows"
-            raise Error(f"found nothing for '{main or 'x'}'; expected {wanted}", block=self.id, found="nothing")
+            text = f"found nothing for '{main or 'x'}'; expected {wanted}"
+            raise Error(text, block=self.id, found="nothing")
         strange = next((name for name in given if name not in self.inputs), None)
         if strange is not None:
             raise unknown("input", strange, map(identifier, self.inputs), self.id)

@@ -118,8 +118,8 @@ def run_chain(x: Any, fs: float | None, steps: Sequence[Step]) -> Any:
 
 
 def tables_of(graph: Graph, data: dict[str, Any]) -> Any:
-    """The results of a graph of a task over what is in memory. That one of them is empty is no surprise here, and not
-    warned of."""
+    """The results of a graph of a task over what is in memory. That one of them is empty is no surprise here,
+    and not warned of."""
     description = graph.description
     feeding = feeding_of(data, None, description, Folder())
     return result_of(graph.native.run(feeding.memory, list(description["sinks"])), ()).tables

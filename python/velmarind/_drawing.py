@@ -53,7 +53,8 @@ def _box(place: tuple[int, int], id: str, type_name: str) -> str:
         f'<rect x="{x}" y="{y}" width="{_WIDTH}" height="{_HEIGHT}" rx="6" fill="#f4f6f8" stroke="#56707f"/>'
         f'<text x="{x + 8}" y="{y + 18}" font-weight="bold">{escape(id)}</text>'
         f'<text x="{x + 8}" y="{y + 34}" fill="#56707f" font-size="10"'
-        f' textLength="{min(_WIDTH - 16, 6 * len(type_name))}" lengthAdjust="spacingAndGlyphs">{escape(type_name)}</text>'
+        f' textLength="{min(_WIDTH - 16, 6 * len(type_name))}" lengthAdjust="spacingAndGlyphs">'
+        f"{escape(type_name)}</text>"
     )
 
 

@@ -10,7 +10,17 @@ import numpy as np
 
 from velmarind._arrays import as_given, need_rate, number_of, rate_for
 from velmarind._block import block
-from velmarind._chains import Step, at_rows, chain_graph, clock_of, column_of, one_channel, spells_of, tables_of, task
+from velmarind._chains import (
+    Step,
+    at_rows,
+    chain_graph,
+    clock_of,
+    column_of,
+    one_channel,
+    spells_of,
+    tables_of,
+    task,
+)
 from velmarind._graph import Graph
 from velmarind._log import warn
 from velmarind._results import Result

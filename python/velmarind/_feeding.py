@@ -27,7 +27,8 @@ class Feeding:
 
     memory: dict[str, MemoryData] = field(default_factory=dict)
     files: dict[str, str] = field(default_factory=dict)
-    settings: dict[str, str | None] = field(default_factory=dict)  # of sources whose file isn't the one they were told of
+    settings: dict[str, str | None] = field(default_factory=dict)
+    """Of sources whose file isn't the one that they were told of."""
 
 
 class Folder:
@@ -69,8 +70,8 @@ def feeding_of(data: Any, fs: Any, description: Mapping[str, Any], folder: Folde
         else:
             if len(pins) != 1:
                 raise Error(
-                    f"found one array for the {len(pins)} pins of '{source}' ({', '.join(pins)}); expected a dict"
-                    f" by pin, as {{'{source}': {{'{(pins or ['accel'])[0]}': array}}}}",
+                    f"found one array for the {len(pins)} pins of '{source}' ({', '.join(pins)}); expected a"
+                    f" dict by pin, as {{'{source}': {{'{(pins or ['accel'])[0]}': array}}}}",
                     block=source, found="one array", expected="a dict by pin")
             feeding.memory[source] = _of_pins({pins[0]: given}, fs, source, pins)
     return feeding
@@ -130,18 +131,22 @@ def _of_pins(given: Mapping[str, Any], fs: Any, source: str, pins: list[str]) ->
 
 # What a source was told of the form of its own file, which isn't that of the tables that are written here.
 _OF_THE_FORM = (
-    "separator", "decimal", "comment", "skipLines", "headerRows", "unitsRow", "profile", "data", "rate", "timeUnit",
-    "timeFormat", "timeStart", "counterBits", "wholeSeconds",
+    "separator", "decimal", "comment", "skipLines", "headerRows", "unitsRow", "profile", "data", "rate",
+    "timeUnit", "timeFormat", "timeStart", "counterBits", "wholeSeconds",
 )
 
 
-def _write(table: Any, fs: Any, source: str, description: Mapping[str, Any], folder: Folder, feeding: Feeding) -> None:
-    """A table as a file, which the source reads by its own columns and repairs; numbers come back to the same bits."""
+def _write(
+    table: Any, fs: Any, source: str, description: Mapping[str, Any], folder: Folder, feeding: Feeding
+) -> None:
+    """A table as a file, which the source reads by its own columns and repairs; numbers come back to the
+    bit."""
     frame = table.to_frame() if table.ndim == 1 else table
     values = array_of(frame)
     times = _times_for(table, fs, len(values), source)
     names = [str(name) for name in frame.columns]
-    time_name = next(name for name in ("t", *(f"t{number}" for number in range(len(names) + 1))) if name not in names)
+    time_names = ["t", *(f"t{number}" for number in range(len(names)))]
+    time_name = next(name for name in time_names if name not in names)
     units = frame.attrs.get("units", {})
     path = os.path.join(folder.path(), f"{source}.csv")
     _native.write(path, times, values, names, time_name, [units.get(name, "") for name in names])

@@ -17,8 +17,8 @@ def pyplot() -> Any:
         import matplotlib.pyplot
     except ImportError as error:
         raise Error(
-            "found no Matplotlib; expected it for pictures; install it (python3-matplotlib), or write what you"
-            " have with velmarind.write and draw it with 'quillmere plot'",
+            "found no Matplotlib; expected it for pictures; install it (python3-matplotlib), or write what"
+            " you have with velmarind.write and draw it with 'quillmere plot'",
             found="no Matplotlib",
         ) from error
     return matplotlib.pyplot

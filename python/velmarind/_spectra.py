@@ -20,7 +20,7 @@ _WINDOWS = {
     "hamming": ("FilterHammingWindow", 1 / 0.54),
     "blackman": ("FilterBlackmanWindow", 1 / 0.42),
 }
-# The transform takes rows times the largest prime factor of their number: more than seconds' worth is refused.
+# A transform takes rows times the largest prime factor of their number: more than seconds' worth is refused.
 _MOST_WORK = 2e9
 
 
@@ -64,8 +64,8 @@ def _frames_of(columns: Floats, rate: float, frame: float | None, hop: float | N
     step = max(rows // 2, 1) if hop is None else round(float(hop) * rate)
     if rows < 2 or step < 1 or count < rows:
         raise Error(
-            f"found {count} rows for frames of {rows}; expected 2 rows a frame at least, and as many as a frame"
-            " has; choose another frame or hop", found=f"{count} rows", expected="rows for a frame")
+            f"found {count} rows for frames of {rows}; expected 2 rows a frame at least, and as many as a"
+            " frame has; choose another frame or hop", found=f"{count} rows", expected="rows for a frame")
     begins = np.arange(0, count - rows + 1, step)
     windows = np.lib.stride_tricks.sliding_window_view(columns, rows, axis=0)[begins]
     return np.moveaxis(windows, 2, 1), begins + rows - 1

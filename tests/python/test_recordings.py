@@ -12,7 +12,7 @@ HAND = "examples/recordings/rest-tremor.csv"
 def test_a_recording_is_a_table():
     hand = velmarind.read(HAND)
     want = pd.read_csv(HAND).set_index("timestamp")
-    assert hand.attrs["rate"] == 92.7743
+    assert hand.index.name == "timestamp" and hand.attrs["rate"] == 92.7743
     assert np.array_equal(hand.index, want.index) and list(hand.columns) == list(want.columns)
     assert np.array_equal(hand.to_numpy(), want.to_numpy())
     assert hand.attrs["source"]["file"] == HAND and hand.attrs["source"]["form"]
