@@ -10,6 +10,8 @@
 #include "host/batch/BatchRun.h"
 #include "host/batch/BatchSummary.h"
 #include "host/batch/ResultFolder.h"
+#include "host/batch/ShellWords.h"
+#include "host/batch/SlurmScript.h"
 #include "host/graph/Graph.h"
 #include "host/graph/GraphPlugins.h"
 #include "host/text/Counted.h"
@@ -23,7 +25,9 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -36,6 +40,8 @@ namespace {
 constexpr const char* kIn = "--in";
 constexpr const char* kPlanBegin = "quillmere run ";
 constexpr std::int64_t kMostJobs = 1024;
+constexpr std::int64_t kMostPerTask = 1'000'000;
+constexpr const char* kSlurm = "slurm";
 
 std::size_t coreCount() {
     cpu_set_t cores;
@@ -77,6 +83,12 @@ std::string checkStatistic(const std::string& text) {
         .getText();
 }
 
+std::string checkEngine(const std::string& text) {
+    if (text == kSlurm) return {};
+    return Complaint::unknown({}, "the engine '" + printable(text, kLongestName) + "'", text, {kSlurm})
+        .getText();
+}
+
 /// The options of a call as its words have them.
 GraphArguments argumentsOf(const BatchPlan::Entry& entry) {
     GraphArguments arguments;
@@ -109,6 +121,7 @@ BatchCommand::BatchCommand(CLI::App& command) {
     enterRecordings(command);
     enterRules(command);
     enterResults(command);
+    enterEngine(command);
     arguments.enterChanges(command);
     arguments.enterRules(command);
     command.add_flag("--quiet", isQuiet, "Print failures only.");
@@ -172,6 +185,27 @@ void BatchCommand::enterResults(CLI::App& command) {
         ->needs(page);
 }
 
+void BatchCommand::enterEngine(CLI::App& command) {
+    CLI::Option* const cluster =
+        command
+            .add_option("--engine", engine,
+                        "With --plan: let a cluster with Slurm run it, by an array of jobs.")
+            ->type_name("slurm")
+            ->check(checkEngine)
+            ->needs("--plan");
+    command
+        .add_option("--per-task", perTask, "So many recordings for each job of the array; 50 if not said.")
+        ->type_name("N")
+        ->check(wholeNumber(1, kMostPerTask))
+        ->needs(cluster);
+    command.add_option("--slurm", slurm, "Options of sbatch, as in 'time=01:00:00 mem=2G cpus-per-task=4'.")
+        ->type_name("NAME=VALUE...")
+        ->needs(cluster);
+    CLI::Option* const print =
+        command.add_flag("--print", prints, "Print the script, which sbatch takes.")->needs(cluster);
+    cluster->needs(print)->excludes(command.get_option("--lines"));
+}
+
 void BatchCommand::checkOptions() const {
     const auto require = [](bool isGiven, const char* what, const char* value) {
         if (!isGiven) throw UsageError({{}, std::string("no ") + what, value});
@@ -199,6 +233,10 @@ ExitCode BatchCommand::run() {
     }
     const BatchPlan entries = plan();
     if (!planFile.empty() && !arguments.graph.empty()) return writePlan(entries);
+    if (!engine.empty()) {
+        printScript(entries);
+        return kDone;
+    }
     if (isDry && !resumes) {
         std::cout << entries.toText();
         std::cerr << counted(entries.entries.size(), "recording") << " to run\n";
@@ -302,8 +340,24 @@ ExitCode BatchCommand::writePlan(const BatchPlan& made) const {
         .isOfGraph = false};
     checkSideFile("--plan", planFile, options);
     if (!writeSideFile(planFile, options, written.toText())) return kFailedMidway;
-    if (!isQuiet) std::cout << counted(written.entries.size(), "recording") << " in " << planFile << "\n";
+    if (!engine.empty())
+        printScript(written);
+    else if (!isQuiet)
+        std::cout << counted(written.entries.size(), "recording") << " in " << planFile << "\n";
     return kDone;
+}
+
+/// Jobs count lines of the file, which somebody may have edited: empty ones, too.
+void BatchCommand::printScript(const BatchPlan& planned) const {
+    std::ifstream file(planFile, std::ios::binary);
+    const auto ends =
+        std::count(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>(), '\n');
+    SlurmWishes wishes{.plan = planFile, .perTask = perTask};
+    // The last one may lack its end.
+    wishes.lines = std::max(planned.entries.size(), static_cast<std::size_t>(ends));
+    wishes.name = "quillmere";
+    wishes.options = splitShellLine(slurm).value_or(std::vector<std::string>{slurm});
+    std::cout << slurmScript(wishes);
 }
 
 ExitCode BatchCommand::runPlan(const BatchPlan& entries) const {

@@ -221,6 +221,8 @@ private:
     std::string sourceOf(const Quillmere::Host::BlockCatalogue& catalogue) const;
     std::vector<std::string> wordsForEach() const;
     ExitCode writePlan(const Quillmere::Host::BatchPlan& plan) const;
+    void printScript(const Quillmere::Host::BatchPlan& plan) const;
+    void enterEngine(CLI::App& command);
     ExitCode runPlan(const Quillmere::Host::BatchPlan& plan) const;
     ExitCode tell(const Quillmere::Host::BatchPlan& plan, const Quillmere::Host::BatchRun& batch,
                   double seconds) const;
@@ -237,6 +239,10 @@ private:
     std::vector<std::string> watched;
     std::string picture;
     std::vector<std::string> statistics;
+    std::string engine; ///< Empty for processes of our own.
+    std::size_t perTask = 50;
+    std::string slurm; ///< Options of `sbatch` without dashes, blanks between them.
+    bool prints = false;
     std::size_t jobs = 0; ///< 0 for as many as there are cores.
     bool resumes = false;
     bool keepsChanged = false;

@@ -190,6 +190,46 @@ TEST_F(Batch, ThePlanIsAFileThatIsRunInParts) {
     EXPECT_EQ(call({"batch", "--plan", "plan.txt", "--lines", "3-2"}).exitCode, 2);
 }
 
+/// A stand-in for Slurm: the script is run as a task of each number would run it.
+TEST_F(Batch, AnArrayOfSlurmRunsThePlan) {
+    const Ended script = batch({"--plan", "plan.txt", "--engine", "slurm", "--per-task", "2", "--slurm",
+                                "time=00:10:00 mem=1G", "--print"});
+    EXPECT_EQ(script.exitCode, 0) << script.err;
+    EXPECT_NE(script.out.find("#SBATCH --array=1-2\n#SBATCH --job-name=quillmere\n#SBATCH --time=00:10:00\n"
+                              "#SBATCH --mem=1G\n"),
+              std::string::npos)
+        << script.out;
+    EXPECT_EQ(call({"batch", "--plan", "plan.txt", "--engine", "slurm", "--per-task", "2", "--slurm",
+                    "time=00:10:00 mem=1G", "--print"})
+                  .out,
+              script.out)
+        << "of a plan that is there, the same";
+    EXPECT_FALSE(folder.has("results"));
+    folder.write("array.sh", script.out);
+    std::filesystem::create_directory(folder.path("bin"));
+    std::filesystem::create_symlink(std::filesystem::canonical(QUILLMERE), folder.path("bin/quillmere"));
+    const std::string path = "PATH=" + folder.path("bin") + ":$PATH ";
+    const auto task = [&](const std::string& number) {
+        return Support::runProgram(
+            {"/bin/sh", "-c",
+             path + "SLURM_ARRAY_TASK_ID=" + number + " SLURM_CPUS_PER_TASK=2 bash array.sh"},
+            folder.path(""));
+    };
+    EXPECT_TRUE(task("2").out.starts_with("1 recording: 1 done, 0 failed"));
+    EXPECT_FALSE(folder.has("results/p1/a"));
+    EXPECT_TRUE(task("1").out.starts_with("2 recordings: 2 done, 0 failed"));
+    EXPECT_TRUE(task("1").out.starts_with("2 recordings: 2 done (2 before)")) << "a job that is requeued";
+    EXPECT_EQ(call({"batch", "--collect", "--out", "results"}).exitCode, 0);
+    folder.write("plan.txt", "\n\n" + folder.read("plan.txt"));
+    EXPECT_NE(call({"batch", "--plan", "plan.txt", "--engine", "slurm", "--per-task", "2", "--print"})
+                  .out.find("--array=1-3\n"),
+              std::string::npos)
+        << "lines that are empty count";
+    EXPECT_EQ(batch({"--engine", "slurm", "--print"}).exitCode, 2) << "without a plan";
+    EXPECT_EQ(batch({"--plan", "plan.txt", "--engine", "slurm"}).exitCode, 2) << "nobody would see it";
+    EXPECT_EQ(batch({"--plan", "plan.txt", "--engine", "slrum", "--print"}).exitCode, 2);
+}
+
 TEST_F(Batch, TheSummaryIsMadeAnewToTheByte) {
     ASSERT_EQ(batch({"--statistic", "mean,p95"}).exitCode, 0);
     const std::string summary = folder.read("results/summary.csv");
