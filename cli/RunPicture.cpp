@@ -4,6 +4,7 @@
 #include "cli/SideFile.h"
 #include "cli/UsageError.h"
 #include "host/ends/StandardStream.h"
+#include "host/report/SpectrumFinder.h"
 #include "host/picture/PictureFile.h"
 #include "host/text/Printable.h"
 
@@ -76,8 +77,16 @@ void keepFromPicture(const std::string& option, const std::string& path, const J
 
 RunPicture::RunPicture(Job& job) : title(job.getDescription().name) {
     if (title.empty()) title = std::filesystem::path(job.getDescription().path).filename().string();
-    for (const Graph::Node& node : job.getGraph().getNodes())
-        if (auto* const sink = dynamic_cast<RecordingSink*>(node.block.get())) results.emplace_back(*sink);
+    const Graph& graph = std::as_const(job).getGraph();
+    ManualShelf manuals(graph.getCatalogue());
+    SpectrumFinder spectra(graph.getNodes(), graph.getSourceRates(), manuals);
+    for (const Graph::Node& node : graph.getNodes()) {
+        auto* const sink = dynamic_cast<RecordingSink*>(node.block.get());
+        if (sink == nullptr) continue;
+        ResultCurves& result = results.emplace_back(*sink);
+        for (std::size_t pin = 0; pin < sink->getInputPins().size(); ++pin)
+            result.setRowRate(pin, spectra.rowRateAt(*sink->getInputPins()[pin]).value_or(0.0));
+    }
 }
 
 bool RunPicture::write(const std::string& path, bool overwrites) const {

@@ -51,9 +51,11 @@ private:
                 takeOutputs(entry.value);
             else if (entry.key == "times")
                 takeTimes(entry.value);
+            else if (entry.key == "rows")
+                takeRows(entry.value);
             else
                 complaints.add(entry.where, "the key '" + entry.key + "'",
-                               "settings, inputs, outputs or times");
+                               "settings, inputs, outputs, times or rows");
         }
     }
 
@@ -164,6 +166,19 @@ private:
             else
                 complaints.add(entry.value.where, entry.value.describe(),
                                "same, none, {step: SETTING} or {rate: SETTING}");
+        }
+    }
+
+    void takeRows(const Value& value) {
+        if (!getIsMap(value)) return;
+        for (const Value::Entry& entry : value.entries) {
+            const std::string word = entry.value.isScalar() ? entry.value.text : "";
+            if (word == "same")
+                manual.outputRows.emplace(entry.key, BlockManual::OutputRows::Same);
+            else if (word == "frequencies")
+                manual.outputRows.emplace(entry.key, BlockManual::OutputRows::Frequencies);
+            else
+                complaints.add(entry.value.where, entry.value.describe(), "same or frequencies");
         }
     }
 

@@ -33,6 +33,12 @@ struct QUILLMERE_API BlockManual {
         std::map<std::string, TimeUnit> choices = {};
     };
 
+    /// What the rows are of a sample that an output sends.
+    enum class OutputRows {
+        Same,       ///< Row k stands for what row k of the main input's sample does.
+        Frequencies ///< Of a frame: row k of m for k times the rate of the frame's rows over 2 m.
+    };
+
     /// The unit of what an output sends.
     struct OutputUnit {
         std::string input = {}; ///< That of what comes there; empty for the main input.
@@ -43,6 +49,7 @@ struct QUILLMERE_API BlockManual {
     std::map<std::string, OutputRate> outputs = {};
     bool takesAnyTimes = false; ///< Whether samples needn't come evenly, though a setting counts them.
     std::map<std::string, SettingUnit> settingUnits = {}; ///< Of settings in seconds or hertz.
+    std::map<std::string, OutputRows> outputRows = {};    ///< Of outputs that anything is told of.
     std::map<std::string, OutputUnit> outputUnits = {};   ///< Of outputs that keep a unit.
     std::map<std::string, std::string> inputUnits = {};   ///< Of inputs that take one unit only.
 

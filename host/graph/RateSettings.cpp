@@ -32,7 +32,11 @@ void RateSettings::measureSources() {
         std::any_of(parts.nodes.begin(), parts.nodes.end(), [&](const GraphParts::Node& node) {
             if (node.block == nullptr || node.hostBlock != nullptr) return false;
             const BlockManual& manual = values.getFinder().getManual(node.description->type);
-            return !manual.settings.empty() || !manual.inputs.empty();
+            const auto getIsSpectrum = [](const auto& rows) {
+                return rows.second == BlockManual::OutputRows::Frequencies;
+            };
+            return !manual.settings.empty() || !manual.inputs.empty() ||
+                   std::any_of(manual.outputRows.begin(), manual.outputRows.end(), getIsSpectrum);
         });
     if (!isOfUse) return;
     for (const GraphParts::Node& node : parts.nodes) {

@@ -29,6 +29,8 @@ struct QUILLMERE_API Curve {
     std::string name; ///< Without its unit.
     std::string unit; ///< Empty where nobody states it.
     double scale = 1.0;
+    /// Of a column of spectra how many hertz it is from the next one; 0 where nobody knows.
+    double hertzApart = 0.0;
     Envelope envelope;
     double sum = 0.0; ///< Of the values that are finite.
     /// Over another column than the times, whose values go to and fro: the way through the samples as they

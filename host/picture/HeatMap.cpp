@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "host/picture/HeatMap.h"
 
+#include "host/picture/HeatScale.h"
 #include "host/picture/Palette.h"
+#include "host/picture/PanelPainter.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -23,18 +24,9 @@ constexpr std::size_t kMostColumns = 400;
 constexpr std::size_t kMostRows = 150; // some of which share a place in a panel
 constexpr double kColours = 48.0;
 
-/// The smallest and the largest value of all rows.
-std::pair<double, double> rangeOf(const Picture& picture, const Panel& panel) {
-    double low = std::numeric_limits<double>::infinity();
-    double high = -low;
-    for (const Panel::Item& item : panel.curves)
-        for (const Piece& piece : picture.getCurve(item).envelope.getPieces()) {
-            low = std::min(low, piece.smallest);
-            high = std::max(high, piece.largest);
-        }
-    if (!(low <= high)) return {0.0, 1.0};
-    if (low > 0.0) low = 0.0; // amplitudes count from nothing
-    return {low, high > low ? high : low + 1.0};
+HeatScale scaleOf(const Picture& picture, const Panel& panel) {
+    const auto extremes = extremesOf(picture, panel);
+    return extremes ? HeatScale(extremes->first, extremes->second) : HeatScale(1.0, 0.0);
 }
 
 /// Where columns begin and end, by the times of a row: each reaches halfway to its neighbours, but not across
@@ -63,7 +55,7 @@ std::vector<std::pair<double, double>> columnsOf(const Envelope& row) {
 
 void paintHeat(Canvas& canvas, const Picture& picture, const Panel& panel, const Scale& across,
                const Scale& up) {
-    const auto [low, high] = rangeOf(picture, panel);
+    const HeatScale scale = scaleOf(picture, panel);
     const auto columns = columnsOf(picture.getCurve(panel.curves.front()).envelope);
     if (columns.empty()) return;
     const std::size_t count = panel.curves.size();
@@ -88,7 +80,7 @@ void paintHeat(Canvas& canvas, const Picture& picture, const Panel& panel, const
             if (!values[i]) continue;
             const double x = std::max(across.getPlace(columns[i].first), across.from);
             const double end = std::min(across.getPlace(columns[i].second), across.to);
-            const auto colour = static_cast<int>(std::lround((*values[i] - low) / (high - low) * kColours));
+            const auto colour = static_cast<int>(std::lround(scale.getPart(*values[i]) * kColours));
             std::vector<Canvas::Box>& row = boxes[colour];
             // Neighbours of one colour are one box.
             if (!row.empty() && row.back().y == top && std::fabs(row.back().x + row.back().width - x) < 0.05)
@@ -104,20 +96,22 @@ void paintHeat(Canvas& canvas, const Picture& picture, const Panel& panel, const
 void paintHeatLegend(Canvas& canvas, const Picture& picture, const Panel& panel, double right, double line) {
     constexpr double kLength = 120.0;
     constexpr double kSize = 11.0;
-    const auto [low, high] = rangeOf(picture, panel);
+    const HeatScale scale = scaleOf(picture, panel);
     const auto label = [&](double value) {
         char text[40];
         std::snprintf(text, sizeof text, "%.3g", value);
         return text + (panel.unit.empty() ? "" : " " + panel.unit);
     };
-    const std::string highest = label(high);
+    const std::string highest = label(scale.getHigh());
     const double end = right - widthOf(highest, kSize) - 6.0;
     constexpr int kSteps = 24;
     for (int i = 0; i < kSteps; ++i)
         canvas.fillBoxes({{end - kLength + i * kLength / kSteps, line - 9.0, kLength / kSteps, 9.0}},
                          Palette::heatOf(static_cast<double>(i) / (kSteps - 1)));
     canvas.write({right, line}, highest, {.size = kSize, .anchor = Canvas::Letters::Anchor::End});
-    canvas.write({end - kLength - 6.0, line}, label(low),
+    char depth[40];
+    std::snprintf(depth, sizeof depth, "%.0f dB below", HeatScale::kDepth);
+    canvas.write({end - kLength - 6.0, line}, scale.getIsDecibels() ? depth : label(scale.getLow()),
                  {.size = kSize, .anchor = Canvas::Letters::Anchor::End});
 }
 

@@ -170,11 +170,16 @@ Panel panelOf(const Picture& picture, const std::vector<std::string>& wishes) {
     return panel;
 }
 
-/// What the rows of a heat map stand for, and which of them are drawn.
-void cutRows(Panel& panel, const PictureWishes& wishes) {
+/// What the rows of a heat map stand for, and which of them are drawn. `firstApart`: the hertz from the first
+/// column to the next, where they are known.
+void cutRows(Panel& panel, const PictureWishes& wishes, double firstApart) {
     if (wishes.rowsApart > 0.0) {
         panel.rowsApart = wishes.rowsApart;
         panel.rowsUnit = wishes.rowsUnit;
+    }
+    if (wishes.rowsApart == 0.0 && firstApart > 0.0) {
+        panel.rowsApart = firstApart;
+        panel.rowsUnit = "Hz";
     }
     std::vector<Panel::Item> kept;
     double begin = 0.0;
@@ -246,7 +251,8 @@ Picture arrange(std::vector<CurveTable> tables, const PictureWishes& wishes) {
     }
     for (std::size_t i = 0, count = picture.panels.size(); i < count; ++i) {
         if (picture.panels[i].kind != Panel::Kind::Heat) continue;
-        cutRows(picture.panels[i], wishes);
+        const Curve& first = picture.getCurve(picture.panels[i].curves.front());
+        cutRows(picture.panels[i], wishes, first.hertzApart);
         const Panel heat = picture.panels[i]; // the list grows
         if (!wishes.spectraAt.empty() && !heat.curves.empty()) addSpectra(picture, wishes, heat);
     }

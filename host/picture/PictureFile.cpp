@@ -2,6 +2,7 @@
 #include "host/picture/PictureFile.h"
 
 #include "host/ends/StandardStream.h"
+#include "host/recording/ContentSeal.h"
 #include "host/picture/PagePainter.h"
 #include "host/picture/SvgCanvas.h"
 #include "host/text/NearestName.h"
@@ -69,7 +70,9 @@ std::string drawPicture(const Picture& picture, PictureForm form) {
 #endif
     SvgCanvas canvas(painter.getWidth(), painter.getHeight(), picture.title, painter.getDescription());
     painter.paint(canvas);
-    return canvas.getText();
+    std::string text = canvas.getText();
+    ContentSeal::close(text);
+    return text;
 }
 
 bool getIsPicture(std::string_view head) {

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "host/picture/PngCanvas.h"
 
+#include "host/recording/ContentSeal.h"
 #include "host/text/Printable.h"
 
 #include <cairo.h>
 
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <new>
 #include <numbers>
@@ -20,8 +22,37 @@ constexpr double kPixelsToAUnit = 2.0;
 // The signature, and the first chunk, which every such file begins with, and which is as long in each.
 constexpr std::size_t kBytesInFront = 8 + 25;
 constexpr std::size_t kPlaceOfMark = kBytesInFront;
-/// A chunk `tEXt`: its length, its name, what it says and its checksum.
-constexpr std::string_view kMark = "\0\0\0\x17tEXtSoftware\0quillmere plot\xBE\x56\xB9\xF3"sv;
+/// By this a picture is known again: the begin of a chunk `tEXt`, behind its length.
+constexpr std::string_view kMark = "tEXtSoftware\0quillmere plot, "sv;
+
+/// Most significant byte first.
+std::string bytesOf(std::uint32_t number) {
+    std::string bytes;
+    for (const unsigned shift : {24u, 16u, 8u, 0u})
+        bytes += static_cast<char>(number >> shift & 0xFFu);
+    return bytes;
+}
+
+/// The checksum of a chunk (PNG specification, annex D), bit by bit: a chunk is short.
+std::uint32_t checksumOf(std::string_view bytes) {
+    std::uint32_t sum = 0xFFFFFFFFu;
+    for (const char byte : bytes) {
+        sum ^= static_cast<unsigned char>(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            sum = (sum & 1u) != 0 ? 0xEDB88320u ^ (sum >> 1) : sum >> 1;
+    }
+    return ~sum;
+}
+
+/// A chunk that says whose picture it is, and seals what is behind it; its checksum is that of the whole seal.
+void mark(std::string& picture) {
+    const std::string text = std::string(kMark) + ContentSeal::getBlank();
+    picture.insert(kPlaceOfMark, bytesOf(static_cast<std::uint32_t>(text.size() - 4)) + text + bytesOf(0));
+    ContentSeal::close(picture);
+    const std::size_t begin = kPlaceOfMark + 4;
+    const std::uint32_t sum = checksumOf(std::string_view(picture).substr(begin, text.size()));
+    picture.replace(begin + text.size(), 4, bytesOf(sum));
+}
 
 cairo_status_t append(void* target, const unsigned char* bytes, unsigned int count) {
     try {
@@ -131,13 +162,13 @@ std::string PngCanvas::getBytes() const {
     if (cairo_status(surface->cairo) != CAIRO_STATUS_SUCCESS ||
         cairo_surface_write_to_png_stream(surface->image, append, &bytes) != CAIRO_STATUS_SUCCESS)
         throw std::bad_alloc();
-    bytes.insert(kPlaceOfMark, kMark);
+    mark(bytes);
     return bytes;
 }
 
 bool PngCanvas::getIsOwn(std::string_view head) {
-    return head.starts_with("\x89PNG") && head.size() > kPlaceOfMark &&
-           head.substr(kPlaceOfMark).starts_with(kMark);
+    return head.starts_with("\x89PNG") && head.size() > kPlaceOfMark + 4 &&
+           head.substr(kPlaceOfMark + 4).starts_with(kMark);
 }
 
 } // namespace Quillmere::Host

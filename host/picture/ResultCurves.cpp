@@ -7,7 +7,8 @@
 namespace Quillmere::Host {
 
 ResultCurves::ResultCurves(RecordingSink& sink)
-    : name(sink.getName()), groups(sink.getGroups()), curves(groups.size()) {
+    : name(sink.getName()), groups(sink.getGroups()), curves(groups.size()), rowRates(groups.size(), 0.0),
+      elements(groups.size(), 0) {
     sink.addWatcher(*this);
 }
 
@@ -16,17 +17,18 @@ void ResultCurves::takeRow(double time, const std::vector<const Core::MatrixXd*>
     ++rows;
     for (std::size_t pin = 0; pin < std::min(samples.size(), curves.size()); ++pin) {
         if (samples[pin] == nullptr) continue;
-        const auto elements = static_cast<std::size_t>(samples[pin]->size());
-        if (elements > curves[pin].size()) grow(pin, elements);
-        const std::size_t shown = std::min(elements, curves[pin].size());
+        const auto count = static_cast<std::size_t>(samples[pin]->size());
+        elements[pin] = std::max(elements[pin], count);
+        if (count > curves[pin].size()) grow(pin, count);
+        const std::size_t shown = std::min(count, curves[pin].size());
         for (std::size_t i = 0; i < shown; ++i)
             curves[pin][i].envelope.take(time, samples[pin]->data()[i]);
     }
 }
 
 /// How wide a pin is, its first sample tells, and a later one that is wider.
-void ResultCurves::grow(std::size_t pin, std::size_t elements) {
-    const std::size_t wanted = elements - curves[pin].size();
+void ResultCurves::grow(std::size_t pin, std::size_t count) {
+    const std::size_t wanted = count - curves[pin].size();
     const std::size_t taken = std::min(wanted, kMostColumns - columns);
     columnsLeftOut = std::max(columnsLeftOut, wanted - taken);
     columns += taken;
@@ -36,7 +38,7 @@ void ResultCurves::grow(std::size_t pin, std::size_t elements) {
         const bool isNamed = element < group.columns.size();
         curves[pin].emplace_back(isNamed ? group.columns[element]
                                          : group.name + "[" + std::to_string(element) + "]",
-                                 group.unit, mostPiecesOf(elements * curves.size()));
+                                 group.unit, mostPiecesOf(count * curves.size()));
     }
 }
 
@@ -45,8 +47,11 @@ CurveTable ResultCurves::getTable() const {
     table.name = name;
     table.rows = rows;
     table.columnsLeftOut = columnsLeftOut;
-    for (const std::vector<Curve>& pin : curves)
-        table.curves.insert(table.curves.end(), pin.begin(), pin.end());
+    for (std::size_t pin = 0; pin < curves.size(); ++pin)
+        for (const Curve& curve : curves[pin]) {
+            table.curves.push_back(curve);
+            table.curves.back().hertzApart = rowRates[pin] / (2.0 * static_cast<double>(elements[pin]));
+        }
     return table;
 }
 

@@ -21,17 +21,22 @@ public:
     /// ended. [setup]
     explicit ResultCurves(RecordingSink& sink);
 
+    /// Of a pin to which spectra come: the rows a second of what they are made of. [setup]
+    void setRowRate(std::size_t pin, double rate) { rowRates.at(pin) = rate; }
+
     void takeRow(double time, const std::vector<const Core::MatrixXd*>& samples) override;
 
     /// The curves of all columns, as they stand in the result. Requires: the run has ended.
     CurveTable getTable() const;
 
 private:
-    void grow(std::size_t pin, std::size_t elements);
+    void grow(std::size_t pin, std::size_t count);
 
     std::string name;
     std::vector<TableWriter::Group> groups;
     std::vector<std::vector<Curve>> curves; ///< Of each pin; there are as many as its samples have elements.
+    std::vector<double> rowRates;           ///< Of each pin; 0 where nobody knows.
+    std::vector<std::size_t> elements;      ///< Of the largest sample of each pin.
     std::size_t columns = 0;
     std::size_t columnsLeftOut = 0;
     std::uint64_t rows = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/picture/SvgCanvas.h"
 
+#include "host/recording/ContentSeal.h"
 #include "host/text/Printable.h"
 
 #include <algorithm>
@@ -77,8 +78,8 @@ SvgCanvas::SvgCanvas(double width, double height, const std::string& title, cons
     : svg(kBegin) {
     svg += "role=\"img\" viewBox=\"0 0 " + number(width) + " " + number(height) + "\" width=\"" +
            number(width) + "\" height=\"" + number(height) +
-           "\" font-family=\"DejaVu Sans, Verdana, Arial, sans-serif\">\n<title>" + escaped(title) +
-           "</title>\n<desc>" + escaped(description) +
+           "\" font-family=\"DejaVu Sans, Verdana, Arial, sans-serif\">\n<!-- " + ContentSeal::getBlank() +
+           " -->\n<title>" + escaped(title) + "</title>\n<desc>" + escaped(description) +
            "</desc>\n<rect width=\"100%\" height=\"100%\" fill=\"#ffffff\"/>\n";
 }
 

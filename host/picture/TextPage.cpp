@@ -3,6 +3,7 @@
 
 #include "host/picture/CurveLine.h"
 #include "host/picture/DotField.h"
+#include "host/picture/HeatScale.h"
 #include "host/picture/PagePainter.h"
 #include "host/picture/Ticks.h"
 #include "host/text/Printable.h"
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <string_view>
 #include <vector>
 
@@ -20,6 +22,8 @@ namespace {
 constexpr std::size_t kLabels = 18;  // characters in front of a strip
 constexpr std::size_t kMostTall = 6; // strips that get the whole height
 constexpr std::size_t kRowsOfHeat = 8;
+
+constexpr double kNothing = std::numeric_limits<double>::quiet_NaN();
 
 /// The part of a range by which its numbers may be wrong.
 constexpr double kCoarse = 0.01;
@@ -141,24 +145,23 @@ private:
         static constexpr std::array<std::string_view, 5> kPlain{" ", ".", ":", "+", "#"};
         const Scale across = acrossOf(panel, static_cast<double>(columns - 1));
         const std::size_t count = panel.curves.size();
-        std::vector<double> values(kRowsOfHeat * columns, 0.0);
-        double largest = 0.0;
+        std::vector<double> values(kRowsOfHeat * columns, kNothing);
+        const auto extremes = extremesOf(picture, panel);
+        const HeatScale scale = extremes ? HeatScale(extremes->first, extremes->second) : HeatScale(1.0, 0.0);
         for (std::size_t i = 0; i < count; ++i)
             for (const Envelope::Piece& piece : picture.getCurve(panel.curves[i]).envelope.getPieces()) {
                 const double place = std::clamp(across.getPlace(piece.firstTime), 0.0, across.to);
                 double& value = values[i * kRowsOfHeat / count * columns + static_cast<std::size_t>(place)];
-                value = std::max(value, piece.largest);
-                largest = std::max(largest, piece.largest);
+                value = std::fmax(value, piece.largest); // of not-a-number the other one
             }
         const std::vector<std::string> names = heatLabels(panel);
         for (std::size_t row = kRowsOfHeat; row-- > 0;) {
             std::string line;
-            double last = 0.0;
+            double part = 0.0;
             for (std::size_t column = 0; column < columns; ++column) {
                 // Frames may be further apart than characters.
                 const double value = values[row * columns + column];
-                if (value > 0.0) last = value;
-                const double part = largest > 0.0 ? last / largest : 0.0;
+                if (!std::isnan(value)) part = scale.getPart(value);
                 line += (isUtf8 ? kShades : kPlain)[static_cast<std::size_t>(std::lround(4.0 * part))];
             }
             text += trimmed(label(names[row]) + line);

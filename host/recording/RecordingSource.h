@@ -82,6 +82,11 @@ public:
     std::string getRateSetting() const override { return "nominalRate"; }
     std::optional<SampleRate> getRateSoFar(const Core::AbstractOutputPin& pin) const override;
 
+    /// Whether a sample is a frame of rows, and how many rows it goes on by from one sample to the next.
+    /// Requires: open. [setup]
+    bool getHasFrames() const { return settings.getIsFramed(); }
+    double getRowsASample() const { return static_cast<double>(std::max<std::size_t>(settings.hop, 1)); }
+
 private:
     struct Output {
         Output(const std::string& name, Core::PinManager* manager) : pin(name, manager) {}
@@ -105,7 +110,6 @@ private:
     bool takeRowIntoFrame();
     void fill(Output& output, std::size_t pin);
     bool getIsToSend(Output& output, std::size_t pin);
-    double getRowsASample() const { return static_cast<double>(std::max<std::size_t>(settings.hop, 1)); }
     std::size_t findOutput(const Core::AbstractOutputPin& pin) const;
 
     RecordingSettings settings; ///< Without patterns when the recording is open.

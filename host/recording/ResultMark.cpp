@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/ResultMark.h"
 
+#include "host/recording/ContentSeal.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -39,17 +41,24 @@ bool getIsUnchanged(std::string_view mark, const struct stat& facts) {
     return size == facts.st_size && std::abs(second - facts.st_mtim.tv_sec) <= kSameSecond;
 }
 
-std::string headOf(int file) {
-    std::string head(kHead, '\0');
+std::string partOf(int file, std::size_t place, std::size_t most) {
+    std::string part(most, '\0');
     std::size_t filled = 0;
-    while (filled < head.size()) {
+    while (filled < part.size()) {
         const ssize_t count =
-            ::pread(file, head.data() + filled, head.size() - filled, static_cast<off_t>(filled));
+            ::pread(file, part.data() + filled, part.size() - filled, static_cast<off_t>(place + filled));
         if (count <= 0) break;
         filled += static_cast<std::size_t>(count);
     }
-    head.resize(filled);
-    return head;
+    part.resize(filled);
+    return part;
+}
+
+/// Of a file without a mark.
+Maker findMakerByContent(int file, const ResultOptions& options) {
+    if (!options.looksOwn || !options.looksOwn(partOf(file, 0, kHead))) return Maker::Unknown;
+    const auto read = [&](std::size_t place, std::size_t count) { return partOf(file, place, count); };
+    return ContentSeal::getIsBroken(read) ? Maker::ChangedSince : Maker::Run;
 }
 
 } // namespace
@@ -78,7 +87,7 @@ Maker findMaker(int file, const ResultOptions& options) {
         const std::string_view mark(text, static_cast<std::size_t>(length));
         return mark == kOpen || getIsUnchanged(mark, facts) ? Maker::Run : Maker::ChangedSince;
     }
-    return options.looksOwn && options.looksOwn(headOf(file)) ? Maker::Run : Maker::Unknown;
+    return findMakerByContent(file, options);
 }
 
 bool getIsOfRun(const std::string& path) {

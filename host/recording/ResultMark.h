@@ -12,7 +12,7 @@ namespace Quillmere::Host {
 /// run writes, it holds `open`; when the run is done with the file, its size and the second of its last
 /// change, so that a file which somebody has worked on since is no run's any more. Not all file systems have
 /// such attributes, and few ways to copy a file take them along, so a file without one is known by what
-/// stands in it.
+/// stands in it: by its begin and, of pictures and pages, by a `ContentSeal`.
 namespace ResultMark {
 
 enum class Maker { Run, ChangedSince, Unknown };

@@ -5,12 +5,13 @@
 
 namespace Quillmere::Host {
 
-LiveTap::OfSink::OfSink(RecordingSink& sink, std::size_t mostPieces) {
+LiveTap::OfSink::OfSink(RecordingSink& sink, std::size_t mostPieces, SpectrumFinder& spectra) {
     for (const TableWriter::Group& group : sink.getGroups()) {
         ReportSignal& signal =
             signals.emplace_back(sink.getName() + "." + group.name, SignalCurves(mostPieces));
         signal.unit = group.unit;
         signal.columns = group.columns;
+        signal.rowRate = spectra.rowRateAt(*sink.getInputPins()[signals.size() - 1]).value_or(0.0);
     }
     sink.addWatcher(*this);
 }
@@ -30,8 +31,10 @@ LiveTap::LiveTap(const Graph& graph) {
         written.push_back(sink);
         pins += sink->getInputPins().size();
     }
+    ManualShelf manuals(graph.getCatalogue());
+    SpectrumFinder spectra(graph.getNodes(), graph.getSourceRates(), manuals);
     for (RecordingSink* const sink : written)
-        sinks.emplace_back(*sink, SignalCurves::kMostPieces / std::max<std::size_t>(pins, 1));
+        sinks.emplace_back(*sink, SignalCurves::kMostPieces / std::max<std::size_t>(pins, 1), spectra);
 }
 
 std::vector<const ReportSignal*> LiveTap::getSignals() const {

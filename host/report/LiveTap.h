@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/graph/Graph.h"
+#include "host/report/SpectrumFinder.h"
 #include "host/recording/RecordingSink.h"
 #include "host/recording/RowWatcher.h"
 #include "host/report/ReportSignal.h"
@@ -27,7 +28,7 @@ public:
 private:
     class OfSink final : public RowWatcher {
     public:
-        OfSink(RecordingSink& sink, std::size_t mostPieces);
+        OfSink(RecordingSink& sink, std::size_t mostPieces, SpectrumFinder& spectra);
         void takeRow(double time, const std::vector<const Core::MatrixXd*>& samples) override;
 
         std::deque<ReportSignal> signals; ///< One for each pin.

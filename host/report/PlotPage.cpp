@@ -84,7 +84,13 @@ std::deque<std::pair<ReportSignal, std::uint64_t>> signalsOf(const Picture& pict
             for (const Items& group : groups) {
                 const bool isWhole = groups.size() == 1 && items == &panel.curves && !panel.title.empty();
                 std::string name = isWhole ? panel.title : namesOf(group);
-                signals.emplace_back(signalOf(picture, group, name), picture.getTable(group.front()).rows);
+                ReportSignal& signal =
+                    signals.emplace_back(signalOf(picture, group, name), picture.getTable(group.front()).rows)
+                        .first;
+                if (panel.kind != Panel::Kind::Heat || panel.rowsUnit.empty()) continue;
+                signal.rowsBegin = panel.rowsBegin;
+                signal.rowsApart = panel.rowsApart;
+                signal.rowsUnit = panel.rowsUnit;
             }
         }
     }

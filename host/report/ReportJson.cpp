@@ -2,12 +2,14 @@
 #include "host/report/ReportJson.h"
 
 #include "host/graph/BlockDescription.h"
+#include "host/picture/HeatScale.h"
 #include "host/report/SignalLevels.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <set>
 #include <string_view>
@@ -121,9 +123,26 @@ Text timelineOf(const GraphDescription& description) {
     return list(entries);
 }
 
+/// `1.5 Hz`.
+std::string rowName(double value, const std::string& unit) {
+    char digits[40];
+    std::snprintf(digits, sizeof digits, "%.6g", value);
+    return digits + (unit.empty() ? "" : " " + unit);
+}
+
+/// What the elements of a map stand for; null where they are counted.
+Text rowsOf(const ReportSignal& drawn) {
+    const double apart = drawn.getRowsApart();
+    if (!(apart > 0.0)) return null();
+    return object({{"begin", number(drawn.rowsBegin)},
+                   {"apart", number(apart)},
+                   {"unit", text(drawn.rowRate > 0.0 ? "Hz" : drawn.rowsUnit)}});
+}
+
 /// What a result calls an element, without the unit, which stands beside the signal.
 std::string nameOf(const ReportSignal& signal, std::size_t element) {
     if (element < signal.columns.size()) return signal.columns[element];
+    if (signal.rowRate > 0.0) return rowName(static_cast<double>(element) * signal.getRowsApart(), "Hz");
     const std::string pin = signal.name.substr(signal.name.find('.') + 1);
     return signal.curves.getColumns().size() == 1 ? pin : pin + "[" + std::to_string(element) + "]";
 }
@@ -164,6 +183,22 @@ std::uint64_t finestOf(const SignalCurves& curves) {
         for (const Envelope::Piece& piece : column.envelope.getPieces())
             if (piece.lastTime > piece.firstTime) most = std::max(most, piece.count);
     return most;
+}
+
+/// Which colours a map has; null of what is no map.
+Text shadesOf(const SignalCurves& curves) {
+    if (curves.getColumns().size() <= SignalCurves::kMostCurves) return null();
+    double low = INFINITY;
+    double high = -INFINITY;
+    for (const SignalCurves::Column& column : curves.getColumns())
+        for (const Envelope::Piece& piece : column.envelope.getPieces()) {
+            low = std::min(low, piece.smallest);
+            high = std::max(high, piece.largest);
+        }
+    const HeatScale scale(low, high);
+    return object({{"low", number(scale.getLow())},
+                   {"high", number(scale.getHigh())},
+                   {"decibels", scale.getIsDecibels() ? number(HeatScale::kDepth) : null()}});
 }
 
 void appendBase64(std::string& to, std::string_view bytes) {
@@ -258,6 +293,8 @@ Text signal(const ReportSignal& drawn, std::uint64_t rounds, Blobs& blobs) {
                    {"end", number(curves.getEnd())},
                    {"period", number(curves.getPeriod())},
                    {"columns", list(columns)},
+                   {"rows", rowsOf(drawn)},
+                   {"shades", shadesOf(curves)},
                    {"leftOut", std::to_string(curves.getLeftOut())},
                    {"levels", list(levels)},
                    {"finest", std::to_string(finestOf(curves))}});

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/report/ReportPage.h"
 
+#include "host/recording/ContentSeal.h"
 #include "host/text/Printable.h"
 
 #include <algorithm>
@@ -47,6 +48,7 @@ bool getIsThere() {
 /// begins a comment.
 std::string make(std::string_view title, std::string_view json, std::string_view blobs) {
     std::string page = pieceAt(0) + escapedTitle(title) + pieceAt(1);
+    page.insert(beginOfPage().size(), "\n<!-- " + ContentSeal::getBlank() + " -->");
     page.reserve(page.size() + json.size() + blobs.size() + (std::size_t{1} << 18));
     for (const char letter : json) {
         if (letter == '<')
@@ -56,7 +58,9 @@ std::string make(std::string_view title, std::string_view json, std::string_view
     }
     page += pieceAt(2);
     page += blobs;
-    return page + pieceAt(3);
+    page += pieceAt(3);
+    ContentSeal::close(page);
+    return page;
 }
 
 std::string beginOfPage() {

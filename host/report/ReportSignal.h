@@ -3,6 +3,7 @@
 
 #include "host/report/SignalCurves.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -19,7 +20,17 @@ struct ReportSignal {
     bool isWatched = false;
     std::string unit = {};                 ///< Empty where nobody knows it.
     std::vector<std::string> columns = {}; ///< As the sink's settings name them; none where they don't.
+    /// Of spectra: the rows a second of what they are made of; 0 of anything else.
+    double rowRate = 0.0;
+    /// Of a map what its first element stands for, how far apart they are, and in which unit; apart 0:
+    /// unknown, or as the row rate tells.
+    double rowsBegin = 0.0;
+    double rowsApart = 0.0;
+    std::string rowsUnit = {};
     SignalCurves curves;
+
+    /// With the row rate, too.
+    double getRowsApart() const;
 };
 
 /// What of a run comes to be signals of its report.

@@ -6,6 +6,7 @@
 #include "host/graph/ManualShelf.h"
 #include "host/graph/UnitFinder.h"
 #include "host/plugins/KnownTypes.h"
+#include "host/report/SpectrumFinder.h"
 
 #include <algorithm>
 
@@ -87,8 +88,11 @@ std::vector<const ReportSignal*> SignalTap::getSignals() const {
 void SignalTap::findUnits(const Graph& graph) {
     ManualShelf manuals(graph.getCatalogue());
     UnitFinder finder(graph.getNodes(), manuals);
-    for (Signal& signal : signals)
+    SpectrumFinder spectra(graph.getNodes(), graph.getSourceRates(), manuals);
+    for (Signal& signal : signals) {
         signal.unit = finder.unitAt(signal.input);
+        signal.rowRate = spectra.rowRateAt(signal.input).value_or(0.0);
+    }
 }
 
 /// A sink takes one sample a round from each link; of what is watched everything counts.

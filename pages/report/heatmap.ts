@@ -6,30 +6,15 @@ import {columnOf, type Level, type Signal} from "./model";
 import {heat} from "./theme";
 import type {View} from "./view";
 
-/** Decibels from the largest value down to where everything is dark. */
-const depth = 60;
+type Shades = NonNullable<Signal["shades"]>;
 
-interface Shades {
-    low: number;
-    high: number;
-    isLogarithmic: boolean;
-}
-
-/** Values that are all positive, as amplitudes are, are shown by their logarithm; others as they are. */
 function shadesOf(signal: Signal): Shades {
-    let low = Infinity;
-    let high = -Infinity;
-    for (const column of signal.columns) {
-        low = Math.min(low, column.minimum ?? Infinity);
-        high = Math.max(high, column.maximum ?? -Infinity);
-    }
-    if (low >= 0 && high > 0) return {low: high * 10 ** (-depth / 20), high, isLogarithmic: true};
-    return Number.isFinite(low) ? {low, high, isLogarithmic: false} : {low: 0, high: 1, isLogarithmic: false};
+    return signal.shades ?? {low: 0, high: 1, decibels: null};
 }
 
 function partOf(value: number, shades: Shades): number {
-    if (!shades.isLogarithmic) return (value - shades.low) / (shades.high - shades.low || 1);
-    return value <= shades.low ? 0 : 1 - Math.log10(shades.high / value) * 20 / depth;
+    if (shades.decibels === null) return (value - shades.low) / (shades.high - shades.low || 1);
+    return value <= shades.low ? 0 : 1 - Math.log10(shades.high / value) * 20 / shades.decibels;
 }
 
 /** What the colours mean. */
@@ -38,12 +23,19 @@ export function mapScale(signal: Signal): HTMLElement {
     const stops = Array.from({length: 17}, (_, i) => `rgb(${heat(i / 16).join(" ")})`).join(",");
     const bar = make("span", {class: "ramp", "aria-hidden": "true"});
     bar.style.background = `linear-gradient(90deg, ${stops})`;
-    const low = shades.isLogarithmic ? `${depth} dB below` : digits(shades.low);
+    const low = shades.decibels === null ? digits(shades.low) : `${shades.decibels} dB below`;
     return make("span", {class: "shades"}, low, bar, `${digits(shades.high)} ${signal.unit}`.trim());
 }
 
+/** From half an element below the first to half a one above the last, in what they stand for. */
 export function mapRange(signal: Signal): [number, number] {
-    return [-0.5, signal.columns.length - 0.5];
+    const {begin, apart} = signal.rows ?? {begin: 0, apart: 1};
+    return [begin - 0.5 * apart, begin + (signal.columns.length - 0.5) * apart];
+}
+
+/** What the axis counts. */
+export function mapRows(signal: Signal): string {
+    return signal.rows === null ? "element" : signal.rows.unit;
 }
 
 const pictures = new Map<string, HTMLCanvasElement>();
@@ -95,8 +87,9 @@ export function drawMap(plot: uPlot, signal: Signal, view: View): void {
     ctx.rect(bbox.left, bbox.top, bbox.width, bbox.height);
     ctx.clip();
     ctx.imageSmoothingEnabled = false;
-    const top = plot.valToPos(signal.columns.length - 0.5, "y", true);
-    const foot = plot.valToPos(-0.5, "y", true);
+    const [lowest, highest] = mapRange(signal);
+    const top = plot.valToPos(highest, "y", true);
+    const foot = plot.valToPos(lowest, "y", true);
     const paint = (from: number, to: number, index: number, count: number): void => {
         const left = plot.valToPos(from, "x", true);
         const right = plot.valToPos(to, "x", true);

@@ -156,6 +156,10 @@ export interface Signal {
     /** Seconds between two samples, as a rule; 0 where there are fewer than two. */
     period: number;
     columns: Column[];
+    /** What elements stand for: the first, and how far they are apart; null where they are counted. */
+    rows: {begin: number; apart: number; unit: string} | null;
+    /** Of a map: which values are darkest and lightest, and how many decibels lie between; null: as they are. */
+    shades: {low: number; high: number; decibels: number | null} | null;
     /** Elements behind them, for which there was no room. */
     leftOut: number;
     /** From the coarsest to the finest. */

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 import uPlot from "uplot";
 import {clock, clockSteps, counted, digits, make, timeLabels, valueLabels} from "./format";
-import {drawMap, mapRange, mapScale} from "./heatmap";
+import {drawMap, mapRange, mapRows, mapScale} from "./heatmap";
 import {sliceOf, valuesAt} from "./levels";
 import {drawMarks} from "./marks";
 import type {Report, Signal} from "./model";
@@ -91,7 +91,10 @@ export class Panel {
         if (signal.kind === "map") {
             const low = Math.min(...signal.columns.map((column) => column.minimum ?? Infinity));
             const high = Math.max(...signal.columns.map((column) => column.maximum ?? -Infinity));
-            return `${this.extent()}: ${counted(signal.columns.length, "element")} each, from ${digits(low)} to ` +
+            const {rows} = signal;
+            const stand = rows === null ? "" : ` from ${digits(rows.begin)} to ` +
+                `${digits(rows.begin + (signal.columns.length - 1) * rows.apart)} ${rows.unit}`;
+            return `${this.extent()}: ${counted(signal.columns.length, "element")} each${stand}, from ${digits(low)} to ` +
                 `${digits(high)}${unit}.${this.leftOut()}${this.grain()}`;
         }
         const ranges = signal.columns.slice(0, 6).map((column) => {
@@ -197,7 +200,7 @@ export class Panel {
                 {...axis, ...(isLong ? {incrs: clockSteps} : {}), size: 28, grid: {...grid, show: signal.kind !== "map"},
                     values: (_, ticks, __, ___, step) => timeLabels(ticks, step, isLong)},
                 // Empty beside marks: so the times of all panels stand below each other.
-                {...axis, size: 64, grid: {...grid, show: signal.kind === "curves"},
+                {...axis, size: 64, ...(signal.kind === "map" ? {label: mapRows(signal), labelSize: 16, size: 48} : {}), grid: {...grid, show: signal.kind === "curves"},
                     values: (_, ticks, __, ___, step) =>
                         signal.kind === "marks" ? ticks.map(() => "") : valueLabels(ticks, step),
                     ticks: {...axis.ticks, show: signal.kind !== "marks"}},

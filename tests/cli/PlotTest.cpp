@@ -271,4 +271,25 @@ TEST_F(PlotCommand, StartsAtATimeAsTheAxisTellsIt) {
     EXPECT_EQ(plot({"long.csv", "--start", "1 min", "--end", "150"}).out, "long.svg: 1 panel of 90 rows\n");
 }
 
+/// As an editor leaves it that writes a new file: without a mark, and with the begin that it had.
+TEST_F(PlotCommand, KeepsWhatSomebodyHasWorkedOn) {
+    EXPECT_EQ(plot({"walk.csv"}).exitCode, 0);
+    const std::string svg = folder.read("walk.svg");
+    std::filesystem::remove(folder.path("walk.svg"));
+    folder.write("walk.svg", svg);
+    EXPECT_EQ(plot({"walk.csv"}).exitCode, 0) << "a copy is as good as it";
+    std::string mine = svg;
+    mine.replace(mine.rfind("acc_x"), 5, "thigh");
+    std::filesystem::remove(folder.path("walk.svg"));
+    folder.write("walk.svg", mine);
+    const Ended refused = plot({"walk.csv"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_EQ(refused.err,
+              "quillmere: --output: found the file 'walk.svg', which was changed after a run had written it; "
+              "expected another name, or --overwrite to replace it\n");
+    EXPECT_EQ(folder.read("walk.svg"), mine);
+    EXPECT_EQ(plot({"walk.csv", "--overwrite"}).exitCode, 0);
+    EXPECT_EQ(folder.read("walk.svg"), svg);
+}
+
 } // namespace

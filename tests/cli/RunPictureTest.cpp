@@ -129,4 +129,24 @@ TEST_F(RunPicture, ThereIsNoneOfARunThatFails) {
     EXPECT_FALSE(getIsThere("p.svg"));
 }
 
+/// Frames of 32 rows at 100 a second: rows of the spectrum are 3.125 Hz apart.
+TEST_F(RunPicture, SpectraHaveAnAxisOfHertz) {
+    std::string rows = "t,x\n";
+    for (int i = 0; i < 256; ++i)
+        rows += std::to_string(i / 100.0) + "," + std::to_string(i % 7) + "\n";
+    folder.write("in.csv", rows);
+    folder.write(
+        "s.yaml",
+        "format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, "
+        "frame: 32, hop: 8, pins: {x: [x]}}}\n"
+        "  - {id: spectrum, type: FilterFFT, properties: {Pause: false}}\n"
+        "  - {id: out, type: RecordingSink, properties: {file: spectrum.csv}}\n"
+        "connections: [{from: in, to: spectrum}, {from: spectrum, to: out.x}]\n");
+    const Ended ended = run({"s.yaml", "--picture", "s.svg"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    const std::string svg = folder.read("s.svg");
+    for (const char* const text : {">Hz</text>", ">40</text>", ">60 dB below</text>"})
+        EXPECT_NE(svg.find(text), std::string::npos) << text;
+}
+
 } // namespace

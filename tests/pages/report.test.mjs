@@ -354,6 +354,16 @@ test("a page of recordings tells what was read of them, and has neither a graph 
     await counted.page.close();
 });
 
+test("a spectrum has hertz at its axis where they are known, and counts its elements elsewhere", async () => {
+    const {page} = await open("wrist-spectrum.html");
+    assert.match(await page.locator("#signal-0-words").textContent(), /100 elements each from 0 to 49\.5 Hz, from/);
+    assert.equal(await page.locator("#signal-0 .shades").textContent().then((text) => text.startsWith("60 dB below")), true);
+    await page.close();
+    const counted = await open("six.html");
+    assert.match(await counted.page.locator("#signal-0-words").textContent(), /40 elements each, from/);
+    await counted.page.close();
+});
+
 test("elements that a page has no room for are told", async () => {
     const {page} = await open("wide.html");
     assert.match(await page.locator("#signal-0-words").textContent(),

@@ -56,6 +56,8 @@ TEST_F(BlockManualTest, EveryBlockOfThePlugInHasOneThatNamesItsOutputsAndNothing
             return std::any_of(pins.begin(), pins.end(),
                                [&](const auto* pin) { return pin->getName() == name; });
         };
+        for (const auto& [name, rows] : manual.outputRows)
+            EXPECT_TRUE(manual.outputs.contains(name)) << type << "." << name;
         for (const auto& [name, unit] : manual.outputUnits) {
             EXPECT_TRUE(manual.outputs.contains(name)) << type << "." << name;
             EXPECT_TRUE(unit.input.empty() || hasInput(unit.input)) << type << "." << unit.input;
@@ -122,7 +124,10 @@ TEST_F(BlockManualTest, WhatNoManualSaysIsComplainedOf) {
               "Own.yaml:1:18: found 'nyquist'; expected a map");
     EXPECT_EQ(complaintsOfManual("rate: {outputs: same}\n"), "Own.yaml:1:17: found 'same'; expected a map");
     EXPECT_EQ(complaintsOfManual("rate: {output: {A: same}}\n"),
-              "Own.yaml:1:8: found the key 'output'; expected settings, inputs, outputs or times");
+              "Own.yaml:1:8: found the key 'output'; expected settings, inputs, outputs, times or rows");
+    EXPECT_EQ(complaintsOfManual("rate: {rows: {x: same, y: frequencies}}\n"), "");
+    EXPECT_EQ(complaintsOfManual("rate: {rows: {x: hertz}}\n"),
+              "Own.yaml:1:18: found 'hertz'; expected same or frequencies");
     EXPECT_EQ(complaintsOfManual("rate: {times: any}\n"), "");
     EXPECT_EQ(complaintsOfManual("rate: {times: odd}\n"), "Own.yaml:1:15: found 'odd'; expected even or any");
     EXPECT_EQ(complaintsOfManual("units: {inputs: {a: rad/s}, outputs: {x: same, y: {as: a}}}\n"), "");

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "host/picture/PictureFile.h"
+#include "host/recording/ContentSeal.h"
 
 #include <cairo.h>
 #include <gtest/gtest.h>
@@ -101,6 +102,36 @@ TEST(Png, IsTheSameEachTimeAndKnownAgain) {
     EXPECT_EQ(drawPicture(noisyPicture(), PictureForm::Png), png);
     EXPECT_TRUE(getIsPicture(png));
     EXPECT_FALSE(getIsPicture("\x89PNG\r\n\x1A\n somebody's own picture, which is long enough to look at"));
+}
+
+/// Other programs read a chunk only whose checksum is right, and its text is what comes behind the header.
+TEST(Png, IsSealedByAChunkThatOthersCanRead) {
+    const std::string png = drawPicture(noisyPicture(), PictureForm::Png);
+    const auto numberAt = [&](std::size_t place) {
+        std::uint32_t number = 0;
+        for (std::size_t i = 0; i < 4; ++i)
+            number = number << 8u | static_cast<unsigned char>(png.at(place + i));
+        return number;
+    };
+    const std::size_t length = numberAt(33);
+    EXPECT_EQ(png.substr(37, 4), "tEXt");
+    EXPECT_TRUE(png.substr(41, length).starts_with(std::string("Software\0quillmere", 18)));
+    std::uint32_t sum = 0xFFFFFFFFu; // as the specification of the format has it
+    for (const char byte : png.substr(37, 4 + length)) {
+        sum ^= static_cast<unsigned char>(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            sum = (sum & 1u) != 0 ? 0xEDB88320u ^ sum >> 1u : sum >> 1u;
+    }
+    EXPECT_EQ(numberAt(41 + length), ~sum);
+    const auto read = [&](const std::string& from) {
+        return [&from](std::size_t place, std::size_t count) {
+            return place < from.size() ? from.substr(place, count) : std::string();
+        };
+    };
+    EXPECT_FALSE(ContentSeal::getIsBroken(read(png)));
+    std::string changed = png;
+    changed[changed.size() / 2] = static_cast<char>(changed[changed.size() / 2] ^ 1);
+    EXPECT_TRUE(ContentSeal::getIsBroken(read(changed)));
 }
 
 } // namespace

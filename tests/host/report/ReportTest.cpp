@@ -196,6 +196,10 @@ TEST_F(ReportTest, ReplacesOnlyWhatARunHasWritten) {
     EXPECT_EQ(refusalOf({.path = "r.html"}), "");
     folder.write("copy.html", folder.read("r.html"));
     EXPECT_EQ(refusalOf({.path = "copy.html"}), "") << "by its begin";
+    folder.write("edited.html", folder.read("r.html") + "<!-- mine -->\n");
+    EXPECT_EQ(refusalOf({.path = "edited.html"}),
+              "report: found the file 'edited.html', which was changed after a run had written it; expected "
+              "another name, or --overwrite to replace it\n");
 }
 
 TEST_F(ReportTest, OfALiveRunHasTheRowsOfItsResults) {
@@ -287,6 +291,41 @@ TEST_F(ReportTest, ASinkToWhichNothingCameHasAnEmptySignal) {
                          kSink + "connections: [{from: in, to: pulse}, {from: pulse, to: out.x}]\n");
     EXPECT_EQ(report["signals"][0]["samples"], 0);
     EXPECT_EQ(report["signals"][0]["levels"], json::array());
+}
+
+/// Frames of 64 rows at 32 rows a second: a row of the spectrum is half a hertz.
+TEST_F(ReportTest, SaysWhichFrequencyARowOfASpectrumIs) {
+    std::string rows = "t,x\n";
+    for (int i = 0; i < 256; ++i)
+        rows += std::to_string(i / 32.0) + "," + std::to_string(i % 7) + "\n";
+    folder.write("in.csv", rows);
+    const std::string source =
+        "format: 1\nblocks:\n  - {id: in, type: RecordingSource, properties: {file: in.csv, "
+        "time: t, frame: 64, hop: 16, pins: {x: [x]}}}\n";
+    const std::string blocks = "  - {id: window, type: FilterHanningWindow}\n"
+                               "  - {id: spectrum, type: FilterFFT, properties: {Pause: false}}\n"
+                               "  - {id: twice, type: FilterGain, properties: {Gain: 2}}\n";
+    const json report =
+        reportOf({.watched = {"window"}},
+                 source + blocks + kSink +
+                     "connections: [{from: in, to: window}, {from: window, to: spectrum}, {from: "
+                     "spectrum, to: twice}, {from: twice, to: out.x}]\n");
+    ASSERT_EQ(report["signals"].size(), 2u);
+    const json& spectrum = report["signals"][0];
+    EXPECT_EQ(spectrum["columns"].size(), 32u);
+    EXPECT_EQ(spectrum["rows"], json({{"begin", 0.0}, {"apart", 0.5}, {"unit", "Hz"}}));
+    EXPECT_EQ(spectrum["columns"][3]["name"], "1.5 Hz");
+    EXPECT_EQ(spectrum["shades"]["decibels"], 60.0);
+    EXPECT_EQ(report["signals"][1]["rows"], nullptr) << "a frame of times is no spectrum";
+    // Behind a block that says nothing of rows nobody knows.
+    const json unknown =
+        reportOf({}, source +
+                         "  - {id: spectrum, type: FilterFFT, properties: {Pause: false}}\n"
+                         "  - {id: steps, type: FilterDerivate}\n" +
+                         kSink +
+                         "connections: [{from: in, to: spectrum}, {from: spectrum, to: steps}, "
+                         "{from: steps, to: out.x}]\n");
+    EXPECT_EQ(unknown["signals"][0]["rows"], nullptr);
 }
 
 } // namespace
