@@ -44,7 +44,8 @@ std::uint32_t checksumOf(std::string_view bytes) {
     return ~sum;
 }
 
-/// A chunk that says whose picture it is, and seals what is behind it; its checksum is that of the whole seal.
+/// A chunk that says whose picture it is, and seals what is behind it; its checksum is that of the whole
+/// seal.
 void mark(std::string& picture) {
     const std::string text = std::string(kMark) + ContentSeal::getBlank();
     picture.insert(kPlaceOfMark, bytesOf(static_cast<std::uint32_t>(text.size() - 4)) + text + bytesOf(0));

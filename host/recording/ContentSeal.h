@@ -24,8 +24,8 @@ QUILLMERE_API std::string getBlank();
 /// Fills the first blank seal in. Nothing happens without one.
 QUILLMERE_API void close(std::string& content);
 
-/// Whether the first seal in a file is that of another content; false of a file without one. `read` gives what
-/// is there from a place on, at most so many bytes, and nothing at the end.
+/// Whether the first seal in a file is that of another content; false of a file without one. `read` gives
+/// what is there from a place on, at most so many bytes, and nothing at the end.
 QUILLMERE_API bool getIsBroken(const std::function<std::string(std::size_t place, std::size_t count)>& read);
 
 } // namespace ContentSeal

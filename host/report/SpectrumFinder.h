@@ -12,8 +12,8 @@
 namespace Quillmere::Host {
 
 /// Finds out which inputs get spectra, and of what: follows links back, through blocks whose manuals say that
-/// rows stay what they are, over one that makes frequencies of them, to a recording in frames at an even rate.
-/// What no manual tells is unknown, not guessed.
+/// rows stay what they are, over one that makes frequencies of them, to a recording in frames at an even
+/// rate. What no manual tells is unknown, not guessed.
 ///
 /// Requires: nobody changes links, the sources are open, and nodes, rates and manuals outlive it.
 class QUILLMERE_API SpectrumFinder {
