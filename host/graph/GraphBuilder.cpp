@@ -5,9 +5,9 @@
 #include "host/description/LayoutLinks.h"
 #include "host/ends/ColumnName.h"
 #include "host/ends/MainInput.h"
-#include "host/plugins/KnownTypes.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
+#include "host/graph/BurstRoom.h"
 #include "host/graph/MemberNames.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/graph/RateSettings.h"
@@ -23,13 +23,6 @@ namespace Quillmere::Host {
 namespace {
 using Core::AbstractInputPin;
 using Core::AbstractOutputPin;
-
-/// Of a connection that says nothing: as many samples as a block sends in one step that makes times.
-std::uint32_t roomFor(const AbstractOutputPin& output) {
-    constexpr std::uint32_t kSamplesOfAStep = 1U << 20;
-    return getMakesTimes(&output) ? kSamplesOfAStep : 1;
-}
-
 } // namespace
 
 GraphBuilder::GraphBuilder(GraphParts& graphParts, GraphDescription& graphDescription,
@@ -44,6 +37,7 @@ void GraphBuilder::build() {
         if (node.block != nullptr) applySettings(node);
     for (const Connection& connection : description.connections)
         connect(connection);
+    makeRoomForBursts(parts);
     TimelineBuilder timeline(parts, connected, units, complaints);
     timeline.resolve(description.timeline);
     for (const Sink* const sink : parts.sinks)
@@ -159,7 +153,7 @@ void GraphBuilder::connect(const Connection& connection) {
                            ")");
         return;
     }
-    input->setBufferCapacity(connection.buffer.value.value_or(roomFor(*output)));
+    input->setBufferCapacity(connection.buffer.value.value_or(1));
     input->setIsLifo(connection.isNewestFirst.value.value_or(false));
     output->attach(*input, false);
     parts.connections[input] = &connection;

@@ -2,7 +2,7 @@
 #include "host/report/SignalTap.h"
 
 #include "framework/Quillmere.h"
-#include "host/graph/Followers.h"
+#include "host/graph/BurstRoom.h"
 #include "host/graph/ManualShelf.h"
 #include "host/graph/UnitFinder.h"
 #include "host/plugins/KnownTypes.h"
@@ -13,8 +13,6 @@
 namespace Quillmere::Host {
 
 namespace {
-/// As many samples as a block sends in one step that makes times; room is made when it is needed.
-constexpr std::uint32_t kRoomOfWatched = 1U << 20;
 
 /// The names that a sink gives the columns of a pin.
 std::vector<std::string> columnNamesOf(const GraphDescription::Block& sink, const std::string& pin) {
@@ -53,7 +51,7 @@ SignalTap::SignalTap(Graph& graph, const std::vector<Core::AbstractOutputPin*>& 
     for (const Graph::Node& node : graph.getNodes())
         if (node.sink != nullptr) addSink(node, most);
     for (Core::AbstractOutputPin* const pin : watched)
-        add(pin->getManager()->getName() + "." + pin->getName(), true, *pin, kRoomOfWatched, false, most);
+        add(pin->getManager()->getName() + "." + pin->getName(), true, *pin, kSamplesOfAStep, false, most);
     findUnits(graph);
 }
 

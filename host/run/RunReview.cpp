@@ -104,12 +104,18 @@ void addResult(const Graph::Node& node, bool isCutShort, RunOutcome& outcome) {
     outcome.results.push_back(std::move(result));
 }
 
+std::uint64_t waitingOf(const RunOutcome::Link& link) {
+    return link.received - link.taken - link.lost;
+}
+
 std::string lossText(const RunOutcome::Link& link) {
     const std::string from = link.from.empty() ? "others" : "'" + link.from + "'";
     const std::string way = " that " + from + " sent to '" + link.to + "'";
     if (link.received == 1) return "the one sample" + way + " was lost";
     const std::string samples = counted(link.received, "sample") + way;
     if (link.taken == 0) return "none of the " + samples + " was taken";
+    if (link.lost == 0)
+        return std::to_string(waitingOf(link)) + " of the " + samples + " still waited at the end";
     return std::to_string(link.lost) + " of the " + samples +
            (link.lost == 1 ? " was lost, since it wasn't taken in time"
                            : " were lost, since it took them too late");
@@ -217,9 +223,12 @@ void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonF
     }
 }
 
-void warnOfLosses(RunOutcome& outcome) {
+/// What is lost, and what still waits: more than the one sample that every link may hold, say for a block
+/// that never looked at it. A run that failed midway leaves some everywhere.
+void warnOfLosses(bool isCutShort, RunOutcome& outcome) {
     for (const RunOutcome::Link& link : outcome.links)
-        if (link.lost > 0) outcome.warnings.push_back({link.where, lossText(link)});
+        if (link.lost > 0 || (waitingOf(link) > 1 && !isCutShort))
+            outcome.warnings.push_back({link.where, lossText(link)});
 }
 } // namespace
 
@@ -251,7 +260,7 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
     outcome.conversions = graph.getConversions();
     warnOfRates(graph, outcome);
     warnOfNonFinite(graph, nonFinite, outcome);
-    warnOfLosses(outcome);
+    warnOfLosses(ending.isCutShort, outcome);
     return outcome;
 }
 

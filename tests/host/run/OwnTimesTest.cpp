@@ -153,6 +153,68 @@ TEST_F(OwnTimesTest, OneThatAnotherLayoutFeedsTakesNoMoreBeforeItsSamplesAreThro
     EXPECT_EQ(linkStatistics("gain.input").taken, 400U);
 }
 
+TEST_F(OwnTimesTest, OfWhatAPausedBlockLeavesTheNewestStays) {
+    const std::string text =
+        "format: 1\nblocks:\n"
+        "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
+        "  - {id: both, type: Join}\n  - {id: fft, type: FilterFFT}\n"
+        "connections: [{from: in, to: both.in1}, {from: both, to: fft}]\n";
+    const auto check = [this](const RunOutcome& ended) {
+        ASSERT_EQ(ended.links.size(), 2U);
+        EXPECT_EQ(ended.links[1].from, "both.out");
+        EXPECT_EQ(ended.links[1].lost, 399U);
+        ASSERT_EQ(ended.warnings.size(), 1U);
+        EXPECT_NE(ended.warnings[0].text.find("none of the 400 samples that 'both.out'"), std::string::npos);
+    };
+    EXPECT_EQ(run(text), "");
+    check(outcome);
+    EXPECT_EQ(runLive(text), "");
+    check(liveRun->getOutcome());
+}
+
+// FilterSphericalFiltering takes an acceleration where a rotation has come.
+TEST_F(OwnTimesTest, WhatABlockTakesWithOthersOnlyIsAsNewAsThey) {
+    std::string many = "t,x,y,z\n";
+    for (int i = 0; i < 400; ++i)
+        many += shortTime(i) + ",1,2,3\n";
+    folder.write("many.csv", many);
+    folder.write("few.csv", "t,x,y,z\n0,1,2,3\n50,1,2,3\n90,1,2,3\n");
+    const auto source = [](const std::string& id, const std::string& more) {
+        return "  - {id: " + id + ", type: RecordingSource, properties: {file: " + id + ".csv, time: t, " +
+               more + "pins: {x: [x, y, z]}}}\n";
+    };
+    EXPECT_EQ(
+        run("format: 1\nblocks:\n" + source("many", "frame: 8, ") + source("few", "") +
+            "  - {id: rows, type: Unframe, properties: {Rate: 4}}\n"
+            "  - {id: way, type: FilterSphericalFiltering}\n"
+            "connections: [{from: many, to: rows}, {from: rows, to: way.3a}, {from: few, to: way.3g}]\n"),
+        "");
+    for (const RunOutcome::Link& link : outcome.links) {
+        if (link.to != "way.3a") continue;
+        EXPECT_EQ(link.taken, 2U) << "one for each rotation behind the first frame";
+        EXPECT_EQ(link.lost, 397U);
+    }
+    EXPECT_NE(warningsOfRun().find("397 of the 400 samples that 'rows.out' sent to 'way.3a' were lost"),
+              std::string::npos);
+}
+
+TEST_F(OwnTimesTest, TwoLongFramesAreOneStepOfUnframe) {
+    std::string lines = "x\n";
+    for (int i = 0; i < 1200000; ++i)
+        lines += "1\n";
+    folder.write("long.csv", lines);
+    EXPECT_EQ(
+        run("format: 1\nblocks:\n"
+            "  - {id: in, type: RecordingSource, properties: {file: long.csv, rate: 100, frame: 600000, "
+            "pins: {x: [x]}}}\n"
+            "  - {id: rows, type: Unframe}\n  - {id: gain, type: FilterGain}\n"
+            "connections: [{from: in, to: rows}, {from: rows, to: gain}]\n"),
+        "");
+    ASSERT_EQ(outcome.links.size(), 2U);
+    EXPECT_EQ(outcome.links[1].taken, 1200000U);
+    EXPECT_EQ(outcome.links[1].lost, 0U);
+}
+
 TEST_F(OwnTimesTest, ARateThatABlockMakesIsFollowed) {
     EXPECT_EQ(
         run("format: 1\nblocks:\n"

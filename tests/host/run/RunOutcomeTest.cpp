@@ -49,6 +49,24 @@ TEST_F(RunOutcomeTest, ARunTellsWhatItReadAndWrote) {
     EXPECT_EQ(warningsOfRun(), "");
 }
 
+// FilterSphericalFiltering takes an acceleration where a rotation has come.
+TEST_F(RunOutcomeTest, WhatStillWaitsAtTheEndIsTold) {
+    folder.write("in.csv", "t,x,y,z\n0,1,2,3\n1,1,2,3\n2,1,2,3\n");
+    folder.write("one.csv", "t,x,y,z\n0,1,2,3\n");
+    const auto source = [](const std::string& id) {
+        return "  - {id: " + id + ", type: RecordingSource, properties: {file: " + id +
+               ".csv, time: t, pins: {x: [x, y, z]}}}\n";
+    };
+    EXPECT_EQ(run("format: 1\nblocks:\n" + source("in") + source("one") + kSink +
+                  "  - {id: way, type: FilterSphericalFiltering}\nconnections:\n"
+                  "  - {from: one, to: way.3g}\n  - {from: in, to: way.3a, buffer: 10}\n"
+                  "  - {from: way.Fc, to: out.p}\n"),
+              "");
+    EXPECT_EQ(
+        warningsOfRun(),
+        "g.yaml:9:5: warning: 2 of the 3 samples that 'in.x' sent to 'way.3a' still waited at the end\n");
+}
+
 TEST_F(RunOutcomeTest, AFailedRunTellsHowFarItCame) {
     folder.write("in.csv", "t,x\n0,1\n0.5,2\n1,three\n");
     const std::string failure = run(graph("", "  - {from: in, to: out.p}\n"));
