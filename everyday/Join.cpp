@@ -40,8 +40,8 @@ Join::Join(const std::string& instanceName)
     : Filter(instanceName, true), in1("in1", this), in2("in2", this), in3("in3", this), in4("in4", this),
       in5("in5", this), in6("in6", this), in7("in7", this), in8("in8", this), out("out", this),
       mode("Mode", &getPropertyBag()), tolerance("Tolerance", &getPropertyBag()),
-      waiting("Waiting", &getPropertyBag()),
-      resetCommand("Reset", &getPropertyBag()), others{&in2, &in3, &in4, &in5, &in6, &in7, &in8} {
+      waiting("Waiting", &getPropertyBag()), resetCommand("Reset", &getPropertyBag()),
+      finishCommand("Finish", &getPropertyBag()), others{&in2, &in3, &in4, &in5, &in6, &in7, &in8} {
     for (InputPin<MatrixXd>* const other : others)
         other->setIsBlocking(false);
     mode.addLabel("Hold");
@@ -52,6 +52,7 @@ Join::Join(const std::string& instanceName)
     waiting.setRange(0, 100000, 1);
     waiting.setValue(1000);
     resetCommand.setChangeHandler(this, &Join::requestReset);
+    finishCommand.setChangeHandler(this, &Join::requestFinish);
 }
 
 Join::~Join() = default;
@@ -63,23 +64,30 @@ void Join::process() {
             line.clear();
         resetRequested = false;
     }
-    poll();
+    bool hasTaken = poll();
+    while (hasTaken && finishRequested) // at last everything
+        hasTaken = poll();
     const auto by = static_cast<Mode>(mode.getValue());
     const double within = tolerance.getValue();
-    const auto most = static_cast<std::size_t>(waiting.getValue());
+    const auto most = finishRequested ? 0 : static_cast<std::size_t>(waiting.getValue());
+    finishRequested = false;
     while (!firsts.isEmpty() && joinOldest(by, within, most))
         firsts.pop();
 }
 
-void Join::poll() {
+/// Takes a sample of each input that has one; false when none has.
+bool Join::poll() {
+    bool hasTaken = false;
     for (std::size_t i = 0; i < kMostOthers; ++i) {
         if (!others[i]->isAttached() || !others[i]->hasData()) continue;
         const MatrixXd& sample = others[i]->take();
         lines[i].push(sample, others[i]->getTimeStamp(), kMostAhead);
+        hasTaken = true;
     }
-    if (!in1.hasData()) return;
+    if (!in1.hasData()) return hasTaken;
     const MatrixXd& sample = in1.take();
     firsts.push(sample, in1.getTimeStamp(), kMostAhead);
+    return true;
 }
 
 /// True when the oldest sample of "in1" has been sent or dropped, false where it has to wait.

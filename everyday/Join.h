@@ -17,7 +17,8 @@
 /// "in1" at most: then Hold takes what there is, and Exact drops it. It is dropped, too, where an input has
 /// nothing for it, or another number of rows. Of two samples within the tolerance the first is taken.
 /// Inputs that aren't connected take no part. An input's times grow; one that doesn't replaces what it
-/// isn't later than. "Reset" forgets what waits.
+/// isn't later than. "Reset" forgets what waits. "Finish" says that nothing more comes: no sample of "in1"
+/// waits any longer.
 class Join final : public Filter {
 public:
     static constexpr const char* kTypeName = "Join";
@@ -47,16 +48,19 @@ private:
     RangeProperty<double> tolerance;
     RangeProperty<int> waiting;
     CommandProperty resetCommand;
+    CommandProperty finishCommand;
 
-    void poll();
+    bool poll();
     bool joinOldest(Mode by, double within, std::size_t most);
     Answer findHeld(Everyday::SampleLine& line, double time, bool isLate);
     Answer findExact(Everyday::SampleLine& line, double time, double within, bool isLate);
     void sendJoined(const MatrixXd& first, double time);
     void requestReset() { resetRequested = true; }
+    void requestFinish() { finishRequested = true; }
 
     const std::array<InputPin<MatrixXd>*, kMostOthers> others;
     Everyday::SampleLine firsts;
     std::array<Everyday::SampleLine, kMostOthers> lines;
     bool resetRequested = false;
+    bool finishRequested = false;
 };

@@ -19,5 +19,7 @@ QUILLMERE_API std::vector<Core::Filter*> followersOf(const std::vector<Core::Fil
 /// The same, for those who ask of one block or another.
 using FollowerSet = std::unordered_set<const Core::PinManager*>;
 QUILLMERE_API FollowerSet followersAmong(const std::vector<Core::Filter*>& blocks);
+/// `first` and those that samples come to by way of it, whatever it makes. Requires: as above.
+QUILLMERE_API FollowerSet reachedFrom(const Core::Filter& first, const std::vector<Core::Filter*>& blocks);
 
 } // namespace Quillmere::Host

@@ -111,6 +111,21 @@ void LiveGraph::stir() {
         layout.lookAgain();
 }
 
+const std::vector<Finisher>& LiveGraph::findFinishers() {
+    const Standstill still(*this);
+    finishers = finishersAmong(runOrder(blocks.getAll()));
+    return finishers;
+}
+
+void LiveGraph::finish(const Finisher& finisher) {
+    const Standstill still(*this);
+    LiveLayout* const layout = layoutOf(*finisher.block);
+    if (layout == nullptr) return;
+    finisher.command->fire();
+    layout->finish(finisher.stepped);
+    layout->lookAgain();
+}
+
 void LiveGraph::stop() {
     for (LiveLayout& layout : layouts)
         layout.getGate().shutDown();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/graph/Finishers.h"
 #include "host/graph/Graph.h"
 #include "host/live/LiveBlocks.h"
 #include "host/live/LiveLayout.h"
@@ -54,6 +55,10 @@ public:
     /// Wakes all layouts for a look. [any]
     void stir();
     /// Wakes all layouts for good and waits until their threads have ended. [setup]
+    /// A run that is over and at rest: the blocks that hold something back as long as more may come, and the
+    /// command to send it, for one of them after the other. [any]
+    const std::vector<Finisher>& findFinishers();
+    void finish(const Finisher& finisher);
     void stop();
     /// Ends all results, as whole ones or as what is left; the ending says why they aren't whole that were to
     /// be. Requires: no thread runs. [any]
@@ -112,6 +117,7 @@ private:
     mutable std::mutex structure;
     OverflowRules overflows;     ///< Under `structure`.
     std::vector<BlockPtr> added; ///< Blocks that the graph doesn't own. Under `structure`.
+    std::vector<Finisher> finishers;
 };
 
 } // namespace Quillmere::Host

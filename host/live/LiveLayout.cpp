@@ -179,6 +179,7 @@ LiveLayout::Kind LiveLayout::choose(PassWish::Waker waker) {
 LiveLayout::Kind LiveLayout::chooseKind() {
     // What a block has sent in one step is gone before the next one adds to it.
     if (bursts.getIsWanted()) return seat.getHasRoom() ? Kind::Followers : Kind::None;
+    if (finishing != nullptr) return seat.getHasRoom() ? Kind::Finish : Kind::None;
     if (!wish.getIsDraining() && getIsRoundDue()) return beginRound() ? Kind::Round : Kind::None;
     if (!wish.getIsWanted(waiting) || !seat.getHasRoom()) return Kind::None;
     wish.take();
@@ -217,6 +218,7 @@ bool LiveLayout::beginRound() {
 bool LiveLayout::getIsStepped(const Core::Filter& block, Kind kind) const {
     if (kind == Kind::Round) return &block != getClock();
     if (kind == Kind::Followers) return bursts.getIsFollower(block);
+    if (kind == Kind::Finish) return finishing->contains(&block);
     return !block.getInputPins().empty();
 }
 
@@ -247,7 +249,10 @@ void LiveLayout::takeStock(Kind kind) {
         bursts.endPass();
     } else {
         bursts.beginPasses();
-        wish.settle();
+        if (kind == Kind::Finish)
+            finishing = nullptr;
+        else
+            wish.settle();
     }
     if (bursts.getIsWanted()) return;
     wish.look(waiting, rounds.getIsDriven());

@@ -66,6 +66,10 @@ public:
     /// What its blocks sent that wasn't finite. Requires: no thread runs.
     const std::vector<FirstNonFinite>& getNonFinite() const { return finite.getFound(); }
 
+    /// One pass of these blocks alone, please, once nothing moves any more: one of them is to send what it
+    /// has held back. They outlive the pass. Requires: the gate is held. [any, guarded]
+    void finish(const FollowerSet& stepped) { finishing = &stepped; }
+
     /// Starts its thread. Raises `RunException` when none can be made. [setup]
     void start();
     /// [setup]
@@ -78,7 +82,7 @@ public:
 private:
     class Pass;
     using Clock = Core::Synchronizer::Clock;
-    enum class Kind { None, Round, Other, Followers };
+    enum class Kind { None, Round, Other, Followers, Finish };
     /// What the thread does behind a pass, or a look that led to none: look at once, or what is done outside
     /// the gate.
     enum class Next { Look, Timeline, Rest };
@@ -111,6 +115,7 @@ private:
 
     // The thread's own, changed by others under the gate.
     bool appliesTimeline = false;
+    const FollowerSet* finishing = nullptr; ///< Whose pass is wished; null for nobody's.
     LivePace pace;
     RoundChooser rounds;
     PassWish wish;

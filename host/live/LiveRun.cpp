@@ -135,13 +135,27 @@ private:
             drive.waitForEnd();
             state = State::Ending;
             live.stir();
-            for (auto look = kFirstLook; !drive.getIsCut() && !live.getIsAtRest();
-                 look = std::min(2 * look, kLastLook))
-                std::this_thread::sleep_for(look);
+            waitForRest();
+            finishBlocks();
         } catch (...) {
             cutForWhatIsRaised();
         }
         endRun();
+    }
+
+    void waitForRest() {
+        for (auto look = kFirstLook; !drive.getIsCut() && !live.getIsAtRest();
+             look = std::min(2 * look, kLastLook))
+            std::this_thread::sleep_for(look);
+    }
+
+    void finishBlocks() {
+        if (drive.getIsCut()) return;
+        for (const Finisher& finisher : live.findFinishers()) {
+            if (drive.getIsCut()) return;
+            live.finish(finisher);
+            waitForRest();
+        }
     }
 
     /// Ends all threads but the caller's, and the results.

@@ -3,9 +3,9 @@
 
 #include "framework/Quillmere.h"
 #include "host/ends/RecordingException.h"
+#include "host/graph/Finishers.h"
 #include "host/graph/Followers.h"
 #include "host/run/RunReview.h"
-#include "host/run/WaitingSamples.h"
 #include "host/text/Complaint.h"
 
 #include <algorithm>
@@ -84,6 +84,7 @@ void OfflineRunner::runRounds(const std::stop_token& stop) {
         countRound();
     }
     drain(stop);
+    finishBlocks(stop);
     if (onProgress) onProgress(getProgress());
 }
 
@@ -171,7 +172,26 @@ void OfflineRunner::drain(const std::stop_token& stop) {
     std::erase_if(steps, [](const Core::Filter* step) { return step->getInputPins().empty(); });
     WaitingSamples waiting;
     waiting.watch(steps);
-    bool hasPoint = waiting.getIsAny();
+    letOut(waiting, waiting.getIsAny(), stop);
+}
+
+/// What blocks hold back as long as more may come, of senders first.
+void OfflineRunner::finishBlocks(const std::stop_token& stop) {
+    WaitingSamples waiting;
+    waiting.watch(steps);
+    for (const Finisher& finisher : finishersAmong(steps)) {
+        requireGoesOn(stop);
+        finisher.command->fire();
+        std::vector<Core::Filter*> stepped;
+        for (Core::Filter* const step : steps)
+            if (finisher.stepped.contains(step)) stepped.push_back(step);
+        runPass(stepped);
+        runFollowers(stop);
+        letOut(waiting, waiting.countPass(), stop);
+    }
+}
+
+void OfflineRunner::letOut(WaitingSamples& waiting, bool hasPoint, const std::stop_token& stop) {
     for (std::uint64_t left = waiting.getMostRounds(); hasPoint && left > 0; --left) {
         requireGoesOn(stop);
         runRound();

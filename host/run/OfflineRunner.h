@@ -10,6 +10,7 @@
 #include "host/run/RunLimit.h"
 #include "host/run/RunObserver.h"
 #include "host/run/RunOutcome.h"
+#include "host/run/WaitingSamples.h"
 
 #include <atomic>
 #include <cstdint>
@@ -24,7 +25,8 @@ namespace Quillmere::Host {
 ///
 /// The source whose next sample is the earliest lets it go (of equals the first in the file), and one round
 /// follows: each block's step once, in the graph's order. When all sources have ended, rounds go on until no
-/// link holds a sample that moves; blocks without inputs rest then, since they would never end.
+/// link holds a sample that moves; blocks without inputs rest then, since they would never end. At last
+/// blocks with a command "Finish" are told that nothing more comes.
 ///
 /// A graph without sources is driven by its generators, the blocks without inputs, until its limit: the first
 /// of them in the graph's order is the clock, which steps first in each round and whose time stamp is the
@@ -72,6 +74,8 @@ private:
     void findFollowers();
     void runFollowers(const std::stop_token& stop);
     void drain(const std::stop_token& stop);
+    void finishBlocks(const std::stop_token& stop);
+    void letOut(WaitingSamples& waiting, bool hasPoint, const std::stop_token& stop);
 
     Graph& graph;
     std::function<void(const RunProgress&)> onProgress;

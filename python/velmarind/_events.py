@@ -142,8 +142,8 @@ def detect_levels(
     Returns
     -------
     Result
-        `level`, True where it is up, and `spells`, a row for each time that has ended: begin, end and length
-        in seconds. What is still up when the rows end has no end, and isn't among them.
+        `level`, True where it is up, and `spells`, a row for each time it was: begin, end and length in
+        seconds. What is still up when the rows end ends with the last of them.
 
     Notes
     -----

@@ -29,7 +29,8 @@ TEST(DurationsTest, Catalogue) {
                                 "output \"out\"\n"
                                 "range double \"Least\" 0 in [0;1000000000] step 0.10000000000000001\n"
                                 "range double \"Gap\" 0 in [0;1000000000] step 0.10000000000000001\n"
-                                "command \"Reset\"\n");
+                                "command \"Reset\"\n"
+                                "command \"Finish\"\n");
 }
 
 TEST(DurationsTest, TellsBeginEndAndLength) {
@@ -96,6 +97,36 @@ TEST(DurationsTest, AJumpInTimeEndsWhatPauses) {
     give(feed, "##....", 10.0);
     EXPECT_TRUE(agree(feed.values(), {matrix({{0, 1, 1}}), matrix({{10, 12, 2}})}, same));
     EXPECT_TRUE(agree(feed.sent().front().timeStamp, 10.0, same)) << "which the first sample behind it shows";
+}
+
+TEST(DurationsTest, AtTheFinishWhatIsUnderWayEndsWithTheLastSample) {
+    struct Row {
+        const char* levels;
+        double gap;
+        std::vector<MatrixXd> events;
+    };
+    const Row rows[] = {{".###", 0, {matrix({{1, 3, 2}})}},
+                        {".#.", 5, {matrix({{1, 2, 1}})}}, // a pause that may have gone on
+                        {".##.", 0, {matrix({{1, 3, 2}})}},
+                        {"...", 0, {}}};
+    for (const Row& row : rows) {
+        Durations block("durations");
+        Feed feed(block);
+        feed.set("Gap", row.gap);
+        give(feed, row.levels);
+        feed.fire("Finish");
+        feed.step();
+        EXPECT_TRUE(agree(feed.values(), row.events, same)) << row.levels;
+        give(feed, ".", 10.0);
+        EXPECT_TRUE(agree(feed.values(), row.events, same)) << "told once: " << row.levels;
+    }
+    Durations block("durations");
+    Feed feed(block);
+    give(feed, "##");
+    feed.fire("Reset");
+    feed.fire("Finish");
+    feed.step();
+    EXPECT_TRUE(feed.sent().empty()) << "forgotten";
 }
 
 TEST(DurationsTest, WhatIsOn) {

@@ -77,7 +77,8 @@ TEST(JoinTest, Catalogue) {
                                 "enum \"Mode\" 0 of Hold, Exact\n"
                                 "range double \"Tolerance\" 0 in [0;1000000000] step 0.001\n"
                                 "range int \"Waiting\" 1000 in [0;100000] step 1\n"
-                                "command \"Reset\"\n");
+                                "command \"Reset\"\n"
+                                "command \"Finish\"\n");
 }
 
 TEST(JoinTest, PutsPartsOfAnyWidthSideBySide) {
@@ -146,6 +147,23 @@ TEST(JoinTest, WaitsForSoManySamples) {
     join.give(2, 0.0, 1);
     join.give(1, 1.0, 11);
     EXPECT_EQ(join.takeSent(), "1: 11 1\n") << "at once, with what has come";
+}
+
+TEST(JoinTest, AtTheFinishNothingWaitsAnyLonger) {
+    for (const bool isExact : {false, true}) {
+        Bench join(2);
+        if (isExact) join.setExact(0.0);
+        join.give(2, 0.0, 1);
+        join.give(2, 1.0, 2);
+        for (int time = 0; time < 4; ++time)
+            join.give(1, time, 10 + time);
+        EXPECT_EQ(join.takeSent(), "0: 10 1\n1: 11 2\n");
+        dynamic_cast<Quillmere::Core::CommandProperty&>(join.block.getProperty("Finish")).fire();
+        join.block.process();
+        EXPECT_EQ(join.takeSent(), isExact ? "" : "2: 12 2\n3: 13 2\n");
+        join.give(1, 5.0, 15);
+        EXPECT_EQ(join.takeSent(), "") << "what comes behind it waits as ever";
+    }
 }
 
 TEST(JoinTest, PutsColumnsSideBySide) {

@@ -251,7 +251,7 @@ def test_levels():
     x = np.concatenate([np.zeros(10), np.full(20, 3.0), np.full(10, 1.5), np.zeros(10), np.full(5, 3.0)])
     found = velmarind.detect_levels(x, above=2, below=1, fs=10)
     assert found.level.tolist() == [False] * 10 + [True] * 30 + [False] * 10 + [True] * 5
-    assert found.spells.tolist() == [[1.0, 4.0, 3.0]]
+    assert found.spells.tolist() == [[1.0, 4.0, 3.0], [5.0, 5.4, 5.4 - 5.0]]  # the last up to the last row
     assert len(velmarind.detect_levels(x, above=2, below=1, least=5, fs=10).spells) == 0
     assert velmarind.detect_levels(frame_of(x[:, None], columns=["a"]), above=2).spells.columns.tolist() == [
         "begin", "end", "seconds"]

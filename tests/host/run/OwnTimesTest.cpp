@@ -198,6 +198,36 @@ TEST_F(OwnTimesTest, WhatABlockTakesWithOthersOnlyIsAsNewAsThey) {
               std::string::npos);
 }
 
+TEST_F(OwnTimesTest, AtTheEndComesWhatWasHeldBackForMore) {
+    const std::string text =
+        "format: 1\nlayouts: [{id: a}, {id: b}]\nblocks:\n"
+        "  - {id: both, type: Join}\n"
+        "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
+        "  - {id: even, type: Resample, properties: {Rate: 2}}\n"
+        "  - {id: level, type: FilterGain, properties: {Gain: 0}}\n"
+        "  - {id: not, type: Logic, properties: {Operation: Not}}\n"
+        "  - {id: bouts, type: Durations}\n"
+        "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+        "  - {id: told, type: RecordingSink, properties: {file: told.csv, columns: {x: [a, b, c]}}}\n"
+        "connections: [{from: in, to: both.in1}, {from: in, to: even}, {from: even, to: both.in2},\n"
+        "  {from: both, to: out.x}, {from: in, to: level}, {from: level, to: not.a}, {from: not, to: "
+        "bouts},\n"
+        "  {from: bouts, to: told.x}]\n";
+    EXPECT_EQ(run(text), "");
+    const std::string table = folder.read("out.csv");
+    EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 1 + 400) << "a row for each of in1";
+    EXPECT_EQ(folder.read("told.csv"), "t,a,b,c\n99.75,0,99.75,99.75\n");
+    EXPECT_EQ(runLive(text), "");
+    EXPECT_EQ(folder.read("out.csv"), table);
+    EXPECT_EQ(folder.read("told.csv"), "t,a,b,c\n99.75,0,99.75,99.75\n");
+    std::string apart = text;
+    apart.replace(apart.find("{id: both,"), 10, "{id: both, layout: b,");
+    apart.replace(apart.find("{id: out,"), 9, "{id: out, layout: b,");
+    EXPECT_EQ(runLive(apart), "");
+    const std::string rowsApart = folder.read("out.csv");
+    EXPECT_EQ(std::count(rowsApart.begin(), rowsApart.end(), '\n'), 1 + 400) << "across layouts";
+}
+
 TEST_F(OwnTimesTest, TwoLongFramesAreOneStepOfUnframe) {
     std::string lines = "x\n";
     for (int i = 0; i < 1200000; ++i)
