@@ -9,6 +9,7 @@
 #include "host/batch/BatchPlan.h"
 #include "host/batch/BatchRun.h"
 #include "host/batch/BatchSummary.h"
+#include "host/batch/FileHash.h"
 #include "host/batch/ResultFolder.h"
 #include "host/batch/ShellWords.h"
 #include "host/batch/SlurmScript.h"
@@ -21,6 +22,8 @@
 #include <CLI/CLI.hpp>
 
 #include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
@@ -29,6 +32,7 @@
 #include <iostream>
 #include <iterator>
 #include <limits>
+#include <set>
 #include <utility>
 
 namespace Cli {
@@ -87,6 +91,20 @@ std::string checkEngine(const std::string& text) {
     if (text == kSlurm) return {};
     return Complaint::unknown({}, "the engine '" + printable(text, kLongestName) + "'", text, {kSlurm})
         .getText();
+}
+
+/// Each worker takes two files here.
+void raiseFileLimit() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == limit.rlim_max) return;
+    limit.rlim_cur = limit.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &limit); // as many as there may be, then
+}
+
+ResultOptions summaryOptions(bool overwrites) {
+    return {.overwrites = overwrites,
+            .looksOwn = [](std::string_view text) { return text.starts_with(kSummaryBegin); },
+            .isOfGraph = false};
 }
 
 /// The options of a call as its words have them.
@@ -210,14 +228,49 @@ void BatchCommand::checkOptions() const {
     const auto require = [](bool isGiven, const char* what, const char* value) {
         if (!isGiven) throw UsageError({{}, std::string("no ") + what, value});
     };
-    if (collects) return require(!out.empty(), "--out", "the folder with the results");
-    if (arguments.graph.empty() && !planFile.empty()) {
-        if (!patterns.empty()) throw UsageError({{}, "--in without GRAPH", "both, or --plan alone"});
-        return;
+    if (collects) {
+        if (!arguments.graph.empty() || !patterns.empty() || !planFile.empty())
+            throw UsageError(
+                {{"--collect"}, "GRAPH, --in or --plan beside it", "--out alone, and nothing is run"});
+        return require(!out.empty(), "--out", "the folder with the results");
     }
+    if (arguments.graph.empty() && !planFile.empty()) return checkPlanAlone();
     require(!arguments.graph.empty(), "GRAPH", "one, as 'quillmere batch --help' tells");
     require(!patterns.empty(), kIn, "--in 'FOLDER/**/*.csv' or the like");
     require(!out.empty(), "--out", "--out FOLDER, for the results");
+}
+
+/// The lines of a plan say all of it, as it was when the plan was made.
+void BatchCommand::checkPlanAlone() const {
+    const auto refuse = [](bool isGiven, const char* option) {
+        if (isGiven) throw UsageError({{}, std::string(option) + " without GRAPH", "both, or --plan alone"});
+    };
+    refuse(!patterns.empty(), kIn);
+    refuse(!arguments.settings.empty(), "--set");
+    refuse(!arguments.parameters.empty(), "--param");
+    refuse(!arguments.inputs.empty(), "--input");
+    refuse(!arguments.plugins.plugins.empty(), "--plugin");
+    refuse(arguments.isStrict, "--strict");
+    refuse(!source.empty(), "--source");
+    refuse(!table.empty(), "--table");
+    refuse(!picture.empty(), "--picture");
+    refuse(!report.empty(), "--report");
+}
+
+/// What makes every recording fail, or the summary of them, is refused before the first.
+void BatchCommand::checkBegin() const {
+    if (out.empty()) return;
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::path there = fs::absolute(out, error).lexically_normal();
+    while (!fs::exists(fs::symlink_status(there, error)) && there.has_relative_path())
+        there = there.parent_path();
+    const std::string name = "'" + printable(there.string(), kLongestName) + "'";
+    if (!fs::is_directory(there, error)) throw UsageError({{"--out"}, "the file " + name, "a folder"});
+    if (::access(there.c_str(), W_OK | X_OK) != 0)
+        throw UsageError({{"--out"}, "the folder " + name + ", which can't be written", "one that can"});
+    const std::string summary = (fs::path(out) / kSummaryName).string();
+    if (fs::exists(summary, error)) checkSideFile("--out", summary, summaryOptions(arguments.overwrites));
 }
 
 ExitCode BatchCommand::run() {
@@ -231,6 +284,8 @@ ExitCode BatchCommand::run() {
                  "the results of a batch"});
         return writeSummary(folders);
     }
+    // Taken first: whoever changes the graph from now on is told.
+    const std::string graphHash = hashOfFile(arguments.graph);
     const BatchPlan entries = plan();
     if (!planFile.empty() && !arguments.graph.empty()) return writePlan(entries);
     if (!engine.empty()) {
@@ -242,7 +297,8 @@ ExitCode BatchCommand::run() {
         std::cerr << counted(entries.entries.size(), "recording") << " to run\n";
         return kDone;
     }
-    return runPlan(entries);
+    if (!isDry) checkBegin();
+    return runPlan(entries, graphHash);
 }
 
 BatchPlan BatchCommand::plan() const {
@@ -255,7 +311,16 @@ BatchPlan BatchCommand::plan() const {
     return read;
 }
 
-/// The graph is checked with what the first recording is run with, before anything is touched.
+/// Files of the batch itself, and of other sources, that a pattern may find beside recordings.
+std::vector<std::string> BatchCommand::leftOut() const {
+    std::vector<std::string> names{out, arguments.graph, table, planFile};
+    for (const std::string& input : arguments.inputs)
+        names.push_back(splitSetting(input, "--input", "block=FILE").second);
+    return names;
+}
+
+/// The graph is checked before anything is touched, with the first recording's settings and with those of
+/// each row of the table.
 BatchPlan BatchCommand::planOfGraph() const {
     BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
     Complaints complaints;
@@ -264,22 +329,37 @@ BatchPlan BatchCommand::planOfGraph() const {
     complaints.raise(false);
     PlanWishes wishes{
         .graph = arguments.graph, .source = sourceOf(catalogue), .out = out, .words = wordsForEach()};
-    const FoundFiles found = findFiles(patterns, out, kIn, complaints);
+    Complaints search;
+    const FoundFiles found = findFiles(patterns, leftOut(), kIn, search);
+    printDoubts(search);
+    search.raise(arguments.isStrict);
     std::optional<StudyTable> rows;
     if (!table.empty()) wishes.table = &rows.emplace(table, complaints);
     complaints.raise(false);
     PlanDoubts doubts;
     BatchPlan made = makePlan(found, wishes, doubts, complaints);
     complaints.raise(false);
-    checkFirst(made.entries.front(), description, catalogue);
+    checkEntries(made, description, catalogue);
     listDoubts(doubts.withoutRow, table, "no row for ");
     listDoubts(doubts.unused, table, "no recording for ");
     return made;
 }
 
-void BatchCommand::checkFirst(const BatchPlan::Entry& entry, const GraphDescription& description,
+void BatchCommand::checkEntries(const BatchPlan& made, const GraphDescription& description,
+                                const BlockCatalogue& catalogue) const {
+    std::set<std::vector<std::string>> checked;
+    for (const BatchPlan::Entry& entry : made.entries)
+        if (checked.insert(entry.settings).second) checkEntry(entry, description, catalogue);
+}
+
+void BatchCommand::checkEntry(const BatchPlan::Entry& entry, const GraphDescription& description,
                               const BlockCatalogue& catalogue) const {
     GraphChanges changes = changesOf(argumentsOf(entry));
+    // Those of the table stand behind the others.
+    for (std::size_t i = 0; i < entry.settings.size(); ++i)
+        changes.settings[changes.settings.size() - entry.settings.size() + i].option =
+            entry.row.file + ":" + std::to_string(entry.row.line) + ": " + StudyTable::kSetting +
+            printable(entry.settings[i], kLongestName);
     Complaints complaints;
     Complaints ignored; // which the graph complains of, too
     changes.outputs =
@@ -298,8 +378,11 @@ std::string BatchCommand::sourceOf(const BlockCatalogue& catalogue) const {
         const std::string& id = node.description->id;
         const auto isIt = [&](const std::string& input) { return input.starts_with(id + "="); };
         if (node.source == nullptr || node.file == nullptr) continue;
+        const bool isGiven = std::any_of(arguments.inputs.begin(), arguments.inputs.end(), isIt);
+        if (id == source && isGiven)
+            throw UsageError({{"--source"}, "--input for " + id + " as well", "one of them"});
         if (id == source) return source;
-        if (std::none_of(arguments.inputs.begin(), arguments.inputs.end(), isIt)) sources.push_back(id);
+        if (!isGiven) sources.push_back(id);
     }
     if (!source.empty())
         throw UsageError(Complaint::unknown(
@@ -360,13 +443,19 @@ void BatchCommand::printScript(const BatchPlan& planned) const {
     std::cout << slurmScript(wishes);
 }
 
-ExitCode BatchCommand::runPlan(const BatchPlan& entries) const {
+ExitCode BatchCommand::runPlan(const BatchPlan& entries, const std::string& graphHash) const {
+    raiseFileLimit();
     const StopSignals signals;
     BatchOptions options{.worker = {ownPath(), kWorkerCommand}, .jobs = jobs == 0 ? coreCount() : jobs};
     options.words.emplace_back("--quiet");
     if (resumes) options.words.emplace_back("--resume");
     if (keepsChanged) options.words.emplace_back("--keep-changed");
     if (isDry) options.words.emplace_back("--look");
+    for (const BatchPlan::Entry& entry : entries.entries) {
+        const std::string& graph = entry.words[1];
+        if (!options.graphs.contains(graph))
+            options.graphs[graph] = graph == arguments.graph ? graphHash : hashOfFile(graph);
+    }
     BatchRun batch(entries, options);
     BatchProgressLine line(!isQuiet);
     batch.run(signals.getToken(), [&](const BatchProgress& progress) { line.show(progress); });
@@ -397,11 +486,12 @@ ExitCode BatchCommand::tell(const BatchPlan& entries, const BatchRun& batch, dou
     }
     printFailures(entries, batch);
     if (left > 0) std::cerr << "quillmere: interrupted; the same with --resume does the rest\n";
-    std::vector<std::string> folders;
+    // Those of earlier batches stay in the table: this one may be over a part of the study.
+    const std::vector<std::string> found = out.empty() ? std::vector<std::string>() : findResultFolders(out);
+    std::set<std::string> folders(found.begin(), found.end());
     for (const BatchPlan::Entry& entry : entries.entries)
-        folders.push_back(entry.folder);
-    std::sort(folders.begin(), folders.end());
-    const ExitCode code = out.empty() ? kDone : writeSummary(folders);
+        folders.insert(entry.folder);
+    const ExitCode code = out.empty() ? kDone : writeSummary({folders.begin(), folders.end()});
     return progress.failed == 0 && left == 0 ? code : kFailedMidway;
 }
 
@@ -409,11 +499,8 @@ ExitCode BatchCommand::writeSummary(const std::vector<std::string>& folders) con
     std::vector<ColumnStatistic> wanted;
     for (const std::string& name : statistics)
         wanted.push_back(*findStatistic(name));
-    const ResultOptions options{
-        .overwrites = arguments.overwrites,
-        .looksOwn = [](std::string_view text) { return text.starts_with(kSummaryBegin); },
-        .isOfGraph = false};
-    const std::string path = (std::filesystem::path(out) / "summary.csv").string();
+    const ResultOptions options = summaryOptions(arguments.overwrites);
+    const std::string path = (std::filesystem::path(out) / kSummaryName).string();
     const std::string root = std::filesystem::path(out).lexically_normal().string();
     return writeSideFile(path, options, summaryTable(folders, root, wanted)) ? kDone : kFailedMidway;
 }

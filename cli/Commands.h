@@ -152,6 +152,7 @@ struct FolderArguments {
     bool resumes = false;
     bool keepsChanged = false;
     bool looks = false;
+    std::string graphHash; ///< The graph's SHA-256 when the batch began; empty for a run by itself.
     void enter(CLI::App& command);
 };
 
@@ -215,15 +216,21 @@ private:
     void checkOptions() const;
     Quillmere::Host::BatchPlan plan() const;
     Quillmere::Host::BatchPlan planOfGraph() const;
-    void checkFirst(const Quillmere::Host::BatchPlan::Entry& entry,
+    void checkEntries(const Quillmere::Host::BatchPlan& plan,
+                      const Quillmere::Host::GraphDescription& description,
+                      const Quillmere::Host::BlockCatalogue& catalogue) const;
+    void checkEntry(const Quillmere::Host::BatchPlan::Entry& entry,
                     const Quillmere::Host::GraphDescription& description,
                     const Quillmere::Host::BlockCatalogue& catalogue) const;
+    void checkPlanAlone() const;
+    std::vector<std::string> leftOut() const;
+    void checkBegin() const;
     std::string sourceOf(const Quillmere::Host::BlockCatalogue& catalogue) const;
     std::vector<std::string> wordsForEach() const;
     ExitCode writePlan(const Quillmere::Host::BatchPlan& plan) const;
     void printScript(const Quillmere::Host::BatchPlan& plan) const;
     void enterEngine(CLI::App& command);
-    ExitCode runPlan(const Quillmere::Host::BatchPlan& plan) const;
+    ExitCode runPlan(const Quillmere::Host::BatchPlan& plan, const std::string& graphHash) const;
     ExitCode tell(const Quillmere::Host::BatchPlan& plan, const Quillmere::Host::BatchRun& batch,
                   double seconds) const;
     ExitCode writeSummary(const std::vector<std::string>& folders) const;

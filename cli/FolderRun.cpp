@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <utility>
 
 namespace Cli {
 
@@ -77,17 +78,21 @@ void FolderArguments::enter(CLI::App& command) {
         .add_flag("--keep-changed", keepsChanged,
                   "With --resume: nor where graph, recording, settings or versions have changed.")
         ->needs(again);
-    // A batch asks for it.
+    // A batch asks for these.
+    command.add_option("--graph-hash", graphHash, "Refuse another graph than that of this SHA-256.")
+        ->needs(path)
+        ->group("");
     command.add_flag("--look", looks, "Only tell why it would have to run.")->needs(path)->group("");
 }
 
 FolderRun::FolderRun(const FolderArguments& options, const GraphArguments& graph,
                      const std::vector<std::string>& others, BlockCatalogue& catalogue)
-    : arguments(options), folder(options.folder) {
+    : arguments(options), folder(options.folder, !options.looks) {
     if (!graph.outputs.empty())
         throw UsageError({{}, std::string("--output beside ") + kFolder, "one of them"});
     status.graph = graph.graph;
     status.graphHash = hashOfFile(graph.graph);
+    if (!options.graphHash.empty()) checkGraph(options.graphHash);
     outputs = outputsInto(options.folder, kFolder + (" " + printable(options.folder, kLongestName)),
                           resolvedGraph(graph, catalogue), catalogue);
     status.versions = versionsOf(catalogue);
@@ -106,8 +111,23 @@ FolderRun::FolderRun(const FolderArguments& options, const GraphArguments& graph
 }
 
 void FolderRun::takeNotes() {
-    for (const std::string& note : arguments.notes)
-        status.notes.push_back(splitSetting(note, "--note", "NAME=TEXT"));
+    for (const std::string& note : arguments.notes) {
+        auto pair = splitSetting(note, "--note", "NAME=TEXT");
+        for (const auto& [name, text] : status.notes)
+            if (name == pair.first)
+                throw UsageError({{"--note"},
+                                  "'" + printable(name, kLongestName) + "' a second time",
+                                  "a name of its own for each"});
+        status.notes.push_back(std::move(pair));
+    }
+}
+
+/// Somebody may be working on the graph while a batch of hours runs.
+void FolderRun::checkGraph(const std::string& hash) const {
+    if (status.graphHash != hash)
+        throw RecordingException(Complaint::sentence({status.graph}, "the graph has changed meanwhile",
+                                                     "one graph for all",
+                                                     Complaint::Form::SentenceAndWanted));
 }
 
 std::string FolderRun::findReason() const {
@@ -115,6 +135,22 @@ std::string FolderRun::findReason() const {
     if (!before) return "it isn't done";
     if (!before->getIsDone()) return "it is " + before->state;
     return arguments.keepsChanged ? "" : findChange(*before, status, folder.getPath());
+}
+
+void FolderRun::keep() {
+    auto before = folder.findStatus();
+    if (!before || !before->getIsDone() || arguments.keepsChanged) return;
+    if (before->notes == status.notes && before->overrides == status.overrides) return;
+    before->notes = status.notes;
+    before->overrides = status.overrides;
+    before->command = status.command;
+    // One file may have got another name, which the options know.
+    if (!status.recording.empty() && before->recording != status.recording) {
+        for (RunStatus::Input& input : before->inputs)
+            if (input.path == before->recording) input.path = status.recording;
+        before->recording = status.recording;
+    }
+    writeStatus(folder.getPath(), *before);
 }
 
 void FolderRun::begin() {
@@ -126,6 +162,7 @@ void FolderRun::begin() {
 }
 
 void FolderRun::look(const Job& job) {
+    checkGraph(hashOfFile(status.graph)); // the job has read it since
     for (const Graph::Node& node : job.getGraph().getNodes()) {
         if (node.source == nullptr || node.file == nullptr) continue;
         for (const FileEnd::File& file : node.file->getFiles()) {

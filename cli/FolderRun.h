@@ -29,9 +29,14 @@ public:
     /// Where the results go.
     const std::vector<Quillmere::Host::GraphChanges::File>& getOutputs() const { return outputs; }
 
+    /// What is said of the recording may be another than it was; its results are the same. Requires: there
+    /// was no reason to run.
+    void keep();
+
     /// From now on the folder is that of a run which hasn't ended.
     void begin();
-    /// What is to be known before the run. Requires: the recordings are open.
+    /// What is to be known before the run. Raises `RecordingException` where somebody has changed the graph
+    /// meanwhile. Requires: the recordings are open.
     void look(const Quillmere::Host::Job& job);
     /// What has come of it: the end of the run, or what it was refused for.
     void take(const Quillmere::Host::RunOutcome& outcome);
@@ -43,6 +48,7 @@ public:
 
 private:
     void takeNotes();
+    void checkGraph(const std::string& hash) const;
 
     const FolderArguments& arguments;
     Quillmere::Host::ResultFolder folder;

@@ -214,6 +214,7 @@ ExitCode RunCommand::runInFolder(BlockCatalogue catalogue) {
     FolderRun record(inFolder, arguments, resultOptions(), catalogue);
     const std::string reason = inFolder.resumes ? record.findReason() : "it was asked for";
     isDoneBefore = reason.empty();
+    if (isDoneBefore && !inFolder.looks) record.keep();
     if (isDoneBefore || inFolder.looks) {
         if (!isQuiet || inFolder.looks)
             std::cout << inFolder.folder << ": " << (isDoneBefore ? "is done" : reason) << "\n";

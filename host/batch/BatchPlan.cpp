@@ -2,8 +2,10 @@
 #include "host/batch/BatchPlan.h"
 
 #include "host/batch/ShellWords.h"
+#include "host/text/Counted.h"
 #include "host/text/Printable.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -25,6 +27,15 @@ std::string inQuotes(const std::string& text) {
     words += printable(text, kLongestName);
     words += '\'';
     return words;
+}
+
+bool getIsUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t length = lengthOfCharacter(text);
+        if (length == 0) return false;
+        text.remove_prefix(length);
+    }
+    return true;
 }
 
 /// How the folder of a recording is called: its file, without what tells the form.
@@ -52,20 +63,29 @@ std::map<std::string, std::string> placesOf(const std::string& path, const std::
 }
 
 /// What a row of the table adds to a call.
-void addCells(const StudyTable& table, std::size_t row, std::vector<std::string>& words) {
+void addCells(const StudyTable& table, std::size_t row, BatchPlan::Entry& entry) {
     constexpr std::string_view kSetting = StudyTable::kSetting;
     for (std::size_t i = 0; i < table.getColumns().size(); ++i) {
         const std::string& column = table.getColumns()[i];
         const std::string& cell = table.getCells(row)[i];
-        const bool isSetting = column.starts_with(kSetting);
+        if (column.empty()) continue;
         // An empty cell leaves what the graph says.
-        if (isSetting && !cell.empty())
-            words.insert(words.end(), {"--set", column.substr(kSetting.size()) + "=" + cell});
-        words.insert(words.end(), {"--note", column + "=" + cell});
+        if (column.starts_with(kSetting) && !cell.empty()) {
+            entry.settings.push_back(column.substr(kSetting.size()) + "=" + cell);
+            entry.words.insert(entry.words.end(), {"--set", entry.settings.back()});
+        }
+        entry.words.insert(entry.words.end(), {"--note", column + "=" + cell});
     }
+    entry.row = {.file = table.getFile(), .line = table.getLine(row), .column = 1};
 }
 
-void findUnused(const StudyTable& table, const std::set<std::size_t>& used, PlanDoubts& doubts) {
+void findUnused(const StudyTable& table, const std::set<std::size_t>& used, PlanDoubts& doubts,
+                Complaints& complaints) {
+    const auto sets = [](const std::string& column) { return column.starts_with(StudyTable::kSetting); };
+    const std::vector<std::string>& columns = table.getColumns();
+    if (used.empty() && std::any_of(columns.begin(), columns.end(), sets))
+        complaints.add({table.getFile()}, "no row of a recording, among " + counted(table.getRows(), "row"),
+                       "one at least, since it sets properties");
     for (std::size_t row = 0; row < table.getRows(); ++row)
         if (!used.contains(row)) doubts.unused.push_back(table.getName(row));
 }
@@ -96,7 +116,9 @@ BatchPlan BatchPlan::fromFile(const std::string& path, std::size_t first, std::s
         return plan;
     }
     std::string line;
+    std::set<std::string> folders;
     for (std::size_t number = 1; number <= last && std::getline(file, line); ++number) {
+        if (line.ends_with('\r')) line.pop_back(); // of an editor elsewhere
         if (number < first || line.empty()) continue;
         const auto words = splitShellLine(line);
         Entry entry;
@@ -111,6 +133,9 @@ BatchPlan BatchPlan::fromFile(const std::string& path, std::size_t first, std::s
         if (entry.folder.empty())
             complaints.add({path, static_cast<int>(number), 1}, inQuotes(line),
                            "quillmere run GRAPH ... --folder FOLDER");
+        else if (!folders.insert(fs::path(entry.folder).lexically_normal().string()).second)
+            complaints.add({path, static_cast<int>(number), 1},
+                           "a second line for the folder " + inQuotes(entry.folder), "one");
         else
             plan.entries.push_back(std::move(entry));
     }
@@ -130,9 +155,9 @@ BatchPlan makePlan(const FoundFiles& recordings, const PlanWishes& wishes, PlanD
         BatchPlan::Entry entry;
         entry.recording = path;
         entry.folder = (fs::path(wishes.out) / id).lexically_normal().string();
-        if (path.find('\n') != std::string::npos)
+        if (path.find('\n') != std::string::npos || !getIsUtf8(path))
             complaints.add({wishes.graph}, "the recording " + inQuotes(path),
-                           "a name in one line, as a plan has it");
+                           "a name in one line and in UTF-8, as a plan and a status have it");
         const auto [other, isNew] = byFolder.emplace(entry.folder, path);
         if (!isNew)
             complaints.add({entry.folder},
@@ -145,7 +170,7 @@ BatchPlan makePlan(const FoundFiles& recordings, const PlanWishes& wishes, PlanD
         if (wishes.table != nullptr) {
             if (const auto row = wishes.table->findRow(path, name, complaints)) {
                 used.insert(*row);
-                addCells(*wishes.table, *row, entry.words);
+                addCells(*wishes.table, *row, entry);
             } else {
                 doubts.withoutRow.push_back(path);
             }
@@ -153,7 +178,7 @@ BatchPlan makePlan(const FoundFiles& recordings, const PlanWishes& wishes, PlanD
         entry.words.insert(entry.words.end(), {"--folder", entry.folder});
         plan.entries.push_back(std::move(entry));
     }
-    if (wishes.table != nullptr) findUnused(*wishes.table, used, doubts);
+    if (wishes.table != nullptr) findUnused(*wishes.table, used, doubts, complaints);
     return plan;
 }
 

@@ -20,6 +20,9 @@ struct QUILLMERE_API BatchPlan {
         std::string recording;
         std::string folder;
         std::vector<std::string> words; ///< Behind `quillmere`.
+        /// What the table sets, of `words`, and where it says so; not of a plan that was read.
+        std::vector<std::string> settings{};
+        Place row{};
 
         std::string getCommand() const;
     };

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace Quillmere::Host {
@@ -47,10 +48,8 @@ void BatchRun::run(const std::stop_token& stop, const ProgressHandler& onProgres
     bool isStopped = false;
     while (pool.getBusy() > 0 || (next < plan.entries.size() && !isStopped)) {
         while (!isStopped && !stop.stop_requested() && pool.getHasRoom() && next < plan.entries.size()) {
-            std::vector<std::string> words = plan.entries[next].words;
-            words.insert(words.end(), options.words.begin(), options.words.end());
-            begins[next] = timeText();
-            pool.start(next++, shellLine(words));
+            if (!start(next, pool)) break;
+            ++next;
         }
         if (stop.stop_requested() && !std::exchange(isStopped, true)) pool.interrupt();
         for (const WorkerPool::Ended& ended : pool.wait(kBetweenLooks))
@@ -58,6 +57,28 @@ void BatchRun::run(const std::stop_token& stop, const ProgressHandler& onProgres
         progress.running = pool.getBusy();
         onProgress(progress);
     }
+}
+
+std::string BatchRun::lineOf(std::size_t task) const {
+    std::vector<std::string> words = plan.entries[task].words;
+    words.insert(words.end(), options.words.begin(), options.words.end());
+    const auto graph = words.size() > 1 ? options.graphs.find(words[1]) : options.graphs.end();
+    if (graph != options.graphs.end() && !graph->second.empty())
+        words.insert(words.end(), {"--graph-hash", graph->second});
+    return shellLine(words);
+}
+
+/// False where it has to wait for a worker: there can't be as many as were asked for.
+bool BatchRun::start(std::size_t task, WorkerPool& pool) {
+    begins[task] = timeText();
+    try {
+        pool.start(task, lineOf(task));
+    } catch (const std::system_error&) {
+        if (pool.getBusy() == 0) throw;
+        pool.goOnWith(pool.getBusy());
+        return false;
+    }
+    return true;
 }
 
 void BatchRun::take(const WorkerPool::Ended& ended, bool isStopped) {

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -26,6 +27,8 @@ struct BatchOptions {
     std::vector<std::string> worker; ///< The program of a worker, and its words.
     std::size_t jobs = 1;
     std::vector<std::string> words{}; ///< Each recording's call gets besides.
+    /// The SHA-256 of graph files, by name: a call whose graph has another one meanwhile is refused.
+    std::map<std::string, std::string> graphs{};
 };
 
 /// How far a batch has come.
@@ -67,6 +70,8 @@ public:
     const std::vector<BatchEnd>& getEnds() const { return ends; }
 
 private:
+    std::string lineOf(std::size_t task) const;
+    bool start(std::size_t task, WorkerPool& pool);
     void take(const WorkerPool::Ended& ended, bool isStopped);
     void tellCrash(const WorkerPool::Ended& ended, const std::string& text) const;
 

@@ -23,6 +23,7 @@ namespace {
 constexpr const char* kOwnColumns[] = {"folder",         "recording", "state",   "failure", "seconds",
                                        "rows",           "rate",      "repairs", "lost",    "warnings",
                                        "peak_memory_mb", "host",      "began"};
+constexpr const char* kUnreadable = "unreadable";
 constexpr const char* kSummarySink = "summary";
 constexpr double kMegabyte = 1024.0 * 1024.0;
 
@@ -210,9 +211,17 @@ std::vector<std::string> findResultFolders(const std::string& folder) {
 std::string summaryTable(const std::vector<std::string>& folders, const std::string& out,
                          const std::vector<ColumnStatistic>& statistics) {
     std::vector<std::pair<std::string, RunStatus>> statuses;
-    for (const std::string& folder : folders)
-        if (auto status = readStatus(folder + "/" + RunStatus::kFileName))
-            statuses.emplace_back(folder, std::move(*status));
+    for (const std::string& folder : folders) {
+        const std::string path = folder + "/" + RunStatus::kFileName;
+        auto status = readStatus(path);
+        std::error_code error;
+        if (!status && fs::exists(path, error)) {
+            status.emplace();
+            status->state = kUnreadable;
+            status->failure = std::string(RunStatus::kFileName) + " can't be read";
+        }
+        if (status) statuses.emplace_back(folder, std::move(*status));
+    }
     GrowingTable table(statuses.size());
     for (std::size_t row = 0; row < statuses.size(); ++row) {
         const auto& [folder, status] = statuses[row];

@@ -43,7 +43,8 @@ QUILLMERE_API std::vector<std::string> findResultFolders(const std::string& fold
 /// below. [any]
 QUILLMERE_API std::string summaryTable(const std::vector<std::string>& folders, const std::string& out,
                                        const std::vector<ColumnStatistic>& statistics);
-/// How the text of every such table begins.
+/// The file with it, and how the text of every such table begins.
+inline constexpr const char* kSummaryName = "summary.csv";
 inline constexpr const char* kSummaryBegin = "folder,recording,state,";
 
 } // namespace Quillmere::Host

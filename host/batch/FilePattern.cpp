@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "host/batch/FilePattern.h"
 
+#include "host/batch/BatchSummary.h"
+#include "host/batch/RunStatus.h"
 #include "host/text/Printable.h"
 
 #include <fnmatch.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <map>
 #include <optional>
 #include <set>
+#include <system_error>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -45,34 +51,108 @@ private:
     fs::path ignored;
 };
 
+/// The same place by another name, from the top, without a sign behind it.
+fs::path absoluteOf(const fs::path& path) {
+    std::error_code error;
+    fs::path whole = fs::absolute(path.empty() ? fs::path(".") : path, error).lexically_normal();
+    return whole.has_filename() ? whole : whole.parent_path();
+}
+
+fs::path canonicalOf(const fs::path& path) {
+    std::error_code error;
+    fs::path whole = fs::weakly_canonical(absoluteOf(path), error);
+    return error ? absoluteOf(path) : whole;
+}
+
+/// Files and folders that hold no recordings, whatever a pattern says.
+class LeftOut {
+public:
+    explicit LeftOut(const std::vector<std::string>& names) {
+        for (const std::string& name : names)
+            if (!name.empty()) places.push_back(canonicalOf(name));
+    }
+
+    /// Whether one of them is `folder`, or above it.
+    bool getHides(const fs::path& folder) const {
+        if (places.empty()) return false;
+        const fs::path whole = canonicalOf(folder);
+        return std::any_of(places.begin(), places.end(), [&](const fs::path& place) {
+            return std::mismatch(place.begin(), place.end(), whole.begin(), whole.end()).first == place.end();
+        });
+    }
+    /// The same of a file in a folder that isn't hidden.
+    bool getIsOne(const fs::path& file) const {
+        return std::any_of(places.begin(), places.end(), [&](const fs::path& place) {
+            return place.filename() == file.filename() && place == canonicalOf(file);
+        });
+    }
+
+private:
+    std::vector<fs::path> places;
+};
+
+bool getIsSummary(const fs::path& file) {
+    if (file.filename() != kSummaryName) return false;
+    std::ifstream stream(file, std::ios::binary);
+    std::string begin(std::char_traits<char>::length(kSummaryBegin), '\0');
+    stream.read(begin.data(), static_cast<std::streamsize>(begin.size()));
+    return begin == kSummaryBegin;
+}
+
+/// Whether a run has put its results there, or a batch those of its runs.
+bool getHasResults(const fs::path& folder) {
+    return getIsSummary(folder / kSummaryName) || readStatus((folder / RunStatus::kFileName).string());
+}
+
 /// Looks through folders for what a pattern names.
 class Finder {
 public:
-    Finder(const Pattern& wanted, const std::string& leftOut, std::set<std::string>& files)
-        : pattern(wanted), found(files) {
-        std::error_code error;
-        if (!leftOut.empty()) hidden = fs::weakly_canonical(fs::absolute(leftOut, error), error);
-    }
+    /// What is found, and what isn't.
+    struct Found {
+        std::set<std::string> files;
+        std::vector<std::pair<std::string, std::string>> unread; ///< Folders, and why.
+        std::string results; ///< The first folder with results that was left out.
+    };
 
-    void find() { look(pattern.folder, 0); }
+    Finder(const Pattern& wanted, const LeftOut& others) : pattern(wanted), leftOut(others) {}
+
+    Found find(bool withResults) {
+        takesResults = withResults;
+        found = {};
+        look(pattern.folder, 0);
+        return found;
+    }
 
 private:
     void look(const fs::path& folder, std::size_t part) {
-        if (getIsHidden(folder)) return;
+        if (leftOut.getHides(folder)) return;
         if (pattern.isLiteral) return take(folder / pattern.parts[part]);
+        if (!takesResults && getHasResults(folder)) {
+            if (found.results.empty()) found.results = folder.empty() ? "." : folder.string();
+            return;
+        }
         const bool isAnyDepth = pattern.parts[part] == "**";
         const bool isLast = part + 1 == pattern.parts.size();
         if (isAnyDepth && !isLast) look(folder, part + 1);
-        std::error_code error; // of a folder that may not be read, in which nothing is found
-        for (const fs::directory_entry& entry : fs::directory_iterator(
-                 folder.empty() ? "." : folder, fs::directory_options::skip_permission_denied, error)) {
-            const std::string name = entry.path().filename().string();
+        std::error_code error;
+        fs::directory_iterator at(folder.empty() ? "." : folder, error);
+        for (; !error && at != fs::directory_iterator(); at.increment(error)) {
+            const std::string name = at->path().filename().string();
             const fs::path path = folder / name;
             if (isAnyDepth)
-                lookAnywhere(path, name, entry, part, isLast);
+                lookAnywhere(path, name, *at, part, isLast);
             else if (::fnmatch(pattern.parts[part].c_str(), name.c_str(), FNM_PERIOD) == 0)
                 isLast ? take(path) : enter(path, part + 1);
         }
+        // A folder that isn't there has nothing; one that is, and can't be read, may have recordings.
+        if (error && error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory)
+            tell(folder, error);
+    }
+
+    void tell(const fs::path& folder, const std::error_code& error) {
+        const auto isIt = [&](const auto& one) { return one.first == folder.string(); };
+        if (std::none_of(found.unread.begin(), found.unread.end(), isIt))
+            found.unread.emplace_back(folder.string(), error.message());
     }
 
     void lookAnywhere(const fs::path& path, const std::string& name, const fs::directory_entry& entry,
@@ -92,19 +172,25 @@ private:
 
     void take(const fs::path& path) {
         std::error_code error;
-        if (fs::is_regular_file(path, error)) found.insert(path.lexically_normal().string());
-    }
-
-    bool getIsHidden(const fs::path& folder) const {
-        if (hidden.empty()) return false;
-        std::error_code error;
-        return fs::weakly_canonical(fs::absolute(folder.empty() ? "." : folder, error), error) == hidden;
+        if (!fs::is_regular_file(path, error) || leftOut.getIsOne(path) || getIsSummary(path)) return;
+        const std::string name = path.lexically_normal().string();
+        found.files.insert(name == "-" ? "./-" : name); // which alone is standard input
     }
 
     const Pattern& pattern;
-    std::set<std::string>& found;
-    fs::path hidden;
+    const LeftOut& leftOut;
+    bool takesResults = false;
+    Found found;
 };
+
+void warn(const Finder::Found& found, const std::string& option, Complaints& complaints) {
+    for (const auto& [folder, reason] : found.unread)
+        complaints.warn({folder}, "cannot be read: " + reason + "; recordings there are left out");
+    if (!found.results.empty())
+        complaints.warn({option}, "left out the results of an earlier run, as in '" +
+                                      printable(found.results, kLongestName) +
+                                      "'; a pattern for them alone takes them");
+}
 
 fs::path commonOf(const fs::path& one, const fs::path& other) {
     fs::path common;
@@ -113,7 +199,8 @@ fs::path commonOf(const fs::path& one, const fs::path& other) {
     return common;
 }
 
-void complain(const std::string& text, const std::string& option, Complaints& complaints) {
+void complain(const std::string& text, const std::string& option, const LeftOut& others,
+              Complaints& complaints) {
     std::error_code error;
     std::string quoted = "'";
     quoted += printable(text, kLongestName);
@@ -121,6 +208,9 @@ void complain(const std::string& text, const std::string& option, Complaints& co
     if (fs::is_directory(text, error))
         complaints.add({option}, "the folder " + quoted, "files, or a pattern of them",
                        (fs::path(text) / "**/*.csv").string());
+    else if (others.getHides(Pattern(text).folder))
+        complaints.add({option}, quoted + ", where the results go",
+                       "recordings beside the folder of results");
     else
         complaints.add({option}, "no file for " + quoted, "a file, or a pattern that some have");
 }
@@ -128,22 +218,31 @@ void complain(const std::string& text, const std::string& option, Complaints& co
 } // namespace
 
 std::string FoundFiles::nameBelowRoot(const std::string& file) const {
-    return root.empty() ? file : fs::path(file).lexically_relative(root).string();
+    return absoluteOf(file).lexically_relative(absoluteOf(root)).string();
 }
 
-FoundFiles findFiles(const std::vector<std::string>& patterns, const std::string& leftOut,
+FoundFiles findFiles(const std::vector<std::string>& patterns, const std::vector<std::string>& leftOut,
                      const std::string& option, Complaints& complaints) {
-    std::set<std::string> all;
+    const LeftOut others(leftOut);
+    std::map<std::string, std::string> all; // by the name from the top: each counts once
     std::optional<fs::path> root;
     for (const std::string& text : patterns) {
         const Pattern pattern(text);
-        std::set<std::string> found;
-        Finder(pattern, leftOut, found).find();
-        if (found.empty()) complain(text, option, complaints);
-        all.merge(found);
-        root = root ? commonOf(*root, pattern.folder) : pattern.folder;
+        Finder finder(pattern, others);
+        Finder::Found found = finder.find(false);
+        if (found.files.empty() && !found.results.empty()) found = finder.find(true);
+        warn(found, option, complaints);
+        if (found.files.empty()) complain(text, option, others, complaints);
+        for (const std::string& file : found.files)
+            all.emplace(absoluteOf(file).string(), file);
+        const fs::path folder = absoluteOf(pattern.folder);
+        root = root ? commonOf(*root, folder) : folder;
     }
-    return {.files = {all.begin(), all.end()}, .root = root ? root->string() : std::string()};
+    FoundFiles found;
+    for (auto& [whole, file] : all)
+        found.files.push_back(std::move(file));
+    if (root) found.root = root->string();
+    return found;
 }
 
 } // namespace Quillmere::Host

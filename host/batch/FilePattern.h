@@ -20,9 +20,11 @@ struct FoundFiles {
 
 /// Finds files: `*` and `?` stand for letters of a name, `[...]` for one of several, `**` for any folders,
 /// also none. What begins with a point is found where the pattern says so, and `**` follows no links to
-/// folders. Nothing below `leftOut` counts, unless that is empty. Complains of a pattern that finds nothing.
-/// `option` is what complaints name. [any]
-QUILLMERE_API FoundFiles findFiles(const std::vector<std::string>& patterns, const std::string& leftOut,
-                                   const std::string& option, Complaints& complaints);
+/// folders. Neither files of `leftOut` nor what lies below its folders counts, nor what an earlier batch has
+/// made, unless a pattern finds nothing else. Complains of a pattern that finds nothing, and warns of folders
+/// that can't be read and of results that are left out. `option` is what complaints name. [any]
+QUILLMERE_API FoundFiles findFiles(const std::vector<std::string>& patterns,
+                                   const std::vector<std::string>& leftOut, const std::string& option,
+                                   Complaints& complaints);
 
 } // namespace Quillmere::Host

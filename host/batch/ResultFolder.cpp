@@ -43,10 +43,11 @@ bool getIsFileSink(const GraphDescription::Block& block, const BlockCatalogue& c
 
 } // namespace
 
-ResultFolder::ResultFolder(std::string name) : path(std::move(name)) {
+ResultFolder::ResultFolder(std::string name, bool isMade) : path(std::move(name)) {
     std::error_code error;
-    fs::create_directories(path, error);
-    if (!fs::is_directory(path, error)) {
+    std::error_code ignored; // of what isn't there
+    if (isMade) fs::create_directories(path, error);
+    if (isMade && !fs::is_directory(path, ignored)) {
         const std::string reason = error ? error.message() : std::strerror(ENOTDIR);
         throw RecordingException(
             Complaint::sentence({path}, "cannot be made: " + reason, "a folder for the results"));
@@ -79,6 +80,12 @@ std::optional<RunStatus> ResultFolder::findStatus() const {
 
 void ResultFolder::begin() const {
     std::error_code error; // of what isn't there
+    if (const auto before = findStatus())
+        for (const RunStatus::Result& result : before->results) {
+            const auto facts = factsOf(path + "/" + result.path);
+            const bool isHere = fs::path(result.path).filename() == result.path;
+            if (isHere && facts && facts->bytes == result.bytes) fs::remove(path + "/" + result.path, error);
+        }
     fs::remove(path + "/" + RunStatus::kFileName, error);
 }
 

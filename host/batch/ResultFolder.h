@@ -16,9 +16,10 @@ namespace Quillmere::Host {
 /// long as this lives: another one waits, where the file system has locks.
 class QUILLMERE_API ResultFolder {
 public:
-    /// Makes the folder if it isn't there. Raises `RecordingException` where it can't be made, or when
-    /// another process holds it for longer than one that was killed takes to go. [setup]
-    explicit ResultFolder(std::string path);
+    /// Makes the folder if it isn't there, unless it is only looked at. Raises `RecordingException` where it
+    /// can't be made, or when another process holds it for longer than one that was killed takes to go.
+    /// [setup]
+    explicit ResultFolder(std::string path, bool isMade = true);
     ~ResultFolder();
     ResultFolder(const ResultFolder&) = delete;
     ResultFolder& operator=(const ResultFolder&) = delete;
@@ -26,7 +27,8 @@ public:
     const std::string& getPath() const { return path; }
     /// Nothing for a folder in which no run has come to its end.
     std::optional<RunStatus> findStatus() const;
-    /// Takes the status of an earlier run away: from now on its results may be replaced.
+    /// Takes away what an earlier run has made, as long as nobody has changed it since, and then its status:
+    /// a run that fails leaves no results of other settings.
     void begin() const;
     /// What a run has written here: `file` is a name in the folder.
     void addResult(RunStatus& status, const std::string& sink, const std::string& file) const;

@@ -15,6 +15,7 @@
 #include <ctime>
 #include <fstream>
 #include <iterator>
+#include <map>
 
 namespace Quillmere::Host {
 
@@ -22,6 +23,7 @@ namespace {
 
 constexpr const char* kDocument = "recording status";
 constexpr const char* kFormat = "1"; // another one when a member changes its meaning or goes
+constexpr const char* kInputOption = "--input";
 constexpr const char* kOutcomeLine = ",\n  \"outcome\": ";
 
 Json::Text count(std::uint64_t number) {
@@ -57,6 +59,16 @@ Json::Text resultsOf(const RunStatus& status) {
                                       {"file", Json::text(result.path)},
                                       {"bytes", count(result.bytes)}}));
     return Json::list(texts);
+}
+
+/// A value as it was before it stood in a map.
+Json::Text unindented(const std::string& text) {
+    Json::Text value;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        value += text[at];
+        if (text[at] == '\n') at += 2;
+    }
+    return value;
 }
 
 /// The members of a map in a file; what isn't there is empty or 0.
@@ -152,11 +164,43 @@ RunStatus statusOf(const Members& members) {
         {path}, std::string("cannot be written: ") + std::strerror(errno), "a file that can be written"));
 }
 
-bool getIsChanged(const RunStatus::Input& input) {
-    const auto facts = factsOf(input.path);
+/// Whether the file `path` isn't what was read then.
+bool getIsChanged(const RunStatus::Input& input, const std::string& path) {
+    const auto facts = factsOf(path);
     if (!facts || facts->bytes != input.facts.bytes) return true;
-    return facts->modified != input.facts.modified && hashOfFile(input.path) != input.hash;
+    return facts->modified != input.facts.modified && hashOfFile(path) != input.hash;
 }
+
+/// The file that a source reads by the options, where one file is what it has read.
+class InputNames {
+public:
+    InputNames(const RunStatus& then, const RunStatus& now) {
+        std::map<std::string, int> counts;
+        for (const RunStatus::Input& input : then.inputs)
+            ++counts[input.source];
+        for (std::size_t i = 0; i + 1 < now.overrides.size(); ++i) {
+            if (now.overrides[i] != kInputOption) continue;
+            const std::string& word = now.overrides[i + 1];
+            const std::string source = word.substr(0, word.find('='));
+            if (counts[source] == 1) names[source] = word.substr(std::min(word.size(), source.size() + 1));
+        }
+    }
+
+    std::string nameOf(const RunStatus::Input& input) const {
+        const auto name = names.find(input.source);
+        return name == names.end() ? input.path : name->second;
+    }
+    /// Without the names: one file may have several.
+    std::vector<std::string> settings(std::vector<std::string> words) const {
+        for (std::size_t i = 1; i < words.size(); ++i)
+            if (words[i - 1] == kInputOption && names.contains(words[i].substr(0, words[i].find('='))))
+                words[i] = words[i].substr(0, words[i].find('='));
+        return words;
+    }
+
+private:
+    std::map<std::string, std::string> names;
+};
 
 } // namespace
 
@@ -191,19 +235,24 @@ Json::Text toJson(const RunStatus& status) {
 
 std::optional<RunStatus> readStatus(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    if (!file.is_open()) return std::nullopt;
+    if (!file.is_open() || !factsOf(path)) return std::nullopt;
     std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     // Most of it is the outcome, which stands last and isn't read. No text within has a line's end.
     const std::size_t outcome = text.find(kOutcomeLine);
     if (outcome == std::string::npos || !text.ends_with("}\n")) return std::nullopt;
+    constexpr std::size_t kEnd = 3; // "\n}\n"
+    const std::size_t begin = outcome + std::char_traits<char>::length(kOutcomeLine);
+    const std::string value = text.substr(begin, std::max(text.size() - kEnd, begin) - begin);
     text.erase(outcome);
     text += '}';
     Complaints complaints;
-    const auto value = readValueText(text, path, false, complaints);
-    if (!value || !complaints.isEmpty()) return std::nullopt;
-    const Members members(*value);
+    const auto read = readValueText(text, path, false, complaints);
+    if (!read || !complaints.isEmpty()) return std::nullopt;
+    const Members members(*read);
     if (members.text("document") != kDocument || members.text("format") != kFormat) return std::nullopt;
-    return statusOf(members);
+    RunStatus status = statusOf(members);
+    status.outcome = unindented(value);
+    return status;
 }
 
 /// Not brought to the disk: where power fails, a status that is lost costs a run, and results were brought
@@ -240,10 +289,11 @@ std::string timeText() {
 
 std::string findChange(const RunStatus& then, const RunStatus& now, const std::string& folder) {
     if (then.graphHash != now.graphHash) return "the graph has changed";
-    if (then.overrides != now.overrides) return "the settings have changed";
+    const InputNames names(then, now);
+    if (names.settings(then.overrides) != names.settings(now.overrides)) return "the settings have changed";
     if (then.versions != now.versions) return "the versions of command or plug-ins have changed";
     for (const RunStatus::Input& input : then.inputs)
-        if (getIsChanged(input)) return "the recording '" + input.path + "' has changed";
+        if (getIsChanged(input, names.nameOf(input))) return "the recording '" + input.path + "' has changed";
     for (const RunStatus::Result& result : then.results) {
         const auto facts = factsOf(folder + "/" + result.path);
         if (!facts) return "the result '" + result.path + "' is gone";

@@ -58,7 +58,7 @@ struct QUILLMERE_API RunStatus {
     std::vector<std::string> overrides; ///< The options that change what comes out.
     std::vector<Input> inputs;
     std::vector<Result> results;
-    Json::Text outcome = Json::null(); ///< All that a run can tell; written, not read.
+    Json::Text outcome = Json::null(); ///< All that a run can tell, as text.
 
     bool getIsDone() const { return state == kDone; }
 };
@@ -77,7 +77,7 @@ QUILLMERE_API std::string timeText();
 
 /// Why what `then` tells of isn't what a run with graph, options and versions of `now` would give; empty
 /// when nothing has changed. A recording is read only where its time has changed; of a result in `folder`
-/// only the size is looked at. [any]
+/// only the size is looked at. A file that a source reads may have another name than it had. [any]
 QUILLMERE_API std::string findChange(const RunStatus& then, const RunStatus& now, const std::string& folder);
 
 } // namespace Quillmere::Host

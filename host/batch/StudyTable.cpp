@@ -38,6 +38,32 @@ char separatorOf(std::string_view line) {
     return best;
 }
 
+/// Without blanks at both ends.
+std::string trimmed(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+/// A cell in one line, since it becomes a word of a command.
+std::string cellOf(const std::string& text) {
+    std::string cell = trimmed(text);
+    std::replace_if(
+        cell.begin(), cell.end(), [](char letter) { return letter == '\n' || letter == '\r'; }, ' ');
+    return cell;
+}
+
+/// A column's name; `Set:` is `set:`.
+std::string columnOf(const std::string& text) {
+    const std::string name = cellOf(text);
+    constexpr std::string_view kSetting = StudyTable::kSetting;
+    const std::string begin = name.substr(0, kSetting.size());
+    return lowered(begin) == kSetting ? std::string(kSetting) + trimmed(name.substr(begin.size())) : name;
+}
+
+bool getIsOpen(const std::string& line) {
+    return std::count(line.begin(), line.end(), '"') % 2 != 0;
+}
+
 std::string withoutEndings(const std::string& name) {
     fs::path path(name);
     if (path.extension() == ".gz") path.replace_extension();
@@ -80,10 +106,15 @@ StudyTable::StudyTable(const std::string& path, Complaints& complaints) : file(p
     }
     std::string line;
     for (int number = 1; std::getline(stream, line); ++number) {
+        const int first = number;
+        // A cell between quotes may go over several lines.
+        for (std::string next; getIsOpen(line) && std::getline(stream, next); ++number)
+            line += "\n" + next;
+        if (getIsOpen(line)) complaints.add({path, first, 1}, "a quote that isn't closed", "another one");
         if (line.ends_with('\r')) line.pop_back();
-        if (number == 1 && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
-        if (number == 1 && !takeHeader(line, complaints)) return;
-        if (number > 1 && !line.empty()) takeRow(line, number, complaints);
+        if (first == 1 && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
+        if (first == 1 && !takeHeader(line, complaints)) return;
+        if (first > 1 && !line.empty()) takeRow(line, first, complaints);
     }
     if (columns.empty() && rows.empty() && complaints.isEmpty())
         complaints.add({path, 1, 1}, "nothing", "a row of names, one of which is path or id");
@@ -92,6 +123,7 @@ StudyTable::StudyTable(const std::string& path, Complaints& complaints) : file(p
 bool StudyTable::takeHeader(const std::string& line, Complaints& complaints) {
     separator = separatorOf(line);
     std::vector<std::string> names = tableCells(line, separator);
+    std::transform(names.begin(), names.end(), names.begin(), columnOf);
     const auto isName = [](const std::string& name) {
         return lowered(name) == kPath || std::find(kIds.begin(), kIds.end(), lowered(name)) != kIds.end();
     };
@@ -103,17 +135,31 @@ bool StudyTable::takeHeader(const std::string& line, Complaints& complaints) {
     }
     namesPaths = lowered(*named) == kPath;
     nameColumn = static_cast<std::size_t>(named - names.begin());
-    for (const std::string& name : names)
-        if (name.starts_with(kSetting) && name.find('.') == std::string::npos)
-            complaints.add({file, 1, 1}, "the column '" + printable(name, kLongestName) + "'",
-                           "set:BLOCK.PROPERTY");
+    checkNames(names, complaints);
     names.erase(named);
     columns = std::move(names);
     return true;
 }
 
+void StudyTable::checkNames(const std::vector<std::string>& names, Complaints& complaints) const {
+    std::set<std::string> known;
+    for (const std::string& name : names) {
+        std::string found = "the column '";
+        found += printable(name, kLongestName);
+        found += '\'';
+        if (!name.empty() && !known.insert(name).second)
+            complaints.add({file, 1, 1}, "a second time " + found, "a name of its own for each column");
+        if (name.find('=') != std::string::npos) complaints.add({file, 1, 1}, found, "a name without =");
+        if (name.starts_with(kSetting) && name.find('.') == std::string::npos)
+            complaints.add({file, 1, 1}, found, "set:BLOCK.PROPERTY");
+    }
+}
+
 void StudyTable::takeRow(const std::string& line, int number, Complaints& complaints) {
     std::vector<std::string> cells = tableCells(line, separator);
+    std::transform(cells.begin(), cells.end(), cells.begin(), cellOf);
+    // Programs leave such rows behind the last one.
+    if (std::all_of(cells.begin(), cells.end(), [](const std::string& cell) { return cell.empty(); })) return;
     if (cells.size() != columns.size() + 1) {
         complaints.add({file, number, 1}, counted(cells.size(), "cell"),
                        std::to_string(columns.size() + 1) + ", as there are names");
@@ -124,6 +170,11 @@ void StudyTable::takeRow(const std::string& line, int number, Complaints& compla
     row.name = cells[nameColumn];
     byName[namesPaths ? fs::path(row.name).lexically_normal().string() : row.name].push_back(rows.size() - 1);
     cells.erase(cells.begin() + static_cast<std::ptrdiff_t>(nameColumn));
+    for (std::size_t i = 0; i < cells.size(); ++i)
+        if (columns[i].empty() && !cells[i].empty())
+            complaints.add({file, number, 1},
+                           "'" + printable(cells[i], kLongestName) + "' in a column without a name",
+                           "a name in line 1");
     row.cells = std::move(cells);
 }
 
@@ -146,6 +197,14 @@ std::optional<std::size_t> StudyTable::findRow(const std::string& path, const st
     std::set<std::size_t> found;
     for (const std::string& one : namesOf(path, name))
         if (const auto named = byName.find(one); named != byName.end())
+            found.insert(named->second.begin(), named->second.end());
+    // A part of a study is found as the whole is: by folders above those that all recordings have in common.
+    fs::path above = fs::path(path).lexically_normal();
+    for (const fs::path& part : fs::path(name)) {
+        if (!part.empty()) above = above.parent_path();
+    }
+    for (; found.empty() && !namesPaths && above.has_relative_path(); above = above.parent_path())
+        if (const auto named = byName.find(above.filename().string()); named != byName.end())
             found.insert(named->second.begin(), named->second.end());
     if (found.empty()) return std::nullopt;
     if (found.size() > 1)

@@ -28,19 +28,22 @@ public:
     /// Complains of a file that can't be read, or isn't such a table. [setup]
     StudyTable(const std::string& path, Complaints& complaints);
 
-    /// Without the one of names.
+    /// Without the one of names. One without a name is empty in all rows.
     const std::vector<std::string>& getColumns() const { return columns; }
+    const std::string& getFile() const { return file; }
     std::size_t getRows() const { return rows.size(); }
 
     /// The row of a recording; nothing for one of which the table doesn't tell. `name` is how its file is
     /// called below the root. A row is its own by the whole of its path, with or without ending; or by an id,
     /// which is a folder's name on the way, the file's, or what that begins with in front of a sign that
-    /// isn't a letter or digit. Complains of two rows for one. [any]
+    /// isn't a letter or digit; else by the deepest folder above the root that is one. Complains of two rows
+    /// for one. [any]
     std::optional<std::size_t> findRow(const std::string& path, const std::string& name,
                                        Complaints& complaints) const;
     /// One cell for each column.
     const std::vector<std::string>& getCells(std::size_t row) const { return rows[row].cells; }
     const std::string& getName(std::size_t row) const { return rows[row].name; }
+    int getLine(std::size_t row) const { return rows[row].line; }
 
 private:
     struct Row {
@@ -50,6 +53,7 @@ private:
     };
 
     bool takeHeader(const std::string& line, Complaints& complaints);
+    void checkNames(const std::vector<std::string>& names, Complaints& complaints) const;
     void takeRow(const std::string& line, int number, Complaints& complaints);
     std::vector<std::string> namesOf(const std::string& path, const std::string& name) const;
 

@@ -75,8 +75,12 @@ std::size_t WorkerPool::getBusy() const {
 }
 
 WorkerPool::Worker& WorkerPool::idleWorker() {
-    const auto idle =
-        std::find_if(workers.begin(), workers.end(), [](const Worker& worker) { return !worker.isBusy; });
+    const auto isIdle = [](const Worker& worker) { return !worker.isBusy && worker.process >= 0; };
+    auto idle = std::find_if(workers.begin(), workers.end(), isIdle);
+    // None that lives: the place of one that is gone.
+    if (idle == workers.end())
+        idle =
+            std::find_if(workers.begin(), workers.end(), [](const Worker& worker) { return !worker.isBusy; });
     return idle != workers.end() ? *idle : workers.emplace_back();
 }
 
@@ -84,7 +88,13 @@ void WorkerPool::spawn(Worker& worker) const {
     int sockets[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) fail("no socket for a worker");
     const int output = ::memfd_create("quillmere-worker", MFD_CLOEXEC);
-    if (output < 0) fail("no memory for what a worker prints");
+    if (output < 0) {
+        const int reason = errno;
+        ::close(sockets[0]);
+        ::close(sockets[1]);
+        errno = reason;
+        fail("no memory for what a worker prints");
+    }
     std::vector<char*> words;
     for (const std::string& word : program)
         words.push_back(const_cast<char*>(word.c_str()));
@@ -92,10 +102,12 @@ void WorkerPool::spawn(Worker& worker) const {
     const pid_t parent = ::getpid();
     const pid_t process = ::fork();
     if (process == 0) becomeWorker(parent, sockets[1], output, words.data());
+    const int reason = errno;
     ::close(sockets[1]);
     if (process < 0) {
         ::close(sockets[0]);
         ::close(output);
+        errno = reason;
         fail("no process for a worker");
     }
     worker.process = process;

@@ -3,6 +3,7 @@
 
 #include "framework/core/Api.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <string>
@@ -40,6 +41,8 @@ public:
     void start(std::size_t task, const std::string& line);
     /// What has ended; waits for that, as long as `time` at most.
     std::vector<Ended> wait(std::chrono::milliseconds time);
+    /// From now on no more workers at once than so many.
+    void goOnWith(std::size_t count) { most = std::max<std::size_t>(1, count); }
     /// Asks workers that have a task to end it in order.
     void interrupt() const;
 

@@ -57,6 +57,14 @@ TEST_F(BatchPlanTest, TheTableSetsAndNotes) {
     EXPECT_EQ(doubts.unused, std::vector<std::string>{"p4"});
 }
 
+TEST_F(BatchPlanTest, ATableThatSetsNothingAtAllIsRefused) {
+    const StudyTable table(folder.write("t.csv", "id,set:gain.Gain\nq1,2\n"), complaints);
+    make({"study/p1/a.csv"}, {}, &table);
+    EXPECT_NE(complaint().find("found no row of a recording, among 1 row; expected one at least"),
+              std::string::npos)
+        << complaint();
+}
+
 TEST_F(BatchPlanTest, TwoForOneFolderAreRefused) {
     make({"study/a.csv", "study/a.mat"});
     EXPECT_EQ(complaint(), "results/a: found two recordings for it, 'study/a.csv' and 'study/a.mat'; "
@@ -66,6 +74,17 @@ TEST_F(BatchPlanTest, TwoForOneFolderAreRefused) {
 TEST_F(BatchPlanTest, ANameInTwoLinesIsRefused) {
     make({"study/a\nb.csv"});
     EXPECT_NE(complaint().find("a name in one line"), std::string::npos) << complaint();
+    complaints = {};
+    make({"study/a\xff.csv"});
+    EXPECT_NE(complaint().find("in UTF-8"), std::string::npos) << "a status can't have it";
+}
+
+TEST_F(BatchPlanTest, TwoLinesForOneFolderAreRefused) {
+    const std::string line = "quillmere run g.yaml --input in=a.csv --folder r/a";
+    const std::string path = folder.write("plan.txt", line + "\r\n" + line + "\n");
+    const BatchPlan plan = BatchPlan::fromFile(path, 1, 9, complaints);
+    EXPECT_EQ(complaint(), path + ":2:1: found a second line for the folder 'r/a'; expected one");
+    EXPECT_EQ(plan.entries.at(0).folder, "r/a") << "without the end of a line";
 }
 
 TEST_F(BatchPlanTest, ReadsBackWhatIsWrittenAndOfItWhatIsAskedFor) {

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "host/batch/FilePattern.h"
+#include "host/batch/BatchSummary.h"
+#include "host/batch/RunStatus.h"
 #include "tests/host/kit/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -31,7 +35,7 @@ protected:
             paths.push_back(folder.path(pattern));
         complaints = {};
         const FoundFiles found =
-            findFiles(paths, leftOut.empty() ? "" : folder.path(leftOut), "--in", complaints);
+            findFiles(paths, {leftOut.empty() ? "" : folder.path(leftOut)}, "--in", complaints);
         Names names;
         for (const std::string& file : found.files)
             names.push_back(found.nameBelowRoot(file));
@@ -62,6 +66,54 @@ TEST_F(FilePattern, SeveralShareTheirDeepestFolderAndEachFileCountsOnce) {
 
 TEST_F(FilePattern, ResultsAreNoRecordings) {
     EXPECT_EQ(find({"study/**/*.csv"}, "study/p1"), (Names{"[1].csv", "a.csv", "p2/a.csv"}));
+}
+
+TEST_F(FilePattern, NorIsAnythingBelowThemOrAFileThatIsLeftOut) {
+    EXPECT_EQ(find({"study/p1/deep/*.csv", "study/p2/a.csv"}, "study/p1"), (Names{"p2/a.csv"}));
+    ASSERT_EQ(complaints.getSorted().size(), 1u);
+    EXPECT_NE(complaints.getSorted()[0].found.find(", where the results go"), std::string::npos);
+    EXPECT_EQ(find({"study/p?/a.csv"}, "study/p2/a.csv"), (Names{"p1/a.csv"}));
+}
+
+TEST_F(FilePattern, ResultsOfAnEarlierBatchAreTakenOnlyByAPatternForThem) {
+    writeStatus(folder.path("study/p1/deep"), {});
+    folder.write("study/p2/summary.csv", std::string(kSummaryBegin) + "failure\n");
+    EXPECT_EQ(find({"study/**/*.csv"}), (Names{"[1].csv", "a.csv", "p1/a.csv"}));
+    ASSERT_EQ(complaints.getSortedWarnings().size(), 1u);
+    EXPECT_NE(complaints.getSortedWarnings()[0].text.find("left out the results of an earlier run"),
+              std::string::npos);
+    EXPECT_EQ(find({"study/p1/deep/*.csv"}), (Names{"c.csv"}));
+    EXPECT_TRUE(complaints.getSortedWarnings().empty());
+    EXPECT_EQ(find({"study/p2/*.csv"}), (Names{"a.csv"})) << "and never the table of a batch";
+}
+
+TEST_F(FilePattern, PatternsThatShareNoFolderAreSeenFromTheTop) {
+    const FoundFiles found = findFiles(
+        {folder.path("study/p1/a.csv"), std::filesystem::relative(folder.path("other/e.csv")).string()}, {},
+        "--in", complaints);
+    ASSERT_EQ(found.files.size(), 2u);
+    EXPECT_EQ(found.nameBelowRoot(found.files[0]), "other/e.csv");
+    EXPECT_EQ(found.nameBelowRoot(found.files[1]), "study/p1/a.csv");
+}
+
+TEST_F(FilePattern, AFolderThatCantBeReadIsTold) {
+    namespace fs = std::filesystem;
+    fs::permissions(folder.path(""), fs::perms::all);
+    fs::permissions(folder.path("study/p1"), fs::perms::none);
+    const uid_t user = ::geteuid();
+    if (user == 0) {
+        ASSERT_EQ(::seteuid(65534), 0); // who may read everything is nobody for a while
+    }
+    const Names names = find({"study/**/*.csv"});
+    if (user == 0) {
+        ASSERT_EQ(::seteuid(0), 0);
+    }
+    fs::permissions(folder.path("study/p1"), fs::perms::all);
+    EXPECT_EQ(names, (Names{"[1].csv", "a.csv", "p2/a.csv"}));
+    ASSERT_EQ(complaints.getSortedWarnings().size(), 1u);
+    EXPECT_EQ(complaints.getSortedWarnings()[0].getText(),
+              folder.path("study/p1") +
+                  ": warning: cannot be read: Permission denied; recordings there are left out");
 }
 
 TEST_F(FilePattern, LinksToFoldersAreNotFollowedToAnyDepth) {

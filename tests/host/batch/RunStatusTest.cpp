@@ -119,6 +119,18 @@ TEST_F(RunStatusTest, ARecordingHasChangedWhenItsBytesHave) {
     EXPECT_EQ(change(), "the recording '" + path + "' has changed");
 }
 
+TEST_F(RunStatusTest, AFileMayHaveAnotherName) {
+    const std::string source = status.inputs[0].source;
+    status.overrides = {"--input", source + "=" + status.inputs[0].path, "--strict"};
+    now = status;
+    now.overrides[1] = source + "=" + folder.path("./in.csv");
+    EXPECT_EQ(change(), "");
+    now.overrides[1] = source + "=" + folder.write("other.csv", "t,x\n");
+    EXPECT_EQ(change(), "the recording '" + status.inputs[0].path + "' has changed");
+    now.overrides[2] = "--overwrite";
+    EXPECT_EQ(change(), "the settings have changed");
+}
+
 TEST_F(RunStatusTest, AResultThatIsGoneHasToBeMadeAgain) {
     now = status;
     folder.write("out.csv", "t,x\n1");
@@ -131,6 +143,30 @@ TEST_F(RunStatusTest, AFolderThatCantBeIsAFailure) {
     folder.write("file", "");
     EXPECT_THROW(writeStatus(folder.path("file"), status), RecordingException);
     EXPECT_THROW(ResultFolder(folder.path("file/below")), RecordingException);
+    std::filesystem::create_directory(folder.path("status.json"));
+    EXPECT_FALSE(readStatus(folder.path("status.json")));
+    const ResultFolder looked(folder.path("none"), false);
+    EXPECT_FALSE(looked.findStatus());
+    EXPECT_FALSE(folder.has("none"));
+}
+
+TEST_F(RunStatusTest, BeginningTakesAwayWhatAnEarlierRunHasMade) {
+    const std::string result = folder.path("r/out.csv");
+    const auto facts = [&](const std::string& text) {
+        folder.write("r/out.csv", text);
+        const ResultFolder results(folder.path("r"));
+        results.begin();
+        EXPECT_FALSE(folder.has("r/status.json"));
+        return folder.has("r/out.csv");
+    };
+    std::filesystem::create_directory(folder.path("r"));
+    folder.write("r/out.csv", "1\n");
+    RunStatus made;
+    ResultFolder(folder.path("r")).addResult(made, "out", "out.csv");
+    writeStatus(folder.path("r"), made);
+    EXPECT_FALSE(facts("1\n"));
+    writeStatus(folder.path("r"), made);
+    EXPECT_TRUE(facts("somebody's\n")) << "it isn't that of the run any more";
 }
 
 TEST(PeakMemory, BeginsAnew) {

@@ -63,6 +63,35 @@ TEST_F(StudyTableTest, RowsAreFoundByPath) {
     EXPECT_EQ(rowOf(table, "d/x.csv"), "");
 }
 
+TEST_F(StudyTableTest, APartOfAStudyIsFoundAsTheWholeIs) {
+    const StudyTable table = read("id,age\np1,3\nstudies,4\n");
+    const auto row = table.findRow("/home/studies/p1/day/a.csv", "a.csv", complaints);
+    ASSERT_TRUE(row);
+    EXPECT_EQ(table.getName(*row), "p1") << "the deepest one above the recordings";
+    EXPECT_FALSE(table.findRow("p2/a.csv", "a.csv", complaints));
+}
+
+TEST_F(StudyTableTest, NamesAndCellsAreWithoutBlanksAround) {
+    const StudyTable table = read(" id , Set: band.Order,age,\np1 , 4,\"two\nlines\",\n,,,\n");
+    EXPECT_EQ(complaint(), "");
+    EXPECT_EQ(table.getColumns(), (Strings{"set:band.Order", "age", ""}));
+    ASSERT_EQ(table.getRows(), 1u) << "an empty row is none";
+    EXPECT_EQ(table.getCells(0), (Strings{"4", "two lines", ""}));
+    EXPECT_EQ(rowOf(table, "p1.csv"), "p1");
+}
+
+TEST_F(StudyTableTest, ColumnsHaveNamesOfTheirOwn) {
+    read("id,age, age\np1,3,4\n");
+    EXPECT_EQ(complaint(),
+              ":1:1: found a second time the column 'age'; expected a name of its own for each column");
+    read("id,a=b\np1,3\n");
+    EXPECT_EQ(complaint(), ":1:1: found the column 'a=b'; expected a name without =");
+    read("id,\np1,3\n");
+    EXPECT_EQ(complaint(), ":2:1: found '3' in a column without a name; expected a name in line 1");
+    read("id,age\np1,\"3\np2,4\n");
+    EXPECT_EQ(complaint(), ":2:1: found a quote that isn't closed; expected another one");
+}
+
 TEST_F(StudyTableTest, TwoRowsForOneAreRefused) {
     const StudyTable table = read("id,age\np1,3\nday1,4\n");
     rowOf(table, "p1/day1.csv");
