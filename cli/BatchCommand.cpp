@@ -156,16 +156,17 @@ void BatchCommand::enterRecordings(CLI::App& command) {
         .add_option("--table", table,
                     "What is known of them: rows by path or id; columns set:BLOCK.PROPERTY set that.")
         ->type_name("FILE");
-    command
-        .add_option(
-            "--plan", planFile,
-            "With GRAPH, write what would be called, a line a recording, and run nothing; without it, "
-            "run that.")
-        ->type_name("FILE");
-    command.add_option("--lines", lines, "Run these lines of the plan only.")
-        ->type_name("FIRST-LAST")
-        ->check(checkRange)
-        ->needs("--plan");
+    planOption =
+        command
+            .add_option(
+                "--plan", planFile,
+                "With GRAPH, write what would be called, a line a recording, and run nothing; without it, "
+                "run that.")
+            ->type_name("FILE");
+    linesOption = command.add_option("--lines", lines, "Run these lines of the plan only.")
+                      ->type_name("FIRST-LAST")
+                      ->check(checkRange)
+                      ->needs(planOption);
 }
 
 void BatchCommand::enterRules(CLI::App& command) {
@@ -210,7 +211,7 @@ void BatchCommand::enterEngine(CLI::App& command) {
                         "With --plan: let a cluster with Slurm run it, by an array of jobs.")
             ->type_name("slurm")
             ->check(checkEngine)
-            ->needs("--plan");
+            ->needs(planOption);
     command
         .add_option("--per-task", perTask, "So many recordings for each job of the array; 50 if not said.")
         ->type_name("N")
@@ -221,7 +222,7 @@ void BatchCommand::enterEngine(CLI::App& command) {
         ->needs(cluster);
     CLI::Option* const print =
         command.add_flag("--print", prints, "Print the script, which sbatch takes.")->needs(cluster);
-    cluster->needs(print)->excludes(command.get_option("--lines"));
+    cluster->needs(print)->excludes(linesOption);
 }
 
 void BatchCommand::checkOptions() const {

@@ -19,7 +19,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace Quillmere::Host {
 class BatchRun;
@@ -153,7 +154,9 @@ struct FolderArguments {
     bool keepsChanged = false;
     bool looks = false;
     std::string graphHash; ///< The graph's SHA-256 when the batch began; empty for a run by itself.
-    void enter(CLI::App& command);
+    /// Gives back the option of the folder. Nobody looks for one by its name: the library can't raise there
+    /// that memory is short.
+    CLI::Option* enter(CLI::App& command);
 };
 
 class RunCommand final : public Command {
@@ -235,6 +238,8 @@ private:
                   double seconds) const;
     ExitCode writeSummary(const std::vector<std::string>& folders) const;
 
+    CLI::Option* planOption = nullptr; ///< The command owns them.
+    CLI::Option* linesOption = nullptr;
     GraphArguments arguments; ///< `inputs` are of sources besides the one that reads the recording.
     std::vector<std::string> patterns;
     std::string out;

@@ -59,7 +59,7 @@ GraphDescription resolvedGraph(const GraphArguments& graph, BlockCatalogue& cata
 
 } // namespace
 
-void FolderArguments::enter(CLI::App& command) {
+CLI::Option* FolderArguments::enter(CLI::App& command) {
     CLI::Option* const path =
         command
             .add_option(kFolder, folder, "Put all results into FOLDER, with what came of it: status.json.")
@@ -83,6 +83,7 @@ void FolderArguments::enter(CLI::App& command) {
         ->needs(path)
         ->group("");
     command.add_flag("--look", looks, "Only tell why it would have to run.")->needs(path)->group("");
+    return path;
 }
 
 FolderRun::FolderRun(const FolderArguments& options, const GraphArguments& graph,

@@ -129,12 +129,12 @@ RunCommand::RunCommand(CLI::App& command) {
                         "Let N threads share the work of an offline run; its results are the same.")
             ->type_name("N")
             ->check(checkThreads);
-    inFolder.enter(command);
+    CLI::Option* const folder = inFolder.enter(command);
     command.add_flag("--quiet", isQuiet, "Print neither progress nor a summary.");
     CLI::Option* const live = command.add_flag(
         "--live", isLive, "Run in real time, a thread for each layout; pipes are read as they come.");
     live->excludes(sharing);
-    live->excludes(command.get_option("--folder"));
+    live->excludes(folder);
     command.add_option("--speed", speed, "Pace recordings so many times as fast as they were taken, or max.")
         ->type_name("FACTOR|max")
         ->check(checkSpeed)
