@@ -1,29 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Commands.h"
 
-#include "cli/BatchReport.h"
 #include "cli/SideFile.h"
-#include "cli/StopSignals.h"
 #include "cli/Usage.h"
 #include "cli/UsageError.h"
 #include "host/batch/BatchPlan.h"
-#include "host/batch/BatchRun.h"
 #include "host/batch/BatchSummary.h"
 #include "host/batch/FileHash.h"
-#include "host/batch/ResultFolder.h"
 #include "host/batch/ShellWords.h"
 #include "host/batch/SlurmScript.h"
-#include "host/graph/Graph.h"
-#include "host/graph/GraphPlugins.h"
+#include "host/picture/PictureFile.h"
 #include "host/text/Counted.h"
 #include "host/text/NearestName.h"
 #include "host/text/Printable.h"
 
 #include <CLI/CLI.hpp>
-
-#include <sched.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
@@ -32,7 +23,6 @@
 #include <iostream>
 #include <iterator>
 #include <limits>
-#include <set>
 #include <utility>
 
 namespace Cli {
@@ -46,12 +36,6 @@ constexpr const char* kPlanBegin = "quillmere run ";
 constexpr std::int64_t kMostJobs = 1024;
 constexpr std::int64_t kMostPerTask = 1'000'000;
 constexpr const char* kSlurm = "slurm";
-
-std::size_t coreCount() {
-    cpu_set_t cores;
-    const int count = ::sched_getaffinity(0, sizeof cores, &cores) == 0 ? CPU_COUNT(&cores) : 1;
-    return static_cast<std::size_t>(std::max(1, count));
-}
 
 /// Two numbers counted from 1, or one that is both; 0 for what isn't that.
 std::pair<std::size_t, std::size_t> rangeOf(const std::string& text) {
@@ -76,7 +60,8 @@ std::string checkRange(const std::string& text) {
 
 /// Of files in each recording's folder.
 std::string checkName(const std::string& text) {
-    if (!text.empty() && text != "-" && text.find('/') == std::string::npos) return {};
+    const bool isTaken = text == RunStatus::kFileName;
+    if (!text.empty() && text != "-" && !isTaken && text.find('/') == std::string::npos) return {};
     return refusal(text, "a name in the folder of each recording");
 }
 
@@ -91,45 +76,6 @@ std::string checkEngine(const std::string& text) {
     if (text == kSlurm) return {};
     return Complaint::unknown({}, "the engine '" + printable(text, kLongestName) + "'", text, {kSlurm})
         .getText();
-}
-
-/// Each worker takes two files here.
-void raiseFileLimit() {
-    rlimit limit{};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == limit.rlim_max) return;
-    limit.rlim_cur = limit.rlim_max;
-    ::setrlimit(RLIMIT_NOFILE, &limit); // as many as there may be, then
-}
-
-ResultOptions summaryOptions(bool overwrites) {
-    return {.overwrites = overwrites,
-            .looksOwn = [](std::string_view text) { return text.starts_with(kSummaryBegin); },
-            .isOfGraph = false};
-}
-
-/// The options of a call as its words have them.
-GraphArguments argumentsOf(const BatchPlan::Entry& entry) {
-    GraphArguments arguments;
-    for (std::size_t i = 0; i + 1 < entry.words.size(); ++i) {
-        const std::string& word = entry.words[i];
-        if (word == "--input")
-            arguments.inputs.push_back(entry.words[++i]);
-        else if (word == "--set")
-            arguments.settings.push_back(entry.words[++i]);
-        else if (word == "--param")
-            arguments.parameters.push_back(entry.words[++i]);
-        else if (word == "--note")
-            ++i;
-    }
-    return arguments;
-}
-
-void listDoubts(const std::vector<std::string>& names, const std::string& table, const std::string& what) {
-    if (names.empty()) return;
-    Warning warning;
-    warning.where.file = table;
-    warning.text = what + listOfNames(names);
-    std::cerr << warning.getText() << "\n";
 }
 
 } // namespace
@@ -235,6 +181,12 @@ void BatchCommand::checkOptions() const {
                 {{"--collect"}, "GRAPH, --in or --plan beside it", "--out alone, and nothing is run"});
         return require(!out.empty(), "--out", "the folder with the results");
     }
+    if (!report.empty()) checkPageName("--report", report);
+    if (!picture.empty()) {
+        Complaints complaints;
+        pictureFormOf(picture, {"--picture"}, complaints);
+        complaints.raise();
+    }
     if (arguments.graph.empty() && !planFile.empty()) return checkPlanAlone();
     require(!arguments.graph.empty(), "GRAPH", "one, as 'quillmere batch --help' tells");
     require(!patterns.empty(), kIn, "--in 'FOLDER/**/*.csv' or the like");
@@ -256,22 +208,6 @@ void BatchCommand::checkPlanAlone() const {
     refuse(!table.empty(), "--table");
     refuse(!picture.empty(), "--picture");
     refuse(!report.empty(), "--report");
-}
-
-/// What makes every recording fail, or the summary of them, is refused before the first.
-void BatchCommand::checkBegin() const {
-    if (out.empty()) return;
-    namespace fs = std::filesystem;
-    std::error_code error;
-    fs::path there = fs::absolute(out, error).lexically_normal();
-    while (!fs::exists(fs::symlink_status(there, error)) && there.has_relative_path())
-        there = there.parent_path();
-    const std::string name = "'" + printable(there.string(), kLongestName) + "'";
-    if (!fs::is_directory(there, error)) throw UsageError({{"--out"}, "the file " + name, "a folder"});
-    if (::access(there.c_str(), W_OK | X_OK) != 0)
-        throw UsageError({{"--out"}, "the folder " + name + ", which can't be written", "one that can"});
-    const std::string summary = (fs::path(out) / kSummaryName).string();
-    if (fs::exists(summary, error)) checkSideFile("--out", summary, summaryOptions(arguments.overwrites));
 }
 
 ExitCode BatchCommand::run() {
@@ -312,106 +248,6 @@ BatchPlan BatchCommand::plan() const {
     return read;
 }
 
-/// Files of the batch itself, and of other sources, that a pattern may find beside recordings.
-std::vector<std::string> BatchCommand::leftOut() const {
-    std::vector<std::string> names{out, arguments.graph, table, planFile};
-    for (const std::string& input : arguments.inputs)
-        names.push_back(splitSetting(input, "--input", "block=FILE").second);
-    return names;
-}
-
-/// The graph is checked before anything is touched, with the first recording's settings and with those of
-/// each row of the table.
-BatchPlan BatchCommand::planOfGraph() const {
-    BlockCatalogue catalogue = loadCatalogue(arguments.plugins);
-    Complaints complaints;
-    const GraphDescription description = GraphDescription::fromFile(arguments.graph, complaints);
-    loadPlugins(description, catalogue, complaints);
-    complaints.raise(false);
-    PlanWishes wishes{
-        .graph = arguments.graph, .source = sourceOf(catalogue), .out = out, .words = wordsForEach()};
-    Complaints search;
-    const FoundFiles found = findFiles(patterns, leftOut(), kIn, search);
-    printDoubts(search);
-    search.raise(arguments.isStrict);
-    std::optional<StudyTable> rows;
-    if (!table.empty()) wishes.table = &rows.emplace(table, complaints);
-    complaints.raise(false);
-    PlanDoubts doubts;
-    BatchPlan made = makePlan(found, wishes, doubts, complaints);
-    complaints.raise(false);
-    checkEntries(made, description, catalogue);
-    listDoubts(doubts.withoutRow, table, "no row for ");
-    listDoubts(doubts.unused, table, "no recording for ");
-    return made;
-}
-
-void BatchCommand::checkEntries(const BatchPlan& made, const GraphDescription& description,
-                                const BlockCatalogue& catalogue) const {
-    std::set<std::vector<std::string>> checked;
-    for (const BatchPlan::Entry& entry : made.entries)
-        if (checked.insert(entry.settings).second) checkEntry(entry, description, catalogue);
-}
-
-void BatchCommand::checkEntry(const BatchPlan::Entry& entry, const GraphDescription& description,
-                              const BlockCatalogue& catalogue) const {
-    GraphChanges changes = changesOf(argumentsOf(entry));
-    // Those of the table stand behind the others.
-    for (std::size_t i = 0; i < entry.settings.size(); ++i)
-        changes.settings[changes.settings.size() - entry.settings.size() + i].option =
-            entry.row.file + ":" + std::to_string(entry.row.line) + ": " + StudyTable::kSetting +
-            printable(entry.settings[i], kLongestName);
-    Complaints complaints;
-    Complaints ignored; // which the graph complains of, too
-    changes.outputs =
-        outputsInto(entry.folder, "--out", description.with(changes, ignored).resolved(ignored), catalogue);
-    const Graph graph(description.with(changes, complaints), catalogue, complaints);
-    complaints.raise(arguments.isStrict);
-}
-
-/// The source that reads the recording: the only one with a file, of those that no option gives one.
-std::string BatchCommand::sourceOf(const BlockCatalogue& catalogue) const {
-    Complaints ignored; // settings and files that recordings bring aren't there yet
-    const GraphDescription description = GraphDescription::fromFile(arguments.graph, ignored);
-    const Graph graph(description.with(changesOf(arguments), ignored), catalogue, ignored);
-    std::vector<std::string> sources;
-    for (const Graph::Node& node : graph.getNodes()) {
-        const std::string& id = node.description->id;
-        const auto isIt = [&](const std::string& input) { return input.starts_with(id + "="); };
-        if (node.source == nullptr || node.file == nullptr) continue;
-        const bool isGiven = std::any_of(arguments.inputs.begin(), arguments.inputs.end(), isIt);
-        if (id == source && isGiven)
-            throw UsageError({{"--source"}, "--input for " + id + " as well", "one of them"});
-        if (id == source) return source;
-        if (!isGiven) sources.push_back(id);
-    }
-    if (!source.empty())
-        throw UsageError(Complaint::unknown(
-            {"--source"}, "the block '" + printable(source, kLongestName) + "'", source, sources,
-            "a source that reads a file: ", "a graph with a source that reads a file"));
-    if (sources.size() == 1) return sources.front();
-    const std::string expected = sources.empty() ? "one source at least that reads a recording"
-                                                 : "--source BLOCK for the one that reads the recording, and "
-                                                   "--input BLOCK=FILE for others";
-    throw UsageError({{arguments.graph},
-                      counted(sources.size(), "source") + " that read files" +
-                          (sources.empty() ? "" : ", " + listOfNames(sources)),
-                      expected});
-}
-
-std::vector<std::string> BatchCommand::wordsForEach() const {
-    std::vector<std::string> words = wordsOf(arguments);
-    const auto add = [&](const char* option, const std::string& value) {
-        if (!value.empty()) words.insert(words.end(), {option, value});
-    };
-    add("--report", report);
-    for (const std::string& output : watched)
-        add("--watch", output);
-    add("--picture", picture);
-    if (arguments.overwrites) words.emplace_back("--overwrite");
-    return words;
-}
-
 ExitCode BatchCommand::writePlan(const BatchPlan& made) const {
     BatchPlan written = made;
     for (BatchPlan::Entry& entry : written.entries) {
@@ -442,68 +278,6 @@ void BatchCommand::printScript(const BatchPlan& planned) const {
     wishes.name = "quillmere";
     wishes.options = splitShellLine(slurm).value_or(std::vector<std::string>{slurm});
     std::cout << slurmScript(wishes);
-}
-
-ExitCode BatchCommand::runPlan(const BatchPlan& entries, const std::string& graphHash) const {
-    raiseFileLimit();
-    const StopSignals signals;
-    BatchOptions options{.worker = {ownPath(), kWorkerCommand}, .jobs = jobs == 0 ? coreCount() : jobs};
-    options.words.emplace_back("--quiet");
-    if (resumes) options.words.emplace_back("--resume");
-    if (keepsChanged) options.words.emplace_back("--keep-changed");
-    if (isDry) options.words.emplace_back("--look");
-    for (const BatchPlan::Entry& entry : entries.entries) {
-        const std::string& graph = entry.words[1];
-        if (!options.graphs.contains(graph))
-            options.graphs[graph] = graph == arguments.graph ? graphHash : hashOfFile(graph);
-    }
-    BatchRun batch(entries, options);
-    BatchProgressLine line(!isQuiet);
-    batch.run(signals.getToken(), [&](const BatchProgress& progress) { line.show(progress); });
-    line.clear();
-    if (!isDry) return tell(entries, batch, line.getSeconds());
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < entries.entries.size(); ++i) {
-        if (batch.getEnds()[i].state == BatchEnd::State::Kept) continue;
-        const std::string& why = batch.getEnds()[i].text;
-        std::cout << entries.entries[i].getCommand() << "  # " << why.substr(why.find(": ") + 2) << "\n";
-        ++count;
-    }
-    std::cerr << counted(entries.entries.size(), "recording") << ", " << count << " to run\n";
-    return kDone;
-}
-
-ExitCode BatchCommand::tell(const BatchPlan& entries, const BatchRun& batch, double seconds) const {
-    const BatchProgress& progress = batch.getProgress();
-    const std::size_t left = progress.all - progress.done - progress.failed;
-    if (!isQuiet) {
-        char time[32];
-        std::snprintf(time, sizeof time, "%.1f", seconds);
-        std::cout << counted(progress.all, "recording") << ": " << progress.done << " done";
-        if (progress.kept > 0) std::cout << " (" << progress.kept << " before)";
-        std::cout << ", " << progress.failed << " failed";
-        if (left > 0) std::cout << ", " << left << " left";
-        std::cout << " (in " << time << " s)" << std::endl;
-    }
-    printFailures(entries, batch);
-    if (left > 0) std::cerr << "quillmere: interrupted; the same with --resume does the rest\n";
-    // Those of earlier batches stay in the table: this one may be over a part of the study.
-    const std::vector<std::string> found = out.empty() ? std::vector<std::string>() : findResultFolders(out);
-    std::set<std::string> folders(found.begin(), found.end());
-    for (const BatchPlan::Entry& entry : entries.entries)
-        folders.insert(entry.folder);
-    const ExitCode code = out.empty() ? kDone : writeSummary({folders.begin(), folders.end()});
-    return progress.failed == 0 && left == 0 ? code : kFailedMidway;
-}
-
-ExitCode BatchCommand::writeSummary(const std::vector<std::string>& folders) const {
-    std::vector<ColumnStatistic> wanted;
-    for (const std::string& name : statistics)
-        wanted.push_back(*findStatistic(name));
-    const ResultOptions options = summaryOptions(arguments.overwrites);
-    const std::string path = (std::filesystem::path(out) / kSummaryName).string();
-    const std::string root = std::filesystem::path(out).lexically_normal().string();
-    return writeSideFile(path, options, summaryTable(folders, root, wanted)) ? kDone : kFailedMidway;
 }
 
 } // namespace Cli

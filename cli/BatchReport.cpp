@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/BatchReport.h"
 
+#include "host/batch/RunStatus.h"
 #include "host/text/Counted.h"
 
 #include <unistd.h>
@@ -77,7 +78,9 @@ void printFailures(const BatchPlan& plan, const BatchRun& batch) {
                   << end.text.substr(0, end.text.find('\n')) << "\n  again: " << plan.entries[i].getCommand()
                   << "\n";
     }
-    if (count > kMostShown) std::cerr << "and " << counted(count - kMostShown, "more failure") << "\n";
+    if (count > kMostShown)
+        std::cerr << "and " << counted(count - kMostShown, "more failure") << ", told in "
+                  << RunStatus::kFileName << " of each\n";
 }
 
 } // namespace Cli

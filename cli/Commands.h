@@ -225,6 +225,7 @@ private:
     void checkEntry(const Quillmere::Host::BatchPlan::Entry& entry,
                     const Quillmere::Host::GraphDescription& description,
                     const Quillmere::Host::BlockCatalogue& catalogue) const;
+    void checkPlaces() const;
     void checkPlanAlone() const;
     std::vector<std::string> leftOut() const;
     void checkBegin() const;

@@ -144,6 +144,13 @@ BatchPlan BatchPlan::fromFile(const std::string& path, std::size_t first, std::s
     return plan;
 }
 
+std::vector<std::string> getPlaceNames() {
+    std::vector<std::string> names;
+    for (const auto& [name, value] : placesOf({}, {}))
+        names.push_back(name);
+    return names;
+}
+
 BatchPlan makePlan(const FoundFiles& recordings, const PlanWishes& wishes, PlanDoubts& doubts,
                    Complaints& complaints) {
     BatchPlan plan;

@@ -47,6 +47,9 @@ struct PlanWishes {
     const StudyTable* table = nullptr; ///< Not owned; null for none.
 };
 
+/// Those that stand in the words of wishes for what they are of a recording. [any]
+QUILLMERE_API std::vector<std::string> getPlaceNames();
+
 /// What has been found while a plan was made that isn't wrong, and may not be meant.
 struct PlanDoubts {
     std::vector<std::string> withoutRow; ///< Recordings of which the table doesn't tell.

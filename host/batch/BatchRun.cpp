@@ -73,11 +73,20 @@ bool BatchRun::start(std::size_t task, WorkerPool& pool) {
     begins[task] = timeText();
     try {
         pool.start(task, lineOf(task));
-    } catch (const std::system_error&) {
-        if (pool.getBusy() == 0) throw;
+    } catch (const std::system_error& exception) {
+        if (pool.getBusy() == 0 && task == 0) throw;
+        if (pool.getBusy() == 0) return failToStart(task, exception.what());
         pool.goOnWith(pool.getBusy());
         return false;
     }
+    return true;
+}
+
+/// What was done before is to be told, with what couldn't be.
+bool BatchRun::failToStart(std::size_t task, const std::string& reason) {
+    ends[task].state = BatchEnd::State::Failed;
+    ends[task].text = reason;
+    ++progress.failed;
     return true;
 }
 

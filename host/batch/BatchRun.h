@@ -72,6 +72,7 @@ public:
 private:
     std::string lineOf(std::size_t task) const;
     bool start(std::size_t task, WorkerPool& pool);
+    bool failToStart(std::size_t task, const std::string& reason);
     void take(const WorkerPool::Ended& ended, bool isStopped);
     void tellCrash(const WorkerPool::Ended& ended, const std::string& text) const;
 

@@ -99,9 +99,13 @@ bool getIsSummary(const fs::path& file) {
     return begin == kSummaryBegin;
 }
 
-/// Whether a run has put its results there, or a batch those of its runs.
-bool getHasResults(const fs::path& folder) {
-    return getIsSummary(folder / kSummaryName) || readStatus((folder / RunStatus::kFileName).string());
+/// The files in a folder that a run has put there.
+std::set<std::string> resultsIn(const fs::path& folder) {
+    std::set<std::string> names;
+    if (const auto status = readStatus((folder / RunStatus::kFileName).string()))
+        for (const RunStatus::Result& result : status->results)
+            names.insert(result.path);
+    return names;
 }
 
 /// Looks through folders for what a pattern names.
@@ -111,7 +115,7 @@ public:
     struct Found {
         std::set<std::string> files;
         std::vector<std::pair<std::string, std::string>> unread; ///< Folders, and why.
-        std::string results; ///< The first folder with results that was left out.
+        std::string results; ///< The first result of an earlier run that was left out.
     };
 
     Finder(const Pattern& wanted, const LeftOut& others) : pattern(wanted), leftOut(others) {}
@@ -126,23 +130,20 @@ public:
 private:
     void look(const fs::path& folder, std::size_t part) {
         if (leftOut.getHides(folder)) return;
-        if (pattern.isLiteral) return take(folder / pattern.parts[part]);
-        if (!takesResults && getHasResults(folder)) {
-            if (found.results.empty()) found.results = folder.empty() ? "." : folder.string();
-            return;
-        }
+        if (pattern.isLiteral) return take(folder / pattern.parts[part], {});
         const bool isAnyDepth = pattern.parts[part] == "**";
         const bool isLast = part + 1 == pattern.parts.size();
         if (isAnyDepth && !isLast) look(folder, part + 1);
+        const std::set<std::string> made = takesResults ? std::set<std::string>() : resultsIn(folder);
         std::error_code error;
         fs::directory_iterator at(folder.empty() ? "." : folder, error);
         for (; !error && at != fs::directory_iterator(); at.increment(error)) {
             const std::string name = at->path().filename().string();
             const fs::path path = folder / name;
             if (isAnyDepth)
-                lookAnywhere(path, name, *at, part, isLast);
+                lookAnywhere(path, *at, part, made);
             else if (::fnmatch(pattern.parts[part].c_str(), name.c_str(), FNM_PERIOD) == 0)
-                isLast ? take(path) : enter(path, part + 1);
+                isLast ? take(path, made) : enter(path, part + 1);
         }
         // A folder that isn't there has nothing; one that is, and can't be read, may have recordings.
         if (error && error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory)
@@ -155,14 +156,14 @@ private:
             found.unread.emplace_back(folder.string(), error.message());
     }
 
-    void lookAnywhere(const fs::path& path, const std::string& name, const fs::directory_entry& entry,
-                      std::size_t part, bool isLast) {
-        if (name.starts_with('.')) return;
+    void lookAnywhere(const fs::path& path, const fs::directory_entry& entry, std::size_t part,
+                      const std::set<std::string>& made) {
+        if (path.filename().string().starts_with('.')) return;
         std::error_code error;
         if (!entry.is_symlink(error) && entry.is_directory(error))
             look(path, part);
-        else if (isLast)
-            take(path);
+        else if (part + 1 == pattern.parts.size())
+            take(path, made);
     }
 
     void enter(const fs::path& path, std::size_t part) {
@@ -170,9 +171,13 @@ private:
         if (fs::is_directory(path, error)) look(path, part);
     }
 
-    void take(const fs::path& path) {
+    void take(const fs::path& path, const std::set<std::string>& made) {
         std::error_code error;
         if (!fs::is_regular_file(path, error) || leftOut.getIsOne(path) || getIsSummary(path)) return;
+        if (made.contains(path.filename().string())) {
+            if (found.results.empty()) found.results = path.string();
+            return;
+        }
         const std::string name = path.lexically_normal().string();
         found.files.insert(name == "-" ? "./-" : name); // which alone is standard input
     }
@@ -187,7 +192,7 @@ void warn(const Finder::Found& found, const std::string& option, Complaints& com
     for (const auto& [folder, reason] : found.unread)
         complaints.warn({folder}, "cannot be read: " + reason + "; recordings there are left out");
     if (!found.results.empty())
-        complaints.warn({option}, "left out the results of an earlier run, as in '" +
+        complaints.warn({option}, "left out the results of earlier runs, as '" +
                                       printable(found.results, kLongestName) +
                                       "'; a pattern for them alone takes them");
 }

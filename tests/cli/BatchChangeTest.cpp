@@ -118,6 +118,20 @@ TEST_F(BatchChange, SoIsTheFolderOfResults) {
     EXPECT_FALSE(folder.has("results/p1"));
 }
 
+TEST_F(BatchChange, SoIsWhatEachRecordingIsAskedFor) {
+    EXPECT_EQ(batch({"--picture", "curves.gif"}).exitCode, 2);
+    EXPECT_EQ(batch({"--picture", "out.csv"}).exitCode, 2);
+    EXPECT_EQ(batch({"--report", "status.json"}).exitCode, 2);
+    EXPECT_EQ(batch({"--report", "page.txt"}).exitCode, 2);
+    EXPECT_EQ(batch({"--report", "page.html", "--watch", "nope.out"}).exitCode, 2);
+    const Ended place = batch({"--input", "in={pth}"});
+    EXPECT_EQ(place.exitCode, 2);
+    EXPECT_NE(place.err.find("--input: found '{pth}'; expected one of "), std::string::npos) << place.err;
+    EXPECT_EQ(batch({"--source", "in", "--input", "in=study/p1/a.csv"}).err,
+              "quillmere: --source: found --input for in as well; expected one of them\n");
+    EXPECT_FALSE(folder.has("results"));
+}
+
 TEST_F(BatchChange, LookingTouchesNothing) {
     EXPECT_EQ(batch({"--dry-run", "--resume"}).exitCode, 0);
     EXPECT_FALSE(folder.has("results"));

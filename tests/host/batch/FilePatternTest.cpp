@@ -76,13 +76,16 @@ TEST_F(FilePattern, NorIsAnythingBelowThemOrAFileThatIsLeftOut) {
 }
 
 TEST_F(FilePattern, ResultsOfAnEarlierBatchAreTakenOnlyByAPatternForThem) {
-    writeStatus(folder.path("study/p1/deep"), {});
+    RunStatus status;
+    status.results.emplace_back().path = "c.csv";
+    writeStatus(folder.path("study/p1/deep"), status);
+    folder.write("study/p1/deep/d.csv", "");
     folder.write("study/p2/summary.csv", std::string(kSummaryBegin) + "failure\n");
-    EXPECT_EQ(find({"study/**/*.csv"}), (Names{"[1].csv", "a.csv", "p1/a.csv"}));
+    EXPECT_EQ(find({"study/**/*.csv"}), (Names{"[1].csv", "a.csv", "p1/a.csv", "p1/deep/d.csv", "p2/a.csv"}));
     ASSERT_EQ(complaints.getSortedWarnings().size(), 1u);
-    EXPECT_NE(complaints.getSortedWarnings()[0].text.find("left out the results of an earlier run"),
+    EXPECT_NE(complaints.getSortedWarnings()[0].text.find("left out the results of earlier runs, as '"),
               std::string::npos);
-    EXPECT_EQ(find({"study/p1/deep/*.csv"}), (Names{"c.csv"}));
+    EXPECT_EQ(find({"study/p1/deep/c*.csv"}), (Names{"c.csv"}));
     EXPECT_TRUE(complaints.getSortedWarnings().empty());
     EXPECT_EQ(find({"study/p2/*.csv"}), (Names{"a.csv"})) << "and never the table of a batch";
 }

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "cli/Commands.h"
+
+#include "cli/BatchReport.h"
+#include "cli/SideFile.h"
+#include "cli/StopSignals.h"
+#include "cli/UsageError.h"
+#include "host/batch/BatchPlan.h"
+#include "host/batch/BatchRun.h"
+#include "host/batch/BatchSummary.h"
+#include "host/batch/FileHash.h"
+#include "host/text/Counted.h"
+#include "host/text/Printable.h"
+
+#include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <set>
+
+namespace Cli {
+
+using namespace Quillmere::Host;
+
+namespace {
+
+std::size_t coreCount() {
+    cpu_set_t cores;
+    const int count = ::sched_getaffinity(0, sizeof cores, &cores) == 0 ? CPU_COUNT(&cores) : 1;
+    return static_cast<std::size_t>(std::max(1, count));
+}
+
+/// Each worker takes two files here.
+void raiseFileLimit() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == limit.rlim_max) return;
+    limit.rlim_cur = limit.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &limit); // as many as there may be, then
+}
+
+ResultOptions summaryOptions(bool overwrites) {
+    return {.overwrites = overwrites,
+            .looksOwn = [](std::string_view text) { return text.starts_with(kSummaryBegin); },
+            .isOfGraph = false};
+}
+
+} // namespace
+
+/// What makes every recording fail, or the summary of them, is refused before the first.
+void BatchCommand::checkBegin() const {
+    if (out.empty()) return;
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::path there = fs::absolute(out, error).lexically_normal();
+    while (!fs::exists(fs::symlink_status(there, error)) && there.has_relative_path())
+        there = there.parent_path();
+    const std::string name = "'" + printable(there.string(), kLongestName) + "'";
+    if (!fs::is_directory(there, error)) throw UsageError({{"--out"}, "the file " + name, "a folder"});
+    if (::access(there.c_str(), W_OK | X_OK) != 0)
+        throw UsageError({{"--out"}, "the folder " + name + ", which can't be written", "one that can"});
+    const std::string summary = (fs::path(out) / kSummaryName).string();
+    if (fs::exists(summary, error)) checkSideFile("--out", summary, summaryOptions(arguments.overwrites));
+}
+
+ExitCode BatchCommand::runPlan(const BatchPlan& entries, const std::string& graphHash) const {
+    raiseFileLimit();
+    const StopSignals signals;
+    BatchOptions options{.worker = {ownPath(), kWorkerCommand}, .jobs = jobs == 0 ? coreCount() : jobs};
+    options.words.emplace_back("--quiet");
+    if (resumes) options.words.emplace_back("--resume");
+    if (keepsChanged) options.words.emplace_back("--keep-changed");
+    if (isDry) options.words.emplace_back("--look");
+    for (const BatchPlan::Entry& entry : entries.entries) {
+        const std::string& graph = entry.words[1];
+        if (!options.graphs.contains(graph))
+            options.graphs[graph] = graph == arguments.graph ? graphHash : hashOfFile(graph);
+    }
+    BatchRun batch(entries, options);
+    BatchProgressLine line(!isQuiet);
+    batch.run(signals.getToken(), [&](const BatchProgress& progress) { line.show(progress); });
+    line.clear();
+    if (!isDry) return tell(entries, batch, line.getSeconds());
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < entries.entries.size(); ++i) {
+        if (batch.getEnds()[i].state == BatchEnd::State::Kept) continue;
+        const std::string& why = batch.getEnds()[i].text;
+        std::cout << entries.entries[i].getCommand() << "  # " << why.substr(why.find(": ") + 2) << "\n";
+        ++count;
+    }
+    std::cerr << counted(entries.entries.size(), "recording") << ", " << count << " to run\n";
+    return kDone;
+}
+
+ExitCode BatchCommand::tell(const BatchPlan& entries, const BatchRun& batch, double seconds) const {
+    const BatchProgress& progress = batch.getProgress();
+    const std::size_t left = progress.all - progress.done - progress.failed;
+    if (!isQuiet) {
+        char time[32];
+        std::snprintf(time, sizeof time, "%.1f", seconds);
+        std::cout << counted(progress.all, "recording") << ": " << progress.done << " done";
+        if (progress.kept > 0) std::cout << " (" << progress.kept << " before)";
+        std::cout << ", " << progress.failed << " failed";
+        if (left > 0) std::cout << ", " << left << " left";
+        std::cout << " (in " << time << " s)" << std::endl;
+    }
+    printFailures(entries, batch);
+    if (left > 0) std::cerr << "quillmere: interrupted; the same with --resume does the rest\n";
+    // Those of earlier batches stay in the table: this one may be over a part of the study.
+    const std::vector<std::string> found = out.empty() ? std::vector<std::string>() : findResultFolders(out);
+    std::set<std::string> folders(found.begin(), found.end());
+    for (const BatchPlan::Entry& entry : entries.entries)
+        folders.insert(entry.folder);
+    const ExitCode code = out.empty() ? kDone : writeSummary({folders.begin(), folders.end()});
+    return progress.failed == 0 && left == 0 ? code : kFailedMidway;
+}
+
+ExitCode BatchCommand::writeSummary(const std::vector<std::string>& folders) const {
+    std::vector<ColumnStatistic> wanted;
+    for (const std::string& name : statistics)
+        wanted.push_back(*findStatistic(name));
+    const ResultOptions options = summaryOptions(arguments.overwrites);
+    const std::string path = (std::filesystem::path(out) / kSummaryName).string();
+    const std::string root = std::filesystem::path(out).lexically_normal().string();
+    return writeSideFile(path, options, summaryTable(folders, root, wanted)) ? kDone : kFailedMidway;
+}
+
+} // namespace Cli
