@@ -41,13 +41,15 @@ void addUnit(TextLines& lines, const std::string& unit, const std::map<std::stri
                                                                                 : "in hertz, as in 5 Hz."));
 }
 
-/// Of a setting whose unit is one of time or frequency; nothing where another setting decides which.
+/// Of a setting whose unit is one of time or frequency, or of one by the choice of another setting.
 void addTimeUnit(TextLines& lines, const BlockManual& relations, const std::string& name) {
     const auto told = relations.settingUnits.find(name);
-    if (told == relations.settingUnits.end() || !told->second.setting.empty()) return;
+    if (told == relations.settingUnits.end()) return;
+    const std::string chooser = told->second.setting;
     const bool isTime = told->second.unit == BlockManual::TimeUnit::Seconds;
-    lines.addText(kTextIndent,
-                  std::string("A graph may give it with a unit, as in ") + (isTime ? "200 ms." : "5 Hz."));
+    std::string text = "A graph may give it with a unit, as in ";
+    text += !chooser.empty() ? "200 ms or 5 Hz, by " + chooser + "." : isTime ? "200 ms." : "5 Hz.";
+    lines.addText(kTextIndent, text);
 }
 
 std::string rateText(const BlockManual::OutputRate& rate) {

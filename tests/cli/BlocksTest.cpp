@@ -127,6 +127,14 @@ TEST_F(Blocks, OneWithAPageIsShownByIt) {
     expectNarrow(ended.out);
 }
 
+TEST_F(Blocks, APageTellsWhichSettingsTakeAUnit) {
+    const std::string peaks = call({"blocks", "Peaks"}).out;
+    EXPECT_NE(peaks.find("A graph may give it with a unit, as in 200 ms or 5 Hz, by Axis."),
+              std::string::npos)
+        << peaks;
+    EXPECT_NE(peaks.find("A graph may give it with a unit, as in 5 Hz."), std::string::npos) << peaks;
+}
+
 TEST_F(Blocks, WhatIsWrongInAPageIsToldAndTheRestIsShown) {
     const std::string plugin = pluginWith("purpos: Is odd.\ncategory: oddities\n");
     for (const Strings& words : {Strings{"blocks", "OddSettings"}, {"blocks"}}) {
