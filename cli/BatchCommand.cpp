@@ -219,7 +219,7 @@ ExitCode BatchCommand::run() {
                 {{"--out"},
                  "no " + std::string(RunStatus::kFileName) + " below '" + printable(out, kLongestName) + "'",
                  "the results of a batch"});
-        return writeSummary(folders);
+        return writeSummary(folders, {});
     }
     // Taken first: whoever changes the graph from now on is told.
     const std::string graphHash = hashOfFile(arguments.graph);

@@ -45,7 +45,7 @@ std::string textOf(const BatchProgress& progress, double seconds) {
     if (progress.getRun() == 0 || !(seconds > 0.0)) return text;
     const double pace = static_cast<double>(progress.getRun()) / seconds;
     const std::size_t left = progress.all - progress.done - progress.failed;
-    text += ", " + formatted("%.3g", pace * 60.0) + " files/min";
+    text += ", " + formatted(pace * 60.0 < 100.0 ? "%.3g" : "%.0f", pace * 60.0) + " files/min";
     return left == 0 ? text : text + ", " + lengthText(static_cast<double>(left) / pace) + " left";
 }
 

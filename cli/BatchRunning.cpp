@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <set>
 
 namespace Cli {
@@ -48,6 +49,20 @@ ResultOptions summaryOptions(bool overwrites) {
             .isOfGraph = false};
 }
 
+/// What is known of failures by folder, for those that couldn't write a status.
+std::map<std::string, RunStatus> failuresOf(const BatchPlan& entries, const BatchRun& batch) {
+    std::map<std::string, RunStatus> failures;
+    for (std::size_t i = 0; i < entries.entries.size(); ++i) {
+        const BatchEnd& end = batch.getEnds()[i];
+        if (end.state != BatchEnd::State::Failed) continue;
+        RunStatus& status = failures[entries.entries[i].folder];
+        status.state = RunStatus::kFailed;
+        status.failure = end.text.substr(0, end.text.find('\n'));
+        status.recording = entries.entries[i].recording;
+    }
+    return failures;
+}
+
 } // namespace
 
 /// What makes every recording fail, or the summary of them, is refused before the first.
@@ -58,10 +73,15 @@ void BatchCommand::checkBegin() const {
     fs::path there = fs::absolute(out, error).lexically_normal();
     while (!fs::exists(fs::symlink_status(there, error)) && there.has_relative_path())
         there = there.parent_path();
-    const std::string name = "'" + printable(there.string(), kLongestName) + "'";
-    if (!fs::is_directory(there, error)) throw UsageError({{"--out"}, "the file " + name, "a folder"});
+    std::string name = "'";
+    name += printable(there.string(), kLongestName);
+    name += '\'';
+    if (!fs::is_directory(there, error))
+        throw UsageError({{"--out"}, std::string("the file ").append(name), "a folder"});
     if (::access(there.c_str(), W_OK | X_OK) != 0)
-        throw UsageError({{"--out"}, "the folder " + name + ", which can't be written", "one that can"});
+        throw UsageError({{"--out"},
+                          std::string("the folder ").append(name).append(", which can't be written"),
+                          "one that can"});
     const std::string summary = (fs::path(out) / kSummaryName).string();
     if (fs::exists(summary, error)) checkSideFile("--out", summary, summaryOptions(arguments.overwrites));
 }
@@ -114,18 +134,23 @@ ExitCode BatchCommand::tell(const BatchPlan& entries, const BatchRun& batch, dou
     std::set<std::string> folders(found.begin(), found.end());
     for (const BatchPlan::Entry& entry : entries.entries)
         folders.insert(entry.folder);
-    const ExitCode code = out.empty() ? kDone : writeSummary({folders.begin(), folders.end()});
+    const ExitCode code =
+        out.empty() ? kDone : writeSummary({folders.begin(), folders.end()}, failuresOf(entries, batch));
     return progress.failed == 0 && left == 0 ? code : kFailedMidway;
 }
 
-ExitCode BatchCommand::writeSummary(const std::vector<std::string>& folders) const {
+ExitCode BatchCommand::writeSummary(const std::vector<std::string>& folders,
+                                    const std::map<std::string, RunStatus>& told) const {
     std::vector<ColumnStatistic> wanted;
     for (const std::string& name : statistics)
         wanted.push_back(*findStatistic(name));
     const ResultOptions options = summaryOptions(arguments.overwrites);
     const std::string path = (std::filesystem::path(out) / kSummaryName).string();
     const std::string root = std::filesystem::path(out).lexically_normal().string();
-    return writeSideFile(path, options, summaryTable(folders, root, wanted)) ? kDone : kFailedMidway;
+    Complaints doubts;
+    const std::string text = summaryTable(folders, root, wanted, doubts, told);
+    printDoubts(doubts);
+    return writeSideFile(path, options, text) ? kDone : kFailedMidway;
 }
 
 } // namespace Cli

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <deque>
 #include <iosfwd>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -31,6 +32,7 @@ struct InspectionSettings;
 struct JobOptions;
 struct PlottedRecording;
 struct RunOutcome;
+struct RunStatus;
 } // namespace Quillmere::Host
 
 /// The commands of `quillmere`: each enters its options and gives back what main calls when the command is
@@ -237,7 +239,8 @@ private:
     ExitCode runPlan(const Quillmere::Host::BatchPlan& plan, const std::string& graphHash) const;
     ExitCode tell(const Quillmere::Host::BatchPlan& plan, const Quillmere::Host::BatchRun& batch,
                   double seconds) const;
-    ExitCode writeSummary(const std::vector<std::string>& folders) const;
+    ExitCode writeSummary(const std::vector<std::string>& folders,
+                          const std::map<std::string, Quillmere::Host::RunStatus>& told) const;
 
     CLI::Option* planOption = nullptr; ///< The command owns them.
     CLI::Option* linesOption = nullptr;

@@ -51,12 +51,14 @@ void BatchRun::run(const std::stop_token& stop, const ProgressHandler& onProgres
             if (!start(next, pool)) break;
             ++next;
         }
+        progress.running = pool.getBusy();
+        onProgress(progress);
         if (stop.stop_requested() && !std::exchange(isStopped, true)) pool.interrupt();
         for (const WorkerPool::Ended& ended : pool.wait(kBetweenLooks))
             take(ended, isStopped || stop.stop_requested());
-        progress.running = pool.getBusy();
-        onProgress(progress);
     }
+    progress.running = 0;
+    onProgress(progress);
 }
 
 std::string BatchRun::lineOf(std::size_t task) const {

@@ -3,6 +3,7 @@
 
 #include "host/batch/StudyTable.h"
 #include "host/recording/NumberText.h"
+#include "host/text/Printable.h"
 #include "host/text/ShortestText.h"
 
 #include <algorithm>
@@ -150,6 +151,38 @@ void setValues(GrowingTable& table, std::size_t row, const std::string& sink, co
     }
 }
 
+using Statuses = std::vector<std::pair<std::string, RunStatus>>; // by folder
+
+/// Nothing where no run has come to its end.
+std::optional<RunStatus> statusOf(const std::string& folder, const std::map<std::string, RunStatus>& told) {
+    const std::string path = folder + "/" + RunStatus::kFileName;
+    auto status = readStatus(path);
+    std::error_code error;
+    if (status) return status;
+    if (const auto known = told.find(folder); known != told.end()) return known->second;
+    if (!fs::exists(path, error)) return std::nullopt;
+    status.emplace();
+    status->state = kUnreadable;
+    status->failure = std::string(RunStatus::kFileName) + " can't be read";
+    return status;
+}
+
+/// Whoever goes on with the table would count it twice.
+void warnOfRepeated(const Statuses& statuses, const std::string& out, Complaints& doubts) {
+    std::map<std::string, std::string> known;
+    for (const auto& [folder, status] : statuses) {
+        if (status.recording.empty()) continue;
+        std::error_code error;
+        const std::string place = fs::absolute(status.recording, error).lexically_normal().string();
+        const auto [other, isNew] = known.emplace(place, folder);
+        if (!isNew)
+            doubts.warn({(fs::path(out) / kSummaryName).string()},
+                        "'" + printable(status.recording, kLongestName) + "' has two rows, of the folders '" +
+                            printable(other->second, kLongestName) + "' and '" +
+                            printable(folder, kLongestName) + "'; take one of them away");
+    }
+}
+
 } // namespace
 
 std::vector<std::string> getStatisticNames() {
@@ -209,19 +242,12 @@ std::vector<std::string> findResultFolders(const std::string& folder) {
 }
 
 std::string summaryTable(const std::vector<std::string>& folders, const std::string& out,
-                         const std::vector<ColumnStatistic>& statistics) {
-    std::vector<std::pair<std::string, RunStatus>> statuses;
-    for (const std::string& folder : folders) {
-        const std::string path = folder + "/" + RunStatus::kFileName;
-        auto status = readStatus(path);
-        std::error_code error;
-        if (!status && fs::exists(path, error)) {
-            status.emplace();
-            status->state = kUnreadable;
-            status->failure = std::string(RunStatus::kFileName) + " can't be read";
-        }
-        if (status) statuses.emplace_back(folder, std::move(*status));
-    }
+                         const std::vector<ColumnStatistic>& statistics, Complaints& doubts,
+                         const std::map<std::string, RunStatus>& told) {
+    Statuses statuses;
+    for (const std::string& folder : folders)
+        if (auto status = statusOf(folder, told)) statuses.emplace_back(folder, std::move(*status));
+    warnOfRepeated(statuses, out, doubts);
     GrowingTable table(statuses.size());
     for (std::size_t row = 0; row < statuses.size(); ++row) {
         const auto& [folder, status] = statuses[row];

@@ -3,8 +3,10 @@
 
 #include "framework/core/Api.h"
 #include "host/batch/RunStatus.h"
+#include "host/text/Complaint.h"
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -40,9 +42,11 @@ QUILLMERE_API std::vector<std::string> findResultFolders(const std::string& fold
 
 /// A table with a row for each folder that has a status: what came of the recording, what is noted of it, of
 /// a sink named `summary` the last row, and of the others the statistics. `out` is what folders are named
-/// below. [any]
+/// below; `told` has what is known of folders in which no status could be written. Warns of a recording that
+/// has several rows. [any]
 QUILLMERE_API std::string summaryTable(const std::vector<std::string>& folders, const std::string& out,
-                                       const std::vector<ColumnStatistic>& statistics);
+                                       const std::vector<ColumnStatistic>& statistics, Complaints& doubts,
+                                       const std::map<std::string, RunStatus>& told = {});
 /// The file with it, and how the text of every such table begins.
 inline constexpr const char* kSummaryName = "summary.csv";
 inline constexpr const char* kSummaryBegin = "folder,recording,state,";

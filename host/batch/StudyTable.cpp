@@ -60,6 +60,13 @@ std::string columnOf(const std::string& text) {
     return lowered(begin) == kSetting ? std::string(kSetting) + trimmed(name.substr(begin.size())) : name;
 }
 
+std::string inQuotes(const std::string& text) {
+    std::string words = "'";
+    words += printable(text, kLongestName);
+    words += '\'';
+    return words;
+}
+
 bool getIsOpen(const std::string& line) {
     return std::count(line.begin(), line.end(), '"') % 2 != 0;
 }
@@ -144,11 +151,11 @@ bool StudyTable::takeHeader(const std::string& line, Complaints& complaints) {
 void StudyTable::checkNames(const std::vector<std::string>& names, Complaints& complaints) const {
     std::set<std::string> known;
     for (const std::string& name : names) {
-        std::string found = "the column '";
-        found += printable(name, kLongestName);
-        found += '\'';
+        std::string found = "the column ";
+        found += inQuotes(name);
         if (!name.empty() && !known.insert(name).second)
-            complaints.add({file, 1, 1}, "a second time " + found, "a name of its own for each column");
+            complaints.add({file, 1, 1}, std::string("a second time ").append(found),
+                           "a name of its own for each column");
         if (name.find('=') != std::string::npos) complaints.add({file, 1, 1}, found, "a name without =");
         if (name.starts_with(kSetting) && name.find('.') == std::string::npos)
             complaints.add({file, 1, 1}, found, "set:BLOCK.PROPERTY");
@@ -172,8 +179,7 @@ void StudyTable::takeRow(const std::string& line, int number, Complaints& compla
     cells.erase(cells.begin() + static_cast<std::ptrdiff_t>(nameColumn));
     for (std::size_t i = 0; i < cells.size(); ++i)
         if (columns[i].empty() && !cells[i].empty())
-            complaints.add({file, number, 1},
-                           "'" + printable(cells[i], kLongestName) + "' in a column without a name",
+            complaints.add({file, number, 1}, inQuotes(cells[i]) + " in a column without a name",
                            "a name in line 1");
     row.cells = std::move(cells);
 }

@@ -118,6 +118,16 @@ TEST_F(BatchChange, SoIsTheFolderOfResults) {
     EXPECT_FALSE(folder.has("results/p1"));
 }
 
+TEST_F(BatchChange, AFailureWithoutAFolderIsInTheSummaryToo) {
+    std::filesystem::create_directory(folder.path("results"));
+    folder.write("results/p1", "");
+    EXPECT_EQ(batch().exitCode, 1);
+    EXPECT_NE(
+        folder.read("results/summary.csv").find("\np1/a,study/p1/a.csv,failed,results/p1/a: cannot be "),
+        std::string::npos)
+        << folder.read("results/summary.csv");
+}
+
 TEST_F(BatchChange, SoIsWhatEachRecordingIsAskedFor) {
     EXPECT_EQ(batch({"--picture", "curves.gif"}).exitCode, 2);
     EXPECT_EQ(batch({"--picture", "out.csv"}).exitCode, 2);

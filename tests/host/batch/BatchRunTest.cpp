@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <stop_token>
@@ -122,6 +123,17 @@ TEST_F(BatchRunTest, AStopLetsNoOtherBegin) {
     });
     EXPECT_EQ(batch->getEnds()[0].state, State::Interrupted) << batch->getEnds()[0].text;
     EXPECT_EQ(batch->getProgress().failed, 0u);
+}
+
+TEST_F(BatchRunTest, AsManyRunAsThereAreJobs) {
+    std::size_t most = 0;
+    BatchRun three(
+        plan,
+        {.worker = {"/bin/sh", "-c", "while read -r line; do sleep 0.1; echo done >&0; done"}, .jobs = 3});
+    three.run({}, [&](const BatchProgress& progress) { most = std::max(most, progress.running); });
+    EXPECT_EQ(most, 3u);
+    EXPECT_EQ(three.getProgress().running, 0u);
+    EXPECT_EQ(three.getProgress().done, 3u);
 }
 
 } // namespace

@@ -52,12 +52,30 @@ protected:
         status.rows = 3;
         return status;
     }
-    std::string table(const std::vector<ColumnStatistic>& statistics) const {
-        return summaryTable(findResultFolders(folder.path("out")), folder.path("out"), statistics);
+    std::string table(const std::vector<ColumnStatistic>& statistics) {
+        doubts = {};
+        return summaryTable(findResultFolders(folder.path("out")), folder.path("out"), statistics, doubts);
     }
 
     Support::TemporaryFolder folder;
+    Complaints doubts;
 };
+
+TEST_F(BatchSummary, ARecordingWithTwoRowsIsToldAndSoIsAStatusThatCantBeRead) {
+    RunStatus status = done();
+    status.recording = "study/p1/a.csv";
+    add("a", "out", "t,x\n", status);
+    add("b", "out", "t,x\n", done());
+    table({});
+    EXPECT_TRUE(doubts.getSortedWarnings().empty());
+    status.recording = "./study/p1/a.csv";
+    add("p1/a", "out", "t,x\n", status);
+    folder.write("out/b/status.json", "{}\n");
+    EXPECT_NE(table({}).find("\nb,,unreadable,status.json can't be read,"), std::string::npos);
+    ASSERT_EQ(doubts.getSortedWarnings().size(), 1u);
+    EXPECT_TRUE(
+        doubts.getSortedWarnings()[0].text.starts_with("'./study/p1/a.csv' has two rows, of the folders '"));
+}
 
 TEST_F(BatchSummary, HasARowForEachAndColumnsAsTheyCome) {
     RunStatus failed;
