@@ -4,6 +4,7 @@
 #include "framework/core/Api.h"
 #include "host/picture/Canvas.h"
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -29,6 +30,8 @@ public:
     static bool getIsOwn(std::string_view head);
 
 private:
+    void add(std::initializer_list<std::string_view> pieces);
+
     std::string svg;
 };
 

@@ -11,6 +11,8 @@ namespace Support {
 /// A folder of its own for one test, removed with everything in it at the end.
 class TemporaryFolder {
 public:
+    TemporaryFolder() : folder("quillmere-test") {} // said, so that there may be constant ones
+
     /// The path of a file in the folder.
     std::string path(std::string_view name) const { return (folder.getPath() / name).string(); }
 
@@ -26,7 +28,7 @@ public:
     int count() const;
 
 private:
-    OwnFolder folder{"quillmere-test"};
+    OwnFolder folder;
 };
 
 } // namespace Support

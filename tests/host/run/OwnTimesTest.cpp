@@ -159,7 +159,7 @@ TEST_F(OwnTimesTest, OfWhatAPausedBlockLeavesTheNewestStays) {
         "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
         "  - {id: both, type: Join}\n  - {id: fft, type: FilterFFT}\n"
         "connections: [{from: in, to: both.in1}, {from: both, to: fft}]\n";
-    const auto check = [this](const RunOutcome& ended) {
+    const auto check = [](const RunOutcome& ended) {
         ASSERT_EQ(ended.links.size(), 2U);
         EXPECT_EQ(ended.links[1].from, "both.out");
         EXPECT_EQ(ended.links[1].lost, 399U);
