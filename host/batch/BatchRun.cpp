@@ -92,23 +92,24 @@ bool BatchRun::failToStart(std::size_t task, const std::string& reason) {
     return true;
 }
 
+BatchEnd::State BatchRun::stateOf(const WorkerPool::Ended& ended, bool isStopped) const {
+    using State = BatchEnd::State;
+    const bool isTold = ended.signal == SIGINT || ended.signal == SIGTERM || ended.signal == SIGHUP;
+    if (ended.answer == WorkerAnswer::kInterrupted || (isStopped && isTold)) return State::Interrupted;
+    if (!ended.crash.empty()) { // it may have been over, but for the answer
+        const bool isOver = getIsDoneSince(begins[ended.task], plan.entries[ended.task].folder);
+        return isOver ? State::Done : State::Failed;
+    }
+    if (ended.answer == WorkerAnswer::kDone) return State::Done;
+    if (ended.answer == WorkerAnswer::kKept) return State::Kept;
+    return ended.answer == WorkerAnswer::kWouldRun ? State::WouldRun : State::Failed;
+}
+
 void BatchRun::take(const WorkerPool::Ended& ended, bool isStopped) {
     using State = BatchEnd::State;
     BatchEnd& end = ends[ended.task];
     end.text = saidIn(ended.printed);
-    const bool isTold = ended.signal == SIGINT || ended.signal == SIGTERM || ended.signal == SIGHUP;
-    if (ended.crash.empty() && ended.answer == WorkerAnswer::kDone)
-        end.state = State::Done;
-    else if (ended.crash.empty() && ended.answer == WorkerAnswer::kKept)
-        end.state = State::Kept;
-    else if (ended.crash.empty() && ended.answer == WorkerAnswer::kWouldRun)
-        end.state = State::WouldRun;
-    else if (ended.answer == WorkerAnswer::kInterrupted || (isStopped && isTold))
-        end.state = State::Interrupted;
-    else if (!ended.crash.empty() && getIsDoneSince(begins[ended.task], plan.entries[ended.task].folder))
-        end.state = State::Done; // it was over, but for the answer
-    else
-        end.state = State::Failed;
+    end.state = stateOf(ended, isStopped);
     if (end.state == State::Failed && !ended.crash.empty()) {
         end.text = ended.crash + (end.text.empty() ? "" : ": " + end.text);
         tellCrash(ended, end.text);

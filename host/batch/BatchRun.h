@@ -74,6 +74,7 @@ private:
     bool start(std::size_t task, WorkerPool& pool);
     bool failToStart(std::size_t task, const std::string& reason);
     void take(const WorkerPool::Ended& ended, bool isStopped);
+    BatchEnd::State stateOf(const WorkerPool::Ended& ended, bool isStopped) const;
     void tellCrash(const WorkerPool::Ended& ended, const std::string& text) const;
 
     const BatchPlan& plan;

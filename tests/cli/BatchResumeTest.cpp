@@ -89,13 +89,18 @@ TEST_F(BatchResume, EndsInOrderWhenItIsTold) {
 }
 
 TEST_F(BatchResume, AWorkerThatIsKilledLosesOneRecording) {
+    constexpr int kMostTries = 20; // one that is killed when its recording is over loses none
     writeSlow(8, 100);
-    Program program(batchWords({"--jobs", "2"}), folder.path(""));
-    waitForSome(1);
-    const std::vector<pid_t> workers = childrenOf(program.getProcess());
-    ASSERT_FALSE(workers.empty());
-    ::kill(workers.front(), SIGKILL);
-    const Ended ended = program.wait();
+    Ended ended;
+    for (int i = 0; i < kMostTries && ended.exitCode != 1; ++i) {
+        std::filesystem::remove_all(folder.path("results"));
+        Program program(batchWords({"--jobs", "2"}), folder.path(""));
+        waitForSome(1);
+        const std::vector<pid_t> workers = childrenOf(program.getProcess());
+        ASSERT_FALSE(workers.empty());
+        ::kill(workers.front(), SIGKILL);
+        ended = program.wait();
+    }
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_TRUE(ended.out.starts_with("8 recordings: 7 done, 1 failed")) << ended.out;
     EXPECT_NE(ended.err.find(": its process was ended by signal 9 (Killed)\n  again: "), std::string::npos)
