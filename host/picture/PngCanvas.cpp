@@ -33,7 +33,7 @@ std::string bytesOf(std::uint32_t number) {
     return bytes;
 }
 
-/// The checksum of a chunk (PNG specification, annex D), bit by bit: a chunk is short.
+/// The checksum that the chunks of a PNG have, bit by bit: a chunk is short.
 std::uint32_t checksumOf(std::string_view bytes) {
     std::uint32_t sum = 0xFFFFFFFFu;
     for (const char byte : bytes) {

@@ -116,7 +116,7 @@ TEST(Png, IsSealedByAChunkThatOthersCanRead) {
     const std::size_t length = numberAt(33);
     EXPECT_EQ(png.substr(37, 4), "tEXt");
     EXPECT_TRUE(png.substr(41, length).starts_with(std::string("Software\0quillmere", 18)));
-    std::uint32_t sum = 0xFFFFFFFFu; // as the specification of the format has it
+    std::uint32_t sum = 0xFFFFFFFFu; // as PNG's chunks have it
     for (const char byte : png.substr(37, 4 + length)) {
         sum ^= static_cast<unsigned char>(byte);
         for (int bit = 0; bit < 8; ++bit)
