@@ -10,7 +10,6 @@
 #include "cli/UsageError.h"
 #include "host/ends/RecordingException.h"
 #include "host/ends/StandardStream.h"
-#include "host/picture/PictureFile.h"
 #include "host/picture/RecordingCurves.h"
 #include "host/picture/TextPage.h"
 #include "host/report/PlotPage.h"
@@ -41,10 +40,6 @@ namespace {
 
 constexpr const char* kOutputOption = "--output";
 constexpr const char* kPageOption = "--html";
-
-ResultOptions optionsOf(bool overwrites) {
-    return {.overwrites = overwrites, .looksOwn = getIsPicture, .isOfGraph = false};
-}
 
 ResultOptions pageOptions(bool overwrites) {
     return {.overwrites = overwrites,
@@ -138,10 +133,7 @@ void PlotCommand::checkOutput() {
     }
     if (isText && getIsStandardStream(output))
         throw UsageError({{kOutputOption}, "standard output, where --text prints", "a file"});
-    Complaints complaints;
-    pictureFormOf(output, {kOutputOption}, complaints);
-    if (!complaints.isEmpty()) throw UsageError(complaints.getSorted().front());
-    checkSideFile(kOutputOption, output, optionsOf(overwrites));
+    checkPicture(kOutputOption, output, overwrites);
     for (const std::string& file : files)
         keepFromSideFile(kOutputOption, output, file, "the recording");
 }
@@ -216,9 +208,7 @@ ExitCode PlotCommand::draw(std::vector<CurveTable> tables, const std::vector<Plo
         tell(page);
     }
     if (output.empty()) return kDone;
-    Complaints complaints;
-    const auto form = pictureFormOf(output, {kOutputOption}, complaints);
-    if (!writeSideFile(output, optionsOf(overwrites), drawPicture(picture, *form))) return kFailedMidway;
+    if (!writePicture(kOutputOption, output, overwrites, picture)) return kFailedMidway;
     tell(output);
     return kDone;
 }

@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 
 #include "cli/GraphArguments.h"
+#include "cli/RunPicture.h"
 #include "cli/SideFile.h"
 #include "cli/Usage.h"
 #include "cli/UsageError.h"
@@ -11,6 +12,7 @@
 #include "host/text/Printable.h"
 #include "host/graph/PropertyWriter.h"
 #include "host/description/ValueReader.h"
+#include "host/picture/ResponseCurves.h"
 #include "host/response/GraphBlock.h"
 #include "host/response/ResponseReport.h"
 
@@ -71,10 +73,6 @@ BlockMaker makerOf(const GraphDescription& description, const BlockCatalogue& ca
     }
 }
 
-ResultOptions pictureOptions(bool overwrites) {
-    return {.overwrites = overwrites, .looksOwn = getIsResponseSvg, .isOfGraph = false};
-}
-
 } // namespace
 
 ResponseCommand::ResponseCommand(CLI::App& command) {
@@ -95,14 +93,14 @@ ResponseCommand::ResponseCommand(CLI::App& command) {
         ->type_name("COUNT")
         ->check(wholeNumber(1, 10000))
         ->capture_default_str();
-    command.add_option(kPictureOption, picture, "Write a picture, too.")->type_name("FILE.svg");
+    command.add_option(kPictureOption, picture, "Write a picture, too.")->type_name("FILE.svg|FILE.png");
     command.add_flag("--overwrite", overwrites, "Let the picture replace a file that is none of these.");
     plugins.enter(command);
 }
 
 ExitCode ResponseCommand::run() {
     if (!picture.empty()) {
-        checkSideFile(kPictureOption, picture, pictureOptions(overwrites));
+        checkPicture(kPictureOption, picture, overwrites);
         if (!block.empty()) keepFromSideFile(kPictureOption, picture, target, "the graph");
         for (const std::string& plugin : plugins.plugins)
             keepFromSideFile(kPictureOption, picture, plugin, "the plug-in");
@@ -110,8 +108,8 @@ ExitCode ResponseCommand::run() {
     BlockCatalogue catalogue = loadCatalogue(plugins);
     const FrequencyResponse response = block.empty() ? measureType(catalogue) : measureGraph(catalogue);
     std::cout << responseAsCsv(response);
-    const bool isWhole = picture.empty() ||
-                         writeSideFile(picture, pictureOptions(overwrites), responseAsSvg(response, title()));
+    const bool isWhole =
+        picture.empty() || writePicture(kPictureOption, picture, overwrites, pictureOf(response, title()));
     if (const std::size_t count = response.countUnsettled(); count > 0)
         std::cerr << "at " << count << " of " << response.points.size()
                   << " frequencies the output grows without bound, doesn't settle or isn't finite\n";

@@ -39,6 +39,13 @@ void checkPicture(const std::string& option, const std::string& path, bool overw
     checkSideFile(option, path, optionsOf(overwrites));
 }
 
+bool writePicture(const std::string& option, const std::string& path, bool overwrites,
+                  const Picture& picture) {
+    Complaints complaints;
+    const auto form = pictureFormOf(path, {option}, complaints);
+    return form && writeSideFile(path, optionsOf(overwrites), drawPicture(picture, *form));
+}
+
 void keepFromOutput(const std::string& option, const std::string& path, const std::string& file,
                     const std::string& what) {
     std::error_code error; // of what isn't there, whose name may still be the same
@@ -102,9 +109,7 @@ bool RunPicture::write(const std::string& path, bool overwrites) const {
     }
     if (const std::string leftOut = picture.getLeftOut(); !leftOut.empty())
         std::cerr << "quillmere: the picture leaves out " << leftOut << " too many\n";
-    Complaints complaints;
-    const auto form = pictureFormOf(path, {"--picture"}, complaints);
-    return form && writeSideFile(path, optionsOf(overwrites), drawPicture(picture, *form));
+    return writePicture("--picture", path, overwrites, picture);
 }
 
 } // namespace Cli

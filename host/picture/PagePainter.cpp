@@ -46,7 +46,7 @@ std::pair<double, double> verticalOf(const Picture& picture, const Panel& panel)
     if (panel.kind == Panel::Kind::Heat)
         return {panel.rowsBegin - panel.rowsApart / 2.0,
                 panel.rowsBegin + (static_cast<double>(panel.curves.size()) - 0.5) * panel.rowsApart};
-    const auto extremes = extremesOf(picture, panel);
+    const auto extremes = panel.range ? panel.range : extremesOf(picture, panel);
     if (!extremes) return {0.0, 1.0};
     const double low = std::clamp(extremes->first, -kLargest, kLargest);
     const double high = std::clamp(extremes->second, -kLargest, kLargest);
@@ -93,9 +93,8 @@ void PagePainter::findLeft() {
     double widest = 24.0;
     for (const Panel& panel : picture.panels) {
         const auto [low, high] = verticalOf(picture, panel);
-        const std::size_t most = PanelPainter::mostTicks(plotHeight());
         if (!panel.curves.empty())
-            for (const AxisTick& tick : numberTicks(low, high, most))
+            for (const AxisTick& tick : PanelPainter::ticksUp(panel, low, high, plotHeight()))
                 widest = std::max(widest, widthOf(tick.label, PanelPainter::kSize) + kUnitRoom);
         for (const Panel::Item& item : panel.levels)
             widest = std::max(widest, std::min(widthOf(item.label, PanelPainter::kSize), kWidestLaneName));

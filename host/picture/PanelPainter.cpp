@@ -76,8 +76,9 @@ std::optional<std::pair<double, double>> extremesOf(const Picture& picture, cons
     return std::pair(low, high);
 }
 
-std::size_t PanelPainter::mostTicks(double height) {
-    return std::max<std::size_t>(3, static_cast<std::size_t>(height / 32.0));
+std::vector<AxisTick> PanelPainter::ticksUp(const Panel& panel, double low, double high, double height) {
+    if (panel.step > 0.0) return ticksApart(low, high, panel.step);
+    return numberTicks(low, high, std::max<std::size_t>(3, static_cast<std::size_t>(height / 32.0)));
 }
 
 void PanelPainter::paint() const {
@@ -127,7 +128,7 @@ double PanelPainter::paintLegend() const {
         if (curve.getStyle(picture.getTable(panel.curves[i]).rows) == Curve::Style::Marks)
             canvas.drawDots({{x + kSample / 2.0, y}}, 3.0, penOf(i, 1.0).colour);
         else
-            canvas.drawLine({{x, y}, {x + kSample, y}}, penOf(i, 2.5));
+            canvas.drawLine({{x, y}, {x + kSample, y}}, panel.curves[i].pen.value_or(penOf(i, 2.5)));
         canvas.write({x + kSample + 5.0, place.title}, label, letters(Anchor::Start));
         x += kSample + 5.0 + widthOf(label, kSize) + kBetweenNames;
     }
@@ -138,7 +139,7 @@ double PanelPainter::paintLegend() const {
 void PanelPainter::paintNumbers() const {
     const Scale up = scaleUp();
     double widest = 0.0;
-    for (const AxisTick& tick : numberTicks(place.low, place.high, mostTicks(place.bottom - place.top))) {
+    for (const AxisTick& tick : ticksUp(panel, place.low, place.high, place.bottom - place.top)) {
         widest = std::max(widest, widthOf(tick.label, kSize));
         const double y = up.getPlace(tick.value);
         if (panel.kind == Panel::Kind::Curves)
@@ -178,8 +179,9 @@ void PanelPainter::paintCurves() const {
         const auto style = curve.getStyle(picture.getTable(panel.curves[i]).rows);
         const CurveLine line = lineOf(curve, picture.getTable(panel.curves[i]).rows, place.across, up);
         const double samples = static_cast<double>(curve.envelope.getCount());
-        const bool isWide = samples * 6.0 < width; // of so few each is to be seen
-        const Canvas::Pen pen = penOf(i, samples < width ? 1.5 : 1.0);
+        const std::optional<Canvas::Pen>& own = panel.curves[i].pen;
+        const bool isWide = samples * 6.0 < width && !own; // of so few each is to be seen
+        const Canvas::Pen pen = own.value_or(penOf(i, samples < width ? 1.5 : 1.0));
         canvas.beginGroup("curve", panel.curves[i].label);
         for (const std::vector<Canvas::Point>& points : line.lines) {
             canvas.drawLine(points, pen);

@@ -4,11 +4,13 @@
 #include "host/picture/Canvas.h"
 #include "host/picture/CurveLine.h"
 #include "host/picture/Picture.h"
+#include "host/picture/Ticks.h"
 
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace Quillmere::Host {
 
@@ -36,8 +38,8 @@ public:
 
     void paint() const;
 
-    /// So many numbers fit beside so high a panel.
-    static std::size_t mostTicks(double height);
+    /// The numbers beside a panel so high whose values go from `low` to `high`: as many as fit.
+    static std::vector<AxisTick> ticksUp(const Panel& panel, double low, double high, double height);
 
 private:
     void paintTitle() const;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/picture/Canvas.h"
 #include "host/picture/Curve.h"
 
 #include <cstddef>
@@ -23,6 +24,8 @@ struct Panel {
         std::size_t table = 0;
         std::size_t curve = 0;
         std::string label;
+        /// Where curves that lie on each other have to be told apart; none: by their order.
+        std::optional<Canvas::Pen> pen = {};
     };
 
     Kind kind = Kind::Curves;
@@ -35,6 +38,9 @@ struct Panel {
     double rowsApart = 1.0;   ///< and how far apart they are,
     double rowsEnd = 0.0;     ///< and what the last that could be drawn stands for.
     std::string rowsUnit;     ///< In this unit; empty: rows are counted.
+    /// What its vertical axis goes from and to; none: as far as its values do. None of them is beyond.
+    std::optional<std::pair<double, double>> range = {};
+    double step = 0.0; ///< From one number of that axis to the next; 0: some round step.
 };
 
 /// What is drawn: curves, and where. A value.

@@ -69,6 +69,15 @@ std::vector<std::string> labelsOf(const std::vector<double>& values, double step
     return labels;
 }
 
+/// What their labels don't tell apart is one.
+std::vector<AxisTick> ticksAt(const std::vector<double>& values, double step, double largest) {
+    const std::vector<std::string> labels = labelsOf(values, step, largest);
+    std::vector<AxisTick> ticks;
+    for (std::size_t i = 0; i < values.size(); ++i)
+        if (ticks.empty() || ticks.back().label != labels[i]) ticks.push_back({values[i], labels[i]});
+    return ticks;
+}
+
 /// `1:05` of 65 and 60, `2:30` of 9000 and 3600: what is whole, and what of the next smaller unit is left.
 std::string clockLabel(double seconds, double unit) {
     const auto parts = static_cast<std::int64_t>(std::llround(std::fabs(seconds) / (unit / 60.0)));
@@ -110,12 +119,11 @@ std::vector<AxisTick> numberTicks(double low, double high, std::size_t most) {
     double step = roundStep(high - low, most);
     if (!std::isnormal(step)) return {};
     const std::vector<double> values = roundNumbers(low, high, step);
-    const double largest = std::max(std::fabs(low), std::fabs(high));
-    const std::vector<std::string> labels = labelsOf(values, step, largest);
-    std::vector<AxisTick> ticks;
-    for (std::size_t i = 0; i < values.size(); ++i)
-        if (ticks.empty() || ticks.back().label != labels[i]) ticks.push_back({values[i], labels[i]});
-    return ticks;
+    return ticksAt(values, step, std::max(std::fabs(low), std::fabs(high)));
+}
+
+std::vector<AxisTick> ticksApart(double low, double high, double step) {
+    return ticksAt(multiples(low, high, step), step, std::max(std::fabs(low), std::fabs(high)));
 }
 
 TimeTicks timeTicks(double from, double to, std::size_t most) {

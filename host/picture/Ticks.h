@@ -20,6 +20,9 @@ struct AxisTick {
 /// finite; most at least 2. [any]
 QUILLMERE_API std::vector<AxisTick> numberTicks(double low, double high, std::size_t most);
 
+/// Ticks at the multiples of a step. Requires: low < high, both finite; not many steps between them. [any]
+QUILLMERE_API std::vector<AxisTick> ticksApart(double low, double high, double step);
+
 /// Numbers in as few digits, `fewest` or more, as tell each of them but for so small an error. [any]
 QUILLMERE_API std::vector<std::string> telling(const std::vector<double>& values, int fewest, double error);
 

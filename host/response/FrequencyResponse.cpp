@@ -163,6 +163,10 @@ std::optional<PublishedDesign> takeDesign(Bench& bench) {
 
 } // namespace
 
+double getDegrees(std::complex<double> response) {
+    return std::arg(response) * 180.0 / std::numbers::pi;
+}
+
 std::size_t FrequencyResponse::countUnsettled() const {
     return static_cast<std::size_t>(
         std::count_if(points.begin(), points.end(),

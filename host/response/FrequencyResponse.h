@@ -31,6 +31,9 @@ struct ResponsePoint {
     std::complex<double> design; ///< Meaningful if the response has a design.
 };
 
+/// The angle of a response, -180 to 180.
+QUILLMERE_API double getDegrees(std::complex<double> response);
+
 struct QUILLMERE_API FrequencyResponse {
     std::vector<ResponsePoint> points;
     bool hasDesign = false;

@@ -2,7 +2,8 @@
 #include "python/extension/Bindings.h"
 
 #include "host/graph/BlockDescription.h"
-#include "host/response/ResponseReport.h"
+#include "host/picture/PictureFile.h"
+#include "host/picture/ResponseCurves.h"
 #include "python/extension/BlockHandle.h"
 #include "python/extension/Errors.h"
 #include "python/extension/Lock.h"
@@ -181,8 +182,9 @@ void bindProperties(py::class_<BlockHandle>& block) {
             [](const BlockHandle& self, const std::string& title, std::size_t points,
                const std::string& input, const std::string& output) {
                 const std::string& type = self.getOrder().description.type;
-                return textOf(
-                    responseAsSvg(measure(self, points, input, output), title.empty() ? type : title));
+                const Picture picture =
+                    pictureOf(measure(self, points, input, output), title.empty() ? type : title);
+                return textOf(drawPicture(picture, PictureForm::Svg));
             },
             py::arg("title") = "", py::arg("points") = 100, py::arg("input") = "", py::arg("output") = "");
 }

@@ -80,17 +80,40 @@ TEST_F(ResponseCommand, WritesAPicture) {
               "another name, or --overwrite to replace it\n");
     EXPECT_EQ(folder.read("mine.svg"), "<svg>what a user had</svg>");
     EXPECT_EQ(call({"FilterGain", "--points", "4", "--overwrite", "--picture", "mine.svg"}).exitCode, 0);
-    EXPECT_EQ(folder.read("gain.svg").substr(0, 5), "<svg ");
+    const std::string svg = folder.read("gain.svg");
+    EXPECT_TRUE(svg.starts_with("<svg "));
+    for (const char* const text :
+         {"<title>FilterGain</title>", ">gain</text>", ">phase</text>", ">dB</text>"})
+        EXPECT_NE(svg.find(text), std::string::npos) << text;
     EXPECT_FALSE(folder.has("gain.svg.partial"));
+}
+
+TEST_F(ResponseCommand, APictureThatSomebodyHasWorkedOnStays) {
+    EXPECT_EQ(call({"FilterGain", "--points", "4", "--picture", "gain.svg"}).exitCode, 0);
+    folder.write("gain.svg", folder.read("gain.svg") + "<!-- mine -->");
+    EXPECT_EQ(call({"FilterGain", "--points", "4", "--picture", "gain.svg"}).exitCode, 2);
+    EXPECT_TRUE(folder.read("gain.svg").ends_with("<!-- mine -->"));
+}
+
+TEST_F(ResponseCommand, ThePicturesNameTellsItsForm) {
+    const Ended refused = call({"FilterGain", "--points", "4", "--picture", "gain.pdf"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_TRUE(refused.err.starts_with(
+        "quillmere: --picture: found the picture 'gain.pdf'; expected a name that ends in .svg"))
+        << refused.err;
+    const std::string built = Support::runProgram({QUILLMERE, "--version"}, folder.path("")).out;
+    if (built.find("PNG") == std::string::npos) GTEST_SKIP() << "this build draws no PNG";
+    EXPECT_EQ(call({"FilterGain", "--points", "4", "--picture", "gain.png"}).exitCode, 0);
+    EXPECT_TRUE(folder.read("gain.png").starts_with("\x89PNG"));
 }
 
 TEST_F(ResponseCommand, APictureNeverReplacesTheGraph) {
     const std::string graph = "format: 1\nblocks: [{id: gain, type: FilterGain}]\n";
-    folder.write("g.yaml", graph);
-    const Ended ended = call({"g.yaml", "gain", "--points", "4", "--overwrite", "--picture", "./g.yaml"});
+    folder.write("g.svg", graph);
+    const Ended ended = call({"g.svg", "gain", "--points", "4", "--overwrite", "--picture", "./g.svg"});
     EXPECT_EQ(ended.exitCode, 2);
-    EXPECT_EQ(ended.err, "quillmere: --picture: found the graph 'g.yaml'; expected a file that isn't read\n");
-    EXPECT_EQ(folder.read("g.yaml"), graph);
+    EXPECT_EQ(ended.err, "quillmere: --picture: found the graph 'g.svg'; expected a file that isn't read\n");
+    EXPECT_EQ(folder.read("g.svg"), graph);
 }
 
 TEST_F(ResponseCommand, RefusesWhatItCannotMeasure) {

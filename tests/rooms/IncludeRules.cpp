@@ -48,7 +48,7 @@ const std::vector<Room> kRooms = {
     hostRoom("response", {"text", "plugins", "description", "ends", "graph"}),
     hostRoom("run", {"text", "plugins", "description", "ends", "graph", "recording", "response"}),
     hostRoom("live", {"text", "plugins", "description", "ends", "graph", "run"}),
-    hostRoom("picture", {"text", "description", "ends", "recording", "inspection"}),
+    hostRoom("picture", {"text", "description", "ends", "recording", "inspection", "response"}),
     hostRoom("report", {"text", "plugins", "description", "ends", "graph", "recording", "run", "picture"}),
     hostRoom("control", {"text", "description", "live"}),
     hostRoom("batch", {"text", "plugins", "description", "ends", "recording", "graph"}),

@@ -36,6 +36,11 @@ TEST(Ticks, ASingleNumberTellsNoScale) {
     EXPECT_EQ(labels(timeTicks(301.0, 359.0, 2).ticks), "5:15 5:30 5:45");
 }
 
+TEST(Ticks, AStepCanBeSaid) {
+    EXPECT_EQ(labels(ticksApart(-194.0, 194.0, 90.0)), "-180 -90 0 90 180");
+    EXPECT_EQ(labels(ticksApart(0.3, 1.1, 0.5)), "0.5 1.0");
+}
+
 TEST(Ticks, NumbersHaveAsManyDigitsAsTellThem) {
     EXPECT_EQ(labels(numberTicks(1565090000000.0, 1565090000030.0, 3)),
               "1565090000000 1565090000010 1565090000020 1565090000030");

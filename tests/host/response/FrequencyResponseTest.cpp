@@ -214,16 +214,3 @@ TEST(FrequencyResponseTest, CsvHasGainsAndPhasesInDegrees) {
               "relative_frequency,sine_gain,sine_phase,impulse_gain,impulse_phase,design_gain,design_phase\n"
               "0.25,2,90,3,180,5,0\n");
 }
-
-TEST(FrequencyResponseTest, ThePictureShowsEveryCurveAndItsTitle) {
-    FrequencyResponse response = measured(0.5, 0.5, 0.0, 10);
-    const std::string plain = Host::responseAsSvg(response, "A < B & C");
-    EXPECT_NE(plain.find("A &lt; B &amp; C"), std::string::npos);
-    EXPECT_NE(plain.find("class=\"sine\" d=\"M64 48"), std::string::npos)
-        << "a gain of 1 at frequency 0 is on top";
-    EXPECT_NE(plain.find("class=\"impulse\""), std::string::npos);
-    EXPECT_EQ(plain.find("class=\"design\""), std::string::npos);
-    EXPECT_EQ(plain.substr(plain.size() - 7), "</svg>\n");
-    response.hasDesign = true;
-    EXPECT_NE(Host::responseAsSvg(response, "").find("class=\"design\""), std::string::npos);
-}
