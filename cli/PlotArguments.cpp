@@ -79,7 +79,7 @@ void PlotArguments::enter(CLI::App& command) {
     };
     enter("--columns", columns, "NAME,...", "Draw these columns only: names, or patterns as in 'acc*'.");
     enter("--panel", panels, "NAME,...", "Put these columns into one panel, whatever file they are of.");
-    enter("--start", start, "TIME", "Draw from there on: seconds, as 12.5, 2 min or 1:30, or a date.");
+    enter("--start", start, "TIME", "Draw from there on: seconds, as 12.5, 2 min or 1:30, or a moment.");
     enter("--end", end, "TIME", "Draw what is before that.");
     enter("--x", across, "COLUMN", "Draw over this column instead of the times.");
     enter("--scale", scales, "COLUMN=FACTOR [UNIT]", "Multiply a column, and say the unit that it has then.");

@@ -7,6 +7,8 @@
 #include "host/text/Complaint.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,13 +32,15 @@ struct QUILLMERE_API CurveWishes {
     /// Of all columns together, at how many pieces they are held; 0: at as many as a picture shows.
     std::size_t mostPieces = 0;
 
-    /// Takes a setting `start` or `end`, as a source has them, or as an axis tells times: `1:30` and
-    /// `0:01:30` are a minute and a half where times count from no date. [setup]
+    /// Takes a setting `start` or `end`, as a source has them, or as an axis tells times. `1:30` is a minute
+    /// and a half, unless times count from a time of day; `0:01:30` is that where they count from nothing
+    /// that is known, else the first such time of day. [setup]
     void takeCut(const GraphDescription::Setting& setting, Complaints& complaints);
-    /// Complains of two that don't go together. [setup]
+    /// Complains of two that don't go together, whatever times count from. [setup]
     void finish(Complaints& complaints) const;
-    /// Of times that count from a date or a time of day, or from nothing that is known. [setup]
-    TimeRepairPlan getCut(bool countsFromDate, Complaints& complaints) const;
+    /// Of times that count from a moment in nanoseconds since 1970, of the first day since midnight, or from
+    /// nothing that is known. [setup]
+    TimeRepairPlan getCut(std::optional<std::int64_t> origin, Complaints& complaints) const;
 
 private:
     std::vector<GraphDescription::Setting> cuts;

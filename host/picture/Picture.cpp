@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/picture/Picture.h"
 
-#include "host/inspection/AxisGroups.h"
+#include "host/picture/CurveGroups.h"
 #include "host/picture/RecordingCurves.h"
 #include "host/picture/Spectra.h"
 #include "host/text/Counted.h"
@@ -17,21 +17,11 @@ namespace {
 constexpr std::size_t kFewestRowsOfHeat = 16;
 constexpr std::size_t kMostSingles = 6; // in one panel, as many as there are colours
 
-/// `name` of `name[0]`; empty for other names.
-std::string pinOf(const std::string& name) {
-    const std::size_t bracket = name.find_last_of('[');
-    const bool isCounted = bracket != std::string::npos && bracket > 0 && name.back() == ']' &&
-                           bracket + 2 < name.size() &&
-                           std::all_of(name.begin() + static_cast<std::ptrdiff_t>(bracket) + 1,
-                                       name.end() - 1, [](char c) { return c >= '0' && c <= '9'; });
-    return isCounted ? name.substr(0, bracket) : "";
-}
-
 /// Puts the curves of a table into panels.
 class Arranger {
 public:
     Arranger(const CurveTable& given, std::size_t place, bool isOneOfSeveral)
-        : table(given), number(place), prefix(isOneOfSeveral ? given.name : ""),
+        : table(given), number(place), prefix(isOneOfSeveral ? given.name : ""), areLevels(levelsOf(given)),
           isTaken(given.curves.size(), false) {}
 
     std::vector<Panel> run() {
@@ -49,10 +39,6 @@ public:
     }
 
 private:
-    bool getIsLevel(std::size_t curve) const {
-        return table.curves[curve].getStyle(table.rows) == Curve::Style::Level;
-    }
-
     Panel::Item take(std::size_t curve) {
         isTaken[curve] = true;
         Panel::Item item;
@@ -90,23 +76,15 @@ private:
     void takeLevels() {
         Panel panel;
         for (std::size_t i = 0; i < table.curves.size(); ++i)
-            if (!isTaken[i] && getIsLevel(i)) panel.levels.push_back(take(i));
+            if (!isTaken[i] && areLevels[i]) panel.levels.push_back(take(i));
         if (panel.levels.empty()) return;
         panel.title = prefix;
         panels.push_back(std::move(panel));
     }
 
     void takeAxes() {
-        std::vector<RecordingReader::Column> columns(table.curves.size());
-        for (std::size_t i = 0; i < columns.size(); ++i) {
-            columns[i].name = table.curves[i].name;
-            if (isTaken[i]) columns[i].kind = RecordingReader::Column::Kind::Other;
-        }
-        for (const AxisGroup& group : findAxisGroups(columns))
-            // An axis may well be 0 all the time; three flags are flags.
-            if (!std::all_of(group.columns.begin(), group.columns.end(),
-                             [this](std::size_t curve) { return getIsLevel(curve); }))
-                add(group.name, group.columns);
+        for (const AxisGroup& group : axisGroupsOf(table, isTaken))
+            if (!areLevels[group.columns.front()]) add(group.name, group.columns);
     }
 
     void takeSingles() {
@@ -124,6 +102,7 @@ private:
     const CurveTable& table;
     std::size_t number;
     std::string prefix;
+    std::vector<bool> areLevels;
     std::vector<bool> isTaken;
     std::vector<Panel> panels;
 };
@@ -136,13 +115,14 @@ Panel panelOf(const Picture& picture, const std::vector<std::string>& wishes) {
     for (const std::string& wish : wishes) {
         for (std::size_t table = 0; table < picture.tables.size(); ++table) {
             const std::vector<Curve>& curves = picture.tables[table].curves;
+            const std::vector<bool> areLevels = levelsOf(picture.tables[table]);
             for (std::size_t i = 0; i < curves.size(); ++i) {
                 if (!getMeansColumn(wish, curves[i].name)) continue;
                 Panel::Item item;
                 item.table = table;
                 item.curve = i;
                 item.label = curves[i].name;
-                const bool isLevel = curves[i].getStyle(picture.tables[table].rows) == Curve::Style::Level;
+                const bool isLevel = areLevels[i];
                 if (!isLevel) units.push_back(curves[i].unit);
                 names.push_back(curves[i].name);
                 (isLevel ? panel.levels : panel.curves).push_back(std::move(item));

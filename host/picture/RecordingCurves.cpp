@@ -124,7 +124,7 @@ void RecordingCurves::finishPaths() {
 
 TimeRepairPlan RecordingCurves::cutBy() const {
     Complaints complaints;
-    TimeRepairPlan cut = wishes.getCut(reader.getOrigin().has_value(), complaints);
+    TimeRepairPlan cut = wishes.getCut(reader.getOrigin(), complaints);
     if (!complaints.isEmpty()) throw RecordingException(complaints.getSorted().front());
     if (const auto fault = resolveDates(cut, reader)) throw RecordingException(*fault);
     return cut;

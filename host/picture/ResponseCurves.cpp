@@ -29,10 +29,10 @@ struct Way {
 const std::array<Way, 3>& ways() {
     static const std::array<Way, 3> all{
         {{&ResponsePoint::impulse, "measured with an impulse", {.colour = 0x99BBDD, .width = 5.0}},
+         {&ResponsePoint::sine, "measured with sines", {.colour = 0x002244, .width = 1.5}},
          {&ResponsePoint::design,
           "what the design promises",
-          {.colour = 0xDD8800, .width = 1.5, .dashes = {6.0, 4.0}}},
-         {&ResponsePoint::sine, "measured with sines", {.colour = 0x002244, .width = 1.5}}}};
+          {.colour = 0xDD8800, .width = 1.5, .dashes = {6.0, 6.0}}}}};
     return all;
 }
 

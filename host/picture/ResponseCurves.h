@@ -10,7 +10,8 @@
 namespace Quillmere::Host {
 
 /// A response as a picture: gain in decibels above, phase in degrees below, over the relative frequency. The
-/// curves lie on each other where a block does what it promises, so the lower ones are the wider. [any]
+/// curves lie on each other where a block does what it promises, so the lowest is the widest and the upmost
+/// has gaps. [any]
 QUILLMERE_API Picture pictureOf(const FrequencyResponse& response, const std::string& title);
 
 } // namespace Quillmere::Host

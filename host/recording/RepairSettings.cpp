@@ -168,10 +168,10 @@ void RepairSettings::finishCut(Complaints& complaints) const {
                        "'" + end->text + "' beside '" + start->text +
                            "', of which one is a moment and the other counts seconds from the first",
                        "both as moments, or both in seconds of the recording's time");
-    const bool isReversed =
-        plan.startDate && plan.endDate
-            ? !plan.startDate->getIsOfDay() && plan.startDate->nanoseconds >= plan.endDate->nanoseconds
-            : !plan.startDate && !plan.endDate && plan.start >= plan.end;
+    const bool isReversed = plan.startDate && plan.endDate
+                                ? !plan.startDate->getIsOfDay() && !plan.endDate->getIsOfDay() &&
+                                      plan.startDate->nanoseconds >= plan.endDate->nanoseconds
+                                : !plan.startDate && !plan.endDate && plan.start >= plan.end;
     if (isReversed)
         complaints.add(end->where, "'" + end->text + "' that isn't behind '" + start->text + "'",
                        "a later one");

@@ -271,6 +271,19 @@ TEST_F(PlotCommand, StartsAtATimeAsTheAxisTellsIt) {
     EXPECT_EQ(plot({"long.csv", "--start", "1 min", "--end", "150"}).out, "long.svg: 1 panel of 90 rows\n");
 }
 
+TEST_F(PlotCommand, StartsAtATimeAsTheAxisTellsItWhereTimesAreDates) {
+    std::string rows = "time,a\n";
+    for (int i = 0; i <= 300; ++i) {
+        char row[64];
+        std::snprintf(row, sizeof row, "2019-08-06 10:%02d:%02d,%d\n", 25 + i / 60, i % 60, i % 7);
+        rows += row;
+    }
+    folder.write("long.csv", rows);
+    EXPECT_EQ(plot({"long.csv", "--start", "1:00", "--end", "2:30"}).out, "long.svg: 1 panel of 90 rows\n");
+    EXPECT_EQ(plot({"long.csv", "--start", "10:26:00", "--end", "10:27:30"}).out,
+              "long.svg: 1 panel of 90 rows\n");
+}
+
 /// As an editor leaves it that writes a new file: without a mark, and with the begin that it had.
 TEST_F(PlotCommand, KeepsWhatSomebodyHasWorkedOn) {
     EXPECT_EQ(plot({"walk.csv"}).exitCode, 0);

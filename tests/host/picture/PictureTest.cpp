@@ -89,6 +89,17 @@ TEST(Picture, AnAxisThatRestsAtZeroAndWhatHasAUnitAreNoLevels) {
               (Told{" []: | sx sy sz"}));
 }
 
+TEST(Picture, AnElementOfAPinThatRestsAtOneStaysWithIt) {
+    const auto one = [](int) { return 1.0; };
+    const auto table = tableOf({{"acc[0]"}, {"acc[1]"}, {"acc[2]", "", one}, {"far[0]", "", one}});
+    EXPECT_EQ(toldOf(arrange(listOf(table))), (Told{"acc []: acc[0] acc[1] acc[2]", " []: | far[0]"}));
+    EXPECT_EQ(toldOf(arrange(listOf(table), {.panels = {{"acc*", "far*"}}})),
+              (Told{"acc []: acc[0] acc[1] acc[2] | far[0]"}));
+    EXPECT_EQ(toldOf(arrange(listOf(tableOf({{"v[0]"}, {"v[1]", "", flag}})))),
+              (Told{"v[0] []: v[0]", " []: | v[1]"}))
+        << "what goes on and off is a flag beside what it flags";
+}
+
 TEST(Picture, ManyColumnsOfAPinAreAHeatMap) {
     std::vector<Column> columns;
     for (int i = 0; i < 16; ++i)

@@ -207,4 +207,36 @@ TEST_F(RecordingCurvesTest, CutsByTheTimeOfDayWhereTimesHaveOne) {
               "1.0:2.0 2.0:3.0");
 }
 
+/// There `0:02` is what the axis shows, and `10:00:01` what the stamps do.
+TEST_F(RecordingCurvesTest, CutsByTheAxisAndByTheTimeOfDayWhereTimesAreDates) {
+    const std::string rows = "time,a\n2019-08-06 23:59:58,1\n2019-08-06 23:59:59,2\n2019-08-07 00:00:00,3\n"
+                             "2019-08-07 00:00:01,4\n";
+    const struct {
+        const char* start;
+        const char* end;
+        const char* kept;
+    } cases[] = {{"0:01", "0:02.5", "1.0:2.0 2.0:3.0"},
+                 {"23:59:59", "0:00:01", "1.0:2.0 2.0:3.0"},
+                 {"2019-08-06 23:59:59", "0:00:00", "1.0:2.0"},
+                 {"23:59:58.5", "2019-08-07 00:00:00", "1.0:2.0"},
+                 {"1", "0:02", "1.0:2.0"}};
+    for (const auto& one : cases) {
+        CurveWishes wishes;
+        cut(wishes, "start", one.start);
+        cut(wishes, "end", one.end);
+        Complaints complaints;
+        wishes.finish(complaints);
+        EXPECT_TRUE(complaints.isEmpty()) << one.start;
+        EXPECT_EQ(told(read(rows, wishes).curves[0]), one.kept) << one.start;
+    }
+    const std::pair<const char*, const char*> odd[] = {
+        {"0:01", "23:59:59"}, {"23:59:59", "23:59:58.5"}, {"0:02", "0:01"}, {"25:00:00", "26:00:00"}};
+    for (const auto& [start, end] : odd) {
+        CurveWishes wishes;
+        cut(wishes, "start", start);
+        cut(wishes, "end", end);
+        EXPECT_THROW(read(rows, wishes), RecordingException) << start;
+    }
+}
+
 } // namespace

@@ -50,17 +50,17 @@ TEST(ResponseCurves, GainIsInDecibelsAndPhaseInDegrees) {
     EXPECT_EQ(picture.getTimes(), std::pair(0.0, 0.2));
 }
 
-TEST(ResponseCurves, ADesignIsACurveMoreAndTheLineBySinesLiesOnTop) {
+TEST(ResponseCurves, ADesignIsACurveMoreAndNoneHidesTheOthers) {
     FrequencyResponse response = responseOf({{1.0, 0.0}, {0.5, 0.0}});
     EXPECT_EQ(pictureOf(response, "").panels[0].curves.size(), 2u);
     response.hasDesign = true;
     const Picture picture = pictureOf(response, "");
     for (const Panel& panel : picture.panels) {
         ASSERT_EQ(panel.curves.size(), 3u);
-        EXPECT_EQ(panel.curves[1].label, "what the design promises");
-        EXPECT_FALSE(panel.curves[1].pen->dashes.empty());
-        EXPECT_EQ(panel.curves[2].label, "measured with sines");
-        EXPECT_LT(panel.curves[2].pen->width, panel.curves[0].pen->width);
+        EXPECT_EQ(panel.curves[1].label, "measured with sines");
+        EXPECT_LT(panel.curves[1].pen->width, panel.curves[0].pen->width);
+        EXPECT_EQ(panel.curves[2].label, "what the design promises");
+        EXPECT_FALSE(panel.curves[2].pen->dashes.empty());
     }
 }
 
