@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <initializer_list>
 #include <system_error>
 #include <utility>
 
@@ -20,9 +22,29 @@ namespace Quillmere::Host {
 namespace {
 
 constexpr std::size_t kLongestPrint = 8192; ///< Of what a worker says, its end.
+/// Open files that workers leave to this process: for a status, the summary, and for a sanitizer, which takes
+/// memory that it has no pipe to look at for unsound.
+constexpr rlim_t kFilesOfOurs = 4;
 
 [[noreturn]] void fail(const char* what) {
     throw std::system_error(errno, std::generic_category(), what);
+}
+
+/// Likewise, once those files are closed.
+[[noreturn]] void failWithout(std::initializer_list<int> files, const char* what) {
+    const int reason = errno;
+    for (const int file : files)
+        ::close(file);
+    errno = reason;
+    fail(what);
+}
+
+/// Whether enough can be opened yet after the last that was. Says in `errno` why not.
+bool getAreFilesLeft(int last) {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return true;
+    errno = EMFILE;
+    return static_cast<rlim_t>(last) + kFilesOfOurs < limit.rlim_cur;
 }
 
 std::string textIn(int file) {
@@ -88,13 +110,10 @@ void WorkerPool::spawn(Worker& worker) const {
     int sockets[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) fail("no socket for a worker");
     const int output = ::memfd_create("quillmere-worker", MFD_CLOEXEC);
-    if (output < 0) {
-        const int reason = errno;
-        ::close(sockets[0]);
-        ::close(sockets[1]);
-        errno = reason;
-        fail("no memory for what a worker prints");
-    }
+    if (output < 0) failWithout({sockets[0], sockets[1]}, "no memory for what a worker prints");
+    // With a single worker it is worth a try.
+    if (getBusy() > 0 && !getAreFilesLeft(output))
+        failWithout({sockets[0], sockets[1], output}, "no files beside those of workers");
     std::vector<char*> words;
     for (const std::string& word : program)
         words.push_back(const_cast<char*>(word.c_str()));
@@ -102,14 +121,8 @@ void WorkerPool::spawn(Worker& worker) const {
     const pid_t parent = ::getpid();
     const pid_t process = ::fork();
     if (process == 0) becomeWorker(parent, sockets[1], output, words.data());
-    const int reason = errno;
+    if (process < 0) failWithout({sockets[0], sockets[1], output}, "no process for a worker");
     ::close(sockets[1]);
-    if (process < 0) {
-        ::close(sockets[0]);
-        ::close(output);
-        errno = reason;
-        fail("no process for a worker");
-    }
     worker.process = process;
     worker.socket = sockets[0];
     worker.output = output;

@@ -58,7 +58,9 @@ Program::Program(const std::vector<std::string>& arguments, const std::string& f
     process = ::fork();
     if (process < 0) throw std::runtime_error("no process can be made");
     if (process > 0) return;
-    // In the child nothing but system calls.
+    // In the child nothing but system calls. It gets the standard streams, and nothing else that the test was
+    // called with: a limit of open files means the same wherever the test runs.
+    ::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
     if (::chdir(folder.c_str()) == 0 && stream(streams.in, O_RDONLY, STDIN_FILENO) &&
         ::dup2(out, STDOUT_FILENO) >= 0 && stream(streams.out, O_WRONLY, STDOUT_FILENO) &&
         ::dup2(err, STDERR_FILENO) >= 0)
