@@ -89,9 +89,25 @@ def require_upright(values: Floats, what: str = "x") -> None:
         )
 
 
-def times_of(x: Any) -> Floats | None:
-    """Seconds, where it has a time index: dates, durations, or floating-point seconds. Dates count from the
-    first."""
+def first_date_of(x: Any) -> Any:
+    """The date from which `times_of` counts; None where there are no dates."""
+    if not is_pandas(x) or len(x) == 0:
+        return None
+    return x.index[0] if isinstance(x.index, sys.modules["pandas"].DatetimeIndex) else None
+
+
+def stated_times(t: Any) -> Floats:
+    """Seconds that somebody gives for rows: numbers, or dates and durations of pandas."""
+    if is_index(t):
+        return np.asarray(t, dtype=np.float64) if (found := times_of(t)) is None else found
+    if is_pandas(t) and t.ndim == 1 and t.dtype.kind in "mM":
+        return stated_times(sys.modules["pandas"].Index(t))
+    return np.ascontiguousarray(t, dtype=np.float64)
+
+
+def times_of(x: Any, since: Any = None) -> Floats | None:
+    """Seconds, where it has a time index: dates, durations, or floating-point seconds. Dates count from
+    `since`, or from the first."""
     if not (is_pandas(x) or is_index(x)):
         return None
     pandas = sys.modules["pandas"]
@@ -99,7 +115,7 @@ def times_of(x: Any) -> Floats | None:
     if isinstance(index, pandas.DatetimeIndex):
         if len(index) == 0:
             return None
-        return np.asarray((index - index[0]) / pandas.Timedelta(seconds=1), dtype=np.float64)
+        return np.asarray((index - (index[0] if since is None else since)) / pandas.Timedelta(seconds=1), dtype=np.float64)
     if isinstance(index, pandas.TimedeltaIndex):
         return np.asarray(index / pandas.Timedelta(seconds=1), dtype=np.float64)
     if pandas.api.types.is_float_dtype(index):

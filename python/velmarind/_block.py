@@ -10,7 +10,7 @@ from typing import Any
 import numpy as np
 
 from velmarind import _native
-from velmarind._arrays import array_of, as_given, is_pandas, rate_for, rate_of, require_upright, times_of
+from velmarind._arrays import array_of, as_given, rate_for, rate_of, require_upright, stated_times, times_of
 from velmarind._errors import Error, naming
 from velmarind._log import log, warn
 from velmarind._manual import docstring, setting_names
@@ -213,7 +213,7 @@ class Block(_native.Block):
 
     def _times(self, x: Any, t: Any) -> Any:
         if t is not None:
-            return times_of(t) if is_pandas(t) or hasattr(t, "to_numpy") else np.asarray(t, dtype=np.float64)
+            return stated_times(t)
         times = times_of(x)
         if times is not None and self.fs is not None and times.size > 1:
             rate_for(x, self.fs)  # refuses another rate than the one that hertz were converted by

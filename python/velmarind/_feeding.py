@@ -16,6 +16,7 @@ from velmarind import _native
 from velmarind._arrays import array_of, is_pandas, need_rate, rate_for, require_upright, times_of
 from velmarind._errors import Error
 from velmarind._names import unknown
+from velmarind._values import yaml_text
 
 if TYPE_CHECKING:
     from velmarind._native import MemoryData
@@ -154,6 +155,7 @@ def _write(
     told = next(block["settings"] for block in description["blocks"] if block["id"] == source)
     feeding.settings[f"{source}.time"] = time_name
     feeding.settings.update({f"{source}.{name}": None for name in _OF_THE_FORM if name in told})
+    feeding.settings[f"{source}.missing"] = yaml_text([""])  # not-a-number is written as an empty cell
 
 
 def _times_for(table: Any, fs: Any, count: int, source: str) -> Any:

@@ -8,7 +8,7 @@ from typing import Any
 
 import numpy as np
 
-from velmarind._arrays import need_rate, number_of, times_of
+from velmarind._arrays import need_rate, number_of, stated_times, times_of
 from velmarind._block import block
 from velmarind._chains import SHOWN_RATE, Step, chain_graph, hertz, run_chain, task
 from velmarind._errors import Error
@@ -187,12 +187,14 @@ def resample(x: Any, *, rate: float, fs: Any = None, t: Any = None, hold: bool =
     >>> velmarind.resample(np.array([0.0, 1.0, 2.0]), fs=1, rate=2)
     array([0. , 0.5, 1. , 1.5, 2. ])
     """
-    times = np.ascontiguousarray(t, dtype=np.float64) if t is not None else times_of(x)
+    times = stated_times(t) if t is not None else times_of(x)
     if times is None:
         times = np.arange(len(x)) / need_rate(x, fs, "resample")
     # The block finds out by itself whether rows go down, but of a short recording it would wait for more.
     wanted = number_of(rate, "rate")
-    goes_down = len(times) > 1 and bool((len(times) - 1) / (times[-1] - times[0]) > wanted)
+    steps = np.diff(times)
+    steps = steps[steps > 0]  # pauses and repeated stamps don't change what is usual
+    goes_down = steps.size > 0 and bool(1 / np.median(steps) > wanted)
     got = block("Resample", **_even(wanted, hold, lowpass and goes_down, gap)).results(x, times)
     return (got["out"], got.times["out"]) if t is not None else got["out"]
 

@@ -140,7 +140,7 @@ class Graph:
     @classmethod
     def load(cls, path: str | os.PathLike[str]) -> Graph:
         """Reads a graph file."""
-        return cls(description=_native.Graph.load(os.fspath(path)))
+        return cls(description=_native.Graph.load(os.path.abspath(path)))
 
     @classmethod
     def from_text(cls, text: str, path: str = "") -> Graph:

@@ -10,7 +10,7 @@ from types import TracebackType
 from typing import Any
 
 from velmarind import _native
-from velmarind._arrays import array_of, is_pandas, require_upright, times_of
+from velmarind._arrays import array_of, first_date_of, is_pandas, require_upright, times_of
 from velmarind._types import Setting
 from velmarind._errors import Error, naming
 from velmarind._feeding import Folder
@@ -47,6 +47,7 @@ class LiveRun:
         self._process = os.getpid()
         self._remove = weakref.finalize(self, folder.remove)
         self._is_interrupted = False
+        self._first_dates: dict[str, Any] = {}
 
     def __getitem__(self, name: str) -> Any:
         """What `block.Setting` holds."""
@@ -74,11 +75,17 @@ class LiveRun:
         return self._native.observe(pattern, callback)
 
     def feed(self, source: str, rows: Any, t: Any = None) -> None:
-        """Feeds rows to a source: an array, or a table whose time index counts."""
+        """Feeds rows to a source: an array, or a table whose time index counts; dates count from the first
+        that came to the source."""
         values = array_of(rows)
         require_upright(values, "rows")
+        if t is None and is_pandas(rows):
+            since = first_date_of(rows)
+            if since is not None:
+                since = self._first_dates.setdefault(source, since)
+            t = times_of(rows, since)
         with naming(source):
-            self._native.feed(source, values, times_of(rows) if t is None and is_pandas(rows) else t)
+            self._native.feed(source, values, t)
 
     def end_feed(self, source: str) -> None:
         """No more rows come to that source; when no source has more, the run ends."""

@@ -4,6 +4,7 @@
 from __future__ import annotations
 
 import os
+import re
 from collections.abc import Callable, Mapping, Sequence
 from typing import Any
 
@@ -13,6 +14,7 @@ from velmarind import _native
 from velmarind._arrays import array_of, is_pandas, need_rate, require_upright, times_of
 from velmarind._errors import Error
 from velmarind._log import log, warn
+from velmarind._names import unknown
 from velmarind._progress import shown
 from velmarind._values import yaml_text
 
@@ -75,9 +77,13 @@ def read(
     ((862, 9), 92.7743)
     """
     texts = {name: yaml_text(value) for name, value in settings.items() if value is not None}
+    wanted = None if columns is None else list(columns)
+    has_patterns = wanted is not None and any(sign in name for name in wanted for sign in "*?")
     with shown(progress, os.fspath(path)) as told:
-        found = _native.read(os.fspath(path), texts, columns, told)
+        found = _native.read(os.fspath(path), texts, None if has_patterns else wanted, told)
     frame = frame_of(found["table"])
+    if wanted is not None and has_patterns:
+        frame = _chosen(frame, wanted)
     source = found["source"]
     frame.attrs["rate"] = found["rate"]
     frame.attrs["source"] = {"file": os.fspath(path), "form": found["form"], "notes": source.get("notes", [])}
@@ -101,6 +107,22 @@ def read(
             )
         since = pandas().to_timedelta(np.round(frame.index.to_numpy() * 1e9).astype(np.int64), unit="ns")
         frame.index = (pandas().Timestamp(found["origin"]) + since).rename(frame.index.name)
+    return frame
+
+
+def _chosen(frame: Any, wanted: Sequence[str]) -> Any:
+    """The columns that names and patterns mean, in their order."""
+    chosen: list[str] = []
+    for pattern in wanted:
+        signs = {"*": ".*", "?": "."}
+        form = re.compile("".join(signs.get(letter, re.escape(letter)) for letter in pattern), re.DOTALL)
+        meant = [name for name in frame.columns if form.fullmatch(name)]
+        if not meant:
+            raise unknown("column", pattern, frame.columns)
+        chosen += [name for name in meant if name not in chosen]
+    units = frame.attrs["units"]
+    frame = frame[chosen]
+    frame.attrs["units"] = {name: units[name] for name in chosen if name in units}
     return frame
 
 
@@ -137,7 +159,10 @@ def write(
     units: Mapping[str, str] | None = None,
     overwrite: bool = False,
 ) -> None:
-    """Writes a table that `read(path, time="t")` reads back to the same bits.
+    """Writes a table that `read(path)` reads back to the same bits.
+
+    What is not-a-number is written as an empty cell; `read(path, missing=[""])` has it back. Times of a
+    rate of few hertz may need `timeUnit="s"`, since steps as long could be those of another unit.
 
     Parameters
     ----------
@@ -181,6 +206,12 @@ def write(
     if broken is not None:
         raise Error(f"found a column {broken!r}; expected names of one line", found=repr(broken))
     known = dict(getattr(data, "attrs", {}).get("units", {})) if units is None else dict(units)
+    twice = next((name for number, name in enumerate(columns) if name in columns[:number]), None)
+    if twice is not None:
+        raise Error(f"found two columns called '{twice}'; expected a name of its own for each; say columns=...",
+                    found=f"two columns called '{twice}'", expected="a name of its own for each")
     time_name = str(data.index.name or "t") if is_pandas(data) else "t"
+    while time_name in columns:
+        time_name += "_"
     _native.write(os.fspath(path), times, values, list(columns), time_name,
                   [known.get(name, "") for name in columns], overwrite)

@@ -8,7 +8,7 @@ from typing import Any
 
 import numpy as np
 
-from velmarind._arrays import array_of, is_pandas, need_rate, require_upright
+from velmarind._arrays import array_of, is_pandas, need_rate, number_of, require_upright
 from velmarind._chains import Step, chain_graph, clock_of, run_chain, task
 from velmarind._errors import Error
 from velmarind._types import Floats
@@ -60,8 +60,8 @@ class Spectrum(Result):
 def _frames_of(columns: Floats, rate: float, frame: float | None, hop: float | None) -> tuple[Floats, Any]:
     """Frames (frames, rows, channels), and the number of the last row of each."""
     count = len(columns)
-    rows = count if frame is None else round(float(frame) * rate)
-    step = max(rows // 2, 1) if hop is None else round(float(hop) * rate)
+    rows = count if frame is None else round(number_of(frame, "frame") * rate)
+    step = max(rows // 2, 1) if hop is None else round(number_of(hop, "hop") * rate)
     if rows < 2 or step < 1 or count < rows:
         raise Error(
             f"found {count} rows for frames of {rows}; expected 2 rows a frame at least, and as many as a"

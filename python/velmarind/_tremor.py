@@ -10,6 +10,7 @@ import numpy as np
 
 from velmarind._arrays import as_given, need_rate
 from velmarind._chains import at_rows, clock_of, column_of, one_channel, spells_of, tables_of, task
+from velmarind._errors import Error
 from velmarind._filters import resample
 from velmarind._graph import Graph
 from velmarind._results import Result
@@ -164,6 +165,9 @@ def track_tremor(
     """
     rate = need_rate(x, fs, "track_tremor")
     values = one_channel(x, "track_tremor")
+    if len(values) < 2:
+        raise Error(f"found {len(values)} rows; expected three seconds of them at least",
+                    found=f"{len(values)} rows", expected="three seconds of rows")
     times = clock_of(x, len(values), rate)
     like = column_of(x)
     if abs(rate / _RATE - 1) > 1e-6:

@@ -291,3 +291,11 @@ def test_results_say_what_there_is(wrist):
         found.Is_Countin
     with pytest.raises(KeyError, match="Nb Period"):
         found["count"]
+
+
+def test_times_may_be_a_column_of_a_table():
+    frame = pd.DataFrame({"t": [0.0, 0.5, 2.0], "x": [0.0, 1.0, 4.0]})
+    even = velmarind.block("Resample", Rate=1, LowPass=False, Gap=100)
+    assert even(frame["x"].to_numpy(), frame["t"]).tolist() == [0.0, 2.0, 4.0]
+    dates = pd.Series(pd.to_datetime(["2026-05-01 10:00:00", "2026-05-01 10:00:00.5", "2026-05-01 10:00:02"]))
+    assert even(frame["x"].to_numpy(), dates).tolist() == [0.0, 2.0, 4.0]

@@ -212,3 +212,31 @@ def test_warnings_name_the_callers_line(calm, frame):
     with pytest.warns(velmarind.DataWarning) as caught:
         velmarind.block("FilterFFT")
     assert caught[0].filename == __file__
+
+
+def test_rows_without_numbers_come_to_a_source_of_files():
+    graph = velmarind.Graph("missing")
+    graph.add("in", "RecordingSource", file="nowhere.csv", time="t", pins={"x": ["x"], "y": ["y"]})
+    graph.add("out", "MemorySink")
+    graph.connect("in.x", "out.x")
+    graph.connect("in.y", "out.y")
+    index = pd.Index([0.0, 0.01, 0.02])
+    table = pd.DataFrame({"x": [1.0, np.nan, 3.0], "y": [np.nan, np.nan, 6.0]}, index=index)
+    found = graph.run(table)["out"]
+    assert np.array_equal(found.to_numpy(), table.to_numpy(), equal_nan=True)
+
+
+def test_a_graph_of_a_file_is_itself_in_another_folder(tmp_path, monkeypatch):
+    (tmp_path / "in.csv").write_text("t,x\n0,1\n1,2\n")
+    (tmp_path / "g.yaml").write_text("""format: 1
+blocks:
+  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}
+  - {id: out, type: MemorySink}
+connections:
+  - {from: in.x, to: out.x}
+""")
+    monkeypatch.chdir(tmp_path)
+    graph = velmarind.Graph.load("g.yaml")
+    monkeypatch.chdir("/")
+    assert len(pickle.loads(pickle.dumps(graph)).run()["out"]) == 2
+    assert len(graph.run()["out"]) == 2

@@ -166,3 +166,18 @@ def test_rows_of_the_wrong_shape_are_refused(wrist):
         with pytest.raises(velmarind.Error) as caught:
             run.feed("nobody", wrist)
         assert caught.value.block == "nobody"
+
+
+def test_dates_of_all_pieces_count_from_the_first():
+    index = pd.date_range("2026-05-01 10:00", periods=6, freq="10ms")
+    table = pd.DataFrame({"x": np.arange(6.0)}, index=index)
+    graph = velmarind.Graph("pieces")
+    graph.add("wrist", "MemorySource")
+    graph.add("out", "MemorySink")
+    graph.connect("wrist.x", "out.x")
+    with graph.start(feeds={"wrist": {"x": 1}}) as run:
+        run.feed("wrist", table.iloc[:3])
+        run.feed("wrist", table.iloc[3:])
+        run.end_feed("wrist")
+        run.wait()
+        assert run.read("out").index.tolist() == [0.0, 0.01, 0.02, 0.03, 0.04, 0.05]

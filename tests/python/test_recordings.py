@@ -81,3 +81,26 @@ def test_progress_is_told_and_may_end_it(tmp_path):
     velmarind.read(tmp_path / "long.csv", progress=told.append)
     assert all({"rows", "bytes"} <= set(each) for each in told)
     velmarind.read(HAND, progress=True)
+
+
+def test_columns_may_be_patterns(tmp_path):
+    path = tmp_path / "a.csv"
+    path.write_text("t,ax,ay,gx,b\n0,1,2,3,4\n1,5,6,7,8\n")
+    assert velmarind.read(path, columns=["g*", "a?"], time="t").columns.tolist() == ["gx", "ax", "ay"]
+    with pytest.raises(velmarind.Error, match="'h\\*'"):
+        velmarind.read(path, columns=["h*"], time="t")
+
+
+def test_a_row_without_numbers_comes_back(tmp_path):
+    x = np.array([[1.0, 2.0], [np.nan, np.nan], [3.0, np.nan]])
+    velmarind.write(tmp_path / "a.csv", x, fs=100)
+    assert np.array_equal(velmarind.read(tmp_path / "a.csv", missing=[""]).to_numpy(), x, equal_nan=True)
+
+
+def test_each_column_has_a_name_of_its_own(tmp_path):
+    frame = pd.DataFrame({"t": [1.0, 2.0]}, index=pd.Index([0.0, 0.01], name="t"))
+    velmarind.write(tmp_path / "a.csv", frame)
+    back = velmarind.read(tmp_path / "a.csv", time="t_")
+    assert back["t"].tolist() == [1.0, 2.0] and back.index.tolist() == [0.0, 0.01]
+    with pytest.raises(velmarind.Error, match="two columns"):
+        velmarind.write(tmp_path / "b.csv", np.eye(2), fs=100, columns=["x", "x"])
