@@ -159,7 +159,19 @@ void FolderRun::begin() {
     status.began = timeText();
     start = std::chrono::steady_clock::now();
     status.host = hostName();
-    folder.begin();
+}
+
+void FolderRun::takeFolder(const Job& job) {
+    look(job);
+    clear();
+}
+
+void FolderRun::clear() {
+    std::vector<std::string> read{status.recording};
+    for (const RunStatus::Input& input : status.inputs)
+        read.push_back(input.path);
+    folder.begin(read);
+    isTaken = true;
 }
 
 void FolderRun::look(const Job& job) {
@@ -203,6 +215,9 @@ void FolderRun::take(const std::exception& refusal) {
 }
 
 ExitCode FolderRun::end(ExitCode code, const std::vector<std::string>& files) {
+    const bool isInBatch = !arguments.graphHash.empty();
+    if (!isTaken && !isInBatch && folder.findStatus()) return code;
+    if (!isTaken) clear();
     status.state = code == kDone   ? RunStatus::kDone
                    : isInterrupted ? RunStatus::kInterrupted
                                    : RunStatus::kFailed;

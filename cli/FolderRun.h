@@ -33,21 +33,26 @@ public:
     /// was no reason to run.
     void keep();
 
-    /// From now on the folder is that of a run which hasn't ended.
+    /// Time and memory count from here.
     void begin();
-    /// What is to be known before the run. Raises `RecordingException` where somebody has changed the graph
-    /// meanwhile. Requires: the recordings are open.
-    void look(const Quillmere::Host::Job& job);
+    /// What is to be known before the run; then the folder is that of a run which hasn't ended. Raises
+    /// `RecordingException` where somebody has changed the graph meanwhile. Requires: the recordings are open,
+    /// and all that a run can be refused for has been looked at.
+    void takeFolder(const Quillmere::Host::Job& job);
     /// What has come of it: the end of the run, or what it was refused for.
     void take(const Quillmere::Host::RunOutcome& outcome);
     void take(const std::exception& refusal);
     /// Writes the status; `files` are what the run has made beside the sinks' results. Gives back `code`, or
-    /// that of a failure, with a message, where it can't be written.
+    /// that of a failure, with a message, where it can't be written. A refusal, as of a slip in an option,
+    /// leaves what an earlier run has made as it is; not so in a batch, whose call is right, so that it is the
+    /// recording which gives no result any more.
     ExitCode end(ExitCode code, const std::vector<std::string>& files);
     bool getIsInterrupted() const { return isInterrupted; }
 
 private:
     void takeNotes();
+    void look(const Quillmere::Host::Job& job);
+    void clear();
     void checkGraph(const std::string& hash) const;
 
     const FolderArguments& arguments;
@@ -56,6 +61,7 @@ private:
     std::vector<Quillmere::Host::GraphChanges::File> outputs;
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
     bool isInterrupted = false;
+    bool isTaken = false; ///< What an earlier run has made is gone.
 };
 
 } // namespace Cli

@@ -254,8 +254,8 @@ ExitCode RunCommand::runGraph(BlockCatalogue catalogue, FolderRun* record) {
         return kFailedMidway;
     }
     if (!picture.empty()) keepFromPicture(kPictureOption, picture, job);
-    if (record != nullptr) record->look(job);
     printDoubts(job.check(mode));
+    if (record != nullptr) record->takeFolder(job);
     try {
         return runAndTell(std::move(job), start, record, signals.getToken());
     } catch (const std::bad_alloc&) {

@@ -10,6 +10,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -78,13 +79,16 @@ std::optional<RunStatus> ResultFolder::findStatus() const {
     return readStatus(path + "/" + RunStatus::kFileName);
 }
 
-void ResultFolder::begin() const {
+void ResultFolder::begin(const std::vector<std::string>& read) const {
     std::error_code error; // of what isn't there
     if (const auto before = findStatus())
         for (const RunStatus::Result& result : before->results) {
-            const auto facts = factsOf(path + "/" + result.path);
+            const std::string file = path + "/" + result.path;
+            const auto isRead = [&](const std::string& one) { return fs::equivalent(one, file, error); };
+            const auto facts = factsOf(file);
             const bool isHere = fs::path(result.path).filename() == result.path;
-            if (isHere && facts && facts->bytes == result.bytes) fs::remove(path + "/" + result.path, error);
+            if (!isHere || !facts || facts->bytes != result.bytes) continue;
+            if (std::none_of(read.begin(), read.end(), isRead)) fs::remove(file, error);
         }
     fs::remove(path + "/" + RunStatus::kFileName, error);
 }

@@ -28,8 +28,8 @@ public:
     /// Nothing for a folder in which no run has come to its end.
     std::optional<RunStatus> findStatus() const;
     /// Takes away what an earlier run has made, as long as nobody has changed it since, and then its status:
-    /// a run that fails leaves no results of other settings.
-    void begin() const;
+    /// a run that fails leaves no results of other settings. What the run is to read stays.
+    void begin(const std::vector<std::string>& read) const;
     /// What a run has written here: `file` is a name in the folder.
     void addResult(RunStatus& status, const std::string& sink, const std::string& file) const;
 

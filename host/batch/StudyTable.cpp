@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <utility>
 
 namespace Quillmere::Host {
 
@@ -67,8 +68,38 @@ std::string inQuotes(const std::string& text) {
     return words;
 }
 
-bool getIsOpen(const std::string& line) {
-    return std::count(line.begin(), line.end(), '"') % 2 != 0;
+struct Cells {
+    std::vector<std::string> texts{std::string()};
+    bool isOpen = false; ///< The last one's quote isn't closed.
+};
+
+/// A quote opens at a cell's begin only: elsewhere it is a letter, as for inches.
+Cells cellsOf(std::string_view line, char separator) {
+    Cells cells;
+    bool isAtBegin = true;
+    for (std::size_t at = 0; at < line.size(); ++at) {
+        const char letter = line[at];
+        const bool isQuote = letter == '"';
+        if (isQuote && cells.isOpen && at + 1 < line.size() && line[at + 1] == '"') {
+            cells.texts.back() += line[++at];
+        } else if (isQuote && (cells.isOpen || isAtBegin)) {
+            cells.isOpen = !cells.isOpen;
+            isAtBegin = false;
+        } else if (letter == separator && !cells.isOpen) {
+            cells.texts.emplace_back();
+            isAtBegin = true;
+        } else {
+            cells.texts.back() += letter;
+            isAtBegin = isAtBegin && letter == ' ';
+        }
+    }
+    return cells;
+}
+
+/// Bytes beyond ASCII are parts of letters.
+bool getIsWord(char letter) {
+    const auto byte = static_cast<unsigned char>(letter);
+    return byte >= 0x80 || std::isalnum(byte) != 0;
 }
 
 std::string withoutEndings(const std::string& name) {
@@ -80,20 +111,7 @@ std::string withoutEndings(const std::string& name) {
 } // namespace
 
 std::vector<std::string> tableCells(std::string_view line, char separator) {
-    std::vector<std::string> cells(1);
-    bool isQuoted = false;
-    for (std::size_t at = 0; at < line.size(); ++at) {
-        const char letter = line[at];
-        if (letter == '"' && isQuoted && at + 1 < line.size() && line[at + 1] == '"')
-            cells.back() += line[++at];
-        else if (letter == '"')
-            isQuoted = !isQuoted;
-        else if (letter == separator && !isQuoted)
-            cells.emplace_back();
-        else
-            cells.back() += letter;
-    }
-    return cells;
+    return std::move(cellsOf(line, separator).texts);
 }
 
 std::string tableCell(const std::string& text) {
@@ -114,12 +132,14 @@ StudyTable::StudyTable(const std::string& path, Complaints& complaints) : file(p
     std::string line;
     for (int number = 1; std::getline(stream, line); ++number) {
         const int first = number;
-        // A cell between quotes may go over several lines.
-        for (std::string next; getIsOpen(line) && std::getline(stream, next); ++number)
-            line += "\n" + next;
-        if (getIsOpen(line)) complaints.add({path, first, 1}, "a quote that isn't closed", "another one");
-        if (line.ends_with('\r')) line.pop_back();
         if (first == 1 && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
+        if (first == 1) separator = separatorOf(line);
+        // A cell between quotes may go over several lines.
+        for (std::string next; cellsOf(line, separator).isOpen && std::getline(stream, next); ++number)
+            line += "\n" + next;
+        if (cellsOf(line, separator).isOpen)
+            complaints.add({path, first, 1}, "a quote that isn't closed", "another one");
+        if (line.ends_with('\r')) line.pop_back();
         if (first == 1 && !takeHeader(line, complaints)) return;
         if (first > 1 && !line.empty()) takeRow(line, first, complaints);
     }
@@ -128,7 +148,6 @@ StudyTable::StudyTable(const std::string& path, Complaints& complaints) : file(p
 }
 
 bool StudyTable::takeHeader(const std::string& line, Complaints& complaints) {
-    separator = separatorOf(line);
     std::vector<std::string> names = tableCells(line, separator);
     std::transform(names.begin(), names.end(), names.begin(), columnOf);
     const auto isName = [](const std::string& name) {
@@ -193,8 +212,7 @@ std::vector<std::string> StudyTable::namesOf(const std::string& path, const std:
         names.push_back(folder.string());
     const std::string stem = whole.filename().string();
     for (std::size_t i = 1; i <= stem.size(); ++i)
-        if (i == stem.size() || std::isalnum(static_cast<unsigned char>(stem[i])) == 0)
-            names.push_back(stem.substr(0, i));
+        if (i == stem.size() || !getIsWord(stem[i])) names.push_back(stem.substr(0, i));
     return names;
 }
 

@@ -29,12 +29,12 @@ Feed::~Feed() {
     ::close(event);
 }
 
-double Feed::stampOf(std::size_t index, const double* given_times, std::optional<double> first) const {
-    if (given_times != nullptr) return given_times[index];
-    if (rate) {
-        const double steps = static_cast<double>((first ? 0 : given) + index);
-        return first.value_or(0.0) + steps / *rate;
+double Feed::nextStamp(const double* stated, std::optional<double> first) {
+    if (stated != nullptr) {
+        counted = {.from = *stated, .rows = 1};
+        return *stated;
     }
+    if (rate) return counted.from + static_cast<double>(counted.rows++) / *rate;
     if (first) return *first;
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
@@ -42,10 +42,10 @@ double Feed::stampOf(std::size_t index, const double* given_times, std::optional
 bool Feed::give(const double* from, std::size_t count, const double* rowTimes, std::optional<double> first) {
     const std::lock_guard lock(state);
     if (hasEnded) return false;
+    if (first) counted = {.from = *first, .rows = 0};
     for (std::size_t i = 0; i < count; ++i)
-        times.push_back(stampOf(i, rowTimes, first));
+        times.push_back(nextStamp(rowTimes == nullptr ? nullptr : rowTimes + i, first));
     values.insert(values.end(), from, from + count * columns);
-    given += count;
     if (count > 0) (void)::eventfd_write(event, 1);
     return true;
 }

@@ -55,7 +55,13 @@ public:
     std::optional<Row> take(const std::stop_token& stop);
 
 private:
-    double stampOf(std::size_t index, const double* times, std::optional<double> first) const;
+    /// Rows since a time that somebody has stated.
+    struct Counted {
+        double from = 0.0;
+        std::uint64_t rows = 0;
+    };
+
+    double nextStamp(const double* stated, std::optional<double> first);
     void clearEvent() const;
 
     const std::vector<Pin> pins;
@@ -67,7 +73,7 @@ private:
     std::deque<double> times;
     std::deque<double> values;
     std::vector<double> current;
-    std::uint64_t given = 0;
+    Counted counted;
     bool hasEnded = false;
     bool isDone = false; ///< The end has been taken.
 };

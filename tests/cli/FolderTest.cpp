@@ -63,6 +63,30 @@ TEST_F(FolderOption, SoIsARefusal) {
     EXPECT_FALSE(folder.has("r/out.csv"));
 }
 
+TEST_F(FolderOption, ARefusalLeavesEarlierResultsAsTheyAre) {
+    ASSERT_EQ(call({"run", "g.yaml", "--folder", "r"}).exitCode, 0);
+    const std::string result = folder.read("r/out.csv");
+    const std::string before = folder.read("r/status.json");
+    EXPECT_EQ(call({"run", "g.yaml", "--folder", "r", "--set", "gain.Gian=1"}).exitCode, 2);
+    EXPECT_EQ(call({"run", "g.yaml", "--folder", "r", "--input", "in=inn.csv"}).exitCode, 2);
+    EXPECT_EQ(folder.read("r/out.csv"), result);
+    EXPECT_EQ(folder.read("r/status.json"), before);
+}
+
+TEST_F(FolderOption, WhatTheRunReadsStays) {
+    ASSERT_EQ(call({"run", "g.yaml", "--folder", "r"}).exitCode, 0);
+    const std::string result = folder.read("r/out.csv");
+    std::string graph(Support::kGainGraph);
+    graph.replace(graph.find("out.csv"), 7, "next.csv");
+    graph.replace(graph.find("[x]"), 3, "['x[0]']");
+    folder.write("next.yaml", graph);
+    const Ended ended = call({"run", "next.yaml", "--folder", "r", "--input", "in=r/out.csv"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.err;
+    EXPECT_EQ(folder.read("r/out.csv"), result);
+    EXPECT_TRUE(folder.has("r/next.csv"));
+    EXPECT_EQ(status()["recording"], "r/out.csv");
+}
+
 TEST_F(FolderOption, ResumesWhereSomethingHasChanged) {
     const auto again = [&](std::vector<std::string> more) {
         more.insert(more.begin(), {"run", "g.yaml", "--folder", "r", "--resume"});

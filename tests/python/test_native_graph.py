@@ -150,6 +150,18 @@ def test_rows_are_fed_to_a_live_run_and_taken_out():
     assert "takes no more" in str(refusal(lambda: run.feed("in", [[1.0, 1.0]])))
 
 
+def test_rows_without_times_follow_those_with_times():
+    run = fed()
+    run.feed("in", np.ones((2, 2)))
+    run.feed("in", np.ones((2, 2)), t=7.0)
+    run.feed("in", np.ones((1, 2)))
+    run.feed("in", np.ones((2, 2)), t=[20.0, 20.5])
+    run.feed("in", np.ones((2, 2)))
+    run.end_feed("in")
+    assert run.wait(20.0)
+    assert run.read("out")["time"].tolist() == [0.0, 0.1, 7.0, 7.1, 7.2, 20.0, 20.5, 20.6, 20.7]
+
+
 def test_what_was_fed_comes_out_before_a_run_is_stopped():
     run = fed()
     run.feed("in", np.ones((5000, 2)))

@@ -116,7 +116,7 @@ TEST_F(BatchRunTest, AStopLetsNoOtherBegin) {
     stop = std::stop_source();
     batch.emplace(plan,
                   BatchOptions{.worker = {"/bin/sh", "-c",
-                                          "read -r line; touch " + folder.path("has") + "; sleep 100 & wait"},
+                                          "read -r line; touch " + folder.path("has") + "; exec sleep 100"},
                                .jobs = 1});
     batch->run(stop.get_token(), [&](const BatchProgress&) {
         if (folder.has("has")) stop.request_stop();

@@ -155,7 +155,7 @@ TEST_F(RunStatusTest, BeginningTakesAwayWhatAnEarlierRunHasMade) {
     const auto facts = [&](const std::string& text) {
         folder.write("r/out.csv", text);
         const ResultFolder results(folder.path("r"));
-        results.begin();
+        results.begin({});
         EXPECT_FALSE(folder.has("r/status.json"));
         return folder.has("r/out.csv");
     };

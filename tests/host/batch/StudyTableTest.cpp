@@ -55,6 +55,22 @@ TEST_F(StudyTableTest, RowsAreFoundById) {
     EXPECT_EQ(complaint(), "");
 }
 
+TEST_F(StudyTableTest, AQuoteInACellIsALetter) {
+    EXPECT_EQ(tableCells("5\",\"6\"7\",8", ','), (Strings{"5\"", "67\"", "8"}));
+    const StudyTable table = read("\xEF\xBB\xBF\"id\",height,age\np03,5\",8\np04,6\",9\n");
+    EXPECT_EQ(complaint(), "");
+    EXPECT_EQ(table.getCells(0), (Strings{"5\"", "8"}));
+    EXPECT_EQ(table.getCells(1), (Strings{"6\"", "9"}));
+}
+
+TEST_F(StudyTableTest, LettersBeyondAsciiEndNoName) {
+    const StudyTable table = read("id,age\nJ,1\nJ\xC3\xB6rg,2\n");
+    EXPECT_EQ(rowOf(table, "J\xC3\xB6rg-left.csv"), "J\xC3\xB6rg");
+    EXPECT_EQ(rowOf(table, "J\xC3\xBCrgen.csv"), "");
+    EXPECT_EQ(rowOf(table, "J_1.csv"), "J");
+    EXPECT_EQ(complaint(), "");
+}
+
 TEST_F(StudyTableTest, RowsAreFoundByPath) {
     const StudyTable table = read("age;path\n1;a/x.csv\n2;./study/b/x.csv\n3;c/x\n");
     EXPECT_EQ(rowOf(table, "a/x.csv"), "a/x.csv");
