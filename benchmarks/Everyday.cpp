@@ -16,6 +16,7 @@
 #include <deque>
 #include <functional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 // The everyday blocks, from samples sent to samples received, against loops that do the same arithmetic on
@@ -23,7 +24,8 @@
 //
 // What works on each row by itself gets frames of 64 rows, so that the arithmetic is what is measured; a
 // link and a few settings cost some nanoseconds a sample beside it, which the rows "of one row" show. What
-// remembers gets single rows.
+// remembers gets single rows. "Rows at once" are those of a recording, one row a step, that somebody has as
+// an array.
 
 namespace {
 
@@ -31,6 +33,7 @@ constexpr double kGoal = 1.3;
 constexpr double kNoGoal = 0.0;
 constexpr Eigen::Index kColumns[] = {3, 64};
 constexpr Eigen::Index kRows = 64;
+constexpr Eigen::Index kRecording = 1000;
 constexpr int kWindow = 100;
 
 MatrixXd input(Eigen::Index rows, Eigen::Index columns) {
@@ -84,6 +87,41 @@ void ours(benchmark::State& state, const MatrixXd& x, const std::vector<std::str
     }
 }
 
+struct Entry {
+    std::string name;
+    std::vector<std::string> pins = {"in"};
+    Setup setup = [](Filter&) {};
+};
+
+/// The rows of `x` as a recording in memory, behind a first one that goes as a sample.
+template <class Block>
+void oursAtOnce(benchmark::State& state, MatrixXd x, const Entry& entry) {
+    Block block("block");
+    entry.setup(block);
+    OutputPin<MatrixXd> sender("sender", nullptr);
+    sender.attach(block.getInputPin(entry.pins.front()), false);
+    copySample(sender.data.value, x.row(0));
+    sender.send(0.0);
+    block.process();
+    const Eigen::Index width = block.getRowWidth(x.cols());
+    if (width == RowStepper::kOneByOne) return state.SkipWithError("the block takes no rows");
+    MatrixXd results(x.rows(), width);
+    int step = 0;
+    for (auto _ : state) {
+        x(0) = valueOf(step++);
+        for (Eigen::Index row = 0; row < x.rows();) {
+            const Eigen::Index count =
+                std::min(x.rows() - row, static_cast<Eigen::Index>(RowStepper::kMostRows));
+            benchmark::DoNotOptimize(block.getRowWidth(x.cols()));
+            block.stepRows(x.data() + row * x.cols(), results.data() + row * width,
+                           static_cast<std::size_t>(count), x.cols());
+            row += count;
+        }
+        benchmark::DoNotOptimize(results.data());
+        benchmark::ClobberMemory();
+    }
+}
+
 /// Calls `work(x, step)` for each sample; it returns where its result is.
 template <class Work>
 void bare(benchmark::State& state, MatrixXd x, Work work) {
@@ -97,12 +135,6 @@ void bare(benchmark::State& state, MatrixXd x, Work work) {
     }
 }
 
-struct Entry {
-    std::string name;
-    std::vector<std::string> pins = {"in"};
-    Setup setup = [](Filter&) {};
-};
-
 template <class Block, class MakeWork>
 void enterOne(const Entry& entry, const std::string& what, const MatrixXd& x, double goal,
               MakeWork makeWork) {
@@ -112,6 +144,17 @@ void enterOne(const Entry& entry, const std::string& what, const MatrixXd& x, do
                   .goal = goal});
 }
 
+/// As many rows of a recording as several calls take.
+template <class Block, class MakeWork>
+void enterAtOnce(const Entry& entry, Eigen::Index columns, MakeWork makeWork) {
+    const MatrixXd x = input(kRecording, columns);
+    Bench::enter({.name = entry.name + ", " + std::to_string(kRecording) + " rows of " +
+                          std::to_string(columns) + " columns at once",
+                  .bare = [=](benchmark::State& state) { bare(state, x, makeWork(x)); },
+                  .ours = [=](benchmark::State& state) { oursAtOnce<Block>(state, x, entry); },
+                  .goal = kGoal});
+}
+
 /// Of a block that works on each row by itself.
 template <class Block, class MakeWork>
 void enterRows(const Entry& entry, MakeWork makeWork) {
@@ -119,6 +162,7 @@ void enterRows(const Entry& entry, MakeWork makeWork) {
         const std::string by = std::to_string(columns) + " columns";
         enterOne<Block>(entry, "64 rows of " + by, input(kRows, columns), kGoal, makeWork);
         enterOne<Block>(entry, "one row of " + by, input(1, columns), kNoGoal, makeWork);
+        if constexpr (std::is_base_of_v<RowStepper, Block>) enterAtOnce<Block>(entry, columns, makeWork);
     }
 }
 
@@ -175,6 +219,7 @@ void enterAffine() {
         const std::string by = std::to_string(columns) + " columns";
         enterOne<Affine>(entry, "64 rows of " + by, input(kRows, columns), kGoal, makeWork);
         enterOne<Affine>(entry, "one row of " + by, input(1, columns), kNoGoal, makeWork);
+        enterAtOnce<Affine>(entry, columns, makeWork);
     }
 }
 
@@ -278,6 +323,18 @@ struct BareMedian {
 };
 
 void enterMoving() {
+    const auto makeRows = [](const MatrixXd& shape) {
+        return [mean = BareMean(shape), row = MatrixXd(1, shape.cols()), y = shape,
+                step = 0](const MatrixXd& x, int) mutable {
+            for (Eigen::Index r = 0; r < x.rows(); ++r, ++step) {
+                std::copy_n(x.data() + r * x.cols(), x.cols(), row.data());
+                std::copy_n(mean(row, step), x.cols(), y.data() + r * x.cols());
+            }
+            return y.data();
+        };
+    };
+    for (const Eigen::Index columns : kColumns)
+        enterAtOnce<MovingStatistics>({.name = "moving mean of 100"}, columns, makeRows);
     enterSteps<MovingStatistics>({.name = "moving mean of 100"}, kGoal,
                                  [](const MatrixXd& shape) { return BareMean(shape); });
     enterSteps<MovingStatistics>(

@@ -15,6 +15,7 @@ using Quillmere::Core::MatrixXd;
 using Quillmere::Core::OutputPin;
 using Quillmere::Core::RangeProperty;
 using Quillmere::Core::resizeSample;
+using Quillmere::Core::RowStepper;
 using Quillmere::Core::ValueProperty;
 
 /// Whether a control sample asks for what its pin stands for: any first value but 0.0, not-a-number included;

@@ -46,6 +46,17 @@ void FilterBandPass::process() {
     out.send(in.getTimeStamp());
 }
 
+Eigen::Index FilterBandPass::getRowWidth(Eigen::Index columns) {
+    const Eigen::Index width = innerHighPass.getRowWidth(columns);
+    return width == kOneByOne ? kOneByOne : innerLowPass.getRowWidth(width);
+}
+
+void FilterBandPass::stepRows(const double* rows, double* results, std::size_t count, Eigen::Index columns) {
+    innerHighPass.stepRows(rows, results, count, columns);
+    // A cascade may write over what it reads.
+    innerLowPass.stepRows(results, results, count, columns);
+}
+
 void FilterBandPass::forwardSettings() {
     write(innerHighPass, "RelativeCutOffFreq", lowEdge.getValue());
     write(innerLowPass, "RelativeCutOffFreq", highEdge.getValue());

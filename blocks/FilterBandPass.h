@@ -11,7 +11,7 @@
 ///
 /// All state lies in the two; a setting restarts those that it changes. Kept as is: until one of the three
 /// settings is first written with a new value, both run on their own defaults, order 1 and 0.05.
-class FilterBandPass final : public Filter {
+class FilterBandPass final : public Filter, public RowStepper {
 public:
     static constexpr const char* kTypeName = "FilterBandPass";
 
@@ -20,6 +20,8 @@ public:
 
     void process() override;
     const char* getTypeName() const override { return kTypeName; }
+    Eigen::Index getRowWidth(Eigen::Index columns) override;
+    void stepRows(const double* rows, double* results, std::size_t count, Eigen::Index columns) override;
 
 private:
     OutputPin<MatrixXd> out;

@@ -30,6 +30,15 @@ void FilterButterworth::process() {
     out.send(in.getTimeStamp());
 }
 
+Eigen::Index FilterButterworth::getRowWidth(Eigen::Index columns) {
+    const bool isSteady = !designRequested && computer.getIsUnderWay(columns) && !reset.hasData();
+    return isSteady ? columns : kOneByOne;
+}
+
+void FilterButterworth::stepRows(const double* rows, double* results, std::size_t count, Eigen::Index) {
+    computer.stepRows(rows, results, static_cast<std::ptrdiff_t>(count));
+}
+
 void FilterButterworth::redesign() {
     const int wantedOrder = order.getValue();
     computer.setParameters(relativeCutOff.getValue(), wantedOrder);

@@ -12,7 +12,7 @@
 /// State: the recursion of each element, which starts in the steady state of its first sample; a change of
 /// any setting, "Init", a first value other than 0.0 on "reset" and another shape forget it. Kept as is:
 /// "HiPass" is no design of its own, "Order" 0 is a bypass in both modes.
-class FilterButterworth final : public Filter {
+class FilterButterworth final : public Filter, public RowStepper {
 public:
     static constexpr const char* kTypeName = "FilterButterworth";
 
@@ -23,6 +23,8 @@ public:
 
     void process() override;
     const char* getTypeName() const override { return kTypeName; }
+    Eigen::Index getRowWidth(Eigen::Index columns) override;
+    void stepRows(const double* rows, double* results, std::size_t count, Eigen::Index columns) override;
 
 private:
     OutputPin<MatrixXd> out;

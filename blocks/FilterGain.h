@@ -8,7 +8,7 @@
 ///     output = input * Gain
 ///
 /// No state.
-class FilterGain final : public Filter {
+class FilterGain final : public Filter, public RowStepper {
 public:
     static constexpr const char* kTypeName = "FilterGain";
 
@@ -17,6 +17,8 @@ public:
 
     void process() override;
     const char* getTypeName() const override { return kTypeName; }
+    Eigen::Index getRowWidth(Eigen::Index columns) override;
+    void stepRows(const double* rows, double* results, std::size_t count, Eigen::Index columns) override;
 
 private:
     InputPin<MatrixXd> input;

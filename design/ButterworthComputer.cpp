@@ -3,6 +3,7 @@
 
 #include "design/ButterworthSections.h"
 
+#include <algorithm>
 #include <cstddef>
 
 using Quillmere::Core::MatrixXd;
@@ -31,6 +32,15 @@ void ButterworthComputer::step(const MatrixXd& input) {
     run(input);
 }
 
+void ButterworthComputer::stepRows(const double* rows, double* results, std::ptrdiff_t count) {
+    samplesSinceInit =
+        static_cast<int>(std::min<std::ptrdiff_t>(samplesSinceInitLimit, samplesSinceInit + count));
+    const Eigen::Index columns = filtered.size();
+    stepCascadeRows(coefficients.data(), states.data(), {numSections, highPass}, rows, results, columns,
+                    count);
+    std::copy_n(results + (count - 1) * columns, columns, filtered.data());
+}
+
 void ButterworthComputer::bypass(const MatrixXd& input) {
     samplesSinceInit = samplesSinceInitLimit = 1;
     copySample(filtered, input);
@@ -52,8 +62,9 @@ void ButterworthComputer::initialise(const MatrixXd& input) {
     numSections = designButterworthSections(coefficients, cutOff, order);
     const Eigen::Index octets = (input.size() + kOctetLanes - 1) / kOctetLanes;
     states.assign(static_cast<std::size_t>(2 * octets * numSections), {});
-    stepCascade =
-        cascadeKernels(input.size()).cascades[numSections <= CascadeKernels::kUnrolled ? numSections : 0];
+    const int unrolled = numSections <= CascadeKernels::kUnrolled ? numSections : 0;
+    stepCascade = cascadeKernels(input.size()).cascades[unrolled];
+    stepCascadeRows = cascadeKernelsOfRows().cascadesOfRows[unrolled];
     samplesSinceInit = 0;
     samplesSinceInitLimit = numSections;
     for (Eigen::Index element = 0; element < input.size(); ++element)

@@ -4,6 +4,7 @@
 #include "design/CascadeKernels.h"
 #include "framework/transport/MatrixXd.h"
 
+#include <cstddef>
 #include <vector>
 
 /// Smooths a time series of matrices, each element on its own, with a Butterworth low-pass of any order.
@@ -40,6 +41,16 @@ public:
     /// Filters one sample. Allocates only where it starts anew.
     void step(const MatrixXd& input);
 
+    /// Whether a step with one row of so many columns would neither start anew nor be a bypass.
+    bool getIsUnderWay(Eigen::Index columns) const {
+        return order > 0 && !needsInit && filtered.rows() == 1 && filtered.cols() == columns;
+    }
+
+    /// Filters many samples of one row each, one behind the other, as that many steps do, and writes the
+    /// results behind each other. Requires: `getIsUnderWay` of their columns, and 1 row at least. `results`
+    /// may be `rows` themselves.
+    void stepRows(const double* rows, double* results, std::ptrdiff_t count);
+
     /// The last result; valid until the next step.
     const MatrixXd& output() const { return filtered; }
 
@@ -63,5 +74,6 @@ private:
     bool highPass = false;
     int samplesSinceInit = 0; ///< Stops at the limit. Nothing reads the two; they are part of the state.
     int samplesSinceInitLimit = 0;
-    Design::StepCascade stepCascade = nullptr; ///< For `numSections`; set by a start.
+    Design::StepCascade stepCascade = nullptr; ///< For `numSections`; set by a start, as the next.
+    Design::StepCascadeRows stepCascadeRows = nullptr;
 };

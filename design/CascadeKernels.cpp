@@ -5,10 +5,13 @@
 
 namespace Design {
 
-const CascadeKernels& cascadeKernels([[maybe_unused]] std::ptrdiff_t elements) {
+const CascadeKernels& cascadeKernels(std::ptrdiff_t elements) {
+    return elements >= kOctetLanes ? cascadeKernelsOfRows() : Plain::kCascadeKernels;
+}
+
+const CascadeKernels& cascadeKernelsOfRows() {
 #ifdef __x86_64__
-    if (elements >= kOctetLanes && Processor::kernels() == Processor::Kernels::Avx2)
-        return Avx2::kCascadeKernels;
+    if (Processor::kernels() == Processor::Kernels::Avx2) return Avx2::kCascadeKernels;
 #endif
     return Plain::kCascadeKernels;
 }

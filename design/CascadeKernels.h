@@ -25,6 +25,11 @@ struct CascadeShape {
 using StepCascade = void (*)(const double* coefficients, Octet* states, CascadeShape shape, const double* in,
                              double* out, std::ptrdiff_t count);
 
+/// The same for many samples, `rows` of them one behind the other: each element's values stay in registers
+/// from one to the next. Requires: the number of sections for which it was chosen.
+using StepCascadeRows = void (*)(const double* coefficients, Octet* states, CascadeShape shape,
+                                 const double* in, double* out, std::ptrdiff_t count, std::ptrdiff_t rows);
+
 /// What of a section of `ButterworthComputer_v2` is written: nothing, y1, or u - y1.
 enum class Heard { Not, Result, Complement };
 
@@ -38,7 +43,8 @@ struct CascadeKernels {
 
     /// By number of sections, for which the compiler unrolls; 0 stands for any number.
     StepCascade cascades[kUnrolled + 1];
-    StepMoving moving[3]; ///< By `Heard`.
+    StepCascadeRows cascadesOfRows[kUnrolled + 1]; ///< Likewise.
+    StepMoving moving[3];                          ///< By `Heard`.
 };
 
 namespace Plain {
@@ -51,5 +57,7 @@ extern const CascadeKernels kCascadeKernels;
 /// Those of the kernels in force for samples of so many elements; fewer than eight don't fill a wide
 /// register. [any]
 const CascadeKernels& cascadeKernels(std::ptrdiff_t elements);
+/// Those of the kernels in force for many samples at once, of however many elements. [any]
+const CascadeKernels& cascadeKernelsOfRows();
 
 } // namespace Design

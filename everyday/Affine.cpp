@@ -46,11 +46,19 @@ void Affine::process() {
         copySample(result, sample);
         return out.send(in.getTimeStamp());
     }
-    const Eigen::Index results = hasMatrix ? height : columns;
-    resizeSample(result, sample.rows(), results);
-    for (Eigen::Index r = 0; r < sample.rows(); ++r)
-        transform(sample.data() + r * columns, result.data() + r * results);
+    resizeSample(result, sample.rows(), hasMatrix ? height : columns);
+    transformRows(sample.data(), result.data(), sample.rows());
     out.send(in.getTimeStamp());
+}
+
+Eigen::Index Affine::getRowWidth(Eigen::Index columns) {
+    if (hasChanged) readSettings();
+    if (width != columns) return kOneByOne; // passed on as it is, or dropped
+    return hasMatrix ? height : columns;
+}
+
+void Affine::stepRows(const double* rows, double* results, std::size_t count, Eigen::Index) {
+    transformRows(rows, results, static_cast<Eigen::Index>(count));
 }
 
 void Affine::readSettings() {
@@ -66,6 +74,12 @@ void Affine::readSettings() {
             *next++ = given(row, column);
     summands.assign(added.data(), added.data() + added.size());
     hasChanged = false;
+}
+
+void Affine::transformRows(const double* row, double* to, Eigen::Index rows) const {
+    const Eigen::Index results = hasMatrix ? height : width;
+    for (Eigen::Index r = 0; r < rows; ++r, row += width, to += results)
+        transform(row, to);
 }
 
 /// Order matters: each sum takes its products from left to right, whichever sum grows first.

@@ -13,7 +13,7 @@
 /// "Matrix" leaves the row as it is and reckons with no product; an empty "Offset" adds nothing. A sample
 /// whose columns aren't as many as the matrix has, or, without one, as the offset has numbers, is dropped.
 /// Nothing is remembered.
-class Affine final : public Filter {
+class Affine final : public Filter, public RowStepper {
 public:
     static constexpr const char* kTypeName = "Affine";
 
@@ -22,6 +22,8 @@ public:
 
     void process() override;
     const char* getTypeName() const override { return kTypeName; }
+    Eigen::Index getRowWidth(Eigen::Index columns) override;
+    void stepRows(const double* rows, double* results, std::size_t count, Eigen::Index columns) override;
 
 private:
     InputPin<MatrixXd> in;
@@ -30,6 +32,7 @@ private:
     ValueProperty<MatrixXd> offset;
 
     void readSettings();
+    void transformRows(const double* row, double* to, Eigen::Index rows) const;
     void transform(const double* row, double* to) const;
 
     void checkMatrix(const MatrixXd& value);

@@ -40,14 +40,22 @@ void Columns::process() {
         copySample(picked, sample);
         return out.send(in.getTimeStamp());
     }
-    const std::size_t count = columns.size();
-    resizeSample(picked, sample.rows(), static_cast<Eigen::Index>(count));
-    const double* from = sample.data();
-    double* to = picked.data();
-    for (Eigen::Index row = 0; row < sample.rows(); ++row, from += sample.cols(), to += count)
-        for (std::size_t i = 0; i < count; ++i)
-            to[i] = from[columns[i]];
+    resizeSample(picked, sample.rows(), static_cast<Eigen::Index>(columns.size()));
+    stepRows(sample.data(), picked.data(), static_cast<std::size_t>(sample.rows()), sample.cols());
     out.send(in.getTimeStamp());
+}
+
+Eigen::Index Columns::getRowWidth(Eigen::Index width) {
+    if (hasChanged) readSettings();
+    if (columns.empty() || width < needed) return kOneByOne; // passed on as it is, or dropped
+    return static_cast<Eigen::Index>(columns.size());
+}
+
+void Columns::stepRows(const double* rows, double* results, std::size_t count, Eigen::Index width) {
+    const std::size_t taken = columns.size();
+    for (std::size_t row = 0; row < count; ++row, rows += width, results += taken)
+        for (std::size_t i = 0; i < taken; ++i)
+            results[i] = rows[columns[i]];
 }
 
 void Columns::readSettings() {

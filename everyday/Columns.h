@@ -13,7 +13,7 @@
 /// whose rows are the first and the last column of a range, backwards where the first is the greater. Both
 /// empty, they leave the sample as it is. A sample that lacks one of the columns is dropped, since nothing could stand in its place. Any number of rows.
 /// Nothing is remembered.
-class Columns final : public Filter {
+class Columns final : public Filter, public RowStepper {
 public:
     static constexpr const char* kTypeName = "Columns";
 
@@ -22,6 +22,8 @@ public:
 
     void process() override;
     const char* getTypeName() const override { return kTypeName; }
+    Eigen::Index getRowWidth(Eigen::Index width) override;
+    void stepRows(const double* rows, double* results, std::size_t count, Eigen::Index width) override;
 
 private:
     InputPin<MatrixXd> in;

@@ -64,6 +64,7 @@ void Join::process() {
             line.clear();
         resetRequested = false;
     }
+    findParts();
     bool hasTaken = poll();
     while (hasTaken && finishRequested) // at last everything
         hasTaken = poll();
@@ -75,13 +76,21 @@ void Join::process() {
         firsts.pop();
 }
 
+/// Links change between steps only, so one look serves the whole step.
+void Join::findParts() {
+    parts = 0;
+    for (std::size_t i = 0; i < kMostOthers; ++i)
+        if (others[i]->isAttached()) connected[parts++] = i;
+}
+
 /// Takes a sample of each input that has one; false when none has.
 bool Join::poll() {
     bool hasTaken = false;
-    for (std::size_t i = 0; i < kMostOthers; ++i) {
-        if (!others[i]->isAttached() || !others[i]->hasData()) continue;
-        const MatrixXd& sample = others[i]->take();
-        lines[i].push(sample, others[i]->getTimeStamp(), kMostAhead);
+    for (std::size_t part = 0; part < parts; ++part) {
+        InputPin<MatrixXd>& other = *others[connected[part]];
+        if (!other.hasData()) continue;
+        const MatrixXd& sample = other.take();
+        lines[connected[part]].push(sample, other.getTimeStamp(), kMostAhead);
         hasTaken = true;
     }
     if (!in1.hasData()) return hasTaken;
@@ -95,10 +104,10 @@ bool Join::joinOldest(Mode by, double within, std::size_t most) {
     const double time = firsts.at(0).timeStamp;
     const bool isLate = firsts.size() > most;
     bool isWhole = true;
-    for (std::size_t i = 0; i < kMostOthers; ++i) {
-        if (!others[i]->isAttached()) continue;
+    for (std::size_t part = 0; part < parts; ++part) {
+        SampleLine& line = lines[connected[part]];
         const Answer answer =
-            by == Mode::Hold ? findHeld(lines[i], time, isLate) : findExact(lines[i], time, within, isLate);
+            by == Mode::Hold ? findHeld(line, time, isLate) : findExact(line, time, within, isLate);
         if (answer == Answer::NotYet) return false;
         isWhole = isWhole && answer == Answer::This;
     }
@@ -125,20 +134,19 @@ Join::Answer Join::findExact(SampleLine& line, double time, double within, bool 
 
 void Join::sendJoined(const MatrixXd& first, double time) {
     Eigen::Index columns = first.cols();
-    for (std::size_t i = 0; i < kMostOthers; ++i) {
-        if (!others[i]->isAttached()) continue;
-        const MatrixXd& other = lines[i].at(0).value;
+    for (std::size_t part = 0; part < parts; ++part) {
+        const MatrixXd& other = lines[connected[part]].at(0).value;
         if (other.rows() != first.rows()) return;
         columns += other.cols();
     }
     resizeSample(out.data.value, first.rows(), columns);
     double* to = out.data.value.data();
-    const auto put = [&](const MatrixXd& part) {
-        putRows(part, to, columns);
-        to += part.cols();
+    const auto put = [&](const MatrixXd& sample) {
+        putRows(sample, to, columns);
+        to += sample.cols();
     };
     put(first);
-    for (std::size_t i = 0; i < kMostOthers; ++i)
-        if (others[i]->isAttached()) put(lines[i].at(0).value);
+    for (std::size_t part = 0; part < parts; ++part)
+        put(lines[connected[part]].at(0).value);
     out.send(time);
 }

@@ -50,6 +50,7 @@ private:
     CommandProperty resetCommand;
     CommandProperty finishCommand;
 
+    void findParts();
     bool poll();
     bool joinOldest(Mode by, double within, std::size_t most);
     Answer findHeld(Everyday::SampleLine& line, double time, bool isLate);
@@ -61,6 +62,8 @@ private:
     const std::array<InputPin<MatrixXd>*, kMostOthers> others;
     Everyday::SampleLine firsts;
     std::array<Everyday::SampleLine, kMostOthers> lines;
+    std::array<std::size_t, kMostOthers> connected = {}; ///< which of `others` are, in this step
+    std::size_t parts = 0;                               ///< how many those are
     bool resetRequested = false;
     bool finishRequested = false;
 };

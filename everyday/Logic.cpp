@@ -8,6 +8,17 @@ bool isOn(double level) {
     return level > 0.0;
 }
 
+void invert(const double* from, double* to, Eigen::Index size) {
+    for (Eigen::Index i = 0; i < size; ++i)
+        to[i] = isOn(from[i]) ? 0.0 : 1.0;
+}
+
+/// Whether any level, or every one, is on.
+double sum(const double* levels, Eigen::Index size, bool isAny) {
+    const auto on = std::count_if(levels, levels + size, isOn);
+    return (isAny ? on > 0 : on == size) ? 1.0 : 0.0;
+}
+
 /// Writes `rule(a(i), b(i))` for each element; of one element in `b` the same for all.
 template <class Rule>
 void combineEach(const MatrixXd& a, const MatrixXd& b, double* to, Rule rule) {
@@ -51,15 +62,36 @@ void Logic::process() {
         break;
     case Operation::Not:
         resizeSample(out.data.value, sample.rows(), sample.cols());
-        for (Eigen::Index i = 0; i < sample.size(); ++i)
-            out.data.value.data()[i] = isOn(sample.data()[i]) ? 0.0 : 1.0;
+        invert(sample.data(), out.data.value.data(), sample.size());
         break;
     case Operation::Any:
     case Operation::All:
-        sum(sample, wanted == Operation::Any);
+        resizeSample(out.data.value, 1, 1);
+        out.data.value(0) = sum(sample.data(), sample.size(), wanted == Operation::Any);
         break;
     }
     out.send(a.getTimeStamp());
+}
+
+Eigen::Index Logic::getRowWidth(Eigen::Index columns) {
+    switch (static_cast<Operation>(operation.getValue())) {
+    case Operation::Not:
+        return b.hasData() ? kOneByOne : columns;
+    case Operation::Any:
+    case Operation::All:
+        return b.hasData() ? kOneByOne : 1;
+    case Operation::And:
+    case Operation::Or:
+        break;
+    }
+    return kOneByOne;
+}
+
+void Logic::stepRows(const double* rows, double* results, std::size_t count, Eigen::Index columns) {
+    const auto wanted = static_cast<Operation>(operation.getValue());
+    if (wanted == Operation::Not) return invert(rows, results, static_cast<Eigen::Index>(count) * columns);
+    for (std::size_t row = 0; row < count; ++row, rows += columns)
+        results[row] = sum(rows, columns, wanted == Operation::Any);
 }
 
 bool Logic::combine(const MatrixXd& sample, bool isAnd) {
@@ -73,10 +105,4 @@ bool Logic::combine(const MatrixXd& sample, bool isAnd) {
     else
         combineEach(sample, other, to, [](bool left, bool right) { return left | right; });
     return true;
-}
-
-void Logic::sum(const MatrixXd& sample, bool isAny) {
-    const auto on = std::count_if(sample.data(), sample.data() + sample.size(), isOn);
-    resizeSample(out.data.value, 1, 1);
-    out.data.value(0) = (isAny ? on > 0 : on == sample.size()) ? 1.0 : 0.0;
 }

@@ -14,7 +14,7 @@
 /// for all elements of "a". And and Or send nothing before "b" has come, and nothing while the two have
 /// other shapes. Of an empty sample no element is on and every one is; Any and All send 1 by 1, the others
 /// the shape of "a".
-class Logic final : public Filter {
+class Logic final : public Filter, public RowStepper {
 public:
     static constexpr const char* kTypeName = "Logic";
     enum class Operation { And, Or, Not, Any, All };
@@ -24,6 +24,8 @@ public:
 
     void process() override;
     const char* getTypeName() const override { return kTypeName; }
+    Eigen::Index getRowWidth(Eigen::Index columns) override;
+    void stepRows(const double* rows, double* results, std::size_t count, Eigen::Index columns) override;
 
 private:
     InputPin<MatrixXd> a;
@@ -32,7 +34,6 @@ private:
     EnumEnumProperty<Operation, std::string> operation;
 
     bool combine(const MatrixXd& sample, bool isAnd);
-    void sum(const MatrixXd& sample, bool isAny);
 
     MatrixXd other;        ///< what came last at "b"
     bool hasOther = false; ///< anything has

@@ -53,14 +53,34 @@ void MovingStatistics::process() {
     if (sample.size() == 0) return;
     MatrixXd& result = out.data.value; // what was sent last: it stays until the next sample
     if (isNew || sample.rows() != result.rows() || sample.cols() != result.cols()) begin(sample);
-    const bool isMedian = kindNow == Kind::Median;
-    if (isMedian)
-        sorted.take(sample.data(), result.data());
-    else
-        window.take(sample.data(), result.data());
-    if (waits && (isMedian ? sorted.getCount() : window.getCount()) < length) return;
+    take(sample.data(), result.data());
+    if (waits && getIsFilling()) return;
     out.send(in.getTimeStamp());
     if (scaled.isAttached()) sendScaled(sample, in.getTimeStamp());
+}
+
+Eigen::Index MovingStatistics::getRowWidth(Eigen::Index columns) {
+    const MatrixXd& result = out.data.value;
+    const bool isUnderWay = !isNew && result.rows() == 1 && result.cols() == columns;
+    if (!isUnderWay || !scaled.getInputs().empty()) return kOneByOne;
+    return onlyFull.getValue() && getIsFilling() ? kOneByOne : columns;
+}
+
+void MovingStatistics::stepRows(const double* rows, double* results, std::size_t count,
+                                Eigen::Index columns) {
+    for (std::size_t row = 0; row < count; ++row, rows += columns, results += columns)
+        take(rows, results);
+}
+
+inline void MovingStatistics::take(const double* sample, double* result) {
+    if (kindNow == Kind::Median)
+        sorted.take(sample, result);
+    else
+        window.take(sample, result);
+}
+
+inline bool MovingStatistics::getIsFilling() const {
+    return (kindNow == Kind::Median ? sorted.getCount() : window.getCount()) < length;
 }
 
 void MovingStatistics::sendScaled(const MatrixXd& sample, double time) {

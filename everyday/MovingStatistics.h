@@ -15,7 +15,7 @@
 /// samples. A not-a-number among the samples gives not-a-number until it has left. "Reset", another shape
 /// and another "Kind" or "Samples" start anew. `MovingWindow` tells how sums stay exact. An empty sample is
 /// dropped.
-class MovingStatistics final : public Filter {
+class MovingStatistics final : public Filter, public RowStepper {
 public:
     static constexpr const char* kTypeName = "MovingStatistics";
     enum class Kind { Mean, StandardDeviation, Rms, Minimum, Maximum, Median, Range };
@@ -25,6 +25,8 @@ public:
 
     void process() override;
     const char* getTypeName() const override { return kTypeName; }
+    Eigen::Index getRowWidth(Eigen::Index columns) override;
+    void stepRows(const double* rows, double* results, std::size_t count, Eigen::Index columns) override;
 
 private:
     InputPin<MatrixXd> in;
@@ -36,6 +38,8 @@ private:
     CommandProperty resetCommand;
 
     void begin(const MatrixXd& sample);
+    void take(const double* sample, double* result);
+    bool getIsFilling() const;
     void sendScaled(const MatrixXd& sample, double time);
     void startAnew() { isNew = true; }
 

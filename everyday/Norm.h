@@ -10,7 +10,7 @@
 /// The squares are added from left to right. "Columns" 0 takes the whole row for one vector; where the
 /// columns can't be divided by it, the last vector has those that are left. Any shape; a row without
 /// columns has no vector, so its result has no column. Nothing is remembered.
-class Norm final : public Filter {
+class Norm final : public Filter, public RowStepper {
 public:
     static constexpr const char* kTypeName = "Norm";
 
@@ -19,6 +19,8 @@ public:
 
     void process() override;
     const char* getTypeName() const override { return kTypeName; }
+    Eigen::Index getRowWidth(Eigen::Index width) override;
+    void stepRows(const double* rows, double* results, std::size_t count, Eigen::Index width) override;
 
 private:
     InputPin<MatrixXd> in;

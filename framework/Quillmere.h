@@ -12,3 +12,4 @@
 #include "framework/properties/ValueProperty.h"
 #include "framework/transport/InputPin.h"
 #include "framework/transport/OutputPin.h"
+#include "framework/transport/RowStepper.h"

@@ -3,6 +3,8 @@
 
 #include "design/ButterworthSections.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -37,6 +39,30 @@ public:
             Eigen::Map<Lanes> result(out);
             result = u;
         }
+    }
+
+    /// Many rows of up to `lanes` elements each, one behind the other, with the delayed values at hand.
+    /// Requires: one block; room for `lanes` behind the last element of either.
+    void run(const double* in, double* out, Eigen::Index rows, Eigen::Index columns) {
+        using namespace Design;
+        std::array<Lanes, 2 * kSections> s;
+        std::copy_n(states.begin(), s.size(), s.begin());
+        const double* const c = coefficients.data();
+        for (Eigen::Index row = 0; row < rows; ++row, in += columns, out += columns) {
+            Lanes u = Eigen::Map<const Lanes>(in);
+            for (int k = 0; k < kSections; ++k) {
+                const Lanes s1 = s[2 * k];
+                const Lanes s2 = s[2 * k + 1];
+                const Lanes w = u + c[kA1 * kSections + k] * s1 + c[kA2 * kSections + k] * s2;
+                u = (c[kB1 * kSections + k] * s1 + w + c[kB2 * kSections + k] * s2) *
+                    c[kGain * kSections + k];
+                s[2 * k + 1] = s1;
+                s[2 * k] = w;
+            }
+            Eigen::Map<Lanes> result(out);
+            result = u;
+        }
+        std::copy_n(s.begin(), s.size(), states.begin());
     }
 
 private:

@@ -8,6 +8,7 @@
 #include "host/text/CaughtText.h"
 #include "host/text/Complaint.h"
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <limits>
@@ -108,6 +109,7 @@ BlockEngine::BlockEngine(const BlockOrder& order) : graph(makeBlockGraph(order, 
         mainCollector = &collectors.emplace_back(info.mainOutput);
         block->getOutputPin(info.mainOutput).attach(*mainCollector, false);
     }
+    rowStepper = dynamic_cast<Quillmere::Core::RowStepper*>(block);
     const KnownType& known = getKnownType(order.description.type);
     needsClock = known.wallClockOutputs.front() != nullptr;
     for (const std::string& command : order.commands)
@@ -163,11 +165,34 @@ void BlockEngine::feed(const SampleRows& samples, const SampleTimes& times) {
     double* const to = sender.data.value.data();
     const Eigen::Index size = samples.rows * samples.columns;
     const double* from = samples.data;
-    drive(samples.count, times, [&](std::size_t) {
+    const auto step = [&](std::size_t) {
         Quillmere::Core::Private::copyElements(to, from, size);
         from += size;
         sender.send(now);
-    });
+    };
+    const bool mayTakeRows = rowStepper != nullptr && !needsClock && samples.count > 1 && samples.rows == 1 &&
+                             samples.columns > 0 && mainCollector != nullptr && mainCollector->isOn;
+    if (!mayTakeRows) return drive(samples.count, times, step);
+    for (std::size_t i = 0; i < samples.count;) {
+        const std::size_t stepped = stepRows(samples, times, i);
+        if (stepped == 0) drive(1, times.from(i), step);
+        i += std::max<std::size_t>(stepped, 1);
+        from = samples.data + i * static_cast<std::size_t>(size);
+    }
+}
+
+/// As many rows as the block takes at once, from the `first` on; 0 where the next has to go by itself.
+std::size_t BlockEngine::stepRows(const SampleRows& samples, const SampleTimes& times, std::size_t first) {
+    const Eigen::Index width = rowStepper->getRowWidth(samples.columns);
+    if (width == Quillmere::Core::RowStepper::kOneByOne) return 0;
+    const std::size_t count = std::min(samples.count - first, Quillmere::Core::RowStepper::kMostRows);
+    double* const results = mainCollector->samples.appendRows(count, width);
+    rowStepper->stepRows(samples.data + first * static_cast<std::size_t>(samples.columns), results, count,
+                         samples.columns);
+    if (mainCollector->keepsTimes)
+        for (std::size_t i = first; i < first + count; ++i)
+            mainCollector->times.push_back(times.at(i));
+    return count;
 }
 
 void BlockEngine::feed(const SampleRows& samples, const SampleTimes& times,

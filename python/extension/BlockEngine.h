@@ -79,7 +79,8 @@ public:
     /// Collectors of all outputs, in their order, listening from now on.
     std::deque<Collector>& listenToAll();
 
-    /// Feeds samples and steps the block once for each. Raises `HostException` for what a step raises.
+    /// Feeds samples and steps the block once for each, or for many rows at once where it offers that and
+    /// nobody but the main collector listens. Raises `HostException` for what a step raises.
     void feed(const SampleRows& samples, const SampleTimes& times);
     void feed(const SampleRows& samples, const SampleTimes& times, const std::vector<OtherInput>& others);
     /// Steps a block without inputs.
@@ -89,6 +90,7 @@ public:
     bool getNeedsClock() const { return needsClock; }
 
 private:
+    std::size_t stepRows(const SampleRows& samples, const SampleTimes& times, std::size_t first);
     template <class BeforeStep>
     void drive(std::size_t steps, const SampleTimes& times, BeforeStep beforeStep);
     [[noreturn]] void raiseStep();
@@ -97,6 +99,7 @@ private:
     std::vector<std::string> warnings;
     std::unique_ptr<Quillmere::Host::Graph> graph; ///< Owns the block.
     Quillmere::Core::Filter* block = nullptr;
+    Quillmere::Core::RowStepper* rowStepper = nullptr; ///< The block, where it offers that; else null.
     std::deque<Quillmere::Core::OutputPin<Quillmere::Core::MatrixXd>> senders;
     Quillmere::Core::OutputPin<Quillmere::Core::MatrixXd>* mainSender = nullptr;
     std::deque<Collector> collectors; ///< Of the main output first; all of them once all are listened to.

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <variant>
 
 namespace py = pybind11;
 
@@ -23,8 +24,9 @@ using namespace Quillmere::Host;
 using Quillmere::Core::AbstractProperty;
 
 namespace {
-constexpr std::size_t kUnlockedFrom = 256;         ///< Rows that are worth letting others run meanwhile.
-constexpr std::size_t kBetweenSignals = 1U << 20U; ///< Rows between two looks whether somebody interrupts.
+constexpr std::size_t kUnlockedFrom = 256;          ///< Rows that are worth letting others run meanwhile.
+constexpr long long kMostSteps = 1'000'000'000'000; ///< Of a block without inputs; no memory holds as many.
+constexpr std::size_t kBetweenSignals = 1U << 20U;  ///< Rows between two looks whether somebody interrupts.
 
 const TypeInfo& lookUp(const std::string& type) {
     const Setup setup;
@@ -143,6 +145,10 @@ std::size_t BlockHandle::takeSteps(py::handle x) const {
     const auto index = py::reinterpret_steal<py::object>(PyNumber_Index(x.ptr()));
     const long long steps = index ? PyLong_AsLongLong(index.ptr()) : -1;
     PyErr_Clear();
+    if (steps > kMostSteps)
+        refuse(std::to_string(steps) + " steps of '" + order.description.id + "' (" + order.description.type +
+                   ")",
+               std::to_string(kMostSteps) + " at most");
     if (steps < 0)
         refuse("rows for '" + order.description.id + "' (" + order.description.type + "), which has no input",
                "the number of its steps");
@@ -280,24 +286,34 @@ std::vector<PropertyDescription> BlockHandle::getProperties() const {
 void BlockHandle::set(const std::string& name, const Value& value) {
     const Use use(*this);
     AbstractProperty& property = find(name);
-    Value written = value;
-    if (toQuantity(value) && getIsNumeric(property)) {
-        const Setup setup;
-        std::vector<std::string> warnings;
-        BlockOrder lone = order;
-        lone.description.settings.clear();
-        lone.description.set(name, value);
-        const auto graph = makeBlockGraph(lone, warnings);
-        for (const RateConversion& conversion : graph->getConversions()) {
-            written = valueOf(conversion.number);
-            std::erase_if(conversions, [&](const auto& other) { return other.target == conversion.target; });
-            conversions.push_back(conversion);
-        }
-    }
+    std::vector<RateConversion> made;
+    const bool isQuantity = toQuantity(value) && getIsNumeric(property);
+    const Value written = isQuantity ? convert(name, value, made) : value;
     Complaints complaints;
     writeProperties({{&property, &written}}, complaints);
     raiseFor(order, complaints);
     order.description.set(name, value);
+    const std::string target = order.description.id + "." + name;
+    std::erase_if(conversions, [&](const auto& other) { return other.target == target; });
+    conversions.insert(conversions.end(), made.begin(), made.end());
+}
+
+/// The number that a quantity becomes. Of the block's other settings its choices count: units go by them.
+Value BlockHandle::convert(const std::string& name, const Value& quantity,
+                           std::vector<RateConversion>& made) const {
+    const Setup setup;
+    BlockOrder lone = order;
+    std::erase_if(lone.description.settings, [&](const auto& setting) {
+        return kindOf(find(setting.name)) != PropertyDescription::Kind::Choice;
+    });
+    lone.description.set(name, quantity);
+    std::vector<std::string> warnings;
+    const auto graph = makeBlockGraph(lone, warnings);
+    made = graph->getConversions();
+    const auto& holder = *graph->find(lone.description.id)->block;
+    const auto held = describe(*holder.getPropertyBag().find(name)).value;
+    if (const auto* const whole = std::get_if<std::int64_t>(&held)) return valueOf(*whole);
+    return valueOf(std::get<double>(held));
 }
 
 void BlockHandle::fire(const std::string& name) {

@@ -31,10 +31,21 @@ public:
         const auto size = static_cast<std::size_t>(sample.size());
         if (last == nullptr || last->rows != sample.rows() || last->columns != sample.cols() ||
             size > capacity - used)
-            makeRoom(sample);
+            makeRoom(1, sample.rows(), sample.cols());
         Quillmere::Core::Private::copyElements(memory.get() + used, sample.data(), sample.size());
         used += size;
         ++last->count;
+    }
+    /// Appends as many samples of 1 by `columns` and says where they are to be written, at once. Raises
+    /// `std::bad_alloc`.
+    double* appendRows(std::size_t count, Eigen::Index columns) {
+        const std::size_t size = count * static_cast<std::size_t>(columns);
+        if (last == nullptr || last->rows != 1 || last->columns != columns || size > capacity - used)
+            makeRoom(count, 1, columns);
+        double* const rows = memory.get() + used;
+        used += size;
+        last->count += count;
+        return rows;
     }
     /// The memory stays.
     void clear() {
@@ -55,8 +66,8 @@ public:
     }
 
 private:
-    /// For another sample like this one. Raises `std::bad_alloc`.
-    void makeRoom(const Quillmere::Core::MatrixXd& sample);
+    /// For more samples of that shape. Raises `std::bad_alloc`.
+    void makeRoom(std::size_t count, Eigen::Index rows, Eigen::Index columns);
 
     Memory memory;
     std::size_t capacity = 0; ///< Elements, as the next.

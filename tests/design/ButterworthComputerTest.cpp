@@ -326,6 +326,31 @@ TEST(ButterworthComputerTest, LongTracesAgreeWithThePlainCascadeToTheBit) {
         }
 }
 
+TEST(ButterworthComputerTest, ManyRowsAreAsManySteps) {
+    std::mt19937 random(16);
+    std::normal_distribution<double> noise;
+    for (const int order : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14}) // beyond 10 no kernel is unrolled
+        for (Eigen::Index columns = 1; columns <= 21; ++columns) {
+            ButterworthComputer single = computerOf(0.13, order, columns % 2 == 0);
+            ButterworthComputer atOnce = computerOf(0.13, order, columns % 2 == 0);
+            const MatrixXd rows = MatrixXd::NullaryExpr(60, columns, [&] { return noise(random); });
+            MatrixXd wanted = rows;
+            MatrixXd got = rows;
+            for (Eigen::Index row = 0; row < rows.rows(); ++row)
+                wanted.row(row) = stepped(single, rows.row(row));
+            EXPECT_FALSE(atOnce.getIsUnderWay(columns));
+            got.row(0) = stepped(atOnce, rows.row(0));
+            EXPECT_TRUE(atOnce.getIsUnderWay(columns));
+            EXPECT_FALSE(atOnce.getIsUnderWay(columns + 1));
+            atOnce.stepRows(rows.row(1).data(), got.row(1).data(), 1);
+            atOnce.stepRows(rows.row(2).data(), got.row(2).data(), 40);
+            EXPECT_TRUE(agree(atOnce.output(), got.row(41), same));
+            got.row(42) = stepped(atOnce, rows.row(42));
+            atOnce.stepRows(got.row(43).data(), got.row(43).data(), 17); // over what it reads
+            ASSERT_TRUE(agree(got, wanted, same)) << "order " << order << ", " << columns << " columns";
+        }
+}
+
 TEST(ButterworthComputerTest, MayFilterItsOwnOutputInEveryShape) {
     for (Eigen::Index count = 1; count <= 20; ++count)
         for (const bool highPass : {false, true}) {

@@ -197,6 +197,56 @@ def test_push_in_any_chunks_gives_the_bits_of_run(type):
                 assert np.asarray(one).tobytes() == np.asarray(more).tobytes(), (type, settings, size)
 
 
+def with_odd_numbers(rows, rng):
+    """Some that aren't finite, zeros of both signs, and ones too small to be normal."""
+    odd = rng.choice([np.nan, np.inf, -np.inf, -0.0, 0.0, 5e-324, 1e-310], size=rows.shape)
+    return np.where(rng.random(rows.shape) < 0.01, odd, rows)
+
+
+def write_one(type, blocks, rng):
+    """The same new setting to all of them, or none where it is refused."""
+    settings = [each for each in blocks[0].properties() if each["kind"] != "command" and each["writable"]]
+    if not settings:
+        return
+    each = settings[int(rng.integers(len(settings)))]
+    value = drawn_setting(type, each, rng)
+    if value is None or each["name"] == "Pause":
+        return
+    for block in blocks:
+        try:
+            block.set(each["name"], value)
+        except velmarind.Error:
+            pass
+
+
+def any_nan(samples):
+    return [np.where(np.isnan(sample), np.nan, sample).tobytes() for sample in map(np.asarray, samples)]
+
+
+@pytest.mark.parametrize("type", sorted(set(_native.block_types()) - RANDOM))
+def test_a_setting_between_chunks_and_odd_numbers(type):
+    """Where a chunk begins a setting counts for its first row, whether rows come one by one or all at once."""
+    rng = np.random.default_rng(zlib.crc32(type.encode()) + 2)
+    for draw in range(DRAWS):
+        block, settings = drawn_settings(type, rng)
+        if block.main_input is None:
+            return
+        rows = drawn_rows(type, rng) if draw % 2 else with_odd_numbers(drawn_rows(type, rng), rng)
+        times = np.arange(ROWS) / FS if block.reads_times else None
+        together, single = block.fresh(), block.fresh()
+        begin = 0
+        for size in (3, 40, 100, 157):
+            piece = slice(begin, begin + size)
+            got = together.push(rows[piece], None if times is None else times[piece])
+            wanted = []
+            for row in range(begin, begin + size):
+                one = slice(row, row + 1)
+                wanted.extend(single.push(rows[one], None if times is None else times[one]))
+            assert any_nan(got) == any_nan(wanted), (type, settings, begin)
+            write_one(type, (together, single), rng)
+            begin += size
+
+
 def test_push_and_run_are_the_main_output_of_all(wrist):
     block = velmarind.block("FilterButterworth", fs=100, RelativeCutOffFreq="5 Hz", Order=4)
     everything = block.run_all(wrist)["out"][1]

@@ -56,6 +56,36 @@ def test_hertz_become_numbers():
     assert block.fresh().get("RelativeCutOffFreq") == 0.2
 
 
+def test_a_quantity_that_is_as_written_becomes_a_number_too():
+    block = Block("Durations", {}, fs=100)
+    block.set("Gap", "500 ms")
+    assert [c["written"] for c in block.conversions] == ["500 ms"]
+    block.set("Gap", "0.25 s")
+    assert block.get("Gap") == 0.25 and block.conversions == []
+    block.set("Gap", "250 ms")
+    block.set("Gap", 3.0)
+    assert block.get("Gap") == 3.0 and block.conversions == []
+
+
+def test_a_unit_goes_by_the_choice_that_is_in_force():
+    block = Block("Peaks", {"Axis": "Frequency"}, fs=100)
+    block.set("Distance", "2 Hz")
+    assert block.get("Distance") == 2.0
+    with pytest.raises(Error, match="2000 ms"):
+        block.set("Distance", "2000 ms")
+    assert block.get("Distance") == 2.0
+    block.set("Axis", "Time")
+    block.set("Distance", "2000 ms")
+    assert block.get("Distance") == 2.0
+
+
+def test_more_steps_than_any_memory_holds_are_refused():
+    wave = Block("FilterFunctionGenerator", {}, fs=100)
+    with pytest.raises(Error, match="2305843009213693952 steps of .*; expected 1000000000000 at most"):
+        wave.push(2**61)
+    assert len(wave.push(10)) == 10
+
+
 def test_axes_come_back_as_they_went_in():
     gain = Block("FilterGain", {"Gain": 2.0})
     assert gain.push(np.array([1.0, 2.0])).tolist() == [2.0, 4.0]

@@ -7,6 +7,7 @@
 #include "tests/support/Numbers.h"
 #include "tests/host/kit/Plugins.h"
 
+#include <algorithm>
 #include <deque>
 #include <string>
 #include <vector>
@@ -127,6 +128,23 @@ TEST_F(KnownTypesTest, BlocksTreatShapesAsTheTableSays) {
             EXPECT_EQ(fed.getOutput(i).data.value.rows(), 8);
         }
     }
+}
+
+TEST_F(KnownTypesTest, BlocksThatTakeManyRowsAtOnceReckonWithNoTimes) {
+    std::vector<std::string> offering;
+    for (const std::string& name : catalogue.getTypeNames()) {
+        if (dynamic_cast<Core::RowStepper*>(catalogue.create(name, "b").get()) == nullptr) continue;
+        offering.push_back(name);
+        const KnownType& type = getKnownType(name);
+        EXPECT_FALSE(type.readsTimes || type.makesTimes || type.trustsFirstStep) << name;
+        EXPECT_EQ(type.wallClockOutputs.front(), nullptr) << name;
+    }
+    std::sort(offering.begin(), offering.end());
+    // Each of them is compared with single steps in a RowStepperTest.
+    const std::vector<std::string> compared = {
+        "Affine",     "Columns", "FilterBandPass",   "FilterButterworth",
+        "FilterGain", "Logic",   "MovingStatistics", "Norm"};
+    EXPECT_EQ(offering, compared);
 }
 
 TEST_F(KnownTypesTest, BlocksStampTheWallClockWhereTheTableSaysSo) {
