@@ -17,6 +17,8 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <stdexcept>
+#include <utility>
 
 namespace Cli {
 
@@ -84,7 +86,9 @@ std::string BatchWorkerCommand::runLine(const std::string& line) {
     RunCommand command(*program.add_subcommand("run", ""));
     command.keepCatalogue(catalogue);
     try {
-        std::vector<std::string> words = splitShellLine(line).value_or(std::vector<std::string>());
+        auto split = splitShellLine(line);
+        if (!split || split->empty()) throw std::invalid_argument("a call that is none");
+        std::vector<std::string> words = std::move(*split);
         std::reverse(words.begin(), words.end()); // as the parser takes them
         try {
             program.parse(std::move(words));

@@ -94,8 +94,10 @@ FolderRun::FolderRun(const FolderArguments& options, const GraphArguments& graph
     status.graph = graph.graph;
     status.graphHash = hashOfFile(graph.graph);
     if (!options.graphHash.empty()) checkGraph(options.graphHash);
-    outputs = outputsInto(options.folder, kFolder + (" " + printable(options.folder, kLongestName)),
-                          resolvedGraph(graph, catalogue), catalogue);
+    const GraphDescription resolved = resolvedGraph(graph, catalogue);
+    outputs = outputsInto(options.folder, kFolder + (" " + printable(options.folder, kLongestName)), resolved,
+                          catalogue);
+    pipe = findPipe(resolved, catalogue);
     status.versions = versionsOf(catalogue);
     status.overrides = wordsOf(graph);
     status.overrides.insert(status.overrides.end(), others.begin(), others.end());
@@ -135,6 +137,7 @@ std::string FolderRun::findReason() const {
     const auto before = folder.findStatus();
     if (!before) return "it isn't done";
     if (!before->getIsDone()) return "it is " + before->state;
+    if (!pipe.empty()) return "what comes through a pipe to '" + pipe + "' can't be compared";
     return arguments.keepsChanged ? "" : findChange(*before, status, folder.getPath());
 }
 

@@ -60,6 +60,7 @@ private:
     Quillmere::Host::RunStatus status;
     std::vector<Quillmere::Host::GraphChanges::File> outputs;
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+    std::string pipe; ///< The source that reads one.
     bool isInterrupted = false;
     bool isTaken = false; ///< What an earlier run has made is gone.
 };

@@ -79,6 +79,16 @@ void addCells(const StudyTable& table, std::size_t row, BatchPlan::Entry& entry)
     entry.row = {.file = table.getFile(), .line = table.getLine(row), .column = 1};
 }
 
+/// A call is a line, of a plan and on its way to a worker.
+void checkLines(const BatchPlan::Entry& entry, const std::string& graph, Complaints& complaints) {
+    const auto hasEnd = [](const std::string& word) {
+        return word.find_first_of("\n\r") != std::string::npos;
+    };
+    const auto word = std::find_if(entry.words.begin(), entry.words.end(), hasEnd);
+    if (word != entry.words.end() && !hasEnd(entry.recording))
+        complaints.add({graph}, inQuotes(*word) + " among the words of a call", "words of one line");
+}
+
 void findUnused(const StudyTable& table, const std::set<std::size_t>& used, PlanDoubts& doubts,
                 Complaints& complaints) {
     const auto sets = [](const std::string& column) { return column.starts_with(StudyTable::kSetting); };
@@ -162,7 +172,7 @@ BatchPlan makePlan(const FoundFiles& recordings, const PlanWishes& wishes, PlanD
         BatchPlan::Entry entry;
         entry.recording = path;
         entry.folder = (fs::path(wishes.out) / id).lexically_normal().string();
-        if (path.find('\n') != std::string::npos || !getIsUtf8(path))
+        if (path.find_first_of("\n\r") != std::string::npos || !getIsUtf8(path))
             complaints.add({wishes.graph}, "the recording " + inQuotes(path),
                            "a name in one line and in UTF-8, as a plan and a status have it");
         const auto [other, isNew] = byFolder.emplace(entry.folder, path);
@@ -183,6 +193,7 @@ BatchPlan makePlan(const FoundFiles& recordings, const PlanWishes& wishes, PlanD
             }
         }
         entry.words.insert(entry.words.end(), {"--folder", entry.folder});
+        checkLines(entry, wishes.graph, complaints);
         plan.entries.push_back(std::move(entry));
     }
     if (wishes.table != nullptr) findUnused(*wishes.table, used, doubts, complaints);

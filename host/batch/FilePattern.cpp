@@ -147,20 +147,23 @@ private:
         }
         // A folder that isn't there has nothing; one that is, and can't be read, may have recordings.
         if (error && error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory)
-            tell(folder, error);
+            tell(folder, "cannot be read: " + error.message());
     }
 
-    void tell(const fs::path& folder, const std::error_code& error) {
+    void tell(const fs::path& folder, const std::string& why) {
         const auto isIt = [&](const auto& one) { return one.first == folder.string(); };
         if (std::none_of(found.unread.begin(), found.unread.end(), isIt))
-            found.unread.emplace_back(folder.string(), error.message());
+            found.unread.emplace_back(folder.string(), why);
     }
 
     void lookAnywhere(const fs::path& path, const fs::directory_entry& entry, std::size_t part,
                       const std::set<std::string>& made) {
         if (path.filename().string().starts_with('.')) return;
         std::error_code error;
-        if (!entry.is_symlink(error) && entry.is_directory(error))
+        const bool isFolder = entry.is_directory(error);
+        if (isFolder && entry.is_symlink(error)) // which may lead to one above
+            tell(path, "is a link to a folder, which ** doesn't follow");
+        else if (isFolder)
             look(path, part);
         else if (part + 1 == pattern.parts.size())
             take(path, made);
@@ -189,8 +192,8 @@ private:
 };
 
 void warn(const Finder::Found& found, const std::string& option, Complaints& complaints) {
-    for (const auto& [folder, reason] : found.unread)
-        complaints.warn({folder}, "cannot be read: " + reason + "; recordings there are left out");
+    for (const auto& [folder, why] : found.unread)
+        complaints.warn({folder}, why + "; recordings there are left out");
     if (!found.results.empty())
         complaints.warn({option}, "left out the results of earlier runs, as '" +
                                       printable(found.results, kLongestName) +

@@ -4,6 +4,7 @@
 #include "host/ends/FileEnd.h"
 #include "host/ends/RecordingException.h"
 #include "host/ends/Sink.h"
+#include "host/ends/Source.h"
 #include "host/ends/StandardStream.h"
 
 #include <fcntl.h>
@@ -36,9 +37,10 @@ std::string fileOf(const GraphDescription::Block& block) {
     return {};
 }
 
-bool getIsFileSink(const GraphDescription::Block& block, const BlockCatalogue& catalogue) {
+template <class Kind>
+bool getIs(const GraphDescription::Block& block, const BlockCatalogue& catalogue) {
     const BlockPtr made = catalogue.create(block.type, block.id);
-    return dynamic_cast<const Sink*>(made.get()) != nullptr &&
+    return dynamic_cast<const Kind*>(made.get()) != nullptr &&
            dynamic_cast<const FileEnd*>(made.get()) != nullptr;
 }
 
@@ -102,6 +104,16 @@ void ResultFolder::addResult(RunStatus& status, const std::string& sink, const s
     result.bytes = facts->bytes;
 }
 
+std::string findPipe(const GraphDescription& description, const BlockCatalogue& catalogue) {
+    std::error_code error; // of what isn't there
+    for (const GraphDescription::Block& block : description.blocks) {
+        const std::string file = fileOf(block);
+        const bool isPipe = getIsStandardStream(file) || fs::is_fifo(file, error);
+        if (isPipe && getIs<Source>(block, catalogue)) return block.id;
+    }
+    return {};
+}
+
 std::vector<GraphChanges::File> outputsInto(const std::string& folder, const std::string& option,
                                             const GraphDescription& description,
                                             const BlockCatalogue& catalogue) {
@@ -109,7 +121,7 @@ std::vector<GraphChanges::File> outputsInto(const std::string& folder, const std
     std::set<std::string> taken{RunStatus::kFileName};
     for (const GraphDescription::Block& block : description.blocks) {
         const std::string file = fileOf(block);
-        if (file.starts_with("/dev/") || !getIsFileSink(block, catalogue)) continue;
+        if (file.starts_with("/dev/") || !getIs<Sink>(block, catalogue)) continue;
         std::string name = getIsStandardStream(file) ? "" : fs::path(file).filename().string();
         if (name.empty() || !taken.insert(name).second) {
             name = block.id + (name.empty() ? ".csv" : fs::path(name).extension().string());

@@ -40,6 +40,10 @@ private:
     int folder = -1;
 };
 
+/// A source of the graph whose recording comes through a pipe, so that nobody can tell whether it has been
+/// read before; empty without one. [setup]
+QUILLMERE_API std::string findPipe(const GraphDescription& description, const BlockCatalogue& catalogue);
+
 /// The changes that bring every file that the graph's sinks write into `folder`, under the names that they
 /// have in the graph; where two have one name, or none, that of the sink. Devices stay. `option` is what
 /// complaints name. [setup]

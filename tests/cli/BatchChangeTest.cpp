@@ -142,6 +142,14 @@ TEST_F(BatchChange, SoIsWhatEachRecordingIsAskedFor) {
     EXPECT_FALSE(folder.has("results"));
 }
 
+TEST_F(BatchChange, WordsOfACallAreOfOneLine) {
+    const Ended ended = batch({"--set", "gain.Gain=\n2"});
+    EXPECT_EQ(ended.exitCode, 2);
+    EXPECT_NE(ended.err.find(" among the words of a call; expected words of one line\n"), std::string::npos)
+        << ended.err;
+    EXPECT_FALSE(folder.has("results"));
+}
+
 TEST_F(BatchChange, LookingTouchesNothing) {
     EXPECT_EQ(batch({"--dry-run", "--resume"}).exitCode, 0);
     EXPECT_FALSE(folder.has("results"));

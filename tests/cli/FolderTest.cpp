@@ -73,6 +73,14 @@ TEST_F(FolderOption, ARefusalLeavesEarlierResultsAsTheyAre) {
     EXPECT_EQ(folder.read("r/status.json"), before);
 }
 
+TEST_F(FolderOption, WhatComesThroughAPipeIsReadEachTime) {
+    const std::string line = "cat in.csv | " QUILLMERE " run g.yaml --input in=- --folder r --resume --quiet";
+    ASSERT_EQ(Support::runProgram({"/bin/sh", "-c", line}, folder.path("")).exitCode, 0);
+    folder.write("in.csv", "t,x\n0,7\n0.5,8\n");
+    EXPECT_EQ(Support::runProgram({"/bin/sh", "-c", line}, folder.path("")).exitCode, 0);
+    EXPECT_EQ(folder.read("r/out.csv"), "t,x[0]\n0,7\n0.5,8\n");
+}
+
 TEST_F(FolderOption, WhatTheRunReadsStays) {
     ASSERT_EQ(call({"run", "g.yaml", "--folder", "r"}).exitCode, 0);
     const std::string result = folder.read("r/out.csv");

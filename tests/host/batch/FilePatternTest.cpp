@@ -122,6 +122,10 @@ TEST_F(FilePattern, AFolderThatCantBeReadIsTold) {
 TEST_F(FilePattern, LinksToFoldersAreNotFollowedToAnyDepth) {
     std::filesystem::create_directory_symlink(folder.path("study"), folder.path("study/p2/up"));
     EXPECT_EQ(find({"study/p2/**/*.csv"}), (Names{"a.csv"}));
+    ASSERT_EQ(complaints.getSortedWarnings().size(), 1u);
+    EXPECT_EQ(complaints.getSortedWarnings()[0].getText(),
+              folder.path("study/p2/up") +
+                  ": warning: is a link to a folder, which ** doesn't follow; recordings there are left out");
     EXPECT_EQ(find({"study/p2/up/p1/a.csv"}), (Names{"a.csv"})) << "it is named";
 }
 
