@@ -36,16 +36,16 @@ public:
     /// Time and memory count from here.
     void begin();
     /// What is to be known before the run; then the folder is that of a run which hasn't ended. Raises
-    /// `RecordingException` where somebody has changed the graph meanwhile. Requires: the recordings are open,
-    /// and all that a run can be refused for has been looked at.
+    /// `RecordingException` where somebody has changed the graph meanwhile. Requires: the recordings are
+    /// open, and all that a run can be refused for has been looked at.
     void takeFolder(const Quillmere::Host::Job& job);
     /// What has come of it: the end of the run, or what it was refused for.
     void take(const Quillmere::Host::RunOutcome& outcome);
     void take(const std::exception& refusal);
     /// Writes the status; `files` are what the run has made beside the sinks' results. Gives back `code`, or
     /// that of a failure, with a message, where it can't be written. A refusal, as of a slip in an option,
-    /// leaves what an earlier run has made as it is; not so in a batch, whose call is right, so that it is the
-    /// recording which gives no result any more.
+    /// leaves what an earlier run has made as it is; not so in a batch, whose call is right, so that it is
+    /// the recording which gives no result any more.
     ExitCode end(ExitCode code, const std::vector<std::string>& files);
     bool getIsInterrupted() const { return isInterrupted; }
 
