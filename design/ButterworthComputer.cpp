@@ -64,7 +64,7 @@ void ButterworthComputer::initialise(const MatrixXd& input) {
     states.assign(static_cast<std::size_t>(2 * octets * numSections), {});
     const int unrolled = numSections <= CascadeKernels::kUnrolled ? numSections : 0;
     stepCascade = cascadeKernels(input.size()).cascades[unrolled];
-    stepCascadeRows = cascadeKernelsOfRows().cascadesOfRows[unrolled];
+    stepCascadeRows = cascadeKernelsOfRows(input.size()).cascadesOfRows[unrolled];
     samplesSinceInit = 0;
     samplesSinceInitLimit = numSections;
     for (Eigen::Index element = 0; element < input.size(); ++element)

@@ -57,7 +57,8 @@ extern const CascadeKernels kCascadeKernels;
 /// Those of the kernels in force for samples of so many elements; fewer than eight don't fill a wide
 /// register. [any]
 const CascadeKernels& cascadeKernels(std::ptrdiff_t elements);
-/// Those of the kernels in force for many samples at once, of however many elements. [any]
-const CascadeKernels& cascadeKernelsOfRows();
+/// Likewise for many samples at once, where three elements are enough: a row waits for the one before it, not
+/// for room in a register. [any]
+const CascadeKernels& cascadeKernelsOfRows(std::ptrdiff_t elements);
 
 } // namespace Design

@@ -140,9 +140,20 @@ template <int elements, int sections>
         }
 }
 
+/// Wide rows go one by one: memory is read and written from begin to end then, and not group by group in
+/// strides, and one row alone keeps the processor busy.
+template <int sections>
+[[gnu::always_inline]] inline void stepWideRows(const double* __restrict c, Octet* states, CascadeShape shape,
+                                                const double* in, double* out, std::ptrdiff_t count,
+                                                std::ptrdiff_t rows) {
+    for (; rows > 0; --rows, in += count, out += count)
+        stepCascade<sections>(c, states, shape, in, out, count);
+}
+
 template <int sections>
 void stepCascadeRows(const double* __restrict c, Octet* states, CascadeShape shape, const double* in,
                      double* out, std::ptrdiff_t count, std::ptrdiff_t rows) {
+    if (count > 2 * kOctetLanes) return stepWideRows<sections>(c, states, shape, in, out, count, rows);
     const bool complement = shape.isComplement;
     const std::ptrdiff_t stride = count;
     for (; count >= 8; count -= 8, in += 8, out += 8, states += 2 * sections)
@@ -167,8 +178,7 @@ void stepCascadeRows(const double* __restrict c, Octet* states, CascadeShape sha
 template <>
 void stepCascadeRows<0>(const double* __restrict c, Octet* states, CascadeShape shape, const double* in,
                         double* out, std::ptrdiff_t count, std::ptrdiff_t rows) {
-    for (; rows > 0; --rows, in += count, out += count)
-        stepCascade<0>(c, states, shape, in, out, count);
+    stepWideRows<0>(c, states, shape, in, out, count, rows);
 }
 
 /// Steps as many neighbouring elements as `width`.
