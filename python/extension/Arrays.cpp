@@ -4,6 +4,7 @@
 #include "python/extension/Errors.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace py = pybind11;
@@ -18,6 +19,17 @@ std::string describeArray(const py::array& array) {
            (array.ndim() == 1 ? " axis" : " axes");
 }
 
+/// Whether a mask says of some of the numbers that they are none.
+bool getIsMasked(py::handle given) {
+    const auto* const plain = reinterpret_cast<PyTypeObject*>(py::detail::npy_api::get().PyArray_Type_);
+    return py::isinstance<py::array>(given) && Py_TYPE(given.ptr()) != plain && py::hasattr(given, "filled");
+}
+
+/// The numbers, and not-a-number for what the mask hides.
+py::object withoutMasked(py::handle array) {
+    return array.attr("astype")("float64").attr("filled")(std::numeric_limits<double>::quiet_NaN());
+}
+
 /// Numbers in one piece, copied only where they lie otherwise. Texts and objects are none, whatever NumPy
 /// would make of them.
 py::array_t<double> numbersOf(py::handle given, const std::string& what, const std::string& expected) {
@@ -28,8 +40,8 @@ py::array_t<double> numbersOf(py::handle given, const std::string& what, const s
     }
     if (std::string("biuf").find(array.dtype().kind()) == std::string::npos)
         refuse(describeArray(array) + " for " + what, expected);
-    py::array_t<double> numbers =
-        py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(array);
+    py::array_t<double> numbers = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(
+        getIsMasked(given) ? withoutMasked(given) : py::object(array));
     if (!numbers) throw py::error_already_set();
     return numbers;
 }

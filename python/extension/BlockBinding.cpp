@@ -124,6 +124,7 @@ void bindWhatItIs(py::class_<BlockHandle>& block) {
                                [](const BlockHandle& self) { return self.getInfo().mainOutput; })
         .def_property_readonly("reads_times", &BlockHandle::getReadsTimes)
         .def_property_readonly("conversions", conversionsOf)
+        .def_property_readonly("commands", [](const BlockHandle& self) { return self.getOrder().commands; })
         .def_property_readonly("warnings", [](const BlockHandle& self) { return self.getWarnings(); })
         .def("graph_text", graphText);
 }

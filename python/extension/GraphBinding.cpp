@@ -7,7 +7,6 @@
 #include "python/extension/Errors.h"
 #include "python/extension/GraphHandle.h"
 #include "python/extension/Interruptible.h"
-#include "python/extension/Lock.h"
 #include "python/extension/LiveHandle.h"
 #include "python/extension/RunConversion.h"
 #include "python/extension/Values.h"
@@ -194,7 +193,6 @@ py::object check(const GraphHandle& graph, py::handle data, py::handle keep, con
     std::string text;
     doInterruptibly([&](const std::stop_token& stop) {
         const std::stop_callback forward(stop, [&] { opening.request_stop(); });
-        const std::lock_guard guard(getSetupMutex());
         text = Json::check(job.get(), job.get().check(wanted));
     });
     return fromJson(text);
@@ -259,10 +257,7 @@ py::dict run(const GraphHandle& graph, py::handle data, py::handle keep, const p
     doInterruptibly(
         [&](const std::stop_token& stop) {
             const std::stop_callback forward(stop, [&] { opening.request_stop(); });
-            {
-                const std::lock_guard guard(getSetupMutex());
-                job.get().require(RunMode::Offline);
-            }
+            job.get().require(RunMode::Offline);
             outcome = job.get().run(stop, [&](const RunProgress& now) { board.put(now); });
         },
         tell);
@@ -289,7 +284,6 @@ std::unique_ptr<LiveHandle> start(const GraphHandle& graph, py::handle data, py:
     live.overflow = overflowOf(overflow);
     doInterruptibly([&](const std::stop_token& stop) {
         const std::stop_callback forward(stop, [&] { opening.request_stop(); });
-        const std::lock_guard guard(getSetupMutex());
         job.get().require(RunMode::Live);
     });
     return std::make_unique<LiveHandle>(job.take(), live, std::move(ends));

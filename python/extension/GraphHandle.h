@@ -17,7 +17,8 @@ struct GraphHandle {
     Quillmere::Host::Complaints reading;
 };
 
-/// A job, made and ended as setup. Requires of both: the interpreter's lock.
+/// A job, made and ended as setup. Requires of both: the interpreter's lock. What it does in between touches
+/// nothing but its own, and may wait for ever for who writes a pipe: no time for the setup mutex.
 class GuardedJob {
 public:
     GuardedJob(const GraphHandle& graph, RunEnds& ends, Quillmere::Host::JobOptions options);

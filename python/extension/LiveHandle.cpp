@@ -130,8 +130,8 @@ bool LiveCore::wait(std::optional<double> seconds) {
         Milliseconds slice = kBetweenLooks;
         if (seconds) {
             const double left = *seconds - std::chrono::duration<double>(Clock::now() - begin).count();
-            slice = std::min(
-                slice, Milliseconds(left > 0.0 ? std::min(1000L, static_cast<long>(left * 1e3) + 1) : 0L));
+            const double most = std::min(left, 1.0); // whatever a caller gives, also infinity
+            slice = std::min(slice, Milliseconds(left > 0.0 ? static_cast<long>(most * 1e3) + 1 : 0L));
         }
         bool hasEnded = false;
         {

@@ -11,7 +11,6 @@
 #include "python/extension/Errors.h"
 #include "python/extension/GraphHandle.h"
 #include "python/extension/Interruptible.h"
-#include "python/extension/Lock.h"
 #include "python/extension/RunConversion.h"
 #include "python/extension/Values.h"
 
@@ -152,11 +151,8 @@ py::dict read(const std::string& path, py::handle settings, const std::optional<
     RunOutcome outcome;
     doInterruptibly(
         [&](const std::stop_token& stop) {
-            {
-                const std::lock_guard guard(getSetupMutex());
-                job.get().require(RunMode::Offline);
-                rate = rateOf(job.get());
-            }
+            job.get().require(RunMode::Offline);
+            rate = rateOf(job.get());
             outcome = job.get().run(stop, [&](const RunProgress& now) {
                 const std::lock_guard lock(mutex);
                 latest = now;

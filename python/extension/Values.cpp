@@ -38,7 +38,20 @@ Value valueOfText(const std::string& text, const std::string& what) {
     return read && complaints.isEmpty() ? *read : scalarOf(text); // who takes it refuses what isn't meant
 }
 
+/// One level deeper in lists and maps. Raises Python's RecursionError where there are too many, as in a list
+/// that holds itself.
+class Deeper {
+public:
+    Deeper() {
+        if (Py_EnterRecursiveCall(" in lists and maps of a setting") != 0) throw py::error_already_set();
+    }
+    ~Deeper() { Py_LeaveRecursiveCall(); }
+    Deeper(const Deeper&) = delete;
+    Deeper& operator=(const Deeper&) = delete;
+};
+
 Value listOf(const py::sequence& items, const std::string& what) {
+    const Deeper deeper;
     Value value;
     value.kind = Value::Kind::List;
     for (const py::handle item : items)
@@ -47,6 +60,7 @@ Value listOf(const py::sequence& items, const std::string& what) {
 }
 
 Value mapOf(const py::dict& map, const std::string& what) {
+    const Deeper deeper;
     Value value;
     value.kind = Value::Kind::Map;
     for (const auto& [key, item] : map) {

@@ -4,7 +4,7 @@
 from __future__ import annotations
 
 import functools
-from collections.abc import Iterator, Mapping
+from collections.abc import Iterator, Mapping, Sequence
 from typing import Any
 
 import numpy as np
@@ -241,13 +241,14 @@ class Block(_native.Block):
         return Response(super().response(points, input, output), rate, repr(self))
 
     def __reduce__(self) -> tuple[Any, ...]:
-        """A copy has the settings, and remembers nothing of what was pushed."""
+        """A copy has the settings and what was fired before the first row, and remembers nothing of what was
+        pushed."""
         settings = {
             each["name"]: each["value"]
             for each in _native.Block.properties(self)
             if each["kind"] != "command" and each["writable"] and _differs(each["value"], each["default"])
         }
-        return _made_again, (self.type, self.fs, self.id, settings)
+        return _made_again, (self.type, self.fs, self.id, settings, self.commands)
 
     def __repr__(self) -> str:
         parts = [] if self.fs is None else [f"fs={self.fs:g}"]
@@ -259,8 +260,13 @@ class Block(_native.Block):
         return f"{self.type}({', '.join(parts)})"
 
 
-def _made_again(type: str, fs: float | None, id: str, settings: Mapping[str, Any]) -> Block:
-    return block(type, fs=fs, id=id, **settings)
+def _made_again(
+    type: str, fs: float | None, id: str, settings: Mapping[str, Any], commands: Sequence[str] = ()
+) -> Block:
+    again = block(type, fs=fs, id=id, **settings)
+    for command in commands:
+        again.fire(command)
+    return again
 
 
 def _differs(value: Any, default: Any) -> bool:

@@ -160,6 +160,9 @@ class Block:
     def conversions(self) -> list[Conversion]:
         """Of settings that stand in hertz or seconds."""
     @property
+    def commands(self) -> list[str]:
+        """What was fired before the first row, in order; a `fresh()` block gets it, too."""
+    @property
     def warnings(self) -> list[str]:
         """What is doubtful about the settings it began with."""
 

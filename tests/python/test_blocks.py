@@ -223,6 +223,18 @@ def test_blocks_can_be_copied_and_sent(wrist):
         assert again.push(wrist).tobytes() == block(wrist).tobytes()
 
 
+def test_copies_have_what_was_fired_before_the_first_row(wrist):
+    block = velmarind.block("FilterPeriodCounter", fs=100, Nb_Period=3)
+    block.fire("Reset")
+    wave = np.sin(2 * np.pi * np.arange(1000) / 100)
+    plain = velmarind.block("FilterPeriodCounter", fs=100, Nb_Period=3)
+    counted = block.run(wave)
+    assert block.commands == ["Reset"] and len(counted) != len(plain.run(wave))
+    again = pickle.loads(pickle.dumps(block))
+    for other in (copy.copy(block), copy.deepcopy(again), block.fresh()):
+        assert other.commands == ["Reset"] and np.array_equal(other.push(wave), counted)
+
+
 def test_choices_and_commands():
     block = velmarind.block("FilterButterworth", fs=100, Mode="HiPass")
     assert block.Mode == "HiPass" and block.properties["Mode"].labels == ["LowPass", "HiPass"]

@@ -86,6 +86,22 @@ def test_more_steps_than_any_memory_holds_are_refused():
     assert len(wave.push(10)) == 10
 
 
+def test_a_number_takes_the_place_of_a_quantity():
+    block = smooth()
+    block.set("RelativeCutOffFreq", 0.3)
+    assert block.get("RelativeCutOffFreq") == 0.3 and block.conversions == []
+
+
+def test_what_a_mask_hides_is_no_number():
+    gain = Block("FilterGain", {"Gain": 2})
+    hidden = np.ma.masked_equal([[1, 2], [100, 3]], 100)
+    assert np.array_equal(gain.push(hidden), [[2, 4], [np.nan, 6]], equal_nan=True)
+    assert gain.push(np.ma.masked_array([[1.0, 2.0]])).tolist() == [[2, 4]]
+    assert np.array_equal(gain.push_all(hidden)["output"][1], [[2, 4], [np.nan, 6]], equal_nan=True)
+    with pytest.raises(Error, match="an array of <U1"):
+        gain.push(np.ma.masked_array(["a", "b"]))
+
+
 def test_axes_come_back_as_they_went_in():
     gain = Block("FilterGain", {"Gain": 2.0})
     assert gain.push(np.array([1.0, 2.0])).tolist() == [2.0, 4.0]

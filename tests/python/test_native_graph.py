@@ -364,6 +364,65 @@ def test_a_pipe_that_nobody_writes_can_be_given_up(tmp_path):
     """) == "given up\n"
 
 
+def waiting_for(pipe) -> Graph:
+    os.mkfifo(pipe)
+    graph = Graph("waiting")
+    graph.add("in", "RecordingSource", {"file": str(pipe), "rate": 10, "pins": {"a": ["x"]}})
+    graph.add("out", "MemorySink")
+    graph.connect("in.a", "out.a")
+    return graph
+
+
+@pytest.mark.parametrize("begin", [Graph.run, lambda graph: graph.check(mode="offline"), Graph.start])
+def test_others_go_on_while_a_pipe_is_waited_for(tmp_path, begin):
+    """Who writes it may need blocks first."""
+    graph = waiting_for(tmp_path / "pipe")
+    waiting = threading.Thread(target=begin, args=[graph])
+    waiting.start()
+    made = threading.Event()
+
+    def make():
+        time.sleep(0.2)  # the other one waits by then, in all likelihood
+        _native.Block("FilterGain", {"Gain": 2})
+        doubled().run(rows())
+        made.set()
+
+    other = threading.Thread(target=make)
+    other.start()
+    was_in_time = made.wait(30.0)
+    (tmp_path / "pipe").write_text("x\n1\n2\n")
+    waiting.join()
+    other.join()
+    assert was_in_time
+
+
+@pytest.mark.parametrize("seconds", ["float('inf')", "1e300"])
+def test_a_wait_for_ever_hears_who_interrupts(seconds):
+    assert expect_clean(f"""
+        import signal
+        run = start()
+        threading.Timer(0.3, lambda: os.kill(os.getpid(), signal.SIGINT)).start()
+        try:
+            run.wait({seconds})
+        except KeyboardInterrupt:
+            print("interrupted")
+        run.stop()
+    """) == "interrupted\n"
+
+
+def test_lists_that_hold_themselves_are_refused():
+    assert expect_clean("""
+        from velmarind._native import Block
+        items = []
+        items.append(items)
+        for held in (items, {"in": items}):
+            try:
+                Block("FilterGain", {"Gain": held})
+            except RecursionError:
+                print("refused")
+    """) == "refused\nrefused\n"
+
+
 def test_runs_of_several_threads_stand_beside_each_other():
     wanted = doubled().run(rows(20_000))["tables"]["out"]["values"].tobytes()
     got = []
