@@ -144,10 +144,7 @@ void BatchCommand::enterResults(CLI::App& command) {
         command.add_option("--report", report, "Write a page for a browser into the folder of each.")
             ->type_name("NAME.html")
             ->check(checkName);
-    command.add_option("--watch", watched, "Show in the report what this output sends, too.")
-        ->type_name("BLOCK.PIN")
-        ->allow_extra_args(false)
-        ->needs(page);
+    enterWatched(command, "--watch", watched, page);
 }
 
 void BatchCommand::enterEngine(CLI::App& command) {

@@ -102,6 +102,13 @@ void printDoubts(const Complaints& complaints) {
     if (complaints.getMoreWarnings() > 0) std::cerr << "and " << complaints.getMoreWarnings() << " more\n";
 }
 
+void enterWatched(CLI::App& command, const char* name, std::vector<std::string>& outputs, CLI::Option* page) {
+    command.add_option(name, outputs, "Show in the report what this output sends, too.")
+        ->type_name("BLOCK.PIN")
+        ->allow_extra_args(false)
+        ->needs(page);
+}
+
 GraphChanges changesOf(const GraphArguments& arguments) {
     GraphChanges changes;
     for (const std::string& text : arguments.parameters) {

@@ -11,7 +11,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace Cli {
 
@@ -36,6 +37,9 @@ struct GraphArguments {
     void enterChanges(CLI::App& command);
     void enterRules(CLI::App& command);
 };
+
+/// An option for outputs that the page of a report shows besides; `page` is the option for that.
+void enterWatched(CLI::App& command, const char* name, std::vector<std::string>& outputs, CLI::Option* page);
 
 /// The options as changes to a graph. Raises `UsageError` for one that isn't `name=value`.
 Quillmere::Host::GraphChanges changesOf(const GraphArguments& arguments);

@@ -116,10 +116,7 @@ RunCommand::RunCommand(CLI::App& command) {
                         "Write a page for a browser: the graph, all signals, what happened.")
             ->type_name("FILE.html")
             ->check(checkFile);
-    command.add_option(kWatchOption, watched, "Show in the report what this output sends, too.")
-        ->type_name("BLOCK.PIN")
-        ->allow_extra_args(false)
-        ->needs(page);
+    enterWatched(command, kWatchOption, watched, page);
     command.add_option(kPictureOption, picture, "Draw the results, too, at the end of the run.")
         ->type_name("FILE.svg|FILE.png")
         ->check(checkFile);

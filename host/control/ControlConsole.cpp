@@ -74,22 +74,6 @@ private:
     const char* const form;
 };
 
-std::string nameOf(LiveRun::State state) {
-    switch (state) {
-    case LiveRun::State::Ready:
-        return "ready";
-    case LiveRun::State::Running:
-        return "running";
-    case LiveRun::State::Ending:
-        return "ending";
-    case LiveRun::State::Ended:
-        return "ended";
-    case LiveRun::State::Failed:
-        break;
-    }
-    return "failed";
-}
-
 /// `smooth.Order = 4`, or the name alone of a command.
 std::string lineOf(const SettingState& setting) {
     return setting.isCommand ? setting.name : setting.name + " = " + setting.value;

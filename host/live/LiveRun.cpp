@@ -258,4 +258,20 @@ LiveStructure& LiveRun::getStructure() {
     return implementation->structure;
 }
 
+std::string nameOf(LiveRun::State state) {
+    switch (state) {
+    case LiveRun::State::Ready:
+        return "ready";
+    case LiveRun::State::Running:
+        return "running";
+    case LiveRun::State::Ending:
+        return "ending";
+    case LiveRun::State::Ended:
+        return "ended";
+    case LiveRun::State::Failed:
+        break;
+    }
+    return "failed";
+}
+
 } // namespace Quillmere::Host

@@ -73,4 +73,7 @@ private:
     const std::unique_ptr<Implementation> implementation;
 };
 
+/// `ready`, `running` and so on, as users have it. [any]
+QUILLMERE_API std::string nameOf(LiveRun::State state);
+
 } // namespace Quillmere::Host

@@ -1,81 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/RecordingSink.h"
 
-#include "host/ends/Finite.h"
-
-#include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace Quillmere::Host {
 
-RecordingSink::RecordingSink(const std::string& instanceName) : Sink(instanceName, true) {}
+RecordingSink::RecordingSink(const std::string& instanceName) : RowSink(instanceName) {}
 
 RecordingSink::~RecordingSink() = default;
 
-void RecordingSink::process() {
-    if (gathersByTime) {
-        for (std::size_t i = 0; i < inputs.size(); ++i)
-            if (inputs[i].hasData()) gather(i);
-        if (isGathering && getIsRowFull()) endGatheredRow();
-        return;
-    }
-    endGatheredRow(); // begun before rows were those of rounds again
-    bool hasAny = false;
-    auto sample = samples.begin();
-    for (Core::InputPin<Core::MatrixXd>& input : inputs) {
-        *sample = input.hasData() ? &input.take() : nullptr;
-        hasAny = hasAny || *sample != nullptr;
-        ++sample;
-    }
-    if (hasAny) writeRow(streamTime);
-}
-
-void RecordingSink::gather(std::size_t pin) {
-    const double time = inputs[pin].getTimeStamp();
-    // A time stamp that is no number is like no other.
-    if (isGathering && (samples[pin] != nullptr || !(time == gatheredTime))) endGatheredRow();
-    if (!isGathering) std::fill(samples.begin(), samples.end(), nullptr);
-    Core::copySample(gathered[pin], inputs[pin].take());
-    samples[pin] = &gathered[pin];
-    gatheredTime = time;
-    isGathering = true;
-}
-
-bool RecordingSink::getIsRowFull() const {
-    for (std::size_t i = 0; i < inputs.size(); ++i)
-        if (samples[i] == nullptr && inputs[i].isAttached()) return false;
-    return true;
-}
-
-void RecordingSink::writeRow(double time) {
+void RecordingSink::writeRow(double time, const Samples& samples) {
     if (queue != nullptr)
         queue->writeRow(time, samples);
     else
         table->writeRow(time, samples);
     for (RowWatcher* const watcher : watchers)
         watcher->takeRow(time, samples);
-    for (std::size_t i = 0; i < samples.size(); ++i)
-        if (samples[i] != nullptr && !getIsFinite(*samples[i])) noteNonFinite(i, time);
-}
-
-void RecordingSink::noteNonFinite(std::size_t pin, double time) {
-    const Core::MatrixXd& sample = *samples[pin];
-    for (Eigen::Index i = 0; i < sample.size(); ++i) {
-        if (std::isfinite(sample.data()[i])) continue;
-        if (account.nonFiniteOfPin.size() <= pin) account.nonFiniteOfPin.resize(pin + 1);
-        ++account.nonFiniteOfPin[pin];
-        if (account.nonFiniteValues++ > 0) continue;
-        account.firstTime = time;
-        account.firstRow = getRows();
-        account.firstColumn = columns.getName(inputs[pin].getName(), static_cast<std::size_t>(i));
-    }
-}
-
-void RecordingSink::endGatheredRow() {
-    if (!isGathering) return;
-    isGathering = false;
-    writeRow(gatheredTime);
 }
 
 std::string RecordingSink::getPurpose() const {
@@ -97,30 +37,23 @@ const std::vector<HostBlock::SettingDescription>& RecordingSink::getSettingDescr
 
 void RecordingSink::configure(const GraphDescription::Block& description, const std::string& folder,
                               Complaints& complaints) {
-    // First, since no other column may have its name.
-    for (const GraphDescription::Setting& setting : description.settings)
-        if (setting.name == "time" && !setting.value.isMissing()) columns.takeTime(setting.value, complaints);
-    for (const GraphDescription::Setting& setting : description.settings) {
-        if (setting.value.isMissing() || setting.name == "time") continue;
-        if (setting.name == "file") {
-            takeFile(setting, folder, complaints);
-        } else if (setting.name == "overwrite") {
-            overwrites = toFlag(setting.value, complaints).value_or(false);
-        } else if (!columns.take(setting, complaints)) {
-            refuseSetting(setting, complaints);
-        }
-    }
+    RowSink::configure(description, folder, complaints);
     requireFile(*this, description, complaints);
 }
 
-void RecordingSink::setUnit(const Core::AbstractInputPin& pin, const std::string& unit) {
-    columns.setUnit(pin.getName(), unit);
+bool RecordingSink::takeOwn(const GraphDescription::Setting& setting, const std::string& folder,
+                            Complaints& complaints) {
+    if (setting.name == "file")
+        takeFile(setting, folder, complaints);
+    else if (setting.name == "overwrite")
+        overwrites = toFlag(setting.value, complaints).value_or(false);
+    else
+        return false;
+    return true;
 }
 
-Core::AbstractInputPin* RecordingSink::makePin(const std::string& name) {
-    Core::InputPin<Core::MatrixXd>*& pin = inputsByName[name];
-    if (pin == nullptr) pin = &inputs.emplace_back(name, this);
-    return pin;
+void RecordingSink::setUnit(const Core::AbstractInputPin& pin, const std::string& unit) {
+    getColumns().setUnit(pin.getName(), unit);
 }
 
 std::vector<FileEnd::File> RecordingSink::getFiles() const {
@@ -128,23 +61,20 @@ std::vector<FileEnd::File> RecordingSink::getFiles() const {
 }
 
 ResultOptions RecordingSink::options() const {
-    const TableForm form{
-        .timeName = columns.getTime(), .groups = columns.getGroups(inputs), .recorded = recorded};
+    const TableForm form{.timeName = getColumns().getTime(), .groups = getGroups(), .recorded = recorded};
     return {.overwrites = overwrites, .looksOwn = [form](std::string_view head) { return form.fits(head); }};
 }
 
 void RecordingSink::checkFile(const std::vector<std::string>& columnsOfRecordings, Complaints& complaints) {
     recorded = columnsOfRecordings;
-    columns.checkUnits(inputs, complaints);
+    getColumns().checkUnits(getInputs(), complaints);
     if (const auto refusal = ResultPath(getPath()).findRefusal(options()))
         complaints.add(getPathPlace(), refusal->found, refusal->expected);
 }
 
 void RecordingSink::open() {
-    table = std::make_unique<TableWriter>(getPath(), columns.getTime(), columns.getGroups(inputs), options(),
-                                          stop);
-    samples.assign(inputs.size(), nullptr);
-    gathered.resize(inputs.size());
+    table = std::make_unique<TableWriter>(getPath(), getColumns().getTime(), getGroups(), options(), stop);
+    beginRows();
 }
 
 void RecordingSink::setThread(std::shared_ptr<WorkThread> thread) {

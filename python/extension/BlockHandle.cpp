@@ -203,23 +203,23 @@ PyObject* BlockHandle::pushRows(const SampleRows& rows, const SampleTimes& times
     return collectMain(axes, rows.columns).release().ptr();
 }
 
-py::object BlockHandle::push(py::handle x, py::handle t) {
+/// Samples for the main input; of a block without one steps alone.
+TakenSamples BlockHandle::takeMain(py::handle x) const {
+    if (!info.mainInput.empty()) return TakenSamples::of(x, "x");
     TakenSamples taken;
-    if (info.mainInput.empty())
-        taken.rows.count = takeSteps(x);
-    else
-        taken = TakenSamples::of(x, "x");
+    taken.rows.count = takeSteps(x);
+    return taken;
+}
+
+py::object BlockHandle::push(py::handle x, py::handle t) {
+    const TakenSamples taken = takeMain(x);
     py::object owner;
     const SampleTimes times = timesFor(t, taken.rows.count, owner);
     return py::reinterpret_steal<py::object>(pushRows(taken.rows, times, taken.axes));
 }
 
 py::dict BlockHandle::pushAll(py::handle x, py::handle t, py::handle inputs) {
-    TakenSamples taken;
-    if (info.mainInput.empty())
-        taken.rows.count = takeSteps(x);
-    else
-        taken = TakenSamples::of(x, "x");
+    const TakenSamples taken = takeMain(x);
     py::object owner;
     const SampleTimes times = timesFor(t, taken.rows.count, owner);
     std::vector<TakenSamples> kept;

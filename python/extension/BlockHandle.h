@@ -73,6 +73,7 @@ private:
     Quillmere::Core::AbstractProperty& find(const std::string& name) const;
     Quillmere::Host::Value convert(const std::string& name, const Quillmere::Host::Value& quantity,
                                    std::vector<Quillmere::Host::RateConversion>& made) const;
+    TakenSamples takeMain(pybind11::handle x) const;
     std::size_t takeSteps(pybind11::handle x) const;
     void feed(const SampleRows& rows, const SampleTimes& times,
               const std::vector<BlockEngine::OtherInput>& others);

@@ -40,22 +40,6 @@ struct WatchHandle {
     }
 };
 
-std::string stateOf(LiveCore& core) {
-    switch (core.getRun().getState()) {
-    case LiveRun::State::Ready:
-        return "ready";
-    case LiveRun::State::Running:
-        return "running";
-    case LiveRun::State::Ending:
-        return "ending";
-    case LiveRun::State::Ended:
-        return "ended";
-    case LiveRun::State::Failed:
-        return "failed";
-    }
-    return {};
-}
-
 /// Runs `action` without the interpreter's lock: it may wait for a step that is under way.
 template <class Action>
 auto unlocked(Action action) {
@@ -227,7 +211,7 @@ void bindEnd(py::class_<LiveHandle>& run) {
     run.def_property_readonly("state",
                               [](const LiveHandle& self) {
                                   LiveCore& core = self.get();
-                                  return unlocked([&] { return stateOf(core); });
+                                  return unlocked([&] { return nameOf(core.getRun().getState()); });
                               })
         .def("progress",
              [](const LiveHandle& self) {

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "python/extension/TableSink.h"
 
-#include "host/ends/Finite.h"
 #include "host/text/HostException.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -114,26 +112,13 @@ bool TableResult::waitFor(double seconds) const {
 }
 
 TableSink::TableSink(const std::string& instanceName, std::shared_ptr<TableResult> tableResult)
-    : Sink(instanceName, true), result(std::move(tableResult)) {}
+    : RowSink(instanceName), result(std::move(tableResult)) {}
 
 TableSink::~TableSink() = default;
 
-void TableSink::configure(const GraphDescription::Block& description, const std::string&,
-                          Complaints& complaints) {
-    // First, since no other column may have its name.
-    for (const GraphDescription::Setting& setting : description.settings)
-        if (setting.name == "time" && !setting.value.isMissing()) columns.takeTime(setting.value, complaints);
-    for (const GraphDescription::Setting& setting : description.settings) {
-        const bool isOfFile = setting.name == "file" || setting.name == "overwrite" || setting.name == "time";
-        if (isOfFile || setting.value.isMissing()) continue;
-        if (!columns.take(setting, complaints)) refuseSetting(setting, complaints);
-    }
-}
-
-Quillmere::Core::AbstractInputPin* TableSink::makePin(const std::string& name) {
-    auto*& pin = inputsByName[name];
-    if (pin == nullptr) pin = &inputs.emplace_back(name, this);
-    return pin;
+/// What is of a file is of none here.
+bool TableSink::takeOwn(const GraphDescription::Setting& setting, const std::string&, Complaints&) {
+    return setting.name == "file" || setting.name == "overwrite";
 }
 
 void TableSink::setUnit(const Quillmere::Core::AbstractInputPin& pin, const std::string& unit) {
@@ -142,77 +127,21 @@ void TableSink::setUnit(const Quillmere::Core::AbstractInputPin& pin, const std:
 
 void TableSink::open() {
     TableRows head;
-    head.timeName = columns.getTime();
-    for (const TableWriter::Group& group : columns.getGroups(inputs)) {
+    head.timeName = getColumns().getTime();
+    for (const TableWriter::Group& group : getColumns().getGroups(getInputs())) {
         TableRows::Pin& pin = head.pins.emplace_back();
         pin.name = group.name;
         pin.unit = units[group.name];
         pin.columns = group.columns;
     }
     result->begin(std::move(head));
-    samples.assign(inputs.size(), nullptr);
-    gathered.resize(inputs.size());
-    account = {};
-    account.nonFiniteOfPin.assign(inputs.size(), 0);
+    beginRows();
     isComplete = false;
 }
 
-void TableSink::process() {
-    if (gathersByTime) {
-        for (std::size_t i = 0; i < inputs.size(); ++i)
-            if (inputs[i].hasData()) gather(i);
-        if (isGathering && getIsRowFull()) endGatheredRow();
-        return;
-    }
-    endGatheredRow(); // begun before rows were those of rounds again
-    bool hasAny = false;
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        samples[i] = inputs[i].hasData() ? &inputs[i].take() : nullptr;
-        hasAny = hasAny || samples[i] != nullptr;
-    }
-    if (hasAny) writeRow(streamTime);
-}
-
-void TableSink::gather(std::size_t pin) {
-    const double time = inputs[pin].getTimeStamp();
-    // A time stamp that is no number is like no other.
-    if (isGathering && (samples[pin] != nullptr || !(time == gatheredTime))) endGatheredRow();
-    if (!isGathering) std::fill(samples.begin(), samples.end(), nullptr);
-    Quillmere::Core::copySample(gathered[pin], inputs[pin].take());
-    samples[pin] = &gathered[pin];
-    gatheredTime = time;
-    isGathering = true;
-}
-
-bool TableSink::getIsRowFull() const {
-    for (std::size_t i = 0; i < inputs.size(); ++i)
-        if (samples[i] == nullptr && inputs[i].isAttached()) return false;
-    return true;
-}
-
-void TableSink::endGatheredRow() {
-    if (!isGathering) return;
-    isGathering = false;
-    writeRow(gatheredTime);
-}
-
-void TableSink::writeRow(double time) {
+void TableSink::writeRow(double time, const Samples& samples) {
     result->add(time, samples);
     rowCount.add(1);
-    for (std::size_t i = 0; i < samples.size(); ++i)
-        if (samples[i] != nullptr && !getIsFinite(*samples[i])) noteNonFinite(i, time);
-}
-
-void TableSink::noteNonFinite(std::size_t pin, double time) {
-    const MatrixXd& sample = *samples[pin];
-    for (Eigen::Index i = 0; i < sample.size(); ++i) {
-        if (std::isfinite(sample.data()[i])) continue;
-        ++account.nonFiniteOfPin[pin];
-        if (account.nonFiniteValues++ > 0) continue;
-        account.firstTime = time;
-        account.firstRow = rowCount.get();
-        account.firstColumn = columns.getName(inputs[pin].getName(), static_cast<std::size_t>(i));
-    }
 }
 
 void TableSink::complete() {

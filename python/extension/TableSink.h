@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "framework/transport/InputPin.h"
-#include "host/ends/Sink.h"
-#include "host/recording/ResultColumns.h"
+#include "host/recording/RowSink.h"
 
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -63,55 +60,32 @@ private:
 
 /// A `RecordingSink` that keeps its table in memory: the same settings, names and rows; of the file
 /// nothing is touched.
-class TableSink final : public Quillmere::Host::Sink {
+class TableSink final : public Quillmere::Host::RowSink {
 public:
     static constexpr const char* kTypeName = "TableSink";
 
     TableSink(const std::string& instanceName, std::shared_ptr<TableResult> tableResult);
     ~TableSink() override;
 
-    void process() override;
     const char* getTypeName() const override { return kTypeName; }
 
-    void configure(const Quillmere::Host::GraphDescription::Block& description, const std::string& folder,
-                   Quillmere::Host::Complaints& complaints) override;
-    bool getMakesPins() const override { return true; }
-    Quillmere::Core::AbstractInputPin* makePin(const std::string& name) override;
-    void checkPins(Quillmere::Host::Complaints& complaints) const override {
-        columns.check(inputs, complaints);
-    }
     void setUnit(const Quillmere::Core::AbstractInputPin& pin, const std::string& unit) override;
     void open() override;
-    void setStreamTime(double seconds) override { streamTime = seconds; }
-    void setGathersByTime(bool flag) override { gathersByTime = flag; }
     void finish() override { endGatheredRow(); }
     void complete() override;
     void abandon() override;
     void discard() override;
     std::uint64_t getRows() const override { return rowCount.get(); }
     bool getIsComplete() const override { return isComplete; }
-    Quillmere::Host::ResultAccount getAccount() const override { return account; }
 
 private:
-    void gather(std::size_t pin);
-    bool getIsRowFull() const;
-    void endGatheredRow();
-    void writeRow(double time);
-    void noteNonFinite(std::size_t pin, double time);
+    bool takeOwn(const Quillmere::Host::GraphDescription::Setting& setting, const std::string& folder,
+                 Quillmere::Host::Complaints& complaints) override;
+    void writeRow(double time, const Samples& samples) override;
 
     const std::shared_ptr<TableResult> result;
-    Quillmere::Host::ResultColumns columns;
     std::unordered_map<std::string, std::string> units;
-    std::unordered_map<std::string, Quillmere::Core::InputPin<Quillmere::Core::MatrixXd>*> inputsByName;
-    std::deque<Quillmere::Core::InputPin<Quillmere::Core::MatrixXd>> inputs; ///< Pins can't move.
-    Quillmere::Host::ResultAccount account;
     Quillmere::Core::Tally rowCount;
-    std::vector<const Quillmere::Core::MatrixXd*> samples; ///< Of a row, null where nothing came.
-    std::vector<Quillmere::Core::MatrixXd> gathered;       ///< Of a row that is gathered by its time.
-    double streamTime = 0.0;                               ///< Seconds, as the next.
-    double gatheredTime = 0.0;
-    bool gathersByTime = false;
-    bool isGathering = false;
     bool isComplete = false;
 };
 

@@ -44,6 +44,12 @@ protected:
         wishes.takeCut(setting, complaints);
         complaints.raise();
     }
+    static CurveWishes wishesOf(const std::string& start, const std::string& end) {
+        CurveWishes wishes;
+        cut(wishes, "start", start);
+        cut(wishes, "end", end);
+        return wishes;
+    }
     /// `time:value` of each piece, `!` where it is broken off.
     static std::string told(const Curve& curve) {
         std::string text;
@@ -179,15 +185,9 @@ TEST_F(RecordingCurvesTest, CutsByTimesAsAnAxisTellsThem) {
                  {"0:00:30", "1:30", "30.:2.0 60.:3.0"},
                  {"0.5 min", "1:00.5", "30.:2.0 60.:3.0"},
                  {"60:00", "60:01", "360:5.0"}};
-    for (const auto& one : cases) {
-        CurveWishes wishes;
-        cut(wishes, "start", one.start);
-        cut(wishes, "end", one.end);
-        EXPECT_EQ(told(read(rows, wishes).curves[0]), one.kept) << one.start;
-    }
-    CurveWishes reversed;
-    cut(reversed, "start", "1:00");
-    cut(reversed, "end", "30");
+    for (const auto& one : cases)
+        EXPECT_EQ(told(read(rows, wishesOf(one.start, one.end)).curves[0]), one.kept) << one.start;
+    const CurveWishes reversed = wishesOf("1:00", "30");
     Complaints complaints;
     reversed.finish(complaints);
     ASSERT_FALSE(complaints.isEmpty());
@@ -221,9 +221,7 @@ TEST_F(RecordingCurvesTest, CutsByTheAxisAndByTheTimeOfDayWhereTimesAreDates) {
                  {"23:59:58.5", "2019-08-07 00:00:00", "1.0:2.0"},
                  {"1", "0:02", "1.0:2.0"}};
     for (const auto& one : cases) {
-        CurveWishes wishes;
-        cut(wishes, "start", one.start);
-        cut(wishes, "end", one.end);
+        const CurveWishes wishes = wishesOf(one.start, one.end);
         Complaints complaints;
         wishes.finish(complaints);
         EXPECT_TRUE(complaints.isEmpty()) << one.start;
@@ -231,12 +229,8 @@ TEST_F(RecordingCurvesTest, CutsByTheAxisAndByTheTimeOfDayWhereTimesAreDates) {
     }
     const std::pair<const char*, const char*> odd[] = {
         {"0:01", "23:59:59"}, {"23:59:59", "23:59:58.5"}, {"0:02", "0:01"}, {"25:00:00", "26:00:00"}};
-    for (const auto& [start, end] : odd) {
-        CurveWishes wishes;
-        cut(wishes, "start", start);
-        cut(wishes, "end", end);
-        EXPECT_THROW(read(rows, wishes), RecordingException) << start;
-    }
+    for (const auto& [start, end] : odd)
+        EXPECT_THROW(read(rows, wishesOf(start, end)), RecordingException) << start;
 }
 
 } // namespace

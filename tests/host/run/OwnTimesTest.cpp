@@ -41,9 +41,24 @@ protected:
                "out.x}\n";
     }
 
+    /// FilterHysteresis sends in each of its steps, so that it counts them.
+    static std::string singlesBesideFrames() {
+        return std::string("format: 1\nblocks:\n") + kFrames +
+               "  - {id: single, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: "
+               "[x]}}}\n"
+               "  - {id: rows, type: Unframe, properties: {Rate: 4}}\n"
+               "  - {id: level, type: FilterHysteresis}\n"
+               "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
+               "  - {id: steps, type: RecordingSink, properties: {file: steps.csv}}\n"
+               "connections: [{from: in, to: rows}, {from: rows, to: out.x}, {from: single, to: "
+               "level.input},\n"
+               "  {from: level, to: steps.x}]\n";
+    }
+
     std::string rows;
-    const std::string kFrames = "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, "
-                                "frame: 8, pins: {x: [x]}}}\n";
+    static constexpr const char* kFrames =
+        "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, "
+        "frame: 8, pins: {x: [x]}}}\n";
 };
 
 TEST_F(OwnTimesTest, EveryRowOfAFrameComesThrough) {
@@ -59,43 +74,22 @@ TEST_F(OwnTimesTest, LiveToo) {
     EXPECT_EQ(folder.read("out.csv"), rows) << "across two";
 }
 
-// FilterHysteresis sends in each of its steps, so that it counts them.
 TEST_F(OwnTimesTest, WhatIsNotBehindThemStepsOnceARound) {
-    EXPECT_EQ(
-        run("format: 1\nblocks:\n"
-            "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, frame: 8, pins: {x: "
-            "[x]}}}\n"
-            "  - {id: single, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
-            "  - {id: rows, type: Unframe, properties: {Rate: 4}}\n"
-            "  - {id: level, type: FilterHysteresis}\n"
-            "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
-            "  - {id: steps, type: RecordingSink, properties: {file: steps.csv}}\n"
-            "connections: [{from: in, to: rows}, {from: rows, to: out.x}, {from: single, to: level.input},\n"
-            "  {from: level, to: steps.x}]\n"),
-        "");
+    EXPECT_EQ(run(singlesBesideFrames()), "");
     const std::string steps = folder.read("steps.csv");
     EXPECT_EQ(std::count(steps.begin(), steps.end(), '\n'), 1 + 50 + 400) << "rows of frames and of singles";
 }
 
 TEST_F(OwnTimesTest, NothingBesideGoesRoundMoreOftenLive) {
-    const std::string text =
-        "format: 1\nblocks:\n" + kFrames +
-        "  - {id: single, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
-        "  - {id: rows, type: Unframe, properties: {Rate: 4}}\n"
-        "  - {id: level, type: FilterHysteresis}\n"
-        "  - {id: out, type: RecordingSink, properties: {file: out.csv}}\n"
-        "  - {id: steps, type: RecordingSink, properties: {file: steps.csv}}\n"
-        "connections: [{from: in, to: rows}, {from: rows, to: out.x}, {from: single, to: level.input},\n"
-        "  {from: level, to: steps.x}]\n";
-    ASSERT_EQ(run(text), "");
+    ASSERT_EQ(run(singlesBesideFrames()), "");
     const std::string offline = folder.read("steps.csv");
-    ASSERT_EQ(runLive(text), "");
+    ASSERT_EQ(runLive(singlesBesideFrames()), "");
     EXPECT_EQ(folder.read("steps.csv"), offline);
 }
 
 TEST_F(OwnTimesTest, ALoopTakesAllWhoeverStandsFirst) {
     const std::string text =
-        "format: 1\nblocks:\n" + kFrames +
+        std::string("format: 1\nblocks:\n") + kFrames +
         "  - {id: rows, type: Unframe, properties: {Rate: 4}}\n"
         "  - {id: back, type: FilterGain}\n"
         "  - {id: sum, type: OddSum}\n"
@@ -117,7 +111,7 @@ TEST_F(OwnTimesTest, ALoopTakesAllWhoeverStandsFirst) {
 
 TEST_F(OwnTimesTest, SinksBehindThemGatherByTimeOverWhateverInput) {
     const std::string text =
-        "format: 1\nblocks:\n" + kFrames +
+        std::string("format: 1\nblocks:\n") + kFrames +
         "  - {id: one, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
         "  - {id: two, type: RecordingSource, properties: {file: in.csv, time: t, pins: {x: [x]}}}\n"
         "  - {id: rows, type: Unframe, properties: {Rate: 4}}\n"
