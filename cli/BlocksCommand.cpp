@@ -60,7 +60,7 @@ ExitCode BlocksCommand::run() {
     } else {
         Complaints complaints;
         const BlockPages pages = BlockPage::readAll(catalogue, complaints);
-        std::cout << (asJson ? Json::blockTypes(catalogue, pages) + "\n" : listText(catalogue, pages));
+        std::cout << (asJson ? Json::blockManuals(catalogue, pages) + "\n" : listText(catalogue, pages));
         printComplaints(complaints);
     }
     return kDone;
@@ -74,9 +74,7 @@ void BlocksCommand::showType(const BlockCatalogue& catalogue) const {
     const auto* const hostBlock = dynamic_cast<const HostBlock*>(block.get());
     const std::string plugin = catalogue.getPluginName(type);
     if (asJson) {
-        std::cout << (hostBlock != nullptr ? Json::hostBlock(*hostBlock, plugin, told)
-                                           : Json::block(describe(*block), plugin, told))
-                  << "\n";
+        std::cout << Json::blockOf(*block, catalogue, told) << "\n";
     } else {
         const std::string origin =
             catalogue.getIsHostType(type) ? "host" : plugin + " " + catalogue.getPluginVersion(type);

@@ -112,6 +112,8 @@ private:
     struct Opened;
 
     void checkOutput();
+    void keepInputs() const;
+    bool getIsInput(const std::string& name) const;
     void checkPage() const;
     bool open(const Quillmere::Host::InspectionSettings& said, const Quillmere::Host::CurveWishes& wishes,
               std::deque<Opened>& opened) const;

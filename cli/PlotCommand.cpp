@@ -89,6 +89,7 @@ ExitCode PlotCommand::run() {
     std::vector<PlottedRecording> recordings;
     try {
         if (!open(said, wishes, opened)) return kNothingRun;
+        keepInputs();
     } catch (const InterruptedException& exception) {
         std::cerr << "quillmere: " << exception.what() << "\n";
         return kFailedMidway;
@@ -133,9 +134,20 @@ void PlotCommand::checkOutput() {
     }
     if (isText && getIsStandardStream(output))
         throw UsageError({{kOutputOption}, "standard output, where --text prints", "a file"});
-    checkPicture(kOutputOption, output, overwrites);
+    if (!getIsInput(output)) checkPicture(kOutputOption, output, overwrites);
+}
+
+/// Where the picture would replace what is read, the file is looked at first: it may be no recording at all.
+void PlotCommand::keepInputs() const {
     for (const std::string& file : files)
-        keepFromSideFile(kOutputOption, output, file, "the recording");
+        if (!output.empty()) keepFromSideFile(kOutputOption, output, file, "the recording");
+}
+
+bool PlotCommand::getIsInput(const std::string& name) const {
+    std::error_code error; // of what isn't there, which can't be the same
+    return std::any_of(files.begin(), files.end(), [&](const std::string& file) {
+        return std::filesystem::equivalent(name, file, error);
+    });
 }
 
 void PlotCommand::checkPage() const {

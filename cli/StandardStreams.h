@@ -10,7 +10,8 @@ namespace Cli {
 /// the program's end.
 void guardStandardStreams();
 
-/// Hands over everything that was printed. Where that fails it says so, and `kDone` becomes `kFailedMidway`.
+/// Hands over everything that was printed. Where that fails it says so, unless who reads it has gone away,
+/// and `kDone` becomes `kFailedMidway`.
 /// Requires: nothing is printed any more.
 ExitCode finishStandardOutput(ExitCode code);
 

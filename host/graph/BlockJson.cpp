@@ -137,8 +137,8 @@ void addPage(Members& members, const BlockPage& page) {
     if (!page.related.empty()) members.emplace_back("related", listOfTexts(page.related));
 }
 
-Text whole(const BlockDescription& description, const Text& properties, const Text& plugin,
-           const BlockPage& page) {
+Members whole(const BlockDescription& description, const Text& properties, const Text& plugin,
+              const BlockPage& page) {
     std::vector<Text> inputs;
     for (const BlockDescription::Pin& pin : description.inputs)
         inputs.push_back(input(pin, page));
@@ -151,11 +151,39 @@ Text whole(const BlockDescription& description, const Text& properties, const Te
                     {"properties", properties},
                     {"plugin", plugin}};
     addPage(members, page);
-    return object(members);
+    return members;
 }
 
 BlockPage orNone(const BlockPage* page) {
     return page == nullptr ? BlockPage{} : *page;
+}
+Members membersOf(const BlockDescription& description, const std::string& plugin, const BlockPage& page) {
+    return whole(description, settings(description.properties, page), text(plugin), page);
+}
+
+Members membersOf(const HostBlock& described, const std::string& plugin, const BlockPage& page) {
+    return whole(describe(described), settings(described.getSettingDescriptions()),
+                 plugin.empty() ? null() : text(plugin), page);
+}
+
+Members membersOf(const Core::Filter& living, const BlockCatalogue& catalogue, const BlockPage& page) {
+    const std::string plugin = catalogue.getPluginName(living.getTypeName());
+    const auto* const end = dynamic_cast<const HostBlock*>(&living);
+    return end != nullptr ? membersOf(*end, plugin, page) : membersOf(describe(living), plugin, page);
+}
+
+/// Behind what is told of each block what is told of all.
+Text typesOf(const std::vector<Text>& blocks, const BlockCatalogue& catalogue,
+             const std::map<std::string, BlockPage>& pages, const Members& more) {
+    Members purposes;
+    for (const std::string& name : catalogue.getHostTypeNames())
+        if (const auto page = pages.find(name); page != pages.end())
+            addText(purposes, name.c_str(), page->second.purpose);
+    Members members{{"blocks", list(blocks)},
+                    {"hostBlocks", listOfTexts(catalogue.getHostTypeNames())},
+                    {"hostPurposes", object(purposes)}};
+    members.insert(members.end(), more.begin(), more.end());
+    return object(members);
 }
 } // namespace
 
@@ -171,14 +199,16 @@ Text setting(const PropertyDescription& property) {
     return object(membersOf(property));
 }
 
+Text blockOf(const Core::Filter& living, const BlockCatalogue& catalogue, const BlockPage* page) {
+    return object(membersOf(living, catalogue, orNone(page)));
+}
+
 Text block(const BlockDescription& description, const std::string& plugin, const BlockPage* page) {
-    const BlockPage told = orNone(page);
-    return whole(description, settings(description.properties, told), text(plugin), told);
+    return object(membersOf(description, plugin, orNone(page)));
 }
 
 Text hostBlock(const HostBlock& described, const std::string& plugin, const BlockPage* page) {
-    return whole(describe(described), settings(described.getSettingDescriptions()),
-                 plugin.empty() ? null() : text(plugin), orNone(page));
+    return object(membersOf(described, plugin, orNone(page)));
 }
 
 Text blockTypes(const BlockCatalogue& catalogue, const std::map<std::string, BlockPage>& pages) {
@@ -193,13 +223,25 @@ Text blockTypes(const BlockCatalogue& catalogue, const std::map<std::string, Blo
         }
         blocks.push_back(object(members));
     }
-    Members purposes;
-    for (const std::string& name : catalogue.getHostTypeNames())
-        if (const auto page = pages.find(name); page != pages.end())
-            addText(purposes, name.c_str(), page->second.purpose);
-    return object({{"blocks", list(blocks)},
-                   {"hostBlocks", listOfTexts(catalogue.getHostTypeNames())},
-                   {"hostPurposes", object(purposes)}});
+    return typesOf(blocks, catalogue, pages, {});
+}
+
+Text blockManuals(const BlockCatalogue& catalogue, const std::map<std::string, BlockPage>& pages) {
+    const auto told = [&](const std::string& type) {
+        const auto page = pages.find(type);
+        return membersOf(*catalogue.create(type, type), catalogue,
+                         page == pages.end() ? BlockPage{} : page->second);
+    };
+    std::vector<Text> blocks;
+    for (const std::string& type : catalogue.getTypeNames()) {
+        Members members = told(type);
+        members.emplace_back("version", text(catalogue.getPluginVersion(type)));
+        blocks.push_back(object(members));
+    }
+    std::vector<Text> ofHost;
+    for (const std::string& type : catalogue.getHostTypeNames())
+        ofHost.push_back(object(told(type)));
+    return typesOf(blocks, catalogue, pages, {{"hostManuals", list(ofHost)}});
 }
 
 } // namespace Quillmere::Host::Json

@@ -20,6 +20,10 @@ QUILLMERE_API Text heldValue(const PropertyDescription::Held& held);
 /// A setting with kind, value as its default, limits and labels.
 QUILLMERE_API Text setting(const PropertyDescription& property);
 
+/// A block of the catalogue as what it is, `block` or `hostBlock`.
+QUILLMERE_API Text blockOf(const Core::Filter& living, const BlockCatalogue& catalogue,
+                           const BlockPage* page = nullptr);
+
 /// A block of a plug-in with pins and settings, and what its page says of each and of the whole; null for a
 /// block without one.
 QUILLMERE_API Text block(const BlockDescription& description, const std::string& plugin,
@@ -33,5 +37,10 @@ QUILLMERE_API Text hostBlock(const HostBlock& described, const std::string& plug
 /// The names of all types, with the plug-ins that they come from, and what their pages say they are for.
 QUILLMERE_API Text blockTypes(const BlockCatalogue& catalogue,
                               const std::map<std::string, BlockPage>& pages = {});
+
+/// The same with all that there is to tell of each block: what `block` and `hostBlock` do. Raises what
+/// creating one raises.
+QUILLMERE_API Text blockManuals(const BlockCatalogue& catalogue,
+                                const std::map<std::string, BlockPage>& pages);
 
 } // namespace Quillmere::Host::Json

@@ -21,7 +21,9 @@ HeatScale::HeatScale(double lowest, double highest) {
 
 double HeatScale::getPart(double value) const {
     if (value <= low) return 0.0;
-    return isDecibels ? 1.0 + decibels(value / high) / kDepth : (value - low) / (high - low);
+    if (isDecibels) return 1.0 + decibels(value / high) / kDepth;
+    if (std::isfinite(high - low)) return (value - low) / (high - low);
+    return (value / 2.0 - low / 2.0) / (high / 2.0 - low / 2.0);
 }
 
 } // namespace Quillmere::Host

@@ -59,9 +59,12 @@ Things sortedByPlace(Things things) {
 Complaint Complaint::unknown(Place where, std::string found, const std::string& name,
                              const std::vector<std::string>& known, const std::string& expected,
                              const std::string& otherwise) {
+    constexpr std::size_t kFew = 3; // of many, in front of the one that is meant
     const bool hasNone = known.empty() && !otherwise.empty();
-    return {std::move(where), std::move(found), hasNone ? otherwise : expected + listOfNames(known),
-            nearestName(name, known)};
+    std::string nearest = nearestName(name, known);
+    const std::size_t most = known.size() > kMostNames && !nearest.empty() ? kFew : kMostNames;
+    return {std::move(where), std::move(found), hasNone ? otherwise : expected + listOfNames(known, most),
+            std::move(nearest)};
 }
 
 Complaint Complaint::sentence(Place where, std::string found, std::string expected, Form form) {

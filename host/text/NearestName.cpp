@@ -44,11 +44,12 @@ std::size_t distance(const std::string& a, const std::string& b) {
     return last[b.size()];
 }
 
-/// The one name that begins with what was written.
-std::string onlyCompletion(const std::string& wanted, const std::vector<std::string>& known) {
+/// The one name of which what was written is the begin or the end, by `getIsPart` of folded names.
+template <class Part>
+std::string onlyWhole(const std::string& wanted, const std::vector<std::string>& known, Part getIsPart) {
     constexpr std::size_t kShortest = 3;
     const auto completes = [&](const std::string& candidate) {
-        return candidate.size() <= kLongestMeant && folded(candidate).starts_with(wanted);
+        return candidate.size() <= kLongestMeant && getIsPart(folded(candidate));
     };
     if (wanted.size() < kShortest || std::count_if(known.begin(), known.end(), completes) != 1) return {};
     return *std::find_if(known.begin(), known.end(), completes);
@@ -75,14 +76,18 @@ std::string nearestName(const std::string& name, const std::vector<std::string>&
             nearest = candidate;
         }
     }
-    return nearest.empty() ? onlyCompletion(wanted, known) : nearest;
+    if (nearest.empty())
+        nearest =
+            onlyWhole(wanted, known, [&](const std::string& whole) { return whole.starts_with(wanted); });
+    if (nearest.empty())
+        nearest = onlyWhole(wanted, known, [&](const std::string& whole) { return whole.ends_with(wanted); });
+    return nearest;
 }
 
-std::string listOfNames(const std::vector<std::string>& names) {
-    constexpr std::size_t kMost = 12;
+std::string listOfNames(const std::vector<std::string>& names, std::size_t most) {
     if (names.empty()) return "nothing";
     std::string text = printable(names.front(), kLongestName);
-    const std::size_t shown = std::min(names.size(), kMost);
+    const std::size_t shown = std::min(names.size(), most);
     for (std::size_t i = 1; i < shown; ++i)
         text += (i + 1 == names.size() ? " and " : ", ") + printable(names[i], kLongestName);
     if (names.size() > shown) text += " and " + std::to_string(names.size() - shown) + " more";

@@ -57,7 +57,7 @@ def host_types() -> list[str]:
     """The types of sources and sinks."""
 
 def catalogue() -> dict[str, Any]:
-    """All types, with what their pages say they are for: what `quillmere blocks --json` prints."""
+    """All types, with their plug-ins and what their pages say they are for."""
 
 def describe(type: str) -> dict[str, Any]:
     """A block type with its page: what `quillmere blocks TYPE --json` prints. Raises `Error` for an unknown

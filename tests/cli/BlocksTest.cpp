@@ -180,6 +180,7 @@ TEST_F(Blocks, JsonHoldsTheSame) {
     EXPECT_EQ(list.at("blocks").at(0).at("plugin"), "Velmarind");
     EXPECT_EQ(list.at("blocks").at(0).at("category"), "rate and selection");
     EXPECT_FALSE(list.at("blocks").at(0).at("purpose").get<std::string>().empty());
+    EXPECT_FALSE(list.at("blocks").at(0).at("version").get<std::string>().empty());
     const auto odd =
         nlohmann::json::parse(call({"blocks", "OddSettings", "--json", "--plugin", ODD_PLUGIN}).out);
     EXPECT_EQ(odd.at("type"), "OddSettings");
@@ -203,6 +204,27 @@ TEST_F(Blocks, JsonHoldsTheSame) {
     const auto sink = nlohmann::json::parse(call({"blocks", "RecordingSink", "--json"}).out);
     EXPECT_EQ(sink.at("properties").at(0).at("name"), "file");
     EXPECT_TRUE(sink.at("plugin").is_null());
+}
+
+TEST_F(Blocks, JsonOfAllHoldsTheWholeOfEach) {
+    const auto list = nlohmann::json::parse(call({"blocks", "--json"}).out);
+    for (nlohmann::json block : list.at("blocks")) {
+        block.erase("version");
+        if (block.at("type") == "FilterGain" || block.at("type") == "Join")
+            EXPECT_EQ(block, nlohmann::json::parse(call({"blocks", block.at("type"), "--json"}).out));
+        EXPECT_TRUE(block.contains("properties")) << block.at("type");
+    }
+    const auto& ofHost = list.at("hostManuals");
+    ASSERT_EQ(ofHost.size(), list.at("hostBlocks").size());
+    EXPECT_EQ(ofHost.at(1), nlohmann::json::parse(call({"blocks", "RecordingSink", "--json"}).out));
+}
+
+TEST_F(Blocks, ATypeIsFoundByItsEnd) {
+    EXPECT_EQ(call({"blocks", "Nrom"}).err,
+              "quillmere: found the block type 'Nrom'; expected one of FilterDiscarder, FilterResample, "
+              "FilterMerge and 44 more; did you mean Norm?\n");
+    EXPECT_TRUE(call({"blocks", "fft"}).err.ends_with("did you mean FilterFFT?\n"));
+    EXPECT_TRUE(call({"blocks", "Butterworth"}).err.ends_with("did you mean FilterButterworth?\n"));
 }
 
 TEST_F(Blocks, JsonHoldsThePageToo) {

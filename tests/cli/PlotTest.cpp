@@ -22,6 +22,18 @@ protected:
                     (row < 100 ? "0" : "1") + "\n";
         folder.write("walk.csv", walk);
     }
+    /// A row of twenty values for each second from `first` to 4.
+    void writeSpectra(const std::string& time, int first) const {
+        std::string spectra = time;
+        for (int i = 0; i < 20; ++i)
+            spectra += ",s[" + std::to_string(i) + "]";
+        for (int row = first; row < 5; ++row) {
+            spectra += "\n" + std::to_string(row);
+            for (int i = 0; i < 20; ++i)
+                spectra += "," + std::to_string(i * row);
+        }
+        folder.write("spectra.csv", spectra + "\n");
+    }
     Ended plot(Strings arguments) const {
         arguments.insert(arguments.begin(), "plot");
         return call(arguments);
@@ -107,15 +119,7 @@ TEST_F(PlotCommand, AnInputThatIsNoneIsAsWrongAsForInspect) {
 TEST_F(PlotCommand, ABandIsToldWhatIsWrongWithIt) {
     EXPECT_EQ(plot({"walk.csv", "--band", "15,1"}).err,
               "quillmere: --band: found '15,1'; expected the lower number first, as in 1,15\n");
-    std::string spectra = "t";
-    for (int i = 0; i < 20; ++i)
-        spectra += ",s[" + std::to_string(i) + "]";
-    for (int row = 0; row < 5; ++row) {
-        spectra += "\n" + std::to_string(row);
-        for (int i = 0; i < 20; ++i)
-            spectra += "," + std::to_string(i * row);
-    }
-    folder.write("spectra.csv", spectra + "\n");
+    writeSpectra("t", 0);
     const Ended ended = plot({"spectra.csv", "--set", "time=t", "--band", "100,200", "--apart", "0.25 Hz"});
     EXPECT_EQ(ended.exitCode, 1);
     EXPECT_EQ(ended.err,
@@ -235,15 +239,7 @@ TEST_F(PlotCommand, TellsOfRowsWhoseTimesGoBack) {
 }
 
 TEST_F(PlotCommand, ASpectrumOfATimeThatIsNotThereIsTold) {
-    std::string spectra = "time (s)";
-    for (int i = 0; i < 20; ++i)
-        spectra += ",s[" + std::to_string(i) + "]";
-    for (int row = 1; row < 5; ++row) {
-        spectra += "\n" + std::to_string(row);
-        for (int i = 0; i < 20; ++i)
-            spectra += "," + std::to_string(i * row);
-    }
-    folder.write("spectra.csv", spectra + "\n");
+    writeSpectra("time (s)", 1);
     EXPECT_EQ(plot({"spectra.csv", "--at", "0.5,2,300"}).err,
               "quillmere: --at 0.5: in front of the first spectrum, which is drawn: that of 1 s\n"
               "quillmere: --at 300: behind the last spectrum, which is drawn: that of 4 s\n");
@@ -260,6 +256,19 @@ TEST_F(PlotCommand, AWayIsDrawnAsItWasGone) {
     const std::size_t begin = svg.find(" d=\"M", curve) + 5;
     const std::string line = svg.substr(begin, svg.find('"', begin) - begin);
     EXPECT_EQ(std::count(line.begin(), line.end(), ' '), 8) << line;
+}
+
+TEST_F(PlotCommand, APictureIsNoRecordingThoughItStandsWhereItsOwnWould) {
+    folder.write("k.svg", "<svg xmlns='http://www.w3.org/2000/svg'></svg>\n");
+    folder.write("side/k.svg", folder.read("k.svg"));
+    const std::string refusal = plot({"side/k.svg"}).err;
+    EXPECT_NE(refusal.find("found a picture; expected a recording"), std::string::npos) << refusal;
+    EXPECT_NE(plot({"k.svg"}).err.find("found a picture; expected a recording"), std::string::npos);
+    EXPECT_NE(plot({"k.svg", "--overwrite"}).err.find("found a picture"), std::string::npos);
+    folder.write("rows.svg", folder.read("walk.csv"));
+    EXPECT_EQ(plot({"rows.svg", "--overwrite"}).err,
+              "quillmere: --output: found the recording 'rows.svg'; expected a file that isn't read\n");
+    EXPECT_EQ(folder.read("rows.svg"), folder.read("walk.csv"));
 }
 
 TEST_F(PlotCommand, StartsAtATimeAsTheAxisTellsIt) {

@@ -28,6 +28,16 @@ TEST(HeatScale, IsEvenWhereSomeAre) {
     EXPECT_EQ(swing.getPart(3.0), 1.0);
 }
 
+TEST(HeatScale, TheRangeMayBeMoreThanANumberCanBe) {
+    const double most = std::numeric_limits<double>::max();
+    const HeatScale wide(-most, most);
+    EXPECT_EQ(wide.getPart(-most), 0.0);
+    EXPECT_EQ(wide.getPart(0.0), 0.5);
+    EXPECT_EQ(wide.getPart(most), 1.0);
+    const double least = std::numeric_limits<double>::denorm_min();
+    EXPECT_EQ(HeatScale(-least, least).getPart(0.0), 0.5);
+}
+
 TEST(HeatScale, OfNothingOrOneValueHasAColour) {
     const double endless = std::numeric_limits<double>::infinity();
     EXPECT_EQ(HeatScale(endless, -endless).getPart(0.0), 0.0);

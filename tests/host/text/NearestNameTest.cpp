@@ -31,6 +31,9 @@ const Row kRows[] = {
     {.name = "Gain", .known = {"FilterThresholdLeveler"}, .nearest = ""},
     {.name = "main", .known = {"aux", "main in.put"}, .nearest = "main in.put"},
     {.name = "low", .known = {"LowThreshold", "LowRelativeCutOffFreq"}, .nearest = ""},
+    {.name = "fft", .known = {"FilterIFFT2", "FilterFFT", "Norm"}, .nearest = "FilterFFT"},
+    {.name = "Detector", .known = {"AnyDetector", "OtherDetector"}, .nearest = ""},
+    {.name = "or", .known = {"FilterOr"}, .nearest = ""},
     {.name = "gian", .known = {"gain", "gin"}, .nearest = "gain"},
     {.name = "anything", .known = {}, .nearest = ""},
     {.name = "", .known = {"a"}, .nearest = ""},
@@ -48,6 +51,7 @@ TEST(NearestName, ListsReadLikeSentences) {
     EXPECT_EQ(listOfNames({"a", "b", "c"}), "a, b and c");
     EXPECT_EQ(listOfNames(std::vector<std::string>(14, "x")),
               "x, x, x, x, x, x, x, x, x, x, x, x and 2 more");
+    EXPECT_EQ(listOfNames({"a", "b", "c"}, 2), "a, b and 1 more");
 }
 
 } // namespace
