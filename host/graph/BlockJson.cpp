@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/graph/BlockJson.h"
 
+#include "host/plugins/PluginLibrary.h"
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -227,10 +229,16 @@ Text blockTypes(const BlockCatalogue& catalogue, const std::map<std::string, Blo
 }
 
 Text blockManuals(const BlockCatalogue& catalogue, const std::map<std::string, BlockPage>& pages) {
-    const auto told = [&](const std::string& type) {
+    const auto told = [&](const std::string& type) -> Members {
         const auto page = pages.find(type);
-        return membersOf(*catalogue.create(type, type), catalogue,
-                         page == pages.end() ? BlockPage{} : page->second);
+        try {
+            return membersOf(*catalogue.create(type, type), catalogue,
+                             page == pages.end() ? BlockPage{} : page->second);
+        } catch (const PluginException& exception) {
+            return {{"type", text(type)},
+                    {"plugin", text(catalogue.getPluginName(type))},
+                    {"failure", text(exception.what())}};
+        }
     };
     std::vector<Text> blocks;
     for (const std::string& type : catalogue.getTypeNames()) {

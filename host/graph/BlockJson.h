@@ -38,8 +38,8 @@ QUILLMERE_API Text hostBlock(const HostBlock& described, const std::string& plug
 QUILLMERE_API Text blockTypes(const BlockCatalogue& catalogue,
                               const std::map<std::string, BlockPage>& pages = {});
 
-/// The same with all that there is to tell of each block: what `block` and `hostBlock` do. Raises what
-/// creating one raises.
+/// The same with all that there is to tell of each block: what `block` and `hostBlock` do. Of one that can't
+/// be created it tells why, as `failure`.
 QUILLMERE_API Text blockManuals(const BlockCatalogue& catalogue,
                                 const std::map<std::string, BlockPage>& pages);
 

@@ -210,8 +210,9 @@ TEST_F(Blocks, JsonOfAllHoldsTheWholeOfEach) {
     const auto list = nlohmann::json::parse(call({"blocks", "--json"}).out);
     for (nlohmann::json block : list.at("blocks")) {
         block.erase("version");
-        if (block.at("type") == "FilterGain" || block.at("type") == "Join")
+        if (block.at("type") == "FilterGain" || block.at("type") == "Join") {
             EXPECT_EQ(block, nlohmann::json::parse(call({"blocks", block.at("type"), "--json"}).out));
+        }
         EXPECT_TRUE(block.contains("properties")) << block.at("type");
     }
     const auto& ofHost = list.at("hostManuals");
@@ -220,9 +221,12 @@ TEST_F(Blocks, JsonOfAllHoldsTheWholeOfEach) {
 }
 
 TEST_F(Blocks, ATypeIsFoundByItsEnd) {
-    EXPECT_EQ(call({"blocks", "Nrom"}).err,
-              "quillmere: found the block type 'Nrom'; expected one of FilterDiscarder, FilterResample, "
-              "FilterMerge and 44 more; did you mean Norm?\n");
+    const std::string swapped = call({"blocks", "Nrom"}).err;
+    EXPECT_TRUE(
+        swapped.starts_with("quillmere: found the block type 'Nrom'; expected one of FilterAbsoluteErode, "
+                            "FilterBandPass, FilterBessel and "))
+        << swapped;
+    EXPECT_TRUE(swapped.ends_with(" more; did you mean Norm?\n")) << swapped;
     EXPECT_TRUE(call({"blocks", "fft"}).err.ends_with("did you mean FilterFFT?\n"));
     EXPECT_TRUE(call({"blocks", "Butterworth"}).err.ends_with("did you mean FilterButterworth?\n"));
 }

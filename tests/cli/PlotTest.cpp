@@ -260,6 +260,7 @@ TEST_F(PlotCommand, AWayIsDrawnAsItWasGone) {
 
 TEST_F(PlotCommand, APictureIsNoRecordingThoughItStandsWhereItsOwnWould) {
     folder.write("k.svg", "<svg xmlns='http://www.w3.org/2000/svg'></svg>\n");
+    std::filesystem::create_directory(folder.path("side"));
     folder.write("side/k.svg", folder.read("k.svg"));
     const std::string refusal = plot({"side/k.svg"}).err;
     EXPECT_NE(refusal.find("found a picture; expected a recording"), std::string::npos) << refusal;

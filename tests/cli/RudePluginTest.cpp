@@ -86,6 +86,15 @@ TEST_F(RudeCommand, ABlockThatCannotBeMadeIsAComplaintWithItsPlace) {
     }
 }
 
+TEST_F(RudeCommand, ABlockThatCannotBeMadeDoesNotHideTheOthers) {
+    const Ended listed = call({"blocks", "--json"});
+    EXPECT_EQ(listed.exitCode, 0) << listed.err;
+    const std::size_t made = listed.out.find("\"type\": \"RudeMade\"");
+    ASSERT_NE(made, std::string::npos);
+    EXPECT_LT(listed.out.find("\"failure\": ", made) - made, 100u);
+    EXPECT_NE(listed.out.find("\"type\": \"RudeStep\""), std::string::npos);
+}
+
 TEST_F(RudeCommand, AHandlerThatRaisesAtASettingEndsInOrder) {
     for (const char* const number : {"false", "true"}) {
         const Ended ended =

@@ -32,7 +32,7 @@ const Row kRows[] = {
     {.name = "main", .known = {"aux", "main in.put"}, .nearest = "main in.put"},
     {.name = "low", .known = {"LowThreshold", "LowRelativeCutOffFreq"}, .nearest = ""},
     {.name = "fft", .known = {"FilterIFFT2", "FilterFFT", "Norm"}, .nearest = "FilterFFT"},
-    {.name = "Detector", .known = {"AnyDetector", "OtherDetector"}, .nearest = ""},
+    {.name = "Detector", .known = {"SaturationDetector", "MagnetismDetector"}, .nearest = ""},
     {.name = "or", .known = {"FilterOr"}, .nearest = ""},
     {.name = "gian", .known = {"gain", "gin"}, .nearest = "gain"},
     {.name = "anything", .known = {}, .nearest = ""},
