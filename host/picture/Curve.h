@@ -19,11 +19,22 @@ struct QUILLMERE_API Curve {
     enum class Style { Line, Marks, Level };
 
     Curve(std::string curveName, std::string curveUnit, std::size_t mostPieces)
-        : name(std::move(curveName)), unit(std::move(curveUnit)), envelope(mostPieces), path(8 * mostPieces) {
-    }
+        : Curve(std::move(curveName), std::move(curveUnit), mostPieces, 8 * mostPieces) {}
+    Curve(std::string curveName, std::string curveUnit, std::size_t mostPieces, std::size_t mostPoints)
+        : name(std::move(curveName)), unit(std::move(curveUnit)), envelope(mostPieces), path(mostPoints) {}
 
-    /// Of a column of a table with so many rows: zeros and ones without a unit are a level; what few rows
-    /// have, at no even distance, are events. A slow sensor beside a fast one is even.
+    // What pictures and pages go by, each in its own way.
+
+    /// Whether it is on or off: zeros and ones that nobody states a unit of.
+    static bool getIsLevel(const Envelope& envelope, const std::string& unit);
+    /// Whether few of so many rows have it, as a rule.
+    static bool getIsRare(const Envelope& envelope, std::uint64_t rows);
+    /// Whether there is a distance that its samples have as a rule, be it another one later: no line would
+    /// join what comes now and then. Heartbeats have one, and so has a slow sensor beside a fast one.
+    static bool getIsEven(const Envelope& envelope);
+
+    /// Of a column of a table with so many rows: a level, marks where it is rare and at no even distance,
+    /// else a line.
     Style getStyle(std::uint64_t rows) const;
 
     std::string name; ///< Without its unit.

@@ -56,12 +56,17 @@ void RecordingCurves::choose() {
         table.columnsLeftOut = drawn.size() - kMostColumns;
         drawn.resize(kMostColumns);
     }
+    const bool isOfPicture = wishes.mostPieces == 0;
+    const std::size_t ofPicture = mostPiecesOf(drawn.size());
+    const std::size_t pieces =
+        isOfPicture ? ofPicture
+                    : std::max(wishes.mostPieces / std::max<std::size_t>(drawn.size(), 1), kFewPieces);
+    // A path grows to twice as many points, each of which has two numbers, as a piece has.
+    const std::size_t points = isOfPicture ? 8 * pieces : std::min(pieces / 2, 8 * ofPicture);
     for (const std::size_t column : drawn) {
         chosen.push_back(column);
-        table.curves.emplace_back(shownName(columns[column].name, units[column]), units[column],
-                                  wishes.mostPieces > 0
-                                      ? std::max(wishes.mostPieces / drawn.size(), kFewPieces)
-                                      : mostPiecesOf(drawn.size()));
+        table.curves.emplace_back(shownName(columns[column].name, units[column]), units[column], pieces,
+                                  points);
         scales.push_back(1.0);
         for (const CurveWishes::Scale& scale : wishes.scales) {
             if (!getMeansColumn(scale.column, columns[column].name)) continue;

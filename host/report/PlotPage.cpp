@@ -71,6 +71,12 @@ ReportSignal signalOf(const Picture& picture, const Items& items, const std::str
     ReportSignal signal(name, SignalCurves(std::move(columns), samplesOf(picture.getCurve(items.front()))));
     signal.unit = unit;
     signal.columns = std::move(names);
+    const bool goesBack = std::any_of(items.begin(), items.end(), [&](const Panel::Item& item) {
+        return !picture.getCurve(item).path.getIsEmpty();
+    });
+    if (goesBack && items.size() <= SignalCurves::kMostCurves)
+        for (const Panel::Item& item : items)
+            signal.ways.push_back(picture.getCurve(item).path);
     return signal;
 }
 

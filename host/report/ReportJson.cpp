@@ -172,8 +172,39 @@ Text levelOf(const SignalLevel& level, bool isExact, Blobs& blobs) {
 }
 
 const char* nameOf(SignalCurves::Kind kind) {
-    if (kind == SignalCurves::Kind::Marks) return "marks";
-    return kind == SignalCurves::Kind::Map ? "map" : "curves";
+    switch (kind) {
+    case SignalCurves::Kind::Curves:
+        break;
+    case SignalCurves::Kind::Points:
+        return "points";
+    case SignalCurves::Kind::Marks:
+        return "marks";
+    case SignalCurves::Kind::Map:
+        return "map";
+    }
+    return "curves";
+}
+
+/// Of a signal whose samples go to and fro along the axis; null of all others.
+Text waysOf(const std::vector<CurvePath>& ways, Blobs& blobs) {
+    if (ways.empty()) return null();
+    std::size_t points = 0;
+    for (const CurvePath& way : ways)
+        points += way.getPoints().size();
+    const bool isExact = points <= kExactValues;
+    std::vector<Text> written;
+    for (const CurvePath& way : ways) {
+        std::vector<double> x;
+        std::vector<double> y;
+        for (const CurvePath::Point& point : way.getPoints()) {
+            x.push_back(point.x);
+            y.push_back(point.y);
+        }
+        written.push_back(object({{"count", std::to_string(x.size())},
+                                  {"x", text(blobs.add(x, isExact))},
+                                  {"y", text(blobs.add(y, isExact))}}));
+    }
+    return list(written);
 }
 
 /// How many samples there are in a bucket of the finest level at most; 1 of samples.
@@ -282,10 +313,11 @@ Text signal(const ReportSignal& drawn, std::uint64_t rounds, Blobs& blobs) {
     for (const SignalCurves::Column& column : curves.getColumns())
         columns.push_back(columnOf(nameOf(drawn, columns.size()), column));
     std::vector<Text> levels;
-    for (const SignalLevel& level : levelsOf(curves))
-        levels.push_back(levelOf(level, level.low.size() <= kExactValues, blobs));
+    if (!drawn.getIsWay())
+        for (const SignalLevel& level : levelsOf(curves))
+            levels.push_back(levelOf(level, level.low.size() <= kExactValues, blobs));
     return object({{"name", text(drawn.name)},
-                   {"kind", text(nameOf(curves.getKind(rounds)))},
+                   {"kind", text(drawn.getIsWay() ? "way" : nameOf(curves.getKind(rounds, drawn.unit)))},
                    {"watched", flag(drawn.isWatched)},
                    {"unit", text(drawn.unit)},
                    {"samples", std::to_string(curves.getSamples())},
@@ -297,7 +329,8 @@ Text signal(const ReportSignal& drawn, std::uint64_t rounds, Blobs& blobs) {
                    {"shades", shadesOf(curves)},
                    {"leftOut", std::to_string(curves.getLeftOut())},
                    {"levels", list(levels)},
-                   {"finest", std::to_string(finestOf(curves))}});
+                   {"ways", waysOf(drawn.ways, blobs)},
+                   {"finest", std::to_string(drawn.getIsWay() ? 1 : finestOf(curves))}});
 }
 
 Text signals(const std::vector<const ReportSignal*>& signals, std::uint64_t rounds, Blobs& blobs) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "host/picture/CurvePath.h"
 #include "host/report/SignalCurves.h"
 
 #include <cstddef>
@@ -28,9 +29,12 @@ struct ReportSignal {
     double rowsApart = 0.0;
     std::string rowsUnit = {};
     SignalCurves curves;
+    /// Of each column that goes to and fro along the axis, as the coordinate of a way does; else none.
+    std::vector<CurvePath> ways = {};
 
     /// With the row rate, too.
     double getRowsApart() const;
+    bool getIsWay() const { return !ways.empty(); }
 };
 
 /// What of a run comes to be signals of its report.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/report/SignalCurves.h"
 
+#include "host/picture/Curve.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,8 +10,13 @@ namespace Quillmere::Host {
 
 namespace {
 constexpr std::size_t kFewestPieces = 256; // of a thousand columns; by which a course can still be seen
-constexpr std::uint64_t kSparse = 5;       // rounds for each sample, at least
-constexpr double kUneven = 2.0;            // times the usual step
+
+bool getIsConstant(const Envelope& envelope) {
+    const std::vector<Envelope::Piece>& pieces = envelope.getPieces();
+    return std::all_of(pieces.begin(), pieces.end(), [&](const Envelope::Piece& piece) {
+        return piece.smallest == piece.largest && piece.smallest == pieces.front().smallest;
+    });
+}
 } // namespace
 
 SignalCurves::SignalCurves(std::vector<Column> gathered, std::uint64_t sampleCount)
@@ -50,14 +57,19 @@ double SignalCurves::getPeriod() const {
     return columns.empty() ? 0.0 : columns.front().envelope.getUsualStep().value_or(0.0);
 }
 
-SignalCurves::Kind SignalCurves::getKind(std::uint64_t rounds) const {
+SignalCurves::Kind SignalCurves::getKind(std::uint64_t rounds, const std::string& unit) const {
     if (columns.size() > kMostCurves) return Kind::Map;
-    if (columns.empty() || kSparse * samples >= rounds) return Kind::Curves;
-    const Envelope& first = columns.front().envelope;
-    const auto usual = first.getUsualStep();
+    const auto fullest =
+        std::max_element(columns.begin(), columns.end(), [](const Column& one, const Column& other) {
+            return one.envelope.getCount() < other.envelope.getCount();
+        });
+    if (fullest == columns.end() || !Curve::getIsRare(fullest->envelope, rounds)) return Kind::Curves;
+    const bool areEvents = std::all_of(columns.begin(), columns.end(), [&](const Column& column) {
+        return Curve::getIsLevel(column.envelope, unit) && getIsConstant(column.envelope);
+    });
+    if (areEvents) return Kind::Marks;
     // Spectra and their like are rare, too, but even.
-    const bool isEven = usual && samples > 9 && *first.getStep(0.9) < kUneven * *usual;
-    return isEven ? Kind::Curves : Kind::Marks;
+    return Curve::getIsEven(fullest->envelope) ? Kind::Curves : Kind::Points;
 }
 
 } // namespace Quillmere::Host

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -15,9 +16,10 @@ namespace Quillmere::Host {
 /// What came over one link, at a bounded size: a curve for each element of its samples, row by row.
 class QUILLMERE_API SignalCurves {
 public:
-    /// How a report shows it: lines, marks for what comes now and then, a map of colours where samples have
-    /// more elements than lines could be told apart.
-    enum class Kind { Curves, Marks, Map };
+    /// How a report shows it: lines; points at their values for what comes now and then; marks, all of one
+    /// height, for events, which hold nothing but ones; a map of colours where samples have more elements
+    /// than lines could be told apart.
+    enum class Kind { Curves, Points, Marks, Map };
 
     struct Column {
         explicit Column(std::size_t mostPieces) : envelope(mostPieces) {}
@@ -50,8 +52,9 @@ public:
     double getEnd() const { return samples > 0 ? end : 0.0; }
     /// Seconds from one sample to the next, as a rule; 0 where there are fewer than two.
     double getPeriod() const;
-    /// `rounds` are those of the run, which most signals have a sample in.
-    Kind getKind(std::uint64_t rounds) const;
+    /// `rounds` are those of the run, which most signals have a sample in; `unit` is that of its values, empty
+    /// where nobody states it.
+    Kind getKind(std::uint64_t rounds, const std::string& unit = {}) const;
 
 private:
     std::size_t most = 0;

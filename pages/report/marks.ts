@@ -26,7 +26,7 @@ function drawTimeline(plot: uPlot, report: Report, theme: Theme): void {
     ctx.restore();
 }
 
-/** Samples that come now and then: a stem at the time of each, with what it holds. */
+/** Events, which hold nothing but that they are: a stem at the time of each, with what was sent. */
 export function drawMarks(plot: uPlot, signal: Signal, report: Report, theme: Theme): void {
     drawTimeline(plot, report, theme);
     const level = signal.levels.at(-1);

@@ -136,6 +136,14 @@ export interface Level {
     high: string | null;
 }
 
+/** The points of a column, in the order in which they came; not-a-number breaks the line. */
+export interface Way {
+    count: number;
+    /** Blobs. */
+    x: string;
+    y: string;
+}
+
 export interface Column {
     name: string;
     minimum: number | null;
@@ -147,7 +155,11 @@ export interface Column {
 export interface Signal {
     /** `block.pin`, of a sink's input or of an output that is watched. */
     name: string;
-    kind: "curves" | "marks" | "map";
+    /**
+     * `points`: what comes now and then, at its values; `marks`: what does, and has none worth an axis; `way`: what
+     * goes to and fro along the axis.
+     */
+    kind: "curves" | "points" | "marks" | "map" | "way";
     watched: boolean;
     unit: string;
     samples: number;
@@ -162,8 +174,10 @@ export interface Signal {
     shades: {low: number; high: number; decibels: number | null} | null;
     /** Elements behind them, for which there was no room. */
     leftOut: number;
-    /** From the coarsest to the finest. */
+    /** From the coarsest to the finest; none of a way. */
     levels: Level[];
+    /** Of a way, for each column; null of anything else. */
+    ways: Way[] | null;
     /** How many samples the finest level has in a bucket at most; 1 for the samples themselves. */
     finest: number;
 }

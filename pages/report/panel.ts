@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 import uPlot from "uplot";
-import {clock, clockSteps, counted, digits, make, timeLabels, valueLabels} from "./format";
+import {clock, clockSteps, digits, make, timeLabels, valueLabels} from "./format";
 import {drawMap, mapRange, mapRows, mapScale} from "./heatmap";
 import {sliceOf, valuesAt} from "./levels";
 import {drawMarks} from "./marks";
@@ -8,8 +8,10 @@ import type {Report, Signal} from "./model";
 import type {Theme} from "./theme";
 import {ValueTable} from "./valuetable";
 import type {View} from "./view";
+import {drawWay, wayRange} from "./way";
+import {wordsOf} from "./words";
 
-const plotHeight = {curves: 190, map: 230, marks: 110};
+const plotHeight = {curves: 190, points: 190, way: 190, map: 230, marks: 110};
 /** More columns than this have no button each: they'd be a wall of them. */
 const mostButtons = 24;
 
@@ -40,7 +42,7 @@ export class Panel {
             ...(signal.watched ? [make("span", {class: "tag"}, "watched")] : []),
             this.legend(), this.cursorTime),
         this.frame,
-        make("p", {class: "words", id: `${id}-words`}, this.words()),
+        make("p", {class: "words", id: `${id}-words`}, wordsOf(signal, report.clock)),
         this.values.element);
         this.listen();
     }
@@ -83,56 +85,14 @@ export class Panel {
         if (this.isNear) this.update();
     }
 
-    /** What there is to see, in words. */
-    private words(): string {
-        const {signal} = this;
-        if (signal.samples === 0) return "Nothing came.";
-        const unit = signal.unit === "" ? "" : ` ${signal.unit}`;
-        if (signal.kind === "map") {
-            const low = Math.min(...signal.columns.map((column) => column.minimum ?? Infinity));
-            const high = Math.max(...signal.columns.map((column) => column.maximum ?? -Infinity));
-            const {rows} = signal;
-            const stand = rows === null ? "" : ` from ${digits(rows.begin)} to ` +
-                `${digits(rows.begin + (signal.columns.length - 1) * rows.apart)} ${rows.unit}`;
-            return `${this.extent()}: ${counted(signal.columns.length, "element")} each${stand}, from ${digits(low)} to ` +
-                `${digits(high)}${unit}.${this.leftOut()}${this.grain()}`;
-        }
-        const ranges = signal.columns.slice(0, 6).map((column) => {
-            const name = signal.columns.length > 1 ? `${column.name} ` : "";
-            const odd = column.notFinite > 0 ? `, ${counted(column.notFinite, "value")} not finite` : "";
-            if (column.minimum === null) return `${name}without a finite value${odd}`;
-            return `${name}from ${digits(column.minimum)} to ${digits(column.maximum)}${unit}, ` +
-                `mean ${digits(column.mean)}${odd}`;
-        });
-        const more = signal.columns.length > 6 ? [`and ${signal.columns.length - 6} more columns`] : [];
-        return `${this.extent()}: ${[...ranges, ...more].join("; ")}.${this.leftOut()}${this.grain()}`;
-    }
-
-    private extent(): string {
-        const {samples, begin, end} = this.signal;
-        return `${counted(samples, "sample")} from ${digits(begin)} to ${digits(end)} ${this.report.clock}`;
-    }
-
-    private leftOut(): string {
-        const {leftOut} = this.signal;
-        if (leftOut === 0) return "";
-        const are = leftOut === 1 ? "is" : "are";
-        return ` ${counted(leftOut, "element")} behind these ${are} not on this page.`;
-    }
-
-    private grain(): string {
-        if (this.signal.finest <= 1) return "";
-        return " The finest that this page holds is the lowest and the highest value of up to " +
-            `${counted(this.signal.finest, "sample")} at a time.`;
-    }
-
     private legend(): HTMLElement {
         const {signal} = this;
         if (signal.kind === "map") return make("span", {class: "legend"}, mapScale(signal));
         signal.columns.slice(0, mostButtons).forEach((column, i) => {
             const reading = make("span", {class: "reading"});
             const button = make("button", {type: "button", "aria-pressed": "true", title: `show or hide ${column.name}`},
-                make("span", {class: "swatch"}), column.name, reading);
+                make("span", {class: signal.kind === "points" || signal.kind === "marks" ? "swatch dot" : "swatch"}),
+                column.name, reading);
             button.addEventListener("click", () => {
                 if (this.hidden.delete(i)) button.setAttribute("aria-pressed", "true");
                 else {
@@ -167,9 +127,29 @@ export class Panel {
         this.showCursor();
     }
 
+    /** Whether the plot draws it by itself. */
+    private get hasSeries(): boolean {
+        return this.signal.kind === "curves" || this.signal.kind === "points";
+    }
+
+    private seriesOf(): uPlot.Series[] {
+        const {signal, theme} = this;
+        const nothing = {paths: () => null, points: {show: false}};
+        if (!this.hasSeries) return [{...nothing, show: signal.kind === "way"}];
+        return signal.columns.map((_, i) => {
+            const show = !this.hidden.has(i);
+            const stroke = theme.curve(i);
+            if (signal.kind === "points")
+                return {show, stroke, paths: () => null, points: {show: true, size: 7, width: 1.5, fill: theme.fill(i)}};
+            return {show, stroke, width: 1.25, dash: theme.dash(i), points: {size: 4, fill: stroke}};
+        });
+    }
+
     private data(width: number): uPlot.AlignedData {
         const {begin, end} = this.view;
-        if (this.signal.kind !== "curves") return [[begin, end], [0, 0]];
+        // What is drawn otherwise has two values that nobody sees, which say how far the axis goes.
+        if (this.signal.kind === "way") return [[begin, end], wayRange(this.signal, begin, end, this.hidden)];
+        if (!this.hasSeries) return [[begin, end], [0, 0]];
         const slice = sliceOf(this.signal, begin, end, width);
         if (slice === undefined) return [[begin, end], [null, null]];
         return [slice.times, ...slice.columns];
@@ -180,10 +160,6 @@ export class Panel {
         const grid = {stroke: theme.text("--grid"), width: 1};
         const axis = {stroke: theme.text("--faint"), grid, ticks: {...grid, size: 4}, font: "11px system-ui, sans-serif"};
         const {isLong} = view;
-        const series: uPlot.Series[] = signal.kind === "curves"
-            ? signal.columns.map((_, i) => ({stroke: theme.curve(i), width: 1.25, dash: theme.dash(i),
-                show: !this.hidden.has(i), points: {size: 4, fill: theme.curve(i)}}))
-            : [{show: false}];
         this.plot = new uPlot({
             width, height: plotHeight[signal.kind],
             legend: {show: false},
@@ -200,17 +176,21 @@ export class Panel {
                 {...axis, ...(isLong ? {incrs: clockSteps} : {}), size: 28, grid: {...grid, show: signal.kind !== "map"},
                     values: (_, ticks, __, ___, step) => timeLabels(ticks, step, isLong)},
                 // Empty beside marks: so the times of all panels stand below each other.
-                {...axis, size: 64, ...(signal.kind === "map" ? {label: mapRows(signal), labelSize: 16, size: 48} : {}), grid: {...grid, show: signal.kind === "curves"},
+                {...axis, size: 64, ...(signal.kind === "map" ? {label: mapRows(signal), labelSize: 16, size: 48} : {}),
+                    grid: {...grid, show: signal.kind !== "map" && signal.kind !== "marks"},
                     values: (_, ticks, __, ___, step) =>
                         signal.kind === "marks" ? ticks.map(() => "") : valueLabels(ticks, step),
                     ticks: {...axis.ticks, show: signal.kind !== "marks"}},
             ],
-            series: [{}, ...series],
+            series: [{}, ...this.seriesOf()],
             hooks: {
                 setSelect: [(plot) => this.takeSelection(plot)],
                 setCursor: [(plot) => this.takeCursor(plot)],
                 drawClear: [(plot) => signal.kind === "map" && drawMap(plot, signal, view)],
-                draw: [(plot) => drawMarks(plot, this.signal, this.report, theme)],
+                draw: [(plot) => {
+                    drawWay(plot, signal, theme, this.hidden);
+                    drawMarks(plot, signal, this.report, theme);
+                }],
             },
         }, this.data(width), this.frame);
         this.plot.over.addEventListener("mouseleave", () => view.point(null));
@@ -269,7 +249,7 @@ export class Panel {
         if (!this.isNear) return;
         this.cursorTime.textContent =
             time === null ? "" : `at ${clock(time, view.span / 1000, view.isLong)}${view.unit}`;
-        const found = time === null || this.signal.kind !== "curves" ? undefined : valuesAt(this.signal, time);
+        const found = time === null || !this.hasSeries ? undefined : valuesAt(this.signal, time);
         this.readings.forEach((reading, i) => {
             const low = found?.low[i];
             const high = found?.high[i];

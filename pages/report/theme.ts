@@ -35,6 +35,10 @@ export class Theme {
         const colours = this.isDark ? onDark : onLight;
         return colours[index % colours.length] ?? "#888888";
     }
+    /** Within points: as their rim, or empty beyond as many as there are colours. */
+    fill(index: number): string {
+        return index < onLight.length ? this.curve(index) : this.text("--card");
+    }
     /** Beyond as many curves as there are colours, dashes tell them apart. */
     dash(index: number): number[] {
         return [[], [6, 3], [2, 3], [9, 3, 2, 3]][Math.floor(index / onLight.length) % 4] ?? [];

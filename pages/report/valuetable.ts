@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 import {counted, digits, make, table} from "./format";
 import {rangeOf, timeOf} from "./levels";
-import {columnOf, type Signal} from "./model";
+import {blob, columnOf, type Signal, type Way} from "./model";
 import type {View} from "./view";
 
 const mostRows = 200;
@@ -19,6 +19,36 @@ export class ValueTable {
 
     update(): void {
         if (!this.element.open) return;
+        if (this.signal.ways === null) this.showLevel();
+        else this.body.replaceChildren(...this.tablesOfWays(this.signal.ways));
+    }
+
+    /** As the samples came. Columns that break at the same places share a table. */
+    private tablesOfWays(ways: Way[]): HTMLElement[] {
+        const {signal, view} = this;
+        const columns = ways.slice(0, mostColumns).map((way, i) => ({way, name: signal.columns[i]?.name ?? ""}));
+        return [...new Set(columns.map(({way}) => way.x))].map((x) => {
+            const shared = columns.filter(({way}) => way.x === x);
+            const rows: string[][] = [];
+            let inView = 0;
+            blob(x).forEach((value, i) => {
+                const values = shared.map(({way}) => blob(way.y)[i] ?? NaN);
+                if (!(value >= view.begin && value <= view.end) || values.every(Number.isNaN)) return;
+                if (++inView <= mostRows) rows.push([digits(value), ...values.map((each) => digits(each))]);
+            });
+            return this.tableOf(inView, "sample", shared.map(({name}) => name), rows);
+        });
+    }
+
+    private tableOf(inView: number, kind: string, names: string[], rows: string[][]): HTMLElement {
+        const caption = inView > mostRows
+            ? `the first ${mostRows} of ${counted(inView, kind)} in view; zoom in for the others`
+            : `the ${counted(inView, kind)} in view`;
+        return table(`${this.signal.name}, ${caption}`, [this.view.heading, ...names], rows,
+            [...names.keys()].map((i) => i + 1));
+    }
+
+    private showLevel(): void {
         const {signal, view} = this;
         const level = signal.levels.at(-1);
         if (level === undefined) {
@@ -39,11 +69,6 @@ export class ValueTable {
             });
             rows.push([digits(timeOf(level, i)), ...cells]);
         }
-        const kind = level.step > 0 ? "buckets" : "samples";
-        const caption = to - from > mostRows
-            ? `the first ${mostRows} of ${counted(to - from, kind.slice(0, -1))} in view; zoom in for the others`
-            : `the ${counted(to - from, kind.slice(0, -1))} in view`;
-        this.body.replaceChildren(table(`${signal.name}, ${caption}`, [view.heading, ...names], rows,
-            [...names.keys()].map((i) => i + 1)));
+        this.body.replaceChildren(this.tableOf(to - from, level.step > 0 ? "bucket" : "sample", names, rows));
     }
 }

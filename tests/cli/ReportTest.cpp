@@ -106,6 +106,18 @@ TEST_F(ReportOption, OfPlotIsThePageWithoutARun) {
     EXPECT_EQ(call({"plot", "walk.csv", "--html", "-"}).out, page);
 }
 
+TEST_F(ReportOption, OfPlotFollowsTheRowsOfAColumnThatGoesToAndFro) {
+    folder.write("way.csv", "time (s),x,y,z\n0,0,0,\n1,2,0,1\n2,2,2,2\n3,0,2,3\n4,0,0,4\n");
+    EXPECT_EQ(call({"plot", "way.csv", "--x", "x", "--html", "way.html"}).exitCode, 0);
+    const std::string page = folder.read("way.html");
+    EXPECT_NE(page.find("\"clock\": \"x\""), std::string::npos);
+    for (const char* const told : {"\"kind\": \"way\"", "\"levels\": []", "\"count\": 5", "\"count\": 4"})
+        EXPECT_NE(page.find(told), std::string::npos) << told;
+    // What goes on along the axis all the time is a curve as any other.
+    EXPECT_EQ(call({"plot", "way.csv", "--x", "z", "--html", "way.html"}).exitCode, 0);
+    EXPECT_EQ(folder.read("way.html").find("\"kind\": \"way\""), std::string::npos);
+}
+
 TEST_F(ReportOption, OfPlotIsRefusedWhereItCantBe) {
     folder.write("mine.html", "<p>mine</p>");
     const std::string recording = folder.read("in.csv");

@@ -260,6 +260,99 @@ test("labels of an axis say where its ticks stand, and differ", async () => {
     await page.close();
 });
 
+/** Where the pixels of a colour are in a panel's plot, as parts of its width and of its height from below. */
+async function placesOf(panel, colour) {
+    const over = await panel.locator(".u-over").boundingBox();
+    const whole = await panel.locator("canvas").boundingBox();
+    return panel.locator("canvas").evaluate((canvas, [left, top, width, height, wanted]) => {
+        const copy = new OffscreenCanvas(canvas.width, canvas.height).getContext("2d", {willReadFrequently: true});
+        copy.drawImage(canvas, 0, 0);
+        const {data} = copy.getImageData(left, top, width, height);
+        const places = [];
+        for (let i = 0; i < data.length; i += 4)
+            if (wanted.every((part, k) => Math.abs(data[i + k] - part) < 12))
+                places.push({x: i / 4 % width / width, y: 1 - Math.floor(i / 4 / width) / height});
+        return places;
+    }, [over.x - whole.x, over.y - whole.y, over.width, over.height].map(Math.round).concat([colour]));
+}
+
+const firstColour = [0x00, 0x72, 0xb2];
+
+test("what comes now and then stands at its values beside an axis, and only events are marks", async () => {
+    const page = await browser.newPage({viewport: {width: 1200, height: 900}});
+    await page.addInitScript(() => {
+        globalThis.labels = [];
+        const write = CanvasRenderingContext2D.prototype.fillText;
+        CanvasRenderingContext2D.prototype.fillText = function fillText(text, ...more) {
+            globalThis.labels.push({text, canvas: this.canvas, isTime: this.textAlign === "center"});
+            write.call(this, text, ...more);
+        };
+    });
+    await page.goto(pathToFileURL(join(folder, "beats.html")).href);
+    const {signals} = JSON.parse(await page.locator("#report").textContent());
+    assert.deepEqual(signals.map(({name, kind}) => `${name} ${kind}`),
+        ["out.a curves", "out.hr points", "out.on points", "out.beat marks"]);
+    const valuesOf = (index) => page.evaluate((i) => globalThis.labels.filter(({canvas, isTime}) => !isTime &&
+        document.querySelector(`#signal-${i}`).contains(canvas)).map(({text}) => text), index);
+    const panel = page.locator("#signal-1");
+    await show(page, panel);
+    const values = [...new Set(await valuesOf(1))].map(Number);
+    assert.ok(values.length > 2 && values.every((value) => value > 50 && value < 110), values.join());
+    // Each sample is a point at its value: between the lowest and the highest, with some room.
+    const places = await placesOf(panel, firstColour);
+    const rows = readFileSync(join(folder, "beats.csv"), "utf8").trim().split("\n").slice(1).map((line) => line.split(","));
+    const beats = rows.filter((row) => row[2] !== "").map((row) => ({time: Number(row[0]), value: Number(row[2])}));
+    assert.ok(beats.length > 12);
+    const low = Math.min(...beats.map(({value}) => value));
+    const high = Math.max(...beats.map(({value}) => value));
+    const room = 0.06 * (high - low);
+    const [begin, end] = await range(page);
+    for (const {time, value} of beats) {
+        const x = (time - begin) / (end - begin);
+        const y = (value - low + room) / (high - low + 2 * room);
+        assert.ok(places.some((place) => Math.abs(place.x - x) < 0.004 && Math.abs(place.y - y) < 0.02), `${time}: ${value}`);
+    }
+    // And there is nothing else: no line, no stem.
+    const near = (place) => beats.some(({time}) => Math.abs((time - begin) / (end - begin) - place.x) < 0.006);
+    assert.deepEqual(places.filter((place) => !near(place)), []);
+    await show(page, page.locator("#signal-3"));
+    assert.deepEqual([...new Set(await valuesOf(3))], [""], "events have no values worth an axis");
+    await page.close();
+});
+
+test("a way is drawn as its rows come, and tells its values so", async () => {
+    const {page, odd} = await open("way.html");
+    const report = JSON.parse(await page.locator("#report").textContent());
+    const index = report.signals.findIndex(({columns}) => columns.some(({name}) => name === "y"));
+    assert.equal(report.signals[index].kind, "way");
+    const panel = page.locator(`#signal-${index}`);
+    await show(page, panel);
+    // A circle: at each place twice, and nowhere between. Sorted by x it would be a zigzag that fills it.
+    const places = await placesOf(panel, firstColour);
+    const middle = places.filter(({x}) => Math.abs(x - 0.5) < 0.002).map(({y}) => y);
+    assert.ok(middle.some((y) => y > 0.9) && middle.some((y) => y < 0.1), middle.join());
+    assert.deepEqual(middle.filter((y) => y > 0.15 && y < 0.85), []);
+    await panel.locator(".values summary").click();
+    const cells = panel.locator(".values table").first().locator("tbody tr");
+    assert.equal(await cells.nth(0).locator("th").textContent(), "1");
+    assert.equal(await cells.nth(150).locator("td").first().textContent(), "-1", "down at three quarters of the way");
+    assert.equal(await panel.locator(".values table").count(), 2, "what breaks elsewhere has a table of its own");
+    const pixels = await colourful(panel);
+    await panel.locator(".legend button").first().click();
+    await settled(page);
+    assert.ok(await colourful(panel) < 0.7 * pixels);
+    await panel.locator(".legend button").first().click();
+    // Zoomed in to the right, the axis goes as far as what is seen there.
+    await panel.focus();
+    await page.keyboard.press("+");
+    await page.keyboard.press("End");
+    const [begin] = await range(page);
+    assert.ok(Math.abs(begin) < 0.05, `${begin}`);
+    assert.ok((await placesOf(panel, firstColour)).some(({x, y}) => x < 0.02 && y > 0.9));
+    assert.deepEqual(odd, []);
+    await page.close();
+});
+
 test("a map shows every sample, the first and the last as well", async () => {
     const {page} = await open("six.html");
     const panel = page.locator("#signal-0");

@@ -155,13 +155,17 @@ TEST(Picture, SeveralFilesAreToldApart) {
 }
 
 TEST(Picture, FewUnevenSamplesAreMarksAndFewEvenOnesALine) {
-    const CurveTable table = tableOf({{"beats", "", [](int row) { return row * row % 97 == 3 ? 2.0 : kNan; }},
-                                      {"slow", "", [](int row) { return row % 10 == 0 ? 2.0 * row : kNan; }},
-                                      {"all"}},
-                                     "t", 1000);
+    const CurveTable table =
+        tableOf({{"beats", "", [](int row) { return row * row % 97 == 3 ? 2.0 : kNan; }},
+                 {"slow", "", [](int row) { return row % 10 == 0 ? 2.0 * row : kNan; }},
+                 {"all"},
+                 {"turned", "", [](int row) { return row % (row < 500 ? 10 : 40) == 0 ? 2.0 * row : kNan; }}},
+                "t", 1000);
     EXPECT_EQ(table.curves[0].getStyle(table.rows), Curve::Style::Marks);
     EXPECT_EQ(table.curves[1].getStyle(table.rows), Curve::Style::Line);
     EXPECT_EQ(table.curves[2].getStyle(table.rows), Curve::Style::Line);
+    EXPECT_EQ(table.curves[3].getStyle(table.rows), Curve::Style::Line)
+        << "at one rate, and later at another";
 }
 
 TEST(Picture, TooManyPanelsAreLeftOut) {

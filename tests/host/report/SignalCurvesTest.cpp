@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
 
 namespace {
 
@@ -60,15 +61,45 @@ TEST(SignalCurves, AreShownByWhatTheyAre) {
     for (int i = 0; i < 100; ++i)
         every.take(i, row({0}));
     for (const double time : {1.0, 2.0, 50.0})
-        rare.take(time, row({1}));
+        rare.take(time, row({60 + time}));
     for (int i = 0; i < 12; ++i)
-        even.take(8.0 * i, row({1}));
+        even.take(8.0 * i, row({1.5}));
     wide.take(0.0, MatrixXd::Zero(17, 1));
     EXPECT_EQ(every.getKind(100), Kind::Curves);
-    EXPECT_EQ(rare.getKind(100), Kind::Marks);
-    EXPECT_EQ(even.getKind(100), Kind::Curves) << "rare, and yet no events";
+    EXPECT_EQ(rare.getKind(100), Kind::Points);
+    EXPECT_EQ(even.getKind(100), Kind::Curves) << "rare, and yet at a rate";
     EXPECT_EQ(wide.getKind(100), Kind::Map);
     EXPECT_EQ(none.getKind(100), Kind::Curves);
+}
+
+/// A curve whose rate somebody has turned is one, however rare its samples are beside those of the run.
+TEST(SignalCurves, WithAnotherRateFromSomewhereOnAreCurves) {
+    SignalCurves turned(1000);
+    for (int i = 0; i < 100; ++i)
+        turned.take(0.01 * i, row({1.0 * i}));
+    for (int i = 0; i < 40; ++i)
+        turned.take(1.0 + 0.025 * i, row({1.0 * i}));
+    EXPECT_EQ(turned.getKind(4000), Kind::Curves);
+}
+
+TEST(SignalCurves, AreMarksOnlyWithoutAValueThatIsWorthAnAxis) {
+    const auto kindOf = [](std::initializer_list<double> values, const std::string& unit = {}) {
+        SignalCurves curves(1000);
+        double time = 0.0;
+        for (const double value : values)
+            curves.take(time = 1.5 * time + 1.0, row({1, value}));
+        return curves.getKind(1000, unit);
+    };
+    EXPECT_EQ(kindOf({1, 1, 1}), Kind::Marks);
+    EXPECT_EQ(kindOf({0, 0, 0}), Kind::Marks);
+    EXPECT_EQ(kindOf({1, 0, 1}), Kind::Points) << "on or off";
+    EXPECT_EQ(kindOf({5, 5, 5}), Kind::Points);
+    EXPECT_EQ(kindOf({1, 1, 1}, "s"), Kind::Points) << "seconds, and no events";
+    SignalCurves steady(1000);
+    for (int i = 0; i < 100; ++i)
+        steady.take(i, row({1}));
+    EXPECT_EQ(steady.getKind(1000), Kind::Marks) << "a line along the ones would tell nothing";
+    EXPECT_EQ(steady.getKind(100), Kind::Curves);
 }
 
 } // namespace
