@@ -239,4 +239,24 @@ Value nameValue(const std::string& text) {
     return value;
 }
 
+std::string lineText(const Value& value) {
+    std::string line;
+    const auto add = [&](const std::string& part) { line += (line.empty() ? "" : ", ") + part; };
+    switch (value.kind) {
+    case Value::Kind::Null:
+        return "null";
+    case Value::Kind::Scalar:
+        return value.madeOf.empty() ? value.text : value.text + " (" + value.madeOf + ")";
+    case Value::Kind::List:
+        for (const Value& item : value.items)
+            add(lineText(item));
+        return "[" + line + "]";
+    case Value::Kind::Map:
+        for (const Value::Entry& entry : value.entries)
+            add(entry.key + ": " + lineText(entry.value));
+        return "{" + line + "}";
+    }
+    return line;
+}
+
 } // namespace Quillmere::Host

@@ -68,6 +68,32 @@ void LiveGraph::placeTimeline() {
     if (sender != nullptr && sender->getManager() != &teller.getBlocks()) teller.getBlocks().add(*sender);
 }
 
+void LiveGraph::setOnlookers(std::vector<Onlooker*> looking) {
+    const Standstill still(*this);
+    onlookers = std::move(looking);
+    arrangeAll();
+}
+
+void LiveGraph::forgetOnlookers() noexcept {
+    const std::lock_guard lock(structure);
+    onlookers.clear();
+}
+
+/// Where what they look at is, which may have been moved: so nothing crosses layouts to them.
+void LiveGraph::placeOnlookers() {
+    for (Onlooker* const onlooker : onlookers) {
+        const Core::AbstractOutputPin* const output = onlooker->getInputPins().front()->getConnectedOutput();
+        Core::LayoutManager* const place = output == nullptr ? nullptr : Core::layoutOf(*output);
+        if (place != nullptr && onlooker->getManager() != place) place->add(*onlooker);
+    }
+}
+
+std::vector<Core::Filter*> LiveGraph::getStepped() const {
+    std::vector<Core::Filter*> all = blocks.getAll();
+    all.insert(all.end(), onlookers.begin(), onlookers.end());
+    return all;
+}
+
 void LiveGraph::start() {
     const auto isWaking = [](const RunSource& source) { return getComesByItself(source.waking); };
     if (std::any_of(sources.begin(), sources.end(), isWaking)) drive.pipes.start();
@@ -113,7 +139,7 @@ void LiveGraph::stir() {
 
 const std::vector<Finisher>& LiveGraph::findFinishers() {
     const Standstill still(*this);
-    finishers = finishersAmong(runOrder(blocks.getAll()));
+    finishers = finishersAmong(runOrder(getStepped()));
     return finishers;
 }
 
@@ -153,6 +179,16 @@ RunOutcome LiveGraph::getOutcome(RunProgress progress, const RunEnding& ending) 
     for (const LiveLayout& layout : layouts)
         nonFinite.insert(nonFinite.end(), layout.getNonFinite().begin(), layout.getNonFinite().end());
     return outcomeOf(graph, blocks.getAll(), nonFinite, progress, ending);
+}
+
+std::optional<double> LiveGraph::getTimeOf(const Core::Filter& block) {
+    const LiveLayout* const own = layoutOf(block);
+    if (own != nullptr && own->getRounds() > 0) return own->getStreamTime();
+    std::optional<double> time;
+    for (const LiveLayout& layout : layouts)
+        if (layout.getRounds() > 0)
+            time = std::max(time.value_or(layout.getStreamTime()), layout.getStreamTime());
+    return time;
 }
 
 std::uint64_t LiveGraph::getRounds() const {
@@ -221,7 +257,8 @@ void LiveGraph::rearrange() {
 /// Requires: all layouts stand still, or no thread runs.
 void LiveGraph::arrangeAll() {
     placeTimeline();
-    const FollowerSet followers = followersAmong(blocks.getAll());
+    placeOnlookers();
+    const FollowerSet followers = followersAmong(getStepped());
     for (LiveLayout& layout : layouts)
         arrange(layout, followers);
     overflows.apply(blocks.getAll(), layouts, drive.room);
@@ -244,7 +281,7 @@ std::uint64_t LiveGraph::getMostDrainRounds() const {
 
 void LiveGraph::arrange(LiveLayout& layout, const FollowerSet& followers) {
     std::vector<Core::Filter*> held;
-    for (Core::Filter* const block : blocks.getAll())
+    for (Core::Filter* const block : getStepped())
         if (block->getManager() == &layout.getBlocks()) held.push_back(block);
     layout.getBlocks().arrange(runOrder(held));
     layout.refresh(sources, followers);

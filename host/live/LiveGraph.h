@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/ends/Onlooker.h"
 #include "host/graph/Finishers.h"
 #include "host/graph/Graph.h"
 #include "host/live/LiveBlocks.h"
@@ -47,6 +48,11 @@ public:
     /// Requires: no thread runs.
     ~LiveGraph();
 
+    /// Who looks on from now on, each in the layout of the output that it is linked to; none is owned.
+    /// Requires: no thread runs. [setup]
+    void setOnlookers(std::vector<Onlooker*> looking);
+    void forgetOnlookers() noexcept;
+
     /// Reads what each recording begins with, for the time of the start, and starts a thread for each layout;
     /// cuts the run where that fails. [setup]
     void start();
@@ -65,6 +71,9 @@ public:
     RunEnding endSinks(bool isWhole);
     /// What the run has done. Requires: no thread runs. [any]
     RunOutcome getOutcome(RunProgress progress, const RunEnding& ending) const;
+    /// The stream time that a block has come to, in seconds: that of its layout's last round, or, where
+    /// rounds are begun elsewhere, of the layout that has come furthest. Nothing before the first. [any]
+    std::optional<double> getTimeOf(const Core::Filter& block);
     /// Rounds of all layouts. [any]
     std::uint64_t getRounds() const;
 
@@ -101,6 +110,8 @@ public:
 private:
     void dealOut();
     void placeTimeline();
+    void placeOnlookers();
+    std::vector<Core::Filter*> getStepped() const;
     bool anchorClock();
     double getStreamTime() const;
     void arrangeAll();
@@ -115,8 +126,9 @@ private:
     LiveBlocks blocks;              ///< Changed under `structure`.
     /// Taken before any gate by who changes links, layouts or the set of blocks.
     mutable std::mutex structure;
-    OverflowRules overflows;     ///< Under `structure`.
-    std::vector<BlockPtr> added; ///< Blocks that the graph doesn't own. Under `structure`.
+    OverflowRules overflows;          ///< Under `structure`.
+    std::vector<BlockPtr> added;      ///< Blocks that the graph doesn't own. Under `structure`.
+    std::vector<Onlooker*> onlookers; ///< Under `structure`.
     std::vector<Finisher> finishers;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/live/LiveLayout.h"
 
+#include "host/ends/Onlooker.h"
 #include "host/ends/RecordingException.h"
 #include "host/live/RowGathering.h"
 #include "host/text/Complaint.h"
@@ -13,6 +14,15 @@
 #include <utility>
 
 namespace Quillmere::Host {
+
+namespace {
+std::vector<Core::Filter*> withoutOnlookers(const std::vector<Core::Filter*>& all) {
+    std::vector<Core::Filter*> blocks;
+    for (Core::Filter* const block : all)
+        if (dynamic_cast<const Onlooker*>(block) == nullptr) blocks.push_back(block);
+    return blocks;
+}
+} // namespace
 
 class LiveLayout::Pass {
 public:
@@ -37,14 +47,15 @@ LiveLayout::LiveLayout(std::string layoutId, Core::LayoutManager& blocks, LiveDr
       seat(liveDrive.room, getGate()), finite(liveDrive.nonFiniteSeen), timer(liveDrive.countsSteps) {}
 
 void LiveLayout::refresh(std::deque<RunSource>& runSources, const FollowerSet& followers) {
-    const std::vector<Core::Filter*>& blocks = layout.getFilters();
+    const std::vector<Core::Filter*>& all = layout.getFilters();
+    const std::vector<Core::Filter*> blocks = withoutOnlookers(all);
     std::vector<RunSource*> sources;
     for (RunSource& source : runSources)
         // what is held elsewhere is another thread's
         if (source.source->getManager() == &layout) sources.push_back(&source);
     rounds.setSources(std::move(sources));
     sinks.clear();
-    for (Core::Filter* const block : blocks)
+    for (Core::Filter* const block : all)
         if (auto* const sink = dynamic_cast<Sink*>(block)) sinks.push_back(sink);
     if (runSources.empty() && rounds.getClock() == nullptr) takeUpClock();
     waiting.watch(blocks);
@@ -52,7 +63,7 @@ void LiveLayout::refresh(std::deque<RunSource>& runSources, const FollowerSet& f
     finite.watch(blocks);
     wish.takeUp(waiting.getMostRounds());
     std::vector<Core::Filter*> ownFollowers;
-    for (Core::Filter* const block : blocks)
+    for (Core::Filter* const block : all)
         if (followers.contains(block)) ownFollowers.push_back(block);
     bursts.watch(std::move(ownFollowers));
     gatherRows(layout, sinks, rounds.getIsDriven(), followers);
@@ -117,8 +128,8 @@ void LiveLayout::cutForFailure(const std::exception& exception) {
 
 /// The round's time; in a layout without rounds that of the sample which the block took last.
 double LiveLayout::timeOfFailure(const Core::Filter* block) {
-    if (block == nullptr || roundCount.get() > 0) return streamTime;
-    double time = streamTime;
+    if (block == nullptr || roundCount.get() > 0) return getStreamTime();
+    double time = getStreamTime();
     for (const Core::AbstractInputPin* const pin : block->getInputPins()) {
         // The block may be in another layout by now.
         const Core::Synchronizer::SubjectLocker<const Core::Pin> guard(*pin);
@@ -157,7 +168,7 @@ void LiveLayout::applyTimeline() {
     drive.timeline.apply(rounds.getElapsed());
     const Core::Synchronizer::DisablerLocker guard(&getGate(), nullptr);
     // Before the blocks that get it; its own step comes behind theirs.
-    if (const Core::Filter* const sender = drive.timeline.getSender()) finite.look(*sender, streamTime);
+    if (const Core::Filter* const sender = drive.timeline.getSender()) finite.look(*sender, getStreamTime());
 }
 
 LiveLayout::Kind LiveLayout::choose(PassWish::Waker waker) {
@@ -199,10 +210,10 @@ bool LiveLayout::beginRound() {
     if (!rounds.getHasBegun()) {
         if (!seat.getHasRoom()) return false;
         rounds.begin();
-        streamTime = rounds.getStreamTime();
+        streamTime.store(rounds.getStreamTime(), std::memory_order_relaxed);
         if (Core::Filter* const clock = rounds.getClock()) {
             timer.count(*clock);
-            finite.look(*clock, streamTime);
+            finite.look(*clock, getStreamTime());
         }
     }
     if (appliesTimeline && drive.timeline.getIsDue(rounds.getElapsed())) {
@@ -210,7 +221,7 @@ bool LiveLayout::beginRound() {
         return false;
     }
     for (Sink* const sink : sinks)
-        sink->setStreamTime(streamTime);
+        sink->setStreamTime(getStreamTime());
     rounds.release();
     return true;
 }
@@ -227,7 +238,7 @@ void LiveLayout::step(Core::Filter& block, Kind kind) {
     current = &block;
     timer.step(block);
     const bool isTimeKnown = kind == Kind::Round || roundCount.get() > 0;
-    finite.look(block, isTimeKnown ? streamTime : std::numeric_limits<double>::quiet_NaN());
+    finite.look(block, isTimeKnown ? getStreamTime() : std::numeric_limits<double>::quiet_NaN());
 }
 
 void LiveLayout::endPass(Kind kind) {

@@ -61,8 +61,8 @@ public:
     /// How many links come from other layouts. Requires: no thread runs. [setup]
     std::uint64_t getLinksFromElsewhere() const { return waiting.getLinksFromElsewhere(); }
 
-    /// Of its last round, in seconds. Requires: no thread runs.
-    double getStreamTime() const { return streamTime; }
+    /// Of its last round, in seconds. [any]
+    double getStreamTime() const { return streamTime.load(std::memory_order_relaxed); }
     /// What its blocks sent that wasn't finite. Requires: no thread runs.
     const std::vector<FirstNonFinite>& getNonFinite() const { return finite.getFound(); }
 
@@ -128,7 +128,7 @@ private:
     StepTimer timer;
 
     const Core::Filter* current = nullptr; ///< The block that is being stepped, for messages.
-    double streamTime = 0.0;               ///< Seconds; of the last round.
+    std::atomic<double> streamTime{0.0};   ///< Seconds; of the last round. Others read it.
     Next next = Next::Look;
     Clock::time_point due; ///< Until when the layout may sleep.
 };

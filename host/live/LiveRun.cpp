@@ -52,6 +52,8 @@ public:
         }
         const StartEnd tellsSupervisor{hasStarted};
         try {
+            if (RunObserver* const observer = job.getOptions().observer.get())
+                live.setOnlookers(observer->getOnlookers());
             live.start();
         } catch (...) {
             cutForWhatIsRaised();
@@ -184,7 +186,10 @@ private:
             result = endingOf(live.getOutcome(getProgress(), {}).warnings);
         const RunEnding ofResults = live.endSinks(result.getIsWhole());
         if (result.getIsWhole()) result = ofResults;
-        outcome = job.completed(live.getOutcome(getProgress(), result));
+        live.forgetOnlookers(); // who die when the job is completed
+        RunOutcome done = live.getOutcome(getProgress(), result);
+        settings.tellChanges(done);
+        outcome = job.completed(std::move(done));
         return outcome.failure;
     }
 

@@ -7,6 +7,7 @@
 #include "host/live/ControlException.h"
 #include "host/live/LiveGraph.h"
 #include "host/description/ValueReader.h"
+#include "host/description/ValueText.h"
 #include "host/graph/BlockDescription.h"
 #include "host/text/CaughtText.h"
 #include "host/text/Complaint.h"
@@ -20,6 +21,9 @@
 namespace Quillmere::Host {
 
 namespace {
+/// More are a program's, which nobody reads one by one.
+constexpr std::size_t kMostChanges = 1000;
+
 SettingState stateOf(const Core::AbstractProperty& property, const std::string& name) {
     PropertyDescription description = describe(property);
     const bool isCommand = description.kind == PropertyDescription::Kind::Command;
@@ -105,7 +109,13 @@ void LiveSettings::write(const std::string& name, const std::string& text) {
     auto value = readValueText(text, name, false, complaints);
     if (value && getAwaitsRate({&setting.property, &*value}))
         value = graph.withRate(setting, *value, complaints);
-    if (value) withRefusalsTold(name, [&] { writePropertyOrRaise(setting.property, *value, complaints); });
+    {
+        // No round begins between the write and the look at the time.
+        const Core::Synchronizer::DisablerLocker still(setting.block.getSynchronizer(), nullptr);
+        if (value)
+            withRefusalsTold(name, [&] { writePropertyOrRaise(setting.property, *value, complaints); });
+        if (value && complaints.isEmpty()) note(setting.block, name, value);
+    }
     raise(complaints);
     graph.lookAgain(setting.block);
 }
@@ -115,8 +125,34 @@ void LiveSettings::fire(const std::string& name) {
     auto* const command = dynamic_cast<Core::CommandProperty*>(&setting.property);
     if (command == nullptr)
         throw ControlException({{}, "the setting '" + name + "'", "a command, which is fired, not set"});
-    withRefusalsTold(name, [&] { command->fire(); });
+    {
+        const Core::Synchronizer::DisablerLocker still(setting.block.getSynchronizer(), nullptr);
+        withRefusalsTold(name, [&] { command->fire(); });
+        note(setting.block, name, {});
+    }
     graph.lookAgain(setting.block);
+}
+
+void LiveSettings::note(const Core::Filter& block, const std::string& name,
+                        const std::optional<Value>& value) {
+    const std::optional<double> time = graph.getTimeOf(block);
+    const std::lock_guard lock(noting);
+    if (changes.size() >= kMostChanges) {
+        ++changesLeftOut;
+        return;
+    }
+    RunOutcome::Change change;
+    change.time = time;
+    change.target = name;
+    change.isCommand = !value;
+    if (value) change.value = lineText(*value);
+    changes.push_back(std::move(change));
+}
+
+void LiveSettings::tellChanges(RunOutcome& outcome) const {
+    const std::lock_guard lock(noting);
+    outcome.changes = changes;
+    outcome.changesLeftOut = changesLeftOut;
 }
 
 std::unique_ptr<SettingWatch> LiveSettings::observe(const std::string& pattern,

@@ -3,10 +3,15 @@
 
 #include "framework/core/AbstractProperty.h"
 #include "framework/core/Api.h"
+#include "host/description/Value.h"
 #include "host/graph/BlockDescription.h"
+#include "host/run/RunOutcome.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -62,9 +67,17 @@ public:
     void write(const std::string& name, const std::string& text);
     void fire(const std::string& name);
     std::unique_ptr<SettingWatch> observe(const std::string& pattern, SettingWatch::Handler handler) const;
+    /// What was written and fired so far. [any]
+    void tellChanges(RunOutcome& outcome) const;
 
 private:
+    /// Without a value: of a command.
+    void note(const Core::Filter& block, const std::string& name, const std::optional<Value>& value);
+
     LiveGraph& graph;
+    mutable std::mutex noting; ///< Innermost.
+    std::vector<RunOutcome::Change> changes;
+    std::uint64_t changesLeftOut = 0;
 };
 
 } // namespace Quillmere::Host

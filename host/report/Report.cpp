@@ -47,12 +47,8 @@ bool Report::checkLive(const Graph& graph, const BlockCatalogue& catalogue, Comp
     isOfLiveRun = true;
     if (!checkFile(graph, catalogue, complaints)) return true;
     watched.clear();
-    for (const std::string& address : options.watched) {
+    for (const std::string& address : options.watched)
         findWatched(graph, address, complaints);
-        complaints.warn({options.watchName + " " + printable(address, kLongestName)},
-                        "the report of a live run shows what comes to results, and not this output; a run of "
-                        "recordings as fast as they can be read shows it, too");
-    }
     for (const Graph::Node& node : graph.getNodes())
         if (node.sink != nullptr && dynamic_cast<const RecordingSink*>(node.block.get()) == nullptr)
             complaints.warn({options.pathName}, "the report of a live run doesn't show what comes to " +
@@ -111,9 +107,13 @@ void Report::begin(Graph& graph, const std::stop_token& stop) {
     graphJson = Json::graph(graph);
     versionsJson = Json::versions(graph, options.program);
     if (isOfLiveRun)
-        signals = std::make_unique<LiveTap>(graph);
+        signals = std::make_unique<LiveTap>(graph, watched);
     else
         signals = std::make_unique<SignalTap>(graph, watched);
+}
+
+std::vector<Onlooker*> Report::getOnlookers() {
+    return signals == nullptr ? std::vector<Onlooker*>() : signals->getOnlookers();
 }
 
 void Report::look(double streamTime) {

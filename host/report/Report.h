@@ -35,9 +35,10 @@ public:
     ~Report() override;
 
     void check(const Graph& graph, const BlockCatalogue& catalogue, Complaints& complaints) override;
-    /// Of a live run it shows the rows of results; what is watched is left out, with a warning.
+    /// Of a live run it shows the rows of results, and what is watched.
     bool checkLive(const Graph& graph, const BlockCatalogue& catalogue, Complaints& complaints) override;
     void begin(Graph& graph, const std::stop_token& stop) override;
+    std::vector<Onlooker*> getOnlookers() override;
     void look(double streamTime) override;
     void complete(const RunOutcome& outcome) override;
     void discard() override;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/report/ReportJson.h"
 
+#include "host/description/ValueText.h"
 #include "host/graph/BlockDescription.h"
 #include "host/picture/HeatScale.h"
 #include "host/report/SignalLevels.h"
@@ -27,27 +28,6 @@ Text shortened(const std::string& words) {
     return text(words.size() <= kLongestValue ? words : words.substr(0, kLongestValue) + " ...");
 }
 
-/// A value of the file in one line.
-std::string lineOf(const Value& value) {
-    std::string line;
-    const auto add = [&](const std::string& part) { line += (line.empty() ? "" : ", ") + part; };
-    switch (value.kind) {
-    case Value::Kind::Null:
-        return "null";
-    case Value::Kind::Scalar:
-        return value.madeOf.empty() ? value.text : value.text + " (" + value.madeOf + ")";
-    case Value::Kind::List:
-        for (const Value& item : value.items)
-            add(lineOf(item));
-        return "[" + line + "]";
-    case Value::Kind::Map:
-        for (const Value::Entry& entry : value.entries)
-            add(entry.key + ": " + lineOf(entry.value));
-        return "{" + line + "}";
-    }
-    return line;
-}
-
 Text settingOf(const std::string& name, const std::string& value, bool isGiven) {
     return object({{"name", text(name)}, {"value", shortened(value)}, {"given", flag(isGiven)}});
 }
@@ -59,7 +39,7 @@ Text settingsOf(const Graph::Node& node) {
     if (node.hostBlock != nullptr) {
         for (const GraphDescription::Setting& setting : given)
             if (setting.value.kind != Value::Kind::Null)
-                settings.push_back(settingOf(setting.name, lineOf(setting.value), true));
+                settings.push_back(settingOf(setting.name, lineText(setting.value), true));
     }
     for (const PropertyDescription& property : describe(*node.block).properties) {
         if (property.kind == PropertyDescription::Kind::Command) continue;
@@ -110,11 +90,11 @@ std::string wordsOf(const GraphDescription::TimelineChange& change) {
     using Kind = GraphDescription::TimelineChange::Kind;
     const std::string target = change.block + "." + change.name;
     if (change.kind == Kind::Fire) return "fires " + target;
-    if (change.kind == Kind::Send) return "sends " + lineOf(change.value) + " to " + target;
-    return "sets " + target + " to " + lineOf(change.value);
+    if (change.kind == Kind::Send) return "sends " + lineText(change.value) + " to " + target;
+    return "sets " + target + " to " + lineText(change.value);
 }
 
-Text timelineOf(const GraphDescription& description) {
+Text timelineText(const GraphDescription& description) {
     std::vector<Text> entries;
     for (const GraphDescription::TimelineEntry& entry : description.timeline)
         for (const GraphDescription::TimelineChange& change : entry.changes)
@@ -284,14 +264,14 @@ Text graph(const Graph& graph) {
     std::vector<Text> parameters;
     for (const GraphDescription::Parameter& parameter : description.parameters)
         parameters.push_back(
-            object({{"name", text(parameter.name)}, {"value", shortened(lineOf(parameter.value))}}));
+            object({{"name", text(parameter.name)}, {"value", shortened(lineText(parameter.value))}}));
     const bool isStream = description.clock == GraphDescription::Clock::Stream;
     return object({{"name", text(graph.getName())},
                    {"clock", text(isStream ? "stream" : "wall")},
                    {"parameters", list(parameters)},
                    {"blocks", list(blocks)},
                    {"connections", connectionsOf(graph)},
-                   {"timeline", timelineOf(description)}});
+                   {"timeline", timelineText(description)}});
 }
 
 Text versions(const Graph& graph, const std::string& program) {

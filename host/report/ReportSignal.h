@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "host/ends/Onlooker.h"
 #include "host/picture/CurvePath.h"
 #include "host/report/SignalCurves.h"
 
@@ -46,6 +47,9 @@ public:
     virtual void look(double) {}
     /// Behind the last one; then nothing runs any more. [any]
     virtual void lookAtRest() {}
+
+    /// As `RunObserver` has them. [setup]
+    virtual std::vector<Onlooker*> getOnlookers() { return {}; }
 
     virtual std::vector<const ReportSignal*> getSignals() const = 0;
     /// Which most signals have a sample in.

@@ -118,6 +118,20 @@ Text conversion(const RateConversion& conversion) {
                    {"sentence", text(conversion.getText())}});
 }
 
+std::string sentenceOf(const RunOutcome::Change& change) {
+    std::string sentence = change.isCommand ? "fires " : "sets ";
+    sentence += change.target;
+    if (!change.isCommand) sentence.append(" to ").append(change.value);
+    return sentence;
+}
+
+Text change(const RunOutcome::Change& change) {
+    return object({{"time", numberOrNull(change.time)},
+                   {"target", text(change.target)},
+                   {"value", change.isCommand ? null() : text(change.value)},
+                   {"sentence", text(sentenceOf(change))}});
+}
+
 template <class Things, class Write>
 Text listOf(const Things& things, Write write) {
     std::vector<Text> texts;
@@ -169,6 +183,8 @@ Text outcome(const RunOutcome& outcome) {
                    {"links", listOf(outcome.links, link)},
                    {"firstNonFinite", spot(outcome.firstMaker)},
                    {"conversions", listOf(outcome.conversions, conversion)},
+                   {"changes", listOf(outcome.changes, change)},
+                   {"changesLeftOut", count(outcome.changesLeftOut)},
                    {"doubts", warnings(outcome.doubts)},
                    {"warnings", warnings(outcome.warnings)}});
 }

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "host/ends/Onlooker.h"
 #include "host/graph/Graph.h"
 #include "host/plugins/BlockCatalogue.h"
 #include "host/run/RunOutcome.h"
 #include "host/text/Complaint.h"
 
 #include <stop_token>
+#include <vector>
 
 namespace Quillmere::Host {
 
@@ -25,6 +27,9 @@ public:
     /// Takes its place beside the blocks of a graph whose sources are open, and begins what it writes. Raises
     /// `RecordingException` for what can't be begun, `InterruptedException` when a stop is requested. [setup]
     virtual void begin(Graph& graph, const std::stop_token& stop) = 0;
+    /// Who looks at outputs for it while a live run runs: each is stepped in the layout of its output, behind
+    /// the blocks there, and lives until `complete` or `discard`. [setup]
+    virtual std::vector<Onlooker*> getOnlookers() { return {}; }
     /// Called behind each round of an offline run, with its time in seconds. [run]
     virtual void look(double streamTime) = 0;
     /// Leaves its place, and makes the whole of it; of a run that failed midway, too. Raises

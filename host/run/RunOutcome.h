@@ -72,6 +72,14 @@ struct RunOutcome {
         double time = 0.0; ///< Seconds of stream time.
     };
 
+    /// A setting that somebody turned while a live run ran, or a command that he fired.
+    struct Change {
+        std::optional<double> time; ///< Stream time of its block, in seconds; nothing before the first round.
+        std::string target;         ///< `block.Setting`.
+        std::string value;          ///< As a graph file has it; nothing of a command.
+        bool isCommand = false;
+    };
+
     std::string graph;     ///< Its name.
     std::string graphFile; ///< Empty for a graph of which there is none.
     std::string failure;   ///< Why it failed; empty when the results are whole.
@@ -89,6 +97,8 @@ struct RunOutcome {
     /// What first made an infinity or not-a-number out of finite input.
     std::optional<Spot> firstMaker;
     std::vector<RateConversion> conversions; ///< Numbers that were made of hertz and seconds.
+    std::vector<Change> changes;             ///< In the order in which they were made.
+    std::uint64_t changesLeftOut = 0;        ///< Behind these, which were too many.
     std::vector<Warning> doubts;             ///< What was doubtful before it ran.
     std::vector<Warning> warnings; ///< What went well in form and may well not be what the user meant.
 

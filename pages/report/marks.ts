@@ -8,15 +8,21 @@ import type {Theme} from "./theme";
 /** More marks than pixels are a bar, and no name can be read beside them. */
 const mostNames = 40;
 
-/** What the timeline does, in every panel: a dashed line at its time. */
-function drawTimeline(plot: uPlot, report: Report, theme: Theme): void {
+/** When the timeline does something, or somebody has done it by hand. */
+function timesOfChanges({graph, outcome}: Report): number[] {
+    const byHand = (outcome?.changes ?? []).flatMap(({time}) => time === null ? [] : [time]);
+    return [...new Set([...(graph?.timeline ?? []).map(({time}) => time), ...byHand])];
+}
+
+/** What was changed while it ran, in every panel: a dashed line at its time. */
+function drawChanges(plot: uPlot, report: Report, theme: Theme): void {
     const {ctx, bbox} = plot;
     ctx.save();
     ctx.strokeStyle = theme.text("--faint");
     ctx.setLineDash([3, 4]);
     ctx.lineWidth = devicePixelRatio;
-    for (const entry of report.graph?.timeline ?? []) {
-        const x = Math.round(plot.valToPos(entry.time, "x", true));
+    for (const time of timesOfChanges(report)) {
+        const x = Math.round(plot.valToPos(time, "x", true));
         if (x < bbox.left || x > bbox.left + bbox.width) continue;
         ctx.beginPath();
         ctx.moveTo(x, bbox.top);
@@ -28,7 +34,7 @@ function drawTimeline(plot: uPlot, report: Report, theme: Theme): void {
 
 /** Events, which hold nothing but that they are: a stem at the time of each, with what was sent. */
 export function drawMarks(plot: uPlot, signal: Signal, report: Report, theme: Theme): void {
-    drawTimeline(plot, report, theme);
+    drawChanges(plot, report, theme);
     const level = signal.levels.at(-1);
     if (signal.kind !== "marks" || level?.times == null) return;
     const {ctx, bbox} = plot;

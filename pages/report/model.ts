@@ -64,6 +64,13 @@ export interface LinkAccount {
     lost: number;
 }
 
+export interface Change {
+    /** Null before the first round. */
+    time: number | null;
+    target: string;
+    sentence: string;
+}
+
 /** As `run --summary-json` writes it; the page reads these members of it. */
 export interface Outcome {
     graph: string;
@@ -79,6 +86,10 @@ export interface Outcome {
     sinks: SinkAccount[];
     links: LinkAccount[];
     conversions: {target: string; sentence: string}[];
+    /** Settings that were turned, and commands that were fired, while a live run ran. */
+    changes: Change[];
+    /** Behind these. */
+    changesLeftOut: number;
     doubts: Told[];
     warnings: Told[];
 }

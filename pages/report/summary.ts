@@ -134,7 +134,18 @@ function outcomeSections(outcome: Outcome): HTMLElement[] {
         ...part("repairs", "Repairs", repairs),
         ...part("conversions", "Conversions and what was found out", conversions),
         ...part("losses", "Losses", losses),
+        ...changeSection(outcome),
     ];
+}
+
+/** What the settings at the end of the page don't tell, which are those of the begin. */
+function changeSection({changes, changesLeftOut}: Outcome): HTMLElement[] {
+    if (changes.length === 0) return [];
+    const rows = changes.map(({time, sentence}) => [time === null ? "before the first row" : digits(time), sentence]);
+    const more = changesLeftOut === 0 ? [] : [make("p", {}, `And ${counted(changesLeftOut, "more change")} behind these.`)];
+    return [make("section", {id: "changes", "aria-labelledby": "changes-head"},
+        make("h2", {id: "changes-head"}, "Turned while it ran"),
+        table("changes", ["seconds", "what happened"], rows), ...more)];
 }
 
 /** What it was made with: at the end, for who wants to do it again. */

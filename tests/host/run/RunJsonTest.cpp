@@ -33,6 +33,8 @@ TEST(OutcomeJson, OfARunThatWasRefusedHasAllItsMembersAndNothingInThem) {
   "links": [],
   "firstNonFinite": null,
   "conversions": [],
+  "changes": [],
+  "changesLeftOut": 0,
   "doubts": [],
   "warnings": []
 })");
