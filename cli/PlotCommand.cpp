@@ -203,8 +203,8 @@ ExitCode PlotCommand::draw(std::vector<CurveTable> tables, const std::vector<Plo
         return kFailedMidway;
     }
     if (const std::string leftOut = picture.getLeftOut(); !leftOut.empty())
-        std::cerr << "quillmere: the picture leaves out " << leftOut
-                  << " too many; --columns says which to draw\n";
+        std::cerr << "quillmere: the " << (output.empty() && !isText ? "page" : "picture") << " leaves out "
+                  << leftOut << " too many; --columns says which to draw\n";
     for (const std::string& line : missedSpectra(picture, wishes))
         std::cerr << "quillmere: " << line << "\n";
     if (isText) std::cout << pictureAsText(picture, getTextWidth(), getShowsUtf8());

@@ -275,7 +275,8 @@ ExitCode RunCommand::runAndTell(Job job, std::chrono::steady_clock::time_point s
     if (!isQuiet && outcome.getIsWhole()) printSummary(outcome, start, told);
     printWarnings(outcome);
     if (outcome.getIsWhole())
-        return !drawing || drawing->write(picture, arguments.overwrites) ? kDone : kFailedMidway;
+        return !drawing || drawing->write(picture, arguments.overwrites, outcome.getOrigin()) ? kDone
+                                                                                              : kFailedMidway;
     printFailure(outcome);
     return outcome.hasBegun || outcome.isInterrupted ? kFailedMidway : kNothingRun;
 }

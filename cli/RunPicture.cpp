@@ -96,10 +96,10 @@ RunPicture::RunPicture(Job& job) : title(job.getDescription().name) {
     }
 }
 
-bool RunPicture::write(const std::string& path, bool overwrites) const {
+bool RunPicture::write(const std::string& path, bool overwrites, const std::string& origin) const {
     std::vector<CurveTable> tables;
     for (const ResultCurves& result : results)
-        tables.push_back(result.getTable());
+        tables.emplace_back(result.getTable()).origin = origin;
     const Picture picture = arrange(std::move(tables), {.title = title});
     if (!picture.getTimes()) {
         std::cerr << "quillmere: "

@@ -28,8 +28,9 @@ public:
     /// Requires: the job hasn't begun, and isn't checked for another mode any more.
     explicit RunPicture(Quillmere::Host::Job& job);
 
-    /// False, with a message, where it can't be written. Requires: the run has ended.
-    bool write(const std::string& path, bool overwrites) const;
+    /// `origin` is what times count from; empty: no date. False, with a message, where it can't be written.
+    /// Requires: the run has ended.
+    bool write(const std::string& path, bool overwrites, const std::string& origin) const;
 
 private:
     std::string title;

@@ -66,6 +66,7 @@ struct SourceAccount {
     std::vector<std::string> firstFaults;
     /// What was guessed about the file or mended in it and changes numbers, each a part of a sentence.
     std::vector<std::string> notes;
+    std::string origin;              ///< The date, or the time of day, that times count from; empty: none.
     bool isChangedMeanwhile = false; ///< The file was written to while it was read; it got no shorter.
 
     double firstTime = 0.0; ///< Seconds, of the first row taken and of the last; 0 without any.

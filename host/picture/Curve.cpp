@@ -42,6 +42,13 @@ bool Curve::getIsLevel(const Envelope& envelope, const std::string& unit) {
     return envelope.getIsLevel() && unit.empty();
 }
 
+bool Curve::getIsConstant(const Envelope& envelope) {
+    const std::vector<Envelope::Piece>& pieces = envelope.getPieces();
+    return std::all_of(pieces.begin(), pieces.end(), [&](const Envelope::Piece& piece) {
+        return piece.smallest == pieces.front().first && piece.largest == pieces.front().first;
+    });
+}
+
 bool Curve::getIsRare(const Envelope& envelope, std::uint64_t rows) {
     return kRowsOfRare * envelope.getCount() < rows;
 }

@@ -27,6 +27,8 @@ struct QUILLMERE_API Curve {
 
     /// Whether it is on or off: zeros and ones that nobody states a unit of.
     static bool getIsLevel(const Envelope& envelope, const std::string& unit);
+    /// Whether all of its samples are the same.
+    static bool getIsConstant(const Envelope& envelope);
     /// Whether few of so many rows have it, as a rule.
     static bool getIsRare(const Envelope& envelope, std::uint64_t rows);
     /// Whether there is a distance that its samples have as a rule, be it another one later: no line would
@@ -53,6 +55,7 @@ struct QUILLMERE_API Curve {
 struct CurveTable {
     std::string name;        ///< Of its file or its block.
     std::string clock = "s"; ///< The unit of the times, or what counts in their place; `s` for seconds.
+    std::string origin;      ///< The date, or the time of day, that seconds count from; empty: none.
     std::uint64_t rows = 0;
     std::uint64_t rowsWithoutTime = 0; ///< Which are left out,
     std::uint64_t rowsBack = 0;        ///< and in front of an earlier one's time, where they are drawn.

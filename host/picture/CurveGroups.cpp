@@ -7,17 +7,6 @@
 
 namespace Quillmere::Host {
 
-namespace {
-
-bool getIsConstant(const Envelope& envelope) {
-    const std::vector<Envelope::Piece>& pieces = envelope.getPieces();
-    return std::all_of(pieces.begin(), pieces.end(), [&](const Envelope::Piece& piece) {
-        return piece.smallest == pieces.front().first && piece.largest == pieces.front().first;
-    });
-}
-
-} // namespace
-
 std::string pinOf(const std::string& name) {
     const std::size_t bracket = name.find_last_of('[');
     const bool isCounted = bracket != std::string::npos && bracket > 0 && name.back() == ']' &&
@@ -52,7 +41,7 @@ std::vector<bool> levelsOf(const CurveTable& table) {
     vectors.erase("");
     for (std::size_t i = 0; i < byStyle.size(); ++i)
         if (byStyle[i] && vectors.count(pinOf(table.curves[i].name)) > 0 &&
-            getIsConstant(table.curves[i].envelope))
+            Curve::getIsConstant(table.curves[i].envelope))
             areLevels[i] = false;
     return areLevels;
 }

@@ -167,7 +167,9 @@ void PanelPainter::paintAxis() const {
     }
     canvas.drawLine({{place.across.from, end}, {place.across.to, end}}, {.colour = Palette::kFrame});
     if (!place.hasAxis) return;
-    const std::string title = isOfTime ? times.form : panel.axis.empty() ? picture.getClock() : panel.axis;
+    std::string title = isOfTime ? times.form : panel.axis.empty() ? picture.getClock() : panel.axis;
+    if (const std::string origin = isOfTime ? picture.getOrigin() : ""; !origin.empty())
+        title = fitted(title.append(" since ").append(origin), kSize, place.across.to - place.across.from);
     canvas.write({(place.across.from + place.across.to) / 2.0, end + 31.0}, title, letters(Anchor::Middle));
 }
 

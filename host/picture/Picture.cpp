@@ -206,6 +206,22 @@ const std::string& Picture::getClock() const {
     return tables.empty() ? seconds : tables.front().clock;
 }
 
+std::string Picture::getOrigin() const {
+    std::string text;
+    const bool isOne = std::all_of(tables.begin(), tables.end(), [&](const CurveTable& table) {
+        return table.origin == tables.front().origin;
+    });
+    if (isOne) return tables.empty() ? text : tables.front().origin;
+    for (const CurveTable& table : tables)
+        if (!table.origin.empty())
+            text.append(text.empty() ? "" : ", ")
+                .append(table.origin)
+                .append(" (")
+                .append(table.name)
+                .append(")");
+    return text;
+}
+
 std::string Picture::getLeftOut() const {
     std::size_t columns = 0;
     for (const CurveTable& table : tables)

@@ -60,6 +60,8 @@ struct QUILLMERE_API Picture {
     std::string getLeftOut() const;
     /// What the axis tells: `s`, `row`, or the name of a column.
     const std::string& getClock() const;
+    /// What second 0 is: a date or a time of day, of each table where they have several; empty: nobody says.
+    std::string getOrigin() const;
 };
 
 /// How curves are put into panels.

@@ -3,6 +3,7 @@
 
 #include "host/ends/RecordingException.h"
 #include "host/recording/RepairedRows.h"
+#include "host/recording/TimeText.h"
 #include "host/recording/UnitText.h"
 
 #include <algorithm>
@@ -153,6 +154,8 @@ CurveTable RecordingCurves::read(const std::stop_token& stop,
         if (tell) tell({rowsRead, reader.getBytesRead(), reader.getSize()});
     }
     finishPaths();
+    const std::optional<std::int64_t> origin = reader.getOrigin();
+    if (origin && rowsRead > 0 && table.clock == "s") table.origin = originText(*origin);
     return std::move(table);
 }
 

@@ -3,6 +3,7 @@
 
 #include "host/ends/RecordingException.h"
 #include "host/recording/ReadAhead.h"
+#include "host/recording/TimeText.h"
 #include "host/text/Complaint.h"
 
 #include <algorithm>
@@ -126,6 +127,7 @@ SourceAccount RecordingRows::getAccount() const {
     SourceAccount told = account;
     told.isChangedMeanwhile = reader->getIsChanged();
     told.notes = reader->getNotes();
+    if (const auto origin = reader->getOrigin()) told.origin = originText(*origin);
     if (getHasTimes())
         watch.tell(told);
     else if (account.rows > 0)

@@ -289,4 +289,10 @@ std::string dateText(std::int64_t nanoseconds) {
     return result.substr(0, result.find_last_not_of('0') + 1);
 }
 
+std::string originText(std::int64_t nanoseconds) {
+    const std::string text = dateText(nanoseconds);
+    const bool isOfDay = nanoseconds >= 0 && nanoseconds / kSecond < kDay;
+    return isOfDay ? text.substr(text.find(' ') + 1) : text;
+}
+
 } // namespace Quillmere::Host

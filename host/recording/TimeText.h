@@ -49,4 +49,8 @@ QUILLMERE_API bool getIsYearLast(std::string_view text);
 /// `2019-08-06 10:25:50.02`, of nanoseconds since 1970. [any]
 QUILLMERE_API std::string dateText(std::int64_t nanoseconds);
 
+/// What the times of a recording count from: a date and a time, or, of so few nanoseconds as a day has, a
+/// time of day, `10:25:50`. [any]
+QUILLMERE_API std::string originText(std::int64_t nanoseconds);
+
 } // namespace Quillmere::Host

@@ -123,6 +123,10 @@ Text recordingOf(const CurveTable& table, const PlottedRecording& recording) {
                          {"medianRate", step ? Json::number(1.0 / *step) : Json::null()},
                          {"notes", Json::listOfTexts(recording.notes)}});
 }
+
+Text textOrNull(const std::string& words) {
+    return words.empty() ? Json::null() : Json::text(words);
+}
 } // namespace
 
 std::string plotPage(const Picture& picture, const std::vector<PlottedRecording>& recordings,
@@ -140,6 +144,8 @@ std::string plotPage(const Picture& picture, const std::vector<PlottedRecording>
                       {"format", "1"},
                       {"name", Json::text(picture.title)},
                       {"clock", Json::text(picture.getClock())},
+                      {"origin", textOrNull(picture.getOrigin())},
+                      {"leftOut", textOrNull(picture.getLeftOut())},
                       {"recordings", Json::list(read)},
                       {"outcome", Json::null()},
                       {"graph", Json::null()},

@@ -123,11 +123,14 @@ void Report::look(double streamTime) {
 void Report::complete(const RunOutcome& outcome) {
     signals->lookAtRest();
     Json::Blobs blobs;
+    const std::string origin = outcome.getOrigin();
     const std::uint64_t rounds = std::max(signals->getRounds(), outcome.progress.rounds);
     const std::string json = Json::object({{"document", Json::text("report")},
                                            {"format", "1"},
                                            {"name", Json::text(graphName)},
                                            {"clock", Json::text("s")},
+                                           {"origin", origin.empty() ? Json::null() : Json::text(origin)},
+                                           {"leftOut", Json::null()},
                                            {"recordings", Json::list({})},
                                            {"outcome", Json::outcome(outcome)},
                                            {"graph", graphJson},

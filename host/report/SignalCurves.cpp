@@ -10,13 +10,6 @@ namespace Quillmere::Host {
 
 namespace {
 constexpr std::size_t kFewestPieces = 256; // of a thousand columns; by which a course can still be seen
-
-bool getIsConstant(const Envelope& envelope) {
-    const std::vector<Envelope::Piece>& pieces = envelope.getPieces();
-    return std::all_of(pieces.begin(), pieces.end(), [&](const Envelope::Piece& piece) {
-        return piece.smallest == piece.largest && piece.smallest == pieces.front().smallest;
-    });
-}
 } // namespace
 
 SignalCurves::SignalCurves(std::vector<Column> gathered, std::uint64_t sampleCount)
@@ -65,7 +58,7 @@ SignalCurves::Kind SignalCurves::getKind(std::uint64_t rounds, const std::string
         });
     if (fullest == columns.end() || !Curve::getIsRare(fullest->envelope, rounds)) return Kind::Curves;
     const bool areEvents = std::all_of(columns.begin(), columns.end(), [&](const Column& column) {
-        return Curve::getIsLevel(column.envelope, unit) && getIsConstant(column.envelope);
+        return Curve::getIsLevel(column.envelope, unit) && Curve::getIsConstant(column.envelope);
     });
     if (areEvents) return Kind::Marks;
     // Spectra and their like are rare, too, but even.

@@ -52,8 +52,8 @@ public:
     double getEnd() const { return samples > 0 ? end : 0.0; }
     /// Seconds from one sample to the next, as a rule; 0 where there are fewer than two.
     double getPeriod() const;
-    /// `rounds` are those of the run, which most signals have a sample in; `unit` is that of its values, empty
-    /// where nobody states it.
+    /// `rounds` are those of the run, which most signals have a sample in; `unit` is that of its values,
+    /// empty where nobody states it.
     Kind getKind(std::uint64_t rounds, const std::string& unit = {}) const;
 
 private:

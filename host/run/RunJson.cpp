@@ -70,6 +70,7 @@ Text source(const RunOutcome::Recording& recording) {
                    {"firstTime", hasTimes ? number(account.firstTime) : null()},
                    {"lastTime", hasTimes ? number(account.lastTime) : null()},
                    {"medianRate", numberOrNull(account.getMedianRate())},
+                   {"origin", wordsOrNull(account.origin)},
                    {"notes", listOfTexts(account.notes)},
                    {"repairs", repairs(account)},
                    {"timeRepairs", timeRepairs(account.repairs)},

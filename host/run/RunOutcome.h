@@ -103,6 +103,14 @@ struct RunOutcome {
     std::vector<Warning> warnings; ///< What went well in form and may well not be what the user meant.
 
     bool getIsWhole() const { return failure.empty(); }
+    /// The date, or the time of day, that times count from; empty where recordings say nothing, or not the
+    /// same.
+    std::string getOrigin() const {
+        if (recordings.empty()) return {};
+        for (const Recording& recording : recordings)
+            if (recording.account.origin != recordings.front().account.origin) return {};
+        return recordings.front().account.origin;
+    }
 };
 
 } // namespace Quillmere::Host

@@ -60,7 +60,8 @@ function signalSection(report: Report, view: View, theme: Theme, panels: Panel[]
         section.append(make("p", {}, "Nothing has run, so there is nothing to see."));
         return section;
     }
-    section.append(toolbar(view, theme), help(), ...panels.map((panel) => panel.element));
+    const origin = report.origin === null ? [] : [make("p", {class: "origin"}, `Second 0 is ${report.origin}.`)];
+    section.append(toolbar(view, theme), help(), ...origin, ...panels.map((panel) => panel.element));
     listenToKeys(section, view);
     return section;
 }

@@ -209,6 +209,10 @@ export interface Report {
     name: string;
     /** What the axis counts: `s` for seconds, `row`, or the name of a column. */
     clock: string;
+    /** The date, or the time of day, that second 0 is; null where nobody says. */
+    origin: string | null;
+    /** What of recordings there was too much of, as `20 panels`; null: nothing. */
+    leftOut: string | null;
     /** Of a page that no run has made; then it has neither an outcome nor a graph. */
     recordings: Recording[];
     outcome: Outcome | null;

@@ -93,7 +93,7 @@ export function header(report: Report): HTMLElement {
 const named = (id: string, texts: string[]): string[] => texts.map((text) => `${id}: ${text}`);
 
 /** Of a page without a run: what was drawn, and what was mended and left out on the way. */
-function recordingSections({recordings, clock}: Report): HTMLElement[] {
+function recordingSections({recordings, clock, leftOut}: Report): HTMLElement[] {
     const name = (file: string): string => file === "-" ? "standard input" : file;
     const isTimed = clock === "s";
     const rows = recordings.map((recording) => [name(recording.file), recording.rows.toLocaleString("en"),
@@ -104,8 +104,10 @@ function recordingSections({recordings, clock}: Report): HTMLElement[] {
         make("section", {id: "summary", "aria-labelledby": "summary-head"},
             make("h2", {id: "summary-head"}, "What is drawn"),
             table("recordings", ["file", "rows", "seconds", "rows/s"], rows, [1, 2, 3])),
-        ...part("repairs", "Found out, mended and left out",
-            recordings.flatMap((recording) => named(name(recording.file), recording.notes))),
+        ...part("repairs", "Found out, mended and left out", [
+            ...recordings.flatMap((recording) => named(name(recording.file), recording.notes)),
+            ...(leftOut === null ? [] : [`${leftOut} too many, which aren't on this page`]),
+        ]),
     ];
 }
 

@@ -33,9 +33,10 @@ TEST_F(ReportOption, IsWrittenOfALiveRunToo) {
                               "p.svg", "--watch", "gain"});
     EXPECT_EQ(ended.exitCode, 0) << ended.err;
     EXPECT_EQ(folder.read("out.csv"), "t,x[0]\n0,1\n0.5,2\n1,3\n");
-    EXPECT_NE(ended.err.find("--watch gain: warning: the report of a live run shows"), std::string::npos);
+    EXPECT_EQ(ended.err.find("warning"), std::string::npos) << ended.err;
     const std::string page = folder.read("r.html");
     EXPECT_NE(page.find("\"name\": \"out.x\""), std::string::npos);
+    EXPECT_NE(page.find("\"name\": \"gain.output\""), std::string::npos);
     EXPECT_NE(page.find("\"samples\": 3"), std::string::npos);
     EXPECT_TRUE(folder.has("p.svg")) << "both look at the rows";
 }
@@ -116,6 +117,19 @@ TEST_F(ReportOption, OfPlotFollowsTheRowsOfAColumnThatGoesToAndFro) {
     // What goes on along the axis all the time is a curve as any other.
     EXPECT_EQ(call({"plot", "way.csv", "--x", "z", "--html", "way.html"}).exitCode, 0);
     EXPECT_EQ(folder.read("way.html").find("\"kind\": \"way\""), std::string::npos);
+}
+
+TEST_F(ReportOption, OfPlotTellsWhatThereIsNoRoomFor) {
+    std::string names = "time (s)";
+    std::string row = "\n";
+    for (std::size_t i = 1; i <= 52; ++i) {
+        names += ",c" + std::string(i, 'a');
+        row += ",5";
+    }
+    folder.write("wide.csv", names + "\n0" + row.substr(1) + "\n1" + row.substr(1) + "\n");
+    const Ended ended = call({"plot", "wide.csv", "--html", "wide.html"});
+    EXPECT_EQ(ended.err, "quillmere: the page leaves out 12 panels too many; --columns says which to draw\n");
+    EXPECT_NE(folder.read("wide.html").find("\"leftOut\": \"12 panels\""), std::string::npos);
 }
 
 TEST_F(ReportOption, OfPlotIsRefusedWhereItCantBe) {

@@ -447,6 +447,42 @@ test("a page of recordings tells what was read of them, and has neither a graph 
     await counted.page.close();
 });
 
+test("where times are dates the page says what second 0 is", async () => {
+    const {page} = await open("dates.html");
+    assert.equal(await page.locator("#signals .origin").textContent(), "Second 0 is 2019-08-06 10:25:50.");
+    await page.emulateMedia({media: "print"});
+    assert.ok(await page.locator("#signals .origin").isVisible());
+    await page.close();
+    const counted = await open("counted.html");
+    assert.equal(await counted.page.locator("#signals .origin").count(), 0);
+    await counted.page.close();
+});
+
+test("what was turned while a live run ran is listed, and a line in every panel", async () => {
+    const {page, odd} = await open("turned.html");
+    const {outcome, signals} = JSON.parse(await page.locator("#report").textContent());
+    assert.match(await page.locator("#changes").textContent(), /sets gain\.Gain to 3/);
+    const rows = page.locator("#changes tbody tr");
+    assert.equal(await rows.count(), outcome.changes.length);
+    const {time} = outcome.changes.find(({sentence}) => sentence === "sets gain.Gain to 3");
+    assert.equal(Number(await rows.first().locator("th").textContent()).toFixed(3), time.toFixed(3));
+    assert.deepEqual(signals.map(({name, watched}) => `${name} ${watched}`), ["out.x false", "wave.out true"]);
+    const panel = page.locator("#signal-1");
+    await show(page, panel);
+    // A dash of the faint colour where the sine is not.
+    const [begin, end] = await range(page);
+    const faint = await panel.evaluate((element) => {
+        const text = getComputedStyle(element).getPropertyValue("--faint").trim();
+        return [1, 3, 5].map((i) => parseInt(text.slice(i, i + 2), 16));
+    });
+    const places = (await placesOf(panel, faint)).filter(({y}) => y > 0.1 && y < 0.9);
+    const expected = (time - begin) / (end - begin);
+    const near = places.filter(({x}) => Math.abs(x - expected) < 0.003).length;
+    assert.ok(near > 20, `${near} pixels at ${time} s, in ${begin} to ${end}`);
+    assert.deepEqual(odd, []);
+    await page.close();
+});
+
 test("a spectrum has hertz at its axis where they are known, and counts its elements elsewhere", async () => {
     const {page} = await open("wrist-spectrum.html");
     assert.match(await page.locator("#signal-0-words").textContent(), /100 elements each from 0 to 49\.5 Hz, from/);

@@ -3,6 +3,7 @@
 
 #include "host/description/ValueReader.h"
 #include "host/ends/RecordingException.h"
+#include "host/picture/PictureFile.h"
 #include "host/text/HostException.h"
 #include "host/recording/RecordingForms.h"
 #include "tests/host/kit/TemporaryFolder.h"
@@ -69,6 +70,23 @@ protected:
     const Support::TemporaryFolder folder;
     InspectionSettings settings;
 };
+
+TEST_F(RecordingCurvesTest, SayWhatSecondNullIs) {
+    const std::string dates = "time,a,b\n2019-08-06 10:25:50,1,2\n2019-08-06 10:25:51,2,1\n";
+    const CurveTable table = read(dates);
+    EXPECT_EQ(table.origin, "2019-08-06 10:25:50");
+    EXPECT_EQ(read("time,a\n10:25:50.5,1\n10:25:51.5,2\n").origin, "10:25:50.5");
+    EXPECT_EQ(read("time (s),a\n0,1\n1,2\n").origin, "");
+    CurveWishes overB;
+    overB.across = "b";
+    EXPECT_EQ(read(dates, overB).origin, "") << "no seconds at all";
+    EXPECT_EQ(arrange({table}).getOrigin(), "2019-08-06 10:25:50");
+    CurveTable other = read("time (s),a\n0,1\n1,2\n");
+    EXPECT_EQ(arrange({table, other}).getOrigin(), "2019-08-06 10:25:50 (in.csv)");
+    EXPECT_NE(
+        drawPicture(arrange({table}), PictureForm::Svg).find(">seconds since 2019-08-06 10:25:50</text>"),
+        std::string::npos);
+}
 
 TEST_F(RecordingCurvesTest, TakesEachColumnOfNumbersWithItsUnit) {
     const CurveTable table = read("time (s),ax [g],level\n0,1,2\n0.5,3,4\n");

@@ -221,7 +221,8 @@ TEST_F(ReportTest, OfALiveRunHasTheRowsOfItsResults) {
     EXPECT_EQ(numbersOf(report["signals"][0]["levels"][0]["low"]), (Numbers{2, -4, 6}));
 }
 
-/// In another layout, behind a block that sends many samples in a step, and behind one that nothing else hears.
+/// In another layout, behind a block that sends many samples in a step, and behind one that nobody else
+/// hears.
 TEST_F(ReportTest, OfALiveRunHasWhatIsWatched) {
     folder.write("in.csv", "t,x\n0,1\n0.25,2\n0.5,3\n0.75,4\n");
     const std::string text =
@@ -229,8 +230,8 @@ TEST_F(ReportTest, OfALiveRunHasWhatIsWatched) {
         "  - {id: in, type: RecordingSource, properties: {file: in.csv, time: t, frame: 2, pins: {x: [x]}}}\n"
         "  - {id: rows, type: Unframe, layout: other, properties: {Rate: 4}}\n"
         "  - {id: twice, type: FilterGain, layout: other, properties: {Gain: 2}}\n"
-        "  - {id: half, type: FilterGain, properties: {Gain: 0.5}}\n" +
-        kSink +
+        "  - {id: half, type: FilterGain, properties: {Gain: 0.5}}\n"
+        "  - {id: out, type: RecordingSink, layout: other, properties: {file: out.csv}}\n"
         "connections: [{from: in, to: rows}, {from: rows, to: twice}, {from: twice, to: out.x}, {from: in, "
         "to: "
         "half}]\n";
@@ -259,20 +260,20 @@ TEST_F(ReportTest, OfALiveRunHasWhatIsWatched) {
     EXPECT_EQ(report["outcome"]["links"].size(), 4u);
     EXPECT_EQ(report["outcome"]["warnings"], json::array());
     EXPECT_EQ(live.getStatistics().blocks.size(), 5u);
-    live.getStructure().move("twice", "one"); // nor is anything left of it
+    live.getStructure().move("twice", "one"); // nor is anything of it left behind
 }
 
 TEST_F(ReportTest, OfALiveRunTellsWhatWasTurnedWhileItRan) {
     const std::string text =
         "format: 1\nblocks:\n"
-        "  - {id: wave, type: FilterFunctionGenerator, properties: {SampleRate: 100}}\n"
+        "  - {id: wave, type: FilterFunctionGenerator, properties: {SampleRate: 1}}\n"
         "  - {id: bouts, type: Durations}\n"
         "  - {id: counter, type: FilterPeriodCounter}\n" +
         kSink +
         "connections: [{from: wave, to: out.x}, {from: wave, to: bouts}, {from: wave, to: counter}]\n";
     JobOptions options;
     options.observer = std::make_shared<Report>(ReportOptions{.path = folder.path("r.html")});
-    LiveRun live(Job::fromFile(folder.write("g.yaml", text), catalogue, options));
+    LiveRun live(Job::fromFile(folder.write("g.yaml", text), catalogue, options), {.speed = 1000.0});
     live.getSettings().write("bouts.Least", "2");
     EXPECT_THROW(live.getSettings().write("bouts.Gap", "much"), std::exception);
     live.start();
@@ -348,6 +349,15 @@ TEST_F(ReportTest, OnAFullDiskTheResultsAreWholeAllTheSame) {
     ASSERT_EQ(failed.warnings.size(), 1u);
     EXPECT_EQ(failed.warnings[0].getText(),
               "report: warning: /dev/full: cannot be written: No space left on device");
+}
+
+TEST_F(ReportTest, TellsWhatSecondNullIs) {
+    EXPECT_EQ(reportOf()["origin"], nullptr);
+    folder.write("in.csv", "t,x\n2019-08-06 10:25:50,1\n2019-08-06 10:25:51,2\n");
+    const json report = reportOf();
+    EXPECT_EQ(report["origin"], "2019-08-06 10:25:50");
+    EXPECT_EQ(report["outcome"]["sources"][0]["origin"], "2019-08-06 10:25:50");
+    EXPECT_EQ(numbersOf(report["signals"][0]["levels"][0]["times"]), (Numbers{0, 1}));
 }
 
 TEST_F(ReportTest, TellsOfARunThatFailedMidway) {

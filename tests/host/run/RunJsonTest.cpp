@@ -55,6 +55,7 @@ RunOutcome::Recording recording() {
     account.firstTime = 0.5;
     account.lastTime = 2.5;
     account.medianStep = 0.25;
+    account.origin = "2019-08-06 10:25:50";
     account.notes.emplace_back("accel: g from mg");
     account.skippedRows = 1;
     account.mendedRows = 2;
@@ -89,6 +90,7 @@ TEST(OutcomeJson, TellsWhatASourceHasReadAndHowItWasMended) {
       "firstTime": 0.5,
       "lastTime": 2.5,
       "medianRate": 4.0,
+      "origin": "2019-08-06 10:25:50",
       "notes": [
         "accel: g from mg"
       ],
