@@ -7,8 +7,6 @@
 #include "host/batch/BatchPlan.h"
 #include "host/batch/BatchSummary.h"
 #include "host/batch/FileHash.h"
-#include "host/batch/ShellWords.h"
-#include "host/batch/SlurmScript.h"
 #include "host/picture/PictureFile.h"
 #include "host/text/Counted.h"
 #include "host/text/NearestName.h"
@@ -34,8 +32,6 @@ namespace {
 constexpr const char* kIn = "--in";
 constexpr const char* kPlanBegin = "quillmere run ";
 constexpr std::int64_t kMostJobs = 1024;
-constexpr std::int64_t kMostPerTask = 1'000'000;
-constexpr const char* kSlurm = "slurm";
 
 /// Two numbers counted from 1, or one that is both; 0 for what isn't that.
 std::pair<std::size_t, std::size_t> rangeOf(const std::string& text) {
@@ -72,12 +68,6 @@ std::string checkStatistic(const std::string& text) {
         .getText();
 }
 
-std::string checkEngine(const std::string& text) {
-    if (text == kSlurm) return {};
-    return Complaint::unknown({}, "the engine '" + printable(text, kLongestName) + "'", text, {kSlurm})
-        .getText();
-}
-
 } // namespace
 
 BatchCommand::BatchCommand(CLI::App& command) {
@@ -85,7 +75,7 @@ BatchCommand::BatchCommand(CLI::App& command) {
     enterRecordings(command);
     enterRules(command);
     enterResults(command);
-    enterEngine(command);
+    elsewhere.enter(command);
     arguments.enterChanges(command);
     arguments.enterRules(command);
     command.add_flag("--quiet", isQuiet, "Print failures only.");
@@ -102,17 +92,17 @@ void BatchCommand::enterRecordings(CLI::App& command) {
         .add_option("--table", table,
                     "What is known of them: rows by path or id; columns set:BLOCK.PROPERTY set that.")
         ->type_name("FILE");
-    planOption =
+    CLI::Option* const planOption =
         command
             .add_option(
                 "--plan", planFile,
                 "With GRAPH, write what would be called, a line a recording, and run nothing; without it, "
                 "run that.")
             ->type_name("FILE");
-    linesOption = command.add_option("--lines", lines, "Run these lines of the plan only.")
-                      ->type_name("FIRST-LAST")
-                      ->check(checkRange)
-                      ->needs(planOption);
+    command.add_option("--lines", lines, "Run these lines of the plan only.")
+        ->type_name("FIRST-LAST")
+        ->check(checkRange)
+        ->needs(planOption);
 }
 
 void BatchCommand::enterRules(CLI::App& command) {
@@ -147,27 +137,6 @@ void BatchCommand::enterResults(CLI::App& command) {
     enterWatched(command, "--watch", watched, page);
 }
 
-void BatchCommand::enterEngine(CLI::App& command) {
-    CLI::Option* const cluster =
-        command
-            .add_option("--engine", engine,
-                        "With --plan: let a cluster with Slurm run it, by an array of jobs.")
-            ->type_name("slurm")
-            ->check(checkEngine)
-            ->needs(planOption);
-    command
-        .add_option("--per-task", perTask, "So many recordings for each job of the array; 50 if not said.")
-        ->type_name("N")
-        ->check(wholeNumber(1, kMostPerTask))
-        ->needs(cluster);
-    command.add_option("--slurm", slurm, "Options of sbatch, as in 'time=01:00:00 mem=2G cpus-per-task=4'.")
-        ->type_name("NAME=VALUE...")
-        ->needs(cluster);
-    CLI::Option* const print =
-        command.add_flag("--print", prints, "Print the script, which sbatch takes.")->needs(cluster);
-    cluster->needs(print)->excludes(linesOption);
-}
-
 void BatchCommand::checkOptions() const {
     const auto require = [](bool isGiven, const char* what, const char* value) {
         if (!isGiven) throw UsageError({{}, std::string("no ") + what, value});
@@ -184,6 +153,7 @@ void BatchCommand::checkOptions() const {
         pictureFormOf(picture, {"--picture"}, complaints);
         complaints.raise();
     }
+    elsewhere.check(!arguments.graph.empty(), planFile, !lines.empty());
     if (arguments.graph.empty() && !planFile.empty()) return checkPlanAlone();
     require(!arguments.graph.empty(), "GRAPH", "one, as 'quillmere batch --help' tells");
     require(!patterns.empty(), kIn, "--in 'FOLDER/**/*.csv' or the like");
@@ -221,17 +191,15 @@ ExitCode BatchCommand::run() {
     // Taken first: whoever changes the graph from now on is told.
     const std::string graphHash = hashOfFile(arguments.graph);
     const BatchPlan entries = plan();
+    if (elsewhere.getIsSlurm()) return runOnSlurm(entries, graphHash);
     if (!planFile.empty() && !arguments.graph.empty()) return writePlan(entries);
-    if (!engine.empty()) {
-        printScript(entries);
-        return kDone;
-    }
     if (isDry && !resumes) {
         std::cout << entries.toText();
         std::cerr << counted(entries.entries.size(), "recording") << " to run\n";
         return kDone;
     }
     if (!isDry) checkBegin();
+    if (!isDry && elsewhere.getIsDask()) return runOnDask(entries, graphHash);
     return runPlan(entries, graphHash);
 }
 
@@ -257,24 +225,9 @@ ExitCode BatchCommand::writePlan(const BatchPlan& made) const {
         .isOfGraph = false};
     checkSideFile("--plan", planFile, options);
     if (!writeSideFile(planFile, options, written.toText())) return kFailedMidway;
-    if (!engine.empty())
-        printScript(written);
-    else if (!isQuiet)
+    if (!isQuiet && !elsewhere.getIsSlurm())
         std::cout << counted(written.entries.size(), "recording") << " in " << planFile << "\n";
     return kDone;
-}
-
-/// Jobs count lines of the file, which somebody may have edited: empty ones, too.
-void BatchCommand::printScript(const BatchPlan& planned) const {
-    std::ifstream file(planFile, std::ios::binary);
-    const auto ends =
-        std::count(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>(), '\n');
-    SlurmWishes wishes{.plan = planFile, .perTask = perTask};
-    // The last one may lack its end.
-    wishes.lines = std::max(planned.entries.size(), static_cast<std::size_t>(ends));
-    wishes.name = "quillmere";
-    wishes.options = splitShellLine(slurm).value_or(std::vector<std::string>{slurm});
-    std::cout << slurmScript(wishes);
 }
 
 } // namespace Cli

@@ -24,7 +24,16 @@ namespace {
 
 constexpr const char* kIn = "--in";
 
-/// The options of a call as its words have them.
+void listDoubts(const std::vector<std::string>& names, const std::string& table, const std::string& what) {
+    if (names.empty()) return;
+    Warning warning;
+    warning.where.file = table;
+    warning.text = what + listOfNames(names);
+    std::cerr << warning.getText() << "\n";
+}
+
+} // namespace
+
 GraphArguments argumentsOf(const BatchPlan::Entry& entry) {
     GraphArguments arguments;
     for (std::size_t i = 0; i + 1 < entry.words.size(); ++i) {
@@ -35,21 +44,13 @@ GraphArguments argumentsOf(const BatchPlan::Entry& entry) {
             arguments.settings.push_back(entry.words[++i]);
         else if (word == "--param")
             arguments.parameters.push_back(entry.words[++i]);
+        else if (word == "--plugin")
+            arguments.plugins.plugins.push_back(entry.words[++i]);
         else if (word == "--note")
             ++i;
     }
     return arguments;
 }
-
-void listDoubts(const std::vector<std::string>& names, const std::string& table, const std::string& what) {
-    if (names.empty()) return;
-    Warning warning;
-    warning.where.file = table;
-    warning.text = what + listOfNames(names);
-    std::cerr << warning.getText() << "\n";
-}
-
-} // namespace
 
 /// Files of the batch itself, and of other sources, that a pattern may find beside recordings.
 std::vector<std::string> BatchCommand::leftOut() const {

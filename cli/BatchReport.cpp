@@ -69,7 +69,7 @@ void BatchProgressLine::clear() {
     isWritten = false;
 }
 
-void printFailures(const BatchPlan& plan, const BatchRun& batch) {
+void printFailures(const BatchPlan& plan, const BatchTally& batch) {
     std::size_t count = 0;
     for (std::size_t i = 0; i < plan.entries.size(); ++i) {
         const BatchEnd& end = batch.getEnds()[i];

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/batch/BatchPlan.h"
-#include "host/batch/BatchRun.h"
+#include "host/batch/BatchTally.h"
 
 #include <chrono>
 #include <string>
@@ -34,6 +34,6 @@ private:
 std::string textOf(const Quillmere::Host::BatchProgress& progress, double seconds);
 
 /// What failed, on standard error, each with the command that does it again, alone.
-void printFailures(const Quillmere::Host::BatchPlan& plan, const Quillmere::Host::BatchRun& batch);
+void printFailures(const Quillmere::Host::BatchPlan& plan, const Quillmere::Host::BatchTally& batch);
 
 } // namespace Cli

@@ -50,7 +50,7 @@ ResultOptions summaryOptions(bool overwrites) {
 }
 
 /// What is known of failures by folder, for those that couldn't write a status.
-std::map<std::string, RunStatus> failuresOf(const BatchPlan& entries, const BatchRun& batch) {
+std::map<std::string, RunStatus> failuresOf(const BatchPlan& entries, const BatchTally& batch) {
     std::map<std::string, RunStatus> failures;
     for (std::size_t i = 0; i < entries.entries.size(); ++i) {
         const BatchEnd& end = batch.getEnds()[i];
@@ -86,24 +86,32 @@ void BatchCommand::checkBegin() const {
     if (fs::exists(summary, error)) checkSideFile("--out", summary, summaryOptions(arguments.overwrites));
 }
 
-ExitCode BatchCommand::runPlan(const BatchPlan& entries, const std::string& graphHash) const {
-    raiseFileLimit();
-    const StopSignals signals;
-    BatchOptions options{.worker = {ownPath(), kWorkerCommand}, .jobs = jobs == 0 ? coreCount() : jobs};
+/// As this machine runs them.
+BatchOptions BatchCommand::optionsOf(const BatchPlan& entries, const std::string& graphHash) const {
+    const bool isOurs = elsewhere.engine.empty();
+    BatchOptions options{.worker = {ownPath(), kWorkerCommand},
+                         .jobs = jobs == 0 || !isOurs ? coreCount() : jobs};
     options.words.emplace_back("--quiet");
     if (resumes) options.words.emplace_back("--resume");
     if (keepsChanged) options.words.emplace_back("--keep-changed");
-    if (isDry) options.words.emplace_back("--look");
     for (const BatchPlan::Entry& entry : entries.entries) {
         const std::string& graph = entry.words[1];
         if (!options.graphs.contains(graph))
             options.graphs[graph] = graph == arguments.graph ? graphHash : hashOfFile(graph);
     }
+    return options;
+}
+
+ExitCode BatchCommand::runPlan(const BatchPlan& entries, const std::string& graphHash) const {
+    raiseFileLimit();
+    const StopSignals signals;
+    BatchOptions options = optionsOf(entries, graphHash);
+    if (isDry) options.words.emplace_back("--look");
     BatchRun batch(entries, options);
     BatchProgressLine line(!isQuiet);
     batch.run(signals.getToken(), [&](const BatchProgress& progress) { line.show(progress); });
     line.clear();
-    if (!isDry) return tell(entries, batch, line.getSeconds());
+    if (!isDry) return tell(entries, batch.getTally(), line.getSeconds());
     std::size_t count = 0;
     for (std::size_t i = 0; i < entries.entries.size(); ++i) {
         if (batch.getEnds()[i].state == BatchEnd::State::Kept) continue;
@@ -115,7 +123,7 @@ ExitCode BatchCommand::runPlan(const BatchPlan& entries, const std::string& grap
     return kDone;
 }
 
-ExitCode BatchCommand::tell(const BatchPlan& entries, const BatchRun& batch, double seconds) const {
+ExitCode BatchCommand::tell(const BatchPlan& entries, const BatchTally& batch, double seconds) const {
     const BatchProgress& progress = batch.getProgress();
     const std::size_t left = progress.all - progress.done - progress.failed;
     if (!isQuiet) {

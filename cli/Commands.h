@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cli/BatchEngines.h"
 #include "cli/GraphArguments.h"
 #include "cli/PlotArguments.h"
 #include "host/batch/BatchPlan.h"
@@ -24,9 +25,10 @@ class Option;
 } // namespace CLI
 
 namespace Quillmere::Host {
-class BatchRun;
+class BatchTally;
 class Job;
 class RunObserver;
+struct BatchOptions;
 struct Inspection;
 struct InspectionSettings;
 struct JobOptions;
@@ -157,7 +159,9 @@ struct FolderArguments {
     bool resumes = false;
     bool keepsChanged = false;
     bool looks = false;
-    std::string graphHash; ///< The graph's SHA-256 when the batch began; empty for a run by itself.
+    bool takesOver = false; ///< With `looks`: what is said of a recording that is done.
+    int parent = 0;         ///< The process with which the run ends; 0 for none.
+    std::string graphHash;  ///< The graph's SHA-256 when the batch began; empty for a run by itself.
     /// Gives back the option of the folder. Nobody looks for one by its name: the library can't raise there
     /// that memory is short.
     CLI::Option* enter(CLI::App& command);
@@ -177,6 +181,7 @@ public:
     bool getLooks() const { return inFolder.looks; }
 
 private:
+    void followParent() const;
     ExitCode runInFolder(Quillmere::Host::BlockCatalogue catalogue);
     ExitCode runGraph(Quillmere::Host::BlockCatalogue catalogue, FolderRun* record);
     std::vector<std::string> resultOptions() const;
@@ -236,16 +241,19 @@ private:
     std::string sourceOf(const Quillmere::Host::BlockCatalogue& catalogue) const;
     std::vector<std::string> wordsForEach() const;
     ExitCode writePlan(const Quillmere::Host::BatchPlan& plan) const;
-    void printScript(const Quillmere::Host::BatchPlan& plan) const;
-    void enterEngine(CLI::App& command);
+    ExitCode runOnSlurm(const Quillmere::Host::BatchPlan& plan, const std::string& graphHash);
+    ExitCode runOnDask(const Quillmere::Host::BatchPlan& plan, const std::string& graphHash) const;
+    Quillmere::Host::BatchOptions optionsOf(const Quillmere::Host::BatchPlan& plan,
+                                            const std::string& graphHash) const;
+    std::vector<std::size_t> findRest(const Quillmere::Host::BatchPlan& plan,
+                                      Quillmere::Host::BatchOptions options,
+                                      Quillmere::Host::BatchTally& tally, const std::stop_token& stop) const;
     ExitCode runPlan(const Quillmere::Host::BatchPlan& plan, const std::string& graphHash) const;
-    ExitCode tell(const Quillmere::Host::BatchPlan& plan, const Quillmere::Host::BatchRun& batch,
+    ExitCode tell(const Quillmere::Host::BatchPlan& plan, const Quillmere::Host::BatchTally& batch,
                   double seconds) const;
     ExitCode writeSummary(const std::vector<std::string>& folders,
                           const std::map<std::string, Quillmere::Host::RunStatus>& told) const;
 
-    CLI::Option* planOption = nullptr; ///< The command owns them.
-    CLI::Option* linesOption = nullptr;
     GraphArguments arguments; ///< `inputs` are of sources besides the one that reads the recording.
     std::vector<std::string> patterns;
     std::string out;
@@ -257,10 +265,7 @@ private:
     std::vector<std::string> watched;
     std::string picture;
     std::vector<std::string> statistics;
-    std::string engine; ///< Empty for processes of our own.
-    std::size_t perTask = 50;
-    std::string slurm; ///< Options of `sbatch` without dashes, blanks between them.
-    bool prints = false;
+    EngineArguments elsewhere;
     std::size_t jobs = 0; ///< 0 for as many as there are cores.
     bool resumes = false;
     bool keepsChanged = false;

@@ -82,6 +82,12 @@ CLI::Option* FolderArguments::enter(CLI::App& command) {
     command.add_option("--graph-hash", graphHash, "Refuse another graph than that of this SHA-256.")
         ->needs(path)
         ->group("");
+    command.add_flag("--take-over", takesOver, "With --look: take over what is said of one that is done.")
+        ->needs(path)
+        ->group("");
+    command.add_option("--with-parent", parent, "End when this process, which has started it, is gone.")
+        ->needs(path)
+        ->group("");
     command.add_flag("--look", looks, "Only tell why it would have to run.")->needs(path)->group("");
     return path;
 }

@@ -19,6 +19,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -207,11 +208,19 @@ std::vector<std::string> RunCommand::placeInFolder() {
     return files;
 }
 
+/// A run for somebody on another machine isn't to go on when nobody hears how it ends.
+void RunCommand::followParent() const {
+    if (inFolder.parent == 0) return;
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != inFolder.parent) std::raise(SIGKILL);
+}
+
 ExitCode RunCommand::runInFolder(BlockCatalogue catalogue) {
+    followParent();
     FolderRun record(inFolder, arguments, resultOptions(), catalogue);
     const std::string reason = inFolder.resumes ? record.findReason() : "it was asked for";
     isDoneBefore = reason.empty();
-    if (isDoneBefore && !inFolder.looks) record.keep();
+    if (isDoneBefore && (!inFolder.looks || inFolder.takesOver)) record.keep();
     if (isDoneBefore || inFolder.looks) {
         if (!isQuiet || inFolder.looks)
             std::cout << inFolder.folder << ": " << (isDoneBefore ? "is done" : reason) << "\n";

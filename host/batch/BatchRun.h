@@ -3,10 +3,10 @@
 
 #include "framework/core/Api.h"
 #include "host/batch/BatchPlan.h"
+#include "host/batch/BatchTally.h"
 #include "host/batch/WorkerPool.h"
 
 #include <cstddef>
-#include <functional>
 #include <map>
 #include <stop_token>
 #include <string>
@@ -31,56 +31,34 @@ struct BatchOptions {
     std::map<std::string, std::string> graphs{};
 };
 
-/// How far a batch has come.
-struct BatchProgress {
-    std::size_t all = 0;
-    std::size_t done = 0; ///< Those that were done before as well.
-    std::size_t kept = 0; ///< Those alone.
-    std::size_t failed = 0;
-    std::size_t interrupted = 0;
-    std::size_t running = 0;
-
-    /// What was begun here and has ended.
-    std::size_t getRun() const { return done - kept + failed; }
-};
-
-/// What became of one recording.
-struct BatchEnd {
-    enum class State { Waiting, Done, Kept, WouldRun, Failed, Interrupted };
-
-    State state = State::Waiting;
-    std::string text; ///< Why it failed, or would run.
-};
+/// The line of words that runs an entry: its own, and what each gets besides. [any]
+QUILLMERE_API std::string callOf(const BatchPlan::Entry& entry, const BatchOptions& options);
 
 /// Runs a plan: each recording by itself, as many at once as there are jobs. What happens to one is no matter
 /// of the others.
 class QUILLMERE_API BatchRun {
 public:
-    using ProgressHandler = std::function<void(const BatchProgress&)>;
-
     /// The plan must outlive it.
     BatchRun(const BatchPlan& plan, BatchOptions options);
 
     /// To the end, or until a stop is requested: then those that run are asked to end, and no other begins.
     /// The handler hears each end, and at least every tenth of a second. [run]
-    void run(const std::stop_token& stop, const ProgressHandler& onProgress);
+    void run(const std::stop_token& stop, const BatchProgressHandler& onProgress);
 
-    const BatchProgress& getProgress() const { return progress; }
+    const BatchTally& getTally() const { return tally; }
+    const BatchProgress& getProgress() const { return tally.getProgress(); }
     /// One for each entry of the plan.
-    const std::vector<BatchEnd>& getEnds() const { return ends; }
+    const std::vector<BatchEnd>& getEnds() const { return tally.getEnds(); }
 
 private:
-    std::string lineOf(std::size_t task) const;
     bool start(std::size_t task, WorkerPool& pool);
     bool failToStart(std::size_t task, const std::string& reason);
     void take(const WorkerPool::Ended& ended, bool isStopped);
     BatchEnd::State stateOf(const WorkerPool::Ended& ended, bool isStopped) const;
-    void tellCrash(const WorkerPool::Ended& ended, const std::string& text) const;
 
     const BatchPlan& plan;
     BatchOptions options;
-    BatchProgress progress;
-    std::vector<BatchEnd> ends;
+    BatchTally tally;
     std::vector<std::string> begins; ///< When each was given to a worker.
 };
 

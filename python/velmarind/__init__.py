@@ -9,6 +9,7 @@ what was expected and what to do.
 
 from __future__ import annotations
 
+from velmarind._batch import BatchResult, batch
 from velmarind._block import Block, Properties, Property, block
 from velmarind._catalog import catalog
 from velmarind._errors import Error
@@ -27,6 +28,7 @@ from velmarind._spectra import Spectrum, spectrum
 from velmarind._tremor import track_tremor
 
 __all__ = [
+    "BatchResult",
     "Block",
     "Complaint",
     "DataWarning",
@@ -41,6 +43,7 @@ __all__ = [
     "Spectrum",
     "__version__",
     "bandpass",
+    "batch",
     "block",
     "catalog",
     "count_periods",

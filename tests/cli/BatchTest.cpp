@@ -195,7 +195,8 @@ TEST_F(Batch, AnArrayOfSlurmRunsThePlan) {
     const Ended script = batch({"--plan", "plan.txt", "--engine", "slurm", "--per-task", "2", "--slurm",
                                 "time=00:10:00 mem=1G", "--print"});
     EXPECT_EQ(script.exitCode, 0) << script.err;
-    EXPECT_NE(script.out.find("#SBATCH --array=1-2\n#SBATCH --job-name=quillmere\n#SBATCH --time=00:10:00\n"
+    EXPECT_NE(script.out.find("#SBATCH --array=1-2\n#SBATCH --job-name=quillmere\n#SBATCH "
+                              "--output=slurm-%A_%a.out\n#SBATCH --time=00:10:00\n"
                               "#SBATCH --mem=1G\n"),
               std::string::npos)
         << script.out;
@@ -225,9 +226,65 @@ TEST_F(Batch, AnArrayOfSlurmRunsThePlan) {
                   .out.find("--array=1-3\n"),
               std::string::npos)
         << "lines that are empty count";
-    EXPECT_EQ(batch({"--engine", "slurm", "--print"}).exitCode, 2) << "without a plan";
-    EXPECT_EQ(batch({"--plan", "plan.txt", "--engine", "slurm"}).exitCode, 2) << "nobody would see it";
     EXPECT_EQ(batch({"--plan", "plan.txt", "--engine", "slrum", "--print"}).exitCode, 2);
+}
+
+/// A stand-in for `sbatch` that takes what it is given, and for one that doesn't.
+TEST_F(Batch, AnArrayIsSubmitted) {
+    writeRecording("study/a.csv", "0,1\n");
+    writeRecording("study/b.csv", "0,1\n");
+    std::filesystem::create_directory(folder.path("bin"));
+    const auto stand = [&](const std::string& script) {
+        folder.write("bin/sbatch", "#!/bin/sh\n" + script + "\n");
+        std::filesystem::permissions(folder.path("bin/sbatch"), std::filesystem::perms::all);
+    };
+    const auto submit = [&](const std::string& more) {
+        return Support::runProgram(
+            {"/bin/sh", "-c",
+             "PATH=" + folder.path("bin") +
+                 ":$PATH exec " QUILLMERE
+                 " batch g.yaml --in 'study/*.csv' --out results --plugin " CRASH_PLUGIN
+                 " --engine slurm --per-task 1 " +
+                 more},
+            folder.path(""));
+    };
+    stand("cp \"$1\" taken; echo Submitted batch job 7");
+    const Ended all = submit("");
+    EXPECT_EQ(all.exitCode, 0) << all.err;
+    EXPECT_TRUE(all.out.starts_with("Submitted batch job 7\n2 recordings in results/plan.txt")) << all.out;
+    EXPECT_NE(folder.read("taken").find("#SBATCH --array=1-2\n"), std::string::npos);
+    EXPECT_NE(folder.read("taken").find("#SBATCH --output=results/slurm-%A_%a.out\n"), std::string::npos);
+    ASSERT_EQ(call({"batch", "--plan", "results/plan.txt", "--lines", "2", "--out", "results"}).exitCode, 0);
+    EXPECT_EQ(submit("--resume").exitCode, 0);
+    EXPECT_NE(folder.read("taken").find("#SBATCH --array=1-1\n"), std::string::npos) << "the rest alone";
+    EXPECT_NE(folder.read("results/plan.txt").find("study/a.csv"), std::string::npos);
+    ASSERT_EQ(call({"batch", "--plan", "results/plan.txt", "--out", "results"}).exitCode, 0);
+    std::filesystem::remove(folder.path("taken"));
+    EXPECT_TRUE(submit("--resume").out.starts_with("2 recordings: 2 done (2 before), 0 failed"));
+    EXPECT_FALSE(folder.has("taken")) << "nothing is left to do";
+    stand("echo 'sbatch: error: Invalid job array specification' >&2; exit 1");
+    const Ended refused = submit("");
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_NE(
+        refused.err.find("quillmere: --engine: found that sbatch hasn't taken 'results/plan.txt.sbatch'"),
+        std::string::npos)
+        << refused.err;
+}
+
+TEST_F(Batch, EnginesTakeTheirOwnOptions) {
+    writeRecording("study/a.csv", "0,1\n");
+    for (const std::vector<std::string>& options :
+         std::vector<std::vector<std::string>>{{"--engine", "slurm", "--ship"},
+                                               {"--engine", "dask", "--print"},
+                                               {"--engine", "dask", "--slurm", "mem=1G"},
+                                               {"--engine", "dask", "--plan", "plan.txt"},
+                                               {"--engine", "dask://nowhere"},
+                                               {"--ship"}}) {
+        const Ended ended = batch(options);
+        EXPECT_EQ(ended.exitCode, 2) << testing::PrintToString(options);
+        EXPECT_NE(ended.err.find("; expected "), std::string::npos) << ended.err;
+        EXPECT_FALSE(folder.has("results"));
+    }
 }
 
 TEST_F(Batch, TheSummaryIsMadeAnewToTheByte) {
