@@ -66,8 +66,8 @@ std::size_t linesOf(const std::string& path, std::size_t entries) {
 
 } // namespace
 
-/// Those that haven't been done, or have changed since; what is said of the others is taken over. This machine
-/// has the results, and so it can tell.
+/// Those that haven't been done, or have changed since; what is said of the others is taken over. This
+/// machine has the results, and so it can tell.
 std::vector<std::size_t> BatchCommand::findRest(const BatchPlan& entries, BatchOptions options,
                                                 BatchTally& tally, const std::stop_token& stop) const {
     std::vector<std::size_t> rest(entries.entries.size());
