@@ -180,7 +180,7 @@ std::string EngineRun::takeIn(std::size_t number) const {
     rules.overwrites = std::find(entry.words.begin(), entry.words.end(), "--overwrite") != entry.words.end();
     try {
         const ResultFolder folder(entry.folder);
-        folder.begin();
+        folder.begin({entry.recording});
         for (const std::string& name : names) {
             const std::string path = (fs::path(entry.folder) / name).string();
             const auto refusal = ResultPath(path).findRefusal(rules);
