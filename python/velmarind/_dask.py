@@ -8,6 +8,8 @@ that goes out is an answer, as host/batch/EngineRun.h has them.
 
 from __future__ import annotations
 
+import asyncio
+import concurrent.futures
 import contextlib
 import importlib
 import json
@@ -29,6 +31,7 @@ from velmarind import _dask_task as task
 NOTHING_RUN = 2
 PATIENCE = float(os.environ.get("QUILLMERE_DASK_PATIENCE", "60"))  # seconds for a scheduler to come back
 BETWEEN_LOOKS = 0.2
+MOTION = "_motion.tsv"  # of BIDS
 LINE_END = "\x1e"  # stands for one, in an answer
 TO_END = 20.0  # seconds in which runs that are told to end do so
 
@@ -57,6 +60,7 @@ class Engine:
         self.ended: queue.SimpleQueue[Any] = queue.SimpleQueue()
         self.refused: set[str] = set()  # workers
         self.threads: dict[str, int] = {}
+        self.had_threads = True
         self.looked = 0.0
         self.stopped = threading.Event()
         self.client: Any = None
@@ -116,8 +120,11 @@ class Engine:
     def check_workers(self) -> None:
         """At the start whatever is wrong is refused; later such a worker gets nothing."""
         self.settings["versions"] = task.versions(self.settings, self.settings["command"])
-        with contextlib.suppress(Exception):
-            self.client.wait_for_workers(1, timeout=PATIENCE)
+        end = time.monotonic() + PATIENCE
+        while not self.client.nthreads() and time.monotonic() < end and not self.stopped.wait(BETWEEN_LOOKS):
+            pass
+        if self.stopped.is_set():
+            return
         doubts = self.client.run(task.tell, self.settings)
         if not doubts:
             raise Refusal("found no worker at the scheduler; expected one at least, as 'dask worker' starts it")
@@ -137,6 +144,9 @@ class Engine:
         except (OSError, Refusal) as error:
             say(f"the scheduler is gone ({error}); the same with --resume does the rest")
             return False
+        if not self.threads and self.had_threads:
+            say("no worker is left; waiting for another")
+        self.had_threads = bool(self.threads)
         self.looked = time.monotonic()
         # What only workers might run that are gone would wait for ever.
         for future in [future for future in self.running if future.velmarind_workers is not None
@@ -187,6 +197,9 @@ class Engine:
         words = self.calls[number]
         paths = [words[1], *self.settings["files"]]
         paths += [words[at + 1].partition("=")[2] for at, word in enumerate(words) if word == "--input"]
+        for motion in [path for path in paths if path.endswith(MOTION)]:  # has its channels beside it
+            beside = [motion.removesuffix(MOTION) + name for name in ("_channels.tsv", "_motion.json")]
+            paths += filter(os.path.exists, beside)
         files = {}
         for path in paths:
             with open(path, "rb") as file:
@@ -215,7 +228,7 @@ class Engine:
         number = self.running[future]
         try:
             word, text, made = future.result(timeout=PATIENCE)
-        except (OSError, TimeoutError):
+        except (OSError, TimeoutError, asyncio.CancelledError, concurrent.futures.CancelledError):
             return self.give_back(future)
         except Exception as error:  # Dask's own: it has lost several workers over it
             word, text, made = "failed", f"{type(error).__name__}: {error}", {}
