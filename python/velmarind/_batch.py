@@ -118,9 +118,9 @@ def batch(
     --------
     >>> import tempfile, velmarind
     >>> with tempfile.TemporaryDirectory() as folder:
-    ...     made = velmarind.batch("examples/calm-wrist.yaml", "examples/wrist.c*", folder, statistic="mean")
-    ...     made.whole, list(made.summary["state"])
-    (True, ['done'])
+    ...     made = velmarind.batch("examples/rest-tremor.yaml", "examples/recordings/*.csv", folder, statistic="mean")
+    ...     made.whole, list(made.summary["recording"])
+    (True, ['examples/recordings/rest-tremor.csv'])
     """
     def of(option: str, values: Path | Iterable[Path] | None) -> list[str]:
         several = [values] if isinstance(values, (str, os.PathLike)) else values or ()
