@@ -52,7 +52,7 @@ void GridSampler::begin(const Rules& newRules, std::size_t elements) {
     rules.gap = std::min(rules.gap, kMostSteps / rules.rate);
     width = elements;
     hasOrigin = false;
-    isEnding = false;
+    isEnding = hasWaiting = false;
     waitingSample.resize(width);
     times.clear();
     values.clear();
@@ -68,7 +68,7 @@ void GridSampler::take(double time, const double* sample) {
     }
     if (!(time > times.back())) return;
     if (time - times.back() > rules.gap) {
-        isEnding = true;
+        isEnding = hasWaiting = true;
         waitingTime = time;
         std::copy_n(sample, width, waitingSample.data());
         return;
@@ -144,6 +144,8 @@ bool GridSampler::give(double& time, double* value) {
     times.clear();
     values.clear();
     first = 0;
+    if (!hasWaiting) return false;
+    hasWaiting = false;
     append(waitingTime, waitingSample.data());
     beginStretch();
     return give(time, value);

@@ -35,6 +35,8 @@ public:
     /// Takes a sample; one whose time doesn't grow, isn't finite, or is so large that steps get lost in it,
     /// is dropped. Requires: `give` has said that there is no more.
     void take(double time, const double* sample);
+    /// Nothing more comes of the stretch: `give` gives what is left of it. Requires: as `take`.
+    void finish() { isEnding = getCount() > 0; }
     /// The next value that is decided; false when there is none.
     bool give(double& time, double* value);
 
@@ -59,7 +61,8 @@ private:
     double next = 0.0;      ///< the number of the step that comes, whole
     bool isDecided = false; ///< whether the stretch has the low-pass
     bool isFiltered = false;
-    bool isEnding = false; ///< `waitingSample` begins the next stretch
+    bool isEnding = false;   ///< what isn't within the stretch won't be
+    bool hasWaiting = false; ///< `waitingSample` begins the next one
     double waitingTime = 0.0;
     std::vector<double> waitingSample;
     std::vector<double> times; ///< of the stretch, from `first` on; what is before that is done with

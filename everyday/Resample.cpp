@@ -4,7 +4,7 @@
 Resample::Resample(const std::string& instanceName)
     : Filter(instanceName, true), in("in", this), out("out", this), rate("Rate", &getPropertyBag()),
       mode("Mode", &getPropertyBag()), lowPass("LowPass", &getPropertyBag()), gap("Gap", &getPropertyBag()),
-      resetCommand("Reset", &getPropertyBag()) {
+      resetCommand("Reset", &getPropertyBag()), finishCommand("Finish", &getPropertyBag()) {
     rate.setRange(0.001, 100000.0, 1.0);
     rate.setValue(100.0);
     mode.addLabel("Linear");
@@ -17,21 +17,37 @@ Resample::Resample(const std::string& instanceName)
     mode.setChangeHandler(this, &Resample::startAnew);
     lowPass.setChangeHandler(this, &Resample::startAnew);
     gap.setChangeHandler(this, &Resample::startAnew);
-    resetCommand.setChangeHandler(this, &Resample::startAnew);
+    resetCommand.setChangeHandler(this, &Resample::requestReset);
+    finishCommand.setChangeHandler(this, &Resample::requestFinish);
 }
 
 Resample::~Resample() = default;
 
 void Resample::process() {
+    if (resetRequested) {
+        isNew = true;
+        resetRequested = false;
+    }
+    if (hasChanged) {
+        sendRest();
+        hasChanged = false;
+    }
+    if (!finishRequested) return take();
+    while (in.hasData())
+        take();
+    sendRest();
+    finishRequested = false;
+}
+
+void Resample::take() {
     if (!in.hasData()) return;
     const MatrixXd& sample = in.take();
     if (sample.size() == 0) return;
-    MatrixXd& even = out.data.value;
-    if (isNew || sample.rows() != even.rows() || sample.cols() != even.cols()) begin(sample);
+    const MatrixXd& even = out.data.value;
+    if (!isNew && (sample.rows() != even.rows() || sample.cols() != even.cols())) sendRest();
+    if (isNew) begin(sample);
     sampler.take(in.getTimeStamp(), sample.data());
-    double time = 0.0;
-    while (sampler.give(time, even.data()))
-        out.send(time);
+    sendDecided();
 }
 
 void Resample::begin(const MatrixXd& sample) {
@@ -43,4 +59,18 @@ void Resample::begin(const MatrixXd& sample) {
                   static_cast<std::size_t>(sample.size()));
     resizeSample(out.data.value, sample.rows(), sample.cols());
     isNew = false;
+}
+
+void Resample::sendDecided() {
+    double time = 0.0;
+    while (sampler.give(time, out.data.value.data()))
+        out.send(time);
+}
+
+/// What came is all that there is.
+void Resample::sendRest() {
+    if (isNew) return;
+    sampler.finish();
+    sendDecided();
+    isNew = true;
 }

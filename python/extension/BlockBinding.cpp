@@ -135,14 +135,16 @@ void bindWork(py::class_<BlockHandle>& block) {
     block.def("push_all", &BlockHandle::pushAll, py::arg("x"), noTimes, noInputs, py::pos_only())
         .def(
             "run",
-            [](const BlockHandle& self, py::handle x, py::handle t) { return self.makeFresh()->push(x, t); },
+            [](const BlockHandle& self, py::handle x, py::handle t) { return self.makeWhole()->push(x, t); },
             py::arg("x"), noTimes, py::pos_only())
         .def(
             "run_all",
             [](const BlockHandle& self, py::handle x, py::handle t, py::handle inputs) {
-                return self.makeFresh()->pushAll(x, t, inputs);
+                return self.makeWhole()->pushAll(x, t, inputs);
             },
             py::arg("x"), noTimes, noInputs, py::pos_only())
+        .def("finish", &BlockHandle::finish)
+        .def("finish_all", &BlockHandle::finishAll)
         .def("fresh", &BlockHandle::makeFresh)
         .def("reset", &BlockHandle::reset);
 }

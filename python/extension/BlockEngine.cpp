@@ -210,6 +210,12 @@ void BlockEngine::feed(const SampleRows& samples, const SampleTimes& times,
     });
 }
 
+void BlockEngine::finish() {
+    auto* const command = dynamic_cast<CommandProperty*>(block->getPropertyBag().find("Finish"));
+    if (command == nullptr || mainSender == nullptr) return;
+    drive(1, {.each = &now, .first = 0.0, .passed = 0, .rate = 0.0}, [&](std::size_t) { command->fire(); });
+}
+
 void BlockEngine::generate(std::size_t steps, const SampleTimes& times) {
     drive(steps, times, [](std::size_t) {});
 }

@@ -83,6 +83,8 @@ public:
     /// nobody but the main collector listens. Raises `HostException` for what a step raises.
     void feed(const SampleRows& samples, const SampleTimes& times);
     void feed(const SampleRows& samples, const SampleTimes& times, const std::vector<OtherInput>& others);
+    /// Nothing more comes: a block that holds something back (its command `Finish`) sends it.
+    void finish();
     /// Steps a block without inputs.
     void generate(std::size_t steps, const SampleTimes& times);
 

@@ -117,6 +117,12 @@ void BlockHandle::reset() {
     build();
 }
 
+std::unique_ptr<BlockHandle> BlockHandle::makeWhole() const {
+    std::unique_ptr<BlockHandle> block = makeFresh();
+    block->endsWithPush = true;
+    return block;
+}
+
 void BlockHandle::refuseTimes() const {
     refuse("neither fs nor t for '" + order.description.id + "' (" + order.description.type +
                "), which reckons with the times of rows",
@@ -174,12 +180,13 @@ void BlockHandle::feed(const SampleRows& rows, const SampleTimes& times,
         }
         engine->feed(slice, times.from(first), own);
     };
-    if (rows.count < kUnlockedFrom) return feedSlice(0, rows.count);
-    for (std::size_t first = 0; first < rows.count; first += kBetweenSignals) {
+    if (rows.count < kUnlockedFrom) feedSlice(0, rows.count);
+    for (std::size_t first = 0; rows.count >= kUnlockedFrom && first < rows.count; first += kBetweenSignals) {
         if (first > 0 && PyErr_CheckSignals() != 0) throw py::error_already_set();
         const Unlocked unlocked;
         feedSlice(first, std::min(kBetweenSignals, rows.count - first));
     }
+    if (endsWithPush) engine->finish();
 }
 
 py::object BlockHandle::collectMain(int axes, Eigen::Index columns) {
@@ -191,16 +198,27 @@ py::object BlockHandle::collectMain(int axes, Eigen::Index columns) {
 
 PyObject* BlockHandle::pushRows(const SampleRows& rows, const SampleTimes& times, int axes) {
     const Use use(*this);
-    if (engine->getHasMainCollector()) {
-        Collector& collector = engine->getMainCollector();
-        collector.clear(); // of a call that raised
-        collector.isOn = true;
-        collector.keepsTimes = false;
-        collector.samples.expect(rows.count);
-    }
+    listenToMain(rows.count);
     fed += rows.count;
+    lastAxes = axes;
     feed(rows, times, {});
     return collectMain(axes, rows.columns).release().ptr();
+}
+
+py::object BlockHandle::finish() {
+    const Use use(*this);
+    listenToMain(0);
+    engine->finish();
+    return collectMain(lastAxes, 1);
+}
+
+void BlockHandle::listenToMain(std::size_t rows) {
+    if (!engine->getHasMainCollector()) return;
+    Collector& collector = engine->getMainCollector();
+    collector.clear(); // of a call that raised
+    collector.isOn = true;
+    collector.keepsTimes = false;
+    collector.samples.expect(rows);
 }
 
 /// Samples for the main input; of a block without one steps alone.
@@ -245,21 +263,37 @@ py::dict BlockHandle::pushAll(py::handle x, py::handle t, py::handle inputs) {
             others.push_back({sender, other.rows, other.rows.count == taken.rows.count});
         }
     const Listening listening(engine->listenToAll());
+    listenToAll();
+    fed += taken.rows.count;
+    lastAxes = taken.axes;
+    feed(taken.rows, times, others);
+    return collectAll(taken.axes, taken.rows.columns);
+}
+
+py::dict BlockHandle::finishAll() {
+    const Use use(*this);
+    const Listening listening(engine->listenToAll());
+    listenToAll();
+    engine->finish();
+    return collectAll(lastAxes, 1);
+}
+
+void BlockHandle::listenToAll() {
     for (Collector& collector : engine->listenToAll()) {
         collector.clear();
         collector.isOn = true;
         collector.keepsTimes = true;
         collector.samples.expect(0);
     }
-    fed += taken.rows.count;
-    feed(taken.rows, times, others);
+}
+
+py::dict BlockHandle::collectAll(int axes, Eigen::Index columns) {
     py::dict results;
     for (Collector& collector : engine->listenToAll()) {
         const py::array_t<double> stamps = toArray(collector.times);
         const auto& runs = collector.samples.getRuns();
-        const Eigen::Index columns = runs.empty() ? taken.rows.columns : runs.front().columns;
-        results[textOf(collector.getName())] =
-            py::make_tuple(stamps, toSamples(collector.samples, taken.axes, columns));
+        results[textOf(collector.getName())] = py::make_tuple(
+            stamps, toSamples(collector.samples, axes, runs.empty() ? columns : runs.front().columns));
     }
     return results;
 }

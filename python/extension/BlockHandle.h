@@ -38,7 +38,12 @@ public:
     PyObject* pushRows(const SampleRows& rows, const SampleTimes& times, int axes);
     pybind11::object push(pybind11::handle x, pybind11::handle t);
     pybind11::dict pushAll(pybind11::handle x, pybind11::handle t, pybind11::handle inputs);
+    /// What is held back for more, which doesn't come.
+    pybind11::object finish();
+    pybind11::dict finishAll();
     std::unique_ptr<BlockHandle> makeFresh() const { return std::make_unique<BlockHandle>(order); }
+    /// Likewise, for a whole recording: nothing comes behind what is pushed.
+    std::unique_ptr<BlockHandle> makeWhole() const;
     void reset();
 
     Quillmere::Host::PropertyDescription getProperty(const std::string& name) const;
@@ -77,7 +82,10 @@ private:
     std::size_t takeSteps(pybind11::handle x) const;
     void feed(const SampleRows& rows, const SampleTimes& times,
               const std::vector<BlockEngine::OtherInput>& others);
+    void listenToMain(std::size_t rows);
+    void listenToAll();
     pybind11::object collectMain(int axes, Eigen::Index columns);
+    pybind11::dict collectAll(int axes, Eigen::Index columns);
 
     BlockOrder order;
     const TypeInfo& info;
@@ -89,6 +97,8 @@ private:
     double firstTime = 0.0;     ///< Not-a-number without a rate.
     double stepRate = 1.0;
     Eigen::Index lastColumns = 0; ///< Of what came out last; 0 for nothing yet.
+    int lastAxes = 2;             ///< Of what went in last.
+    bool endsWithPush = false;    ///< Nothing comes behind what is pushed.
     bool isBusy = false;          ///< Under the interpreter's lock.
 };
 

@@ -110,7 +110,7 @@ class Block(_native.Block):
     Called, it runs over a whole recording from the begin, and what it remembers of `push` stays as it is.
     `push(chunk, t=None)` goes on where the last one ended, and is the operation of the extension itself: a
     chunk goes in as an array, and the main output comes out as one. Chunks of any size give the bits of one
-    call.
+    call, with what `finish()` gives at last: what a block such as Resample holds back for more.
 
     Settings are attributes by their identifiers (`velmarind.identifier`), and `properties` has all there is
     to know of them. Operations of the block go before settings of the same name, which `properties` has all

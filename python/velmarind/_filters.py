@@ -164,7 +164,7 @@ def resample(x: Any, *, rate: float, fs: Any = None, t: Any = None, hold: bool =
         Their times in seconds, in place of `fs`.
     hold : bool
         Whether a row is the newest that isn't later (for levels and labels) in place of one on the line
-        between two. What is newest at the time of the last row isn't known, so rows end in front of that.
+        between two.
     lowpass : bool
         Whether what the new rate can't hold is taken off on the way down.
     gap : float
@@ -174,7 +174,7 @@ def resample(x: Any, *, rate: float, fs: Any = None, t: Any = None, hold: bool =
     -------
     as `x`
         From the time of the first row on. Of an array with `t` the rows and their times, as
-        `scipy.signal.resample` gives them back. With the low-pass the last 20 / `rate` seconds aren't there.
+        `scipy.signal.resample` gives them back.
 
     Notes
     -----
@@ -190,12 +190,7 @@ def resample(x: Any, *, rate: float, fs: Any = None, t: Any = None, hold: bool =
     times = stated_times(t) if t is not None else times_of(x)
     if times is None:
         times = np.arange(len(x)) / need_rate(x, fs, "resample")
-    # The block finds out by itself whether rows go down, but of a short recording it would wait for more.
-    wanted = number_of(rate, "rate")
-    steps = np.diff(times)
-    steps = steps[steps > 0]  # pauses and repeated stamps don't change what is usual
-    goes_down = steps.size > 0 and bool(1 / np.median(steps) > wanted)
-    got = block("Resample", **_even(wanted, hold, lowpass and goes_down, gap)).results(x, times)
+    got = block("Resample", **_even(rate, hold, lowpass, gap)).results(x, times)
     return (got["out"], got.times["out"]) if t is not None else got["out"]
 
 

@@ -187,8 +187,13 @@ class Block:
         An input has a row for each row of `x`, which goes in with it, or a single row (or number), which goes
         in with the first. A row of not-a-numbers alone is none: nothing goes in there.
         """
+    def finish(self) -> Samples:
+        """What the block holds back for more rows, where there are none: Resample, Join and Durations hold
+        some. Nothing of others."""
+    def finish_all(self) -> dict[str, TimedSamples]:
+        """The same of all outputs, and with times."""
     def run(self, x: ArrayLike | int, t: ArrayLike | float | None = None, /) -> Samples:
-        """What `push` of a `fresh()` block gives. This one stays as it is."""
+        """What `push` of a `fresh()` block gives, and `finish` behind it. This one stays as it is."""
     def run_all(
         self,
         x: ArrayLike | int,
@@ -196,7 +201,7 @@ class Block:
         inputs: Mapping[str, ArrayLike] | None = None,
         /,
     ) -> dict[str, TimedSamples]:
-        """What `push_all` of a `fresh()` block gives. This one stays as it is."""
+        """What `push_all` of a `fresh()` block gives, and `finish_all` behind it. This one stays as it is."""
     def fresh(self) -> Block:
         """A new block with the settings that were given to this one, which remembers nothing. Commands that
         were fired before the first row are fired again."""

@@ -55,6 +55,13 @@ Pairs run(Feed& feed, const Pairs& samples) {
     return sentBy(feed);
 }
 
+Pairs finish(Feed& feed) {
+    feed.forget();
+    feed.fire("Finish");
+    feed.step();
+    return sentBy(feed);
+}
+
 double wave(double frequency, double time) {
     return std::sin(2.0 * std::numbers::pi * frequency * time + 0.3);
 }
@@ -82,7 +89,8 @@ TEST(ResampleTest, Catalogue) {
                                 "enum \"Mode\" 0 of Linear, Hold\n"
                                 "value bool \"LowPass\" true\n"
                                 "range double \"Gap\" 1 in [0.001;1000000] step 0.10000000000000001\n"
-                                "command \"Reset\"\n");
+                                "command \"Reset\"\n"
+                                "command \"Finish\"\n");
 }
 
 TEST(ResampleTest, DrawsLinesBetweenUnevenSamples) {
@@ -169,6 +177,91 @@ TEST(ResampleTest, TheTimesAreEvenAndAllThere) {
         EXPECT_EQ(found[k].time, 3.0 + static_cast<double>(k) / rate);
         EXPECT_TRUE(agree(found[k].value, 7.0, withinRel(1e-14))) << "a constant stays, at the begin, too";
     }
+}
+
+TEST(ResampleTest, AtTheFinishTheRestComesBehindWhatWasSent) {
+    const double rate = 20.0;
+    Resample block("even");
+    Feed feed(block);
+    feed.set("Rate", rate);
+    Pairs constant;
+    for (int n = 0; n < 1000; ++n)
+        constant.push_back({3.0 + 0.01 * n, 7.0});
+    ASSERT_EQ(run(feed, constant).size(), 180U);
+    const Pairs rest = finish(feed);
+    ASSERT_EQ(rest.size(), 20U) << "to 12.95, the last time within what came";
+    for (std::size_t k = 0; k < rest.size(); ++k) {
+        EXPECT_EQ(rest[k].time, 3.0 + static_cast<double>(180 + k) / rate);
+        EXPECT_TRUE(agree(rest[k].value, 7.0, withinRel(1e-14))) << k;
+    }
+    EXPECT_TRUE(finish(feed).empty()) << "once";
+    EXPECT_EQ(run(feed, {{20.0, 1}, {20.1, 1}}), Pairs()) << "begins anew";
+    EXPECT_EQ(finish(feed), (Pairs{{20.0, 1}, {20.05, 1}, {20.1, 1}}));
+}
+
+// The law: the end of a course is the begin of the course that runs backward.
+TEST(ResampleTest, TheEndIsMadeAsTheBeginIs) {
+    for (const double rate : {4.0, 10.0, 20.0, 50.0}) {
+        Pairs results[2];
+        for (const int direction : {0, 1}) {
+            Resample block("even");
+            Feed feed(block);
+            feed.set("Rate", rate);
+            Pairs samples;
+            for (int n = 0; n <= 1000; ++n) {
+                const double at = 0.01 * (direction == 0 ? n : 1000 - n);
+                samples.push_back({0.01 * n, wave(0.3, at) + wave(3.1, at)});
+            }
+            results[direction] = run(feed, samples);
+            const Pairs rest = finish(feed);
+            results[direction].insert(results[direction].end(), rest.begin(), rest.end());
+        }
+        const std::size_t count = static_cast<std::size_t>(10.0 * rate) + 1;
+        ASSERT_EQ(results[0].size(), count) << rate;
+        ASSERT_EQ(results[1].size(), count) << rate;
+        for (std::size_t k = 0; k < count;
+             ++k) // because times near the end have fewer digits than at the begin
+            EXPECT_TRUE(agree(results[0][k].value, results[1][count - 1 - k].value, law(1e-9)))
+                << rate << " " << k;
+    }
+}
+
+TEST(ResampleTest, AShortRecordingHasItsRowsToo) {
+    for (const double rate : {1.0, 2.0, 4.0, 5.0, 10.0, 20.0, 50.0}) {
+        Resample block("even");
+        Feed feed(block);
+        feed.set("Rate", rate);
+        Pairs found;
+        Pairs samples;
+        for (int n = 0; n < 861; ++n)
+            samples.push_back({n / 92.77, 1.0});
+        found = run(feed, samples);
+        const Pairs rest = finish(feed);
+        found.insert(found.end(), rest.begin(), rest.end());
+        EXPECT_EQ(found.size(), static_cast<std::size_t>(860 / 92.77 * rate) + 1) << rate;
+    }
+    Resample block("even");
+    Feed feed(block);
+    EXPECT_EQ(run(feed, {{4.0, 3}}), Pairs());
+    EXPECT_EQ(finish(feed), (Pairs{{4.0, 3}}));
+}
+
+TEST(ResampleTest, AnotherRateIsThatOfWhatComesFromThenOn) {
+    Resample block("even");
+    Feed feed(block);
+    feed.set("Rate", 10.0);
+    Pairs samples;
+    for (int n = 0; n < 500; ++n)
+        samples.push_back({0.01 * n, 1.0});
+    ASSERT_EQ(run(feed, samples).size(), 30U);
+    feed.set("Rate", 5.0);
+    const Pairs rest = run(feed, {{5.003, 2.0}});
+    ASSERT_EQ(rest.size(), 20U) << "to 4.9";
+    EXPECT_EQ(rest.back().time, 49 / 10.0);
+    EXPECT_EQ(finish(feed), (Pairs{{5.003, 2.0}}));
+    run(feed, samples);
+    feed.fire("Reset");
+    EXPECT_TRUE(run(feed, {{9.0, 1.0}}).empty()) << "a reset forgets what wasn't sent";
 }
 
 TEST(ResampleTest, AgreesWithSciPyWhereBothPass) {

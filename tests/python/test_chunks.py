@@ -131,6 +131,7 @@ def in_chunks(block, rows, times, beside, sizes):
         t = None if times is None else times[piece]
         parts.append(block.push_all(x, t, {name: value[piece] for name, value in beside.items()}))
         begin += size
+    parts.append(block.finish_all())
     return parts
 
 
@@ -166,7 +167,7 @@ def test_any_chunks_give_the_bits_of_one_call(type):
             for each in (one, other):
                 for command in fired:
                     each.fire(command)
-            whole = one.push_all(ROWS if rows is None else rows, times, beside)
+            whole = one.run_all(ROWS if rows is None else rows, times, beside)
             parts = in_chunks(other, rows, times, beside, chunk_sizes(size, rng))
             for pin in block.outputs:
                 came += len(whole[pin][0])
@@ -192,6 +193,7 @@ def test_push_in_any_chunks_gives_the_bits_of_run(type):
                 piece = slice(begin, begin + count)
                 parts.extend(other.push(count if rows is None else rows[piece], None if times is None else times[piece]))
                 begin += count
+            parts.extend(other.finish())
             assert len(whole) == len(parts), (type, settings, size)
             for one, more in zip(whole, parts):
                 assert np.asarray(one).tobytes() == np.asarray(more).tobytes(), (type, settings, size)

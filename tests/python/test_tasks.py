@@ -154,7 +154,7 @@ def test_rows_that_share_a_stamp_keep_their_places(rng):
 def test_resample_goes_up_by_lines():
     x = np.array([0.0, 1.0, 4.0])
     assert velmarind.resample(x, fs=1, rate=4).tolist() == np.interp(np.arange(9) / 4, [0, 1, 2], x).tolist()
-    assert velmarind.resample(x, fs=1, rate=2, hold=True).tolist() == [0, 0, 1, 1]
+    assert velmarind.resample(x, fs=1, rate=2, hold=True).tolist() == [0, 0, 1, 1, 4]
 
 
 def test_resample_goes_down_without_what_the_new_rate_cant_hold():
