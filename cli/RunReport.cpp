@@ -108,6 +108,8 @@ void printSummary(const RunOutcome& outcome, Clock::time_point start, std::ostre
         for (const std::string& silence : result.silentPins)
             ends.add({"", "nothing to " + silence});
     }
+    for (const RunOutcome::Note& note : outcome.notes)
+        ends.add({note.block, note.text});
     for (const RateConversion& conversion : outcome.conversions)
         ends.add({conversion.target, conversion.getText()});
     out << ends.getText();

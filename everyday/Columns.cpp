@@ -34,14 +34,15 @@ void Columns::process() {
     if (!in.hasData()) return;
     if (hasChanged) readSettings();
     const MatrixXd& sample = in.take();
-    if (sample.cols() < needed) return;
+    ++came;
+    if (sample.cols() < needed) return drop(sample);
     MatrixXd& picked = out.data.value;
     if (columns.empty()) {
         copySample(picked, sample);
         return out.send(in.getTimeStamp());
     }
     resizeSample(picked, sample.rows(), static_cast<Eigen::Index>(columns.size()));
-    stepRows(sample.data(), picked.data(), static_cast<std::size_t>(sample.rows()), sample.cols());
+    pickRows(sample.data(), picked.data(), static_cast<std::size_t>(sample.rows()), sample.cols());
     out.send(in.getTimeStamp());
 }
 
@@ -52,10 +53,30 @@ Eigen::Index Columns::getRowWidth(Eigen::Index width) {
 }
 
 void Columns::stepRows(const double* rows, double* results, std::size_t count, Eigen::Index width) {
+    came += count;
+    pickRows(rows, results, count, width);
+}
+
+void Columns::pickRows(const double* rows, double* results, std::size_t count, Eigen::Index width) const {
     const std::size_t taken = columns.size();
     for (std::size_t row = 0; row < count; ++row, rows += width, results += taken)
         for (std::size_t i = 0; i < taken; ++i)
             results[i] = rows[columns[i]];
+}
+
+void Columns::drop(const MatrixXd& sample) {
+    if (dropped++ > 0 && sample.cols() == droppedColumns) return;
+    droppedColumns = sample.cols();
+    droppedRows = sample.rows();
+}
+
+std::vector<std::string> Columns::getLosses() const {
+    if (dropped == 0) return {};
+    std::string text = std::to_string(dropped) + " of " + std::to_string(came);
+    text += (came == 1 ? " sample" : " samples");
+    text += " of 'in' were dropped, since column " + std::to_string(needed - 1) + " was asked for of ";
+    text += std::to_string(droppedRows) + " by " + std::to_string(droppedColumns) + ", counted from 0";
+    return {text};
 }
 
 void Columns::readSettings() {

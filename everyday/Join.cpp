@@ -5,9 +5,11 @@
 
 namespace {
 using Everyday::SampleLine;
+using Fate = Everyday::JoinAccount::Fate;
 
 // Of an input that runs ahead of "in1"; what is older than that is lost.
 constexpr std::size_t kMostAhead = 100000;
+constexpr int kMostWaiting = 100000;
 
 /// Rows of so many columns into wider ones.
 template <Eigen::Index kColumns>
@@ -42,14 +44,12 @@ Join::Join(const std::string& instanceName)
       mode("Mode", &getPropertyBag()), tolerance("Tolerance", &getPropertyBag()),
       waiting("Waiting", &getPropertyBag()), resetCommand("Reset", &getPropertyBag()),
       finishCommand("Finish", &getPropertyBag()), others{&in2, &in3, &in4, &in5, &in6, &in7, &in8} {
-    for (InputPin<MatrixXd>* const other : others)
-        other->setIsBlocking(false);
     mode.addLabel("Hold");
     mode.addLabel("Exact");
     mode.setValue(static_cast<unsigned>(Mode::Hold));
     tolerance.setRange(0.0, 1e9, 0.001);
     tolerance.setValue(0.0);
-    waiting.setRange(0, 100000, 1);
+    waiting.setRange(0, kMostWaiting, 1);
     waiting.setValue(1000);
     resetCommand.setChangeHandler(this, &Join::requestReset);
     finishCommand.setChangeHandler(this, &Join::requestFinish);
@@ -70,10 +70,9 @@ void Join::process() {
         hasTaken = poll();
     const auto by = static_cast<Mode>(mode.getValue());
     const double within = tolerance.getValue();
-    const auto most = finishRequested ? 0 : static_cast<std::size_t>(waiting.getValue());
-    finishRequested = false;
-    while (!firsts.isEmpty() && joinOldest(by, within, most))
+    while (!firsts.isEmpty() && joinOldest(by, within))
         firsts.pop();
+    finishRequested = false;
 }
 
 /// Links change between steps only, so one look serves the whole step.
@@ -87,56 +86,91 @@ void Join::findParts() {
 bool Join::poll() {
     bool hasTaken = false;
     for (std::size_t part = 0; part < parts; ++part) {
-        InputPin<MatrixXd>& other = *others[connected[part]];
-        if (!other.hasData()) continue;
-        const MatrixXd& sample = other.take();
-        lines[connected[part]].push(sample, other.getTimeStamp(), kMostAhead);
+        const std::size_t i = connected[part];
+        if (!getHasData(*others[i])) continue;
+        const MatrixXd& sample = others[i]->take();
+        if (lines[i].push(sample, others[i]->getTimeStamp(), kMostAhead)) account.countForgotten(i);
         hasTaken = true;
     }
     if (!in1.hasData()) return hasTaken;
     const MatrixXd& sample = in1.take();
-    firsts.push(sample, in1.getTimeStamp(), kMostAhead);
+    account.countFirst();
+    firsts.push(sample, in1.getTimeStamp(), kMostWaiting + 1); // no more are left behind a step
     return true;
+}
+
+/// Never sleeps: what comes to another input wakes the layout, but no sample of "in1" waits for it here.
+bool Join::getHasData(InputPin<MatrixXd>& other) {
+    return (!other.getIsWaking() || other.getQueueLength() > 0) && other.hasData();
 }
 
 /// True when the oldest sample of "in1" has been sent or dropped, false where it has to wait.
-bool Join::joinOldest(Mode by, double within, std::size_t most) {
+bool Join::joinOldest(Mode by, double within) {
     const double time = firsts.at(0).timeStamp;
-    const bool isLate = firsts.size() > most;
-    bool isWhole = true;
+    const auto most = static_cast<std::size_t>(waiting.getValue());
+    const bool mayWait = firsts.size() <= most && !finishRequested;
+    Answers answers{};
     for (std::size_t part = 0; part < parts; ++part) {
         SampleLine& line = lines[connected[part]];
-        const Answer answer =
-            by == Mode::Hold ? findHeld(line, time, isLate) : findExact(line, time, within, isLate);
-        if (answer == Answer::NotYet) return false;
-        isWhole = isWhole && answer == Answer::This;
+        answers[part] = by == Mode::Hold ? findHeld(line, time) : findExact(line, time, within);
+        if (answers[part] == Answer::NotYet && mayWait) return false;
     }
-    if (isWhole) sendJoined(firsts.at(0).value, time);
+    if (!getIsDropped(by, answers) && sendJoined(firsts.at(0).value, time)) countSent(answers, most);
     return true;
 }
 
-/// Brings the newest sample that isn't later to the front.
-Join::Answer Join::findHeld(SampleLine& line, double time, bool isLate) {
-    while (line.size() > 1 && line.at(1).timeStamp <= time)
+/// Brings the newest sample that isn't later to the front, of those of that very time the first.
+Join::Answer Join::findHeld(SampleLine& line, double time) {
+    while (line.size() > 1 && line.at(1).timeStamp <= time && line.at(0).timeStamp < time)
         line.pop();
-    if (line.isEmpty()) return isLate ? Answer::Nothing : Answer::NotYet;
+    if (line.isEmpty()) return Answer::NotYet;
     if (line.at(0).timeStamp > time) return Answer::Nothing;
-    const bool isKnown = line.size() > 1 || line.at(0).timeStamp == time;
-    return isKnown || isLate ? Answer::This : Answer::NotYet;
+    return line.size() > 1 || line.at(0).timeStamp == time ? Answer::This : Answer::NotYet;
 }
 
-Join::Answer Join::findExact(SampleLine& line, double time, double within, bool isLate) {
+Join::Answer Join::findExact(SampleLine& line, double time, double within) {
     while (!line.isEmpty() && line.at(0).timeStamp < time - within)
         line.pop();
-    if (line.isEmpty()) return isLate ? Answer::Nothing : Answer::NotYet;
+    if (line.isEmpty()) return Answer::NotYet;
     return line.at(0).timeStamp <= time + within ? Answer::This : Answer::Nothing;
 }
 
-void Join::sendJoined(const MatrixXd& first, double time) {
+/// Whether an input has nothing for a sample of "in1" that waits no longer. The first that hasn't counts.
+bool Join::getIsDropped(Mode by, const Answers& answers) {
+    for (std::size_t part = 0; part < parts; ++part) {
+        const std::size_t i = connected[part];
+        const bool isBehind = answers[part] == Answer::NotYet && lines[i].isEmpty();
+        if (!isBehind && answers[part] != Answer::Nothing) continue;
+        if (isBehind && !finishRequested)
+            account.count(Fate::GivenUp, i);
+        else
+            account.count(by == Mode::Hold ? Fate::Early : Fate::Unmatched, i);
+        return true;
+    }
+    return false;
+}
+
+/// Who sets "Waiting" to 0 wants what there is.
+void Join::countSent(const Answers& answers, std::size_t most) {
+    for (std::size_t part = 0; part < parts; ++part) {
+        if (answers[part] != Answer::NotYet) continue;
+        const std::size_t i = connected[part];
+        if (finishRequested)
+            account.countHeld(i, lines[i].at(0).timeStamp);
+        else if (most > 0)
+            account.count(Fate::Hurried, i);
+    }
+}
+
+/// False where an input's sample has another number of rows.
+bool Join::sendJoined(const MatrixXd& first, double time) {
     Eigen::Index columns = first.cols();
     for (std::size_t part = 0; part < parts; ++part) {
         const MatrixXd& other = lines[connected[part]].at(0).value;
-        if (other.rows() != first.rows()) return;
+        if (other.rows() != first.rows()) {
+            account.count(Fate::Unlike, connected[part]);
+            return false;
+        }
         columns += other.cols();
     }
     resizeSample(out.data.value, first.rows(), columns);
@@ -149,4 +183,5 @@ void Join::sendJoined(const MatrixXd& first, double time) {
     for (std::size_t part = 0; part < parts; ++part)
         put(lines[connected[part]].at(0).value);
     out.send(time);
+    return true;
 }

@@ -5,17 +5,18 @@
 
 namespace Everyday {
 
-void SampleLine::push(const Quillmere::Core::MatrixXd& value, double time, std::size_t most) {
-    if (!(time == time)) return;
-    while (count > 0 && !(at(count - 1).timeStamp < time))
+bool SampleLine::push(const Quillmere::Core::MatrixXd& value, double time, std::size_t most) {
+    if (!(time == time)) return false;
+    while (count > 0 && at(count - 1).timeStamp > time)
         --count;
-    while (count >= most)
-        pop();
+    const bool isFull = count >= most;
+    if (isFull) pop();
     if (count == slots.size()) grow();
     Quillmere::Core::Sample& slot = slots[slotOf(count)];
     Quillmere::Core::copySample(slot.value, value);
     slot.timeStamp = time;
     ++count;
+    return isFull;
 }
 
 void SampleLine::pop() {

@@ -12,9 +12,10 @@ namespace Everyday {
 /// steady stream allocates nothing.
 class SampleLine {
 public:
-    /// Appends a copy. What isn't earlier than it goes, as behind a clock that was set back; beyond `most`
-    /// samples the oldest goes. A time that is no number stands nowhere in line: nothing is appended.
-    void push(const Quillmere::Core::MatrixXd& value, double time, std::size_t most);
+    /// Appends a copy. What is later than it goes, as behind a clock that was set back; beyond `most`
+    /// samples the oldest goes: true then. A time that is no number stands nowhere in line: nothing is
+    /// appended.
+    bool push(const Quillmere::Core::MatrixXd& value, double time, std::size_t most);
     void pop();
     void clear() { count = 0; }
 

@@ -46,6 +46,9 @@ bool isDeeperThan(double passRipple, double stopRipple) {
 bool isProductOneOrMore(double first, double second) {
     return first * second >= 1.0;
 }
+bool isAboveAnEnd(double first, double end) {
+    return end != 0.0 && first > end;
+}
 bool isBelowTwo(double first, double) {
     return first < 2.0;
 }
@@ -87,6 +90,7 @@ std::span<const SettingRule> getSettingRules() {
         {"FilterFlagStatic", "StdDevIni", nullptr, isZero,
          "from 0 no noise can be learned, and nothing counts as rest"},
         {"FilterFlagStatic", "Windows Size", nullptr, isBelowTwo, "a deviation needs two rows at least"},
+        {"Peaks", "From", "To", isAboveAnEnd, "the band has to begin below its end, or no peak lies in it"},
         {"FilterWFLC", "Mu", "Order", isProductOneOrMore,
          "their product has to stay below 1, or the weights grow without end"},
         {"FilterFFT", "Pause", nullptr, isSet, kPaused},

@@ -5,6 +5,7 @@
 #include "host/live/LiveClock.h"
 #include "host/live/PipeWatcher.h"
 #include "host/live/RoomBoard.h"
+#include "host/live/TimeBoard.h"
 #include "host/run/RunEnd.h"
 #include "host/run/RunLimit.h"
 
@@ -31,6 +32,7 @@ public:
     const bool countsSteps; ///< Whether layouts count their blocks' steps and take the time of some.
     PipeWatcher pipes;
     RoomBoard room;
+    TimeBoard time;
     Timeline& timeline;
     std::mutex timelineMutex; ///< Held by who applies the timeline or says who shall; taken before any gate.
     /// For a layout, when the run is over: what goes round in a loop is left alone then. Changed with all

@@ -261,7 +261,7 @@ void LiveGraph::arrangeAll() {
     const FollowerSet followers = followersAmong(getStepped());
     for (LiveLayout& layout : layouts)
         arrange(layout, followers);
-    overflows.apply(blocks.getAll(), layouts, drive.room);
+    overflows.apply(blocks.getAll(), layouts, drive);
     drive.mostDrainRounds = getMostDrainRounds();
     if (!drive.getIsOver()) stir(); // sources and clocks may have come to another layout
 }

@@ -44,7 +44,9 @@ private:
 
 LiveLayout::LiveLayout(std::string layoutId, Core::LayoutManager& blocks, LiveDrive& liveDrive)
     : id(std::move(layoutId)), layout(blocks), drive(liveDrive), pace(liveDrive, getGate()), rounds(&pace),
-      seat(liveDrive.room, getGate()), finite(liveDrive.nonFiniteSeen), timer(liveDrive.countsSteps) {}
+      seat(liveDrive.room, getGate()), finite(liveDrive.nonFiniteSeen), timer(liveDrive.countsSteps) {
+    drive.time.enter(getNumber(), getGate());
+}
 
 void LiveLayout::refresh(std::deque<RunSource>& runSources, const FollowerSet& followers) {
     const std::vector<Core::Filter*>& all = layout.getFilters();
@@ -177,13 +179,14 @@ LiveLayout::Kind LiveLayout::choose(PassWish::Waker waker) {
         return Kind::None; // a change that failed may have left sources that another layout holds
     next = Next::Rest;
     due = Clock::time_point::max();
+    awaited.reset();
     seat.look();
     if (drive.getIsOver() && !wish.getIsDraining()) wish.beginDrain(drive.mostDrainRounds);
     wish.wake(waker, waiting.getMostRounds());
     const Kind kind = chooseKind();
     if (kind != Kind::None) return kind;
     if (next == Next::Rest) handOver.rest();
-    seat.endLook(getIsExpecting());
+    seat.endLook(getIsExpecting(), awaited);
     return kind;
 }
 
@@ -191,7 +194,8 @@ LiveLayout::Kind LiveLayout::chooseKind() {
     // What a block has sent in one step is gone before the next one adds to it.
     if (bursts.getIsWanted()) return seat.getHasRoom() ? Kind::Followers : Kind::None;
     if (finishing != nullptr) return seat.getHasRoom() ? Kind::Finish : Kind::None;
-    if (!wish.getIsDraining() && getIsRoundDue()) return beginRound() ? Kind::Round : Kind::None;
+    if (!wish.getIsDraining() && getIsRoundDue() && getIsInTime())
+        return beginRound() ? Kind::Round : Kind::None;
     if (!wish.getIsWanted(waiting) || !seat.getHasRoom()) return Kind::None;
     wish.take();
     return Kind::Other;
@@ -202,7 +206,16 @@ bool LiveLayout::getIsRoundDue() {
     due = choice.due;
     for (unsigned ended = rounds.takeEnded(); ended > 0; --ended)
         drive.endDriver();
+    if (choice.answer == RoundChooser::Answer::End) drive.time.end(getNumber());
     return choice.answer == RoundChooser::Answer::Round;
+}
+
+/// Whether the layouts that it meets with have come as far as it has. What they send is taken meanwhile.
+bool LiveLayout::getIsInTime() {
+    if (rounds.getClock() != nullptr || drive.time.getMayBegin(getNumber(), rounds.getNextTime()))
+        return true;
+    awaited = drive.time.getAwaited(getNumber());
+    return false;
 }
 
 /// False where there is no room for the round, or where the timeline has something to do first.
@@ -223,6 +236,7 @@ bool LiveLayout::beginRound() {
     for (Sink* const sink : sinks)
         sink->setStreamTime(getStreamTime());
     rounds.release();
+    drive.time.countRound(getNumber());
     return true;
 }
 

@@ -19,6 +19,7 @@
 #include <cstdint>
 #include <deque>
 #include <exception>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -48,8 +49,10 @@ public:
     void refresh(std::deque<RunSource>& runSources, const FollowerSet& followers = {});
     /// Takes up the links to other layouts that are to lose nothing. Requires: as `refresh`. [any, guarded]
     void waitForRoomIn(std::vector<SendRoom::Link> links) { seat.watch(std::move(links)); }
-    /// Its number on the board of those who wait for room. [any]
+    /// Its number on the boards of those who wait for each other. [any]
     std::size_t getNumber() const { return seat.getNumber(); }
+    /// Whether it has rounds by sources. Requires: the gate is held, or no thread runs. [any, guarded]
+    bool getHasSources() const { return rounds.getIsDriven() && rounds.getClock() == nullptr; }
     /// Whether its rounds tell the time for the graph's timeline. Requires: the gate and the timeline's mutex
     /// are held, or no thread runs. [any, guarded]
     void setAppliesTimeline(bool flag) { appliesTimeline = flag; }
@@ -98,6 +101,7 @@ private:
     Kind choose(PassWish::Waker waker);
     Kind chooseKind();
     bool getIsRoundDue();
+    bool getIsInTime();
     bool beginRound();
     bool getIsStepped(const Core::Filter& block, Kind kind) const;
     void step(Core::Filter& block, Kind kind);
@@ -131,6 +135,8 @@ private:
     std::atomic<double> streamTime{0.0};   ///< Seconds; of the last round. Others read it.
     Next next = Next::Look;
     Clock::time_point due; ///< Until when the layout may sleep.
+    std::optional<std::size_t>
+        awaited; ///< The layout that has to come as far as this one's next round first.
 };
 
 } // namespace Quillmere::Host

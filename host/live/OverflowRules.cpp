@@ -6,13 +6,25 @@
 namespace Quillmere::Host {
 
 namespace {
-Overflow standardOf(const Graph& graph, bool isUnpaced) {
+bool getIsByRecordings(const Graph& graph) {
     const auto& nodes = graph.getNodes();
-    const bool isByRecordings =
-        !graph.getSources().empty() && std::none_of(nodes.begin(), nodes.end(), [](const Graph::Node& node) {
-            return getComesByItself(node.waking);
-        });
-    return isUnpaced && isByRecordings ? Overflow::Wait : Overflow::Drop;
+    return !graph.getSources().empty() &&
+           std::none_of(nodes.begin(), nodes.end(),
+                        [](const Graph::Node& node) { return getComesByItself(node.waking); });
+}
+
+/// The layouts that samples of this one come to, itself among them.
+std::vector<bool> reachOf(const LayoutLinks& links, std::size_t layout) {
+    std::vector<bool> reached(links.getCount(), false);
+    for (std::size_t other = 0; other < reached.size(); ++other)
+        reached[other] = other == layout || links.getIsLeading(layout, other);
+    return reached;
+}
+
+bool getDoMeet(const std::vector<bool>& one, const std::vector<bool>& other) {
+    for (std::size_t layout = 0; layout < one.size(); ++layout)
+        if (one[layout] && other[layout]) return true;
+    return false;
 }
 
 const LiveLayout* find(const std::deque<LiveLayout>& layouts, const Core::LayoutManager* manager) {
@@ -23,7 +35,8 @@ const LiveLayout* find(const std::deque<LiveLayout>& layouts, const Core::Layout
 } // namespace
 
 OverflowRules::OverflowRules(Graph& runGraph, bool isUnpaced, std::optional<Overflow> given)
-    : graph(runGraph), standard(given.value_or(standardOf(runGraph, isUnpaced))) {
+    : graph(runGraph), isByTime(isUnpaced && getIsByRecordings(runGraph)),
+      standard(given.value_or(isByTime ? Overflow::Wait : Overflow::Drop)) {
     for (const Graph::Node& node : graph.getNodes())
         for (const Core::AbstractInputPin* const input : node.block->getInputPins())
             if (const auto* const connection = graph.findConnection(*input))
@@ -71,8 +84,22 @@ bool OverflowRules::getIsLeading(const std::vector<Core::Filter*>& blocks,
         .getIsLeading(from.getNumber(), to.getNumber());
 }
 
+/// With whom each layout is to keep in step.
+std::vector<std::vector<std::size_t>> OverflowRules::companionsAmong(const std::deque<LiveLayout>& layouts,
+                                                                     const LayoutLinks& links) const {
+    std::vector<std::vector<std::size_t>> companions(layouts.size());
+    std::map<std::size_t, std::vector<bool>> reaches;
+    for (const LiveLayout& layout : layouts)
+        if (isByTime && layout.getHasSources())
+            reaches.emplace(layout.getNumber(), reachOf(links, layout.getNumber()));
+    for (const auto& [layout, reached] : reaches)
+        for (const auto& [other, reachedByOther] : reaches)
+            if (layout != other && getDoMeet(reached, reachedByOther)) companions[layout].push_back(other);
+    return companions;
+}
+
 void OverflowRules::apply(const std::vector<Core::Filter*>& blocks, std::deque<LiveLayout>& layouts,
-                          RoomBoard& board) const {
+                          LiveDrive& drive) const {
     const std::vector<Crossing> crossings = findCrossings(blocks, layouts);
     const LayoutLinks links = linksOf(crossings, layouts.size());
     std::vector<std::vector<SendRoom::Link>> rooms(layouts.size());
@@ -87,7 +114,8 @@ void OverflowRules::apply(const std::vector<Core::Filter*>& blocks, std::deque<L
     }
     for (LiveLayout& layout : layouts)
         layout.waitForRoomIn(std::move(rooms[layout.getNumber()]));
-    board.arrange(links, isAnyWaiting);
+    drive.room.arrange(links, isAnyWaiting);
+    drive.time.arrange(companionsAmong(layouts, links));
 }
 
 } // namespace Quillmere::Host

@@ -28,12 +28,14 @@ void RoomBoard::announce(std::size_t layout, const Wait& wait) {
     setActivity(members[layout], Activity::Waiting);
 }
 
-bool RoomBoard::settle(std::size_t layout, bool isExpecting, std::uint64_t seen) {
+bool RoomBoard::settle(std::size_t layout, bool isExpecting, std::optional<std::size_t> awaited,
+                       std::uint64_t seen) {
     const std::lock_guard lock(state);
     if (seen != generation) return false;
     Member& self = members[layout];
     if (self.activity != Activity::Waiting && !self.mayOverflow)
-        setActivity(self, isExpecting ? Activity::Expecting : Activity::Resting);
+        setActivity(self, awaited ? Activity::Behind : isExpecting ? Activity::Expecting : Activity::Resting);
+    if (awaited) self.awaited = *awaited;
     if (waiters != 0) releasePointless();
     return !self.mayOverflow;
 }
@@ -63,7 +65,7 @@ void RoomBoard::setActivity(Member& member, Activity activity) {
     if (member.activity == Activity::Waiting) ++waiters;
 }
 
-/// Who is awake or wakes by itself, whom such a one feeds, and who waits for such a one.
+/// Who is awake or wakes by itself, whom such a one feeds, and who waits for such a one or its rounds.
 void RoomBoard::lookWhoMayMove() {
     for (Member& member : members)
         member.mayMove = member.activity == Activity::Moving || member.activity == Activity::Expecting ||
@@ -80,6 +82,7 @@ void RoomBoard::lookWhoMayMove() {
 bool RoomBoard::getIsReached(std::size_t layout) const {
     const Member& member = members[layout];
     if (member.activity == Activity::Waiting && members[member.wait.reader].mayMove) return true;
+    if (member.activity == Activity::Behind && members[member.awaited].mayMove) return true;
     for (std::size_t other = 0; other < feeds.getCount(); ++other)
         if (members[other].mayMove && feeds.getIsFeeding(other, layout)) return true;
     return false;

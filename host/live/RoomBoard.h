@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -45,10 +46,11 @@ public:
     /// The layout waits from now on, until `wake`: the caller looks at the link once more behind this, and
     /// what the reader takes behind that look is told. Requires: the layout's gate is held. [run]
     void announce(std::size_t layout, const Wait& wait);
-    /// The layout is about to sleep, and if it doesn't wait, `isExpecting` tells whether it wakes by itself.
+    /// The layout is about to sleep, and if it doesn't wait, `isExpecting` tells whether it wakes by itself,
+    /// `awaited` the one behind whose rounds it does.
     /// False when it has no reason to sleep, since waiting has no point or all has changed since `seen`, its
     /// last look at the generation. Requires: it holds no gate. [run]
-    bool settle(std::size_t layout, bool isExpecting, std::uint64_t seen);
+    bool settle(std::size_t layout, bool isExpecting, std::optional<std::size_t> awaited, std::uint64_t seen);
     /// The layout is awake, or waits no more; true when it is to go on without room. [run]
     bool wake(std::size_t layout);
     /// Wakes those who wait for a link to `reader` that has by now what they want or, with `isLast`, what
@@ -58,11 +60,13 @@ public:
     }
 
 private:
-    enum class Activity { Moving, Waiting, Expecting, Resting };
+    /// `Waiting` is for room, `Behind` for another one's rounds.
+    enum class Activity { Moving, Waiting, Expecting, Behind, Resting };
     struct Member {
         Core::Synchronizer* gate;
         Activity activity = Activity::Moving;
         Wait wait{};
+        std::size_t awaited = 0; ///< Of one that is `Behind`.
         bool mayOverflow = false;
         bool mayMove = false; ///< For one look.
     };

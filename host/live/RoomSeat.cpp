@@ -26,20 +26,22 @@ bool RoomSeat::getHasRoom() {
 void RoomSeat::endPass(bool expects) {
     mayOverflow = false;
     isExpecting = expects;
+    awaited.reset();
     sendRoom.countRound();
     board.tellRoom(number, false);
 }
 
-void RoomSeat::endLook(bool expects) {
+void RoomSeat::endLook(bool expects, std::optional<std::size_t> awaits) {
     mayOverflow = false;
     isExpecting = expects;
+    awaited = awaits;
     board.tellRoom(number, true);
 }
 
 void RoomSeat::sleep(Core::Synchronizer::Clock::time_point due) {
     // Where nobody waits for anybody, nobody asks who sleeps.
     if (!board.getIsActive()) return gate.sleep(due);
-    if (board.settle(number, isExpecting, generation)) gate.sleep(due);
+    if (board.settle(number, isExpecting, awaited, generation)) gate.sleep(due);
     mayOverflow = board.wake(number);
 }
 

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -32,8 +33,8 @@ public:
     /// knows of it.
     bool getHasRoom();
     void endPass(bool expects);
-    /// `expects` tells whether the layout wakes by itself.
-    void endLook(bool expects);
+    /// `expects` tells whether the layout wakes by itself, `awaits` behind whose rounds.
+    void endLook(bool expects, std::optional<std::size_t> awaits);
 
     /// Sleeps until `due`, or until something wakes the layout. Requires: no gate is held. [run]
     void sleep(Core::Synchronizer::Clock::time_point due);
@@ -43,9 +44,10 @@ private:
     Core::Synchronizer& gate;
     const std::size_t number;
     SendRoom sendRoom;
-    bool mayOverflow = false;     ///< The next round needs no room.
-    bool isExpecting = false;     ///< As the last turn had it.
-    std::uint64_t generation = 0; ///< Of links and layouts, at the last look.
+    bool mayOverflow = false;           ///< The next round needs no room.
+    bool isExpecting = false;           ///< As the last turn had it.
+    std::optional<std::size_t> awaited; ///< Likewise.
+    std::uint64_t generation = 0;       ///< Of links and layouts, at the last look.
 };
 
 } // namespace Quillmere::Host

@@ -7,6 +7,7 @@
 #include "host/recording/RowPlanner.h"
 #include "host/ends/RecordingException.h"
 #include "host/ends/StandardStream.h"
+#include "host/text/Counted.h"
 
 #include <algorithm>
 #include <utility>
@@ -226,7 +227,7 @@ bool RecordingSource::takeRowIntoFrame() {
         return false;
     }
     if (gathered == settings.frameRows) { // full and sent: what the next frame shares with it moves up
-        gathered = settings.frameRows - std::min(settings.hop, settings.frameRows);
+        gathered = shared = settings.frameRows - std::min(settings.hop, settings.frameRows);
         for (std::size_t pin = 0; pin < outputs.size(); ++pin) {
             Output& output = outputs[pin];
             const auto kept = static_cast<std::ptrdiff_t>(gathered * settings.pins[pin].columns.size());
@@ -242,6 +243,13 @@ bool RecordingSource::takeRowIntoFrame() {
     if (++gathered < settings.frameRows) return false;
     toSkip = settings.hop > settings.frameRows ? settings.hop - settings.frameRows : 0;
     return true;
+}
+
+std::vector<std::string> RecordingSource::getNotes() const {
+    const std::size_t left = gathered < settings.frameRows ? gathered - shared : 0;
+    if (left == 0) return {};
+    return {std::to_string(left) + " of " + counted(rows.get(), "row") + (left == 1 ? " fills" : " fill") +
+            " no frame of " + std::to_string(settings.frameRows) + ", at the end"};
 }
 
 /// Its place, or how many there are when it is another block's.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/core/Api.h"
+#include "framework/core/LossTeller.h"
 #include "framework/transport/OutputPin.h"
 #include "host/ends/FileEnd.h"
 #include "host/ends/RecordedSource.h"
@@ -36,7 +37,8 @@ namespace Quillmere::Host {
 class QUILLMERE_API RecordingSource final : public Source,
                                             public FileEnd,
                                             public RecordedSource,
-                                            public WakingSource {
+                                            public WakingSource,
+                                            public Core::LossTeller {
 public:
     static constexpr const char* kTypeName = "RecordingSource";
 
@@ -45,6 +47,7 @@ public:
 
     void process() override;
     const char* getTypeName() const override { return kTypeName; }
+    std::vector<std::string> getNotes() const override;
 
     const std::vector<SettingDescription>& getSettingDescriptions() const override;
     std::string getPurpose() const override;
@@ -120,6 +123,7 @@ private:
     mutable std::vector<RowsRate> measured; ///< For each pin and for all rows, as soon as one was asked for.
     Core::Tally rows;                       ///< Sent, or taken into a frame.
     std::size_t gathered = 0;               ///< Rows in the frames.
+    std::size_t shared = 0;                 ///< Of these, what the frame before had, too.
     std::size_t toSkip = 0;                 ///< Rows before the next frame begins, when frames lie apart.
     bool isReady = false;                   ///< A sample is ready.
     bool isReleased = false;                ///< The next step sends it.

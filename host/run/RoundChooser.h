@@ -58,6 +58,8 @@ public:
     /// Whether there is a round at `now`, which doesn't matter where nothing is paced. Raises what sources
     /// raise. [run]
     Choice choose(Clock::time_point now) { return clock ? chooseClock(now) : chooseSource(now); }
+    /// Seconds, of the round that sources begin next. Requires: `choose` gave a round, and there is no clock.
+    double getNextTime() const { return next->getNextTimeStamp(); }
     /// Requires: `choose` gave a round. The clock steps, unless it has done so already and its round is still
     /// to come: then `getHasBegun` is true before. [run]
     void begin() {

@@ -133,6 +133,10 @@ Text change(const RunOutcome::Change& change) {
                    {"sentence", text(sentenceOf(change))}});
 }
 
+Text note(const RunOutcome::Note& note) {
+    return object({{"block", text(note.block)}, {"text", text(note.text)}});
+}
+
 template <class Things, class Write>
 Text listOf(const Things& things, Write write) {
     std::vector<Text> texts;
@@ -186,6 +190,7 @@ Text outcome(const RunOutcome& outcome) {
                    {"conversions", listOf(outcome.conversions, conversion)},
                    {"changes", listOf(outcome.changes, change)},
                    {"changesLeftOut", count(outcome.changesLeftOut)},
+                   {"notes", listOf(outcome.notes, note)},
                    {"doubts", warnings(outcome.doubts)},
                    {"warnings", warnings(outcome.warnings)}});
 }

@@ -65,6 +65,12 @@ struct RunOutcome {
         Place where; ///< Of the connection in the graph file; nowhere when somebody made it later.
     };
 
+    /// What a block says of what came to it and made nothing, as the data are.
+    struct Note {
+        std::string block;
+        std::string text;
+    };
+
     /// A block to which something happened.
     struct Spot {
         std::string block;
@@ -100,6 +106,7 @@ struct RunOutcome {
     std::vector<Change> changes;             ///< In the order in which they were made.
     std::uint64_t changesLeftOut = 0;        ///< Behind these, which were too many.
     std::vector<Warning> doubts;             ///< What was doubtful before it ran.
+    std::vector<Note> notes;
     std::vector<Warning> warnings; ///< What went well in form and may well not be what the user meant.
 
     bool getIsWhole() const { return failure.empty(); }

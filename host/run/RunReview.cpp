@@ -2,6 +2,7 @@
 #include "host/run/RunReview.h"
 
 #include "framework/Quillmere.h"
+#include "host/run/LossReview.h"
 #include "host/run/RateReview.h"
 #include "host/text/Counted.h"
 #include "host/graph/BlockDescription.h"
@@ -102,23 +103,6 @@ void addResult(const Graph::Node& node, bool isCutShort, RunOutcome& outcome) {
         result.silentPins.clear();
     }
     outcome.results.push_back(std::move(result));
-}
-
-std::uint64_t waitingOf(const RunOutcome::Link& link) {
-    return link.received - link.taken - link.lost;
-}
-
-std::string lossText(const RunOutcome::Link& link) {
-    const std::string from = link.from.empty() ? "others" : "'" + link.from + "'";
-    const std::string way = " that " + from + " sent to '" + link.to + "'";
-    if (link.received == 1) return "the one sample" + way + " was lost";
-    const std::string samples = counted(link.received, "sample") + way;
-    if (link.taken == 0) return "none of the " + samples + " was taken";
-    if (link.lost == 0)
-        return std::to_string(waitingOf(link)) + " of the " + samples + " still waited at the end";
-    return std::to_string(link.lost) + " of the " + samples +
-           (link.lost == 1 ? " was lost, since it wasn't taken in time"
-                           : " were lost, since it took them too late");
 }
 
 std::string valuesText(std::uint64_t count) {
@@ -222,14 +206,6 @@ void warnOfNonFinite(const Graph& graph, const std::vector<FirstNonFinite>& nonF
                                           ", column '" + account.firstColumn + "'"});
     }
 }
-
-/// What is lost, and what still waits: more than the one sample that every link may hold, say for a block
-/// that never looked at it. A run that failed midway leaves some everywhere.
-void warnOfLosses(bool isCutShort, RunOutcome& outcome) {
-    for (const RunOutcome::Link& link : outcome.links)
-        if (link.lost > 0 || (waitingOf(link) > 1 && !isCutShort))
-            outcome.warnings.push_back({link.where, lossText(link)});
-}
 } // namespace
 
 RunOutcome refusedBy(const Graph& graph, const RunEnding& ending) {
@@ -261,6 +237,7 @@ RunOutcome outcomeOf(const Graph& graph, const std::vector<Core::Filter*>& block
     warnOfRates(graph, outcome);
     warnOfNonFinite(graph, nonFinite, outcome);
     warnOfLosses(ending.isCutShort, outcome);
+    askForLosses(graph, blocks, outcome);
     return outcome;
 }
 

@@ -50,6 +50,18 @@ TEST(ColumnsTest, TakesRangesBehindWhatItPicks) {
     feed.give("in", sample);
     feed.step();
     EXPECT_TRUE(feed.sent().empty()) << "which lacks column 5";
+    EXPECT_EQ(block.getLosses(),
+              std::vector<std::string>{
+                  "1 of 1 sample of 'in' were dropped, since column 5 was asked for of 1 by 5, "
+                  "counted from 0"});
+    feed.give("in", matrix({{0, 1, 2, 3, 4, 5}}));
+    feed.step();
+    feed.give("in", matrix({{0}, {1}}));
+    feed.step();
+    EXPECT_EQ(block.getLosses(),
+              std::vector<std::string>{
+                  "2 of 3 samples of 'in' were dropped, since column 5 was asked for of 2 by 1, "
+                  "counted from 0"});
 }
 
 TEST(ColumnsTest, RefusesWhatIsNoRange) {

@@ -16,6 +16,13 @@ using namespace Support;
 
 namespace {
 
+std::string linesOf(const std::vector<std::string>& sentences) {
+    std::string text;
+    for (const std::string& sentence : sentences)
+        text += sentence + "\n";
+    return text;
+}
+
 /// A block with senders at its first inputs only, and what it has sent as `time: values`, a line each.
 class Bench {
 public:
@@ -40,6 +47,10 @@ public:
         block.process();
     }
     void give(std::size_t number, double time, double value) { give(number, time, matrix({{value}})); }
+    void finish() {
+        dynamic_cast<Quillmere::Core::CommandProperty&>(block.getProperty("Finish")).fire();
+        block.process();
+    }
     /// Forgets what it gives back.
     std::string takeSent() {
         std::string text;
@@ -66,13 +77,13 @@ TEST(JoinTest, Catalogue) {
     Join block("join");
     EXPECT_STREQ(block.getTypeName(), "Join");
     EXPECT_EQ(catalogue(block), "input \"in1\" blocking\n"
-                                "input \"in2\" non-blocking\n"
-                                "input \"in3\" non-blocking\n"
-                                "input \"in4\" non-blocking\n"
-                                "input \"in5\" non-blocking\n"
-                                "input \"in6\" non-blocking\n"
-                                "input \"in7\" non-blocking\n"
-                                "input \"in8\" non-blocking\n"
+                                "input \"in2\" blocking\n"
+                                "input \"in3\" blocking\n"
+                                "input \"in4\" blocking\n"
+                                "input \"in5\" blocking\n"
+                                "input \"in6\" blocking\n"
+                                "input \"in7\" blocking\n"
+                                "input \"in8\" blocking\n"
                                 "output \"out\"\n"
                                 "enum \"Mode\" 0 of Hold, Exact\n"
                                 "range double \"Tolerance\" 0 in [0;1000000000] step 0.001\n"
@@ -158,8 +169,7 @@ TEST(JoinTest, AtTheFinishNothingWaitsAnyLonger) {
         for (int time = 0; time < 4; ++time)
             join.give(1, time, 10 + time);
         EXPECT_EQ(join.takeSent(), "0: 10 1\n1: 11 2\n");
-        dynamic_cast<Quillmere::Core::CommandProperty&>(join.block.getProperty("Finish")).fire();
-        join.block.process();
+        join.finish();
         EXPECT_EQ(join.takeSent(), isExact ? "" : "2: 12 2\n3: 13 2\n");
         join.give(1, 5.0, 15);
         EXPECT_EQ(join.takeSent(), "") << "what comes behind it waits as ever";
@@ -198,6 +208,101 @@ TEST(JoinTest, AClockThatIsSetBack) {
     join.give(2, kNaN, 3);
     join.give(2, 8.0, 4);
     EXPECT_EQ(join.takeSent(), "6: 12 2\n");
+}
+
+// What comes first in a live run of several layouts is chance.
+TEST(JoinTest, OfWhatIsOfOneTimeAllIsJoinedInWhateverOrderItComes) {
+    struct Given {
+        std::size_t input;
+        double time;
+        double value;
+    };
+    const std::vector<Given> firsts{{1, 0, 10}, {1, 1, 11}, {1, 1, 12}, {1, 2, 13}, {1, 2.5, 14}, {1, 3, 15}};
+    const std::vector<Given> others{{2, 0, 1}, {2, 1, 2}, {2, 1, 3}, {2, 2.5, 4}, {2, 2.5, 5}, {2, 4, 6}};
+    for (const bool isExact : {false, true})
+        for (unsigned choices = 0; choices < 1U << 12U; ++choices) {
+            Bench join(2);
+            if (isExact) join.setExact(0.0);
+            std::size_t first = 0;
+            std::size_t other = 0;
+            for (unsigned i = 0; i < firsts.size() + others.size(); ++i) {
+                const bool isFirst =
+                    other == others.size() || (first < firsts.size() && (choices >> i & 1U) == 0);
+                const Given& given = isFirst ? firsts[first++] : others[other++];
+                join.give(given.input, given.time, given.value);
+            }
+            join.finish();
+            ASSERT_EQ(join.takeSent(), isExact ? "0: 10 1\n1: 11 2\n1: 12 2\n2.5: 14 4\n"
+                                               : "0: 10 1\n1: 11 2\n1: 12 2\n2: 13 3\n2.5: 14 4\n3: 15 5\n")
+                << choices;
+        }
+}
+
+TEST(JoinTest, TellsWhatFoundNothing) {
+    Bench held(3);
+    held.give(3, 0.0, 0);
+    for (int time = 0; time < 6; ++time)
+        held.give(1, time, time);
+    held.give(2, 2.0, 2);
+    held.give(3, 9.0, 9);
+    held.finish();
+    EXPECT_EQ(linesOf(held.block.getLosses()), "");
+    EXPECT_EQ(
+        linesOf(held.block.getNotes()),
+        "2 of 6 samples of 'in1' came before the first sample of 'in2' and made no row\n"
+        "3 of 6 samples of 'in1' came behind the last sample of 'in2', of 2 s, and were sent with it\n");
+    Bench exact(2);
+    exact.setExact(0.0);
+    exact.give(1, 0.0, 0);
+    exact.give(1, 1.0, 0);
+    exact.give(2, 1.0, 0);
+    exact.give(1, 2.0, 0);
+    exact.finish();
+    EXPECT_EQ(linesOf(exact.block.getLosses()), "");
+    EXPECT_EQ(linesOf(exact.block.getNotes()),
+              "2 of 3 samples of 'in1' found no sample of 'in2' of their time and made no row\n");
+}
+
+TEST(JoinTest, TellsWhatIsLost) {
+    Bench held(2);
+    held.set("Waiting", 2);
+    for (int time = 0; time < 5; ++time)
+        held.give(1, time, time);
+    held.give(2, 3.0, 1);
+    for (int time = 5; time < 9; ++time)
+        held.give(1, time, time);
+    EXPECT_EQ(
+        linesOf(held.block.getLosses()),
+        "3 of 9 samples of 'in1' were given up, since 'in2' was farther behind than 'Waiting' lets them "
+        "wait\n3 of 9 samples of 'in1' were sent with what had come to 'in2' by then, since it was "
+        "farther behind than 'Waiting' lets them wait\n");
+    held.finish();
+    EXPECT_EQ(
+        linesOf(held.block.getNotes()),
+        "2 of 9 samples of 'in1' came behind the last sample of 'in2', of 3 s, and were sent with it\n");
+    Bench unlike(2);
+    unlike.give(1, 0.0, matrix({{1}, {2}}));
+    unlike.give(2, 0.0, 1);
+    EXPECT_EQ(linesOf(unlike.block.getLosses()),
+              "1 of 1 sample of 'in1' were given up, since the sample of 'in2' has another number of rows\n");
+    Bench ahead(2);
+    for (int time = 0; time < 100002; ++time)
+        ahead.give(2, time, 1);
+    EXPECT_EQ(linesOf(ahead.block.getLosses()),
+              "2 samples of 'in2' were lost, since it was too far ahead of 'in1'\n");
+}
+
+// All may wait that the setting allows.
+TEST(JoinTest, NoneIsForgottenThatMayWait) {
+    Bench join(2);
+    join.set("Waiting", 100000);
+    for (int time = 0; time < 100000; ++time)
+        join.give(1, time, 1);
+    join.give(2, 0.0, 2);
+    EXPECT_EQ(join.takeSent(), "0: 1 2\n");
+    join.give(2, 100000.0, 2);
+    EXPECT_EQ(join.receiver.samples.size(), 99999U);
+    EXPECT_TRUE(join.block.getLosses().empty());
 }
 
 TEST(JoinTest, ResetForgetsWhatWaits) {

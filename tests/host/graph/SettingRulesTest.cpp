@@ -84,6 +84,13 @@ TEST_F(SettingRulesTest, ContradictionsAreToldWhereTheyAreWritten) {
         << harmonics;
     EXPECT_EQ(harmonics.find("'six'"), std::string::npos) << harmonics;
     EXPECT_NE(warningsOf("FilterFFT").find("a block that is paused sends nothing"), std::string::npos);
+    EXPECT_NE(
+        warningsOf("Peaks, properties: {Axis: Frequency, From: 3, To: 2}")
+            .find("'f' (Peaks) has 'From' at 3 and 'To' at 2: the band has to begin below its end, or no "
+                  "peak lies in it\n"),
+        std::string::npos);
+    EXPECT_EQ(warningsOf("Peaks, properties: {Axis: Frequency, From: 3}").find("'From'"), std::string::npos)
+        << "to the end of the spectrum";
 }
 
 TEST_F(SettingRulesTest, ValuesAreQuotedAsTheUserWroteThem) {

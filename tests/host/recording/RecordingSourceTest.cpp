@@ -74,8 +74,12 @@ TEST_F(RecordingSourceTest, AFrameGathersRowsAndIsStampedWithItsLast) {
     EXPECT_EQ(result("file: in.csv, time: t, frame: 2, pins: {p: [x, y]}", "p"),
               "t,p[0],p[1],p[2],p[3]\n0.5,1,10,2,20\n")
         << "the row that is left fills no frame";
+    ASSERT_EQ(outcome.notes.size(), 1U);
+    EXPECT_EQ(outcome.notes[0].block + ": " + outcome.notes[0].text,
+              "in: 1 of 3 rows fills no frame of 2, at the end");
     EXPECT_EQ(result("file: in.csv, time: t, frame: 2, hop: 1, pins: {p: [x, y]}", "p"),
               "t,p[0],p[1],p[2],p[3]\n0.5,1,10,2,20\n1,2,20,3,30\n");
+    EXPECT_TRUE(outcome.notes.empty());
     EXPECT_EQ(result("file: in.csv, time: t, frame: 1, hop: 2, pins: {p: [x]}", "p"), "t,p[0]\n0,1\n1,3\n");
     EXPECT_EQ(result("file: in.csv, time: t, frame: 4, pins: {p: [x]}", "p"), "t\n");
 }

@@ -35,6 +35,7 @@ TEST(OutcomeJson, OfARunThatWasRefusedHasAllItsMembersAndNothingInThem) {
   "conversions": [],
   "changes": [],
   "changesLeftOut": 0,
+  "notes": [],
   "doubts": [],
   "warnings": []
 })");
