@@ -54,7 +54,7 @@ TEST_F(BatchChange, ATableThatHasChangedIsJoinedWithoutARun) {
 TEST_F(BatchChange, AGraphThatHasChangedMeanwhileIsRefused) {
     writeSlow(20, 200); // so long that it isn't over when the graph is another
     Program program(batchWords({"--jobs", "1"}), folder.path(""));
-    for (int i = 0; i < 5000 && !folder.has("results/p1/a/status.json"); ++i)
+    for (int i = 0; i < 30000 && !folder.has("results/p1/a/status.json"); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     folder.write("g.yaml", folder.read("g.yaml") + "# another\n");
     const Ended ended = program.wait();

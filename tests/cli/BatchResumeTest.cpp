@@ -63,7 +63,7 @@ protected:
         return times;
     }
     void waitForSome(std::size_t count) const {
-        for (int i = 0; i < 5000 && begins().size() < count; ++i)
+        for (int i = 0; i < 30000 && begins().size() < count; ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
 };
@@ -119,7 +119,7 @@ TEST_F(BatchResume, WorkersEndWithABatchThatIsKilled) {
     writeSlow(2, 20000);
     Program program(batchWords({"--jobs", "2"}), folder.path(""));
     std::vector<pid_t> workers;
-    for (int i = 0; i < 5000 && workers.size() < 2; ++i) {
+    for (int i = 0; i < 30000 && workers.size() < 2; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
         workers = childrenOf(program.getProcess());
     }
@@ -144,7 +144,7 @@ TEST_F(BatchResume, ARunThatIsKilledLeavesNoStatusOfAnEarlierOne) {
         slow += std::to_string(i) + ",-1\n";
     writeRecording("a.csv", slow);
     Program program(words(run), folder.path(""));
-    for (int i = 0; i < 5000 && !folder.has("results/a/out.csv.partial"); ++i)
+    for (int i = 0; i < 30000 && !folder.has("results/a/out.csv.partial"); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     EXPECT_TRUE(folder.has("results/a/out.csv.partial"));
     program.signal(SIGKILL);

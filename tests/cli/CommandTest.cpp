@@ -404,8 +404,8 @@ TEST_F(Interrupted, ControlCEndsWhatWaitsForTheBeginOfARecording) {
             Support::Program program(arguments, folder.path(""));
             std::ofstream rows;
             if (isOpened) rows.open(folder.path("in.csv"));
-            // A signal that comes before the program listens ends it, too, but not in order.
-            std::this_thread::sleep_for(std::chrono::milliseconds(500));
+            program.waitUntilItCatches(SIGINT);
+            std::this_thread::sleep_for(std::chrono::milliseconds(500)); // so that it mostly waits by then
             program.signal(SIGINT);
             const Ended ended = program.wait();
             EXPECT_EQ(ended.exitCode, 1) << words.front() << " " << isOpened;
@@ -443,8 +443,8 @@ TEST_F(Command, ControlCEndsARunWhoseResultNobodyOpens) {
         std::vector<std::string> arguments{QUILLMERE, "run", "g.yaml", "--output", "out=pipe"};
         if (isLive) arguments.insert(arguments.end(), {"--live", "--control", "control"});
         Support::Program program(arguments, folder.path(""));
-        // A signal that comes before the program listens ends it, too, but not in order.
-        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        program.waitUntilItCatches(SIGTERM);
+        std::this_thread::sleep_for(std::chrono::milliseconds(500)); // so that it mostly waits by then
         program.signal(SIGTERM);
         const Ended ended = program.wait();
         EXPECT_EQ(ended.exitCode, 1);

@@ -8,8 +8,11 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdint>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
+#include <string>
 #include <thread>
 
 namespace Support {
@@ -41,6 +44,14 @@ bool stream(const std::string& name, int way, int standard) {
     if (name.empty()) return true;
     const int file = ::open(name.c_str(), way);
     return file >= 0 && ::dup2(file, standard) >= 0 && ::close(file) == 0;
+}
+
+/// The signals that a process has a handler for, a bit each.
+std::uint64_t caughtBy(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/status");
+    for (std::string word; file >> word;)
+        if (word == "SigCgt:" && file >> word) return std::stoull(word, nullptr, 16);
+    return 0;
 }
 
 /// No program of these tests takes so long.
@@ -76,6 +87,14 @@ Program::~Program() {
 
 void Program::signal(int number) const {
     ::kill(process, number);
+}
+
+void Program::waitUntilItCatches(int number) const {
+    for (auto left = std::chrono::milliseconds(kPatience); left.count() > 0; left -= kLook) {
+        if ((caughtBy(process) >> (number - 1) & 1U) != 0) return;
+        std::this_thread::sleep_for(kLook);
+    }
+    throw std::runtime_error("the process catches no signal " + std::to_string(number));
 }
 
 Ended Program::wait() {

@@ -34,6 +34,8 @@ public:
     ~Program();
 
     void signal(int number) const;
+    /// Waits until it catches that signal, which would just end it before.
+    void waitUntilItCatches(int number) const;
     pid_t getProcess() const { return process; }
     /// Waits for its end; one that doesn't come is brought about, and has the exit code of that.
     Ended wait();
