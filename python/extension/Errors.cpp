@@ -11,6 +11,7 @@
 #include <exception>
 #include <new>
 #include <string_view>
+#include <utility>
 
 namespace py = pybind11;
 
@@ -121,7 +122,7 @@ void setErrorFromCaught() noexcept {
 void registerErrors() {
     py::register_exception_translator([](std::exception_ptr raised) {
         try {
-            if (raised) std::rethrow_exception(raised);
+            if (raised) std::rethrow_exception(std::move(raised));
         } catch (...) {
             setErrorFromCaught();
         }

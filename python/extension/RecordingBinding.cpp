@@ -170,7 +170,7 @@ py::dict read(const std::string& path, py::handle settings, const std::optional<
     TableRows rows = withNames(ends.getTables().at(kSink)->take(), look.columns);
     rows.timeName = look.timeName;
     py::dict reading;
-    reading["table"] = tableOf(std::move(rows));
+    reading["table"] = tableOf(rows);
     reading["rate"] = isEven ? py::object(py::float_(rate->perSecond)) : py::none();
     reading["rate_is_measured"] = rate.has_value() && rate->isMeasured;
     reading["origin"] = look.origin ? py::object(py::int_(*look.origin)) : py::none();

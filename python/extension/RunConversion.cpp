@@ -112,7 +112,7 @@ void addFeeds(RunEnds& ends, py::handle feeds, py::handle rates) {
     }
 }
 
-py::dict tableOf(TableRows rows) {
+py::dict tableOf(const TableRows& rows) {
     py::list columns;
     py::list units;
     py::list pins;

@@ -17,7 +17,7 @@ std::shared_ptr<RunEnds> endsOf(pybind11::handle data, pybind11::handle keep);
 /// Adds rows that are fed: for each source its pins with their columns, and the rates of some.
 void addFeeds(RunEnds& ends, pybind11::handle feeds, pybind11::handle rates);
 
-pybind11::dict tableOf(TableRows rows);
+pybind11::dict tableOf(const TableRows& rows);
 pybind11::dict progressOf(const Quillmere::Host::RunProgress& progress);
 
 } // namespace Python
