@@ -74,9 +74,8 @@ void printFailures(const BatchPlan& plan, const BatchTally& batch) {
     for (std::size_t i = 0; i < plan.entries.size(); ++i) {
         const BatchEnd& end = batch.getEnds()[i];
         if (end.state != BatchEnd::State::Failed || ++count > kMostShown) continue;
-        std::cerr << "failed: " << plan.entries[i].recording << ": "
-                  << end.text.substr(0, end.text.find('\n')) << "\n  again: " << plan.entries[i].getCommand()
-                  << "\n";
+        std::cerr << "failed: " << plan.entries[i].recording << ": " << failureIn(end.text)
+                  << "\n  again: " << plan.entries[i].getCommand() << "\n";
     }
     if (count > kMostShown)
         std::cerr << "and " << counted(count - kMostShown, "more failure") << ", told in "

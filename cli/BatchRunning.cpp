@@ -49,18 +49,40 @@ ResultOptions summaryOptions(bool overwrites) {
             .isOfGraph = false};
 }
 
-/// What is known of failures by folder, for those that couldn't write a status.
+/// What is known of failures by folder, for those whose status is of an earlier batch, or couldn't be written.
 std::map<std::string, RunStatus> failuresOf(const BatchPlan& entries, const BatchTally& batch) {
     std::map<std::string, RunStatus> failures;
     for (std::size_t i = 0; i < entries.entries.size(); ++i) {
         const BatchEnd& end = batch.getEnds()[i];
         if (end.state != BatchEnd::State::Failed) continue;
-        RunStatus& status = failures[entries.entries[i].folder];
-        status.state = RunStatus::kFailed;
-        status.failure = end.text.substr(0, end.text.find('\n'));
-        status.recording = entries.entries[i].recording;
+        failures[entries.entries[i].folder] =
+            failedStatus(entries.entries[i], batch.getBegan(), failureIn(end.text));
     }
     return failures;
+}
+
+/// Why a recording would run, without the name of its folder.
+std::string reasonOf(const BatchPlan::Entry& entry, const BatchEnd& end) {
+    const std::string reason = failureIn(end.text);
+    const std::string folder = entry.folder + ": ";
+    return reason.starts_with(folder) ? reason.substr(folder.size()) : reason;
+}
+
+/// The calls of those that would run.
+ExitCode printLook(const BatchPlan& entries, const BatchTally& looked) {
+    std::size_t count = 0;
+    std::size_t left = 0;
+    for (std::size_t i = 0; i < entries.entries.size(); ++i) {
+        const BatchEnd& end = looked.getEnds()[i];
+        if (end.state == BatchEnd::State::Waiting || end.state == BatchEnd::State::Interrupted) ++left;
+        if (end.state != BatchEnd::State::WouldRun && end.state != BatchEnd::State::Failed) continue;
+        std::cout << entries.entries[i].getCommand() << "  # " << reasonOf(entries.entries[i], end) << "\n";
+        ++count;
+    }
+    std::cerr << counted(entries.entries.size(), "recording") << ", " << count << " to run\n";
+    if (left == 0) return kDone;
+    std::cerr << "quillmere: interrupted; " << counted(left, "recording") << " not looked at\n";
+    return kFailedMidway;
 }
 
 } // namespace
@@ -111,16 +133,7 @@ ExitCode BatchCommand::runPlan(const BatchPlan& entries, const std::string& grap
     BatchProgressLine line(!isQuiet);
     batch.run(signals.getToken(), [&](const BatchProgress& progress) { line.show(progress); });
     line.clear();
-    if (!isDry) return tell(entries, batch.getTally(), line.getSeconds());
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < entries.entries.size(); ++i) {
-        if (batch.getEnds()[i].state == BatchEnd::State::Kept) continue;
-        const std::string& why = batch.getEnds()[i].text;
-        std::cout << entries.entries[i].getCommand() << "  # " << why.substr(why.find(": ") + 2) << "\n";
-        ++count;
-    }
-    std::cerr << counted(entries.entries.size(), "recording") << ", " << count << " to run\n";
-    return kDone;
+    return isDry ? printLook(entries, batch.getTally()) : tell(entries, batch.getTally(), line.getSeconds());
 }
 
 ExitCode BatchCommand::tell(const BatchPlan& entries, const BatchTally& batch, double seconds) const {

@@ -158,8 +158,9 @@ std::optional<RunStatus> statusOf(const std::string& folder, const std::map<std:
     const std::string path = folder + "/" + RunStatus::kFileName;
     auto status = readStatus(path);
     std::error_code error;
-    if (status) return status;
-    if (const auto known = told.find(folder); known != told.end()) return known->second;
+    const auto known = told.find(folder);
+    if (status && (known == told.end() || status->began >= known->second.began)) return status;
+    if (known != told.end()) return known->second;
     if (!fs::exists(path, error)) return std::nullopt;
     status.emplace();
     status->state = kUnreadable;

@@ -31,14 +31,37 @@ std::string saidIn(std::string printed) {
     return printed;
 }
 
-void tellCrash(const BatchPlan::Entry& entry, const std::string& began, const std::string& text) {
-    if (readStatus(entry.folder + "/" + RunStatus::kFileName)) return;
+std::string failureIn(const std::string& said) {
+    std::size_t at = 0;
+    for (;;) {
+        const std::size_t end = said.find('\n', at);
+        const std::string line = said.substr(at, end == std::string::npos ? end : end - at);
+        const bool isLast = end == std::string::npos;
+        if (isLast || line.find(": warning: ") == std::string::npos) return line;
+        at = end + 1;
+    }
+}
+
+RunStatus failedStatus(const BatchPlan::Entry& entry, const std::string& began, const std::string& failure) {
     RunStatus status;
-    status.state = RunStatus::kCrashed;
-    status.failure = text;
+    status.state = RunStatus::kFailed;
+    status.failure = failure;
     status.recording = entry.recording;
     status.command = entry.getCommand();
     status.began = began;
+    for (std::size_t i = 0; i + 1 < entry.words.size(); ++i) {
+        if (entry.words[i] != "--note") continue;
+        const std::string& note = entry.words[i + 1];
+        const std::size_t sign = note.find('=');
+        if (sign != std::string::npos) status.notes.emplace_back(note.substr(0, sign), note.substr(sign + 1));
+    }
+    return status;
+}
+
+void tellCrash(const BatchPlan::Entry& entry, const std::string& began, const std::string& text) {
+    if (readStatus(entry.folder + "/" + RunStatus::kFileName)) return;
+    RunStatus status = failedStatus(entry, began, text);
+    status.state = RunStatus::kCrashed;
     status.ended = timeText();
     try {
         std::error_code error;

@@ -3,6 +3,7 @@
 
 #include "framework/core/Api.h"
 #include "host/batch/BatchPlan.h"
+#include "host/batch/RunStatus.h"
 
 #include <cstddef>
 #include <functional>
@@ -35,7 +36,9 @@ struct BatchEnd {
 /// What became of the recordings of a plan, whoever runs them.
 class QUILLMERE_API BatchTally {
 public:
-    explicit BatchTally(std::size_t recordings) : ends(recordings) { progress.all = recordings; }
+    explicit BatchTally(std::size_t recordings) : ends(recordings), began(timeText()) {
+        progress.all = recordings;
+    }
 
     /// Requires: it is the first word on that recording.
     void take(std::size_t recording, BatchEnd::State state, std::string text = {});
@@ -44,10 +47,13 @@ public:
     const BatchProgress& getProgress() const { return progress; }
     /// One for each entry of the plan.
     const std::vector<BatchEnd>& getEnds() const { return ends; }
+    /// When it was made, which is before the first recording is begun; as a status has it.
+    const std::string& getBegan() const { return began; }
 
 private:
     BatchProgress progress;
     std::vector<BatchEnd> ends;
+    std::string began;
 };
 
 /// Hears how far a batch is.
@@ -55,6 +61,13 @@ using BatchProgressHandler = std::function<void(const BatchProgress&)>;
 
 /// What a command has said, without its name and its last line's end.
 QUILLMERE_API std::string saidIn(std::string printed);
+
+/// The line of it that tells why, behind those of warnings.
+QUILLMERE_API std::string failureIn(const std::string& said);
+
+/// What is known of a recording that has failed, whose status the run itself couldn't write.
+QUILLMERE_API RunStatus failedStatus(const BatchPlan::Entry& entry, const std::string& began,
+                                     const std::string& failure);
 
 /// Writes the status of a recording whose process is gone, which would have done so. Where a status is, it
 /// hadn't begun: a run takes that of an earlier one away first.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "host/batch/BatchSummary.h"
+#include "host/batch/BatchTally.h"
 #include "tests/host/kit/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -91,6 +92,31 @@ TEST_F(BatchSummary, HasARowForEachAndColumnsAsTheyCome) {
         "age,table.state,out.x.mean,out.x.count,\"out.m[0,1].mean\",\"out.m[0,1].count\"\n"
         "p1,,done,,0,3,,0,0,0,,,,,,2,2,5.5,2\n"
         "p2,p2.csv,failed,\"a, \"\"b\"\" and c\",0,0,,0,0,0,,,,34,tired,,,,\n");
+}
+
+TEST_F(BatchSummary, AFailureIsToldWhereTheStatusIsOlder) {
+    RunStatus earlier = done();
+    earlier.began = "2026-05-01T12:00:00.000Z";
+    add("p1", "out", "t,x\n0,7\n", earlier);
+    BatchPlan::Entry entry;
+    entry.recording = "p1.csv";
+    entry.folder = folder.path("out/p1");
+    entry.words = {"run", "g.yaml", "--note", "age=34", "--note", "group=a=b", "--folder", entry.folder};
+    const auto tableWith = [&](const std::string& began) {
+        return summaryTable({entry.folder}, folder.path("out"), {*findStatistic("mean")}, doubts,
+                            {{entry.folder, failedStatus(entry, began, "the graph has changed")}});
+    };
+    const std::string now = tableWith("2026-05-01T12:00:00.001Z");
+    EXPECT_NE(now.find("\np1,p1.csv,failed,the graph has changed,"), std::string::npos) << now;
+    EXPECT_TRUE(now.ends_with(",2026-05-01T12:00:00.001Z,34,a=b\n")) << now;
+    EXPECT_NE(tableWith("2026-05-01T12:00:00.000Z").find("\np1,,done,"), std::string::npos);
+}
+
+TEST(FailureIn, IsTheLineBehindWarnings) {
+    EXPECT_EQ(failureIn("g.yaml:3: warning: a\nb: found c\nd"), "b: found c");
+    EXPECT_EQ(failureIn("b: found c"), "b: found c");
+    EXPECT_EQ(failureIn("x: warning: a"), "x: warning: a");
+    EXPECT_EQ(failureIn(""), "");
 }
 
 TEST_F(BatchSummary, TheLastRowOfASinkCalledSummaryCounts) {
