@@ -40,6 +40,25 @@ void CsvWriter::writeText(std::string_view text) {
     }
 }
 
+/// Drains in front of the same cells as `writeNumber`, so that whatever goes wrong does so in the same row.
+void CsvWriter::writeRow(std::string_view row) {
+    for (std::size_t cell = 0; (cell = findCellWithoutRoom(row)) != std::string_view::npos;) {
+        cursor = std::copy_n(row.data(), cell, cursor);
+        row.remove_prefix(cell);
+        drain();
+    }
+    cursor = std::copy_n(row.data(), row.size(), cursor);
+    if (!hasFailed) ++rows;
+}
+
+/// Where the first cell begins that `reserve` makes room for.
+std::size_t CsvWriter::findCellWithoutRoom(std::string_view row) const {
+    const auto room = static_cast<std::size_t>(bufferEnd - cursor);
+    if (room < kLongestCell) return 0;
+    const std::size_t comma = row.find(',', room - kLongestCell);
+    return comma == std::string_view::npos ? comma : comma + 1;
+}
+
 void CsvWriter::drain() {
     const std::ptrdiff_t count = cursor - buffer.data() - 1;
     if (count <= 0) return;

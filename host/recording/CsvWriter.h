@@ -45,6 +45,8 @@ public:
 
     /// Whether anything waits in the buffer.
     bool getHoldsRows() const { return cursor != buffer.data(); }
+    /// A row that was printed elsewhere, as those operations do it, with its end.
+    void writeRow(std::string_view row);
     /// Hands everything over to the file.
     void flush();
 
@@ -62,6 +64,7 @@ private:
     void reserve() {
         if (bufferEnd - cursor < static_cast<std::ptrdiff_t>(kLongestCell)) drain();
     }
+    std::size_t findCellWithoutRoom(std::string_view row) const;
     void drain();
     void handOver(std::size_t count);
     void noteWholeRows(std::uint64_t before, std::size_t count);

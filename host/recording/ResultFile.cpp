@@ -26,6 +26,7 @@ namespace {
 constexpr int kMostTries = 100; ///< To open a file that others complete or remove at that moment.
 constexpr mode_t kMode = 0666;  ///< For whom the user's mask allows it.
 constexpr mode_t kPermissions = 0777;
+constexpr std::uint64_t kSyncedAtOnce = std::uint64_t{1} << 23; ///< Bytes.
 
 /// Whether a failure to sync tells only that there is nothing that could be synced.
 bool getIsWithoutSync(int error) {
@@ -166,6 +167,14 @@ void ResultFile::write(const char* bytes, std::size_t count) {
         count -= static_cast<std::size_t>(taken);
         written += static_cast<std::uint64_t>(taken);
     }
+    if (!getIsDirect() && written >= syncBegun + kSyncedAtOnce) beginSync();
+}
+
+/// So that little is left to wait for at the end. What goes wrong is told by the sync there.
+void ResultFile::beginSync() {
+    ::sync_file_range(file, static_cast<off_t>(syncBegun), static_cast<off_t>(written - syncBegun),
+                      SYNC_FILE_RANGE_WRITE);
+    syncBegun = written;
 }
 
 void ResultFile::waitForReader() const {
@@ -178,6 +187,7 @@ void ResultFile::cutTo(std::uint64_t bytes) {
     const auto end = static_cast<off_t>(bytes);
     if (::ftruncate(file, end) != 0 || ::lseek(file, end, SEEK_SET) != end) fail("cannot be shortened");
     written = bytes;
+    syncBegun = std::min(syncBegun, written);
 }
 
 /// Errors that a write has left for later come with the sync or the closing. The lock must outlast the

@@ -81,6 +81,7 @@ private:
     void rename();
     void syncFolder() const;
     void waitForReader() const;
+    void beginSync();
     void close();
     [[noreturn]] void fail(const std::string& what) const;
 
@@ -88,6 +89,7 @@ private:
     ResultOptions options;
     std::string current; ///< Where the bytes are.
     std::uint64_t written = 0;
+    std::uint64_t syncBegun = 0; ///< Bytes that are on their way to the disk.
     bool isFinished = false;
     std::atomic<bool> isGivenUp{false};
     PipeWait waiting;

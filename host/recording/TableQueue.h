@@ -18,8 +18,8 @@
 namespace Quillmere::Host {
 
 /// Rows of one table on their way to a thread that writes them, in the order in which they came: the table is
-/// the same to the byte as without it. Some thousand numbers go over at a time, and who is ahead by more than
-/// a few such batches waits.
+/// the same to the byte as without it. Some thousand numbers go over at a time. Who is ahead by a few such
+/// batches prints numbers himself, which is most of the work, and waits where he is ahead all the same.
 class QUILLMERE_API TableQueue {
 public:
     /// Requires: nobody else writes to the table until the queue is gone.
@@ -29,7 +29,8 @@ public:
     TableQueue(const TableQueue&) = delete;
     TableQueue& operator=(const TableQueue&) = delete;
 
-    /// As `TableWriter::writeRow`; raises what that raised of this row or one before.
+    /// As `TableWriter::writeRow`; raises what that raised of this row or one before, of a row before as
+    /// `LateRowException`.
     void writeRow(double time, const std::vector<const Core::MatrixXd*>& samples);
     /// Waits until every row is written. Raises as `writeRow`.
     void wait();
@@ -42,11 +43,18 @@ private:
     struct Batch {
         std::vector<double> numbers;       ///< For each row its time and its elements.
         std::vector<std::ptrdiff_t> sizes; ///< For each row and each group its elements, or `kNone`.
+        std::vector<char> text;            ///< Of the rows, if they were printed,
+        std::vector<std::size_t> ends;     ///< and where each of them ends in it; else empty.
+        std::vector<std::size_t> elements; ///< Of each group, in each of these rows.
     };
 
     void handOver();
+    bool getIsAhead();
+    void print(Batch& batch) const;
     void write(Batch& batch);
     void writeRows(const Batch& batch);
+    void writePrinted(const Batch& batch);
+    std::exception_ptr getRaised() const noexcept;
     void requireWritten() const;
 
     TableWriter& table;
@@ -55,6 +63,7 @@ private:
     std::size_t filling = 0; ///< The batch that takes rows.
     std::uint64_t rows = 0;
     std::vector<TableWriter::Cells> cells; ///< Of the row that is written.
+    double rowTime = 0.0;                  ///< Seconds; the same row's.
     std::mutex state;
     std::condition_variable changed;
     std::size_t underWay = 0; ///< Batches that have gone over.

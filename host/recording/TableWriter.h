@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <stop_token>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Quillmere::Host {
@@ -51,6 +52,13 @@ public:
     void writeRow(double time, const std::vector<const Core::MatrixXd*>& samples);
     /// The same of samples that aren't matrices any more.
     void writeCells(double time, const std::vector<Cells>& cells);
+
+    /// Whether rows of samples of so many elements, one for each group, stand in the table as they are.
+    bool getTakes(const std::vector<std::size_t>& elements) const {
+        return hasBegun && widths.back().columns == elements;
+    }
+    /// The same as `writeCells` of such a row, whose text is known. Requires: it is taken.
+    void writePrinted(std::string_view row) { writer.writeRow(row); }
 
     std::size_t getGroupCount() const { return groups.size(); }
 

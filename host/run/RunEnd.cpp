@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/run/RunEnd.h"
 
+#include "host/ends/LateRowException.h"
 #include "host/ends/RecordingException.h"
 #include "host/plugins/PluginLibrary.h"
 #include "host/text/CaughtText.h"
@@ -47,6 +48,8 @@ RunEnding endingOfSink(const Sink& sink, double streamTime, const std::exception
 RunEnding endingOf(const Core::Filter* block, double streamTime, const std::exception& exception) {
     RunEnding ending;
     ending.isCutShort = true;
+    if (const auto* const late = dynamic_cast<const LateRowException*>(&exception))
+        streamTime = late->getTime();
     const std::string spot = spotText(block, streamTime);
     ending.failure = spot + ": " + wordsOf(exception);
     ending.complaints = partsOf(exception, spot);
@@ -105,7 +108,11 @@ RunEnding endSinks(const std::vector<Sink*>& sinks, bool isWhole, double streamT
         try {
             (sink->*operation)();
         } catch (const std::exception& exception) {
-            if (ending.getIsWhole()) ending = endingOfSink(*sink, streamTime, exception);
+            if (!ending.getIsWhole()) return;
+            // A row that another thread has written ends the run as if it had been written at once.
+            ending = dynamic_cast<const LateRowException*>(&exception) == nullptr
+                         ? endingOfSink(*sink, streamTime, exception)
+                         : endingOf(sink, streamTime, exception);
         }
     };
     // What can fail for want of room comes before any result is replaced.

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "host/recording/TableQueue.h"
 
-#include "host/ends/RecordingException.h"
+#include "host/ends/LateRowException.h"
 #include "tests/host/kit/RefusalText.h"
 #include "tests/host/kit/TemporaryFolder.h"
 #include "tests/support/Numbers.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cmath>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -58,6 +61,45 @@ TEST_F(TableQueueTest, TheTableIsTheSameToTheByte) {
     EXPECT_TRUE(folder.read("out.csv") == folder.read("plain.csv"));
 }
 
+/// Who hands rows over is ahead of a thread that begins late, and prints some of them.
+class LateTableQueueTest : public TableQueueTest {
+protected:
+    void write(int rows, const Samples& samples) {
+        thread->post([] { std::this_thread::sleep_for(std::chrono::milliseconds(50)); });
+        for (int row = 0; row < rows; ++row) {
+            plain.writeRow(row / 7.0, samples);
+            queue.writeRow(row / 7.0, samples);
+        }
+    }
+    void expectTheSame() {
+        queue.wait();
+        plain.complete();
+        table.complete();
+        EXPECT_EQ(table.getRows(), plain.getRows());
+        EXPECT_TRUE(folder.read("out.csv") == folder.read("plain.csv"));
+    }
+
+    TableWriter plain{folder.path("plain.csv"), "t", kGroups};
+    TableWriter table{folder.path("out.csv"), "t", kGroups};
+    TableQueue queue{table, thread};
+};
+
+TEST_F(LateTableQueueTest, TheTableIsTheSameToTheByte) {
+    write(kRows, {&kOne, &kOne});
+    write(kRows, {&kRow, &kOne}); // printed, and too wide for the table
+    write(kRows, {&kOne, &kEmpty});
+    expectTheSame();
+}
+
+/// A row is longer than what goes to the file at a time.
+TEST_F(LateTableQueueTest, LongRowsAreTheSameToTheByte) {
+    MatrixXd many(1, 30000);
+    for (Eigen::Index i = 0; i < many.size(); ++i)
+        many(i) = std::sin(static_cast<double>(i));
+    write(20, {&many, &kOne});
+    expectTheSame();
+}
+
 TEST_F(TableQueueTest, TwoTablesOfOneThreadDontMix) {
     std::vector<std::unique_ptr<TableWriter>> tables;
     std::vector<std::unique_ptr<TableQueue>> queues;
@@ -99,8 +141,13 @@ TEST_F(TableQueueTest, WhatTheThreadRaisesComesToWhoHandsRowsOver) {
 TEST_F(TableQueueTest, ASampleThatDoesntFitIsRefusedAsWithoutAThread) {
     TableWriter table(folder.path("out.csv"), "t", {{"a", {"x", "y"}}});
     TableQueue queue(table, thread);
-    queue.writeRow(0, {&kOne});
-    EXPECT_THROW(queue.wait(), RecordingException);
+    queue.writeRow(7.5, {&kOne});
+    try {
+        queue.wait();
+        ADD_FAILURE() << "it is taken";
+    } catch (const LateRowException& exception) {
+        EXPECT_EQ(exception.getTime(), 7.5);
+    }
 }
 
 } // namespace

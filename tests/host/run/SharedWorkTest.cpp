@@ -84,11 +84,17 @@ TEST_F(SharedWorkTest, ADiskThatIsFullEndsTheRun) {
     writeRows(50000, 1000000, "");
     std::string text = graph("time: t");
     text.replace(text.find("more.csv"), 8, "/dev/full");
-    Job job = Job::fromFile(folder.write("g.yaml", text), catalogue, {.threads = 2});
-    outcome = job.run(stop.get_token());
-    ASSERT_TRUE(outcome.failedBlock) << "in a step or at the end, whichever comes first";
-    EXPECT_EQ(outcome.failedBlock->block, "more");
-    EXPECT_NE(outcome.failure.find("No space left on device"), std::string::npos) << outcome.failure;
+    std::string failure;
+    for (const std::size_t threads : {1u, 2u, 3u, 8u}) {
+        Job job = Job::fromFile(folder.write("g.yaml", text), catalogue, {.threads = threads});
+        outcome = job.run(stop.get_token());
+        if (threads == 1) failure = outcome.failure;
+        EXPECT_EQ(outcome.failure, failure) << "in a step or at the end, whichever comes first";
+        ASSERT_TRUE(outcome.failedBlock);
+        EXPECT_EQ(outcome.failedBlock->block, "more");
+    }
+    EXPECT_TRUE(failure.starts_with("block 'more' (RecordingSink) at ")) << failure;
+    EXPECT_TRUE(failure.ends_with("No space left on device")) << failure;
     EXPECT_FALSE(folder.has("out.csv"));
     EXPECT_TRUE(folder.has("out.csv.partial"));
 }
