@@ -49,7 +49,8 @@ ResultOptions summaryOptions(bool overwrites) {
             .isOfGraph = false};
 }
 
-/// What is known of failures by folder, for those whose status is of an earlier batch, or couldn't be written.
+/// What is known of failures by folder, for those whose status is of an earlier batch, or couldn't be
+/// written.
 std::map<std::string, RunStatus> failuresOf(const BatchPlan& entries, const BatchTally& batch) {
     std::map<std::string, RunStatus> failures;
     for (std::size_t i = 0; i < entries.entries.size(); ++i) {

@@ -110,8 +110,9 @@ void LiveSettings::write(const std::string& name, const std::string& text) {
     if (value && getAwaitsRate({&setting.property, &*value}))
         value = graph.withRate(setting, *value, complaints);
     {
-        // No round begins between the write and the look at the time.
-        const Core::Synchronizer::DisablerLocker still(setting.block.getSynchronizer(), nullptr);
+        // No round begins between the write and the look at the time. The gate is the setting's, since its
+        // block may move to another layout meanwhile: who holds one gate mustn't wait for another.
+        const Core::Synchronizer::SubjectLocker still(setting.property);
         if (value)
             withRefusalsTold(name, [&] { writePropertyOrRaise(setting.property, *value, complaints); });
         if (value && complaints.isEmpty()) note(setting.block, name, value);
@@ -126,7 +127,7 @@ void LiveSettings::fire(const std::string& name) {
     if (command == nullptr)
         throw ControlException({{}, "the setting '" + name + "'", "a command, which is fired, not set"});
     {
-        const Core::Synchronizer::DisablerLocker still(setting.block.getSynchronizer(), nullptr);
+        const Core::Synchronizer::SubjectLocker still(setting.property); // as above
         withRefusalsTold(name, [&] { command->fire(); });
         note(setting.block, name, {});
     }
