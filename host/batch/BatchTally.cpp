@@ -35,7 +35,7 @@ std::string failureIn(const std::string& said) {
     std::size_t at = 0;
     for (;;) {
         const std::size_t end = said.find('\n', at);
-        const std::string line = said.substr(at, end == std::string::npos ? end : end - at);
+        std::string line = said.substr(at, end == std::string::npos ? end : end - at);
         const bool isLast = end == std::string::npos;
         if (isLast || line.find(": warning: ") == std::string::npos) return line;
         at = end + 1;
