@@ -86,7 +86,7 @@ void CurveWishes::finish(Complaints& complaints) const {
         getCut(origin, own);
         if (own.isEmpty()) return;
     }
-    complaints.add(std::move(none));
+    complaints.add(none);
 }
 
 TimeRepairPlan CurveWishes::getCut(std::optional<std::int64_t> origin, Complaints& complaints) const {
